@@ -1,0 +1,4 @@
+#include "audio/audio.h"
+
+void riffdump(DumpOptions &, Bytes, const char *, int) {}
+void aiffdump(DumpOptions &, Bytes, const char *) {}

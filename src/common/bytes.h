@@ -1,0 +1,104 @@
+// The one way in which a dump sees file data.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+class FileImage;
+
+// A read-only window on memory or on a FileImage. Reading outside the window gives 0 and no offset can
+// overflow, so that a damaged file cannot lead a reader outside; `has` tells where a cut file ends a list.
+// A window on an image must not outlive the image.
+class Bytes {
+ public:
+    constexpr Bytes() = default;
+    Bytes(const void *data, uint64_t size) : data_(static_cast<const uint8_t *>(data)), size_(size) {}
+
+    uint64_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+    bool has(uint64_t offset, uint64_t n) const { return offset <= size_ && n <= size_ - offset; }
+
+    uint8_t operator[](uint64_t i) const {
+        if (i >= size_) return 0;
+        if (image_) load(i, 1);
+        return data_[i];
+    }
+
+    // The window's rest from an offset on, and n bytes from an offset on, both clamped to the window.
+    Bytes from(uint64_t offset) const { return sub(offset, UINT64_MAX); }
+    Bytes sub(uint64_t offset, uint64_t n) const {
+        Bytes part = *this;
+        const uint64_t start = offset < size_ ? offset : size_;
+        part.data_ = data_ + start;
+        part.size_ = n < size_ - start ? n : size_ - start;
+        return part;
+    }
+
+    // The bytes of a range that lie inside the window, in memory: for rows, texts and comparisons.
+    std::span<const uint8_t> span(uint64_t offset, uint64_t n) const {
+        const Bytes part = sub(offset, n);
+        if (part.image_ && part.size_) part.load(0, part.size_);
+        return {part.data_, static_cast<size_t>(part.size_)};
+    }
+
+    // n bytes (1 to 8) as an unsigned number; bytes outside the window count as 0.
+    uint64_t little(uint64_t offset, unsigned n) const {
+        uint64_t value = 0;
+        if (const uint8_t *p = loaded(offset, n)) {
+            for (unsigned i = 0; i < n; i++) value |= static_cast<uint64_t>(p[i]) << (8 * i);
+        } else {
+            for (unsigned i = 0; i < n; i++) value |= static_cast<uint64_t>(at(offset, i)) << (8 * i);
+        }
+        return value;
+    }
+    uint64_t big(uint64_t offset, unsigned n) const {
+        uint64_t value = 0;
+        if (const uint8_t *p = loaded(offset, n)) {
+            for (unsigned i = 0; i < n; i++) value = value << 8 | p[i];
+        } else {
+            for (unsigned i = 0; i < n; i++) value = value << 8 | at(offset, i);
+        }
+        return value;
+    }
+
+ private:
+    friend class FileImage;
+
+    void load(uint64_t offset, uint64_t n) const;  // fills the image's blocks of a range of the window
+    const uint8_t *loaded(uint64_t offset, unsigned n) const {
+        if (!has(offset, n)) return nullptr;
+        if (image_) load(offset, n);
+        return data_ + offset;
+    }
+    uint8_t at(uint64_t offset, uint64_t i) const {
+        return offset > UINT64_MAX - i ? 0 : (*this)[offset + i];
+    }
+
+    const uint8_t *data_ = nullptr;
+    uint64_t size_ = 0;
+    FileImage *image_ = nullptr;
+};
+
+inline uint16_t little16(Bytes b, uint64_t offset = 0) { return static_cast<uint16_t>(b.little(offset, 2)); }
+inline uint32_t little32(Bytes b, uint64_t offset = 0) { return static_cast<uint32_t>(b.little(offset, 4)); }
+inline uint64_t little64(Bytes b, uint64_t offset = 0) { return b.little(offset, 8); }
+inline uint16_t big16(Bytes b, uint64_t offset = 0) { return static_cast<uint16_t>(b.big(offset, 2)); }
+inline uint32_t big32(Bytes b, uint64_t offset = 0) { return static_cast<uint32_t>(b.big(offset, 4)); }
+inline uint64_t big64(Bytes b, uint64_t offset = 0) { return b.big(offset, 8); }
+
+// Whether the bytes at an offset are exactly those of a text (its terminating NUL left out).
+template <size_t N>
+bool bytes_are(Bytes b, uint64_t offset, const char (&text)[N]) {
+    if (!b.has(offset, N - 1)) return false;
+    for (size_t i = 0; i < N - 1; i++) {
+        if (b[offset + i] != static_cast<uint8_t>(text[i])) return false;
+    }
+    return true;
+}
+
+// A text inside a window, up to its first NUL, the width given or the window's end: for "%.*s".
+struct Text {
+    int length;
+    const char *start;
+};
+Text text_at(Bytes b, uint64_t offset, uint64_t width);

@@ -1,0 +1,116 @@
+#include "common/file_image.h"
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <bit>
+#include <cerrno>
+
+namespace {
+
+constexpr uint64_t kLargestRun = 256 * 1024;  // bytes of one sequential read at most
+
+}  // namespace
+
+void Bytes::load(uint64_t offset, uint64_t n) const { image_->require(data_ + offset, n); }
+
+Text text_at(Bytes b, uint64_t offset, uint64_t width) {
+    const Bytes field = b.sub(offset, std::min<uint64_t>(width, INT32_MAX));
+    uint64_t length = 0;
+    while (length < field.size() && field[length] != 0) length++;
+    return {static_cast<int>(length), reinterpret_cast<const char *>(field.span(0, length).data())};
+}
+
+FileImage::FileImage(int fd, uint64_t start, uint64_t size, uint32_t block)
+    : fd_(fd), start_(start), size_(size), shift_(static_cast<unsigned>(std::countr_zero(block))) {
+    if (size_ == 0) return;
+    // A 47-bit address space: anything larger cannot be mapped, and the sums below cannot overflow.
+    if (size_ >= (uint64_t{1} << 47)) {
+        ok_ = false;
+        return;
+    }
+    blocks_ = (size_ + block - 1) >> shift_;
+    mapped_ = (blocks_ << shift_) + blocks_;
+    void *map =
+        mmap(nullptr, mapped_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (map == MAP_FAILED) {
+        ok_ = false;
+        return;
+    }
+    data_ = static_cast<uint8_t *>(map);
+    present_ = data_ + (blocks_ << shift_);
+}
+
+FileImage::FileImage(std::FILE *file, uint64_t start, uint64_t size, uint32_t block)
+    : FileImage(fileno(file), start, size, block) {}
+
+FileImage::FileImage(std::FILE *file) : FileImage(file, 0, file_size(file)) {}
+
+FileImage::~FileImage() {
+    if (data_) munmap(data_, mapped_);
+}
+
+Bytes FileImage::bytes() {
+    Bytes all(data_, data_ ? size_ : 0);
+    if (data_) all.image_ = this;
+    return all;
+}
+
+void FileImage::require(const uint8_t *p, uint64_t n) {
+    const uint64_t offset = static_cast<uint64_t>(p - data_);
+    const uint64_t last = (offset + n - 1) >> shift_;
+    for (uint64_t block = offset >> shift_; block <= last; block++) {
+        if (!present_[block]) read_run(block, last - block + 1);
+    }
+}
+
+// Reads the absent blocks from one on: as many as are needed, more when the file is read in sequence.
+void FileImage::read_run(uint64_t block, uint64_t needed) {
+    const bool sequential = block > 0 && present_[block - 1];
+    const uint64_t ahead = sequential ? ahead_ : 1;
+    const uint64_t largest = std::max<uint64_t>(kLargestRun >> shift_, 1);
+    uint64_t run = std::min({std::max(ahead, needed), largest, blocks_ - block});
+    ahead_ = std::min(run * 2, largest);
+    for (uint64_t i = 1; i < run; i++) {
+        if (present_[block + i]) run = i;
+    }
+
+    const uint64_t offset = block << shift_;
+    const uint64_t wanted = std::min(run << shift_, size_ - offset);
+    uint64_t got = 0;
+    while (got < wanted && start_ + offset + got <= static_cast<uint64_t>(INT64_MAX)) {
+        const ssize_t n =
+            pread(fd_, data_ + offset + got, wanted - got, static_cast<off_t>(start_ + offset + got));
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) break;
+        got += static_cast<uint64_t>(n);
+    }
+    bytes_read_ += got;
+    std::fill_n(present_ + block, run, uint8_t{1});
+}
+
+uint64_t file_size(int fd) {
+    struct stat status;
+    if (fstat(fd, &status) != 0) return 0;
+    if (S_ISREG(status.st_mode)) return static_cast<uint64_t>(status.st_size);
+    if (!S_ISBLK(status.st_mode)) return 0;
+    const off_t here = lseek(fd, 0, SEEK_CUR);
+    const off_t end = lseek(fd, 0, SEEK_END);
+    lseek(fd, here, SEEK_SET);
+    return end > 0 ? static_cast<uint64_t>(end) : 0;
+}
+
+uint64_t file_size(std::FILE *file) { return file_size(fileno(file)); }
+
+uint64_t read_fully(int fd, void *data, uint64_t n) {
+    uint64_t got = 0;
+    while (got < n) {
+        const ssize_t count = read(fd, static_cast<uint8_t *>(data) + got, n - got);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        got += static_cast<uint64_t>(count);
+    }
+    return got;
+}

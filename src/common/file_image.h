@@ -1,0 +1,53 @@
+// A range of a file as one buffer of which only the touched blocks are read.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+#include "common/bytes.h"
+
+// The buffer is address space, not memory: an anonymous map without reservation, so that an image of a
+// 100 GB file costs nothing until it is looked at. A block is read with pread when one of its bytes is first
+// touched; sequential use reads larger and larger runs. Bytes beyond the end of the file, behind a read
+// error or lost by a file that shrinks are 0.
+class FileImage {
+ public:
+    static constexpr uint32_t kBlock = 4096;
+
+    // start and size in bytes; `block` (a power of two) is the smallest read.
+    FileImage(int fd, uint64_t start, uint64_t size, uint32_t block = kBlock);
+    FileImage(std::FILE *file, uint64_t start, uint64_t size, uint32_t block = kBlock);
+    explicit FileImage(std::FILE *file);  // the whole file
+    ~FileImage();
+    FileImage(const FileImage &) = delete;
+    FileImage &operator=(const FileImage &) = delete;
+
+    bool ok() const { return ok_; }  // false: the address space could not be had, and every byte is 0
+    uint64_t size() const { return size_; }
+    uint64_t bytes_read() const { return bytes_read_; }
+    Bytes bytes();
+
+ private:
+    friend class Bytes;
+    void require(const uint8_t *p, uint64_t n);
+    void read_run(uint64_t block, uint64_t needed);
+
+    int fd_;
+    uint64_t start_;
+    uint64_t size_;
+    unsigned shift_;  // log2 of the block size
+    uint64_t blocks_ = 0;
+    uint64_t mapped_ = 0;  // bytes of the map: the buffer, then one byte a block that says "read"
+    uint8_t *data_ = nullptr;
+    uint8_t *present_ = nullptr;
+    uint64_t bytes_read_ = 0;
+    uint64_t ahead_ = 1;  // blocks of the next sequential read
+    bool ok_ = true;
+};
+
+// Size of a regular file or block device in bytes; 0 for whatever has none (directories, pipes, devices).
+uint64_t file_size(int fd);
+uint64_t file_size(std::FILE *file);
+
+// Reads up to n bytes from the current position, going on after short reads (pipes); the count read.
+uint64_t read_fully(int fd, void *data, uint64_t n);

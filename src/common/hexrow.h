@@ -1,0 +1,34 @@
+// The row of a hex dump: cells of two digits, then the same bytes as characters. All hex dumps of bytes are
+// this row with a few parameters; what stands before the cells (an offset, a label) is the caller's.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "common/bytes.h"
+#include "common/line_buffer.h"
+
+struct HexRow {
+    unsigned columns = 16;                  // cells in a full row
+    bool padded = true;                     // a short row's missing cells are three blanks each
+    std::string_view gap = "";              // between cells and characters
+    bool characters = true;                 // false: cells only
+    uint8_t first_printable = 0x20;         // 0x21 shows the space as the filler, too
+    char filler = '.';                      // for bytes that do not show as themselves
+    std::string_view after_character = "";  // behind every character
+};
+
+// Appends one row with its line feed; at most `columns` bytes are shown.
+void put_hexrow(LineBuffer &out, std::span<const uint8_t> bytes, const HexRow &row);
+
+// Appends n bytes as "%02x " each, without a line feed.
+void put_hexcells(LineBuffer &out, std::span<const uint8_t> bytes);
+
+// Rows over a whole range; start_row(out, i) puts what stands before the row that begins at byte i.
+template <typename StartRow>
+void put_hexrows(LineBuffer &out, Bytes bytes, const HexRow &row, StartRow start_row) {
+    for (uint64_t i = 0; i < bytes.size(); i += row.columns) {
+        start_row(out, i);
+        put_hexrow(out, bytes.span(i, row.columns), row);
+    }
+}

@@ -1,0 +1,21 @@
+#include "common/line_buffer.h"
+
+void LineBuffer::decimal(uint64_t value, unsigned width, char pad) {
+    char reversed[24];
+    unsigned n = 0;
+    do {
+        reversed[n++] = static_cast<char>('0' + value % 10);
+        value /= 10;
+    } while (value);
+    finish(reversed, n, width, pad);
+}
+
+void LineBuffer::signed_decimal(int64_t value, unsigned width) {
+    char reversed[24];
+    unsigned n = 0;
+    const uint64_t magnitude = value < 0 ? ~static_cast<uint64_t>(value) + 1 : static_cast<uint64_t>(value);
+    for (uint64_t rest = magnitude; rest || n == 0; rest /= 10)
+        reversed[n++] = static_cast<char>('0' + rest % 10);
+    if (value < 0) reversed[n++] = '-';
+    finish(reversed, n, width, ' ');
+}

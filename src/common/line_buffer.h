@@ -1,0 +1,78 @@
+// Output of dumps that print per byte or per sample: text is appended to a block that goes to standard
+// output when it is full, without a formatter call a piece.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <string_view>
+
+// Interleaves with printf as long as it is flushed (or destroyed) before the next printf.
+class LineBuffer {
+ public:
+    LineBuffer() = default;
+    ~LineBuffer() { flush(); }
+    LineBuffer(const LineBuffer &) = delete;
+    LineBuffer &operator=(const LineBuffer &) = delete;
+
+    void flush() {
+        if (used_) std::fwrite(block_, 1, used_, stdout);
+        used_ = 0;
+    }
+
+    void put(char c) { *claim(1) = c; }
+    void text(std::string_view s) {
+        if (s.size() > kPiece) {
+            flush();
+            std::fwrite(s.data(), 1, s.size(), stdout);
+            return;
+        }
+        std::memcpy(claim(s.size()), s.data(), s.size());
+    }
+    void fill(char c, size_t n) {
+        for (; n > kPiece; n -= kPiece) std::memset(claim(kPiece), c, kPiece);
+        std::memset(claim(n), c, n);
+    }
+
+    // Lower-case hexadecimal, at least `width` digits, padded with zeros or as given ("%08x", "%16llx").
+    void hex(uint64_t value, unsigned width, char pad = '0') {
+        digits(value, 4, "0123456789abcdef", width, pad);
+    }
+    // Upper-case hexadecimal without leading zeros ("%X").
+    void upper_hex(uint64_t value) { digits(value, 4, "0123456789ABCDEF", 1, '0'); }
+    // Decimal ("%u", "%03u", "%4u").
+    void decimal(uint64_t value, unsigned width = 1, char pad = ' ');
+    // Signed decimal ("%d", "%4d").
+    void signed_decimal(int64_t value, unsigned width = 1);
+
+    // Room for n characters (4096 at most) at the end; the caller fills all of them.
+    char *claim(size_t n) {
+        if (sizeof block_ - used_ < n) flush();
+        char *room = block_ + used_;
+        used_ += n;
+        return room;
+    }
+
+ private:
+    static constexpr size_t kPiece = 4096;
+
+    void digits(uint64_t value, unsigned bits, const char *alphabet, unsigned width, char pad) {
+        char reversed[64];
+        unsigned n = 0;
+        do {
+            reversed[n++] = alphabet[value & ((1U << bits) - 1)];
+            value >>= bits;
+        } while (value);
+        finish(reversed, n, width, pad);
+    }
+    void finish(const char *reversed, unsigned n, unsigned width, char pad) {
+        const unsigned total = n < width ? width : n;
+        char *room = claim(total);
+        for (unsigned i = 0; i < total - n; i++) room[i] = pad;
+        for (unsigned i = 0; i < n; i++) room[total - 1 - i] = reversed[i];
+    }
+
+    size_t used_ = 0;
+    char block_[32768];
+};

@@ -1,0 +1,92 @@
+#include "common/values.h"
+
+#include <bit>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+constexpr uint32_t kBuffers = 16;
+constexpr uint32_t kBufferSize = 8192;
+
+const char *empty_text() {
+    char *text = get_buffer();
+    text[0] = '\0';
+    return text;
+}
+
+const char *decimal_text(int32_t value) {
+    char *text = get_buffer();
+    std::snprintf(text, kBufferSize, "%d", value);
+    return text;
+}
+
+const char *real_text(float value) {
+    char *text = get_buffer();
+    std::snprintf(text, kBufferSize, "%g", static_cast<double>(value));
+    return text;
+}
+
+}  // namespace
+
+char *get_buffer(uint32_t *size) {
+    static char ring[kBuffers][kBufferSize];
+    static uint32_t position = 0;
+    position = position + 1 < kBuffers ? position + 1 : 0;
+    if (size) *size = kBufferSize;
+    return ring[position];
+}
+
+const char *checkuint8(uint32_t value) {
+    return (value & 0xFF) == 0xFF ? empty_text() : decimal_text(static_cast<int32_t>(value & 0xFF));
+}
+
+const char *checkuint16(uint32_t value) {
+    return (value & 0xFFFF) == 0xFFFF ? empty_text() : decimal_text(static_cast<int32_t>(value & 0xFFFF));
+}
+
+const char *checkuint32(uint32_t value, int hex) {
+    if (value == 0xFFFFFFFF) return empty_text();
+    if (!hex) return decimal_text(static_cast<int32_t>(value));
+    char *text = get_buffer();
+    std::snprintf(text, kBufferSize, "%08x", value);
+    return text;
+}
+
+const char *checkreal(float value) {
+    if (std::bit_cast<uint32_t>(value) == 0xFFFFFFFF) return empty_text();
+    if (!std::isnan(value)) return real_text(value);
+    char *text = get_buffer();
+    std::strcpy(text, "#NAN (Invalid Value)");
+    return text;
+}
+
+const char *cineonreal(float value) {
+    return std::bit_cast<uint32_t>(value) == 0x7F800000 ? empty_text() : real_text(value);
+}
+
+const char *checkascii(Bytes field, unsigned width) {
+    if (field[0] == 0) return empty_text();
+    char *text = get_buffer();
+    if (field[0] == 0xFF) {
+        std::strcpy(text, "Error, 0xff in ascii data");
+        return text;
+    }
+    const Text found = text_at(field, 0, width);
+    std::snprintf(text, kBufferSize, "'%.*s'", found.length, found.start);
+    return text;
+}
+
+void swap16(uint16_t *value) { *value = static_cast<uint16_t>(*value >> 8 | *value << 8); }
+void swap32(uint32_t *value) { *value = __builtin_bswap32(*value); }
+
+uint16_t get_uint16(Bytes b) { return little16(b); }
+uint32_t get_uint32(Bytes b) { return little32(b); }
+uint16_t tiffuint16(Bytes b, int swap) { return swap ? big16(b) : little16(b); }
+uint32_t tiffuint32(Bytes b, int swap) { return swap ? big32(b) : little32(b); }
+float float_of_bits(uint32_t bits) { return std::bit_cast<float>(bits); }
+double double_of_bits(uint64_t bits) { return std::bit_cast<double>(bits); }
+
+char tiffchar(uint32_t byte) { return byte >= 0x20 && byte <= 0x7E ? static_cast<char>(byte) : '.'; }
+int littleendian() { return std::endian::native == std::endian::little; }

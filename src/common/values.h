@@ -1,0 +1,36 @@
+// Value readers, field renderers and the print-buffer ring.
+#pragma once
+
+#include <cstdint>
+
+#include "common/bytes.h"
+
+// Hands out 16 buffers of 8192 bytes in turn, so that a text stays valid until 16 further calls: one print
+// call can carry at most 16 rendered values. Stores 8192 through `size` when it is given.
+char *get_buffer(uint32_t *size = nullptr);
+
+// Header values as text, each in a buffer of the ring. A value whose bits are all ones is not set and
+// renders as empty text.
+const char *checkuint8(uint32_t value);            // "%d" of the low 8 bits
+const char *checkuint16(uint32_t value);           // "%d" of the low 16 bits
+const char *checkuint32(uint32_t value, int hex);  // "%08x", or "%d" of the value taken as signed
+const char *checkreal(float value);                // "%g"; a NaN is "#NAN (Invalid Value)"
+const char *cineonreal(float value);               // "%g"; Cineon marks an unset float with +infinity
+// A fixed-width text field (1 to 255 bytes) in single quotes up to its first NUL; empty text when it starts
+// with NUL, "Error, 0xff in ascii data" when it starts with 0xFF. Bytes beyond the window count as NUL.
+const char *checkascii(Bytes field, unsigned width);
+
+void swap16(uint16_t *value);
+void swap32(uint32_t *value);
+
+// Reads at any alignment; bytes beyond the window are 0. The tiff readers are little-endian, and big-endian
+// with their flag set.
+uint16_t get_uint16(Bytes b);
+uint32_t get_uint32(Bytes b);
+uint16_t tiffuint16(Bytes b, int swap);
+uint32_t tiffuint32(Bytes b, int swap);
+float float_of_bits(uint32_t bits);
+double double_of_bits(uint64_t bits);
+
+char tiffchar(uint32_t byte);  // a byte from 0x20 to 0x7E as itself, any other as "."
+int littleendian();            // 1 on a little-endian host

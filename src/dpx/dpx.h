@@ -1,0 +1,17 @@
+// DPX and Cineon film scans and the metadata that travels with them.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+#include "common/bytes.h"
+#include "main/dump_options.h"
+
+// DPX header (SMPTE 268M, versions 1 and 2) in either byte order, with the user data; one line of timecodes
+// instead when `range_flag` is set. `header` holds the first `length` bytes of the file, zeros beyond its
+// end.
+void dpxdump(DumpOptions &opts, std::FILE *file, Bytes header, uint32_t length, const char *name,
+             int range_flag);
+
+// Cineon header (FIDO/Kodak 4.5); every number is read little-endian.
+void cineondump(DumpOptions &opts, Bytes header, uint32_t length);

@@ -1,0 +1,4 @@
+#include "dpx/dpx.h"
+
+void cineondump(DumpOptions &, Bytes, uint32_t) {}
+void dpxdump(DumpOptions &, std::FILE *, Bytes, uint32_t, const char *, int) {}

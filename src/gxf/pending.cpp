@@ -1,0 +1,3 @@
+#include "gxf/gxf.h"
+
+void gxfdump(DumpOptions &, std::FILE *) {}

@@ -1,0 +1,13 @@
+// Format recognition.
+#pragma once
+
+#include <cstdio>
+
+#include "main/dump_options.h"
+
+// Bytes of the file's head that recognition reads and that header-only dumps work on.
+constexpr uint32_t kDetectionSize = 16384;
+
+// Recognises the file by its first bytes, or by its name's extension where they say nothing, and calls the
+// format's dump. Bytes beyond the end of a short file count as 0.
+void dispatch(DumpOptions &opts, std::FILE *file, const char *name, int range_flag);

@@ -1,0 +1,14 @@
+#include <cstdio>
+
+#include "main/command_line.h"
+#include "main/file_sequence.h"
+
+int main(int argc, char **argv) {
+    static char output[256 * 1024];
+    std::setvbuf(stdout, output, _IOFBF, sizeof output);
+    CommandLine line;
+    const int status = parse_command_line(argc, argv, line);
+    if (status >= 0) return status;
+    dump_files(line);
+    return 0;
+}

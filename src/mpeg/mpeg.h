@@ -1,0 +1,14 @@
+// MPEG streams.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+#include "main/dump_options.h"
+
+// Start codes of a program stream or video elementary stream (ISO/IEC 11172, 13818-1, 13818-2) from an offset
+// on. `text` is scratch space of at least 32 bytes for the system clock.
+void mpegdump(DumpOptions &opts, std::FILE *file, int64_t start, char *text);
+
+// Packets of a transport stream (ISO/IEC 13818-1) from an offset on.
+void tsdump(DumpOptions &opts, std::FILE *file, int64_t start, char *text);

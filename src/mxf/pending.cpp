@@ -1,0 +1,3 @@
+#include "mxf/mxf.h"
+
+void mxfdump(DumpOptions &, std::FILE *) {}

@@ -1,0 +1,3 @@
+#include "rawstream/rawstream.h"
+
+void rawdump(DumpOptions &, const char *) {}

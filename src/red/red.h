@@ -1,0 +1,10 @@
+// RED R3D files.
+#pragma once
+
+#include <cstdio>
+
+#include "main/dump_options.h"
+
+// Chunks and metadata records of a version 1 or version 2 file.
+void reddumpv1(DumpOptions &opts, std::FILE *file);
+void reddumpv2(DumpOptions &opts, std::FILE *file);

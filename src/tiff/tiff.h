@@ -1,0 +1,14 @@
+// TIFF directories (TIFF 6.0, with EXIF, DNG and Photoshop resources).
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+#include "common/bytes.h"
+#include "main/dump_options.h"
+
+// File header and every directory of a TIFF file; with -p the first pixels.
+void tiffdump(DumpOptions &opts, std::FILE *file);
+
+// One chain of directories with the sub-directories reached from it. Offsets count from the start of `base`.
+void tiffdumpifd(DumpOptions &opts, Bytes base, uint32_t ifd_offset, int big_endian);

@@ -1,0 +1,44 @@
+// Runs of the real binary on files that a test builds.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+struct Outcome {
+    std::string out;
+    std::string err;
+    int status = -1;  // exit status; 1000 + the signal's number when one ended the run
+};
+
+// A directory of its own for one test, removed at the end; runs have it as their working directory.
+class Workplace {
+ public:
+    Workplace();
+    ~Workplace();
+    Workplace(const Workplace &) = delete;
+    Workplace &operator=(const Workplace &) = delete;
+
+    // Writes a file. With KELDUMP_CORPUS set in the environment a copy goes to that directory, from which
+    // the robustness test takes its material.
+    void write(const std::string &name, const std::string &content) const;
+    // Makes a file of zeros with the given size without using disk space, then writes `content` at an offset.
+    void write_sparse(const std::string &name, uint64_t size, uint64_t offset,
+                      const std::string &content) const;
+    std::string read(const std::string &name) const;
+    bool exists(const std::string &name) const;
+    std::string path(const std::string &name) const { return directory_ + "/" + name; }
+
+    Outcome run(const std::vector<std::string> &arguments) const;
+
+ private:
+    std::string directory_;
+};
+
+// The dump of a file with the given content and name, with switches before the name. The run must end with
+// status 0 and an empty standard error.
+std::string dump_of(const std::string &content, const std::string &name = "file.bin",
+                    const std::vector<std::string> &switches = {});
+
+// The lines of a text from the first that begins with `from` on, and the n lines from there.
+std::string lines_from(const std::string &text, const std::string &from, size_t n = SIZE_MAX);
