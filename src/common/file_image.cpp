@@ -58,6 +58,12 @@ Bytes FileImage::bytes() {
     return all;
 }
 
+void FileImage::move_to(uint64_t start) {
+    start_ = start;
+    ahead_ = 1;
+    if (data_) std::fill_n(present_, blocks_, uint8_t{0});
+}
+
 void FileImage::require(const uint8_t *p, uint64_t n) {
     const uint64_t offset = static_cast<uint64_t>(p - data_);
     const uint64_t last = (offset + n - 1) >> shift_;
@@ -88,6 +94,7 @@ void FileImage::read_run(uint64_t block, uint64_t needed) {
         got += static_cast<uint64_t>(n);
     }
     bytes_read_ += got;
+    std::fill(data_ + offset + got, data_ + offset + wanted, uint8_t{0});
     std::fill_n(present_ + block, run, uint8_t{1});
 }
 

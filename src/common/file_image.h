@@ -27,6 +27,9 @@ class FileImage {
     uint64_t bytes_read() const { return bytes_read_; }
     Bytes bytes();
 
+    // Turns to another range of the same size without taking new memory; what was read is forgotten.
+    void move_to(uint64_t start);
+
  private:
     friend class Bytes;
     void require(const uint8_t *p, uint64_t n);

@@ -13,29 +13,56 @@ constexpr auto kCells = [] {
     return cells;
 }();
 
+// Room for n cells and one byte more, which the last cell's copy touches.
+char *put_cells(char *p, std::span<const uint8_t> bytes) {
+    for (const uint8_t byte : bytes) {
+        std::copy_n(kCells[byte].data(), 4, p);
+        p += 3;
+    }
+    return p;
+}
+
+char shown(uint8_t byte, const HexRow &row) {
+    return byte >= row.first_printable && byte <= 0x7E ? static_cast<char>(byte) : row.filler;
+}
+
+size_t gap_size(const HexRow &row) {
+    size_t n = 0;
+    while (n < sizeof row.gap && row.gap[n]) n++;
+    return n;
+}
+
+// The row that nearly every line of a large dump is: all of its cells, in one claim.
+void put_full_row(LineBuffer &out, std::span<const uint8_t, 16> bytes, const HexRow &row) {
+    constexpr size_t kCellsSize = 3 * 16;
+    const size_t gap = gap_size(row);
+    char *p = put_cells(out.claim(kCellsSize + gap + 16 + 1), bytes);
+    std::copy_n(row.gap, sizeof row.gap, p);  // what it touches too much is overwritten
+    p += gap;
+    for (size_t i = 0; i < 16; i++) p[i] = shown(bytes[i], row);
+    p[16] = '\n';
+}
+
 }  // namespace
 
 void put_hexcells(LineBuffer &out, std::span<const uint8_t> bytes) {
-    constexpr size_t kChunk = 1024;
-    for (size_t done = 0; done < bytes.size(); done += kChunk) {
-        const auto part = bytes.subspan(done, std::min(kChunk, bytes.size() - done));
-        char *p = out.claim(part.size() * 3);
-        for (const uint8_t byte : part) p = std::copy_n(kCells[byte].data(), 3, p);
-    }
+    for (const uint8_t byte : bytes) std::copy_n(kCells[byte].data(), 3, out.claim(3));
 }
 
 void put_hexrow(LineBuffer &out, std::span<const uint8_t> bytes, const HexRow &row) {
-    const size_t shown = std::min<size_t>(bytes.size(), row.columns);
-    bytes = bytes.first(shown);
+    if (bytes.size() >= 16 && row.columns == 16 && row.characters && row.after_character.empty()) {
+        put_full_row(out, bytes.first<16>(), row);
+        return;
+    }
+    const size_t n = std::min<size_t>(bytes.size(), row.columns);
+    bytes = bytes.first(n);
     put_hexcells(out, bytes);
-    if (row.padded) out.fill(' ', 3 * (row.columns - shown));
+    if (row.padded) out.fill(' ', 3 * (row.columns - n));
     if (row.characters) {
-        out.text(row.gap);
-        const size_t pitch = 1 + row.after_character.size();
-        char *p = out.claim(shown * pitch);
+        out.text({row.gap, gap_size(row)});
         for (const uint8_t byte : bytes) {
-            *p++ = byte >= row.first_printable && byte <= 0x7E ? static_cast<char>(byte) : row.filler;
-            p = std::copy(row.after_character.begin(), row.after_character.end(), p);
+            out.put(shown(byte, row));
+            out.text(row.after_character);
         }
     }
     out.put('\n');

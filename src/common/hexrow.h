@@ -11,7 +11,7 @@
 struct HexRow {
     unsigned columns = 16;                  // cells in a full row
     bool padded = true;                     // a short row's missing cells are three blanks each
-    std::string_view gap = "";              // between cells and characters
+    char gap[4] = "";                       // between cells and characters
     bool characters = true;                 // false: cells only
     uint8_t first_printable = 0x20;         // 0x21 shows the space as the filler, too
     char filler = '.';                      // for bytes that do not show as themselves

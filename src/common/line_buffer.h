@@ -2,10 +2,13 @@
 // output when it is full, without a formatter call a piece.
 #pragma once
 
+#include <algorithm>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <span>
 #include <string_view>
 
 // Interleaves with printf as long as it is flushed (or destroyed) before the next printf.
@@ -30,6 +33,10 @@ class LineBuffer {
         }
         std::memcpy(claim(s.size()), s.data(), s.size());
     }
+    void bytes(std::span<const uint8_t> b) {
+        for (; b.size() > kPiece; b = b.subspan(kPiece)) std::copy_n(b.data(), kPiece, claim(kPiece));
+        std::copy(b.begin(), b.end(), claim(b.size()));
+    }
     void fill(char c, size_t n) {
         for (; n > kPiece; n -= kPiece) std::memset(claim(kPiece), c, kPiece);
         std::memset(claim(n), c, n);
@@ -37,10 +44,10 @@ class LineBuffer {
 
     // Lower-case hexadecimal, at least `width` digits, padded with zeros or as given ("%08x", "%16llx").
     void hex(uint64_t value, unsigned width, char pad = '0') {
-        digits(value, 4, "0123456789abcdef", width, pad);
+        digits(value, "0123456789abcdef", width, pad);
     }
     // Upper-case hexadecimal without leading zeros ("%X").
-    void upper_hex(uint64_t value) { digits(value, 4, "0123456789ABCDEF", 1, '0'); }
+    void upper_hex(uint64_t value) { digits(value, "0123456789ABCDEF", 1, '0'); }
     // Decimal ("%u", "%03u", "%4u").
     void decimal(uint64_t value, unsigned width = 1, char pad = ' ');
     // Signed decimal ("%d", "%4d").
@@ -57,14 +64,17 @@ class LineBuffer {
  private:
     static constexpr size_t kPiece = 4096;
 
-    void digits(uint64_t value, unsigned bits, const char *alphabet, unsigned width, char pad) {
-        char reversed[64];
-        unsigned n = 0;
-        do {
-            reversed[n++] = alphabet[value & ((1U << bits) - 1)];
-            value >>= bits;
-        } while (value);
-        finish(reversed, n, width, pad);
+    void digits(uint64_t value, const char *alphabet, unsigned width, char pad) {
+        unsigned n = (static_cast<unsigned>(std::bit_width(value | 1)) + 3) / 4;
+        if (n < width) {
+            if (pad == '0') {
+                n = width;
+            } else {
+                std::memset(claim(width - n), pad, width - n);
+            }
+        }
+        char *room = claim(n);
+        for (unsigned i = n; i-- > 0; value >>= 4) room[i] = alphabet[value & 15];
     }
     void finish(const char *reversed, unsigned n, unsigned width, char pad) {
         const unsigned total = n < width ? width : n;

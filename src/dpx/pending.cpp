@@ -1,6 +1,5 @@
 #include "dpx/dpx.h"
+#include "dpx/kelheader.h"
 
 void cineondump(DumpOptions &, Bytes, uint32_t) {}
-void dpxdump(DumpOptions &, std::FILE *, Bytes, uint32_t, const char *, int) {}
-#include "dpx/kelheader.h"
 void kelheaderdump(Bytes, KelHeaderRecord *, int) {}

@@ -37,17 +37,17 @@ constexpr rlim_t kOutputLimit = rlim_t{1} << 30;
 constexpr int kFatalComponent = 1;  // the one status beside 0 that a dump may end with
 
 const std::vector<std::vector<std::string>> kSwitches = {
-    {     },
-    {"-v"  },
-    {"-v",   "-v", "-v"},
-    {"-t" },
-    {"-a",   "-t"},
-    {"-p"  },
-    {"-mc",      "-mx", "-v"},
-    {"-ml"   },
-    {"-d","-u"},
-    {"-s"     },
-    {"-h"  },
+    {},
+    {"-v"},
+    {"-v", "-v", "-v"},
+    {"-t"},
+    {"-a", "-t"},
+    {"-p"},
+    {"-mc", "-mx", "-v"},
+    {"-ml"},
+    {"-d", "-u"},
+    {"-s"},
+    {"-h"},
 };
 
 struct Options {

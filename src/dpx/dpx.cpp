@@ -1,0 +1,340 @@
+// DPX header after SMPTE 268M. The C before the colon of a label marks a core field.
+#include "dpx/dpx.h"
+
+#include <strings.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "common/file_image.h"
+#include "common/names.h"
+#include "common/values.h"
+#include "dpx/field_rows.h"
+#include "dpx/kelheader.h"
+#include "dpx/names.h"
+#include "dpx/timecode.h"
+
+namespace {
+
+constexpr uint32_t kLittleEndianMagic = 0x53445058;  // "XPDS" read little-endian
+constexpr uint32_t kUnset = 0xFFFFFFFF;
+
+constexpr uint64_t kImageOffset = 4;
+constexpr uint64_t kIndustryHeaderSize = 28;
+constexpr uint64_t kUserDataSize = 32;
+constexpr uint64_t kCreator = 160;
+constexpr uint64_t kElements = 780;
+constexpr uint64_t kElementSize = 72;
+constexpr uint64_t kMaxElements = 8;
+constexpr uint64_t kElementDescriptor = 20;
+constexpr uint64_t kFilmHeader = 1664;
+constexpr uint64_t kArriStatus = 1864;
+constexpr uint64_t kTimecode = 1920;
+constexpr uint64_t kUserBits = 1924;
+constexpr uint64_t kUserIdentification = 2048;
+constexpr uint64_t kUserIdentificationSize = 32;
+
+constexpr FieldRow kFileRows[] = {
+    {4, Field::hex32, " offsetimage    C : "},        {8, Field::ascii, " version        C : ", 8},
+    {16, Field::hex32, " filesize       C : "},       {20, Field::dec, " dittokey         : "},
+    {24, Field::hex, " size_generic     : "},         {28, Field::hex, " size_industry    : "},
+    {32, Field::hex, " size_user        : "},         {36, Field::ascii, " filename         : ", 100},
+    {136, Field::ascii, " creationtime     : ", 24},  {160, Field::ascii, " creator          : ", 100},
+    {260, Field::ascii, " projectname      : ", 200}, {460, Field::ascii, " copyright        : ", 200},
+    {660, Field::hex, " key              : "},
+};
+
+constexpr FieldRow kImageRows[] = {
+    {770, Field::u16, " channels       C : "},
+    {772, Field::u32, " pixelsperline  C : "},
+    {776, Field::u32, " linesperimage  C : "},
+};
+
+// Image element, before and after the coded values.
+constexpr FieldRow kElementRangeRows[] = {
+    {0, Field::u32, " signed        C : "},   {4, Field::dec, " lowdata         : "},
+    {8, Field::real, " lowquantity     : "},  {12, Field::dec, " highdata        : "},
+    {16, Field::real, " highquantity    : "},
+};
+constexpr FieldRow kElementCodeRows[] = {
+    {21, Field::u8, " transfer      C : "},
+    {22, Field::u8, " colorimetric  C : "},
+    {23, Field::u8, " bitdepth      C : "},
+};
+constexpr FieldRow kElementDataRows[] = {
+    {28, Field::hex, " dataoffset    C : "},
+    {32, Field::dec, " endoflinepad    : "},
+    {36, Field::dec, " endofimagepad   : "},
+    {40, Field::ascii, " description     : ", 32},
+};
+
+constexpr FieldRow kSourceRows[] = {
+    {1408, Field::dec, " xoffset          : "},        {1412, Field::dec, " yoffset          : "},
+    {1416, Field::real, " xcenter          : "},       {1420, Field::real, " ycenter          : "},
+    {1424, Field::dec, " xoriginalsize    : "},        {1428, Field::dec, " yoriginalsize    : "},
+    {1432, Field::ascii, " filename         : ", 100}, {1532, Field::ascii, " filetime         : ", 24},
+    {1556, Field::ascii, " inputdevicename  : ", 32},  {1588, Field::ascii, " inputserialnr    : ", 32},
+};
+constexpr FieldRow kAspectRows[] = {
+    {1628, Field::dec, " aspecthorizontal : "},
+    {1632, Field::dec, " aspectvertical   : "},
+    {1636, Field::real, " xscannedsize     : "},
+    {1640, Field::real, " yscannedsize     : "},
+};
+
+constexpr FieldRow kFilmRows[] = {
+    {1664, Field::ascii, " film_mfg_id      : ", 2},   {1666, Field::ascii, " film_type        : ", 2},
+    {1668, Field::ascii, " offset           : ", 2},   {1670, Field::ascii, " prefix           : ", 6},
+    {1676, Field::ascii, " count            : ", 4},   {1680, Field::ascii, " format           : ", 20},
+    {1712, Field::dec, " framenumber      : "},        {1716, Field::dec, " framecount       : "},
+    {1720, Field::dec, " heldcount        : "},        {1724, Field::real, " framerate        : "},
+    {1728, Field::real, " shutterangle     : "},       {1732, Field::ascii, " frameid          : ", 32},
+    {1764, Field::ascii, " slateinformation : ", 100},
+};
+constexpr FieldRow kArriRows[] = {
+    {1870, Field::ascii, " keycode count    : ", 4}, {1874, Field::ascii, " keycode offset   : ", 2},
+    {1876, Field::ascii, " keycode feet     : ", 4}, {1880, Field::ascii, " keycode frames   : ", 2},
+    {1882, Field::ascii, " keycode perfpos  : ", 1},
+};
+
+constexpr FieldRow kTelevisionRows[] = {
+    {1920, Field::hex, " timecode         : "},
+    {1924, Field::hex, " userbytes        : "},
+    {1928, Field::set8, " interlace        : "},
+    {1929, Field::set8, " fieldnumber      : "},
+};
+constexpr FieldRow kSignalRows[] = {
+    {1932, Field::real, " horizontalfreq   : "}, {1936, Field::real, " verticalfreq     : "},
+    {1940, Field::real, " framerate        : "}, {1944, Field::real, " timeoffset       : "},
+    {1948, Field::real, " gamma            : "}, {1952, Field::real, " blacklevel       : "},
+    {1956, Field::real, " blackgain        : "}, {1960, Field::real, " breakpoint       : "},
+    {1964, Field::real, " whitelevel       : "}, {1968, Field::real, " integrationtime  : "},
+};
+
+constexpr const char *table_packing[] = {"", "10:10:10:2", "2:10:10:10", "", "", "", "", ""};
+constexpr const char *table_encoding[] = {"", "RLL", "", "", "", "", "", ""};
+
+constexpr uint32_t kDescriptorRgb = 50;
+constexpr uint32_t kDescriptorYuv422 = 100;
+constexpr CodeName kDescriptorNames[] = {
+    {1, "Red"},      {2, "Green"},     {3, "Blue"},     {4, "Alpha"},     {6, "Luma"},
+    {7, "CbCr"},     {8, "Depth"},     {50, "RGB"},     {51, "RGBA"},     {52, "RGBA"},
+    {100, "YUV422"}, {101, "YUV422A"}, {102, "YUV444"}, {103, "YUV444A"}, {9, "CompositeVideo"},
+};
+
+constexpr CodeName kSignalNames[] = {
+    {1, "NTSC"},
+    {2, "PAL"},
+    {3, "NTSC-M"},
+    {4, "SECAM"},
+    {50, "CCIR601/525 2:1 4x3"},
+    {51, "CCIR601/625 2:1 4x3"},
+    {100, "CCIR601/525 2:1 16x9"},
+    {101, "CCIR601/625 2:1 16x9"},
+    {150, "YCbCr-1050 2:1 16x9"},
+    {151, "YCbCr-1125 2:1 16x9 (SMPTE274)"},
+    {152, "YCbCr-1250 2:1 16x9"},
+    {153, "YCbCr-1125 2:1 16x9 (SMPTE240)"},
+    {200, "YCbCr-525 1:1 16x9"},
+    {201, "YCbCr-625 1:1 16x9"},
+    {202, "YCbCr-750 1:1 16x9 (SMPTE296)"},
+    {203, "YCbCr-1125 1:1 16x9 (SMPTE274)"},
+};
+
+constexpr CodeName kArriFilmTypes[] = {
+    {'1', "16mm"}, {'2', "35mm 2perf"}, {'3', "35mm 3perf"}, {'4', "35mm 4perf"}};
+constexpr CodeName kArriStatusNames[] = {{'0', "Detection error"},
+                                         {'1', "Interpolated"},
+                                         {'2', "Extrapolated"},
+                                         {'3', "In splice region"},
+                                         {'4', "Position uncertain"}};
+
+struct Header {
+    Bytes bytes;
+    int big_endian;
+
+    uint32_t u32(uint64_t offset) const { return tiffuint32(bytes.from(offset), big_endian); }
+    uint16_t u16(uint64_t offset) const { return tiffuint16(bytes.from(offset), big_endian); }
+    uint8_t u8(uint64_t offset) const { return bytes[offset]; }
+    void print(std::span<const FieldRow> rows) const { print_field_rows(bytes, big_endian, rows); }
+};
+
+struct PictureTimecode {
+    uint32_t timecode = 0;
+    uint32_t frame = 0;
+};
+
+bool wants_picture_timecode(const DumpOptions &opts, const Header &header) {
+    return opts.flag_t || bytes_are(header.bytes, kCreator, "KEL Timecode I");
+}
+
+// Reads the timecode burned into the first lines of the picture; zeros when there is none.
+PictureTimecode read_picture_timecode(const Header &header, std::FILE *file) {
+    constexpr uint64_t kBytesOfAPixel = 128;  // what is taken of the picture, a pixel of its width
+    const uint64_t offset = header.u32(kImageOffset);
+    const uint32_t width = header.u32(772);
+    const uint32_t descriptor = header.u8(kElements + kElementDescriptor);
+    const bool ten_bit = header.u8(kElements + 23) == 10;
+    uint32_t layout = 0;
+    if (descriptor == kDescriptorRgb) {
+        layout = ten_bit ? kLayoutRgb10 : kLayoutRgb8;
+    } else if (descriptor == kDescriptorYuv422) {
+        layout = ten_bit ? kLayout422_10 : kLayout422_8;
+    } else {
+        return {};
+    }
+    const uint64_t size = width * kBytesOfAPixel;
+    if (offset + size > file_size(file)) return {};
+    FileImage picture(file, offset, size);
+    PictureTimecode found;
+    keltimecode_image(picture.bytes(), width, 0, layout, &found.timecode, &found.frame);
+    return found;
+}
+
+void print_range_line(const DumpOptions &opts, const Header &header, const char *name,
+                      PictureTimecode picture) {
+    const char *timecode = checkuint32(header.u32(kTimecode), 1);
+    if (opts.flag_t) {
+        std::printf(" %s : %08x %s\n", name, picture.timecode, timecode);
+    } else {
+        std::printf(" %s : %s %s\n", name, timecode, checkuint32(header.u32(kUserBits), 1));
+    }
+}
+
+void print_file(const Header &header) {
+    const uint32_t magic = little32(header.bytes);
+    std::printf("file\n");
+    std::printf(" magic          C : %08x %s\n", magic,
+                magic == kLittleEndianMagic ? "Little Endian" : "Big Endian");
+    header.print(kFileRows);
+}
+
+void print_image_element(const Header &header, uint64_t i) {
+    const Header element{header.bytes.from(kElements + kElementSize * i), header.big_endian};
+    std::printf("imagechannel-%d\n", static_cast<int>(i));
+    element.print(kElementRangeRows);
+    const uint32_t descriptor = element.u8(kElementDescriptor);
+    std::printf(" descriptor    C : %d %s\n", descriptor, name_of(kDescriptorNames, descriptor));
+    element.print(kElementCodeRows);
+    std::printf(" packing       C : %d %s\n", element.u16(24), name_at(table_packing, element.u16(24)));
+    std::printf(" encoding      C : %s %s\n", checkuint16(element.u16(26)),
+                name_at(table_encoding, element.u16(26)));
+    element.print(kElementDataRows);
+}
+
+void print_image(const Header &header) {
+    const uint32_t orientation = header.u16(768);
+    std::printf("image\n");
+    std::printf(" orientation    C : %d %s\n", orientation, name_at(table_orientation, orientation));
+    header.print(kImageRows);
+    const uint64_t elements = std::min<uint64_t>(header.u16(770), kMaxElements);
+    for (uint64_t i = 0; i < elements; i++) print_image_element(header, i);
+}
+
+const char *aspect_ratio(uint32_t horizontal, uint32_t vertical) {
+    if (horizontal == kUnset || horizontal == 0 || vertical == 0) return "";
+    return checkreal(static_cast<float>(horizontal) / static_cast<float>(vertical));
+}
+
+void print_source(const Header &header) {
+    std::printf("source\n");
+    header.print(kSourceRows);
+    std::printf(" border           : %s %s %s %s\n", checkuint16(header.u16(1620)),
+                checkuint16(header.u16(1622)), checkuint16(header.u16(1624)), checkuint16(header.u16(1626)));
+    std::printf(" aspectratio      : %s\n", aspect_ratio(header.u32(1628), header.u32(1632)));
+    header.print(kAspectRows);
+}
+
+void print_arri_keycode(const Header &header) {
+    std::printf("arri keycode status\n");
+    header.print(kArriRows);
+    std::printf(" keycode filmtype : %s\n", name_of(kArriFilmTypes, header.u8(1883), "?"));
+    std::printf(" keycode status   : %s\n", name_of(kArriStatusNames, header.u8(1884), "?"));
+}
+
+void print_film(const Header &header) {
+    char keycode[17];
+    formatdpxkeycode(keycode, header.bytes.from(kFilmHeader));
+    std::printf("film\n");
+    std::printf(" keycode          : '%s'\n", keycode);
+    header.print(kFilmRows);
+    if (bytes_are(header.bytes, kArriStatus, "ARRI01")) print_arri_keycode(header);
+}
+
+void print_television(const Header &header) {
+    const uint32_t signal = header.u8(1930);
+    std::printf("television\n");
+    header.print(kTelevisionRows);
+    std::printf(" videosignal      : %s %s\n", checkuint8(signal), name_of(kSignalNames, signal));
+    header.print(kSignalRows);
+    if (header.u8(1972) != 0xFF)
+        std::printf(" reelname         : %s\n", checkascii(header.bytes.from(1972), 76));
+}
+
+bool has_industry_header(const DumpOptions &opts, const Header &header) {
+    return header.u32(kIndustryHeaderSize) != 0 || (opts.verbose && header.u32(kImageOffset) >= 8192);
+}
+
+bool begins_without_case(Bytes bytes, const char *with) {
+    const size_t n = std::strlen(with);
+    const Text text = text_at(bytes, 0, n);
+    return static_cast<size_t>(text.length) == n && strncasecmp(text.start, with, n) == 0;
+}
+
+// Whether any byte of the user data is not 0xFF.
+bool holds_user_data(const Header &header) {
+    const Bytes user = header.bytes.sub(kUserIdentification, header.u32(kUserDataSize));
+    for (uint64_t i = kUserIdentificationSize; i < user.size(); i++) {
+        if (user[i] != 0xFF) return true;
+    }
+    return false;
+}
+
+void print_user_data(const Header &header) {
+    const Bytes user = header.bytes.from(kUserIdentification);
+    if (user[0] == 0 || user[0] == 0xFF || header.u32(kUserDataSize) == 0) return;
+    std::printf("extendedheader\n");
+    std::printf(" type             : %s\n", checkascii(user, kUserIdentificationSize));
+    if (bytes_are(user, 0, "KEL Tessaron metadata\0")) {
+        kelheaderdump(user.from(kUserIdentificationSize), nullptr, 1);
+    } else if (begins_without_case(user, "philips") || begins_without_case(user, "thomson")) {
+        std::printf(holds_user_data(header)
+                        ? " Philips/Thomson metadata format, format needs to be analysed\n"
+                        : " Philips/Thomson metadata format, all default values\n");
+    } else if (bytes_are(user, 0, "discreet logic")) {
+        std::printf(holds_user_data(header) ? " Discreet Logic metadata found, format needs to be analysed\n"
+                                            : " Discreet Logic metadata found, all default values\n");
+    } else {
+        std::printf(" Unknown userdata format\n");
+    }
+}
+
+void print_picture_timecode(PictureTimecode picture) {
+    std::printf("kelimagetimecode\n");
+    std::printf(" timecode         : %08x\n", picture.timecode);
+    std::printf(" framenr          : %d\n", static_cast<int32_t>(picture.frame));
+}
+
+}  // namespace
+
+void dpxdump(DumpOptions &opts, std::FILE *file, Bytes bytes, uint32_t length, const char *name,
+             int range_flag) {
+    const Header header{bytes.sub(0, length), little32(bytes) != kLittleEndianMagic};
+    // A frame range shows the burned-in timecode only when it was asked for.
+    const bool picture_timecode = range_flag ? opts.flag_t : wants_picture_timecode(opts, header);
+    const PictureTimecode picture =
+        picture_timecode ? read_picture_timecode(header, file) : PictureTimecode{};
+    if (range_flag) {
+        print_range_line(opts, header, name, picture);
+        return;
+    }
+    print_file(header);
+    print_image(header);
+    print_source(header);
+    if (has_industry_header(opts, header)) {
+        print_film(header);
+        print_television(header);
+    }
+    print_user_data(header);
+    if (picture_timecode && header.u32(kImageOffset) + uint64_t{64} < length) print_picture_timecode(picture);
+}

@@ -1,0 +1,120 @@
+#include <algorithm>
+#include <cstdio>
+
+#include "common/file_image.h"
+#include "common/line_buffer.h"
+#include "raw/raw.h"
+
+namespace {
+
+constexpr uint64_t kMaxSize = 0x100000;
+
+enum class Encoding { bytes, utf8, utf16_little, utf16_big };
+
+struct Mark {
+    Encoding encoding;
+    uint64_t size;
+    const char *name;
+};
+
+Mark find_mark(Bytes text) {
+    if (bytes_are(text, 0, "\xFF\xFE")) return {Encoding::utf16_little, 2, "UTF-16 (LE)"};
+    if (bytes_are(text, 0, "\xFE\xFF")) return {Encoding::utf16_big, 2, "UTF-16 (BE)"};
+    if (bytes_are(text, 0, "\xEF\xBB\xBF")) return {Encoding::utf8, 3, "UTF-8"};
+    return {Encoding::bytes, 0, nullptr};
+}
+
+using Block = std::span<const uint8_t>;
+
+// Decodes the character at the start of a UTF-8 text and returns the bytes that it takes. A byte that begins
+// no sequence, or one whose sequence the end of the text cuts, is "?".
+size_t utf8_character(Block text, uint32_t &code) {
+    const uint32_t lead = text[0];
+    const size_t size = lead < 0x80             ? 1
+                        : (lead & 0xE0) == 0xC0 ? 2
+                        : (lead & 0xF0) == 0xE0 ? 3
+                        : (lead & 0xF8) == 0xF0 ? 4
+                                                : 0;
+    if (size == 0 || size > text.size()) {
+        code = '?';
+        return 1;
+    }
+    code = size == 1 ? lead : lead & (0x7FU >> size);
+    for (size_t i = 1; i < size; i++) code = code << 6 | (text[i] & 0x3FU);
+    return size;
+}
+
+template <typename Put>
+void for_each_character(Block text, Encoding encoding, Put put) {
+    switch (encoding) {
+        case Encoding::bytes:
+            for (const uint8_t byte : text) put(byte);
+            break;
+        case Encoding::utf8:
+            for (uint32_t code = 0; !text.empty(); put(code)) text = text.subspan(utf8_character(text, code));
+            break;
+        case Encoding::utf16_little:
+            for (; text.size() >= 2; text = text.subspan(2))
+                put(text[0] | static_cast<uint32_t>(text[1]) << 8);
+            break;
+        case Encoding::utf16_big:
+            for (; text.size() >= 2; text = text.subspan(2))
+                put(text[1] | static_cast<uint32_t>(text[0]) << 8);
+            break;
+    }
+}
+
+void put_utf8(LineBuffer &out, uint32_t code) {
+    const auto put = [&](uint32_t byte) { out.put(static_cast<char>(byte)); };
+    if (code < 0x80) {
+        put(code);
+        return;
+    }
+    if (code < 0x800) {
+        put(0xC0 | code >> 6);
+    } else {
+        if (code < 0x10000) {
+            put(0xE0 | code >> 12);
+        } else {
+            put(0xF0 | code >> 18);
+            put(0x80 | (code >> 12 & 0x3F));
+        }
+        put(0x80 | (code >> 6 & 0x3F));
+    }
+    put(0x80 | (code & 0x3F));
+}
+
+// Printable ASCII with TAB and LF; CR is left out, anything else (the space, too) is ".".
+void put_ascii(LineBuffer &out, uint32_t code) {
+    if (code == '\r') return;
+    const bool shown = code == '\t' || code == '\n' || (code > 32 && code < 128);
+    out.put(shown ? static_cast<char>(code) : '.');
+}
+
+}  // namespace
+
+void dumpfile(DumpOptions &opts, std::FILE *file) {
+    uint64_t size = file_size(file);
+    if (size > kMaxSize) {
+        std::printf("Max filesize set to 0x100000\n");
+        size = kMaxSize;
+    }
+    FileImage image(file, 0, size);
+    if (!image.ok()) {
+        std::printf("malloc of buffer %d failed\n", static_cast<int>(size));
+        return;
+    }
+    const Bytes text = image.bytes();
+    const Mark mark = find_mark(text);
+    if (mark.name) std::printf("Fileformat: %s\n", mark.name);
+    LineBuffer out;
+    if (mark.name && opts.flag_u) out.text("\xEF\xBB\xBF");
+    const Block characters = text.span(mark.size, size);
+    if (opts.flag_u) {
+        for_each_character(characters, mark.encoding, [&](uint32_t code) { put_utf8(out, code); });
+    } else {
+        for_each_character(characters, mark.encoding, [&](uint32_t code) { put_ascii(out, code); });
+    }
+}
+
+void xmldump(DumpOptions &, std::FILE *) { std::printf("Fileformat:XML\n"); }
