@@ -1,5 +1,5 @@
-#include <array>
-#include <vector>
+#include <cstring>
+#include <memory>
 
 #include "common/file_image.h"
 #include "common/line_buffer.h"
@@ -8,14 +8,20 @@
 namespace {
 
 constexpr size_t kShortest = 6;  // characters of a run that is printed
-constexpr size_t kBlock = 256 * 1024;
+constexpr size_t kBlock = 64 * 1024;
 
-constexpr auto kIsRunCharacter = [] {
-    std::array<bool, 256> is{};
-    for (int c = '0'; c <= '9'; c++) is[static_cast<size_t>(c)] = true;
-    for (int c = 'A'; c <= 'Z'; c++) is[static_cast<size_t>(c)] = is[static_cast<size_t>(c | 0x20)] = true;
-    return is;
-}();
+uint8_t is_run_character(uint8_t c) {
+    const bool digit = static_cast<uint8_t>(c - '0') < 10;
+    const bool letter = static_cast<uint8_t>((c | 0x20) - 'a') < 26;
+    return digit | letter;
+}
+
+// A block of the file and what its bytes are, found by loops that the compiler turns into vector code.
+struct Search {
+    uint8_t bytes[kBlock];
+    uint8_t in_run[kBlock + kShortest];  // 1 for a run character; zeros behind the block
+    uint8_t long_run[kBlock];            // 1 where kShortest run characters begin
+};
 
 // A run that the end of a block cuts.
 struct OpenRun {
@@ -26,10 +32,20 @@ struct OpenRun {
 
 using Block = std::span<const uint8_t>;
 
-size_t run_length(Block block) {
-    size_t n = 0;
-    while (n < block.size() && kIsRunCharacter[block[n]]) n++;
-    return n;
+void classify(Search &search, size_t size) {
+    for (size_t i = 0; i < size; i++) search.in_run[i] = is_run_character(search.bytes[i]);
+    std::memset(search.in_run + size, 0, kShortest);
+    const uint8_t *in = search.in_run;
+    static_assert(kShortest == 6);
+    for (size_t i = 0; i < size; i++) {
+        search.long_run[i] = in[i] & in[i + 1] & in[i + 2] & in[i + 3] & in[i + 4] & in[i + 5];
+    }
+}
+
+// The end of the run characters from a place on.
+size_t run_end(const Search &search, size_t from) {
+    while (search.in_run[from]) from++;
+    return from;
 }
 
 // Takes the characters at the start of a block that go on with the open run.
@@ -52,45 +68,36 @@ void close(LineBuffer &out, OpenRun &run) {
     run = {};
 }
 
-void search_block(LineBuffer &out, OpenRun &run, Block block) {
-    const size_t continued = run_length(block);
-    extend(out, run, block.first(continued));
-    if (continued == block.size()) return;
+void search_block(LineBuffer &out, OpenRun &run, Search &search, size_t size) {
+    classify(search, size);
+    const Block block(search.bytes, size);
+    size_t done = run_end(search, 0);
+    extend(out, run, block.first(done));
+    if (done == size) return;
     close(out, run);
 
-    // A run of six or more covers every sixth place at least once: look there only, then to both sides.
-    size_t free = continued + 1;  // everything before is done, and block[free - 1] is in no run
-    for (size_t probe = free + kShortest - 1; probe < block.size();) {
-        if (!kIsRunCharacter[block[probe]]) {
-            free = probe + 1;
-            probe += kShortest;
-            continue;
-        }
-        size_t start = probe;
-        while (start > free && kIsRunCharacter[block[start - 1]]) start--;
-        const size_t length = probe - start + run_length(block.subspan(probe));
-        if (start + length == block.size()) break;
-        if (length >= kShortest) {
-            out.bytes(block.subspan(start, length));
-            out.put('\n');
-        }
-        free = start + length + 1;
-        probe = free + kShortest - 1;
+    while (const void *found = std::memchr(search.long_run + done, 1, size - done)) {
+        const size_t start = static_cast<size_t>(static_cast<const uint8_t *>(found) - search.long_run);
+        const size_t end = run_end(search, start);
+        if (end == size) break;
+        out.bytes(block.subspan(start, end - start));
+        out.put('\n');
+        done = end;
     }
     // What may be a run at the block's end stays open.
-    size_t start = block.size();
-    while (start > free && kIsRunCharacter[block[start - 1]]) start--;
+    size_t start = size;
+    while (start > done && search.in_run[start - 1]) start--;
     extend(out, run, block.subspan(start));
 }
 
 }  // namespace
 
 void stringsearchfile(DumpOptions &, std::FILE *file) {
-    std::vector<uint8_t> block(kBlock);
+    const auto search = std::make_unique<Search>();
     LineBuffer out;
     OpenRun run;
-    while (const size_t got = static_cast<size_t>(read_fully(fileno(file), block.data(), block.size()))) {
-        search_block(out, run, Block(block).first(got));
+    while (const size_t got = static_cast<size_t>(read_fully(fileno(file), search->bytes, kBlock))) {
+        search_block(out, run, *search, got);
     }
     close(out, run);
 }

@@ -1,0 +1,104 @@
+#include "common/values.h"
+
+#include <gtest/gtest.h>
+
+#include "common/hexrow.h"
+#include "common/name_pattern.h"
+#include "common/names.h"
+
+TEST(Values, UndefinedValuesAreEmptyText) {
+    EXPECT_STREQ(checkuint8(0xFF), "");
+    EXPECT_STREQ(checkuint8(0x1FE), "254");
+    EXPECT_STREQ(checkuint16(0xFFFF), "");
+    EXPECT_STREQ(checkuint16(0), "0");
+    EXPECT_STREQ(checkuint32(0xFFFFFFFF, 1), "");
+    EXPECT_STREQ(checkuint32(0xFFFFFFFF, 0), "");
+    EXPECT_STREQ(checkuint32(255, 1), "000000ff");
+    EXPECT_STREQ(checkuint32(0x80000000, 0), "-2147483648");
+    EXPECT_STREQ(checkreal(float_of_bits(0xFFFFFFFF)), "");
+    EXPECT_STREQ(checkreal(float_of_bits(0x7FC00000)), "#NAN (Invalid Value)");
+    EXPECT_STREQ(checkreal(1.5F), "1.5");
+    EXPECT_STREQ(checkreal(float_of_bits(0x7F800000)), "inf");
+    EXPECT_STREQ(cineonreal(float_of_bits(0x7F800000)), "");
+    EXPECT_STREQ(cineonreal(float_of_bits(0xFFFFFFFF)), "-nan");
+}
+
+TEST(Values, TextFields) {
+    EXPECT_STREQ(checkascii(Bytes("ab\0x", 4), 4), "'ab'");
+    EXPECT_STREQ(checkascii(Bytes("\0abc", 4), 4), "");
+    EXPECT_STREQ(checkascii(Bytes("\xFFgood", 5), 5), "Error, 0xff in ascii data");
+    const std::string full(300, 'y');
+    EXPECT_EQ(checkascii(Bytes(full.data(), full.size()), 100), "'" + std::string(100, 'y') + "'");
+    EXPECT_STREQ(checkascii(Bytes("cut", 3), 100), "'cut'");
+}
+
+TEST(Values, TheRingComesRoundAfterSixteenCalls) {
+    uint32_t size = 0;
+    char *first = get_buffer(&size);
+    EXPECT_EQ(size, 8192U);
+    for (int i = 0; i < 15; i++) EXPECT_NE(get_buffer(), first);
+    EXPECT_EQ(get_buffer(), first);
+}
+
+TEST(Values, ByteOrders) {
+    const Bytes b("\x01\x02\x03\x04", 4);
+    EXPECT_EQ(tiffuint32(b, 0), 0x04030201U);
+    EXPECT_EQ(tiffuint32(b, 1), 0x01020304U);
+    EXPECT_EQ(tiffuint16(b, 1), 0x0102);
+    EXPECT_EQ(get_uint16(b.from(3)), 0x0004);
+    uint16_t word = 0x1234;
+    swap16(&word);
+    EXPECT_EQ(word, 0x3412);
+    uint32_t quad = 0x12345678;
+    swap32(&quad);
+    EXPECT_EQ(quad, 0x78563412U);
+    EXPECT_EQ(tiffchar(0x7E), '~');
+    EXPECT_EQ(tiffchar(0x7F), '.');
+}
+
+TEST(Names, CodesBeyondATable) {
+    constexpr const char *table[] = {"zero", "one"};
+    constexpr CodeName rows[] = {{7, "seven"}, {7, "again"}, {9, "nine"}};
+    EXPECT_STREQ(name_at(table, 1), "one");
+    EXPECT_STREQ(name_at(table, 2), "");
+    EXPECT_STREQ(name_of(rows, 7), "seven");
+    EXPECT_STREQ(name_of(rows, 8, "?"), "?");
+}
+
+TEST(NamePattern, OneIntegerConversionAtMost) {
+    for (const char *good : {"plain", "f%d", "f%05d.jpc", "100%%_%X", "%-+ #08.003u", "%999i", "%.o", ""}) {
+        EXPECT_TRUE(valid_name_pattern(good)) << good;
+    }
+    for (const char *bad :
+         {"%s", "%n", "%d%d", "%", "a%", "%1000d", "%.1000d", "%ld", "%*d", "%c", "%f", "% ", "%5%"}) {
+        EXPECT_FALSE(valid_name_pattern(bad)) << bad;
+    }
+    char name[8];
+    expand_name_pattern(name, sizeof name, "f%04d.dpx", -1);
+    EXPECT_STREQ(name, "f-001.d");
+}
+
+TEST(HexRow, ParametersOfTheFamilies) {
+    testing::internal::CaptureStdout();
+    {
+        LineBuffer out;
+        const Bytes bytes(
+            "A \x7F"
+            "0123456789abcdef",
+            19);
+        put_hexrows(out, bytes, {.gap = " : "}, [](LineBuffer &line, uint64_t i) { line.hex(i, 16, ' '); });
+        put_hexrow(out, bytes.span(0, 3), {.columns = 4, .first_printable = 0x21, .after_character = " "});
+        put_hexrow(out, bytes.span(0, 3), {.padded = false, .characters = false});
+        out.signed_decimal(INT64_MIN);
+        out.decimal(7, 4);
+        out.upper_hex(0xBEEF);
+        out.fill('-', 10000);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "               041 20 7f 30 31 32 33 34 35 36 37 38 39 61 62 63  : A .0123456789abc\n"
+              "              1064 65 66                                         : def\n"
+              "41 20 7f    A . . \n"
+              "41 20 7f \n"
+              "-9223372036854775808   7BEEF" +
+                  std::string(10000, '-'));
+}

@@ -1,0 +1,355 @@
+#include <gtest/gtest.h>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+
+namespace {
+
+const std::string kUnset4(4, '\xFF');
+
+// A header of 2048 bytes with every field set.
+ByteWriter dpx(ByteWriter::Order order, uint32_t image_offset = 0x800) {
+    ByteWriter w(order);
+    w.text(order == ByteWriter::Order::big ? "SDPX" : "XPDS")
+        .u32(image_offset)
+        .text("V2.0", 8)
+        .u32(0x12345678);
+    w.u32(1)
+        .u32(1664)
+        .u32(384)
+        .u32(0)
+        .text("shot.dpx", 100)
+        .text("2026:01:02:03:04:05", 24)
+        .text("a scanner", 100);
+    w.text("project", 200).text(std::string(200, 'c')).u32(0xFFFFFFFF);
+    w.at(768).u16(5).u16(1).u32(16).u32(0xFFFFFFFE);
+    w.u32(1).u32(64).f32(0.5).u32(0x80000000).f32(2.046F).u8(50).u8(2).u8(4).u8(10).u16(1).u16(1);
+    w.u32(0x800).u32(0).u32(0xFFFFFFFF).text("element", 32);
+    w.at(1408).u32(1).u32(2).f32(3).raw(kUnset4).u32(5).u32(6).text("in.dpx", 100).text("then", 24);
+    w.text("\xFF", 32)
+        .text("serial", 32)
+        .u16(1)
+        .u16(0xFFFF)
+        .u16(3)
+        .u16(4)
+        .u32(16)
+        .u32(9)
+        .f32(1.25)
+        .f32(1e10F);
+    w.at(1664).text("02").text("93").text("12").text("123456").text("7890").text(
+        "Academy35mmFullFrame+12chars", 32);
+    w.u32(10).u32(20).u32(0xFFFFFFFF).f32(24).f32(180).text("frame", 32).text("slate", 100);
+    w.at(1864).text("ARRI01").text("0042").text("07").text("0123").text("08").text("5").text("4").text("3");
+    w.at(1920)
+        .u32(0x01020304)
+        .u32(0xFFFFFFFF)
+        .u8(0)
+        .u8(255)
+        .u8(151)
+        .u8(0)
+        .f32(27000)
+        .f32(50)
+        .f32(25)
+        .f32(0)
+        .f32(2.2F);
+    w.f32(16).f32(1).f32(90).f32(235).raw(kUnset4).text("reel 7", 76);
+    return w;
+}
+
+std::string expected(const std::string &magic) {
+    return "file\n"
+           " magic          C : " +
+           magic +
+           "\n"
+           " offsetimage    C : 00000800\n"
+           " version        C : 'V2.0'\n"
+           " filesize       C : 12345678\n"
+           " dittokey         : 1\n"
+           " size_generic     : 00000680\n"
+           " size_industry    : 00000180\n"
+           " size_user        : 00000000\n"
+           " filename         : 'shot.dpx'\n"
+           " creationtime     : '2026:01:02:03:04:05'\n"
+           " creator          : 'a scanner'\n"
+           " projectname      : 'project'\n"
+           " copyright        : '" +
+           std::string(200, 'c') +
+           "'\n"
+           " key              : \n"
+           "image\n"
+           " orientation    C : 5 top->bottom / right->left \n"
+           " channels       C : 1\n"
+           " pixelsperline  C : 16\n"
+           " linesperimage  C : -2\n"
+           "imagechannel-0\n"
+           " signed        C : 1\n"
+           " lowdata         : 64\n"
+           " lowquantity     : 0.5\n"
+           " highdata        : -2147483648\n"
+           " highquantity    : 2.046\n"
+           " descriptor    C : 50 RGB\n"
+           " transfer      C : 2\n"
+           " colorimetric  C : 4\n"
+           " bitdepth      C : 10\n"
+           " packing       C : 1 10:10:10:2\n"
+           " encoding      C : 1 RLL\n"
+           " dataoffset    C : 00000800\n"
+           " endoflinepad    : 0\n"
+           " endofimagepad   : \n"
+           " description     : 'element'\n"
+           "source\n"
+           " xoffset          : 1\n"
+           " yoffset          : 2\n"
+           " xcenter          : 3\n"
+           " ycenter          : \n"
+           " xoriginalsize    : 5\n"
+           " yoriginalsize    : 6\n"
+           " filename         : 'in.dpx'\n"
+           " filetime         : 'then'\n"
+           " inputdevicename  : Error, 0xff in ascii data\n"
+           " inputserialnr    : 'serial'\n"
+           " border           : 1  3 4\n"
+           " aspectratio      : 1.77778\n"
+           " aspecthorizontal : 16\n"
+           " aspectvertical   : 9\n"
+           " xscannedsize     : 1.25\n"
+           " yscannedsize     : 1e+10\n"
+           "film\n"
+           " keycode          : 'KL123456 7890+12'\n"
+           " film_mfg_id      : '02'\n"
+           " film_type        : '93'\n"
+           " offset           : '12'\n"
+           " prefix           : '123456'\n"
+           " count            : '7890'\n"
+           " format           : 'Academy35mmFullFrame'\n"
+           " framenumber      : 10\n"
+           " framecount       : 20\n"
+           " heldcount        : \n"
+           " framerate        : 24\n"
+           " shutterangle     : 180\n"
+           " frameid          : 'frame'\n"
+           " slateinformation : 'slate'\n"
+           "arri keycode status\n"
+           " keycode count    : '0042'\n"
+           " keycode offset   : '07'\n"
+           " keycode feet     : '0123'\n"
+           " keycode frames   : '08'\n"
+           " keycode perfpos  : '5'\n"
+           " keycode filmtype : 35mm 4perf\n"
+           " keycode status   : In splice region\n"
+           "television\n"
+           " timecode         : 01020304\n"
+           " userbytes        : \n"
+           " interlace        : 0\n"
+           " fieldnumber      : \n"
+           " videosignal      : 151 YCbCr-1125 2:1 16x9 (SMPTE274)\n"
+           " horizontalfreq   : 27000\n"
+           " verticalfreq     : 50\n"
+           " framerate        : 25\n"
+           " timeoffset       : 0\n"
+           " gamma            : 2.2\n"
+           " blacklevel       : 16\n"
+           " blackgain        : 1\n"
+           " breakpoint       : 90\n"
+           " whitelevel       : 235\n"
+           " integrationtime  : \n"
+           " reelname         : 'reel 7'\n";
+}
+
+constexpr auto kBig = ByteWriter::Order::big;
+constexpr auto kLittle = ByteWriter::Order::little;
+
+// Header, then a picture whose line 8 carries a timecode packet in blocks of 4 pixels.
+std::string with_picture_timecode(const std::string &packet, uint8_t descriptor, uint8_t depth,
+                                  const std::string &set, const std::string &clear, uint32_t width = 520) {
+    ByteWriter w = dpx(kBig);
+    w.at(160).text("KEL Timecode Image 2", 100).at(772).u32(width).at(800).u8(descriptor).at(803).u8(depth);
+    const size_t pixel = set.size();
+    w.at(2048).zeros(width * size_t{128});
+    for (size_t i = 0; i < 128; i++) {
+        const bool bit = static_cast<uint8_t>(packet[i / 8]) >> (7 - i % 8) & 1;
+        w.at(2048 + (8 * width + 2 + 4 * i) * pixel).raw(bit ? set : clear);
+    }
+    return w.str();
+}
+
+std::string packet() {
+    return big()
+        .hex("FFAA 10203040 00000102 07 000000")
+        .u16(0xFF + 0xAA + 0x10 + 0x20 + 0x30 + 0x40 + 1 + 2 + 7)
+        .str();
+}
+
+std::string picture_lines(const std::string &timecode, const std::string &frame) {
+    return "kelimagetimecode\n timecode         : " + timecode + "\n framenr          : " + frame + "\n";
+}
+
+}  // namespace
+
+TEST(Dpx, EveryFieldInBothByteOrders) {
+    EXPECT_EQ(dump_of(dpx(kLittle).str()), expected("53445058 Little Endian"));
+    EXPECT_EQ(dump_of(dpx(kBig).str()), expected("58504453 Big Endian"));
+}
+
+TEST(Dpx, ElementCountsAndUnknownCodes) {
+    const auto channels = [](uint32_t count) {
+        const std::string dump = dump_of(dpx(kBig).at(768).u16(9).u16(count).str());
+        size_t n = 0;
+        for (size_t at = 0; (at = dump.find("\nimagechannel-", at)) != std::string::npos; at++) n++;
+        EXPECT_EQ(lines_from(dump, " orientation ", 1), " orientation    C : 9 \n");
+        return n;
+    };
+    EXPECT_EQ(channels(0), 0U);
+    EXPECT_EQ(channels(3), 3U);
+    EXPECT_EQ(channels(9), 8U);
+    EXPECT_EQ(channels(0xFFFF), 8U);
+    const std::string dump = dump_of(dpx(kBig).at(800).u8(5).at(804).u16(3).u16(0xFFFF).str());
+    EXPECT_EQ(lines_from(dump, " descriptor", 1), " descriptor    C : 5 \n");
+    EXPECT_EQ(lines_from(dump, " packing", 2), " packing       C : 3 \n encoding      C :  \n");
+    EXPECT_EQ(lines_from(dump_of(dpx(kBig).at(804).u16(8).u16(8).str()), " packing", 2),
+              " packing       C : 8 \n encoding      C : 8 \n");
+}
+
+TEST(Dpx, AspectRatios) {
+    const auto aspect = [](uint32_t horizontal, uint32_t vertical) {
+        const std::string dump = dump_of(dpx(kLittle).at(1628).u32(horizontal).u32(vertical).str());
+        return lines_from(dump, " aspectratio ", 1).substr(20);
+    };
+    EXPECT_EQ(aspect(0xFFFFFFFF, 9), "\n");
+    EXPECT_EQ(aspect(4, 0), "\n");
+    EXPECT_EQ(aspect(0, 3), "\n");
+    EXPECT_EQ(aspect(16, 0xFFFFFFFF), "3.72529e-09\n");
+    EXPECT_EQ(aspect(0xFFFFFFFE, 1), "4.29497e+09\n");
+}
+
+TEST(Dpx, FilmAndTelevisionSections) {
+    const auto has_film = [](const std::string &content, const std::vector<std::string> &switches) {
+        return !lines_from(dump_of(content, "f.dpx", switches), "film\n").empty();
+    };
+    const std::string early = dpx(kBig, 8191).at(28).u32(0).str();
+    const std::string late = dpx(kBig, 8192).at(28).u32(0).str();
+    EXPECT_FALSE(has_film(early, {"-v"}));
+    EXPECT_FALSE(has_film(late, {}));
+    EXPECT_TRUE(has_film(late, {"-v"}));
+    EXPECT_TRUE(has_film(dpx(kBig).at(28).u32(0xFFFFFFFF).str(), {}));
+    EXPECT_EQ(lines_from(dump_of(dpx(kBig).at(1972).u8(0xFF).str()), " reelname"), "");
+    EXPECT_EQ(lines_from(dump_of(dpx(kBig).at(1972).u8(0).str()), " reelname"), " reelname         : \n");
+    EXPECT_EQ(lines_from(dump_of(dpx(kBig).at(1883).text("09").str()), " keycode filmtype", 2),
+              " keycode filmtype : ?\n keycode status   : ?\n");
+    EXPECT_EQ(lines_from(dump_of(dpx(kBig).at(1864).text("ARRI02").str()), "arri"), "");
+}
+
+TEST(Dpx, Keycodes) {
+    const auto keycode = [](const std::string &fields) {
+        return lines_from(dump_of(dpx(kBig).at(1664).raw(fields).str()), " keycode ", 1).substr(20);
+    };
+    const std::string rest = "00abcdef1234";
+    const std::string tail = "abcdef 1234+00'\n";
+    EXPECT_EQ(keycode("0224" + rest), "'KL" + tail);
+    EXPECT_EQ(keycode("1214" + rest), "'K?" + tail);
+    EXPECT_EQ(keycode("2200" + rest), "'KP" + tail);
+    EXPECT_EQ(keycode("0524" + rest), "'??" + tail);
+    EXPECT_EQ(keycode("2183" + rest), "'AF" + tail);
+    EXPECT_EQ(keycode("01xx" + rest), "'A?" + tail);
+    EXPECT_EQ(keycode("1340" + rest), "'FR" + tail);
+    EXPECT_EQ(keycode("0302" + rest), "'FI" + tail);
+    EXPECT_EQ(keycode("1499" + rest), "'I?" + tail);
+    EXPECT_EQ(keycode("\xFF"
+                      "224" +
+                      rest),
+              "''\n");
+    EXPECT_EQ(keycode(std::string("\0", 1) + "224" + rest), "''\n");
+    EXPECT_EQ(keycode("022400ab" + std::string(4, '\0') + "1234"), "'KLab'\n");
+}
+
+TEST(Dpx, UserData) {
+    const auto user = [](const std::string &identification, const std::string &data, uint32_t size) {
+        return lines_from(dump_of(dpx(kLittle, 4096)
+                                      .at(32)
+                                      .u32(size)
+                                      .at(2048)
+                                      .text(identification, 32)
+                                      .raw(data)
+
+                                      .u8(0)
+                                      .str()),
+                          "extendedheader\n");
+    };
+    const std::string unset(60, '\xFF');
+    const std::string type = "extendedheader\n type             : ";
+    EXPECT_EQ(user("PhilipsX", unset, 92),
+              type + "'PhilipsX'\n Philips/Thomson metadata format, all default values\n");
+    EXPECT_EQ(user("THOMSON", unset, 93),
+              type + "'THOMSON'\n Philips/Thomson metadata format, format needs to be analysed\n");
+    EXPECT_EQ(user("discreet logic", unset, 20),
+              type + "'discreet logic'\n Discreet Logic metadata found, all default values\n");
+    EXPECT_EQ(user("discreet logic", "x", 33),
+              type + "'discreet logic'\n Discreet Logic metadata found, format needs to be analysed\n");
+    EXPECT_EQ(user("Discreet logic", "x", 33), type + "'Discreet logic'\n Unknown userdata format\n");
+    EXPECT_EQ(user("KEL Tessaron metadata2", "x", 33),
+              type + "'KEL Tessaron metadata2'\n Unknown userdata format\n");
+    EXPECT_EQ(user("philips", std::string(20000, '\xFF'), 0xFFFFFFFF),
+              type + "'philips'\n Philips/Thomson metadata format, all default values\n");
+    EXPECT_EQ(user("philips", unset, 0), "");
+    EXPECT_EQ(user("\xFF", unset, 100), "");
+    EXPECT_EQ(user("", unset, 100), "");
+}
+
+TEST(Dpx, TimecodeBurnedIntoThePicture) {
+    const auto decoded = [](const std::string &content) {
+        return lines_from(dump_of(content), "kelimagetimecode");
+    };
+    const std::string found = picture_lines("10203040", "258");
+    const std::string none = picture_lines("00000000", "0");
+    EXPECT_EQ(decoded(with_picture_timecode(packet(), 50, 8, "\xA1\x3F\xB1", "\xA0\x3F\xFF")), found);
+    EXPECT_EQ(decoded(with_picture_timecode(packet(), 50, 10, "\xA1\x0F\xCB\x10", "\xA1\x10\x0B\x10")),
+              found);
+    EXPECT_EQ(decoded(with_picture_timecode(packet(), 100, 8, "\xB1\x80", "\xB0\x80")), found);
+    EXPECT_EQ(decoded(with_picture_timecode(packet(), 100, 10, "\xFF\xFF\xFF\xFF", std::string(4, '\0'))),
+              none);
+    EXPECT_EQ(decoded(with_picture_timecode(packet(), 51, 8, "\xFF\x3F\xFF", std::string(3, '\0'))), none);
+    std::string wrong = packet();
+    wrong[1] = '\xAB';
+    wrong[15]++;
+    EXPECT_EQ(decoded(with_picture_timecode(wrong, 100, 8, "\xFF\x80", std::string(2, '\0'))), none);
+    const std::string whole = with_picture_timecode(packet(), 100, 8, "\xB1\x80", std::string(2, '\0'));
+    EXPECT_EQ(decoded(whole.substr(0, whole.size() - 1)), none);
+}
+
+TEST(Dpx, WhenThePictureTimecodeIsLookedFor) {
+    const auto decoded = [](const ByteWriter &w, const std::vector<std::string> &switches) {
+        return lines_from(dump_of(w.str(), "f", switches), "kelimagetimecode");
+    };
+    const std::string none = picture_lines("00000000", "0");
+    EXPECT_EQ(decoded(dpx(kBig), {}), "");
+    EXPECT_EQ(decoded(dpx(kBig), {"-t"}), none);
+    EXPECT_EQ(decoded(dpx(kBig, 16384 - 64), {"-t"}), "");
+    EXPECT_EQ(decoded(dpx(kBig, 16384 - 65), {"-t"}), none);
+    EXPECT_EQ(decoded(dpx(kBig, 0xFFFFFFFF).at(772).u32(0xFFFFFFFF), {"-t"}), "");
+    EXPECT_EQ(decoded(dpx(kBig).at(160).text("KEL Timecode", 100), {}), "");
+    EXPECT_EQ(decoded(dpx(kBig).at(160).text("KEL Timecode I", 100), {}), none);
+}
+
+TEST(Dpx, FrameRanges) {
+    const Workplace place;
+    place.write("f1.dpx", dpx(kLittle).at(1924).u32(0xABCDEF).str());
+    place.write("f2.dpx", with_picture_timecode(packet(), 100, 8, "\xB1\x80", std::string(2, '\0')));
+    EXPECT_EQ(place.run({"f%d.dpx", "1", "2"}).out,
+              " f1.dpx : 01020304 00abcdef\n"
+              " f2.dpx : 01020304 \n"
+              "Could not open file 'f3.dpx'\n");
+    EXPECT_EQ(place.run({"-t", "f%d.dpx", "1", "1"}).out,
+              " f1.dpx : 00000000 01020304\n"
+              " f2.dpx : 10203040 01020304\n");
+}
+
+TEST(Dpx, CutAndHugeFiles) {
+    const std::string cut = dump_of(dpx(kBig).str().substr(0, 100));
+    EXPECT_EQ(lines_from(cut, " filename ", 2), " filename         : 'shot.dpx'\n creationtime     : \n");
+    EXPECT_EQ(lines_from(cut, "source\n", 2), "source\n xoffset          : 0\n");
+    const Workplace place;
+    place.write_sparse("huge.dpx", 10'000'000'000, 0, dpx(kBig).str());
+    EXPECT_EQ(place.run({"huge.dpx"}).out, expected("58504453 Big Endian"));
+    EXPECT_EQ(lines_from(place.run({"-t", "huge.dpx"}).out, "kelimagetimecode"),
+              picture_lines("00000000", "0"));
+}

@@ -1,0 +1,93 @@
+#include <gtest/gtest.h>
+
+#include "support/command.h"
+
+namespace {
+
+const std::string kUnknown = " 00 00 00 00\n";
+
+std::string unknown(const std::string &name) {
+    return "Unknown fileformat of file '" + name + "'" + kUnknown;
+}
+std::string missing(const std::string &name) { return "Could not open file '" + name + "'\n"; }
+
+}  // namespace
+
+TEST(CommandLine, UsageAndVersion) {
+    const Workplace place;
+    place.write("verify", "");
+    const std::string usage = place.run({}).out;
+    EXPECT_EQ(usage,
+              "usage:    keldump filename             Dumps all known header fields\n"
+              "          keldump filename start end   Dumps default timecodes in dpx files.\n"
+              "\n"
+              "          keldump dumps all (known) header fields in the following file formats.\n"
+              "          DPX, Cineon, TIFF, BMP, JPG, JP2, SGI, TGA, Aiff, Wave, RF64\n"
+              "          Also dumps some info on AVI, PPM, PNG, MXF, QT, TGA, YUV8/10/16 files\n"
+              "\n"
+              "          options:\n"
+              "          -d        - Filedump\n"
+              "          -h        - Hexdump\n"
+              "          -hn       - Hexdump with no offsets\n"
+              "          -h=1240   - Hexdump from addr 0x1240\n"
+              "          -h=100,20 - Hexdump from addr 0x100 for 0x20 bytes\n"
+              "          -s        - Search for text strings\n"
+              "\n"
+              "          Use this to verify files that can not be read or used for realtime transfers.\n"
+              "\n"
+              "          keldump version 5.10.0.0\n"
+              "\n");
+    EXPECT_EQ(place.run({}).status, 255);
+    for (const char *request : {"verify", "VERIFY", "Verify"}) {
+        const Outcome run = place.run({request, "file"});
+        EXPECT_EQ(run.out, "keldump: 5.10.0.0\n");
+        EXPECT_EQ(run.status, 0);
+    }
+    for (const char *bad : {"-x", "-mq", "-m", "-", "-w", "-A", "-b"}) {
+        const Outcome run = place.run({"-v", bad, "verify"});
+        EXPECT_EQ(run.out, usage) << bad;
+        EXPECT_EQ(run.status, 255) << bad;
+    }
+}
+
+TEST(CommandLine, TheLastArgumentIsTheFile) {
+    const Workplace place;
+    EXPECT_EQ(place.run({"-v"}).out, missing("-v"));
+    EXPECT_EQ(place.run({"-av", "-hn=1,2", "-mhx", "-h"}).out, missing("-h"));
+    EXPECT_EQ(place.run({"name.%d", "5"}).out, missing("name.%d"));
+    EXPECT_EQ(place.run({"a%b", "1", "2", "3"}).out, missing("a%b"));
+    EXPECT_EQ(place.run({std::string(5000, 'n')}).out, missing(std::string(4095, 'n')));
+}
+
+TEST(CommandLine, FrameRanges) {
+    const Workplace place;
+    place.write("f011.dpx", "");
+    const auto lines = [&](std::vector<std::string> arguments) {
+        const Outcome run = place.run(arguments);
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.err, "");
+        return run.out;
+    };
+    EXPECT_EQ(lines({"f%03d.dpx", "10", "2"}),
+              missing("f010.dpx") + unknown("f011.dpx") + missing("f012.dpx"));
+    EXPECT_EQ(lines({"f%03d.dpx", "11", "0"}), unknown("f011.dpx"));
+    EXPECT_EQ(lines({"f%03d.dpx", "11", "-7"}), unknown("f011.dpx"));
+    EXPECT_EQ(lines({"f%X%%", "x", "1"}), missing("f0%") + missing("f1%"));
+    EXPECT_EQ(lines({"f%d", "2147483647", "1"}), missing("f2147483647") + missing("f-2147483648"));
+    EXPECT_EQ(lines({"same", "1", "1"}), missing("same") + missing("same"));
+}
+
+TEST(CommandLine, RefusedNames) {
+    const Workplace place;
+    const std::string refused = "keldump: %s in string not allowed\n";
+    EXPECT_EQ(place.run({"%s.dpx"}).out, refused);
+    EXPECT_EQ(place.run({"clip%d_s.dpx"}).out, refused);
+    EXPECT_EQ(place.run({"%%sS", "1", "2"}).out, refused + refused);
+    EXPECT_EQ(place.run({"%s"}).status, 0);
+    EXPECT_EQ(place.run({"shot.%04ds"}).out, missing("shot.%04ds"));
+    EXPECT_EQ(place.run({"%d%d", "1", "2"}).out, "keldump: bad name pattern '%d%d'\n");
+    EXPECT_EQ(place.run({"%n", "1", "2"}).out, "keldump: bad name pattern '%n'\n");
+    EXPECT_EQ(place.run({"-ms=%s%n", "file"}).out, "keldump: bad name pattern '%s%n'\n");
+    EXPECT_EQ(place.run({"-ms=%05d.jpc", "file"}).out, missing("file"));
+    EXPECT_EQ(place.run({"-ms=" + std::string(600, 'p') + "%n", "file"}).out, missing("file"));
+}

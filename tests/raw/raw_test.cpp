@@ -1,0 +1,166 @@
+#include <gtest/gtest.h>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+
+TEST(HexDump, RowsRangesAndOffsets) {
+    const std::string content = "0123456789abcdef\x1F ~\x7F";
+    const std::string second = "1f 20 7e 7f                                      : . ~.\n";
+    EXPECT_EQ(dump_of(content, "f", {"-hn"}),
+              "30 31 32 33 34 35 36 37 38 39 61 62 63 64 65 66  : 0123456789abcdef\n" + second);
+    EXPECT_EQ(dump_of(content, "f", {"-h=1f"}), "00000010: " + second);
+    EXPECT_EQ(dump_of(content, "f", {"-h=12,1"}),
+              "00000010: 1f                                               : .\n");
+    EXPECT_EQ(dump_of(content, "f", {"-hn=10", "-d"}), second);   // hexadecimal wins over text
+    EXPECT_EQ(dump_of(content, "f", {"-h=10", "-h=10,1", "-h"}),  // the length stays, the start does not
+              "00000000: 30                                               : 0\n");
+    for (const char *nothing : {"-h=20", "-h=-10", "-h=0,-1", "-h=7fffffffffffffff", "-h=0,fffffffffffffffff",
+                                "-h=fffffffffffffffffff,1", "-h=10,7fffffffffffffff"}) {
+        EXPECT_EQ(dump_of(content, "f", {nothing}), "") << nothing;
+    }
+    EXPECT_EQ(dump_of("", "f", {"-h"}), "");
+}
+
+TEST(HexDump, TheDefaultIs64KiB) {
+    const std::string dump = dump_of(std::string(70000, 'x'), "f", {"-h"});
+    EXPECT_EQ(lines_from(dump, "0000fff0: ").substr(0, 13), "0000fff0: 78 ");
+    EXPECT_EQ(lines_from(dump, "00010000: "), "");
+    EXPECT_EQ(lines_from(dump_of(std::string(70000, 'x'), "f", {"-h=fff5"}), "00011160: ", 1).substr(0, 13),
+              "00011160: 78 ");
+}
+
+TEST(HexDump, OffsetsBeyond4GiB) {
+    const Workplace place;
+    place.write_sparse("f", 0x100000020, 0x100000010, "tail");
+    EXPECT_EQ(place.run({"-h=fffffff0,10", "f"}).out,
+              "fffffff0: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00  : ................\n");
+    EXPECT_EQ(place.run({"-h=ffffffff,30", "f"}).out,
+              "        fffffff0: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00  : ................\n"
+              "       100000000: 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00  : ................\n"
+              "       100000010: 74 61 69 6c 00 00 00 00 00 00 00 00 00 00 00 00  : tail............\n");
+}
+
+TEST(StringSearch, RunsOfLettersAndDigits) {
+    EXPECT_EQ(dump_of("abc12 xyz123\nHELLOWORLD", "f", {"-s"}), "xyz123\nHELLOWORLD\n");
+    EXPECT_EQ(dump_of("a_b_c@[`{/: 12345\xC3\xA9"
+                      "67890 six666_",
+                      "f", {"-s"}),
+              "six666\n");
+    EXPECT_EQ(dump_of("abcdef", "f", {"-s"}), "abcdef\n");
+    EXPECT_EQ(dump_of("abcde", "f", {"-s"}), "");
+}
+
+// Runs of every length at every place around the border of the blocks that the search reads.
+TEST(StringSearch, RunsAcrossBlocks) {
+    constexpr size_t kBlock = 64 * 1024;
+    std::string expected;
+    std::string content(3 * kBlock, '-');
+    const auto run = [&](size_t at, size_t length) {
+        for (size_t i = 0; i < length; i++) content[at + i] = static_cast<char>('a' + (at + i) % 26);
+        if (length >= 6) expected += content.substr(at, length) + "\n";
+    };
+    for (size_t i = 0; i < 60; i++) run(100 + 23 * i, i % 12);
+    run(kBlock - 3, 5);
+    run(kBlock + 3, 6);
+    run(kBlock + 10, kBlock - 5);  // through to the third block
+    run(2 * kBlock + 7, 6);
+    run(3 * kBlock - 8, 8);
+    EXPECT_EQ(dump_of(content, "f", {"-s"}), expected);
+    EXPECT_EQ(dump_of(std::string(600'000, 'q'), "f", {"-s"}), std::string(600'000, 'q') + "\n");
+}
+
+TEST(TextDump, Encodings) {
+    EXPECT_EQ(dump_of("a\tb c\r\n\x01\x7F\x80\xE9", "a.txt"), "a\tb.c\n.\x7F..");
+    EXPECT_EQ(dump_of("a\rb\x01 \xE9", "a.txt", {"-u"}), "a\rb\x01 \xC3\xA9");
+    const std::string little_text =
+        little().u16(0xFEFF).u16('A').u16(' ').u16(0xE9).u16('\r').u16('\n').u16(0x4E2D).u16(0x20AC).str();
+    EXPECT_EQ(dump_of(little_text), "Fileformat: UTF-16 (LE)\nA..\n..");
+    EXPECT_EQ(dump_of(little_text, "f", {"-u"}),
+              "Fileformat: UTF-16 (LE)\n\xEF\xBB\xBF"
+              "A \xC3\xA9\r\n\xE4\xB8\xAD\xE2\x82\xAC");
+    // Surrogates stay apart, and half a unit at the end is no character.
+    EXPECT_EQ(dump_of(big().u16(0xFEFF).u16(0xD83D).u16(0xDE00).u8(0).str(), "f", {"-u"}),
+              "Fileformat: UTF-16 (BE)\n\xEF\xBB\xBF\xED\xA0\xBD\xED\xB8\x80");
+}
+
+TEST(TextDump, DamagedUtf8) {
+    const std::string mark = "\xEF\xBB\xBF";
+    EXPECT_EQ(dump_of(mark + "\xF0\x9F\x98\x80|\xC3\xA9|\xC3", "f", {"-d", "-u"}),
+              "Fileformat: UTF-8\n" + mark + "\xF0\x9F\x98\x80|\xC3\xA9|?");
+    EXPECT_EQ(dump_of(mark + "\x80|\xFF|\xC3(|\xE2\x82", "f", {"-u"}),
+              "Fileformat: UTF-8\n" + mark + "?|?|\xC3\xA8|??");
+    EXPECT_EQ(dump_of(mark + "\xC3\xA9\x80", "f"), "Fileformat: UTF-8\n.?");
+}
+
+TEST(TextDump, SizesAndXml) {
+    EXPECT_EQ(dump_of(std::string(0x100000, 'x'), "a.txt"), std::string(0x100000, 'x'));
+    EXPECT_EQ(dump_of(std::string(0x100001, 'x'), "a.txt"),
+              "Max filesize set to 0x100000\n" + std::string(0x100000, 'x'));
+    EXPECT_EQ(dump_of("<?xml?>"), "Fileformat:XML\n<?xml?>");
+}
+
+namespace {
+
+ByteWriter font() {
+    ByteWriter w = little();
+    w.u16(0x300).u32(2000).text("(c) 1990", 60).u16(2).u16(10).u16(96).u16(97).u16(11).u16(1).u16(3);
+    w.u8(1).u8(2).u8(255).u16(700).u8(0).u16(8).u16(16).u8(0x31).u16(7).u16(9);
+    w.u8(65).u8(66).u8(46).u8(32).u16(40).u32(170).u32(180).u32(0xABCDEF01).u32(0x94).u8(0x77);
+    w.u32(0xFFFFFFFE).u16(1).u16(65535).u16(3).u32(0x12345678).at(148);
+    return w.u16(8).u32(0xA1B2C3D4).u16(9).u16(0x1234).u16(0x5678);
+}
+
+}  // namespace
+
+TEST(FontDump, FieldsAndGlyphs) {
+    const std::string dump = dump_of(font().at(170).text("Printer").u8(0).at(180).text("Helv").str());
+    EXPECT_EQ(dump,
+              "00 Magic         0300\n"
+              "02 Filesize      000007d0\n"
+              "06 Copyright     '(c) 1990'\n"
+              "42 Type          2\n"
+              "44 Points        10\n"
+              "46 VerticalRes   96\n"
+              "48 HorizontalRes 97\n"
+              "4a Ascent        11\n"
+              "4c InternalLead  1\n"
+              "4e ExternalLead  3\n"
+              "50 Italic        1\n"
+              "51 Underline     2\n"
+              "52 Strikeout     255\n"
+              "53 Weight        700\n"
+              "55 Charset       0\n"
+              "56 Pixwidth      8\n"
+              "58 Pixheight     16\n"
+              "5a Family        31\n"
+              "5b AvgWidth      7\n"
+              "5d MaxWidth      9\n"
+              "5f FirstChar     65\n"
+              "60 LastChar      66\n"
+              "61 DefaultChar   46\n"
+              "62 BreakChar     32\n"
+              "63 WidthBytes    40\n"
+              "65 DeviceOffset  000000aa 'Printer'\n"
+              "69 FaceOffset    000000b4 'Helv'\n"
+              "6d BitsPointer   abcdef01\n"
+              "71 BitsOffset    00000094\n"
+              "76 Flags         -2\n"
+              "7a Aspace        1\n"
+              "7c Bspace        65535\n"
+              "7e Cspace        3\n"
+              "80 ColorPointer  12345678\n"
+              "char   65 0094 - 8 c3d4 : a1b2\n"
+              "char   66 009a - 9 1234 : 5678\n");
+}
+
+TEST(FontDump, CutFontsAndOffsetsOutside) {
+    const std::string cut = font().at(95).u8(65).u8(255).at(101).u32(0).u32(160).str();
+    const std::string dump = dump_of(cut);
+    EXPECT_EQ(lines_from(dump, "65 "),
+              "65 DeviceOffset  00000000 ''\n69 FaceOffset    000000a0 ''\n" + lines_from(dump, "6d "));
+    EXPECT_EQ(lines_from(dump, "char   66"), "char   66 009a - 9 1234 : 5678\n");
+    EXPECT_EQ(lines_from(dump_of(cut.substr(0, 155)), "char   66"), "char   66 009a - 9 0000 : 0000\n");
+    EXPECT_EQ(lines_from(dump_of(std::string("\0\3", 2)), "63 ", 2),
+              "63 WidthBytes    0\n65 DeviceOffset  00000000 ''\n");
+    EXPECT_EQ(lines_from(dump_of(font().at(95).u8(66).u8(65).str()), "char"), "");
+}
