@@ -13,17 +13,8 @@ constexpr auto kCells = [] {
     return cells;
 }();
 
-// Room for n cells and one byte more, which the last cell's copy touches.
-char *put_cells(char *p, std::span<const uint8_t> bytes) {
-    for (const uint8_t byte : bytes) {
-        std::copy_n(kCells[byte].data(), 4, p);
-        p += 3;
-    }
-    return p;
-}
-
-char shown(uint8_t byte, const HexRow &row) {
-    return byte >= row.first_printable && byte <= 0x7E ? static_cast<char>(byte) : row.filler;
+char shown(uint8_t byte, uint8_t first_printable, char filler) {
+    return byte >= first_printable && byte <= 0x7E ? static_cast<char>(byte) : filler;
 }
 
 size_t gap_size(const HexRow &row) {
@@ -32,14 +23,24 @@ size_t gap_size(const HexRow &row) {
     return n;
 }
 
-// The row that nearly every line of a large dump is: all of its cells, in one claim.
+// The row that nearly every line of a large dump is. It is put together in locals, which nothing written can
+// alias, so that the compiler keeps it in vector registers.
 void put_full_row(LineBuffer &out, std::span<const uint8_t, 16> bytes, const HexRow &row) {
     constexpr size_t kCellsSize = 3 * 16;
+    uint8_t values[16];
+    std::copy_n(bytes.data(), 16, values);
     const size_t gap = gap_size(row);
-    char *p = put_cells(out.claim(kCellsSize + gap + 16 + 1), bytes);
-    std::copy_n(row.gap, sizeof row.gap, p);  // what it touches too much is overwritten
+    const uint8_t first_printable = row.first_printable;
+    const char filler = row.filler;
+    char characters[16];
+    for (size_t i = 0; i < 16; i++) characters[i] = shown(values[i], first_printable, filler);
+
+    char *p = out.claim(kCellsSize + gap + 16 + 1);
+    for (size_t i = 0; i < 16; i++) std::copy_n(kCells[values[i]].data(), 4, p + 3 * i);
+    p += kCellsSize;
+    std::copy_n(row.gap, sizeof row.gap, p);  // what the copies touch too much is overwritten
     p += gap;
-    for (size_t i = 0; i < 16; i++) p[i] = shown(bytes[i], row);
+    std::copy_n(characters, 16, p);
     p[16] = '\n';
 }
 
@@ -61,7 +62,7 @@ void put_hexrow(LineBuffer &out, std::span<const uint8_t> bytes, const HexRow &r
     if (row.characters) {
         out.text({row.gap, gap_size(row)});
         for (const uint8_t byte : bytes) {
-            out.put(shown(byte, row));
+            out.put(shown(byte, row.first_printable, row.filler));
             out.text(row.after_character);
         }
     }

@@ -27,8 +27,12 @@ void put_hexcells(LineBuffer &out, std::span<const uint8_t> bytes);
 // Rows over a whole range; start_row(out, i) puts what stands before the row that begins at byte i.
 template <typename StartRow>
 void put_hexrows(LineBuffer &out, Bytes bytes, const HexRow &row, StartRow start_row) {
-    for (uint64_t i = 0; i < bytes.size(); i += row.columns) {
-        start_row(out, i);
-        put_hexrow(out, bytes.span(i, row.columns), row);
+    const uint64_t chunk = uint64_t{256} * row.columns;
+    for (uint64_t done = 0; done < bytes.size(); done += chunk) {
+        const std::span<const uint8_t> rows = bytes.span(done, chunk);
+        for (size_t i = 0; i < rows.size(); i += row.columns) {
+            start_row(out, done + i);
+            put_hexrow(out, rows.subspan(i), row);
+        }
     }
 }

@@ -84,5 +84,5 @@ class LineBuffer {
     }
 
     size_t used_ = 0;
-    char block_[32768];
+    char block_[80 * 1024];  // more than the stream's own buffer, so that a full block is not copied again
 };

@@ -4,7 +4,7 @@
 #include "main/file_sequence.h"
 
 int main(int argc, char **argv) {
-    static char output[256 * 1024];
+    static char output[64 * 1024];
     std::setvbuf(stdout, output, _IOFBF, sizeof output);
     CommandLine line;
     const int status = parse_command_line(argc, argv, line);
