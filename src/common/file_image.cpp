@@ -10,7 +10,9 @@
 
 namespace {
 
-constexpr uint64_t kLargestRun = 256 * 1024;  // bytes of one sequential read at most
+constexpr uint64_t kLargestRun = 256 * 1024;          // bytes of one sequential read at most
+constexpr uint64_t kMostResident = 64 * 1024 * 1024;  // bytes in memory before the oldest are given back
+constexpr unsigned kPageShift = 12;
 
 }  // namespace
 
@@ -61,6 +63,8 @@ Bytes FileImage::bytes() {
 void FileImage::move_to(uint64_t start) {
     start_ = start;
     ahead_ = 1;
+    runs_.clear();
+    resident_ = 0;
     if (data_) std::fill_n(present_, blocks_, uint8_t{0});
 }
 
@@ -70,6 +74,24 @@ void FileImage::require(const uint8_t *p, uint64_t n) {
     for (uint64_t block = offset >> shift_; block <= last; block++) {
         if (!present_[block]) read_run(block, last - block + 1);
     }
+    if (resident_ > kMostResident) give_back(offset >> shift_, last);
+}
+
+// Drops the runs read longest ago, down to half of what may stay; the blocks just asked for remain.
+void FileImage::give_back(uint64_t first, uint64_t last) {
+    std::deque<Run> kept;
+    while (!runs_.empty() && resident_ > kMostResident / 2) {
+        const Run run = runs_.front();
+        runs_.pop_front();
+        if (run.block <= last && first < run.block + run.count) {
+            kept.push_back(run);
+            continue;
+        }
+        madvise(data_ + (run.block << shift_), run.count << shift_, MADV_DONTNEED);
+        std::fill_n(present_ + run.block, run.count, uint8_t{0});
+        resident_ -= run.count << shift_;
+    }
+    runs_.insert(runs_.begin(), kept.begin(), kept.end());
 }
 
 // Reads the absent blocks from one on: as many as are needed, more when the file is read in sequence.
@@ -96,6 +118,10 @@ void FileImage::read_run(uint64_t block, uint64_t needed) {
     bytes_read_ += got;
     std::fill(data_ + offset + got, data_ + offset + wanted, uint8_t{0});
     std::fill_n(present_ + block, run, uint8_t{1});
+    if (shift_ >= kPageShift) {
+        runs_.push_back({block, run});
+        resident_ += run << shift_;
+    }
 }
 
 uint64_t file_size(int fd) {

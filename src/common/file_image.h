@@ -3,18 +3,22 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <deque>
 
 #include "common/bytes.h"
 
 // The buffer is address space, not memory: an anonymous map without reservation, so that an image of a
 // 100 GB file costs nothing until it is looked at. A block is read with pread when one of its bytes is first
-// touched; sequential use reads larger and larger runs. Bytes beyond the end of the file, behind a read
-// error or lost by a file that shrinks are 0.
+// touched; sequential use reads larger and larger runs, and what was read long ago is given back, so that
+// even a dump of all of a huge file stays in some 64 MiB. (A span or text of an image is therefore to be used
+// before another 32 MiB of it are read.) Bytes beyond the end of the file, behind a read error or lost by a
+// file that shrinks are 0.
 class FileImage {
  public:
     static constexpr uint32_t kBlock = 4096;
 
-    // start and size in bytes; `block` (a power of two) is the smallest read.
+    // start and size in bytes; `block` (a power of two) is the smallest read. Images with blocks below 4096
+    // bytes keep all that they read: they are for ranges of which little is touched.
     FileImage(int fd, uint64_t start, uint64_t size, uint32_t block = kBlock);
     FileImage(std::FILE *file, uint64_t start, uint64_t size, uint32_t block = kBlock);
     explicit FileImage(std::FILE *file);  // the whole file
@@ -34,6 +38,12 @@ class FileImage {
     friend class Bytes;
     void require(const uint8_t *p, uint64_t n);
     void read_run(uint64_t block, uint64_t needed);
+    void give_back(uint64_t first, uint64_t last);
+
+    struct Run {
+        uint64_t block;
+        uint64_t count;
+    };
 
     int fd_;
     uint64_t start_;
@@ -46,6 +56,8 @@ class FileImage {
     uint64_t bytes_read_ = 0;
     uint64_t ahead_ = 1;  // blocks of the next sequential read
     bool ok_ = true;
+    std::deque<Run> runs_;  // what is in memory, oldest first
+    uint64_t resident_ = 0;
 };
 
 // Size of a regular file or block device in bytes; 0 for whatever has none (directories, pipes, devices).

@@ -1,0 +1,106 @@
+// Cineon 4.5 header. The C before the colon of a label marks a core field.
+#include <cstdio>
+
+#include "common/names.h"
+#include "common/values.h"
+#include "dpx/dpx.h"
+#include "dpx/field_rows.h"
+#include "dpx/names.h"
+
+namespace {
+
+constexpr uint64_t kOrientation = 192;
+constexpr uint64_t kChannelCount = 193;
+constexpr uint64_t kChannels = 196;
+constexpr uint64_t kChannelSize = 28;
+
+constexpr FieldRow kFileRows[] = {
+    {0, Field::hex32, " magic          C : "},       {4, Field::hex32, " offsetimage    C : "},
+    {8, Field::hex, " genericheader    : "},         {12, Field::hex, " industryheader   : "},
+    {16, Field::hex, " variableheader   : "},        {20, Field::hex, " totalsize        : "},
+    {24, Field::ascii, " version        C : ", 8},   {32, Field::ascii, " filename         : ", 100},
+    {132, Field::ascii, " creationdate     : ", 24},
+};
+
+constexpr FieldRow kChannelRows[] = {
+    {0, Field::u8, "  channel1a       : "},           {1, Field::u8, "  channel1b       : "},
+    {2, Field::u8, "  bitsperpixel    : "},           {4, Field::u32, "  pixelsperline   : "},
+    {8, Field::u32, "  linesperimage   : "},          {12, Field::cineon_real, "  minimumdata     : "},
+    {16, Field::cineon_real, "  minimumquantity : "}, {20, Field::cineon_real, "  maximumdata     : "},
+    {24, Field::cineon_real, "  maximumquantity : "},
+};
+
+// Chromaticities: two floats, x and y, behind each other.
+struct PointRow {
+    uint64_t offset;
+    const char *label;
+};
+constexpr PointRow kPointRows[] = {
+    {420, "  whitepoint      : "},
+    {428, "  redprimary      : "},
+    {436, "  greenprimary    : "},
+    {444, "  blueprimary     : "},
+};
+
+constexpr FieldRow kLabelRows[] = {
+    {452, Field::ascii, "  label           : ", 200},
+};
+
+constexpr FieldRow kDataRows[] = {
+    {680, Field::set8, " interleave       : "}, {681, Field::set8, " packing          : "},
+    {682, Field::set8, " bsigned          : "}, {683, Field::set8, " imagesense       : "},
+    {684, Field::dec, " endoflinepad     : "},  {688, Field::dec, " endofchannelpad  : "},
+};
+
+constexpr FieldRow kSourceRows[] = {
+    {712, Field::dec, " xoffset          : "},         {716, Field::dec, " yoffset          : "},
+    {720, Field::ascii, " filename         : ", 100},  {820, Field::ascii, " creationdate     : ", 24},
+    {844, Field::ascii, " inputdevice      : ", 64},   {908, Field::ascii, " inputmodel       : ", 32},
+    {940, Field::ascii, " inputserialnr    : ", 32},   {972, Field::cineon_real, " xpitch           : "},
+    {976, Field::cineon_real, " ypitch           : "}, {980, Field::cineon_real, " gamma            : "},
+};
+
+constexpr FieldRow kFilmRows[] = {
+    {1024, Field::set8, " filmmfgid        : "},      {1025, Field::set8, " filmtype         : "},
+    {1026, Field::set8, " offset           : "},      {1028, Field::dec, " prefix           : "},
+    {1032, Field::dec, " count            : "},       {1036, Field::ascii, " format           : ", 32},
+    {1068, Field::dec, " framenumber      : "},       {1072, Field::cineon_real, " framerate        : "},
+    {1076, Field::ascii, " frameid          : ", 32}, {1108, Field::ascii, " slateinformation : ", 100},
+};
+
+void print_rows(Bytes header, std::span<const FieldRow> rows) { print_field_rows(header, 0, rows); }
+
+const char *real_at(Bytes header, uint64_t offset) {
+    return cineonreal(float_of_bits(little32(header, offset)));
+}
+
+void print_image(Bytes header) {
+    std::printf("image\n");
+    std::printf(" orientation    C : %d %s\n", header[kOrientation],
+                name_at(table_orientation, header[kOrientation]));
+    std::printf(" channels       C : %d\n", header[kChannelCount]);
+    // Counts beyond 8 show what follows the channel table.
+    for (int i = 0; i < header[kChannelCount]; i++) {
+        std::printf(" channel-%d\n", i);
+        print_rows(header.from(kChannels + kChannelSize * static_cast<uint64_t>(i)), kChannelRows);
+    }
+    for (const PointRow &row : kPointRows) {
+        std::printf("%s%s %s\n", row.label, real_at(header, row.offset), real_at(header, row.offset + 4));
+    }
+    print_rows(header, kLabelRows);
+}
+
+}  // namespace
+
+void cineondump(DumpOptions &, Bytes bytes, uint32_t length) {
+    const Bytes header = bytes.sub(0, length);
+    std::printf("file\n");
+    print_rows(header, kFileRows);
+    print_image(header);
+    std::printf("data\n");
+    print_rows(header, kDataRows);
+    std::printf("source\n");
+    print_rows(header, kSourceRows);
+    std::printf("film\n");
+    print_rows(header, kFilmRows);
+}

@@ -1,0 +1,179 @@
+#include "dpx/kelheader.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdio>
+
+#include "common/hexrow.h"
+#include "common/values.h"
+#include "dpx/rp215.h"
+
+namespace {
+
+constexpr uint32_t kMagic = 0xFEEDF00D;
+constexpr uint32_t kHeaderWords = 256;
+constexpr uint32_t kMaxDataBytes = 255;  // an item's length is one byte
+
+constexpr uint32_t kNameMask = 0x00FFFFFF;
+constexpr uint32_t kFilmData = 0xD8353132;  // RP 215 data of the usual 216 bytes
+constexpr uint32_t kFilmDataLength = 215;
+constexpr uint32_t kFilmDataName = 0x353132;       // "215"
+constexpr uint32_t kOtherFilmDataName = 0x363132;  // "216"
+constexpr uint32_t kFirstField = 0x00464E41;       // ANF: packets of field 1 follow
+constexpr uint32_t kSecondField = 0x00474E41;      // ANG: packets of field 2 follow
+
+// Items that are printed word by word. The tag holds the data length in bytes in its top byte and, from its
+// lowest byte up, the three characters that name the item.
+enum class Kind { hex, decimal, line };
+
+struct Item {
+    uint32_t tag;
+    Kind kind;
+    const char *labels[4];  // one a data word; none for items that are passed over
+};
+
+constexpr Item kItems[] = {
+    {0x04435456, Kind::hex, {" vitc_tc          : "}},
+    {0x04555456, Kind::hex, {" vitc_ub          : "}},
+    {0x04445456, Kind::hex, {" vitc_tc2         : "}},
+    {0x04565456, Kind::hex, {" vitc_ub2         : "}},
+    {0x044C5456, Kind::line, {" vitc_line        : "}},
+    {0x044D5456, Kind::line, {" vitc_line2       : "}},
+    {0x0443544C, Kind::hex, {" ltc_tc           : "}},
+    {0x0455544C, Kind::hex, {" ltc_ub           : "}},
+    {0x04435256, Kind::hex, {" vtr_tc           : "}},
+    {0x04555256, Kind::hex, {" vtr_ub           : "}},
+    {0x04495256, Kind::hex, {" vtrinfo1         : "}},
+    {0x08495256, Kind::hex, {" vtrinfo1         : ", " vtrinfo2         : "}},
+    {0x0C495256, Kind::hex, {" vtrinfo1         : ", " vtrinfo2         : ", " vtrinfo3         : "}},
+    {0x04545256, Kind::hex, {" vtrtick          : "}},
+    {0x04485256, Kind::hex, {" vtrtick_high     : "}},
+    {0x04495047, Kind::hex, {" gpi              : "}},
+    {0x04455945, Kind::decimal, {" eyemode          : "}},
+    {0x08444C46, Kind::hex, {" film_tc          : ", " film_ub          : "}},
+    {0x08454C46, Kind::hex, {" film_tc2         : ", " film_ub2         : "}},
+    {0x08504C46, Kind::hex, {" prod_tc          : ", " prod_ub          : "}},
+    {0x08514C46, Kind::hex, {" prod_tc2         : ", " prod_ub2         : "}},
+    {0x08444641, Kind::hex, {" afilm_tc          : ", " afilm_ub          : "}},
+    {0x08454641, Kind::hex, {" afilm_tc2         : ", " afilm_ub2         : "}},
+    {0x08504641, Kind::hex, {" aprod_tc          : ", " aprod_ub          : "}},
+    {0x08514641, Kind::hex, {" aprod_tc2         : ", " aprod_ub2         : "}},
+    {0x08544C44, Kind::hex, {" dltc_tc          : ", " dltc_ub          : "}},
+    {0x08545644, Kind::hex, {" dvitc_tc         : ", " dvitc_ub         : "}},
+    {0x08555644, Kind::hex, {" dvitc_tc2        : ", " dvitc_ub2        : "}},
+    {0x10485348,
+     Kind::hex,
+     {" hash             : ", " hash             : ", " hash             : ", " hash             : "}},
+    {0x04484354, Kind::hex, {}},
+    {0x044B4354, Kind::hex, {}},
+    {0x08555043, Kind::hex, {}},
+    {0x14585256, Kind::hex, {}},
+};
+
+// The words of the header in the byte order that its magic shows.
+struct Words {
+    Bytes bytes;
+    int big_endian;
+
+    uint32_t operator[](uint32_t i) const { return tiffuint32(bytes.from(uint64_t{4} * i), big_endian); }
+};
+
+// An item's data as far as the header holds it.
+struct Data {
+    const Words &words;
+    uint32_t first;  // index of the first data word
+    uint32_t count;  // data words inside the header
+
+    uint32_t operator[](uint32_t i) const { return words[first + i]; }
+};
+
+// Byte-oriented data, most significant byte of each word first.
+struct Block {
+    uint8_t bytes[kMaxDataBytes + 1];
+    uint32_t size;
+
+    explicit Block(const Data &data) : size(4 * data.count) {
+        for (uint32_t i = 0; i < size; i++)
+            bytes[i] = static_cast<uint8_t>(data[i / 4] >> (24 - 8 * (i % 4)));
+    }
+    Bytes view(uint32_t length) const { return Bytes(bytes, std::min(size, length)); }
+};
+
+void print_word(Kind kind, const char *label, uint32_t word) {
+    const int second_line = static_cast<int>(word >> 16 & 0xFF);
+    switch (kind) {
+        case Kind::hex: std::printf("%s%08x\n", label, word); break;
+        case Kind::decimal: std::printf("%s%d\n", label, static_cast<int32_t>(word)); break;
+        case Kind::line:
+            std::printf("%s%d", label, static_cast<int>(word & 0xFF));
+            if (second_line) std::printf("/%d", second_line);
+            std::printf("\n");
+            break;
+    }
+}
+
+bool print_item(uint32_t tag, const Data &data) {
+    const auto *item =
+        std::find_if(std::begin(kItems), std::end(kItems), [&](const Item &i) { return i.tag == tag; });
+    if (item == std::end(kItems)) return false;
+    for (uint32_t i = 0; i < data.count && i < std::size(item->labels) && item->labels[i]; i++) {
+        print_word(item->kind, item->labels[i], data[i]);
+    }
+    return true;
+}
+
+void print_film_data(const char *title, const Data &data, uint32_t length) {
+    std::printf("%s\n", title);
+    const Block block(data);
+    rp215_dump(block.view(length), length, 0);
+}
+
+// A captured ancillary-data packet, whose tag holds its line, kind and identification.
+void print_ancillary_packet(uint32_t tag, int field, const Data &data) {
+    const uint32_t length = tag >> 24;
+    std::printf(" ancpacket %d %d %s did:%02x sdid:%02x size:%d\n", field, tag & 0x3F,
+                tag & 0x40 ? "VANC" : "HANC", tag >> 8 & 0xFF, tag >> 16 & 0xFF, length);
+    const Block block(data);
+    LineBuffer out;
+    put_hexrows(out, block.view(length), {}, [](LineBuffer &line, uint64_t i) {
+        line.text("  ");
+        line.hex(i, 2);
+        line.text(": ");
+    });
+}
+
+}  // namespace
+
+void kelheaderdump(Bytes header, KelHeaderRecord *, int print) {
+    const int big_endian = little32(header) != kMagic;
+    const Words words{header, big_endian};
+    if (words[0] != kMagic || !print) return;
+    std::printf("kelheader\n");
+
+    const uint32_t end = static_cast<uint32_t>(std::min<uint64_t>(header.size() / 4, kHeaderWords));
+    int field = 0;
+    for (uint32_t i = 1; i < end;) {
+        const uint32_t tag = words[i++];
+        if (tag == 0) return;
+        const uint32_t length = tag >> 24;
+        const uint32_t count = (length + 3) / 4;
+        const Data data{words, i, std::min(count, end - i)};
+        if (tag == kFirstField) {
+            field = 1;
+        } else if (tag == kSecondField) {
+            field = 2;
+        } else if (tag == kFilmData) {
+            print_film_data(" rp215", data, kFilmDataLength);
+        } else if ((tag & kNameMask) == kFilmDataName || (tag & kNameMask) == kOtherFilmDataName) {
+            print_film_data(" rp215a", data, length);
+        } else if (!print_item(tag, data)) {
+            if (tag & 0x80) {
+                print_ancillary_packet(tag, field, data);
+            } else {
+                std::printf("kelheaderdump: Unknown %08x/%c%c%c\n", tag, static_cast<char>(tag),
+                            static_cast<char>(tag >> 8), static_cast<char>(tag >> 16));
+            }
+        }
+        i += count;
+    }
+}

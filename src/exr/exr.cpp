@@ -1,0 +1,113 @@
+// OpenEXR file layout: the attributes of the first header.
+#include "exr/exr.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+
+#include "common/file_image.h"
+#include "common/hexrow.h"
+#include "common/values.h"
+
+namespace {
+
+constexpr uint64_t kFirstAttribute = 8;
+constexpr uint64_t kChannelEntry = 18;  // of a channel with a name of one character
+constexpr uint64_t kTextStep = 64 * 1024;
+constexpr uint64_t kMaxName = 64 * 1024;  // names of the format have 255 characters at most
+
+int32_t get_int32(Bytes b, uint64_t offset) { return static_cast<int32_t>(little32(b, offset)); }
+double get_float(Bytes b, uint64_t offset) { return static_cast<double>(float_of_bits(little32(b, offset))); }
+
+void print_channels(Bytes value) {
+    for (uint64_t entry = 0; entry < value.size(); entry += kChannelEntry) {
+        if (entry > 0 && value[entry] == 0) return;
+        std::printf("%c %d %d %d %d\n", value[entry], get_int32(value, entry + 2),
+                    get_int32(value, entry + 6), get_int32(value, entry + 10), get_int32(value, entry + 14));
+    }
+}
+
+void print_string(Bytes value) {
+    std::printf("'");
+    for (uint64_t i = 0; i < value.size(); i += kTextStep) {
+        const auto part = value.span(i, kTextStep);
+        std::fwrite(part.data(), 1, part.size(), stdout);
+    }
+    std::printf("'\n");
+}
+
+void print_box(Bytes value) {
+    std::printf(" xstart %d\n", get_int32(value, 0));
+    std::printf(" ystart %d\n", get_int32(value, 4));
+    std::printf(" xsize  %d\n", get_int32(value, 8));
+    std::printf(" ysize  %d\n", get_int32(value, 12));
+}
+
+void print_compression(Bytes value) {
+    if (value[0] == 0) {
+        std::printf(" uncompressed\n");
+    } else {
+        std::printf(" compression(%d)\n", value[0]);
+    }
+}
+
+void print_unknown(Bytes value) {
+    std::printf("Hexdump of unknown tag\n");
+    LineBuffer out;
+    for (uint64_t i = 0; i < value.size(); i += 16) {
+        const auto row = value.span(i, 16);
+        put_hexcells(out, row);
+        if (row.size() == 16) out.put('\n');
+    }
+    out.put('\n');
+}
+
+// The rendering of one attribute value.
+void printentry(std::string_view type, Bytes value) {
+    if (type == "chlist") {
+        print_channels(value);
+    } else if (type == "string") {
+        print_string(value);
+    } else if (type == "preview") {
+        std::printf("PreviewImage\n");
+    } else if (type == "box2i") {
+        print_box(value);
+    } else if (type == "compression") {
+        print_compression(value);
+    } else if (type == "float") {
+        std::printf(" %f\n", get_float(value, 0));
+    } else if (type == "v2f") {
+        std::printf(" X %f\n", get_float(value, 0));
+        std::printf(" Y %f\n", get_float(value, 4));
+    } else {
+        print_unknown(value);
+    }
+}
+
+}  // namespace
+
+void exrdump(DumpOptions &, std::FILE *file) {
+    FileImage image(file);
+    if (!image.ok()) {
+        std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
+        return;
+    }
+    const Bytes bytes = image.bytes();
+    std::printf("Fileformat:EXR\n");
+    for (uint64_t offset = kFirstAttribute; bytes[offset] != 0;) {
+        const Text name = text_at(bytes, offset, kMaxName);
+        const uint64_t type_at = offset + static_cast<uint64_t>(name.length) + 1;
+        const Text type = text_at(bytes, type_at, kMaxName);
+        const uint64_t size_at = type_at + static_cast<uint64_t>(type.length) + 1;
+        const uint64_t value_at = size_at + 4;
+        const int32_t size = get_int32(bytes, size_at);
+        std::printf("%05x %-18.*s %-10.*s %d\n", static_cast<uint32_t>(offset), name.length, name.start,
+                    type.length, type.start, size);
+        const uint64_t length = size > 0 ? static_cast<uint64_t>(size) : 0;
+        printentry({type.start, static_cast<size_t>(type.length)}, bytes.sub(value_at, length));
+        // A value that the file does not hold, or a name without end, is the last thing to be seen.
+        if (size < 0 || !bytes.has(value_at, length) || bytes[type_at - 1] != 0 || bytes[size_at - 1] != 0)
+            return;
+        offset = value_at + length;
+    }
+}

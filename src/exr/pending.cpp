@@ -1,3 +1,0 @@
-#include "exr/exr.h"
-
-void exrdump(DumpOptions &, std::FILE *) {}

@@ -1,0 +1,31 @@
+// Windows portable executables: the COFF file header behind the MZ header.
+#include <cstdio>
+#include <ctime>
+
+#include "common/names.h"
+#include "images/images.h"
+
+namespace {
+
+constexpr uint32_t kIsDll = 0x2000;
+
+constexpr CodeName kMachines[] = {
+    {0x014C, "x86"}, {0x01C0, "ARM little endian"}, {0x0200, "Itanium"}, {0x0EBC, "EFI byte code"},
+    {0x8664, "x64"},
+};
+
+uint16_t exe16(Bytes b, uint64_t offset) { return little16(b, offset); }
+uint32_t exe32(Bytes b, uint64_t offset) { return little32(b, offset); }
+
+}  // namespace
+
+void exedump(Bytes header) {
+    const uint64_t pe = exe32(header, 0x3C);
+    const uint32_t machine = exe16(header, pe + 4);
+    const std::time_t stamp = static_cast<int32_t>(exe32(header, pe + 8));
+    const uint32_t characteristics = exe16(header, pe + 22);
+    std::printf("Fileformat:%s\n", characteristics & kIsDll ? "DLL" : "EXE");
+    std::printf(" Platform         %s\n", name_of(kMachines, machine, "?"));
+    std::printf(" TimeDateStamp    %s", std::ctime(&stamp));
+    std::printf(" Characteristics  %04x\n", characteristics);
+}
