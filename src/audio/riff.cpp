@@ -1,0 +1,261 @@
+// RIFF (WAVE, AVI, CDXA, ...) and its 64-bit variant RF64 (EBU Tech 3306): a chunk walk in two passes.
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+
+#include "audio/audio.h"
+#include "audio/samples.h"
+#include "common/file_image.h"
+#include "common/values.h"
+
+namespace {
+
+constexpr int64_t kFirstChunk = 12;
+constexpr int64_t kChunkHeader = 8;
+constexpr int64_t kBufferSize = 65536;  // of a chunk's header and the payload that is looked at
+constexpr int64_t kMaxPayload = kBufferSize - kChunkHeader;
+constexpr int64_t kScanSize = 64;  // what the search for the format reads at each chunk
+constexpr uint32_t kUnknownSize = 0xFFFFFFFF;
+constexpr uint64_t kTable = 28;  // of the RF64 size chunk: sizes of further chunks
+constexpr uint64_t kTableEntry = 12;
+
+struct Walk {
+    DumpOptions &opts;
+    std::FILE *file;
+    int64_t file_bytes;
+    bool rf64;
+    bool cdxa;
+    int64_t riff_size;
+    // From the size chunk of RF64, in the first pass.
+    int64_t riff_size64 = 0;
+    int64_t data_size = 0;
+    int64_t sample_count = 0;
+    // From the format chunk: the rate in the first pass, the rest in the second.
+    uint32_t rate = 0;
+    uint32_t channels = 0;
+    uint32_t bytes_per_second = 0;
+    uint32_t block_size = 0;
+    uint32_t bits = 0;
+};
+
+struct Chunk {
+    int64_t offset;
+    int64_t length;  // as listed; -1 for an unknown one
+    uint32_t size_field;
+    Bytes id;
+    Bytes payload;  // what was read of it
+};
+
+uint32_t u16(Bytes b, uint64_t offset) { return tiffuint16(b.from(offset), 0); }
+uint32_t u32(Bytes b, uint64_t offset) { return tiffuint32(b.from(offset), 0); }
+int64_t s64(Bytes b, uint64_t offset) {
+    return static_cast<int64_t>(uint64_t{u32(b, offset + 4)} << 32 | u32(b, offset));
+}
+
+// The next chunk starts at an even place behind the payload.
+int64_t after_chunk(int64_t offset, int64_t length) { return offset + ((length + 9) & ~int64_t{1}); }
+
+// The size of the walk's unit as a chunk's size field gives it: a signed 32-bit number.
+int64_t signed_size(uint32_t field) { return static_cast<int32_t>(field); }
+
+// First pass: the sample rate, and the sizes of RF64. False when it could not be read.
+bool scan_format(Walk &walk) {
+    int64_t offset = kFirstChunk;
+    do {
+        if (offset < 0) {
+            std::printf("Error: Scanning for formattag, seek failed\n");
+            return false;
+        }
+        if (walk.file_bytes - offset < kScanSize) {
+            std::printf("Error: Scanning for formattag, read failed\n");
+            return false;
+        }
+        FileImage image(walk.file, static_cast<uint64_t>(offset), kScanSize, 512);
+        const Bytes chunk = image.bytes();
+        const Bytes payload = chunk.from(kChunkHeader);
+        if (bytes_are(chunk, 0, "fmt ")) {
+            walk.rate = u32(payload, 4);
+            return true;
+        }
+        if (walk.rf64 && bytes_are(chunk, 0, "ds64")) {
+            walk.riff_size64 = s64(payload, 0);
+            walk.data_size = s64(payload, 8);
+            walk.sample_count = s64(payload, 16);
+            if (walk.riff_size == -1) walk.riff_size = walk.riff_size64;
+        }
+        const int64_t next = after_chunk(offset, signed_size(u32(chunk, 4)));
+        if (next >= 0 && next <= offset) return true;  // going back would not end
+        offset = next;
+    } while (offset < walk.riff_size);
+    return true;
+}
+
+void print_format(Walk &walk, Bytes payload) {
+    walk.channels = u16(payload, 2);
+    walk.bytes_per_second = u32(payload, 8);
+    walk.block_size = u16(payload, 12);
+    walk.bits = u16(payload, 14);
+    std::printf("  FMT\n");
+    std::printf("   Format          %d\n", u16(payload, 0));
+    std::printf("   Channels        %d\n", walk.channels);
+    std::printf("   Frequency       %d\n", static_cast<int32_t>(u32(payload, 4)));
+    std::printf("   Bytespersecond  %d\n", static_cast<int32_t>(walk.bytes_per_second));
+    std::printf("   Blocksize       %d\n", walk.block_size);
+    std::printf("   Bits            %d\n", walk.bits);
+}
+
+void print_size64(const char *label, Bytes field, int64_t value) {
+    std::printf("%s%08x%08x (%lld)\n", label, u32(field, 4), u32(field, 0), static_cast<long long>(value));
+}
+
+void print_sizes(const Walk &walk, Bytes payload) {
+    const int32_t entries = static_cast<int32_t>(u32(payload, 24));
+    print_size64("   Size            ", payload, walk.riff_size64);
+    print_size64("   Datasize        ", payload.from(8), walk.data_size);
+    print_size64("   Samplecount     ", payload.from(16), walk.sample_count);
+    std::printf("   Tablelength     %d\n", entries);
+    for (int32_t i = 0; i < entries; i++) {
+        const uint64_t offset = kTable + kTableEntry * static_cast<uint64_t>(i);
+        if (!payload.has(offset, kTableEntry)) return;
+        const Bytes entry = payload.from(offset);
+        std::printf("    Elem           %c%c%c%c\n", entry[0], entry[1], entry[2], entry[3]);
+        print_size64("    Size           ", entry.from(4), s64(entry, 4));
+    }
+}
+
+void print_cdxa(const Chunk &chunk) {
+    std::printf("  CDXA\n");
+    std::printf("              %08x\n", chunk.size_field);
+    for (uint64_t i = 0; i < 6; i++) std::printf("              %08x\n", u32(chunk.payload, 4 * i));
+}
+
+void print_play_length(int64_t length, uint32_t bytes_per_second) {
+    const int64_t seconds = bytes_per_second ? length / bytes_per_second : 0;
+    const int64_t milliseconds = bytes_per_second ? length % bytes_per_second * 1000 / bytes_per_second : 0;
+    std::printf("   Length          %02d:%02d:%02d.%03d\n", static_cast<int>(seconds / 3600),
+                static_cast<int>(seconds / 60 % 60), static_cast<int>(seconds % 60),
+                static_cast<int>(milliseconds));
+}
+
+void print_data(const Walk &walk, const Chunk &chunk) {
+    const int64_t samples = walk.channels && walk.block_size ? chunk.length / walk.block_size : 0;
+    std::printf("  DATA\n");
+    std::printf("   Samples         %d\n", static_cast<int32_t>(samples));
+    print_play_length(chunk.length, walk.bytes_per_second);
+    if (!walk.opts.flag_a && !walk.opts.flag_t) return;
+    audio_samplesdump(walk.opts, walk.file, static_cast<uint64_t>(chunk.offset + kChunkHeader), samples,
+                      walk.channels, walk.bits, 1);
+}
+
+struct BextText {
+    int64_t longer_than;  // the chunk's length from which on the line is printed
+    uint64_t offset;
+    unsigned width;
+    const char *label;
+};
+
+// Broadcast Wave extension (EBU Tech 3285).
+constexpr BextText kBextTexts[] = {
+    {64, 0, 64, "   description        "},    {256, 64, 192, "   description (long) "},
+    {288, 256, 32, "   orginator          "}, {320, 288, 32, "   orginatorreference "},
+    {330, 320, 10, "   orginatordate      "}, {338, 330, 8, "   orginatortime      "},
+};
+
+void print_bext(const Walk &walk, const Chunk &chunk) {
+    const Bytes payload = chunk.payload;
+    std::printf("  Broadcast Wave\n");
+    for (const BextText &row : kBextTexts) {
+        if (chunk.length > row.longer_than) {
+            std::printf("%s%s\n", row.label, checkascii(payload.from(row.offset), row.width));
+        }
+    }
+    if (chunk.length >= 343 && walk.rate >= 1000) {
+        const uint64_t reference = static_cast<uint64_t>(s64(payload, 338));
+        const uint64_t seconds = reference / walk.rate;
+        std::printf("   timerreference     %02d:%02d:%02d.%03d\n", static_cast<int>(seconds / 3600 % 24),
+                    static_cast<int>(seconds / 60 % 60), static_cast<int>(seconds % 60),
+                    static_cast<int>(reference % walk.rate / (walk.rate / 1000)));
+    }
+    if (chunk.length > 348) std::printf("   version            %d\n", u16(payload, 346));
+}
+
+void print_ixml(Bytes payload) {
+    const unsigned width = static_cast<unsigned>(std::min<uint64_t>(payload.size(), 255));
+    std::printf("%s\n", checkascii(payload, width));
+}
+
+void print_chunk(Walk &walk, const Chunk &chunk) {
+    std::printf(" Elem %c%c%c%c length %lld (offset:%16llx)\n", chunk.id[0], chunk.id[1], chunk.id[2],
+                chunk.id[3], static_cast<long long>(chunk.length),
+                static_cast<unsigned long long>(chunk.offset));
+    if (bytes_are(chunk.id, 0, "fmt ")) {
+        print_format(walk, chunk.payload);
+    } else if (bytes_are(chunk.id, 0, "ds64")) {
+        print_sizes(walk, chunk.payload);
+    } else if (bytes_are(chunk.id, 0, "data")) {
+        if (walk.cdxa) {
+            print_cdxa(chunk);
+        } else {
+            print_data(walk, chunk);
+        }
+    } else if (bytes_are(chunk.id, 0, "iXML")) {
+        print_ixml(chunk.payload);
+    } else if (bytes_are(chunk.id, 0, "bext")) {
+        print_bext(walk, chunk);
+    } else if (bytes_are(chunk.id, 0, "umid")) {
+        std::printf("  Unique Material Identifier\n");
+    } else {
+        std::printf("  Unknown\n");
+    }
+}
+
+// Second pass: every chunk.
+void walk_chunks(Walk &walk) {
+    for (int64_t offset = kFirstChunk; offset < walk.riff_size;) {
+        const int64_t available = walk.file_bytes - offset;
+        if (available < kChunkHeader) {
+            std::printf("Error: read failed\n");
+            return;
+        }
+        FileImage image(walk.file, static_cast<uint64_t>(offset), kBufferSize, 512);
+        const Bytes bytes = image.bytes();
+        const uint32_t size_field = u32(bytes, 4);
+        int64_t length = signed_size(size_field);
+        if (size_field == kUnknownSize && bytes_are(bytes, 0, "data")) length = walk.data_size;
+        const int64_t payload = std::min(length, kMaxPayload);
+        if (length < 0 || available - kChunkHeader < payload) {
+            std::printf("Error: read failed %d @ %lld\n", static_cast<int>(kBufferSize),
+                        static_cast<long long>(offset));
+            return;
+        }
+        print_chunk(walk, {offset, length, size_field, bytes.sub(0, 4),
+                           bytes.sub(kChunkHeader, static_cast<uint64_t>(payload))});
+        if (length > INT64_MAX - offset - 9) return;
+        offset = after_chunk(offset, length);
+    }
+}
+
+}  // namespace
+
+void riffdump(DumpOptions &opts, Bytes header, const char *name, int rf64) {
+    if (!name) {
+        std::printf("Error: riffdump, filename parameter is NULL\n");
+        return;
+    }
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(name, "rb"), std::fclose);
+    if (!file) {
+        std::printf("Error: Could not open file '%s'\n", name);
+        return;
+    }
+    Walk walk{opts,
+              file.get(),
+              static_cast<int64_t>(file_size(file.get())),
+              rf64 != 0,
+              bytes_are(header, 8, "CDXA"),
+              signed_size(u32(header, 4))};
+    if (!scan_format(walk)) return;
+    std::printf("Fileformat:%s\n", rf64 ? "RF64" : "RIFF");
+    std::printf(" Size:            %lld\n", static_cast<long long>(walk.riff_size));
+    std::printf(" Magic:           %c%c%c%c\n", header[8], header[9], header[10], header[11]);
+    walk_chunks(walk);
+}

@@ -1,0 +1,163 @@
+#include "audio/samples.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "common/file_image.h"
+#include "common/hexrow.h"
+#include "common/line_buffer.h"
+#include "dpx/timecode.h"
+
+namespace {
+
+constexpr uint32_t kMaxTimecodeChannels = 16;
+constexpr uint64_t kBlock = 1 << 20;  // bytes in memory at a time
+constexpr int64_t kRate = 48000;      // of the time column, whatever the file says
+
+constexpr uint32_t kSyncSamples = 8;
+constexpr uint32_t kPacketBits = 128;
+constexpr int64_t kSearchStart = 63;  // a search begins that many frames before the first sample of its run
+
+// Search for a packet in one channel: 8 sync samples (all upper bits set), then 120 samples with one bit
+// each.
+struct Channel {
+    uint32_t bit_count = 0;
+    int64_t start_frame = 0;
+    uint8_t packet[16] = {};
+};
+
+// Takes one sample's two most significant bytes; true when the packet is complete (it is then in `packet`).
+bool take_sample(Channel &channel, uint8_t byte0, uint8_t byte1, int64_t frame) {
+    uint32_t &n = channel.bit_count;
+    if (n < kSyncSamples) {
+        if (byte0 != 0xFF || byte1 < 0xF0) {
+            channel.start_frame = frame - kSearchStart;
+            n = 0;
+        } else if (++n == kSyncSamples) {
+            std::fill(std::begin(channel.packet), std::end(channel.packet), uint8_t{0});
+        }
+        return false;
+    }
+    if (n < kPacketBits) {
+        if (byte1 < 0xF4)
+            channel.packet[n / 8] = static_cast<uint8_t>(channel.packet[n / 8] | 1U << (7 - n % 8));
+        n++;
+        return false;
+    }
+    channel.packet[0] = 0xFF;
+    n = 0;
+    return true;
+}
+
+// "%d.%06d " of a frame number as seconds and microseconds.
+void put_time(LineBuffer &out, int64_t frame) {
+    out.signed_decimal(frame / kRate);
+    out.put('.');
+    out.decimal(static_cast<uint64_t>((frame + kRate) % kRate * 1000 / 48), 6, '0');
+    out.put(' ');
+}
+
+class Dump {
+ public:
+    Dump(const DumpOptions &opts, uint32_t channels, uint32_t sample_size, int little_endian)
+        : opts_(opts), channel_count_(channels), sample_size_(sample_size), little_endian_(little_endian) {}
+
+    // The samples of a block, one behind the other; false when the last frame wanted is complete.
+    bool block(std::span<const uint8_t> bytes, int64_t frames) {
+        for (; bytes.size() >= sample_size_; bytes = bytes.subspan(sample_size_)) {
+            if (frame_ == frames) return false;
+            sample(bytes.first(sample_size_));
+        }
+        return true;
+    }
+
+    // Ends the line of a frame that the end of the file cuts.
+    void end() {
+        if (channel_ > 0) end_frame();
+    }
+
+ private:
+    void sample(std::span<const uint8_t> bytes) {
+        if (opts_.flag_a) {
+            if (channel_ == 0) out_.text("  ");
+            put_sample(bytes);
+        }
+        if (opts_.flag_t && channel_ < kMaxTimecodeChannels &&
+            take_sample(channels_[channel_], significant(bytes, 0), significant(bytes, 1), frame_)) {
+            put_timecode(channel_);
+        }
+        if (++channel_ == channel_count_) end_frame();
+    }
+
+    void end_frame() {
+        if (opts_.flag_a || timecode_in_line_) out_.put('\n');
+        timecode_in_line_ = false;
+        channel_ = 0;
+        frame_++;
+    }
+
+    uint8_t significant(std::span<const uint8_t> sample, size_t i) const {
+        if (i >= sample.size()) return 0;
+        return little_endian_ ? sample[sample.size() - 1 - i] : sample[i];
+    }
+
+    void put_sample(std::span<const uint8_t> sample) {
+        static constexpr char digits[] = "0123456789abcdef";
+        char *p = out_.claim(2 * sample.size() + 1);
+        const size_t last = sample.size() - 1;
+        for (size_t i = 0; i < sample.size(); i++) {
+            const uint8_t byte = sample[little_endian_ ? last - i : i];
+            *p++ = digits[byte >> 4];
+            *p++ = digits[byte & 15];
+        }
+        *p = ' ';
+    }
+
+    // The first timecode of a frame stands behind the time, in its channel's column.
+    void put_timecode(uint32_t c) {
+        const Channel &channel = channels_[c];
+        if (!timecode_in_line_) {
+            put_time(out_, channel.start_frame);
+            out_.fill(' ', size_t{10} * c);
+            timecode_in_line_ = true;
+        }
+        uint32_t timecode = 0;
+        uint32_t tag = 0;
+        if (!keltimecode_decode(Bytes(channel.packet, sizeof channel.packet), &timecode, nullptr, &tag)) {
+            out_.text("ERROR");
+            return;
+        }
+        out_.hex(timecode, 8);
+        out_.put('/');
+        out_.decimal(tag);
+        out_.put(' ');
+    }
+
+    const DumpOptions &opts_;
+    const uint32_t channel_count_;
+    const uint32_t sample_size_;
+    const int little_endian_;
+    uint32_t channel_ = 0;  // of the next sample
+    int64_t frame_ = 0;
+    bool timecode_in_line_ = false;
+    Channel channels_[kMaxTimecodeChannels];
+    LineBuffer out_;
+};
+
+}  // namespace
+
+void audio_samplesdump(DumpOptions &opts, std::FILE *file, uint64_t position, int64_t frames,
+                       uint32_t channels, uint32_t bits, int little_endian) {
+    const uint32_t sample_size = (bits + 7) / 8;
+    const uint64_t size = file_size(file);
+    if (channels == 0 || sample_size == 0 || frames <= 0) return;
+
+    Dump dump(opts, channels, sample_size, little_endian);
+    const uint64_t step = kBlock / sample_size * sample_size;
+    FileImage image(file, position, step);
+    for (; position < size; position += step) {
+        image.move_to(position);
+        if (!dump.block(image.bytes().span(0, std::min(step, size - position)), frames)) break;
+    }
+    dump.end();
+}

@@ -1,0 +1,13 @@
+// Interleaved PCM samples: hexadecimal listing and the timecode packets that they may carry.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+#include "main/dump_options.h"
+
+// Reads `frames` frames of `channels` samples of `bits` bits from a file position on. With -a every sample is
+// printed in hexadecimal, most significant byte first, a line a frame; with -t the timecode packets carried
+// one bit a sample in the first 16 channels are found and printed. Ends with the file.
+void audio_samplesdump(DumpOptions &opts, std::FILE *file, uint64_t position, int64_t frames,
+                       uint32_t channels, uint32_t bits, int little_endian);

@@ -1,0 +1,113 @@
+#include "rawstream/detect.h"
+
+#include <cstdio>
+
+#include "common/names.h"
+
+namespace {
+
+constexpr int kMargin = 32;  // words behind a position that a timing reference may need
+constexpr int kNone = -1;
+constexpr uint16_t kHigh = 0x3FF;
+constexpr uint16_t kEndOfActiveVideo = 0x40;  // H bit of the XYZ word
+
+// Words between two EAVs of an SD signal, and of one of the two streams of an HD signal.
+constexpr CodeName kSdRasters[] = {
+    {858, "Raster is SDTV - NTSC 720x486 30Hz"},
+    {864, "Raster is SDTV - PAL 720x576 25Hz"},
+    {1144, "Raster is SDTV - PAL 960x486 30Hz"},
+    {1152, "Raster is SDTV - PAL 960x576 25Hz"},
+};
+constexpr CodeName kHdRasters[] = {
+    {1375, "Raster is HDTV - SMPTE296/72 1280x720"},  {1650, "Raster is HDTV - SMPTE296/60 1280x720"},
+    {1980, "Raster is HDTV - SMPTE296/50 1280x720"},  {2200, "Raster is HDTV - SMPTE274/30 1920x1080"},
+    {2250, "Raster is HDTV - FILM2K/20 2048x1556"},   {2376, "Raster is HDTV - SMPTE295/25 1920x1080"},
+    {2500, "Raster is HDTV - FILM2K/15 2048x1556"},   {2640, "Raster is HDTV - SMPTE274/25 1920x1080"},
+    {2750, "Raster is HDTV - SMPTE274/24 1920x1080"}, {3300, "Raster is HDTV - SMPTE296/30 1280x720z"},
+    {3960, "Raster is HDTV - SMPTE296/25 1280x720"},  {4125, "Raster is HDTV - SMPTE296/24 1280x720"},
+};
+
+// Two EAVs with the SAVs before and behind the last one.
+struct Timing {
+    int previous_eav = kNone;
+    int last_eav = kNone;
+    int sav_before = kNone;
+    int sav_after = kNone;
+
+    bool complete() const {
+        return last_eav != kNone && previous_eav != kNone && sav_before != kNone && sav_after != kNone;
+    }
+};
+
+// Word streams in the signal: 2 for HD, where every word of a reference stands twice; 0 without any
+// reference.
+int find_interleave(const uint16_t *words, int limit) {
+    for (int i = 0; i < limit; i++) {
+        const uint16_t *w = words + i;
+        if (w[0] != kHigh) continue;
+        if (w[1] == kHigh && w[2] == 0 && w[3] == 0 && w[4] == 0 && w[5] == 0) return 2;
+        if (w[1] == 0 && w[2] == 0) return 1;
+    }
+    return 0;
+}
+
+Timing find_timing(const uint16_t *words, int limit, int interleave) {
+    Timing found;
+    for (int j = 0; j < limit && !found.complete();) {
+        const bool reference =
+            words[j] == kHigh && words[j + interleave] == 0 && words[j + 2 * interleave] == 0;
+        if (!reference) {
+            j++;
+            continue;
+        }
+        if (words[j + 3 * interleave] & kEndOfActiveVideo) {
+            found = {found.last_eav, j, found.sav_after, kNone};
+        } else {
+            found.sav_after = j;
+        }
+        j += 4;
+    }
+    return found;
+}
+
+int name_sd_raster(int line) {
+    const char *raster = name_of(kSdRasters, static_cast<uint32_t>(line), nullptr);
+    if (!raster) {
+        std::printf("Warning: Unknown raster linelength %d\n", line);
+        return 0;
+    }
+    std::printf("%s\n", raster);
+    return 1;
+}
+
+int name_hd_raster(const uint16_t *words, const Timing &timing, int line) {
+    const char *raster = name_of(kHdRasters, static_cast<uint32_t>(line / 2), nullptr);
+    if (!raster) {
+        std::printf("Warning: Unknown raster linelength %d\n", line);
+        return 0;
+    }
+    std::printf("%s\n", raster);
+    const uint16_t *eav = words + timing.last_eav;
+    const uint16_t *sav = words + timing.sav_after;
+    if (eav[6] == eav[7] && sav[6] == sav[7]) return 1;
+    std::printf("Warning: EAV XYZ code different, probably recorded DF in NDF raster\n");
+    return 0;
+}
+
+}  // namespace
+
+int rawdump_formatdetect(const uint16_t *words, int count) {
+    const int limit = count - kMargin;
+    const int interleave = limit < 1 ? 0 : find_interleave(words, limit);
+    if (interleave == 0) {
+        std::printf("Warning: Could not find SAV and EAV\n");
+        return 0;
+    }
+    const Timing timing = find_timing(words, limit, interleave);
+    if (!timing.complete()) {
+        std::printf("Warning: Could not find SAV and EAV for line length detect\n");
+        return 0;
+    }
+    const int line = timing.last_eav - timing.previous_eav;
+    return interleave == 1 ? name_sd_raster(line) : name_hd_raster(words, timing, line);
+}

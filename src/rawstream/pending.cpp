@@ -1,3 +1,0 @@
-#include "rawstream/rawstream.h"
-
-void rawdump(DumpOptions &, const char *) {}

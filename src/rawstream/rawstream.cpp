@@ -1,0 +1,183 @@
+#include "rawstream/rawstream.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <memory>
+#include <vector>
+
+#include "common/file_image.h"
+#include "common/line_buffer.h"
+#include "rawstream/detect.h"
+
+namespace {
+
+constexpr int kWords = 32768;  // samples that are looked at
+constexpr uint64_t kMagicSize = 8;
+constexpr int64_t kEightBits = 8;
+
+struct Header {
+    int64_t size = 0;
+    int64_t bits = 0;
+    bool kel_packing = false;  // the alternative 10-bit packing
+    uint64_t data = 0;         // position of the first sample
+    bool complete = false;     // its end was found before the file's
+};
+
+bool begins_with(Bytes line, const char *tag) {
+    uint64_t i = 0;
+    for (; tag[i]; i++) {
+        if (line[i] != static_cast<uint8_t>(tag[i])) return false;
+    }
+    return true;
+}
+
+// A decimal number behind blanks, 0 when there is none; numbers too long stay at the largest.
+int64_t decimal(Bytes text) {
+    uint64_t i = 0;
+    while (text[i] == ' ' || (text[i] >= '\t' && text[i] <= '\r')) i++;
+    const bool negative = text[i] == '-';
+    if (negative || text[i] == '+') i++;
+    int64_t value = 0;
+    for (; text[i] >= '0' && text[i] <= '9'; i++) {
+        const int digit = text[i] - '0';
+        value = value > (INT64_MAX - digit) / 10 ? INT64_MAX : value * 10 + digit;
+    }
+    return negative ? -value : value;
+}
+
+void print_unknown_tag(Bytes line) {
+    constexpr uint64_t kStep = 64 * 1024;
+    std::printf("Warning: Unknown tag '");
+    for (uint64_t i = 0; i < line.size(); i += kStep) {
+        const Text text = text_at(line, i, kStep);
+        std::fwrite(text.start, 1, static_cast<size_t>(text.length), stdout);
+        if (static_cast<uint64_t>(text.length) < kStep) break;
+    }
+    std::printf("'\n");
+}
+
+void apply_line(Header &header, Bytes line) {
+    if (line[0] == 0) return;
+    if (begins_with(line, "size")) {
+        header.size = decimal(line.from(5));
+    } else if (begins_with(line, "nbits10kel")) {
+        header.kel_packing = true;
+    } else if (begins_with(line, "nbits")) {
+        header.bits = decimal(line.from(6));
+    } else if (!begins_with(line, "xsize") && !begins_with(line, "ysize") &&
+               !begins_with(line, "field1size") && !begins_with(line, "field2size") &&
+               !begins_with(line, "frequency")) {
+        print_unknown_tag(line);
+    }
+}
+
+// Lines up to a tab character, which drops the line it stands in.
+Header read_header(Bytes file) {
+    Header header;
+    uint64_t line = kMagicSize;
+    for (uint64_t i = line; i < file.size(); i++) {
+        if (file[i] == '\t') {
+            header.data = i + 1;
+            header.complete = true;
+            break;
+        }
+        if (file[i] != '\n') continue;
+        apply_line(header, file.sub(line, i - line));
+        line = i + 1;
+    }
+    return header;
+}
+
+// Timing words are told by their eight high bits.
+uint16_t as_timing_word(uint32_t word) {
+    if ((word & 0x3FC) == 0) return 0;
+    if ((word & 0x3FC) == 0x3FC) return 0x3FF;
+    return static_cast<uint16_t>(word);
+}
+
+uint16_t word_of_byte(uint8_t byte) {
+    return byte == 255 ? uint16_t{0x3FF} : static_cast<uint16_t>(byte * 4);
+}
+
+// Three words in four bytes: little-endian 10-bit fields, or three bytes of high bits and one of low bits.
+void unpack_group(uint16_t *words, Bytes group, bool kel_packing) {
+    const uint32_t packed = little32(group);
+    for (uint32_t i = 0; i < 3; i++) {
+        const uint32_t word = kel_packing ? uint32_t{group[i]} << 2 | (group[3] >> (6 - 2 * i) & 3U)
+                                          : packed >> (10 * i) & 0x3FF;
+        words[i] = as_timing_word(word);
+    }
+}
+
+// The first words of the data; what the file does not hold is 0.
+std::vector<uint16_t> unpack(const Header &header, Bytes data) {
+    std::vector<uint16_t> words(kWords);
+    if (header.bits == kEightBits) {
+        for (size_t i = 0; i < kWords; i++) words[i] = word_of_byte(data[i]);
+    } else {
+        for (size_t i = 0; i + 3 <= kWords; i += 3)
+            unpack_group(&words[i], data.from(i / 3 * 4), header.kel_packing);
+    }
+    return words;
+}
+
+char mark(uint16_t word) {
+    switch (word) {
+        case 0x000:
+        case 0x3FF: return '*';  // timing references
+        case 0x040:
+        case 0x200: return ' ';  // black, zero colour difference
+        default: return '.';
+    }
+}
+
+void rawdump_hexdump(const uint16_t *words, int count) {
+    constexpr int kColumns = 8;
+    LineBuffer out;
+    for (int row = 0; row < count; row += kColumns) {
+        const int end = std::min(row + kColumns, count);
+        out.hex(static_cast<uint64_t>(row), 6);
+        out.text("::");
+        for (int i = row; i < end; i++) {
+            out.put(' ');
+            out.hex(words[i], 3);
+        }
+        out.text(" - '");
+        for (int i = row; i < end; i++) out.put(mark(words[i]));
+        out.text("'\n");
+    }
+    out.put('\n');
+}
+
+void print_unreadable() { std::printf("Warning: Could not read file\n"); }
+
+}  // namespace
+
+void rawdump(DumpOptions &opts, const char *name) {
+    std::printf("Format: SDI Streamer\n");
+    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(name, "rb"), std::fclose);
+    if (!file) {
+        std::printf("Warning: Could not open '%s'\n", name);
+        print_unreadable();
+        return;
+    }
+    FileImage image(file.get());
+    const Bytes bytes = image.bytes();
+    if (!bytes_are(bytes, 0, "STREAMER")) {
+        std::printf("Warning: Streamer mode magic (STREAMER) wrong\n");
+        print_unreadable();
+        return;
+    }
+    const Header header = read_header(bytes);
+    if (header.bits == 0 || !header.complete || header.size == 0) {
+        print_unreadable();
+        return;
+    }
+    const std::vector<uint16_t> words = unpack(header, bytes.from(header.data));
+    const int consistent = rawdump_formatdetect(words.data(), kWords);
+    if (opts.verbose) {
+        rawdump_hexdump(words.data(), kWords);
+    } else if (!consistent) {
+        std::printf("Use option -v to hexdump data\n");
+    }
+}
