@@ -12,7 +12,7 @@ namespace {
 
 constexpr uint64_t kLargestRun = 256 * 1024;          // bytes of one sequential read at most
 constexpr uint64_t kMostResident = 64 * 1024 * 1024;  // bytes in memory before the oldest are given back
-constexpr unsigned kPageShift = 12;
+constexpr uint64_t kPage = 4096;
 
 }  // namespace
 
@@ -63,9 +63,9 @@ Bytes FileImage::bytes() {
 void FileImage::move_to(uint64_t start) {
     start_ = start;
     ahead_ = 1;
+    for (const Run &run : runs_) std::fill_n(present_ + run.block, run.count, uint8_t{0});
     runs_.clear();
     resident_ = 0;
-    if (data_) std::fill_n(present_, blocks_, uint8_t{0});
 }
 
 void FileImage::require(const uint8_t *p, uint64_t n) {
@@ -87,8 +87,11 @@ void FileImage::give_back(uint64_t first, uint64_t last) {
             kept.push_back(run);
             continue;
         }
-        madvise(data_ + (run.block << shift_), run.count << shift_, MADV_DONTNEED);
+        // Its blocks count as unread; pages that hold nothing else go back to the system.
         std::fill_n(present_ + run.block, run.count, uint8_t{0});
+        const uint64_t start = ((run.block << shift_) + kPage - 1) & ~(kPage - 1);
+        const uint64_t end = ((run.block + run.count) << shift_) & ~(kPage - 1);
+        if (start < end) madvise(data_ + start, end - start, MADV_DONTNEED);
         resident_ -= run.count << shift_;
     }
     runs_.insert(runs_.begin(), kept.begin(), kept.end());
@@ -118,10 +121,8 @@ void FileImage::read_run(uint64_t block, uint64_t needed) {
     bytes_read_ += got;
     std::fill(data_ + offset + got, data_ + offset + wanted, uint8_t{0});
     std::fill_n(present_ + block, run, uint8_t{1});
-    if (shift_ >= kPageShift) {
-        runs_.push_back({block, run});
-        resident_ += run << shift_;
-    }
+    runs_.push_back({block, run});
+    resident_ += run << shift_;
 }
 
 uint64_t file_size(int fd) {

@@ -1,0 +1,36 @@
+// KLV items (SMPTE 336M): numbers, BER lengths, the codings of keys, error lines and the hex dump.
+#pragma once
+
+#include <cstdint>
+
+#include "common/bytes.h"
+#include "main/dump_options.h"
+
+inline constexpr uint32_t kKeySize = 16;
+
+// Big-endian numbers; bytes beyond the window are 0.
+inline int mxfuint16(Bytes b) { return big16(b); }
+inline uint32_t mxfuint32(Bytes b) { return big32(b); }
+inline uint64_t mxfuint64(Bytes b) { return big64(b); }
+
+// The BER length at an offset (SMPTE 377M-2004, 5.3.4); adds the bytes that it occupies to `counter`.
+uint64_t mxfber(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t *counter);
+
+// What byte 5 of the key at an offset says of a group's coding: its name, the size of a local tag in bytes,
+// and the item's length in the width that it selects (with the size of that length).
+const char *mxfklvtype(DumpOptions &opts, Bytes buffer, uint64_t offset);
+int mxftagsize(DumpOptions &opts, Bytes buffer, uint64_t offset);
+uint64_t mxftag(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t *size);
+
+// Reports every byte of a range that is not zero; returns the count.
+uint32_t mxf_check_for_zero(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t count);
+
+// One error line with an offset into the item, at most 1023 characters.
+[[gnu::format(printf, 4, 5)]] void mxferror(DumpOptions &opts, Bytes buffer, uint64_t offset,
+                                            const char *format, ...);
+
+// Rows of 16 bytes with their offsets; bytes beyond the window show as 0.
+void mxfhexdump(Bytes buffer, uint64_t offset, uint64_t length);
+
+// Whether the bytes at an offset begin as a SMPTE universal label.
+bool is_smpte_label(Bytes buffer, uint64_t offset);
