@@ -1,3 +1,0 @@
-#include "mxf/mxf.h"
-
-void mxfdump(DumpOptions &, std::FILE *) {}

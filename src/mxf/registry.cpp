@@ -1,0 +1,98 @@
+#include "mxf/registry.h"
+
+#include <array>
+#include <cstdio>
+#include <deque>
+#include <map>
+
+#include "mxf/dictionary.h"
+
+namespace {
+
+constexpr uint32_t kHexBlock = 1;  // value kind of tags that nothing is known of
+
+struct mxf_label_node {
+    const char *name;
+    uint32_t type;
+};
+
+struct mxf_string_node {
+    char text[128];
+};
+
+using Guid = std::array<uint8_t, 16>;
+
+struct Registry {
+    std::map<uint32_t, mxf_label_node> plabels;  // the latest declaration of each tag
+    std::deque<mxf_string_node> pstrings;
+    std::map<Guid, mxf_guid_node> pguids;  // the latest registration of each UID
+    int32_t guidcount = 0;
+};
+
+Registry &registry() {
+    static Registry one;
+    return one;
+}
+
+Guid guid_at(Bytes bytes) {
+    Guid guid;
+    for (size_t i = 0; i < guid.size(); i++) guid[i] = bytes[i];
+    return guid;
+}
+
+}  // namespace
+
+const char *mxffindlabel(DumpOptions &, uint32_t local_tag, uint32_t *type) {
+    const char *name = "unknown";
+    uint32_t kind = kHexBlock;
+    const auto declared = registry().plabels.find(local_tag);
+    if (declared != registry().plabels.end()) {
+        name = declared->second.name;
+        kind = declared->second.type;
+    } else if (const rp210_entry *row = local_tag ? find_rp210_tag(local_tag) : nullptr) {
+        name = row->name;
+        kind = row->type;
+    }
+    if (type) *type = kind;
+    return name;
+}
+
+void mxfaddlabel(DumpOptions &, uint32_t local_tag, const char *name, uint32_t type) {
+    registry().plabels[local_tag] = {name, type};
+}
+
+const char *addmxfstring(const char *text) {
+    mxf_string_node &node = registry().pstrings.emplace_back();
+    std::snprintf(node.text, sizeof node.text, "%s", text);
+    return node.text;
+}
+
+void mxf_guid_add(DumpOptions &opts, Bytes guid, uint64_t file_position, const char *name) {
+    Registry &r = registry();
+    const Guid key = guid_at(guid);
+    mxf_guid_node node{};
+    std::copy(key.begin(), key.end(), node.guid);
+    char position[16] = "";
+    if (!opts.mxf_flag_c) {
+        std::snprintf(position, sizeof position, "%08x:", static_cast<uint32_t>(file_position));
+    }
+    if (name) {
+        std::snprintf(node.text, sizeof node.text, "%s%s", position, name);
+    } else {
+        std::snprintf(node.text, sizeof node.text, "%sguid%d ", position, r.guidcount);
+    }
+    r.guidcount++;
+    r.pguids[key] = node;
+}
+
+const mxf_guid_node *mxf_guid_find(DumpOptions &, Bytes guid) {
+    const auto found = registry().pguids.find(guid_at(guid));
+    return found == registry().pguids.end() ? nullptr : &found->second;
+}
+
+const char *mxf_guid_string(DumpOptions &opts, Bytes guid) {
+    const mxf_guid_node *node = mxf_guid_find(opts, guid);
+    return node ? node->text : "unknown";
+}
+
+void mxffreedata() { registry() = Registry(); }

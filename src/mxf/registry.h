@@ -1,0 +1,33 @@
+// What the dump learns from the files of a run: names of local tags, and names of the sets that references
+// point to. It lives for the process; later declarations win.
+#pragma once
+
+#include <cstdint>
+
+#include "common/bytes.h"
+#include "main/dump_options.h"
+
+// A set's instance UID with the name that references to it print.
+struct mxf_guid_node {
+    uint8_t guid[16];
+    char text[64];
+};
+
+// The name of a local tag and, through `type`, its value kind: as the file declared it last, else by RP 210,
+// else "unknown" (a hex block).
+const char *mxffindlabel(DumpOptions &opts, uint32_t local_tag, uint32_t *type);
+
+// Declares a local tag. The name must last.
+void mxfaddlabel(DumpOptions &opts, uint32_t local_tag, const char *name, uint32_t type);
+
+// A lasting copy of a text, cut at 127 characters.
+const char *addmxfstring(const char *text);
+
+// Registers the instance UID of the set at a file position, with its name or, for null, "guid" and a number.
+void mxf_guid_add(DumpOptions &opts, Bytes guid, uint64_t file_position, const char *name);
+const mxf_guid_node *mxf_guid_find(DumpOptions &opts, Bytes guid);
+// The name registered for an instance UID, or "unknown".
+const char *mxf_guid_string(DumpOptions &opts, Bytes guid);
+
+// Forgets everything.
+void mxffreedata();

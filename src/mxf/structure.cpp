@@ -1,0 +1,208 @@
+// Structural items after SMPTE 377M.
+#include <cstdio>
+#include <span>
+
+#include "mxf/dictionary.h"
+#include "mxf/items.h"
+#include "mxf/klv.h"
+#include "mxf/registry.h"
+#include "mxf/value.h"
+
+namespace {
+
+constexpr uint32_t kFirstDynamicTag = 0x8000;
+constexpr uint64_t kLabelSize = 16;
+
+enum class Kind { u16, u32, s64, hex64 };
+
+struct Row {
+    uint8_t offset;
+    Kind kind;
+    const char *label;
+};
+
+// Partition pack, before and after the operational pattern label.
+constexpr Row kPartitionRows[] = {
+    {0, Kind::u16, " Major Version      "},    {2, Kind::u16, " Minor Version      "},
+    {4, Kind::u32, " Alignment          "},    {8, Kind::hex64, " ThisPartition      "},
+    {16, Kind::hex64, " PreviousPartition  "}, {24, Kind::hex64, " FooterPartition    "},
+    {32, Kind::s64, " HeaderByteCount    "},   {40, Kind::s64, " IndexByteCount     "},
+    {48, Kind::u32, " IndexSID           "},   {52, Kind::s64, " BodyOffset         "},
+    {60, Kind::u32, " BodySID            "},
+};
+constexpr uint64_t kOperationalPattern = 64;
+constexpr Row kContainerRows[] = {
+    {80, Kind::u32, " ContainerCount     "},
+    {84, Kind::u32, " ContainerSize      "},
+};
+constexpr uint64_t kContainers = 88;
+
+constexpr uint64_t kPrimerItems = 8;
+constexpr uint64_t kPrimerItemSize = 18;
+
+void print_rows(Bytes value, std::span<const Row> rows) {
+    for (const Row &row : rows) {
+        const Bytes field = value.from(row.offset);
+        switch (row.kind) {
+            case Kind::u16: std::printf("%s%d\n", row.label, mxfuint16(field)); break;
+            case Kind::u32: std::printf("%s%d\n", row.label, static_cast<int32_t>(mxfuint32(field))); break;
+            case Kind::s64:
+                std::printf("%s%lld\n", row.label, static_cast<long long>(mxfuint64(field)));
+                break;
+            case Kind::hex64:
+                std::printf("%s%016llx\n", row.label, static_cast<unsigned long long>(mxfuint64(field)));
+                break;
+        }
+    }
+}
+
+void print_partition_status(DumpOptions &opts, Bytes buffer, uint64_t offset) {
+    switch (buffer[offset + 14]) {
+        case 1: std::printf(" Open and Incomplete\n"); break;
+        case 2: std::printf(" Closed and Incomplete\n"); break;
+        case 3: std::printf(" Open and Complete\n"); break;
+        case 4: std::printf(" Closed and Complete\n"); break;
+        default: mxferror(opts, buffer, offset, "Unknown entry for open/close");
+    }
+}
+
+// Prints the label of a primer item whose tag is declared here.
+void print_primer_tag(DumpOptions &opts, uint32_t tag, Bytes ul) {
+    std::printf("  Tag %04x - ", tag);
+    printuuid(opts, ul);
+    std::printf(" - ");
+}
+
+void print_primer_item(DumpOptions &opts, Bytes buffer, uint64_t offset) {
+    const uint64_t at = offset + 2;
+    const uint32_t tag = static_cast<uint32_t>(mxfuint16(buffer.from(offset)));
+    const Bytes u = buffer.from(at);
+    const bool dynamic = tag >= kFirstDynamicTag;
+    if (!is_smpte_label(buffer, at) && !dynamic) {
+        mxferror(opts, buffer, at,
+                 "mxf_primary_pack - wrong label data %04x == "
+                 "%02x.%02x.%02x.%02x.%02x.%02x.%02x.%02x-%02x.%02x.%02x.%02x.%02x.%02x.%02x.%02x",
+                 tag, u[0], u[1], u[2], u[3], u[4], u[5], u[6], u[7], u[8], u[9], u[10], u[11], u[12], u[13],
+                 u[14], u[15]);
+    } else if (const rp210_entry *row = mxf_find_rp210(opts, u, 0)) {
+        mxfaddlabel(opts, tag, row->name, row->type);
+        print_primer_tag(opts, tag, u);
+        std::printf("%s\n", row->name);
+        if (!dynamic && row->local_tag && row->local_tag != tag) {
+            std::printf("Local tag def %04x != %04x\n", tag, row->local_tag);
+            mxferror(opts, buffer, at, "mxf_primer_pack - tag id missmatch");
+        }
+    } else if (dynamic) {
+        print_primer_tag(opts, tag, u);
+        const mxf_guid_node *set = mxf_guid_find(opts, u);
+        if (set) mxfaddlabel(opts, tag, addmxfstring(set->text), static_cast<uint32_t>(ValueKind::unknown));
+        std::printf("%s\n", set ? set->text : "UNKNOWN");
+    } else {
+        mxferror(opts, buffer, at, "mxf_primer_pack - label not found");
+        printuuid(opts, u);
+    }
+}
+
+}  // namespace
+
+ItemValue read_item_length(DumpOptions &opts, Bytes buffer, uint64_t offset) {
+    uint32_t header = kKeySize;
+    const uint64_t length = mxfber(opts, buffer, offset + kKeySize, &header);
+    // What is beyond the window cannot be looked at; a length beyond 48 bits only has to stay beyond.
+    return {offset + header, length & 0x0000FFFFFFFFFFFF};
+}
+
+void print_length_line(DumpOptions &opts, uint64_t file_position, const ItemValue &value, const char *label) {
+    std::printf("%s0x%08x", label, static_cast<uint32_t>(value.length));
+    if (!opts.mxf_flag_c) std::printf(" (until 0x%08x)", static_cast<uint32_t>(file_position + value.end()));
+    std::printf("\n");
+}
+
+ItemValue print_length_line(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
+                            const char *label) {
+    const ItemValue value = read_item_length(opts, buffer, offset);
+    print_length_line(opts, file_position, value, label);
+    return value;
+}
+
+void print_local_set(DumpOptions &opts, Bytes buffer, const ItemValue &value) {
+    const Bytes set = buffer.sub(0, value.end());
+    for (uint64_t at = value.start; at < set.size();) {
+        const uint32_t tag = static_cast<uint32_t>(mxfuint16(set.from(at)));
+        const uint32_t length = static_cast<uint32_t>(mxfuint16(set.from(at + 2)));
+        uint32_t kind = 0;
+        const char *name = mxffindlabel(opts, tag, &kind);
+        std::printf("  Tag %04x/%d %s\n", tag, length, name);
+        mxf_print_rp210data(opts, buffer, at + 4, length, kind);
+        at += 4 + uint64_t{length};
+    }
+}
+
+uint64_t mxf_partition_header(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
+                              const char *name) {
+    std::printf("%s\n", name);
+    print_partition_status(opts, buffer, offset);
+    const ItemValue item = print_length_line(opts, file_position, buffer, offset);
+    const Bytes value = buffer.from(item.start);
+    print_rows(value, kPartitionRows);
+    const Bytes pattern = value.from(kOperationalPattern);
+    std::printf(" OperationalPattern ");
+    printuuid(opts, pattern);
+    std::printf(" - ");
+    printidentifier(opts, pattern);
+    std::printf("\n");
+    print_rows(value, kContainerRows);
+    const int32_t count = static_cast<int32_t>(mxfuint32(value.from(80)));
+    uint64_t at = item.start + kContainers;
+    for (int32_t i = 0; i < count && at < buffer.size(); i++, at += kLabelSize) {
+        std::printf("                    ");
+        printuuid(opts, buffer.from(at));
+        std::printf(" - ");
+        printrp224(buffer.from(at));
+        std::printf("\n");
+    }
+    return at - offset;
+}
+
+uint64_t mxf_primer_pack(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
+                         const char *name) {
+    std::printf("%s\n", name);
+    std::printf(" Version            %d\n", buffer[offset + 6]);
+    std::printf(" Designator         %d\n", buffer[offset + 7]);
+    const ItemValue item = print_length_line(opts, file_position, buffer, offset);
+    const Bytes value = buffer.from(item.start);
+    const uint32_t count = mxfuint32(value);
+    const uint32_t size = mxfuint32(value.from(4));
+    std::printf(" Itemcount          %d\n", static_cast<int32_t>(count));
+    std::printf(" Itemlength         %d\n", static_cast<int32_t>(size));
+    if (uint64_t{size} * count + kPrimerItems != item.length) {
+        mxferror(opts, buffer, offset, "mxf_primer_pack - itemcount * itemsize does not match length");
+    }
+    const Bytes pack = buffer.sub(0, item.end());
+    uint64_t at = item.start + kPrimerItems;
+    for (int32_t i = 0; i < static_cast<int32_t>(count) && at < pack.size(); i++, at += kPrimerItemSize) {
+        print_primer_item(opts, buffer, at);
+    }
+    return item.end() - offset;
+}
+
+uint64_t mxf_index_table(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
+                         const char *name) {
+    std::printf("%s\n", name);
+    const ItemValue item = print_length_line(opts, file_position, buffer, offset);
+    print_local_set(opts, buffer, item);
+    return item.end() - offset;
+}
+
+uint64_t mxf_randomindex_table(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
+                               const char *name) {
+    std::printf("%s\n", name);
+    const ItemValue item = print_length_line(opts, file_position, buffer, offset);
+    uint64_t at = item.start;
+    for (; at + 4 < item.end() && at < buffer.size(); at += 12) {
+        std::printf(" bodysid %d\n", static_cast<int32_t>(mxfuint32(buffer.from(at))));
+        std::printf(" offset  %08llx\n", static_cast<unsigned long long>(mxfuint64(buffer.from(at + 4))));
+    }
+    std::printf(" length  %d\n", static_cast<int32_t>(mxfuint32(buffer.from(at))));
+    return item.end() - offset;
+}

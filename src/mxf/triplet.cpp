@@ -1,0 +1,92 @@
+// Encrypted triplets (SMPTE 429-6), printed and saved as stored, and the files of saved frames.
+#include <cstdio>
+#include <cstdlib>
+
+#include "common/name_pattern.h"
+#include "mxf/frames.h"
+#include "mxf/items.h"
+#include "mxf/klv.h"
+
+namespace {
+
+constexpr size_t kNameSize = 4096;
+
+void save(const DumpOptions &opts, int32_t number, Bytes value) {
+    constexpr uint64_t kStep = 256 * 1024;
+    char name[kNameSize];
+    expand_name_pattern(name, sizeof name, opts.frame_name_pattern, number);
+    std::FILE *file = std::fopen(name, "wb");
+    if (!file) {
+        std::printf("Cannot create file '%s'\n", name);
+        std::exit(0);
+    }
+    for (uint64_t done = 0; done < value.size(); done += kStep) {
+        const auto part = value.span(done, kStep);
+        std::fwrite(part.data(), 1, part.size(), file);
+    }
+    std::fclose(file);
+}
+
+// The items of a triplet, one behind the other, each with a BER length.
+class TripletReader {
+ public:
+    TripletReader(DumpOptions &opts, Bytes buffer, uint64_t start)
+        : opts_(opts), buffer_(buffer), at_(start) {}
+
+    // Moves past the next item; `length`, if given, gets its length.
+    Bytes next(uint64_t *length = nullptr) {
+        uint32_t size = 0;
+        const uint64_t value_length = mxfber(opts_, buffer_, at_, &size);
+        const Bytes value = buffer_.from(at_ < UINT64_MAX - size ? at_ + size : UINT64_MAX);
+        const uint64_t advance = value_length < UINT64_MAX - size ? size + value_length : UINT64_MAX;
+        at_ = advance < UINT64_MAX - at_ ? at_ + advance : UINT64_MAX;
+        if (length) *length = value_length;
+        return value;
+    }
+
+ private:
+    DumpOptions &opts_;
+    Bytes buffer_;
+    uint64_t at_;
+};
+
+void print_identifier(const char *label, Bytes id) {
+    std::printf("%s%02x", label, id[0]);
+    for (uint64_t i = 1; i < 16; i++) std::printf(".%02x", id[i]);
+    std::printf("\n");
+}
+
+// The low half of a 64-bit number.
+void print_number(const char *label, Bytes number) {
+    std::printf("%s0x%02x%02x%02x%02x\n", label, number[4], number[5], number[6], number[7]);
+}
+
+}  // namespace
+
+void save_jpeg2000_frame(const DumpOptions &opts, Bytes value) {
+    static int32_t index = 0;
+    save(opts, index++, value);
+}
+
+void save_triplet(const DumpOptions &opts, Bytes value) {
+    static int32_t index = 0;
+    save(opts, index++, value);
+}
+
+uint64_t mxf_encrypted_triplet(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
+                               const char *name) {
+    std::printf("%s\n", name);
+    const ItemValue item =
+        print_length_line(opts, file_position, buffer, offset, " Length                         ");
+    if (item.length == 0) return item.end() - offset;
+    TripletReader reader(opts, buffer, item.start);
+    print_identifier(" Cryptographic Context Link     ", reader.next());
+    print_number(" Plaintext Offset               ", reader.next());
+    print_identifier(" Source Key                     ", reader.next());
+    print_number(" Source Length                  ", reader.next());
+    uint64_t payload = 0;
+    reader.next(&payload);
+    std::printf(" Payload                        0x%08x\n", static_cast<uint32_t>(payload));
+    if (opts.save_frames) save_triplet(opts, buffer.sub(item.start, item.length));
+    return item.end() - offset;
+}

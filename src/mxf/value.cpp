@@ -1,0 +1,253 @@
+#include "mxf/value.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "common/hexrow.h"
+#include "common/values.h"
+#include "mxf/dictionary.h"
+#include "mxf/klv.h"
+#include "mxf/registry.h"
+
+namespace {
+
+constexpr uint32_t kMaxUnknown = 256;  // bytes shown of a value of unknown kind
+constexpr uint32_t kMaxElement = 32;   // bytes shown of an array element
+constexpr uint32_t kLabelSize = 16;
+constexpr uint64_t kArrayHeader = 8;
+
+int32_t s32(Bytes b, uint64_t offset) { return static_cast<int32_t>(mxfuint32(b.from(offset))); }
+
+// The first n bytes as "%02x " each; bytes beyond the item are 0.
+void put_cells(LineBuffer &out, Bytes bytes, uint64_t n) {
+    for (uint64_t i = 0; i < n; i++) {
+        const uint8_t byte = bytes[i];
+        put_hexcells(out, {&byte, 1});
+    }
+}
+
+void print_unknown(Bytes value, uint32_t length) {
+    std::printf("   Unknown\n");
+    LineBuffer out;
+    const uint64_t shown = std::min(length, kMaxUnknown);
+    for (uint64_t i = 0; i < shown; i += 16) {
+        out.text("    ");
+        put_cells(out, value.from(i), std::min<uint64_t>(16, shown - i));
+        out.put('\n');
+    }
+}
+
+// Characters of `unit` bytes of which the last one is shown, up to a character of zero bytes.
+void print_text(const char *title, Bytes value, uint32_t length, uint32_t unit) {
+    std::printf("   %s '", title);
+    LineBuffer out;
+    for (uint64_t i = 0; i + unit <= length && value.big(i, unit) != 0; i += unit) {
+        out.put(tiffchar(value[i + unit - 1]));
+    }
+    out.text("'\n");
+}
+
+void print_rational(Bytes value) {
+    const int32_t numerator = s32(value, 0);
+    const int32_t denominator = s32(value, 4);
+    std::printf("   Rational %d/%d", numerator, denominator);
+    if (denominator != 0) std::printf(" %g", static_cast<double>(numerator) / denominator);
+    std::printf("\n");
+}
+
+// Year, month, day, hour, minute, second and quarters of 4 milliseconds (SMPTE 377M, 3.3).
+void print_timestamp(const char *label, Bytes value) {
+    std::printf("%s%04d.%02d.%02d %02d:%02d:%02d-%04d\n", label, mxfuint16(value), value[2], value[3],
+                value[4], value[5], value[6], value[7] * 4);
+}
+
+// UMID (SMPTE 330M), basic or extended.
+void print_package_id(DumpOptions &opts, Bytes buffer, uint64_t offset) {
+    const Bytes umid = buffer.from(offset);
+    std::printf("   Label    %02x", umid[0]);
+    for (uint64_t i = 1; i < 12; i++) std::printf(".%02x", umid[i]);
+    std::printf(" Len %d Version %d\n", umid[12] + 13, static_cast<int>(umid.big(13, 3)));
+    std::printf("   Material ");
+    printuuid(opts, umid.from(16));
+    std::printf("\n");
+    switch (umid[12]) {
+        case 0x00:
+        case 0x13: return;
+        case 0x33: break;
+        default: mxferror(opts, buffer, offset, "Wrong length of packageid"); return;
+    }
+    print_timestamp("   Timestamp    ", umid.from(32));
+    std::printf("   Cordinates   %08x %08x %08x\n", mxfuint32(umid.from(40)), mxfuint32(umid.from(44)),
+                mxfuint32(umid.from(48)));
+    std::printf("   Country      %d/%08x\n", s32(umid, 52), mxfuint32(umid.from(52)));
+    std::printf("   Organization %d/%08x\n", s32(umid, 56), mxfuint32(umid.from(56)));
+    std::printf("   User         %d/%08x\n", s32(umid, 60), mxfuint32(umid.from(60)));
+}
+
+// One 16-bit number a pair of bytes, the first behind a blank, the others behind full stops.
+void print_version_numbers(Bytes value, uint32_t length) {
+    std::printf("   VersionType");
+    for (uint64_t i = 0; i + 2 <= length; i += 2)
+        std::printf("%c%d", i ? '.' : ' ', mxfuint16(value.from(i)));
+    std::printf("\n");
+}
+
+// A label with what it refers to: `before` the label, `between` it and the name.
+void print_named(DumpOptions &opts, const char *before, Bytes ul, const char *between) {
+    std::printf("%s", before);
+    printuuid(opts, ul);
+    std::printf("%s", between);
+    print_name_or_unknown(opts, ul);
+    std::printf("\n");
+}
+
+void print_strong_reference(DumpOptions &opts, const char *before, Bytes ul, const char *between) {
+    std::printf("%s", before);
+    printuuid(opts, ul);
+    std::printf("%s%s\n", between, mxf_guid_string(opts, ul));
+}
+
+// Arrays and batches: element count, element size, elements.
+struct Array {
+    Bytes elements;
+    int32_t count;
+    uint32_t size;
+
+    explicit Array(Bytes value)
+        : elements(value.from(kArrayHeader)), count(s32(value, 0)), size(mxfuint32(value.from(4))) {}
+
+    // Element i; empty beyond the end of the item. Elements without bytes are none.
+    Bytes operator[](int32_t i) const {
+        return size == 0 ? Bytes() : elements.from(static_cast<uint64_t>(i) * size);
+    }
+};
+
+void put_element(LineBuffer &out, const char *indent, int32_t i, const Array &array) {
+    out.text(indent);
+    out.decimal(static_cast<uint64_t>(i), 8, '0');
+    out.put(' ');
+    put_cells(out, array[i], std::min(array.size, kMaxElement));
+    out.put('\n');
+}
+
+const char *frame_type(uint8_t flags) {
+    switch (flags & 0x30) {
+        case 0x20: return " P";
+        case 0x30: return " X";
+        case 0x10: return " B";
+        default: return " I";
+    }
+}
+
+void put_index_entry(LineBuffer &out, int32_t i, const Array &array) {
+    const Bytes entry = array[i];
+    const uint8_t flags = entry[2];
+    put_element(out, "    ", i, array);
+    out.text("             ");
+    out.hex(mxfuint64(entry.from(3)), 16, ' ');
+    for (uint64_t k = 0; k < 2; k++) {
+        const int offset = static_cast<int8_t>(entry[k]);
+        out.text(k ? " " : "  ");
+        if (offset >= 0) out.put(' ');
+        out.signed_decimal(offset);
+    }
+    out.put(' ');
+    out.text(frame_type(flags));
+    if (flags & 0x80) out.text(" Random");
+    if (flags & 0x40) out.text(" Header");
+    out.put('\n');
+}
+
+void print_labels(DumpOptions &opts, Bytes buffer, uint64_t offset, const Array &array, ValueKind kind) {
+    if (array.size != kLabelSize) {
+        mxferror(opts, buffer, offset + kArrayHeader, "size != 16");
+        return;
+    }
+    constexpr const char *kReferences = "\n     References ";
+    for (int32_t i = 0; i < array.count && !array[i].empty(); i++) {
+        switch (kind) {
+            case ValueKind::weak_reference_array:
+                print_named(opts, "    WeakReference ", array[i], kReferences);
+                break;
+            case ValueKind::auid_array: print_named(opts, "    AUID ", array[i], kReferences); break;
+            case ValueKind::universal_label_array:
+                print_named(opts, "    Universallabel ", array[i], kReferences);
+                break;
+            default: print_strong_reference(opts, "    StrongReference ", array[i], kReferences);
+        }
+    }
+}
+
+void print_array(DumpOptions &opts, Bytes buffer, uint64_t offset, ValueKind kind, const char *title) {
+    const Array array(buffer.from(offset));
+    std::printf("   %s\n", title);
+    if (array.count == 0) std::printf("    Empty\n");
+    if (kind == ValueKind::index_entry_array) {
+        LineBuffer out;
+        for (int32_t i = 0; i < array.count && !array[i].empty(); i++) put_index_entry(out, i, array);
+    } else if (kind == ValueKind::generic_array || kind == ValueKind::generic_batch) {
+        std::printf("    Count %d\n", array.count);
+        std::printf("    Size  %d\n", static_cast<int32_t>(array.size));
+        LineBuffer out;
+        for (int32_t i = 0; i < array.count && !array[i].empty(); i++) put_element(out, "     ", i, array);
+    } else {
+        print_labels(opts, buffer, offset, array, kind);
+    }
+}
+
+}  // namespace
+
+void mxf_print_rp210data(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t length, uint32_t kind) {
+    const Bytes value = buffer.from(offset);
+    const auto array = [&](const char *title) {
+        print_array(opts, buffer, offset, static_cast<ValueKind>(kind), title);
+    };
+    switch (static_cast<ValueKind>(kind)) {
+        case ValueKind::node: std::printf("   Node\n"); break;
+        case ValueKind::unknown: print_unknown(value, length); break;
+        case ValueKind::ascii: print_text("Ascii", value, length, 1); break;
+        case ValueKind::unicode: print_text("Unicode", value, length, 2); break;
+        case ValueKind::boolean: std::printf("   Boolean %s\n", value[0] ? "True" : "False"); break;
+        case ValueKind::uint16: std::printf("   Uint16 %d/%04x\n", mxfuint16(value), mxfuint16(value)); break;
+        case ValueKind::uint32: std::printf("   Uint32 %d/%08x\n", s32(value, 0), mxfuint32(value)); break;
+        case ValueKind::uint8: std::printf("   Uint8  %d/%02x\n", value[0], value[0]); break;
+        case ValueKind::strong_reference:
+            print_strong_reference(opts, "   StrongReference ", value, "\n    References ");
+            break;
+        case ValueKind::rational: print_rational(value); break;
+        case ValueKind::uint64: {
+            const unsigned long long number = mxfuint64(value);
+            std::printf("   Uint64 %lld/%016llx\n", static_cast<long long>(number), number);
+            break;
+        }
+        case ValueKind::uuid:
+            std::printf("   UUID   ");
+            printuuid(opts, value);
+            std::printf("\n");
+            break;
+        case ValueKind::version_type: std::printf("   VersionType %d.%d\n", value[0], value[1]); break;
+        case ValueKind::timestamp: print_timestamp("   Timestamp ", value); break;
+        case ValueKind::package_id: print_package_id(opts, buffer, offset); break;
+        case ValueKind::weak_reference:
+            print_named(opts, "   WeakReference ", value, "\n    References ");
+            break;
+        case ValueKind::universal_label: print_named(opts, "   UniversalLabel    ", value, "\n    "); break;
+        case ValueKind::weak_reference_array: array("WeakReferenceArray"); break;
+        case ValueKind::strong_reference_array: array("StrongReferenceArray"); break;
+        case ValueKind::guid:
+            std::printf("   GUID   ");
+            printuuid(opts, value);
+            std::printf("\n");
+            break;
+        case ValueKind::auid: print_named(opts, "   AUID   ", value, "  "); break;
+        case ValueKind::auid_array: array("AUIDArray"); break;
+        case ValueKind::universal_label_array: array("UniversallabelArray"); break;
+        case ValueKind::version_numbers: print_version_numbers(value, length); break;
+        case ValueKind::index_entry_array: array("IndexEntryArray"); break;
+        case ValueKind::generic_array: array("GenericArray"); break;
+        case ValueKind::generic_batch: array("GenericBatch"); break;
+        case ValueKind::data7:
+        case ValueKind::data8:
+        default: mxfhexdump(buffer, offset, length);
+    }
+}

@@ -1,0 +1,177 @@
+// The walk over the KLV items of a file: a pass that collects names, then one that prints.
+#include <algorithm>
+#include <cstdio>
+
+#include "common/file_image.h"
+#include "mxf/dictionary.h"
+#include "mxf/items.h"
+#include "mxf/klv.h"
+#include "mxf/mxf.h"
+#include "mxf/registry.h"
+#include "mxf/sets.h"
+
+namespace {
+
+constexpr uint64_t kHeadSize = 16384;  // where the first key is looked for
+constexpr uint64_t kNextHeader = 25;   // of the next item: its key and up to 9 bytes of length
+constexpr uint64_t kItemLimit = 0x1000000;
+constexpr uint64_t kLargeItemLimit = 0x40000000;  // with -ml
+constexpr uint64_t kCollectionLimit = 1000000;    // file position at which names are collected no more
+constexpr uint64_t kMaxVerboseDump = 256;
+constexpr uint64_t kSetEnd = 20;               // behind the key, with the usual 4-byte length
+constexpr uint32_t kInstanceUid = 0x3C0A0010;  // tag and length of a set's instance UID
+constexpr uint32_t kSmallestRead = 512;        // key and length of an essence element cost one such block
+
+struct Walk {
+    DumpOptions &opts;
+    FileImage &image;  // the item, its key at offset 0
+    uint64_t file_size;
+    uint64_t limit;  // of what may be loaded at once
+    uint64_t first_key;
+};
+
+// An item in its window, which ends with the item or with the file.
+struct Item {
+    uint64_t position;
+    uint64_t value;   // offset of the value: the size of key and length
+    uint64_t length;  // as its BER length says
+    uint64_t size;    // key, length and value
+    Bytes bytes;
+};
+
+// Position of the first label; false when the head of the file has none.
+bool find_first_key(FileImage &image, uint64_t &position) {
+    const Bytes head = image.bytes().sub(0, kHeadSize);
+    for (position = 0; position + kNextHeader <= kHeadSize; position++) {
+        if (is_smpte_label(head, position)) return true;
+    }
+    return false;
+}
+
+bool is_essence_element(Bytes key) {
+    return bytes_are(key, 4, "\x01\x02\x01") && bytes_are(key, 8, "\x0D\x01\x03\x01");
+}
+
+// Registers the instance UID of a metadata set under the set's name.
+void collect_name(const Walk &walk, const Item &item) {
+    const uint8_t group = item.bytes[13];
+    if (!is_smpte_label(item.bytes, 0) || (group != 1 && group != 2) || is_essence_element(item.bytes))
+        return;
+    const Bytes set = item.bytes.sub(0, kSetEnd + item.length);
+    for (uint64_t at = item.value; at < set.size();
+         at += 4 + static_cast<uint64_t>(mxfuint16(set.from(at + 2)))) {
+        if (mxfuint32(set.from(at)) != kInstanceUid) continue;
+        const char *name = mxf_metadata_key(walk.opts, item.bytes, 0, nullptr);
+        mxf_guid_add(walk.opts, item.bytes.from(at + 4), item.position, name);
+        return;
+    }
+}
+
+void print_position(const Walk &walk, uint64_t position) {
+    if (walk.opts.mxf_flag_c) return;
+    if (walk.file_size > UINT32_MAX) std::printf("%08x", static_cast<uint32_t>(position >> 32));
+    std::printf("%08x ", static_cast<uint32_t>(position));
+}
+
+void print_group(const Walk &walk, const Item &item) {
+    const char *kind = "";
+    const char *name = mxf_metadata_key(walk.opts, item.bytes, 0, &kind);
+    std::printf("%s %s\n", kind, name);
+    if (walk.opts.verbose) std::printf("KLV %s\n", mxfklvtype(walk.opts, item.bytes, 0));
+    mxf_klv(walk.opts, item.position, item.bytes, 0);
+}
+
+void print_unknown_label(const Walk &walk, const Item &item) {
+    switch (item.bytes[4]) {
+        case 1: std::printf("RP210/Unknown\n"); break;
+        case 2: print_group(walk, item); break;
+        case 3: std::printf("Wrapper/Unknown\n"); break;
+        case 4: std::printf("RP224/Unknown\n"); break;
+        default: std::printf("Unknown\n");
+    }
+}
+
+// Prints the block of an item; false for one that is no SMPTE item and not known otherwise.
+bool print_item(const Walk &walk, const Item &item) {
+    bool recognised = true;
+    print_position(walk, item.position);
+    printuuid(walk.opts, item.bytes);
+    std::printf(" - ");
+    if (mxfdumplabel(walk.opts, item.position, item.bytes, 0) || printidentifier(walk.opts, item.bytes)) {
+        std::printf("\n");
+    } else if (is_smpte_label(item.bytes, 0)) {
+        print_unknown_label(walk, item);
+    } else {
+        std::printf("Could not find KLV at expected position. %08x\n", 0);
+        recognised = false;
+    }
+    if (walk.opts.verbose) mxfhexdump(item.bytes, 0, std::min(item.size, kMaxVerboseDump));
+    std::printf("\n");
+    return recognised;
+}
+
+void run_pass(Walk &walk, bool collecting) {
+    walk.opts.mxf_first_pass = collecting;
+    uint64_t position = walk.first_key;
+    uint64_t next_key = walk.first_key;  // offset of the key in what is loaded
+    uint64_t loaded = kHeadSize;
+    bool keys_found = true;
+    bool more_items = true;
+    while (keys_found && more_items) {
+        if (next_key + kNextHeader > std::min(walk.limit, loaded)) {
+            std::printf("Internal error\n");
+            return;
+        }
+        walk.image.move_to(position);
+        uint32_t value = kKeySize;
+        const uint64_t length =
+            mxfber(walk.opts, walk.image.bytes().sub(0, loaded - next_key), kKeySize, &value);
+        const uint64_t size = value + length;
+        if (static_cast<int64_t>(size) <= 0) {
+            std::printf("Invalid length (%lld)\n", static_cast<long long>(size));
+            return;
+        }
+        uint64_t load = size + kNextHeader;
+        if (position + load >= walk.file_size) {
+            more_items = false;
+            if (position + size > walk.file_size) {
+                std::printf("Could not load the last part of the file\n");
+            } else {
+                load = size;
+            }
+        }
+        if (load > walk.limit) {
+            if (!collecting) {
+                std::printf("The filepart to load next exceeds the allocated memory (%lld)\n",
+                            static_cast<long long>(load));
+            }
+            return;
+        }
+        const uint64_t available = walk.file_size > position ? walk.file_size - position : 0;
+        const Item item{position, value, length, size, walk.image.bytes().sub(0, std::min(size, available))};
+        if (collecting) {
+            collect_name(walk, item);
+            if (position > kCollectionLimit && !walk.opts.mxf_flag_l) more_items = false;
+        } else {
+            keys_found = print_item(walk, item);
+        }
+        position += size;
+        next_key = size;
+        loaded = load;
+    }
+}
+
+}  // namespace
+
+void mxfdump(DumpOptions &opts, std::FILE *file) {
+    const uint64_t limit = opts.mxf_flag_l ? kLargeItemLimit : kItemLimit;
+    FileImage image(file, 0, limit, kSmallestRead);
+    if (!image.ok()) {
+        std::printf("malloc of buffer %d failed\n", static_cast<int>(limit));
+        return;
+    }
+    Walk walk{opts, image, file_size(file), limit, 0};
+    if (!find_first_key(image, walk.first_key)) return;
+    run_pass(walk, true);
+    run_pass(walk, false);
+}
