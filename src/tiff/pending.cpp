@@ -1,4 +1,0 @@
-#include "tiff/tiff.h"
-
-void tiffdump(DumpOptions &, std::FILE *) {}
-void tiffdumpifd(DumpOptions &, Bytes, uint32_t, int) {}

@@ -1,0 +1,177 @@
+#include "tiff/tiff.h"
+
+#include <unordered_set>
+
+#include "common/file_image.h"
+#include "common/values.h"
+#include "tiff/directory.h"
+
+namespace {
+
+constexpr uint32_t kBigEndianId = 0x4D4D;  // "MM"
+constexpr uint32_t kStandardVersion = 42;
+constexpr uint32_t kBigTiffVersion = 43;
+constexpr uint64_t kEntrySize = 12;
+constexpr int kMaxDepth = 32;  // of sub-directories in sub-directories
+
+constexpr uint16_t kImageWidth = 256;
+constexpr uint16_t kImageLength = 257;
+constexpr uint16_t kBitsPerSample = 258;
+constexpr uint16_t kStripOffsets = 273;
+constexpr uint16_t kStripByteCounts = 279;
+constexpr uint16_t kSubIfds = 330;
+constexpr uint16_t kPhotoshop = 34377;
+constexpr uint16_t kExifIfd = 34665;
+constexpr uint16_t kMakerNote = 37500;
+constexpr uint16_t kImageSourceData = 37724;
+
+struct Walk {
+    DumpOptions &opts;
+    Bytes base;
+    int big_endian;
+    std::unordered_set<uint32_t> seen;  // directories dumped, so that a circle ends
+
+    uint16_t u16(uint64_t offset) const { return tiffuint16(base.from(offset), big_endian); }
+    uint32_t u32(uint64_t offset) const { return tiffuint32(base.from(offset), big_endian); }
+};
+
+struct Entry {
+    uint16_t tag;
+    uint32_t type;
+    uint32_t count;
+    uint32_t value;      // or offset
+    uint32_t first = 0;  // first value, where it was rendered
+};
+
+void print_directories(Walk &walk, uint32_t offset, int depth);
+
+// The sub-directory at an offset, behind a label without line end. One that was dumped before, lies outside
+// the file or too deep ends the line only.
+void print_sub_directory(Walk &walk, uint32_t offset, int depth) {
+    if (depth >= kMaxDepth || offset >= walk.base.size() || walk.seen.contains(offset)) {
+        std::printf("\n");
+    } else {
+        print_directories(walk, offset, depth + 1);
+    }
+}
+
+void print_sub_directories(Walk &walk, const Entry &entry, const char *single, const char *numbered,
+                           int depth) {
+    if (entry.count == 1) {
+        std::printf("%s", single);
+        print_sub_directory(walk, entry.value, depth);
+        return;
+    }
+    for (uint32_t i = 0; i < entry.count; i++) {
+        const uint64_t at = entry.value + uint64_t{4} * i;
+        if (!walk.base.has(at, 4)) return;
+        std::printf("%s%d", numbered, i);
+        print_sub_directory(walk, walk.u32(at), depth);
+    }
+}
+
+void print_image_source_data(const Walk &walk, const Entry &entry) {
+    constexpr char kMagic[] = "Adobe Photoshop Document Data Block\0";
+    constexpr uint32_t kMagicSize = sizeof kMagic - 1;
+    constexpr uint64_t kMaxText = 8191;
+    const Bytes data = walk.base.from(entry.value);
+    const Text magic = text_at(data, 0, kMaxText);
+    std::printf("\n   magic   '%.*s'", magic.length, magic.start);
+    if (!bytes_are(data, 0, kMagic)) return;
+    if (entry.count == kMagicSize) {
+        std::printf("\n    Empty data tag\n");
+    } else {
+        photoshoptag(walk.opts, data.from(kMagicSize),
+                     int64_t{static_cast<int32_t>(entry.count)} - kMagicSize);
+    }
+}
+
+void print_value(const Walk &walk, Entry &entry) {
+    switch (entry.tag) {
+        case kStripOffsets:
+        case kStripByteCounts:
+        case kMakerNote:
+            if (!walk.opts.verbose) {
+                std::printf("(Use verbose mode to dump field)\n");
+                return;
+            }
+            break;
+        case kPhotoshop:
+            photoshoptag(walk.opts, walk.base.from(entry.value), static_cast<int32_t>(entry.count));
+            return;
+        case kImageSourceData: print_image_source_data(walk, entry); return;
+        default: break;
+    }
+    std::printf("%s\n",
+                tifftype(walk.base, entry.type, entry.count, entry.value, walk.big_endian, &entry.first));
+}
+
+void keep_image_state(DumpOptions &opts, const Entry &entry) {
+    const int32_t first = static_cast<int32_t>(entry.first);
+    switch (entry.tag) {
+        case kImageWidth: opts.tiff_image_width = first; break;
+        case kImageLength: opts.tiff_image_length = first; break;
+        case kBitsPerSample: opts.tiff_bits_per_sample = first; break;
+        case kStripOffsets: opts.tiff_strip_offset = first; break;
+        default: break;
+    }
+}
+
+void print_entry(Walk &walk, uint64_t offset, int depth) {
+    Entry entry{walk.u16(offset), walk.u16(offset + 2), walk.u32(offset + 4), walk.u32(offset + 8)};
+    std::printf("  tag     : %04x %s ", entry.tag, tifftag(entry.tag, entry.value, walk.big_endian));
+    print_value(walk, entry);
+    std::printf("   type   : %04x\n", entry.type);
+    std::printf("   count  : %08x\n", entry.count);
+    std::printf("   value  : %08x\n", entry.value);
+    keep_image_state(walk.opts, entry);
+    if (entry.tag == kSubIfds) print_sub_directories(walk, entry, "SUB IFD", "SUB IFD ", depth);
+    if (entry.tag == kExifIfd) print_sub_directories(walk, entry, "EXIF IFD ", "EXIF IFD ", depth);
+}
+
+// A chain of directories; it ends at an offset of 0, outside the file or seen before.
+void print_directories(Walk &walk, uint32_t offset, int depth) {
+    do {
+        walk.seen.insert(offset);
+        const uint64_t entries = walk.u16(offset);
+        std::printf(" entries: %d\n", static_cast<int>(entries));
+        const uint64_t first = uint64_t{offset} + 2;
+        for (uint64_t i = 0; i < entries && first + kEntrySize * i < walk.base.size(); i++) {
+            print_entry(walk, first + kEntrySize * i, depth);
+        }
+        offset = walk.u32(first + kEntrySize * entries);
+        std::printf(" offset  : %08x\n", offset);
+    } while (offset != 0 && offset < walk.base.size() && !walk.seen.contains(offset));
+}
+
+}  // namespace
+
+void tiffdumpifd(DumpOptions &opts, Bytes base, uint32_t ifd_offset, int big_endian) {
+    Walk walk{opts, base, big_endian, {}};
+    if (ifd_offset < base.size()) print_directories(walk, ifd_offset, 0);
+}
+
+void tiffdump(DumpOptions &opts, std::FILE *file) {
+    FileImage image(file);
+    if (!image.ok()) {
+        std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
+        return;
+    }
+    const Bytes bytes = image.bytes();
+    const uint32_t fileid = tiffuint16(bytes, 0);
+    const int big_endian = fileid == kBigEndianId;
+    const uint32_t version = tiffuint16(bytes.from(2), big_endian);
+    const uint32_t offset = tiffuint32(bytes.from(4), big_endian);
+    opts.tiff_big_endian = big_endian;
+    std::printf("Fileformat:TIFF\n");
+    std::printf(" fileid    : %04x %s %s\n", fileid, big_endian ? "Big Endian" : "Little Endian",
+                big_endian ? "(Swapping)" : "");
+    std::printf(" version   : %04x '%s'\n", version,
+                version == kStandardVersion  ? "Standard TIFF"
+                : version == kBigTiffVersion ? "BIG TIFF"
+                                             : "unknown format");
+    std::printf(" offset    : %08x\n", offset);
+    std::printf(" filesize  : %d\n", static_cast<int32_t>(bytes.size()));
+    if (version == kStandardVersion) tiffdumpifd(opts, bytes, offset, big_endian);
+    if (opts.flag_p) print_pixels(opts, bytes);
+}

@@ -1,0 +1,136 @@
+#include <cstdio>
+
+#include "common/values.h"
+#include "tiff/directory.h"
+
+namespace {
+
+// Field types of TIFF 6.0.
+enum Type : uint32_t {
+    kByte = 1,
+    kAscii = 2,
+    kShort = 3,
+    kLong = 4,
+    kRational = 5,
+    kSByte = 6,
+    kUndefined = 7,
+    kSShort = 8,
+    kSLong = 9,
+    kSRational = 10,
+    kFloat = 11,
+    kDouble = 12,
+};
+
+constexpr uint64_t kTypeSizes[] = {1, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8};
+constexpr uint64_t kFieldSize = 4;  // values up to here lie in the entry itself
+constexpr int kReserve = 256;       // of the print buffer, kept for the last element
+
+uint64_t type_size(uint32_t type) { return type <= kDouble ? kTypeSizes[type] : 1; }
+
+// Text in a print buffer.
+struct Output {
+    char *text;
+    int size;
+    int length = 0;
+
+    int room() const { return size - length; }
+};
+
+void append_ratio(Output &out, double numerator, double denominator) {
+    char *p = out.text + out.length;
+    const size_t room = static_cast<size_t>(out.room());
+    out.length += denominator == 0 ? std::snprintf(p, room, "NAN ")
+                                   : std::snprintf(p, room, "%1.5f ", numerator / denominator);
+}
+
+// Appends one element and returns it as a number, 0 for the types without one.
+uint32_t append_element(Output &out, uint32_t type, Bytes element, int big_endian) {
+    char *p = out.text + out.length;
+    const size_t room = static_cast<size_t>(out.room());
+    const auto as_signed = [](uint32_t v) { return static_cast<int32_t>(v); };
+    uint32_t value = 0;
+    switch (type) {
+        case kByte:
+            value = element[0];
+            out.length += std::snprintf(p, room, "%d ", as_signed(value));
+            break;
+        case kShort:
+            value = tiffuint16(element, big_endian);
+            out.length += std::snprintf(p, room, "%d ", as_signed(value));
+            break;
+        case kLong:
+            value = tiffuint32(element, big_endian);
+            out.length += std::snprintf(p, room, "%d ", as_signed(value));
+            break;
+        case kRational:
+            append_ratio(out, tiffuint32(element, big_endian), tiffuint32(element.from(4), big_endian));
+            break;
+        case kSByte:
+            value = static_cast<uint32_t>(static_cast<int8_t>(element[0]));
+            out.length += std::snprintf(p, room, "%d ", as_signed(value));
+            break;
+        case kUndefined:
+            value = element[0];
+            out.length += std::snprintf(p, room, "%02x ", value);
+            break;
+        // The signed integers and the floats are read little-endian in either kind of file.
+        case kSShort:
+            value = tiffuint16(element, 0);
+            out.length += std::snprintf(p, room, "%04x ", value);
+            break;
+        case kSLong:
+            value = tiffuint32(element, 0);
+            out.length += std::snprintf(p, room, "%d ", as_signed(value));
+            break;
+        case kSRational:
+            append_ratio(out, as_signed(tiffuint32(element, big_endian)),
+                         as_signed(tiffuint32(element.from(4), big_endian)));
+            break;
+        case kFloat:
+            out.length +=
+                std::snprintf(p, room, "%g ", static_cast<double>(float_of_bits(little32(element))));
+            break;
+        case kDouble: out.length += std::snprintf(p, room, "%g ", double_of_bits(little64(element))); break;
+        default: break;
+    }
+    return value;
+}
+
+// The value field as it stands in the file.
+Bytes field_bytes(uint8_t (&bytes)[kFieldSize], uint32_t value, int big_endian) {
+    for (unsigned i = 0; i < kFieldSize; i++) {
+        bytes[i] = static_cast<uint8_t>(value >> (8 * (big_endian ? kFieldSize - 1 - i : i)));
+    }
+    return Bytes(bytes, kFieldSize);
+}
+
+}  // namespace
+
+const char *tifftype(Bytes base, uint32_t type, uint32_t count, uint32_t value, int big_endian,
+                     uint32_t *first) {
+    uint32_t size = 0;
+    Output out{get_buffer(&size), static_cast<int>(size)};
+    out.text[0] = '\0';
+    *first = 0;
+    if (static_cast<int32_t>(count) <= 0) return out.text;
+    if (type == 0 || type > kDouble) return "?";
+
+    uint8_t field[kFieldSize];
+    const uint64_t element_size = type_size(type);
+    const bool inside = element_size * count <= kFieldSize;
+    const Bytes values = inside ? field_bytes(field, value, big_endian) : base.from(value);
+    if (type == kAscii) {
+        const Text text = text_at(values, 0, size);
+        std::snprintf(out.text, size, "'%.*s'", text.length, text.start);
+        return out.text;
+    }
+    for (uint32_t i = 0; i < count; i++) {
+        if (out.length >= out.size - kReserve) {
+            std::snprintf(out.text + out.length, static_cast<size_t>(out.room()), " (dump truncated)");
+            break;
+        }
+        const uint32_t number = append_element(out, type, values.from(i * element_size), big_endian);
+        if (i == 0) *first = number;
+    }
+    return out.text;
+}
