@@ -110,14 +110,8 @@ void FileImage::read_run(uint64_t block, uint64_t needed) {
 
     const uint64_t offset = block << shift_;
     const uint64_t wanted = std::min(run << shift_, size_ - offset);
-    uint64_t got = 0;
-    while (got < wanted && start_ + offset + got <= static_cast<uint64_t>(INT64_MAX)) {
-        const ssize_t n =
-            pread(fd_, data_ + offset + got, wanted - got, static_cast<off_t>(start_ + offset + got));
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) break;
-        got += static_cast<uint64_t>(n);
-    }
+    const uint64_t got =
+        start_ <= UINT64_MAX - offset ? read_at(fd_, start_ + offset, data_ + offset, wanted) : 0;
     bytes_read_ += got;
     std::fill(data_ + offset + got, data_ + offset + wanted, uint8_t{0});
     std::fill_n(present_ + block, run, uint8_t{1});
@@ -137,6 +131,18 @@ uint64_t file_size(int fd) {
 }
 
 uint64_t file_size(std::FILE *file) { return file_size(fileno(file)); }
+
+uint64_t read_at(int fd, uint64_t offset, void *data, uint64_t n) {
+    uint64_t got = 0;
+    while (got < n && offset + got <= static_cast<uint64_t>(INT64_MAX)) {
+        const ssize_t count =
+            pread(fd, static_cast<uint8_t *>(data) + got, n - got, static_cast<off_t>(offset + got));
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        got += static_cast<uint64_t>(count);
+    }
+    return got;
+}
 
 uint64_t read_fully(int fd, void *data, uint64_t n) {
     uint64_t got = 0;

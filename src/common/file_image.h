@@ -64,5 +64,8 @@ class FileImage {
 uint64_t file_size(int fd);
 uint64_t file_size(std::FILE *file);
 
+// Reads up to n bytes at an offset; the count read, less at the end of the file or at an error.
+uint64_t read_at(int fd, uint64_t offset, void *data, uint64_t n);
+
 // Reads up to n bytes from the current position, going on after short reads (pipes); the count read.
 uint64_t read_fully(int fd, void *data, uint64_t n);

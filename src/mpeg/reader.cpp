@@ -1,0 +1,168 @@
+#include "mpeg/reader.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "common/file_image.h"
+
+namespace {
+
+constexpr int64_t kSmallestRead = 4096;
+constexpr size_t kIdText = 25;
+constexpr size_t kTimeText = 32;
+
+// Makes the block hold the byte at the position; false beyond the end of the file.
+bool hold_position(mpeg_reader &reader) {
+    const int64_t behind = reader.block_start + reader.block_size;
+    if (reader.position >= reader.block_start && reader.position < behind) return true;
+    if (reader.position < 0) return false;
+    // What is read in sequence is read in larger and larger pieces.
+    const bool sequential = reader.block_size > 0 && reader.position == behind;
+    const int64_t wanted =
+        sequential ? std::min<int64_t>(reader.block_size * 2, sizeof reader.block) : kSmallestRead;
+    reader.block_start = reader.position;
+    reader.block_size =
+        static_cast<int64_t>(read_at(fileno(reader.file), static_cast<uint64_t>(reader.position),
+                                     reader.block, static_cast<uint64_t>(wanted)));
+    return reader.block_size > 0;
+}
+
+void load(mpeg_reader &reader) {
+    if (reader.ended) {
+        reader.current = 0;
+    } else if (hold_position(reader)) {
+        reader.current = reader.block[reader.position - reader.block_start];
+    } else {
+        reader.ended = true;
+        reader.current = -1;
+    }
+}
+
+void next_byte(mpeg_reader &reader) {
+    reader.position++;
+    reader.bit = 0;
+    load(reader);
+}
+
+}  // namespace
+
+void mpegbufferinit(mpeg_reader &reader, std::FILE *file, int64_t offset) {
+    reader.file = file;
+    reader.block_size = 0;
+    mpegseek(reader, offset);
+}
+
+bool mpegseek(mpeg_reader &reader, int64_t offset) {
+    reader.position = offset;
+    reader.bit = 0;
+    reader.ended = false;
+    load(reader);
+    return reader.ended;
+}
+
+uint32_t mpegbitpeek(const mpeg_reader &reader) {
+    return static_cast<uint32_t>(reader.current) >> (7 - reader.bit) & 1U;
+}
+
+uint32_t mpegbit(mpeg_reader &reader) { return mpegbits(reader, 1); }
+
+uint32_t mpegbits(mpeg_reader &reader, int count) {
+    uint32_t value = 0;
+    while (count > 0) {
+        const int left = 8 - reader.bit;
+        const int taken = std::min(left, count);
+        const uint32_t byte = static_cast<uint32_t>(reader.current) & 0xFF;
+        value = value << taken | (byte >> (left - taken) & ((1U << taken) - 1));
+        reader.bit += taken;
+        count -= taken;
+        if (reader.bit == 8) next_byte(reader);
+    }
+    return value;
+}
+
+bool mpegbytes(mpeg_reader &reader, int64_t count) {
+    if (reader.bit > 0) next_byte(reader);
+    if (count > 0) {
+        // As if byte after byte were loaded: the first one beyond the end is all ones, the others are zeros.
+        reader.position += count - 1;
+        if (!reader.ended && count > 1 && !hold_position(reader)) reader.ended = true;
+        next_byte(reader);
+    }
+    return reader.ended;
+}
+
+uint32_t markerbit(mpeg_reader &reader) {
+    const uint32_t bit = mpegbit(reader);
+    if (bit != 1) std::printf("Error marker bit not 1\n");
+    return bit;
+}
+
+uint32_t markerbits(mpeg_reader &reader, int count, uint32_t expected) {
+    const uint32_t bits = mpegbits(reader, count);
+    if (bits != expected) std::printf("Error marker bits not %d is %d\n", expected, bits);
+    return bits;
+}
+
+int64_t mpegoffset(const mpeg_reader &reader, int64_t n) { return reader.position + n; }
+bool mpegendoffile(const mpeg_reader &reader) { return reader.ended; }
+
+int mpegerror(const mpeg_reader &reader, const char *text) {
+    std::printf("ERROR:%08x:%s\n", static_cast<uint32_t>(reader.position), text);
+    return 4;
+}
+
+uint32_t mpegstreamid(mpeg_reader &reader, char *text, uint32_t id) {
+    const auto named = [&](const char *name) { std::snprintf(text, kIdText, "%s", name); };
+    bool has_length = true;
+    switch (id) {
+        case 0x00: named("picturedata"), has_length = false; break;
+        case 0xB0:
+        case 0xB1:
+        case 0xB6: std::snprintf(text, kIdText, "unknown-%02x", id); break;
+        case 0xB2: named("userdata"); break;
+        case 0xB3: named("sequenceheader"), has_length = false; break;
+        case 0xB4: named("sequenceerror"); break;
+        case 0xB5: named("extensionstart"), has_length = false; break;
+        case 0xB7: named("sequenceend"); break;
+        case 0xB8: named("groupofpictures"), has_length = false; break;
+        case 0xB9: named("dataend"), has_length = false; break;
+        case 0xBA: named("timing"), has_length = false; break;
+        case 0xBB: named("systemheader"); break;
+        case 0xBC: named("program_stream_map"); break;
+        case 0xBD: named("private_stream_1"); break;
+        case 0xBE: named("padding_stream"); break;
+        case 0xBF: named("private_stream_2"); break;
+        case 0xF0: named("ecm_stream"); break;
+        case 0xF1: named("emm_stream"); break;
+        case 0xF2: named("itu_h_222_stream"); break;
+        case 0xF3: named("iso_iec_13522_stream"); break;
+        case 0xF9: named("ancillary_stream"); break;
+        case 0xFF: named("program_directory_stream"); break;
+        default:
+            if (id <= 0xAF) {
+                std::snprintf(text, kIdText, "datastream%03d", id);
+            } else if (id <= 0xDF) {
+                std::snprintf(text, kIdText, "audiostream%d", id & 31);
+            } else if (id <= 0xEF) {
+                std::snprintf(text, kIdText, "videostream%d", id & 31);
+            } else if (id <= 0xF8) {
+                std::snprintf(text, kIdText, "itu_h_222_%c_stream", static_cast<char>('a' + (id - 0xF4)));
+            } else {
+                named("reserved_data_stream");
+            }
+    }
+    return has_length ? mpegbits(reader, 16) : 0;
+}
+
+void mpegsystemtime2string(char *text, double time) {
+    std::snprintf(text, kTimeText, "%02d:%02d:%02d:%06d", static_cast<int>(time / 3600000000.0),
+                  static_cast<int>(std::fmod(time / 60000000.0, 60)),
+                  static_cast<int>(std::fmod(time / 1000000.0, 60)),
+                  static_cast<int>(std::fmod(time, 1000000.0)));
+}
+
+ByteRun mpegrun(mpeg_reader &reader) {
+    if (reader.ended || !hold_position(reader)) return {nullptr, 0};
+    const int64_t at = reader.position - reader.block_start;
+    return {reader.block + at, reader.block_size - at};
+}

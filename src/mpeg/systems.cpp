@@ -1,0 +1,102 @@
+// Pack, system and program stream map headers after ISO/IEC 11172-1 and 13818-1.
+#include <algorithm>
+
+#include "mpeg/headers.h"
+
+namespace {
+
+constexpr double kClock = 90000;  // ticks a second of the system clock reference
+
+// Descriptor bytes as characters, 15 a line; the last line stays open.
+void print_characters(mpeg_reader &reader, uint32_t count) {
+    constexpr uint32_t kColumns = 15;
+    std::printf(" info:            '");
+    for (uint32_t i = 1; i <= count && !mpegendoffile(reader); i++) {
+        std::printf("%c", static_cast<char>(mpegbits(reader, 8)));
+        if (i % kColumns == 0) std::printf("'\n                  '");
+    }
+}
+
+}  // namespace
+
+Status print_pack_header(const DumpOptions &opts, mpeg_reader &reader, double &system_time, char *text) {
+    const uint32_t mode = mpegbits(reader, 2);
+    if (mode == 0) {
+        std::printf(" mpeg 1 ?\n");
+        mpegbytes(reader, 7);
+        return Status::go_on;
+    }
+    if (mode != 1) {
+        std::printf("mode == %d ?\n", mode);
+        return Status::go_on;
+    }
+    uint64_t base = mpegbits(reader, 3);
+    for (int part = 0; part < 2; part++) {
+        markerbit(reader);
+        base = base << 15 | mpegbits(reader, 15);
+    }
+    const double seconds = static_cast<double>(base) / kClock;
+    system_time = seconds * 1000000;
+    mpegsystemtime2string(text, system_time);
+    const bool shown = opts.verbose > 1;
+    if (shown) std::printf(" systemclock:     %s - %1.6f\n", text, seconds);
+    markerbit(reader);
+    const uint32_t extension = mpegbits(reader, 9);
+    if (shown) std::printf(" bits :           %d\n", extension);
+    markerbit(reader);
+    const uint32_t rate = mpegbits(reader, 22);
+    if (shown) std::printf(" muxrate:         %d bytes/s\n", static_cast<int32_t>(rate * 50));
+    markerbit(reader);
+    markerbit(reader);
+    mpegbits(reader, 5);
+    const uint32_t stuffing = mpegbits(reader, 3);
+    if (shown) std::printf(" packbytes:       %d\n", stuffing);
+    mpegbytes(reader, stuffing);
+    return Status::go_on;
+}
+
+Status print_system_header(mpeg_reader &reader) {
+    if (!mpegbitpeek(reader)) return Status::go_on;
+    markerbit(reader);
+    print_bits(reader, " ratebound:       ", 22);
+    markerbit(reader);
+    print_bits(reader, " audiobound:      ", 6);
+    print_bits(reader, " fixedflag:       ", 1);
+    print_bits(reader, " cspsflag:        ", 1);
+    print_bits(reader, " audiolocked:     ", 1);
+    print_bits(reader, " videolocked:     ", 1);
+    markerbit(reader);
+    print_bits(reader, " videobound:      ", 5);
+    print_bits(reader, " privaterate:     ", 1);
+    print_bits(reader, " reserved:        ", 7);
+    while (mpegbitpeek(reader)) {
+        std::printf(" streamid:        %02x\n", mpegbits(reader, 8));
+        markerbit(reader);
+        markerbit(reader);
+        print_bits(reader, " bound:           ", 1);
+        print_bits(reader, " bufferzone:      ", 13);
+    }
+    return Status::go_on;
+}
+
+Status print_program_stream_map(mpeg_reader &reader) {
+    print_bits(reader, " nextindicator:   ", 1);
+    mpegbits(reader, 2);
+    print_bits(reader, " version:         ", 5);
+    mpegbits(reader, 7);
+    markerbit(reader);
+    const uint32_t info = print_bits(reader, " infolength:      ", 16);
+    print_characters(reader, info);
+    std::printf("'\n");
+    const uint32_t map = print_bits(reader, " infolength:      ", 16);
+    for (uint32_t used = 0; used < map && !mpegendoffile(reader);) {
+        print_bits(reader, " stream_type:     ", 8);
+        std::printf(" stream_id:       %02x\n", mpegbits(reader, 8));
+        const uint32_t length = print_bits(reader, " infolength:      ", 16);
+        print_characters(reader, length);
+        used += 4 + length;
+    }
+    if (map) std::printf("'\n");
+    std::printf(" CRC32:            %08x\n", mpegbits(reader, 32));
+    return Status::go_on;
+}
