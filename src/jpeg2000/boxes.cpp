@@ -1,0 +1,137 @@
+// JP2 boxes (ISO/IEC 15444-1, annex I).
+#include <algorithm>
+#include <cstdio>
+
+#include "common/file_image.h"
+#include "common/hexrow.h"
+#include "jpeg2000/codestream.h"
+#include "jpeg2000/jpeg2000.h"
+
+namespace {
+
+constexpr uint64_t kHeaderSize = 8;
+constexpr int kMaxDepth = 64;
+
+constexpr uint32_t kSignatureBox = 0x6A502020;    // "jP  "
+constexpr uint32_t kFileTypeBox = 0x66747970;     // "ftyp"
+constexpr uint32_t kHeaderBox = 0x6A703268;       // "jp2h"
+constexpr uint32_t kImageHeaderBox = 0x69686472;  // "ihdr"
+constexpr uint32_t kCodestreamBox = 0x6A703263;   // "jp2c"
+
+constexpr uint32_t kEndOfCodestream = 0xD9;
+
+struct Box {
+    uint64_t offset;
+    uint64_t length;
+    uint32_t type;
+};
+
+void print_characters(const char *label, Bytes text) {
+    std::printf("%s'%c%c%c%c'\n", label, text[0], text[1], text[2], text[3]);
+}
+
+void print_file_type(Bytes buf, const Box &box) {
+    print_characters(" Brand       ", buf.from(box.offset + 8));
+    std::printf(" Version     %d\n", static_cast<int32_t>(jp2_getint32(buf, box.offset + 12)));
+    const int32_t entries = (static_cast<int32_t>(box.length) - 16) / 4;
+    for (int32_t i = 0; i < entries; i++) {
+        const uint64_t at = box.offset + 16 + 4 * static_cast<uint64_t>(i);
+        if (at >= buf.size()) return;
+        print_characters(" Compability ", buf.from(at));
+    }
+}
+
+void print_compression_type(uint32_t type) {
+    switch (type) {
+        case 4: std::printf("  compression JBIG\n"); break;
+        case 5: std::printf("  compression JPEG\n"); break;
+        case 6: std::printf("  compression JPEG-LS\n"); break;
+        case 7: std::printf("  compression JPEG2000\n"); break;
+        default: std::printf("  compression %d/Unknown\n", type);
+    }
+}
+
+void print_image_header(Bytes buf, const Box &box) {
+    const Bytes b = buf.from(box.offset);
+    std::printf("  ysize       %d\n", static_cast<int32_t>(jp2_getint32(b, 8)));
+    std::printf("  xsize       %d\n", static_cast<int32_t>(jp2_getint32(b, 12)));
+    std::printf("  components  %d\n", jp2_getint16(b, 16));
+    std::printf("  compression %d\n", jp2_getint8(b, 18));
+    print_compression_type(jp2_getint8(b, 19));
+    std::printf("  compression %d\n", jp2_getint8(b, 20));
+    std::printf("  ip          %d\n", jp2_getint8(b, 21));
+}
+
+void print_codestream(Bytes buf, const Box &box, int depth) {
+    const uint64_t end = box.offset + box.length;
+    begin_codestream();
+    for (uint64_t p = box.offset + kHeaderSize; p < end && buf[p] == 0xFF;) {
+        const uint32_t code = buf[p + 1];
+        const uint64_t size = jp2ffentry(buf, p, depth + 1, end);
+        if (code == kEndOfCodestream || size == 0) break;
+        p += size;
+    }
+    std::printf(" - no valid codestream data available anymore\n");
+}
+
+uint64_t jp2entry(Bytes buf, uint64_t offset, int depth, uint64_t room);
+
+// The boxes inside a superbox, up to as many bytes as its length says without its header: the box behind it
+// is listed with them. Returns the bytes to the next box of the container.
+uint64_t print_superbox(Bytes buf, const Box &box, int depth) {
+    uint64_t taken = 0;
+    while (taken < box.length && box.offset + kHeaderSize + taken < buf.size()) {
+        const uint64_t size = jp2entry(buf, box.offset + kHeaderSize + taken, depth + 1, box.length - taken);
+        if (size == 0) return std::max(box.length, taken + kHeaderSize);
+        taken += size;
+    }
+    return taken + kHeaderSize;
+}
+
+// Prints the box at an offset; returns the bytes to the next box of its container, 0 when a length below a
+// box header's ends the container.
+uint64_t jp2entry(Bytes buf, uint64_t offset, int depth, uint64_t room) {
+    const uint32_t lbox = jp2_getint32(buf, offset);
+    const Box box{offset, lbox ? lbox : room, jp2_getint32(buf, offset + 4)};
+    std::printf("%*s%08x: %c%c%c%c %08x/%d\n", depth, "", static_cast<uint32_t>(offset), buf[offset + 4],
+                buf[offset + 5], buf[offset + 6], buf[offset + 7], box.type,
+                static_cast<int32_t>(box.length));
+    if (lbox > 0 && lbox < kHeaderSize) return 0;
+    switch (box.type) {
+        case kSignatureBox: break;
+        case kFileTypeBox: print_file_type(buf, box); break;
+        case kImageHeaderBox: print_image_header(buf, box); break;
+        case kCodestreamBox: print_codestream(buf, box, depth); break;
+        case kHeaderBox:
+            if (depth < kMaxDepth) return print_superbox(buf, box, depth);
+            break;
+        default: std::printf(" unknown box type \n");
+    }
+    return box.length;
+}
+
+}  // namespace
+
+void jp2_hexdump(Bytes buf, uint64_t offset, uint64_t length) {
+    constexpr uint64_t kMaxBytes = 32;
+    constexpr HexRow kRow{.columns = 8, .gap = " - ", .after_character = " "};
+    LineBuffer out;
+    put_hexrows(out, buf.sub(offset, std::min(length, kMaxBytes)), kRow, [](LineBuffer &, uint64_t) {});
+}
+
+void jp2dump(DumpOptions &, std::FILE *file) {
+    FileImage image(file);
+    if (!image.ok()) {
+        std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
+        return;
+    }
+    const Bytes buf = image.bytes();
+    std::printf("Fileformat:JP2\n");
+    uint64_t offset = 0;
+    while (offset < buf.size()) {
+        const uint64_t size = jp2entry(buf, offset, 0, buf.size() - offset);
+        if (size == 0) return;
+        offset += size;
+    }
+    if (offset > buf.size()) std::printf("ERROR during decoding\n");
+}

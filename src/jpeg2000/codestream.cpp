@@ -1,0 +1,230 @@
+// The walk over the markers of a codestream, with the checks of their places.
+#include "jpeg2000/codestream.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include "common/file_image.h"
+#include "jpeg2000/jpeg2000.h"
+
+namespace {
+
+// Places in the codestream, as bits so that a marker's allowed places are a mask.
+constexpr uint32_t kBeforeStart = 0;
+constexpr uint32_t kMainHeader = 1;
+constexpr uint32_t kTilePartHeader = 2;
+constexpr uint32_t kTileData = 4;
+constexpr uint32_t kAfterEnd = 8;
+constexpr uint32_t kAnyHeader = kMainHeader | kTilePartHeader;
+
+constexpr uint64_t kMarkerSize = 2;
+constexpr uint64_t kPrefixSize = 16;
+constexpr uint64_t kSearchLimit = 16 * 1024 * 1024;  // of the search for a tile-part's start
+constexpr uint32_t kEndOfCodestream = 0xD9;
+
+CodestreamState codestream;
+
+struct Marker {
+    uint32_t code;
+    const char *title;    // between the offset and the size
+    const char *rest;     // behind the size
+    uint32_t allowed;     // places; 0: anywhere (SOT: see check_marker)
+    const char *failure;  // name in the message
+};
+
+// Segments whose line is "%08x: NAME/%d - text".
+constexpr Marker kMarkers[] = {
+    {0x51, "SIZ", "Image and Size", kMainHeader, "SIZ"},
+    {0x52, "COD", "Coding style default", kAnyHeader, "COD"},
+    {0x53, "COC", "Coding style component", kAnyHeader, "COC"},
+    {0x55, "TLM", "tilepart length - main header", kMainHeader, "TLM"},
+    {0x57, "PLM", "packet length - main header", 0, nullptr},
+    {0x58, "PLT", "packet length - tile part header", kTilePartHeader, "PLT"},
+    {0x5C, "QCD", "Quantization default", kAnyHeader, "QCD"},
+    {0x5D, "QCC", "Quantization component", kAnyHeader, "QCC"},
+    {0x5E, "RGB", "Region of interest", kAnyHeader, "RGN"},
+    {0x5F, "POC", "Progression order change", kAnyHeader, "POC"},
+    {0x60, "PPM", "packed packet header - main header", kMainHeader, "PPM"},
+    {0x61, "PPT", "packed packet header - tile part header", kTilePartHeader, "PPT"},
+    {0x64, "CME", "Comment and extension", kAnyHeader, "CME"},
+    {0x90, "SOT", "Start of tile-part", 0, "SOT"},
+};
+
+void check_place(uint32_t allowed, const char *name) {
+    if (codestream.cs_state & allowed) return;
+    std::printf(" - failure !!! %s marker is not allowed at this position\n", name);
+}
+
+bool is_valid_code(uint32_t code) {
+    return (code >= 0x4F && code <= 0x6F) || code == 0x79 || (code >= 0x90 && code <= 0x93) ||
+           code == kEndOfCodestream;
+}
+
+void print_sot(const Segment &s) {
+    std::printf(" tile %d\n", s.u16(4));
+    std::printf(" over all length %d\n", static_cast<int32_t>(s.u32(6)));
+    std::printf(" tilepart %d of %d tileparts\n", s.u8(10) + 1, s.u8(11));
+}
+
+void print_fields(uint32_t code, const Segment &segment) {
+    switch (code) {
+        case 0x51: print_siz(codestream, segment); break;
+        case 0x52: print_cod(codestream, segment); break;
+        case 0x53: print_coc(codestream, segment); break;
+        case 0x55: print_tlm(segment); break;
+        case 0x5C: print_qcd(segment); break;
+        case 0x5D: print_qcc(codestream, segment); break;
+        case 0x5F: print_poc(codestream, segment); break;
+        case 0x64: print_cme(segment); break;
+        case 0x90: print_sot(segment); break;
+        default: break;
+    }
+}
+
+// These say where they may not stand before their fields.
+bool is_checked_first(uint32_t code) { return code == 0x5C || code == 0x5D || code == 0x5F; }
+
+void check_marker(const Marker &marker) {
+    if (marker.code == 0x90) {
+        if (codestream.cs_state == kTilePartHeader) check_place(0, marker.failure);
+    } else if (marker.allowed) {
+        check_place(marker.allowed, marker.failure);
+    }
+}
+
+void print_segment(const Marker &marker, const Segment &segment) {
+    std::printf("%08x: %s/%d - %s\n", static_cast<uint32_t>(segment.offset), marker.title,
+                static_cast<int>(segment.size), marker.rest);
+    if (is_checked_first(marker.code)) check_marker(marker);
+    print_fields(marker.code, segment);
+    if (!is_checked_first(marker.code)) check_marker(marker);
+    if (marker.code == 0x90) {
+        codestream.cs_state = kTilePartHeader;
+        codestream.last_sot = segment.offset;
+    }
+    jp2_hexdump(segment.buf, segment.offset, segment.size);
+}
+
+// Offset of the SOT marker nearest before an offset, from 1 on; 0 for none. The bytes FF 90 count wherever
+// they stand, but the search goes back no further than to the last SOT of the walk or over 16 MiB.
+uint64_t find_sot(Bytes buf, uint64_t offset) {
+    const uint64_t last = codestream.last_sot < offset ? codestream.last_sot : 0;
+    const uint64_t reach = offset > kSearchLimit ? offset - kSearchLimit : 0;
+    const uint64_t lowest = std::max<uint64_t>({last, reach, 1});
+    for (uint64_t t = offset; t >= lowest; t--) {
+        if (buf[t] == 0xFF && buf[t + 1] == 0x90) return t;
+    }
+    return last;
+}
+
+// Bytes from the SOD marker to the end of its tile-part.
+uint64_t print_sod(Bytes buf, uint64_t offset, uint64_t end) {
+    std::printf("%08x: SOD/%d - Start of data\n", static_cast<uint32_t>(offset),
+                static_cast<int>(kMarkerSize));
+    const uint64_t sot = offset ? find_sot(buf, offset) : 0;
+    if (sot == 0) {
+        std::printf("found no SOT before the SOD marker\n");
+        return end;
+    }
+    const uint64_t tile_part = jp2_getint32(buf, sot + 6);
+    const uint64_t header = offset - sot;
+    uint64_t size = tile_part >= header ? tile_part - header : end;
+    if (tile_part == 0) {
+        std::printf(" - End of tile undefined\n");
+        size = end > offset + kMarkerSize ? end - offset - kMarkerSize : 0;
+    }
+    check_place(kTilePartHeader, "SOD");
+    codestream.cs_state = kTileData;
+    return size;
+}
+
+// Markers without a segment, or without its fields.
+uint64_t print_delimiter(Bytes buf, uint64_t offset, uint32_t code, uint64_t size) {
+    const uint32_t at = static_cast<uint32_t>(offset);
+    switch (code) {
+        case 0x4F:
+            std::printf("%08x: SOC/%d - Start of codestream\n", at, static_cast<int>(kMarkerSize));
+            if (codestream.cs_state != kBeforeStart) {
+                std::printf(" - failure !!! This marker is mot allowed in this Position !!!\n");
+            }
+            codestream.cs_state = kMainHeader;
+            return kMarkerSize;
+        case 0x91:
+            // The line shows the size and the packet's number.
+            std::printf("%08x: SOP/%d - start of packet header \n", static_cast<uint32_t>(size),
+                        jp2_getint16(buf, offset + 4) + 1);
+            check_place(kTileData, "SOP");
+            return size;
+        case 0x92:
+            std::printf("%08x: EPH/%d - end of packet header\n", at, static_cast<int>(kMarkerSize));
+            check_place(kTileData, "EPH");
+            return kMarkerSize;
+        default:
+            std::printf("%08x: EOC/%d - End of codestream\n", at, static_cast<int>(kMarkerSize));
+            if (codestream.cs_state != kTileData) check_place(0, "EOC");
+            codestream.cs_state = kAfterEnd;
+            return kMarkerSize;
+    }
+}
+
+}  // namespace
+
+void begin_codestream() {
+    codestream.cs_state = kBeforeStart;
+    codestream.last_sot = 0;
+}
+
+uint64_t jp2ffentry(Bytes buf, uint64_t offset, int, uint64_t end) {
+    const uint32_t at = static_cast<uint32_t>(offset);
+    const uint32_t code = buf[offset + 1];
+    if (buf[offset] != 0xFF) {
+        std::printf("%08x: Expected 0xff, got %02x\n", at, buf[offset]);
+        return end;
+    }
+    if (!is_valid_code(code)) {
+        std::printf("%08x: invalid marker code %02x\n", at, code);
+        return end;
+    }
+    const uint64_t size = kMarkerSize + jp2_getint16(buf, offset + 2);
+    if (code == 0x93) return print_sod(buf, offset, end);
+    if (code == 0x4F || code == 0x91 || code == 0x92 || code == kEndOfCodestream) {
+        return print_delimiter(buf, offset, code, size);
+    }
+    const auto *marker = std::find_if(std::begin(kMarkers), std::end(kMarkers),
+                                      [&](const Marker &m) { return m.code == code; });
+    if (marker != std::end(kMarkers)) {
+        print_segment(*marker, {buf, offset, size});
+        return size;
+    }
+    if (code == 0x79) {
+        std::printf("%08x: ??? / %d - \n", at, static_cast<int>(size));
+    } else {
+        std::printf("%08x: %08x: 0xff%02x Unknown marker /%d \n", at, code, code, static_cast<int>(size));
+    }
+    jp2_hexdump(buf, offset, size);
+    return size;
+}
+
+void jpcdump(DumpOptions &, std::FILE *file, int skip_prefix) {
+    FileImage image(file);
+    if (!image.ok()) {
+        std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
+        return;
+    }
+    const Bytes buf = image.bytes();
+    std::printf("Fileformat: unwrapped JPEG2000 codestream \n");
+    begin_codestream();
+    uint64_t p = skip_prefix ? kPrefixSize : 0;
+    while (p < buf.size() && buf[p] == 0xFF) {
+        const uint64_t size = jp2ffentry(buf, p, 0, buf.size());
+        if (size == 0) break;
+        p += size;
+        if (buf[p] < 0xFF) {
+            std::printf("%08x: Expected to get 0xff, got %02x\n", static_cast<uint32_t>(p), buf[p]);
+        } else if (buf[p + 1] == kEndOfCodestream) {
+            std::printf("%08x: EOF/2 - End of file\n", static_cast<uint32_t>(p));
+            break;
+        }
+    }
+    if (p > buf.size()) std::printf("ERROR during decoding\n");
+}

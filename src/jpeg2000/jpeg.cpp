@@ -1,0 +1,185 @@
+// JPEG markers (ISO/IEC 10918-1) with JFIF and EXIF segments.
+#include <algorithm>
+#include <cstdio>
+
+#include "common/file_image.h"
+#include "common/names.h"
+#include "common/values.h"
+#include "jpeg2000/codestream.h"
+#include "jpeg2000/jpeg2000.h"
+#include "tiff/tiff.h"
+
+namespace {
+
+constexpr uint64_t kMarkerSize = 2;
+
+// Segments of which nothing but a title, if that, is known.
+struct Title {
+    uint32_t code;
+    const char *name;
+    const char *line;  // behind the header line
+};
+constexpr Title kTitles[] = {
+    {0xC4, "DHT", " huffmann table\n"},
+    {0xC8, "JPG", ""},
+    {0xCC, "DAC", ""},
+    {0xDB, "DQT", " quantization table\n"},
+    {0xDC, "DNL", ""},
+    {0xDD, "DRI", ""},
+    {0xDE, "DHP", ""},
+    {0xDF, "EXP", ""},
+    {0xFE, "COM", ""},
+};
+
+void print_header(uint64_t offset, const char *name, uint32_t code, uint64_t size) {
+    std::printf("%08x: %s/%02x %d\n", static_cast<uint32_t>(offset), name, code, static_cast<int>(size));
+}
+
+void print_numbered_header(uint64_t offset, const char *name, uint32_t number, uint32_t code, uint64_t size) {
+    std::printf("%08x: %s%d/%02x %d\n", static_cast<uint32_t>(offset), name, number, code,
+                static_cast<int>(size));
+}
+
+void print_frame(Bytes segment) {
+    const uint32_t components = segment[9];
+    std::printf(" precision  %d\n", segment[4]);
+    std::printf(" ysize      %d\n", big16(segment, 5));
+    std::printf(" xsize      %d\n", big16(segment, 7));
+    std::printf(" components %d\n", components);
+    for (uint32_t i = 0; i < components; i++) {
+        const Bytes c = segment.from(10 + uint64_t{3} * i);
+        std::printf(" component%d\n", i);
+        std::printf("  id        %d\n", c[0]);
+        std::printf("  sampling  %d %d\n", c[1] >> 4, c[1] & 15);
+        std::printf("  tableno   %d\n", c[2]);
+    }
+}
+
+void print_scan(Bytes segment) {
+    const uint32_t components = segment[4];
+    std::printf(" components %d\n", components);
+    for (uint32_t i = 0; i < components; i++) {
+        const Bytes c = segment.from(5 + uint64_t{2} * i);
+        std::printf(" component%d\n", i);
+        std::printf("  index     %d\n", c[0]);
+        std::printf("  ac/dc     %d/%d\n", c[1] >> 4, c[1] & 15);
+    }
+    const Bytes rest = segment.from(5 + uint64_t{2} * components);
+    std::printf(" ss         %d\n", rest[0]);
+    std::printf(" se         %d\n", rest[1]);
+    std::printf(" a          %d %d\n", rest[2] >> 4, rest[2] & 15);
+}
+
+void print_jfif(Bytes segment) {
+    constexpr const char *kUnits[] = {"none", "inch", "cm"};
+    std::printf(" version    %d.%d\n", segment[9], segment[10]);
+    if (const char *unit = name_at(kUnits, segment[11], nullptr)) {
+        std::printf(" units      %s\n", unit);
+    } else {
+        std::printf(" units      %02x - unknown\n", segment[11]);
+    }
+    std::printf(" xdpy       %d\n", big16(segment, 12));
+    std::printf(" ydpy       %d\n", big16(segment, 14));
+    std::printf(" thumbnailx %d\n", segment[16]);
+    std::printf(" thumbnaily %d\n", segment[17]);
+}
+
+// The TIFF structure of an EXIF segment.
+void print_exif(DumpOptions &opts, Bytes tiff) {
+    const bool little_endian = tiff[0] == 'I' && tiff[2] == '*';
+    const bool big_endian = tiff[0] == 'M' && tiff[3] == '*';
+    if (little_endian || big_endian) {
+        tiffdumpifd(opts, tiff, tiffuint32(tiff.from(4), big_endian), big_endian);
+    } else {
+        std::printf(" Unknown type\n");
+    }
+}
+
+void print_application(DumpOptions &opts, Bytes segment, uint64_t size) {
+    constexpr uint64_t kIdentifier = 4;
+    const Text id = text_at(segment, kIdentifier, size > kIdentifier ? size - kIdentifier : 0);
+    const uint64_t length = static_cast<uint64_t>(id.length);
+    std::printf(" blockid    ");
+    for (uint64_t i = 0; i < length; i++) std::printf("%02x", segment[kIdentifier + i]);
+    std::printf(" '");
+    for (uint64_t i = 0; i < length; i++) std::printf("%c", tiffchar(segment[kIdentifier + i]));
+    std::printf("'\n");
+    if (bytes_are(segment, kIdentifier, "JFIF\0")) {
+        print_jfif(segment);
+    } else if (bytes_are(segment, kIdentifier, "Exif\0")) {
+        print_exif(opts, segment.from(kIdentifier + length + 2));
+    } else {
+        std::printf(" Unknown type\n");
+    }
+}
+
+// Prints the header line and the fields of a segment; returns the bytes to the next one, 0 behind the scan.
+uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint32_t code, uint64_t size) {
+    const Bytes segment = buf.from(offset);
+    if (const auto *title = std::find_if(std::begin(kTitles), std::end(kTitles),
+                                         [&](const Title &t) { return t.code == code; });
+        title != std::end(kTitles)) {
+        print_header(offset, title->name, code, size);
+        std::printf("%s", title->line);
+        return size;
+    }
+    if (code >= 0xC0 && code <= 0xCF) {
+        print_numbered_header(offset, "SOF", code - 0xC0, code, size);
+        print_frame(segment);
+        return size;
+    }
+    if (code >= 0xD0 && code <= 0xD7) {
+        print_header(offset, "RST", code, size);
+        return size;
+    }
+    if (code >= 0xE0 && code <= 0xEF) {
+        print_numbered_header(offset, "APP", code - 0xE0, code, size);
+        print_application(opts, segment, size);
+        return size;
+    }
+    switch (code) {
+        case 0xD8: print_header(offset, "SOI", code, kMarkerSize); return kMarkerSize;
+        case 0xD9: print_header(offset, "EOI", code, kMarkerSize); return kMarkerSize;
+        case 0xDA:
+            print_header(offset, "SOS", code, size);
+            print_scan(segment);
+            return 0;
+        case 0xF0:
+        case 0xFD: print_numbered_header(offset, "JPG", code - 0xF0, code, size); return size;
+        default:
+            std::printf("%08x: %08x: 0xff%02x Unknown marker /%d \n", static_cast<uint32_t>(offset), code,
+                        code, static_cast<int>(size));
+            return size;
+    }
+}
+
+uint64_t jpegentry(DumpOptions &opts, Bytes buf, uint64_t offset) {
+    if (buf[offset] != 0xFF) {
+        std::printf("%08x:  Expected to find 0xff, found 0x%02x\n:", static_cast<uint32_t>(offset),
+                    buf[offset]);
+        return 0;
+    }
+    const uint64_t size = kMarkerSize + big16(buf, offset + 2);
+    const uint64_t result = print_segment(opts, buf, offset, buf[offset + 1], size);
+    if (opts.verbose) jp2_hexdump(buf, offset, result);
+    return result;
+}
+
+}  // namespace
+
+void jpgdump(DumpOptions &opts, std::FILE *file) {
+    FileImage image(file);
+    if (!image.ok()) {
+        std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
+        return;
+    }
+    const Bytes buf = image.bytes();
+    std::printf("Fileformat:JPEG\n");
+    uint64_t offset = 0;
+    while (offset < buf.size()) {
+        const uint64_t size = jpegentry(opts, buf, offset);
+        if (size == 0) break;
+        offset += size;
+    }
+    if (offset > buf.size()) std::printf("ERROR during decoding\n");
+}
