@@ -1,0 +1,102 @@
+// The walk over the packets of a GXF file (SMPTE 360M).
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+
+#include "common/file_image.h"
+#include "gxf/gxf.h"
+#include "gxf/packets.h"
+#include "gxf/values.h"
+
+namespace {
+
+constexpr uint64_t kHeaderSize = 16;
+constexpr uint32_t kBlock = 512;  // a packet's header and media preamble in one small read
+
+enum class Kind { none, map, media, end_of_stream, field_locator, umf };
+
+struct Packet {
+    uint32_t length = 0;  // in bytes with the header; 0: no packet
+    const char *name = "?";
+    Kind kind = Kind::none;
+};
+
+struct PacketType {
+    uint8_t type;
+    Kind kind;
+    const char *name;
+};
+
+constexpr PacketType kPacketTypes[] = {
+    {0xBC, Kind::map, "map"},
+    {0xBF, Kind::media, "media"},
+    {0xFA, Kind::map, "reserved"},
+    {0xFB, Kind::end_of_stream, "end of stream"},
+    {0xFC, Kind::field_locator, "field locator table"},
+    {0xFD, Kind::umf, "UMF Packet"},
+    {0xFE, Kind::map, "reserved"},
+    {0xFF, Kind::map, "reserved"},
+};
+
+const PacketType *find_type(uint8_t type) {
+    const auto row = std::ranges::find(kPacketTypes, type, &PacketType::type);
+    return row == std::end(kPacketTypes) ? nullptr : row;
+}
+
+// The packet whose header stands at an offset; a message and a length of 0 when there is none.
+Packet gxftag(std::FILE *file, uint64_t offset, Bytes header) {
+    if (lseek(fileno(file), static_cast<off_t>(offset), SEEK_SET) < 0) {
+        std::printf("gxftag: fseek error\n");
+        return {};
+    }
+    if (header.empty()) {
+        std::printf("gxftag: fread error\n");
+        return {};
+    }
+    const PacketType *type = find_type(header[5]);
+    if (!bytes_are(header, 0, "\0\0\0\0\x01") || !bytes_are(header, 10, "\0\0\0\0\xE1\xE2") || !type) {
+        std::printf("gxftag: Format wrong\n");
+        return {};
+    }
+    return {gxfuint32(header, 6, false), type->name, type->kind};
+}
+
+void dump_payload(Kind kind, Bytes rest, int64_t size, UmfCollection &umf) {
+    switch (kind) {
+        case Kind::map: gxfmap(rest, size); break;
+        case Kind::media: gxfmedia(rest, size); break;
+        case Kind::field_locator: gxflocator(rest, size); break;
+        case Kind::umf: gxfumfpacket(rest, umf); break;
+        case Kind::none:
+        case Kind::end_of_stream: break;
+    }
+}
+
+}  // namespace
+
+bool payload_of(Bytes rest, int64_t size, Bytes &payload) {
+    if (size < 0) return false;
+    const uint64_t wanted = std::min(static_cast<uint64_t>(size), kPayloadRead);
+    payload = rest.sub(0, wanted);
+    return payload.size() == wanted;
+}
+
+void gxfdump(DumpOptions &, std::FILE *file) {
+    std::printf("Fileformat:GXF\n");
+    const uint64_t end = file_size(file);
+    FileImage window(file, 0, kHeaderSize + kPayloadRead, kBlock);
+    UmfCollection umf;
+    for (uint64_t position = 0;;) {
+        window.move_to(position);
+        const Bytes rest = window.bytes().sub(0, end - std::min(position, end));
+        const Packet packet = gxftag(file, position, rest.sub(0, kHeaderSize));
+        if (packet.length == 0) return;
+        std::printf("%08x %s %d\n", static_cast<uint32_t>(position), packet.name,
+                    static_cast<int32_t>(packet.length));
+        const int64_t size = int64_t{packet.length} - int64_t{kHeaderSize};
+        dump_payload(packet.kind, rest.from(kHeaderSize), size, umf);
+        if (packet.kind == Kind::end_of_stream) return;
+        position += packet.length;
+    }
+}

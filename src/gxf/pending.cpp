@@ -1,3 +1,0 @@
-#include "gxf/gxf.h"
-
-void gxfdump(DumpOptions &, std::FILE *) {}

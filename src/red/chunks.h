@@ -1,0 +1,43 @@
+// The chunks of an R3D file: a 32-bit size, which counts these 8 bytes, and a type of 4 characters, then the
+// payload.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+
+#include "common/bytes.h"
+#include "common/file_image.h"
+#include "main/dump_options.h"
+
+constexpr uint32_t kChunkHeader = 8;
+
+struct RedChunk {
+    uint64_t position;
+    uint32_t size;
+    Bytes held;  // from the chunk's first byte on, as far as the walk looks at a chunk
+
+    uint32_t offset() const { return static_cast<uint32_t>(position); }  // as lines show it
+    uint32_t payload_held() const { return static_cast<uint32_t>(held.size()) - kChunkHeader; }
+};
+
+// Reads chunk after chunk, of each only what is looked at.
+class ChunkReader {
+ public:
+    // `most`: payload bytes that a walk looks at.
+    ChunkReader(std::FILE *file, uint32_t most);
+
+    // The header at a position; false when the file holds no whole one.
+    bool read_header(uint64_t position, RedChunk &chunk);
+    // Extends `held` by the payload; false when the file ends in what is to be looked at.
+    bool read_payload(RedChunk &chunk);
+
+ private:
+    uint64_t end_;
+    uint32_t most_;
+    FileImage window_;
+};
+
+// Prints the metadata records of a header or frame chunk. A block's records begin where the first record of
+// a run, 15 bytes long with type 0x10 and id 0, is found in its first 256 bytes. `size` is the chunk's size.
+// Records are printed from verbosity 1 on, the timecodes among them always.
+void redinfodump(const DumpOptions &opts, Bytes block, uint32_t size);

@@ -1,0 +1,177 @@
+// Version 1 files: chunks one behind the other, with tables that repeat the offset and size of every frame
+// and audio packet.
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <vector>
+
+#include "red/chunks.h"
+#include "red/red.h"
+#include "red/values.h"
+
+namespace {
+
+constexpr uint32_t kPayloadRead = 16384;
+constexpr size_t kRemembered = 8192;  // frames and packets that the tables are compared with
+constexpr uint32_t kHexDumped = 4096;
+constexpr unsigned kFramesShown = 9;    // without -v
+constexpr unsigned kPacketsShown = 10;  // without -v
+
+struct Place {
+    uint32_t size;
+    uint32_t offset;
+};
+
+// The video frames or the audio packets that the walk has passed.
+struct Track {
+    unsigned seen = 0;
+    std::vector<Place> places;
+
+    void add(const RedChunk &chunk) {
+        if (seen < kRemembered) places.push_back({chunk.size, chunk.offset()});
+        seen++;
+    }
+};
+
+struct Walk {
+    const DumpOptions &opts;
+    Track frames = {};
+    Track packets = {};
+    bool frame_offsets = false;
+    bool frame_sizes = false;
+    bool packet_offsets = false;
+    bool packet_sizes = false;
+    bool end_marker = false;
+};
+
+bool is_type(const RedChunk &chunk, const char (&type)[5]) { return bytes_are(chunk.held, 4, type); }
+
+void print_header(Bytes chunk) {
+    std::printf(" xsize    %d\n", static_cast<int32_t>(red32(chunk, 52)));
+    std::printf(" ysize    %d\n", static_cast<int32_t>(red32(chunk, 56)));
+    std::printf(" fps      %d/%d\n", static_cast<int32_t>(red32(chunk, 60)), red16(chunk, 64));
+}
+
+void print_frame(Walk &walk, const RedChunk &chunk) {
+    const unsigned index = walk.frames.seen;
+    walk.frames.add(chunk);
+    if (!walk.opts.verbose && index >= kFramesShown) return;
+    std::printf("frame %d\n", index);
+    redinfodump(walk.opts, chunk.held.from(kChunkHeader), chunk.size);
+}
+
+void print_packet(Walk &walk, const RedChunk &chunk) {
+    const unsigned index = walk.packets.seen;
+    walk.packets.add(chunk);
+    if (walk.opts.verbose || index < kPacketsShown) std::printf("packet %d\n", index);
+}
+
+// The entries of a table that have a frame or packet to be compared with.
+size_t compared_entries(const RedChunk &chunk, const Track &track) {
+    return std::min<size_t>(chunk.payload_held() / 4, track.places.size());
+}
+
+void print_offsets(const RedChunk &chunk, const Track &track) {
+    for (size_t i = 0; i < compared_entries(chunk, track); i++) {
+        const uint32_t offset = red32(chunk.held, kChunkHeader + 4 * i);
+        const uint32_t found = track.places[i].offset;
+        if (offset == found) {
+            std::printf(" Frame %06d Offset %08x\n", static_cast<int>(i), found);
+        } else {
+            std::printf(" Frame %06d Offset %08x File %08x !\n", static_cast<int>(i), offset, found);
+        }
+    }
+}
+
+void print_sizes(const RedChunk &chunk, const Track &track) {
+    for (size_t i = 0; i < compared_entries(chunk, track); i++) {
+        const uint32_t size = red32(chunk.held, kChunkHeader + 4 * i);
+        const uint32_t found = track.places[i].size;
+        if (size == found) {
+            std::printf(" Frame %06d Size %08x / %d\n", static_cast<int>(i), found,
+                        static_cast<int32_t>(found));
+        } else {
+            std::printf(" Frame %06d Size %08x File %08x !\n", static_cast<int>(i), size, found);
+        }
+    }
+}
+
+void print_end(Bytes chunk) {
+    const uint32_t max_video = red32(chunk, 36);
+    const uint32_t max_audio = red32(chunk, 40);
+    std::printf(" RDVO         %08x\n", red32(chunk, 8));
+    std::printf(" RDVS         %08x\n", red32(chunk, 12));
+    std::printf(" RDA0         %08x\n", red32(chunk, 16));
+    std::printf(" RDAS         %08x\n", red32(chunk, 20));
+    std::printf(" Videoframes  %d\n", static_cast<int32_t>(red32(chunk, 24)));
+    std::printf(" Audioframes  %d\n", static_cast<int32_t>(red32(chunk, 28)));
+    std::printf(" EOF          %08x\n", red32(chunk, 32));
+    std::printf(" MaxVideo     %08x/%d\n", max_video, static_cast<int32_t>(max_video));
+    std::printf(" MaxAudio     %08x/%d\n", max_audio, static_cast<int32_t>(max_audio));
+}
+
+// Prints what is known of a chunk; false for the types that a hex dump is of use for.
+bool describe(Walk &walk, const RedChunk &chunk) {
+    if (is_type(chunk, "RED1")) {
+        print_header(chunk.held);
+    } else if (is_type(chunk, "REDV")) {
+        print_frame(walk, chunk);
+    } else if (is_type(chunk, "REDA")) {
+        print_packet(walk, chunk);
+    } else if (!is_type(chunk, "RPAD")) {
+        return false;
+    }
+    return true;
+}
+
+void print_tables(Walk &walk, const RedChunk &chunk) {
+    if (is_type(chunk, "RDVO")) {
+        print_offsets(chunk, walk.frames);
+        walk.frame_offsets = true;
+    } else if (is_type(chunk, "RDVS")) {
+        print_sizes(chunk, walk.frames);
+        walk.frame_sizes = true;
+    } else if (is_type(chunk, "RDAO")) {
+        print_offsets(chunk, walk.packets);
+        walk.packet_offsets = true;
+    } else if (is_type(chunk, "RDAS")) {
+        print_sizes(chunk, walk.packets);
+        walk.packet_sizes = true;
+    } else if (is_type(chunk, "REOB") || is_type(chunk, "REOF") || is_type(chunk, "REOS")) {
+        print_end(chunk.held);
+        walk.end_marker = true;
+    }
+}
+
+void print_chunk(Walk &walk, const RedChunk &chunk) {
+    const bool described = describe(walk, chunk);
+    if (!described) print_tables(walk, chunk);
+    if (walk.opts.verbose >= (described ? 3 : 2)) {
+        redhexdump(chunk.held.sub(0, std::min(chunk.size, kHexDumped)), chunk.offset());
+    }
+}
+
+void print_missing(const Walk &walk) {
+    if (!walk.frame_offsets) std::printf("Marker RDVO missing\n");
+    if (!walk.frame_sizes) std::printf("Marker RDVS missing\n");
+    if (!walk.packet_offsets) std::printf("Marker RDAO missing\n");
+    if (!walk.packet_sizes) std::printf("Marker RDAS missing\n");
+    if (!walk.end_marker) std::printf("Marker REOB/REOF/REOS missing\n");
+}
+
+}  // namespace
+
+void reddumpv1(DumpOptions &opts, std::FILE *file) {
+    std::printf("Fileformat:R3D\n");
+    ChunkReader reader(file, kPayloadRead);
+    Walk walk{.opts = opts};
+    RedChunk chunk;
+    for (uint64_t position = 0; reader.read_header(position, chunk); position += chunk.size) {
+        std::printf("%08x/%s %d\n", chunk.offset(), redstring(4, chunk.held, 4),
+                    static_cast<int32_t>(chunk.size));
+        if (!reader.read_payload(chunk)) break;
+        print_chunk(walk, chunk);
+        if (chunk.size == 0) break;
+    }
+    print_missing(walk);
+}

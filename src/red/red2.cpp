@@ -1,0 +1,86 @@
+// Version 2 files: chunks that begin at multiples of 4096 bytes.
+#include <algorithm>
+#include <cstdio>
+
+#include "red/chunks.h"
+#include "red/red.h"
+#include "red/values.h"
+
+namespace {
+
+constexpr uint32_t kPayloadRead = 16376;
+constexpr uint64_t kAlignment = 4096;
+constexpr uint64_t kHexDumped = 4096;
+constexpr unsigned kFramesCounted = 8192;
+constexpr unsigned kFramesShown = 9;  // without -v
+
+// The frame index: entries of three 32-bit values behind a header.
+constexpr unsigned kIndexHeader = 17;  // 32-bit values before the first entry's last one
+constexpr unsigned kIndexEntry = 3;
+
+template <size_t N>
+bool is_type(const RedChunk &chunk, const char (&type)[N]) {
+    return bytes_are(chunk.held, 4, type);
+}
+
+void print_header(const DumpOptions &opts, const RedChunk &chunk) {
+    std::printf(" xsize    %d\n", static_cast<int32_t>(red32(chunk.held, 76)));
+    std::printf(" ysize    %d\n", static_cast<int32_t>(red32(chunk.held, 80)));
+    std::printf(" fps      %d/%d\n", red16(chunk.held, 88), red16(chunk.held, 90));
+    redinfodump(opts, chunk.held, chunk.size);
+}
+
+void print_frame(const DumpOptions &opts, const RedChunk &chunk, unsigned &frames) {
+    if (frames < kFramesCounted) frames++;
+    if (!opts.verbose && frames > kFramesShown) return;
+    std::printf("frame               : %d\n", frames);
+    redinfodump(opts, chunk.held, chunk.size);
+}
+
+void print_index(const RedChunk &chunk, unsigned frames) {
+    const unsigned values = std::min(chunk.payload_held() / 4, frames);
+    for (unsigned k = 0; kIndexHeader + kIndexEntry * k < values; k++) {
+        const uint64_t entry = 68 + 12 * uint64_t{k};
+        const uint32_t size = red32(chunk.held, entry + 8);
+        std::printf(" Frame %06d Offset:%08x000 %08x size:0x%08x/%d\n", k, red32(chunk.held, entry),
+                    red32(chunk.held, entry + 4), size, static_cast<int32_t>(size));
+    }
+}
+
+void print_end(const DumpOptions &opts, const RedChunk &chunk) {
+    const unsigned long long file_size = red64(chunk.held, 64);
+    std::printf(" filesize    %16llx / %lld\n", file_size, static_cast<long long>(file_size));
+    std::printf(" table_rii   00000%08x000\n", red32(chunk.held, 84));
+    std::printf(" maxvideo    %08x\n", red32(chunk.held, 88));
+    std::printf(" videoframes %d\n", static_cast<int32_t>(red32(chunk.held, 92)));
+    std::printf(" infosize    %d\n", red16(chunk.held, 104));
+    redinfodump(opts, chunk.held, chunk.size);
+}
+
+void print_chunk(const DumpOptions &opts, const RedChunk &chunk, unsigned &frames) {
+    if (is_type(chunk, "RDI")) {
+        print_frame(opts, chunk, frames);
+        return;
+    }
+    if (is_type(chunk, "RED")) print_header(opts, chunk);
+    if (is_type(chunk, "RII")) print_index(chunk, frames);
+    if (is_type(chunk, "REO")) print_end(opts, chunk);
+    if (opts.verbose >= 2) redhexdump(chunk.held.sub(0, kHexDumped), chunk.offset());
+}
+
+}  // namespace
+
+void reddumpv2(DumpOptions &opts, std::FILE *file) {
+    std::printf("Fileformat:R3D/V2\n");
+    ChunkReader reader(file, kPayloadRead);
+    unsigned frames = 0;
+    RedChunk chunk;
+    for (uint64_t position = 0; reader.read_header(position, chunk);) {
+        std::printf("%08x/%s %d\n", chunk.offset(), redstring(3, chunk.held, 4),
+                    static_cast<int32_t>(chunk.size));
+        if (!reader.read_payload(chunk)) return;
+        print_chunk(opts, chunk, frames);
+        if (chunk.size == 0) return;
+        position = (position + chunk.size + kAlignment - 1) & ~(kAlignment - 1);
+    }
+}

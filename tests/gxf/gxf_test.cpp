@@ -1,0 +1,239 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+
+namespace {
+
+std::string packet(uint8_t type, const std::string &payload) {
+    return big().zeros(4).u8(1).u8(type).u32(16 + payload.size()).zeros(4).hex("E1E2").raw(payload).str();
+}
+
+const std::string kEnd = packet(0xFB, "");
+
+std::string section(const ByteWriter &tags) { return big().u16(tags.size()).raw(tags.str()).str(); }
+
+// A media packet with the four bytes of field information given.
+std::string media(uint8_t type, const std::string &info, const std::string &data = "") {
+    return packet(0xBF, big().u8(type).u8(2).u32(7).hex(info).u32(0xFFFFFFFF).u8(0x81).u8(0).raw(data).str());
+}
+
+TEST(Map, EveryTag) {
+    auto material = big();
+    material.u8(0x40).u8(7).text("a\tb").zeros(1).text("cut").u8(0x41).u8(4).u32(0xFFFFFFFF);
+    material.u8(0x42).u8(4).u32(2).u8(0x43).u8(4).u32(3).u8(0x44).u8(4).u32(4).u8(0x45).u8(4).u32(0xC0000000);
+    material.u8(0x46).u8(4).u32(6).u8(0x47).u8(8).u64(UINT64_MAX - 6).u8(0x60).u8(200).zeros(200);
+    auto track = big();
+    track.u8(0x4C).u8(2).text("f").zeros(1).u8(0x4D).u8(8).u64(0xAB00000000).u8(0x4E).u8(4).u32(1);
+    track.u8(0x4F).u8(3).text("Br.").u8(0x50).u8(4).u32(3).u8(0x51).u8(4).u32(UINT32_MAX - 1);
+    track.u8(0x52).u8(4).u32(2).u8(0x50).u8(4).u32(9).u8(0x51).u8(4).u32(4);
+    auto tracks = big();
+    tracks.u8(0x80 + 11).u8(0xC0 + 5).raw(section(track));
+    tracks.u8(26).u8(0).u16(6).u8(0x50).u8(4).u32(UINT32_MAX);
+    const std::string map = big().u8(0xE3).u8(0).raw(section(material)).raw(section(tracks)).str();
+    EXPECT_EQ(dump_of(packet(0xBC, map) + kEnd),
+              "Fileformat:GXF\n"
+              "00000000 map 348\n Version 3\n sectionlength 257\n  Tag 0x40   7 filename   'a.b'\n"
+              "  Tag 0x41   4 firstfield -1\n  Tag 0x42   4 lastfield  2\n  Tag 0x43   4 markin     3\n"
+              "  Tag 0x44   4 markout    4\n  Tag 0x45   4 filesize   3298534883328\n"
+              "  Tag 0x46   4 reserved   6\n  Tag 0x47   8 reserved   -7\n  Tag 0x60 200 \n"
+              " sectionlength 69\n  mediatype 11 MPEG2/525\n  trackid   5\n  length    55\n"
+              "   Tag 0x4c   2 filename   'f'\n   Tag 0x4d   8 auxinfo          ab00000000\n"
+              "   Tag 0x4e   4 version    1\n   Tag 0x4f   3 mpeginfo   'Br.'\n"
+              "   Tag 0x50   4 framerate  3 40\n   Tag 0x51   4 lines      -2 NotAvailable\n"
+              "   Tag 0x52   4 fields     2\n   Tag 0x50   4 framerate  9 ?\n"
+              "   Tag 0x51   4 lines      4 1080\n  mediatype -102 ?\n  trackid   -192\n  length    6\n"
+              "   Tag 0x50   4 framerate  -1 NotApplicable\n0000015c end of stream 16\n");
+}
+
+// Sections end with the payload, an empty one still has a tag, and reserved packets hold maps.
+TEST(Map, Damaged) {
+    std::string below_header = packet(0xBC, "");
+    below_header[9] = 15;
+    EXPECT_EQ(dump_of(packet(0xFA, big().hex("60000000 4300").str()) +
+                      packet(0xFE, big().hex("E000FFFF 4304000000").str()) +
+                      packet(0xFF, big().hex("E0").str()) + kEnd),
+              "Fileformat:GXF\n00000000 reserved 22\n Version 0\ngxfmap: Error @ 0\n sectionlength 0\n"
+              "  Tag 0x43   0 markin     0\n sectionlength 17152\n"
+              "00000016 reserved 25\n Version 0\n sectionlength 65535\n  Tag 0x43   4 markin     0\n"
+              "0000002f reserved 17\n Version 0\n00000040 end of stream 16\n");
+    EXPECT_EQ(lines_from(dump_of(below_header), "gxf"), "gxfmap: fread error\ngxftag: Format wrong\n");
+    const std::string cut = packet(0xBC, "\xE0").substr(0, 16);
+    EXPECT_EQ(lines_from(dump_of(cut), "gxf"), "gxfmap: fread error\ngxftag: fread error\n");
+}
+
+TEST(Media, FieldInformation) {
+    const auto info = [](uint8_t type) { return lines_from(dump_of(media(type, "FF010203")), " info"); };
+    const std::string next = "gxftag: fread error\n";
+    EXPECT_EQ(info(10), " info      start:65281 end:515\n" + next);
+    EXPECT_EQ(info(11), " info      length:66051 B-Frame \n" + next);
+    EXPECT_EQ(info(13), " info      length:1044480\n" + next);
+    EXPECT_EQ(info(25), " info      255 1 2 3\n" + next);
+    EXPECT_EQ(dump_of(media(99, "00000000") + media(20, "00000000").substr(0, 20)),
+              "Fileformat:GXF\n00000000 media 32\n track     2 99-?\n"
+              " fieldnr   media:7 timeline:-1 flags:81\n info      0 0 0 0\n"
+              "00000020 media 32\ngxfmedia: fread error\ngxftag: fread error\n");
+}
+
+// Only whole entries inside the payload are shown; either drop-frame flag gives the "*".
+TEST(Media, Timecodes) {
+    const std::string codes = big().hex("1122334455667783 1002300940085267 24138516").str();
+    EXPECT_EQ(lines_from(dump_of(media(8, "00000005", codes) + media(24, "00010001", codes) + kEnd), " info"),
+              " info      start:0 end:5\n   0 37:65:43:21  87654321\n   1 32:00:10:20* 65040301\n"
+              "00000034 media 52\n track     2 24-Timecode/HDTV\n"
+              " fieldnr   media:7 timeline:-1 flags:81\n info      start:1 end:1\n"
+              "00000068 end of stream 16\n");
+}
+
+TEST(FieldLocator, EntriesThatAreSet) {
+    auto table = little().u32(0x40000000).u32(3).zeros(4000);
+    table.at(8).u32(9).at(8 + 4 * 2).u32(4).at(8 + 4 * 999).u32(0xFFFFFFFF);
+    EXPECT_EQ(dump_of(packet(0xFC, table.str()) + packet(0xFC, table.str().substr(8)) +
+                      packet(0xFC, table.str()).substr(0, 4023)),
+              "Fileformat:GXF\n"
+              "00000000 field locator table 4024\n fields per entry:  1073741824\n number of entries: 3\n"
+              "  entry[  2]: field -2147483648 @          4 KB [0x00000004] = 0x            1000 bytes\n"
+              "  entry[999]: field -1073741824 @         -1 KB [0xFFFFFFFF] = 0x     3fffffffc00 bytes\n"
+              "00000fb8 field locator table 4016\nsize != 4 + 4 + 4 * 1000\n"
+              "00001f68 field locator table 4024\ngxflocator: fread error\ngxftag: fread error\n");
+}
+
+TEST(Walk, StopsAtABadHeader) {
+    const std::string start = packet(0xBF, std::string(16, '\0'));
+    const auto ends_with = [&](const std::string &next) { return lines_from(dump_of(start + next), "gxf"); };
+    for (const size_t wrong : {0, 4, 5, 13, 14, 15}) {
+        std::string header = kEnd;
+        header[wrong] = '\x55';
+        EXPECT_EQ(ends_with(header), "gxftag: Format wrong\n") << wrong;
+    }
+    EXPECT_EQ(ends_with(kEnd.substr(0, 15)), "gxftag: Format wrong\n");
+    EXPECT_EQ(ends_with(""), "gxftag: fread error\n");
+    EXPECT_EQ(ends_with(big().raw(kEnd).at(6).u32(0).str()), "");
+    EXPECT_EQ(ends_with(kEnd + "behind the end"), "");
+}
+
+// Packet lengths are unsigned and positions 64-bit, although lines show both in 32 bits.
+TEST(Walk, Beyond4GiB) {
+    Workplace place;
+    const std::string long_media = big().raw(media(25, "00000000")).at(6).u32(0xFFFFFFF0).str();
+    place.write_sparse("long.gxf", 0x1FFFFFFF0, 0, long_media);
+    place.write_sparse("long.gxf", 0x1FFFFFFF0, 0xFFFFFFF0, long_media);
+    place.write_sparse("long.gxf", 0x1FFFFFFF0, 0x1FFFFFFE0, kEnd);
+    EXPECT_EQ(lines_from(place.run({"long.gxf"}).out, "fffffff0").substr(0, 19), "fffffff0 media -16\n");
+    EXPECT_EQ(lines_from(place.run({"long.gxf"}).out, "ffffffe0"), "ffffffe0 end of stream 16\n");
+}
+
+std::string umf_packet(uint8_t flags, const std::string &data) {
+    return packet(0xFD, big().u8(flags).u32(data.size()).raw(data).str());
+}
+
+std::string utf16(const std::string &text) {
+    auto out = little();
+    for (const char c : text) out.u16(static_cast<uint8_t>(c));
+    return out.str();
+}
+
+// A description with two tracks, one media entry and user data of the size given from offset 248 on.
+ByteWriter description(ByteWriter::Order order, uint32_t user_size) {
+    ByteWriter umf(order);
+    umf.u32(248 + user_size).u32(3).u32(127).u32(104).u32(8).u32(2).u32(112).u32(136).u32(248).u32(user_size);
+    umf.at(48).u32(0xF0000001).u32(500).u32(-1U).u32(1).u32(2).u32(0x10).u32(0x20).u32(0xA).u32(0xB);
+    umf.at(96).u16(4).u16(99).u16(1).u16(2).text("1M").u16(7).text("\x01z").u16(8);
+    umf.at(112).u16(136).u16(2).u16(3).at(120).u32(50).at(128).u32(5).u32(6).text("clip").u8(9).text("name");
+    umf.at(224).u32(4).u32(25).u32(-2U);
+    return umf.at(248);
+}
+
+const std::string kDescription =
+    "  Payload Description\n   size          1000\n   version       3\n   tracks        127\n"
+    "   trackoffset   104\n   tracksize     8\n   segments      2\n   mediaoffset   112\n"
+    "   mediasize     136\n   useroffset    248\n   usersize      752\n Material Description\n"
+    "  flags         f0000001\n  maxlength     500\n  minlength     -1\n  markin        1\n"
+    "  markout       2\n  tcmarkin      00000010\n  tcmarkout     00000020\n  modifiedmsb   0000000a\n"
+    "  modifiedlsb   0000000b\n  audiotracks   4\n  tctracks      1\n  videotracks   2\n"
+    " Track Description\n  track       M1 MPEG2 SD Video\n  segments    7\n  track       z? ?\n"
+    "  segments    8\n Media Description\n  length      136\n  trackinfo   2\n  sequenceno  3\n"
+    "  fieldcnt    50\n  markin      5\n  markout     6\n  filename    'clip.name'\n  type        4\n"
+    "  sampling    25\n  size        -2\n User Data\n  length      600\n  position    1\n  trackno     2\n"
+    "  seqno       262149\n  userkey     327684\n  length      0\n  position    0\n  trackno     0\n"
+    "  seqno       0\n  userkey     0\n";
+
+TEST(Umf, DescriptionInBothByteOrders) {
+    // The sequence number and the user key share two bytes.
+    auto low = description(ByteWriter::Order::little, 752);
+    low.u32(600).u32(1).u16(2).u16(5).u16(4).u16(5).zeros(736);
+    auto high = description(ByteWriter::Order::big, 752);
+    high.u32(600).u32(1).u16(2).u16(4).u16(5).u16(4).zeros(736);
+    EXPECT_EQ(lines_from(dump_of(umf_packet(3, high.str()) + kEnd), "  Payload"),
+              kDescription + "000003fd end of stream 16\n");
+    EXPECT_EQ(lines_from(dump_of(umf_packet(3, low.str()) + kEnd), "  Payload"),
+              kDescription + "000003fd end of stream 16\n");
+}
+
+// Packets add up to one description, which every last packet prints; a cut packet adds nothing.
+TEST(Umf, SeveralPackets) {
+    const std::string whole = description(ByteWriter::Order::little, 752).zeros(752).str();
+    const std::string first = umf_packet(1, whole.substr(0, 100));
+    const std::string last = umf_packet(2, whole.substr(100));
+    const std::string dump = dump_of(first + last + last);
+    EXPECT_EQ(lines_from(dump, "00000000 UMF", 10),
+              "00000000 UMF Packet 121\n preamble\n  type      First \n  size          100\n"
+              "00000079 UMF Packet 921\n preamble\n  type      Last \n  size          900\n"
+              "  Payload Description\n   size          1000\n");
+    EXPECT_EQ(lines_from(dump, "00000412", 5),
+              "00000412 UMF Packet 921\n preamble\n  type      Last \n  size          900\n  Payload "
+              "Description\n");
+    EXPECT_EQ(lines_from(dump_of(first + last.substr(0, 500)), "00000079"),
+              "00000079 UMF Packet 921\n preamble\n  type      Last \n  size          900\n"
+              "gxfmap: fread error\ngxftag: fread error\n");
+}
+
+TEST(Umf, DataBeyondTheCollectionIsDroppedAndReportedOnce) {
+    std::string file;
+    for (int i = 0; i < 8; i++) file += umf_packet(0, std::string(40000, 'x'));  // of each, 32768 bytes count
+    EXPECT_EQ(dump_of(file + kEnd).find("exceeds"), std::string::npos);
+    const std::string dump = dump_of(file + umf_packet(0, "y") + umf_packet(2, "z") + kEnd);
+    EXPECT_EQ(lines_from(dump, " UMF data", 5),
+              " UMF data exceeds 262144 bytes\n0004e2be UMF Packet 22\n preamble\n  type      Last \n"
+              "  size          1\n");
+    EXPECT_EQ(lines_from(dump, "  Payload", 2), "  Payload Description\n   size          2021161080\n");
+}
+
+// Sizes that point outside the data end the lists.
+TEST(Umf, SizesOutsideTheData) {
+    auto umf = description(ByteWriter::Order::little, 0).zeros(752);
+    umf.at(0).u32(1000).at(16).u32(-400U);
+    EXPECT_EQ(lines_from(dump_of(umf_packet(2, umf.str()) + kEnd), " Track"),
+              " Track Description\n Media Description\n User Data\n000003fd end of stream 16\n");
+}
+
+// The dump of XML in a user data entry of length 1, which reaches to the end of the payload: the user data
+// size is not set.
+std::string xml_lines(const std::string &text) {
+    auto umf = description(ByteWriter::Order::little, 0);
+    umf.at(0).u32(248 + 16 + text.size()).at(248).u32(1).u32(0x01000000).zeros(8).raw(text).zeros(400);
+    const std::string dump = dump_of(umf_packet(3, umf.str()));
+    const size_t start = dump.find(" <?");
+    return dump.substr(start, dump.find("  length      0", start) - start);
+}
+
+TEST(Xml, OneLineATagIndentedByDepth) {
+    EXPECT_EQ(xml_lines(utf16("<?xml v='1'?>\r\n<a x='1'>\n<b/>t\x03\xE9<c>text</c\n></a></a></a>left")),
+              " <?xml v='1'?>\n  <a x='1'>\n   <b/>\n   t<c>\n   text</c>\n  </a>\n </a>\n</a>\n");
+}
+
+TEST(Xml, DeepTagsAndLongLines) {
+    std::string text = "<?x>";
+    std::string lines = " <?x>\n";
+    for (int depth = 2; depth <= 20; depth++) {
+        text += "<d>";
+        lines += std::string(static_cast<size_t>(std::min(depth, 15)), ' ') + "<d>\n";
+    }
+    text += "<" + std::string(3000, 'n') + ">";
+    lines += std::string(15, ' ') + "<" + std::string(2047, 'n') + "\n";
+    EXPECT_EQ(xml_lines(utf16(text + "</d>")), lines + std::string(15, ' ') + "</d>\n");
+}
+
+}  // namespace
