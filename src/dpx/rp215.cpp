@@ -211,7 +211,7 @@ uint32_t rp215_crc(Bytes block, uint32_t length) {
 }
 
 void rp215_dump(Bytes block, uint32_t length, int skip_crc) {
-    for (uint64_t position = 0; position + kCrcSize < length;) {
+    for (uint64_t position = 0; position + kCrcSize < length && position < block.size();) {
         const Bytes packet = block.from(position);
         const uint32_t size = packet[1];
         print_packet(packet);

@@ -2,7 +2,7 @@
 #include "exr/exr.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cinttypes>
 #include <string_view>
 
 #include "common/file_image.h"
@@ -19,8 +19,8 @@ constexpr uint64_t kMaxName = 64 * 1024;  // names of the format have 255 charac
 int32_t get_int32(Bytes b, uint64_t offset) { return static_cast<int32_t>(little32(b, offset)); }
 double get_float(Bytes b, uint64_t offset) { return static_cast<double>(float_of_bits(little32(b, offset))); }
 
-void print_channels(Bytes value) {
-    for (uint64_t entry = 0; entry < value.size(); entry += kChannelEntry) {
+void print_channels(Bytes value, uint64_t size) {
+    for (uint64_t entry = 0; entry < size; entry += kChannelEntry) {
         if (entry > 0 && value[entry] == 0) return;
         std::printf("%c %d %d %d %d\n", value[entry], get_int32(value, entry + 2),
                     get_int32(value, entry + 6), get_int32(value, entry + 10), get_int32(value, entry + 14));
@@ -62,12 +62,13 @@ void print_unknown(Bytes value) {
     out.put('\n');
 }
 
-// The rendering of one attribute value.
-void printentry(std::string_view type, Bytes value) {
+// The rendering of one attribute value. `value` goes on to the end of the file: the fields of a known type
+// are read whatever its size says.
+void printentry(std::string_view type, Bytes value, uint64_t size) {
     if (type == "chlist") {
-        print_channels(value);
+        print_channels(value, std::min(size, value.size()));
     } else if (type == "string") {
-        print_string(value);
+        print_string(value.sub(0, size));
     } else if (type == "preview") {
         std::printf("PreviewImage\n");
     } else if (type == "box2i") {
@@ -80,7 +81,7 @@ void printentry(std::string_view type, Bytes value) {
         std::printf(" X %f\n", get_float(value, 0));
         std::printf(" Y %f\n", get_float(value, 4));
     } else {
-        print_unknown(value);
+        print_unknown(value.sub(0, size));
     }
 }
 
@@ -101,13 +102,12 @@ void exrdump(DumpOptions &, std::FILE *file) {
         const uint64_t size_at = type_at + static_cast<uint64_t>(type.length) + 1;
         const uint64_t value_at = size_at + 4;
         const int32_t size = get_int32(bytes, size_at);
-        std::printf("%05x %-18.*s %-10.*s %d\n", static_cast<uint32_t>(offset), name.length, name.start,
-                    type.length, type.start, size);
+        std::printf("%05" PRIx64 " %-18.*s %-10.*s %d\n", offset, name.length, name.start, type.length,
+                    type.start, size);
+        if (bytes[type_at - 1] != 0 || bytes[size_at - 1] != 0) return;  // no name is that long
         const uint64_t length = size > 0 ? static_cast<uint64_t>(size) : 0;
-        printentry({type.start, static_cast<size_t>(type.length)}, bytes.sub(value_at, length));
-        // A value that the file does not hold, or a name without end, is the last thing to be seen.
-        if (size < 0 || !bytes.has(value_at, length) || bytes[type_at - 1] != 0 || bytes[size_at - 1] != 0)
-            return;
+        printentry({type.start, static_cast<size_t>(type.length)}, bytes.from(value_at), length);
+        if (size < 0 || !bytes.has(value_at, length)) return;
         offset = value_at + length;
     }
 }

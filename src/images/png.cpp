@@ -1,6 +1,5 @@
-// PNG (ISO/IEC 15948) and MNG.
+// PNG (ISO/IEC 15948): the list of chunks.
 #include <algorithm>
-#include <cstdio>
 
 #include "common/file_image.h"
 #include "common/hexrow.h"
@@ -10,12 +9,19 @@
 namespace {
 
 constexpr uint64_t kSignatureSize = 8;
-constexpr uint64_t kChunkHeaderSize = 8;
+constexpr uint64_t kChunkHeadSize = 8;  // length and type
 constexpr uint64_t kCrcSize = 4;
+constexpr uint64_t kShownSize = 32;       // of a chunk: its head and the fields of IHDR
+constexpr uint64_t kStep = 64 * 1024;     // bytes of the file in memory at a time
+constexpr uint32_t kChunkHeadBlock = 64;  // chunks of picture data cost one read of this size each
 
-void print_ihdr(Bytes data) {
-    std::printf(" xsize       %d\n", static_cast<int32_t>(tiffuint32(data, 1)));
-    std::printf(" ysize       %d\n", static_cast<int32_t>(tiffuint32(data.from(4), 1)));
+constexpr HexRow kDataRow{.padded = false, .characters = false};
+
+int32_t png_int32(Bytes b, uint64_t offset) { return static_cast<int32_t>(tiffuint32(b.from(offset), 1)); }
+
+void print_image_header(Bytes data) {
+    std::printf(" xsize       %d\n", png_int32(data, 0));
+    std::printf(" ysize       %d\n", png_int32(data, 4));
     std::printf(" bitdepth    %d\n", data[8]);
     std::printf(" colortype   %d\n", data[9]);
     std::printf(" compression %d\n", data[10]);
@@ -23,9 +29,9 @@ void print_ihdr(Bytes data) {
     std::printf(" interlace   %d\n", data[12]);
 }
 
-void print_phys(Bytes data) {
-    std::printf(" xpelsperunit %d\n", static_cast<int32_t>(tiffuint32(data, 1)));
-    std::printf(" ypelsperunit %d\n", static_cast<int32_t>(tiffuint32(data.from(4), 1)));
+void print_pixel_dimensions(Bytes data) {
+    std::printf(" xpelsperunit %d\n", png_int32(data, 0));
+    std::printf(" ypelsperunit %d\n", png_int32(data, 4));
     switch (data[8]) {
         case 0: std::printf(" unit        unknown\n"); break;
         case 1: std::printf(" unit        meter\n"); break;
@@ -33,39 +39,49 @@ void print_phys(Bytes data) {
     }
 }
 
-void print_data(Bytes data) {
+void hexdump_data(std::FILE *file, uint64_t start, uint64_t size) {
     LineBuffer out;
-    put_hexrows(out, data, {.padded = false, .characters = false},
-                [](LineBuffer &line, uint64_t) { line.text("     "); });
+    FileImage part(file, start, std::min(kStep, size));
+    for (uint64_t done = 0; done < size; done += kStep) {
+        part.move_to(start + done);
+        put_hexrows(out, part.bytes().sub(0, size - done), kDataRow,
+                    [](LineBuffer &line, uint64_t) { line.text("     "); });
+    }
 }
 
-void print_chunk(const DumpOptions &opts, Bytes file, uint64_t position) {
-    const Bytes chunk = file.from(position);
-    const int32_t length = static_cast<int32_t>(tiffuint32(chunk, 1));
-    if (bytes_are(chunk, 4, "IDAT")) return;
-    std::printf("%08x: %c%c%c%c %d\n", static_cast<uint32_t>(position), tiffchar(chunk[4]),
-                tiffchar(chunk[5]), tiffchar(chunk[6]), tiffchar(chunk[7]), length);
-    const Bytes rest = chunk.from(kChunkHeaderSize);
-    if (bytes_are(chunk, 4, "IHDR")) print_ihdr(rest);
-    if (bytes_are(chunk, 4, "pHYs")) print_phys(rest);
-    if (opts.verbose && length > 0) print_data(rest.sub(0, static_cast<uint64_t>(length)));
+void print_chunk(Bytes chunk, uint64_t position) {
+    std::printf("%08llx: %c%c%c%c %d\n", static_cast<unsigned long long>(position), tiffchar(chunk[4]),
+                tiffchar(chunk[5]), tiffchar(chunk[6]), tiffchar(chunk[7]), png_int32(chunk, 0));
+    if (bytes_are(chunk, 4, "IHDR")) print_image_header(chunk.from(kChunkHeadSize));
+    if (bytes_are(chunk, 4, "pHYs")) print_pixel_dimensions(chunk.from(kChunkHeadSize));
 }
 
 }  // namespace
 
 void pngdump(DumpOptions &opts, std::FILE *file) {
-    FileImage image(file);
-    if (!image.ok()) {
-        std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
+    const uint64_t size = file_size(file);
+    FileImage window(file, 0, kStep, kChunkHeadBlock);
+    if (!window.ok()) {
+        std::printf("malloc of buffer %d failed\n", static_cast<int32_t>(size));
         return;
     }
-    const Bytes bytes = image.bytes();
     std::printf("Fileformat:PNG\n");
-    for (uint64_t position = kSignatureSize; position < bytes.size();) {
-        print_chunk(opts, bytes, position);
-        const int32_t length = static_cast<int32_t>(tiffuint32(bytes.from(position), 1));
-        if (length < 0) break;  // no chunk is that long
-        position += kChunkHeaderSize + static_cast<uint64_t>(length) + kCrcSize;
+    uint64_t window_start = 0;
+    for (uint64_t position = kSignatureSize; position < size;) {
+        if (position + kShownSize > window_start + kStep) {
+            window_start = position;
+            window.move_to(position);
+        }
+        const Bytes chunk = window.bytes().from(position - window_start);
+        const int32_t length = png_int32(chunk, 0);
+        const uint64_t data = position + kChunkHeadSize;
+        if (!bytes_are(chunk, 4, "IDAT")) {
+            print_chunk(chunk, position);
+            if (opts.verbose && length > 0 && data < size)
+                hexdump_data(file, data, std::min(static_cast<uint64_t>(length), size - data));
+        }
+        if (length < 0) return;  // would lead backwards
+        position = data + static_cast<uint64_t>(length) + kCrcSize;
     }
 }
 

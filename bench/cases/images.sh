@@ -1,0 +1,27 @@
+# Still images: a PNG, an OpenEXR and an ARRI frame whose picture data is huge, and a folder of small pictures.
+be32() { printf '%b' "$(printf '\\x%02x' $(($1 >> 24 & 255)) $(($1 >> 16 & 255)) $(($1 >> 8 & 255)) $(($1 & 255)))"; }
+png_chunk() { (be32 "$2" && printf '%s' "$3") | dd of="$WORK/huge.png" bs=1 seek="$1" conv=notrunc status=none; }
+# Two chunks of picture data in 4 GB, and the last chunk behind them.
+cp "$root/samples/images/ffmpeg.png" "$WORK/huge.png"
+truncate -s 54 "$WORK/huge.png"
+png_chunk 54 2147483647 IDAT
+png_chunk 2147483713 2147483583 IDAT
+png_chunk 4294967308 0 IEND
+truncate -s 4294967320 "$WORK/huge.png"
+bytes_read 'PNG, 4 GB in two chunks' "$KELDUMP $WORK/huge.png"
+timed 'PNG, 4 GB in two chunks' 1 files "$KELDUMP $WORK/huge.png" "head -c 16384 $WORK/huge.png"
+# 64 MiB in chunks of 8 KiB, as encoders write them.
+head -c 8192 /dev/zero >"$WORK/data"
+{ be32 8192 && printf IDAT && cat "$WORK/data" && be32 0; } >"$WORK/chunk"
+for i in 1 2 3 4 5 6 7 8; do cat "$WORK/chunk" "$WORK/chunk" >"$WORK/twice" && mv "$WORK/twice" "$WORK/chunk"; done
+{ head -c 54 "$WORK/huge.png" && for i in {1..32}; do cat "$WORK/chunk"; done; } >"$WORK/many.png"
+bytes_read 'PNG, 64 MiB in chunks of 8 KiB' "$KELDUMP $WORK/many.png"
+timed 'PNG, 64 MiB in chunks of 8 KiB' 8192 chunks "$KELDUMP $WORK/many.png" "cat $WORK/many.png"
+cp "$root/samples/exr/uncompressed.exr" "$WORK/huge.exr"
+truncate -s 10G "$WORK/huge.exr"
+bytes_read 'OpenEXR header, 10 GB' "$KELDUMP $WORK/huge.exr"
+timed 'OpenEXR header, 10 GB' 1 files "$KELDUMP $WORK/huge.exr" "head -c 16384 $WORK/huge.exr"
+{ printf 'ARRI\x12\x34\x56\x78\0\x10\0\0\x03\0\0\0' && head -c 4096 /dev/zero; } >"$WORK/huge.ari"
+truncate -s 10G "$WORK/huge.ari"
+bytes_read 'ARRI raw frame, 10 GB' "$KELDUMP $WORK/huge.ari"
+rm -f "$WORK"/huge.* "$WORK"/many.png "$WORK/data" "$WORK/chunk"

@@ -1,0 +1,30 @@
+#include <gtest/gtest.h>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+
+TEST(Cineon, UnsetValuesAndTheLastChannels) {
+    ByteWriter w = little().u32(0xD75F2A80).u32(2048).u32(1024).u32(0xFFFFFFFF);
+    w.at(24).text("V4.5", 8).at(132).text("2026:01:02").at(144).text("lost");
+    w.at(192).u8(9).u8(255).at(216).u32(0x7F800000);
+    w.at(420).u32(0xFFFFFFFF).f32(0.25).at(452).text(std::string(200, 'l')).at(680).u8(255).u8(254);
+    w.at(684).u32(0x80000000).at(972).f32(1e-7F).at(1036).text(std::string(32, '\xFF'));
+    w.at(196 + 254 * 28).u8(1).u8(2).u8(10).at(196 + 254 * 28 + 4).u32(0xFFFFFFFF).u32(7).f32(1023).zeros(12);
+    const std::string text = dump_of(w.str());
+    EXPECT_EQ(lines_from(text, " industryheader", 1), " industryheader   : \n");
+    EXPECT_EQ(lines_from(text, " creationdate", 4),
+              " creationdate     : '2026:01:02'\nimage\n orientation    C : 9 \n channels       C : 255\n");
+    EXPECT_EQ(lines_from(text, "  maximumdata", 1), "  maximumdata     : \n");
+    EXPECT_EQ(
+        lines_from(text, " channel-254", 16),
+        " channel-254\n  channel1a       : 1\n  channel1b       : 2\n  bitsperpixel    : 10\n"
+        "  pixelsperline   : -1\n  linesperimage   : 7\n  minimumdata     : 1023\n  minimumquantity : 0\n"
+        "  maximumdata     : 0\n  maximumquantity : 0\n  whitepoint      : -nan 0.25\n"
+        "  redprimary      : 0 0\n  greenprimary    : 0 0\n  blueprimary     : 0 0\n  label           : '" +
+            std::string(200, 'l') + "'\ndata\n");
+    EXPECT_EQ(lines_from(text, " interleave", 5),
+              " interleave       : \n packing          : 254\n bsigned          : 0\n imagesense       : 0\n"
+              " endoflinepad     : -2147483648\n");
+    EXPECT_EQ(lines_from(text, " xpitch", 1), " xpitch           : 1e-07\n");
+    EXPECT_EQ(lines_from(text, " format", 1), " format           : Error, 0xff in ascii data\n");
+}

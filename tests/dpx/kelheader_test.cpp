@@ -1,0 +1,72 @@
+#include <gtest/gtest.h>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+
+namespace {
+
+// What a DPX file prints below "kelheader" for items in either byte order.
+std::string dump_of_items(const std::vector<uint32_t> &words, ByteWriter::Order order) {
+    ByteWriter header(order);
+    header.u32(0xFEEDF00D);
+    for (const uint32_t word : words) header.u32(word);
+    const auto file =
+        little().text("XPDS").u32(8192).at(32).u32(1056).at(2048).text("KEL Tessaron metadata", 32);
+    const std::string text = dump_of(ByteWriter(file).raw(header.str()).str());
+    const std::string title = "extendedheader\n type             : 'KEL Tessaron metadata'\nkelheader\n";
+    const size_t start = text.find(title);
+    return start == std::string::npos ? "no header" : text.substr(start + title.size());
+}
+
+void expect_items(const std::vector<uint32_t> &words, const std::string &lines) {
+    EXPECT_EQ(dump_of_items(words, ByteWriter::Order::little), lines);
+    EXPECT_EQ(dump_of_items(words, ByteWriter::Order::big), lines);
+}
+
+// Items that fill words 1 to n - 1, then others.
+std::vector<uint32_t> from_word(uint32_t n, const std::vector<uint32_t> &words) {
+    std::vector<uint32_t> all(n - 1, 0x00464E41);
+    all.insert(all.end(), words.begin(), words.end());
+    return all;
+}
+
+}  // namespace
+
+TEST(KelHeader, Items) {
+    expect_items({}, "");
+    expect_items(
+        {0x04435456, 0x01020304, 0x044C5456, 0x00020015, 0x044D5456, 0x01000315, 0x0C495256, 1, 2,
+         3,          0x04455945, 0xFFFFFFFE, 0x08444641, 4,          5,          0x14585256, 1, 2,
+         3,          4,          5,          0x10485348, 6,          7,          8,          9, 0x04484354,
+         1,          0x04585858, 0xDEADBEEF, 0,          0x04435456, 7},
+        " vitc_tc          : 01020304\n vitc_line        : 21/2\n vitc_line2       : 21\n"
+        " vtrinfo1         : 00000001\n vtrinfo2         : 00000002\n vtrinfo3         : 00000003\n"
+        " eyemode          : -2\n afilm_tc          : 00000004\n afilm_ub          : 00000005\n"
+        " hash             : 00000006\n hash             : 00000007\n hash             : 00000008\n"
+        " hash             : 00000009\nkelheaderdump: Unknown 04585858/XXX\n");
+}
+
+TEST(KelHeader, AncillaryPackets) {
+    expect_items({0x0A6041D5, 0x41424344, 0x00FF4546, 0x47480000, 0x00474E41, 0x12010295, 0x20202020,
+                  0x20202020, 0x20202020, 0x20202020, 0x7E7F0000},
+                 " ancpacket 0 21 VANC did:41 sdid:60 size:10\n"
+                 "  00: 41 42 43 44 00 ff 45 46 47 48                   ABCD..EFGH\n"
+                 " ancpacket 2 21 HANC did:02 sdid:01 size:18\n"
+                 "  00: 20 20 20 20 20 20 20 20 20 20 20 20 20 20 20 20                 \n"
+                 "  10: 7e 7f                                           ~.\n");
+}
+
+TEST(KelHeader, FilmDataOfOtherLengths) {
+    expect_items({0x08353132, 0x99019800, 0, 0x00363132},
+                 " rp215a\n99/1-Unknown 99\n00/0-Unknown 00\nCRC Wrong Calc 939a != 0000\n rp215a\n");
+}
+
+TEST(KelHeader, ItemsPastItsEnd) {
+    expect_items(from_word(254, {0x08544C44, 1, 2}), " dltc_tc          : 00000001\n");
+    expect_items(from_word(255, {0x044C5456, 1}), "");
+    expect_items(from_word(254, {0x080102D5, 0x41424344, 0x45464748}),
+                 " ancpacket 1 21 VANC did:02 sdid:01 size:8\n"
+                 "  00: 41 42 43 44                                     ABCD\n");
+    expect_items(from_word(254, {0xD8353132, 0x99019900}),
+                 " rp215\n99/1-Unknown 99\n00/0-Unknown 00\nCRC Wrong Calc 2b52 != 0000\n");
+}

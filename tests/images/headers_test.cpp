@@ -1,0 +1,126 @@
+#include <gtest/gtest.h>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+
+TEST(Bmp, InfoHeaderOfTopDownImage) {
+    auto w =
+        little().text("BM").u32(0x80000000).u32(0).u32(54).u32(40).u32(640).u32(0xFFFFFE20).u16(1).u16(32);
+    w.u32(3).u32(1228800).u32(2835).u32(0xFFFFFFFF).u32(5).u32(6);
+    EXPECT_EQ(dump_of(w.str()),
+              "Fileformat:BMP\n bfsize:          -2147483648\n bfoffset:        54\n headersize:      40\n"
+              "  height:         -480\n  width:          640\n  planes:         1\n  bitcount:       32\n"
+              "  compression:    3\n  imagesize:      1228800\n  xpels:          2835\n  ypels:          -1\n"
+              "  clrused:        5\n  clrimportant:   6\n");
+}
+
+TEST(Sgi, NameStopsAtItsField) {
+    auto w = big().u16(474).u8(2).u8(1).u16(3).u16(512).u16(256).u16(3).u32(0xFFFFFFFF).u32(255);
+    w.at(24).text(std::string(80, 'n')).u32(2);
+    EXPECT_EQ(lines_from(dump_of(w.str()), " pixmax"),
+              " pixmax:          255\n name:            " + std::string(79, 'n') + "\n colormap:        2\n");
+}
+
+TEST(Softimage, ChainedChannelPackets) {
+    auto w = big().hex("5380F634 40400000").text(std::string(80, 'c'));
+    w.at(92).u16(720).u16(576).f32(1.0667F).u16(3);
+    w.at(104).hex("01080290 01080060 0110070F 00080110").fill(0xFF, 4);
+    EXPECT_EQ(dump_of(w.str()),
+              "Fileformat:Softimage\n xsize:         720\n ysize:         576\n fields:        3\n"
+              " comment:       '" +
+                  std::string(79, 'c') +
+                  "'\n aspectratio:   1.066700\n"
+                  "  ch0 nbits     8\n  ch0 type      2 RLE\n  ch0 channels  RA\n"
+                  "  ch1 nbits     8\n  ch1 type      0 Uncompressed\n  ch1 channels  GB\n"
+                  "  ch2 nbits     16\n  ch2 type      7 ?\n  ch2 channels  ?\n"
+                  "  ch3 nbits     8\n  ch3 type      1 Mixed\n  ch3 channels  A\n");
+    w.at(104).fill(0xFF, 100);
+    EXPECT_EQ(lines_from(dump_of(w.str()), "  ch7"),
+              "  ch7 nbits     255\n  ch7 type      255 ?\n  ch7 channels  RGBA?\n");
+}
+
+TEST(Ppm, NumbersAsFormattedInputReadsThem) {
+    const std::string raw = "Fileformat:PPM - Portable Pixmap\n";
+    EXPECT_EQ(dump_of("P6\n \t\r\n+0640\n\n-480 255\n"), raw + " xsize 640\n ysize -480\n");
+    EXPECT_EQ(dump_of("P6\n# a comment\n640 480\n"), raw + " xsize 0\n ysize 0\n");
+    EXPECT_EQ(dump_of("P6\n640"), raw + " xsize 640\n ysize 0\n");
+    EXPECT_EQ(dump_of("P6\n4294967297 99999999999999999999"), raw + " xsize 1\n ysize -1\n");
+    EXPECT_EQ(dump_of("P4\n" + std::string(1 << 20, ' ') + "1 1"),
+              "Fileformat:PBM - Portable Bitmap\n xsize 0\n ysize 0\n");
+}
+
+namespace {
+
+ByteWriter png() { return big().hex("89504E470D0A1A0A"); }
+void add_chunk(ByteWriter &w, const std::string &type, const std::string &data) {
+    w.u32(data.size()).text(type).raw(data).u32(0);
+}
+
+}  // namespace
+
+TEST(Png, ChunksButImageData) {
+    ByteWriter w = png();
+    add_chunk(w, "IHDR", big().u32(640).u32(480).u8(8).u8(6).u8(0).u8(0).u8(1).str());
+    add_chunk(w, "pHYs", big().u32(2835).u32(0xFFFFFFFF).u8(2).str());
+    add_chunk(w, "IDAT", std::string(300, 'x'));
+    add_chunk(w, "a\x01\xFFz", std::string(17, 'd'));
+    add_chunk(w, "IEND", "");
+    const std::string header =
+        "Fileformat:PNG\n00000008: IHDR 13\n xsize       640\n ysize       480\n bitdepth    8\n"
+        " colortype   6\n compression 0\n filtertype  0\n interlace   1\n";
+    const std::string pixels = "00000021: pHYs 9\n xpelsperunit 2835\n ypelsperunit -1\n unit        2\n";
+    EXPECT_EQ(dump_of(w.str()), header + pixels + "0000016e: a..z 17\n0000018b: IEND 0\n");
+    EXPECT_EQ(dump_of(w.str(), "file.png", {"-v"}),
+              header + "     00 00 02 80 00 00 01 e0 08 06 00 00 01 \n" + pixels +
+                  "     00 00 0b 13 ff ff ff ff 02 \n0000016e: a..z 17\n"
+                  "     64 64 64 64 64 64 64 64 64 64 64 64 64 64 64 64 \n     64 \n0000018b: IEND 0\n");
+}
+
+TEST(Png, LengthsThatLeadOutside) {
+    const std::string cut = png().u32(100).text("tEXt").text("abc").str();
+    EXPECT_EQ(dump_of(cut, "file.png", {"-v"}), "Fileformat:PNG\n00000008: tEXt 100\n     61 62 63 \n");
+    const std::string negative = png().u32(0xFFFFFFF4).text("tEXt").zeros(20).str();
+    EXPECT_EQ(dump_of(negative, "file.png", {"-v"}), "Fileformat:PNG\n00000008: tEXt -12\n");
+    EXPECT_EQ(dump_of(png().str()), "Fileformat:PNG\n");
+}
+
+TEST(Png, FileBeyond4GiB) {
+    const Workplace place;
+    place.write_sparse("huge.png", 0x140000000, 0, png().u32(0x7FFFFFFF).text("IDAT").str());
+    place.write_sparse("huge.png", 0x140000000, 0x80000013, big().u32(0x7FFFFFFF).text("IDAT").str());
+    place.write_sparse("huge.png", 0x140000000, 0x10000001E, big().u32(0x3FFFFFD6).text("last").str());
+    EXPECT_EQ(place.run({"huge.png"}).out, "Fileformat:PNG\n10000001e: last 1073741782\n");
+}
+
+TEST(Yuv, RasterOfSize) {
+    const auto dump = [](uint64_t size, const std::string &name) {
+        const Workplace place;
+        place.write_sparse(name, size, 0, "");
+        return place.run({name}).out;
+    };
+    const auto hd = [](const std::string &bits) {
+        return "Fileformat:YUV " + bits +
+               " bit without header\n xsize:       1920\n ysize:       1080\n nbits:       " + bits + "\n";
+    };
+    EXPECT_EQ(dump(4147201, "clip.QTL"), hd("8"));
+    EXPECT_EQ(dump(5529600, "clip.yuv10"), hd("10"));
+    EXPECT_EQ(dump(8294403, "clip.Yuv16"), hd("16"));
+    EXPECT_EQ(dump(0x100000000 + 4147200, "clip.yuv8"), hd("8"));  // sizes count modulo 4 GiB
+    EXPECT_EQ(dump(4147199, "clip.qnt"), "Fileformat:YUV 8 bit without header, x/y size is unknown\n");
+    EXPECT_EQ(dump(0, "clip.yuv10"), "Fileformat:YUV 10 bit without header, x/y size is unknown\n");
+    EXPECT_EQ(dump(0xFFFFFFFF, "clip.yuv16"), "Fileformat:YUV 16 bit without header, x/y size is unknown\n");
+}
+
+TEST(Executable, DllAndHeaderAtTheEdge) {
+    setenv("TZ", "UTC", 1);
+    auto w = little().text("MZ").at(60).u32(128).at(128).text("PE", 4).u16(0x8664).at(150).u16(0x2022);
+    EXPECT_EQ(dump_of(w.str()),
+              "Fileformat:DLL\n Platform         x64\n TimeDateStamp    Thu Jan  1 00:00:00 1970\n"
+              " Characteristics  2022\n");
+    w.at(136).u32(0xFFFFFFFF);
+    EXPECT_EQ(lines_from(dump_of(w.str()), " Time", 1), " TimeDateStamp    Wed Dec 31 23:59:59 1969\n");
+    w.at(60).u32(16380).at(16380).text("PE", 4).fill(0xFF, 100);  // its fields lie beyond what is read
+    EXPECT_EQ(dump_of(w.str()),
+              "Fileformat:EXE\n Platform         ?\n TimeDateStamp    Thu Jan  1 00:00:00 1970\n"
+              " Characteristics  0000\n");
+}
