@@ -1,0 +1,213 @@
+#include <gtest/gtest.h>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+
+namespace {
+
+std::string chunk(const std::string &id, const std::string &payload) {
+    ByteWriter w = little();
+    w.text(id).u32(payload.size()).raw(payload);
+    return w.zeros(payload.size() % 2).str();
+}
+
+std::string format(uint32_t rate = 48000, uint32_t channels = 2, uint32_t bits = 16, uint32_t block = 4) {
+    return chunk("fmt ",
+                 little().u16(1).u16(channels).u32(rate).u32(rate * block).u16(block).u16(bits).str());
+}
+
+std::string riff(const std::string &chunks, const std::string &type = "WAVE") {
+    return little().text("RIFF").u32(4 + chunks.size()).text(type).raw(chunks).str();
+}
+
+std::string format_lines(const char *rate = "48000") {
+    return std::string(
+               " Elem fmt  length 16 (offset:               c)\n  FMT\n   Format          1\n   Channels     "
+               "   2\n") +
+           "   Frequency       " + rate + "\n   Bytespersecond  " + std::to_string(4 * std::stoi(rate)) +
+           "\n   Blocksize       4\n   Bits            16\n";
+}
+
+}  // namespace
+
+TEST(Riff, ChunksOfAWave) {
+    EXPECT_EQ(dump_of(riff(format() + chunk("LIST", "odd") + chunk("data", std::string(192000, 'x')) +
+                           chunk("umid", "ab"))),
+              "Fileformat:RIFF\n"
+              " Size:            192058\n"
+              " Magic:           WAVE\n" +
+                  format_lines() +
+                  " Elem LIST length 3 (offset:              24)\n"
+                  "  Unknown\n"
+                  " Elem data length 192000 (offset:              30)\n"
+                  "  DATA\n"
+                  "   Samples         48000\n"
+                  "   Length          00:00:01.000\n"
+                  " Elem umid length 2 (offset:           2ee38)\n"
+                  "  Unique Material Identifier\n");
+}
+
+TEST(Riff, PlayLengths) {
+    const auto length = [](uint32_t rate, uint32_t bytes) {
+        const Workplace place;
+        const std::string head = little()
+                                     .text("RIFF")
+                                     .u32(0x7FFFFFFF)
+                                     .text("WAVE")
+                                     .raw(format(rate))
+                                     .text("data")
+                                     .u32(bytes)
+                                     .str();
+        place.write_sparse("a.wav", 44 + uint64_t{bytes}, 0, head);
+        return lines_from(place.run({"a.wav"}).out, "   Samples", 2);
+    };
+    EXPECT_EQ(length(1000, 14800000), "   Samples         3700000\n   Length          01:01:40.000\n");
+    EXPECT_EQ(length(48000, 100000), "   Samples         25000\n   Length          00:00:00.520\n");
+    EXPECT_EQ(length(0, 100000), "   Samples         25000\n   Length          00:00:00.000\n");
+    EXPECT_EQ(length(1, 2147483647), "   Samples         536870911\n   Length          149130:48:31.750\n");
+}
+
+TEST(Riff, BroadcastWave) {
+    const auto bext = [](const std::string &payload, uint32_t rate = 48000) {
+        const std::string dump =
+            dump_of(riff(format(rate) + chunk("bext", payload) + chunk("data", std::string(64, 'x'))));
+        const std::string lines = lines_from(dump, "  Broadcast Wave\n");
+        return lines.substr(0, lines.find(" Elem data"));
+    };
+    ByteWriter w = little();
+    w.text("short", 64)
+        .text("long", 192)
+        .text("maker", 32)
+        .text("ref", 32)
+        .text("2026-01-02")
+        .text("03:04:05");
+    w.u64(uint64_t{90061} * 48000 + 24000).u16(2).zeros(100);
+    const std::string whole = w.str();
+    EXPECT_EQ(bext(whole),
+              "  Broadcast Wave\n"
+              "   description        'short'\n"
+              "   description (long) 'long'\n"
+              "   orginator          'maker'\n"
+              "   orginatorreference 'ref'\n"
+              "   orginatordate      '2026-01-02'\n"
+              "   orginatortime      '03:04:05'\n"
+              "   timerreference     01:01:01.500\n"
+              "   version            2\n");
+    EXPECT_EQ(bext(whole.substr(0, 300)),
+              "  Broadcast Wave\n   description        'short'\n   description (long) 'long'\n   orginator   "
+              "       'maker'\n");
+    EXPECT_EQ(bext(whole.substr(0, 64)), "  Broadcast Wave\n");
+    EXPECT_EQ(lines_from(bext(whole.substr(0, 348)), "   timer"), "   timerreference     01:01:01.500\n");
+    EXPECT_EQ(lines_from(bext(whole, 999), "   timer"), "");
+    EXPECT_EQ(lines_from(bext(whole, 999), "   version"), "   version            2\n");
+}
+
+TEST(Riff, OtherChunks) {
+    const std::string text = "<x>" + std::string(300, 'y');
+    EXPECT_EQ(lines_from(dump_of(riff(format() + chunk("iXML", text))), " Elem iXML"),
+              " Elem iXML length 303 (offset:              24)\n'<x>" + std::string(252, 'y') + "'\n");
+    const std::string cdxa =
+        riff(format() + chunk("data", little().u32(1).u32(2).u32(3).str() + std::string(40, '\x10')), "CDXA");
+    EXPECT_EQ(lines_from(dump_of(cdxa), "  CDXA"),
+              "  CDXA\n              00000034\n              00000001\n              00000002\n              "
+              "00000003\n"
+              "              10101010\n              10101010\n              10101010\n");
+}
+
+TEST(Riff, Rf64) {
+    const std::string sizes = little()
+                                  .u64(5'000'000'100)
+                                  .u64(5'000'000'000)
+                                  .u64(1'250'000'000)
+                                  .u32(3)
+                                  .text("levl")
+                                  .u64(77)
+                                  .text("cut ")
+                                  .u32(1)
+                                  .str();
+    const std::string head = little()
+                                 .text("RF64")
+                                 .u32(0xFFFFFFFF)
+                                 .text("WAVE")
+                                 .raw(chunk("ds64", sizes))
+                                 .raw(format())
+                                 .text("data")
+                                 .u32(0xFFFFFFFF)
+                                 .str();
+    const Workplace place;
+    place.write_sparse("a.wav", 5'000'000'108, 0, head);
+    EXPECT_EQ(lines_from(place.run({"a.wav"}).out, "Fileformat", 13),
+              "Fileformat:RF64\n"
+              " Size:            5000000100\n"
+              " Magic:           WAVE\n"
+              " Elem ds64 length 48 (offset:               c)\n"
+              "   Size            000000012a05f264 (5000000100)\n"
+              "   Datasize        000000012a05f200 (5000000000)\n"
+              "   Samplecount     000000004a817c80 (1250000000)\n"
+              "   Tablelength     3\n"
+              "    Elem           levl\n"
+              "    Size           000000000000004d (77)\n"
+              " Elem fmt  length 16 (offset:              44)\n"
+              "  FMT\n"
+              "   Format          1\n");
+    EXPECT_EQ(lines_from(place.run({"a.wav"}).out, " Elem data", 4),
+              " Elem data length 5000000000 (offset:              5c)\n"
+              "  DATA\n"
+              "   Samples         1250000000\n"
+              "   Length          07:14:01.666\n");
+}
+
+TEST(Riff, DamagedFiles) {
+    EXPECT_EQ(dump_of(riff(format() + chunk("data", ""))), "Error: Scanning for formattag, read failed\n");
+    const std::string good = riff(format() + chunk("data", std::string(100, 'x')) + chunk("end ", "ab"));
+    EXPECT_EQ(lines_from(dump_of(good.substr(0, good.size() - 1)), "   Length"),
+              "   Length          00:00:00.000\nError: read failed 65536 @ 144\n");
+    EXPECT_EQ(lines_from(dump_of(good.substr(0, good.size() - 5)), "   Length"),
+              "   Length          00:00:00.000\nError: read failed\n");
+    EXPECT_EQ(lines_from(dump_of(little().raw(good).at(40).u32(0xFFFFFFFF).str()), " Elem data", 3),
+              " Elem data length 0 (offset:              24)\n  DATA\n   Samples         0\n");
+    EXPECT_EQ(lines_from(dump_of(little().raw(good).at(40).u32(0x80000000).str()), "   Bits"),
+              "   Bits            16\nError: read failed 65536 @ 36\n");
+    // A size that leads backwards ends the search for the format instead of circling.
+    EXPECT_EQ(
+        lines_from(dump_of(little().raw(riff(chunk("junk", std::string(80, 'x')))).at(16).u32(-9).str()),
+                   "Fileformat:RIFF", 1),
+        "Fileformat:RIFF\n");
+    EXPECT_EQ(dump_of(little().raw(riff(chunk("junk", std::string(80, 'x')))).at(16).u32(-100).str()),
+              "Error: Scanning for formattag, seek failed\n");
+}
+
+TEST(Aiff, ChunksAndDamage) {
+    const std::string common = big().text("COMM").u32(18).u16(2).u32(480).u16(24).zeros(10).str();
+    const std::string sound = big().text("SSND").u32(16).u32(4).u32(0).zeros(8).str();
+    const auto form = [](const std::string &body) {
+        return big().text("FORM").u32(body.size()).raw(body).str();
+    };
+    EXPECT_EQ(dump_of(form("AIFC" + big().text("NAME").u32(3).text("abc").u8(0).str() + common + sound +
+                           "tail1234")),
+              "Fileformat:AIFF\n"
+              " Size:            74\n"
+              " Magic:           AIFC\n"
+              " Elem NAME length 3\n"
+              "Unknown\n"
+              " Elem COMM length 18\n"
+              " COMM\n"
+              "  Channels 2\n"
+              "  Samples  480\n"
+              "  Bits     24\n"
+              " Elem SSND length 16\n"
+              " SSND\n"
+              "  Size     16\n"
+              "  Offset   4\n"
+              "PTR 00000046\n");
+    EXPECT_EQ(lines_from(dump_of(form("AIFF" + sound + common), "a", {"-a"}), "PTR", 2),
+              "PTR 00000020\n Elem COMM length 18\n");
+    EXPECT_EQ(dump_of(form("AIFF" + common).substr(0, 30)),
+              "Fileformat:AIFF\n Size:            30\n Magic:           AIFF\n"
+              " Elem COMM length 18\n COMM\n  Channels 2\n  Samples  480\n  Bits     24\n");
+    EXPECT_EQ(lines_from(dump_of(form("AIFF" + common).substr(0, 29)), "Error"),
+              "Error: Could only read 29 bytes of 30\n");
+    EXPECT_EQ(lines_from(dump_of(big().raw(form("AIFF" + common + sound)).at(42).u32(0xFFFFFFFF).str()),
+                         " Elem SSND", 1),
+              " Elem SSND length -1\n");
+}

@@ -1,0 +1,118 @@
+#include <gtest/gtest.h>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+
+namespace {
+
+using Words = std::vector<uint16_t>;
+
+// Lines of `length` words: EAV, blanking, SAV, picture.
+Words sd_lines(size_t length, size_t count) {
+    Words words;
+    for (size_t i = 0; i < count; i++) {
+        Words line(length, 0x200);
+        const Words eav = {0x3FF, 0, 0, 0x274};
+        const Words sav = {0x3FF, 0, 0, 0x200};
+        std::copy(eav.begin(), eav.end(), line.begin());
+        std::copy(sav.begin(), sav.end(), line.begin() + 100);
+        words.insert(words.end(), line.begin(), line.end());
+    }
+    return words;
+}
+
+// Two interleaved streams; the second XYZ word of the EAV may differ.
+Words hd_lines(size_t length, size_t count, uint16_t second_xyz = 0x274) {
+    Words words;
+    for (size_t i = 0; i < count; i++) {
+        Words line(length, 0x200);
+        const Words eav = {0x3FF, 0x3FF, 0, 0, 0, 0, 0x274, second_xyz};
+        const Words sav = {0x3FF, 0x3FF, 0, 0, 0, 0, 0x200, 0x200};
+        std::copy(eav.begin(), eav.end(), line.begin());
+        std::copy(sav.begin(), sav.end(), line.begin() + 560);
+        words.insert(words.end(), line.begin(), line.end());
+    }
+    return words;
+}
+
+std::string eight_bit(const Words &words) {
+    std::string data;
+    for (const uint16_t word : words) data += static_cast<char>(word >> 2);
+    return data;
+}
+
+std::string ten_bit(const Words &words) {
+    ByteWriter w = little();
+    for (size_t i = 0; i + 2 < words.size(); i += 3) {
+        w.u32(words[i] | static_cast<uint32_t>(words[i + 1]) << 10 |
+              static_cast<uint32_t>(words[i + 2]) << 20);
+    }
+    return w.str();
+}
+
+std::string capture(const std::string &header, const std::string &data) {
+    return "STREAMER" + header + "\t" + data;
+}
+
+const std::string kHint = "Use option -v to hexdump data\n";
+const std::string kStart = "Format: SDI Streamer\n";
+const std::string kUnreadable = "Warning: Could not read file\n";
+
+}  // namespace
+
+TEST(RawStream, Rasters) {
+    const std::string eight = "nbits 8\nsize 1000\n";
+    const std::string ten =
+        "size 1000\nxsize 9\nysize 8\nfield1size 7\nfield2size 6\nfrequency 5\n\nnbits 10\n";
+    EXPECT_EQ(dump_of(capture(eight, eight_bit(sd_lines(1728 / 2, 5)))),
+              kStart + "Raster is SDTV - PAL 720x576 25Hz\n");
+    EXPECT_EQ(dump_of(capture(ten, ten_bit(sd_lines(858, 5)))),
+              kStart + "Raster is SDTV - NTSC 720x486 30Hz\n");
+    EXPECT_EQ(dump_of(capture(ten, ten_bit(hd_lines(5280, 3)))),
+              kStart + "Raster is HDTV - SMPTE274/25 1920x1080\n");
+    EXPECT_EQ(dump_of(capture(ten, ten_bit(hd_lines(6600, 3)))),
+              kStart + "Raster is HDTV - SMPTE296/30 1280x720z\n");
+    EXPECT_EQ(dump_of(capture(eight, eight_bit(sd_lines(900, 5)))),
+              kStart + "Warning: Unknown raster linelength 900\n" + kHint);
+    EXPECT_EQ(dump_of(capture(ten, ten_bit(hd_lines(5000 - 2, 3)))),
+              kStart + "Warning: Unknown raster linelength 4998\n" + kHint);
+    EXPECT_EQ(dump_of(capture(ten, ten_bit(hd_lines(5280, 3, 0x2D8)))),
+              kStart +
+                  "Raster is HDTV - SMPTE274/25 1920x1080\n"
+                  "Warning: EAV XYZ code different, probably recorded DF in NDF raster\n" +
+                  kHint);
+}
+
+TEST(RawStream, NoRaster) {
+    const std::string eight = "nbits 8\nsize 1\n";
+    EXPECT_EQ(dump_of(capture(eight, "")), kStart + "Warning: Could not find SAV and EAV\n" + kHint);
+    EXPECT_EQ(dump_of(capture(eight, eight_bit(sd_lines(864, 1)))),
+              kStart + "Warning: Could not find SAV and EAV for line length detect\n" + kHint);
+}
+
+TEST(RawStream, Headers) {
+    const auto dumped = [](const std::string &content) { return dump_of(content).substr(kStart.size()); };
+    EXPECT_EQ(dumped(capture("colour 1\nnbits 8\nsize 5\n", "")).substr(0, 32),
+              "Warning: Unknown tag 'colour 1'\n");
+    EXPECT_EQ(dumped(capture("size 5\n", "xx")), kUnreadable);
+    EXPECT_EQ(dumped(capture("nbits 0\nsize 5\n", "xx")), kUnreadable);
+    EXPECT_EQ(dumped(capture("nbits 8\nsize\n", "xx")), kUnreadable);
+    EXPECT_EQ(dumped("STREAMERnbits 8\nsize 5\n"), kUnreadable);
+    EXPECT_EQ(dumped(capture("nbits 8\nsize 5\ndropped", "xx")),
+              "Warning: Could not find SAV and EAV\n" + kHint);
+}
+
+TEST(RawStream, WordsInHexadecimal) {
+    const std::string dump = dump_of(
+        capture("nbits 10\nsize 5\n", ten_bit({0x003, 0x3FC, 0x040, 0x200, 0x123, 0x3FB})), "f", {"-v"});
+    EXPECT_EQ(lines_from(dump, "000000::", 2),
+              "000000:: 000 3ff 040 200 123 3fb 000 000 - '**  ..**'\n"
+              "000008:: 000 000 000 000 000 000 000 000 - '********'\n");
+    EXPECT_EQ(lines_from(dump, "007ff8::"), "007ff8:: 000 000 000 000 000 000 000 000 - '********'\n\n");
+    const std::string kel =
+        dump_of(capture("nbits10kel 1\nnbits 10\nsize 5\n", "\x80\x40\x21\xE4"), "f", {"-v"});
+    EXPECT_EQ(lines_from(kel, "000000::", 1), "000000:: 203 102 085 000 000 000 000 000 - '...*****'\n");
+    const std::string eight =
+        dump_of(capture("nbits 8\nsize 5\n", std::string("\x00\xFF\x01\xFE", 4)), "f", {"-v"});
+    EXPECT_EQ(lines_from(eight, "000000::", 1), "000000:: 000 3ff 004 3f8 000 000 000 000 - '**..****'\n");
+}
