@@ -1,3 +1,0 @@
-#include "quicktime/quicktime.h"
-
-int qtdump(const char *) { return 0; }

@@ -1,0 +1,59 @@
+// The data formats of sample descriptions and the lists of extensions behind them.
+#include "movie.h"
+
+namespace {
+
+size_t count(const std::string &text, const std::string &part) {
+    size_t n = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) n++;
+    return n;
+}
+
+// The dump's end behind a description's own fields, with a list of two extensions and four more bytes.
+std::string extensions_of(const std::string &type, std::string fixed, uint16_t version, uint32_t terminator) {
+    fixed = big().raw(fixed).at(8).u16(version).str();
+    const std::string extensions = atom("fiel", std::string("\2\6", 2)) + atom("frma", "twos");
+    const std::string dump = fields_of(type, fixed + extensions + little().u32(terminator).str());
+    return lines_from(dump, "  ATOM");
+}
+
+std::string extension_lines(const std::string &first, const std::string &second, const std::string &end) {
+    return "  ATOM 1 fiel (0x6C656966) size=10        (0x000000A) offset=0x              " + first +
+           "\n    fields=2 (0x2)\n    detail=6 (0x6)\n"
+           "  ATOM 1 frma (0x616D7266) size=12        (0x000000C) offset=0x              " +
+           second + "\n    format=twos (0x736F7774)\n  " + end + "\n";
+}
+
+}  // namespace
+
+TEST(QuicktimeDescriptions, Extensions) {
+    const std::string end = "End of sample description extension list";
+    EXPECT_EQ(extensions_of("apch", counting(78), 0, 0), extension_lines("56", "60", end));
+    EXPECT_EQ(extensions_of("tmcd", counting(26), 0, 0), extension_lines("22", "2c", end));
+    EXPECT_EQ(extensions_of("twos", counting(28), 0, 0), extension_lines("24", "2e", end));
+    EXPECT_EQ(extensions_of("twos", counting(28), 3, 0), extension_lines("24", "2e", end));
+    EXPECT_EQ(extensions_of("in24", counting(44), 1, 0), extension_lines("34", "3e", end));
+    EXPECT_EQ(
+        extensions_of("lpcm", counting(64), 2, 0xA0B0C),
+        extension_lines("48", "52", "Warning: ending in sample description extension list is 000A0B0C"));
+}
+
+// One description of each data format in an "stsd": none of them is an unknown atom.
+TEST(QuicktimeDescriptions, DataFormats) {
+    std::string video =
+        "24BG2vuyABGRai12ai13ai15ai16ai1pai1qai52ai53ai55ai56ai5pai5qap4hapchapcnapcoapcsAV1xavc1AVdnAVdvAVmp"
+        "BGRACFHDdv5ndv5pdvc dvcpdvh2dvh3dvh5dvh6dvhpdvhqdvpphdv1hdv2hdv3hdv4hdv5hdv6hdv7hdv8hdv9hdvajpegmpeg"
+        "mx3nmx3pmx4nmx4pmx5nmx5pr408raw RGBArle v210v216v308v408v410xd54xd55xd59xd5axd5bxd5cxd5dxd5exd5f"
+        "xdv1xdv2xdv3xdv4xdv5xdv6xdv7xdv8xdv9xdvaxdvbxdvcxdvdxdvexdvfyuv2yuvsyuvuYVYU";
+    video += std::string("\0\0\0\x20\0\0\0\x18", 8);
+    const std::string audio = "fl32in24in32lpcmmp4ani24ni32QDM2sowttwos";
+    ASSERT_EQ(video.size(), 95U * 4);
+    std::string descriptions = counting(8);
+    for (size_t i = 0; i < video.size(); i += 4) descriptions += atom(video.substr(i, 4), counting(78));
+    for (size_t i = 0; i < audio.size(); i += 4)
+        descriptions += atom(audio.substr(i, 4), std::string(28, '\0'));
+    const std::string dump = movie_dump(atom("stsd", descriptions));
+    EXPECT_EQ(count(dump, "    clutid=28014 (0x6D6E)\n"), 95U);
+    EXPECT_EQ(count(dump, "    samplerate=0.000000 (0x0)\n"), 10U);
+    EXPECT_EQ(count(dump, "UNKNOWN"), 0U);
+}

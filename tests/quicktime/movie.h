@@ -1,0 +1,48 @@
+// Movies built atom by atom, and the text of their dumps.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+
+inline std::string atom(const std::string &type, const std::string &payload = "", uint64_t too_long = 0) {
+    return big().u32(8 + payload.size() + too_long).text(type).raw(payload).str();
+}
+
+// n bytes that count up from 0x21: every field shows a value of its own.
+inline std::string counting(size_t n) {
+    std::string bytes;
+    for (size_t i = 0; i < n; i++) bytes += static_cast<char>(0x21 + i);
+    return bytes;
+}
+
+// The dump between its first line and the closing one.
+inline std::string movie_dump(const std::string &content) {
+    const std::string dump = dump_of(content, "clip.mov");
+    EXPECT_TRUE(dump.starts_with("Fileformat: QT\n") && dump.ends_with("\nNo problems found.\n"));
+    return dump.substr(15, dump.size() - 15 - 20);
+}
+
+// The dump of a file of one atom, without the atom's own line.
+inline std::string fields_of(const std::string &type, const std::string &payload) {
+    const std::string dump = movie_dump(atom(type, payload));
+    return dump.substr(dump.find('\n') + 1);
+}
+
+// Lines at the indentation of a top-level atom's fields, from a list in which '|' ends a line.
+inline std::string fields(const std::string &list) {
+    std::string lines = "  ";
+    for (const char c : list) lines += c == '|' ? "\n  " : std::string(1, c);
+    return lines.substr(0, lines.size() - 2);
+}
+
+// A text that stands beside the tests.
+inline std::string golden(const std::string &name) {
+    std::ifstream file(KELDUMP_SAMPLES "/../tests/quicktime/" + name);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+}
