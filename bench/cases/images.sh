@@ -1,4 +1,4 @@
-# Still images: a PNG, an OpenEXR and an ARRI frame whose picture data is huge, and a folder of small pictures.
+# Still images: a PNG, an OpenEXR and an ARRI frame whose picture data is huge.
 be32() { printf '%b' "$(printf '\\x%02x' $(($1 >> 24 & 255)) $(($1 >> 16 & 255)) $(($1 >> 8 & 255)) $(($1 & 255)))"; }
 png_chunk() { (be32 "$2" && printf '%s' "$3") | dd of="$WORK/huge.png" bs=1 seek="$1" conv=notrunc status=none; }
 # Two chunks of picture data in 4 GB, and the last chunk behind them.
