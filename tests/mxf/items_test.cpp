@@ -1,0 +1,247 @@
+// Structural items and metadata sets.
+#include <gtest/gtest.h>
+
+#include "klv_items.h"
+
+namespace {
+
+std::string partition(const std::string &status, const std::string &containers, uint32_t count) {
+    ByteWriter w = big();
+    w.u16(1).u16(2).u32(512).u64(0x1000).u64(0x200).u64(0xABCDEF).u64(1000).u64(0).u32(2).u64(3).u32(1);
+    w.hex("060E2B34 04010101 0D010201 01010900").u32(count).u32(16).raw(containers);
+    return item("060E2B34 02050101 0D010201 0102" + status + "00", w.str());
+}
+
+std::string primer(const std::string &items, uint32_t count, uint32_t size = 18) {
+    return item(kPrimer, big().u32(count).u32(size).raw(items).str());
+}
+
+// One item of a set, under a tag that a primer pack declares with the kind of an RP 210 row.
+std::string rendered(uint32_t tag, const std::string &value) { return body(set("3B", local(tag, value))); }
+
+// What follows the last item that counts: an item of 25 bytes or less at the end of a file is not looked at.
+const std::string kEnd = item(kFiller, std::string(10, 'x'));
+const std::string kEndBlock =
+    "000000a0 06.0e.2b.34.01.01.01.02-03.01.02.10.01.00.00.00 - RP210/Filler Data\n\n";
+
+const std::string kGuid = hex("00112233445566778899AABBCCDDEEFF");
+
+}  // namespace
+
+TEST(Partition, FieldsAndStatus) {
+    const std::string container = hex("060E2B34 04010102 0D010301 02046001");
+    EXPECT_EQ(dump_of(partition("04", container + std::string(16, 'x'), 2), "clip.mxf"),
+              "00000000 06.0e.2b.34.02.05.01.01-0d.01.02.01.01.02.04.00 - MXF Partition Header\n"
+              " Closed and Complete\n"
+              " Length             0x00000078 (until 0x0000008c)\n"
+              " Major Version      1\n"
+              " Minor Version      2\n"
+              " Alignment          512\n"
+              " ThisPartition      0000000000001000\n"
+              " PreviousPartition  0000000000000200\n"
+              " FooterPartition    0000000000abcdef\n"
+              " HeaderByteCount    1000\n"
+              " IndexByteCount     0\n"
+              " IndexSID           2\n"
+              " BodyOffset         3\n"
+              " BodySID            1\n"
+              " OperationalPattern 06.0e.2b.34.04.01.01.01-0d.01.02.01.01.01.09.00 - RP224/MXF OP1a "
+              "SingleItem SinglePackage "
+              "MultiTrack Stream Internal\n"
+              " ContainerCount     2\n"
+              " ContainerSize      16\n"
+              "                    06.0e.2b.34.04.01.01.02-0d.01.03.01.02.04.60.01 - RP224/MXF-GC "
+              "Frame-wrapped MPEG-ES "
+              "VideoStream-0 SID\n"
+              "                    78.78.78.78.78.78.78.78-78.78.78.78.78.78.78.78 - \n"
+              "\n\n");
+    EXPECT_EQ(body(partition("00", "", 0)).substr(0, 81),
+              "MXFERROR @ 0x00000000 Unknown entry for open/close\n Length             0x00000058");
+    EXPECT_EQ(lines_from(body(partition("01", "", 0xFFFFFFFF)), " ContainerCount"),
+              " ContainerCount     -1\n ContainerSize      16\n");
+    EXPECT_EQ(body(partition("01", "", 0)).substr(0, 21), " Open and Incomplete\n");
+    EXPECT_EQ(lines_from(plain(partition("02", "", 0), {"-mx"}), "0x06", 1),
+              "0x06,0x0e,0x2b,0x34,0x02,0x05,0x01,0x01,0x0d,0x01,0x02,0x01,0x01,0x02,0x02,0x00 - MXF "
+              "Partition Header\n");
+}
+
+TEST(Primer, Branches) {
+    const std::string known = hex("3C0A 060E2B34 01010101 01011502 00000000");
+    const std::string other_tag = hex("1234 060E2B34 01010101 01011502 00000000");
+    const std::string dynamic = hex("8001 060E2B34 01010105 0E0E0E0E 0E0E0E0E");
+    const std::string named = hex("8002") + kGuid;
+    const std::string foreign = hex("0003") + kGuid;
+    const std::string unknown = hex("0004 060E2B34 01010101 7F7F7F7F 00000000");
+    const std::string named_set = set("2F", local(0x3C0A, kGuid));
+    const std::string use = set("3B", local(0x8001, "ab") + local(0x8002, "cd") + local(0x1234, kGuid));
+    const std::string dump =
+        plain(primer(known + other_tag + dynamic + named + foreign + unknown, 6) + named_set + use);
+    EXPECT_EQ(lines_from(dump, " Version", 15),
+              " Version            1\n"
+              " Designator         1\n"
+              " Length             0x00000074\n"
+              " Itemcount          6\n"
+              " Itemlength         18\n"
+              "  Tag 3c0a - 06.0e.2b.34.01.01.01.01-01.01.15.02.00.00.00.00 - GUID\n"
+              "  Tag 1234 - 06.0e.2b.34.01.01.01.01-01.01.15.02.00.00.00.00 - GUID\n"
+              "Local tag def 1234 != 3c0a\n"
+              "MXFERROR @ 0x00000030 mxf_primer_pack - tag id missmatch\n"
+              "  Tag 8001 - 06.0e.2b.34.01.01.01.05-0e.0e.0e.0e.0e.0e.0e.0e - UNKNOWN\n"
+              "  Tag 8002 - 00.11.22.33.44.55.66.77-88.99.aa.bb.cc.dd.ee.ff - Preface\n"
+              "MXFERROR @ 0x00000066 mxf_primary_pack - wrong label data 0003 == "
+              "00.11.22.33.44.55.66.77-88.99.aa.bb.cc.dd.ee.ff\n"
+              "MXFERROR @ 0x00000078 mxf_primer_pack - label not found\n"
+              "06.0e.2b.34.01.01.01.01-7f.7f.7f.7f.00.00.00.00\n"
+              "\n");
+    EXPECT_EQ(lines_from(dump, "  Tag 8001/2"),
+              "  Tag 8001/2 unknown\n   Unknown\n    61 62 \n"
+              "  Tag 8002/2 Preface\n   Unknown\n    63 64 \n"
+              "  Tag 1234/16 GUID\n   GUID   00.11.22.33.44.55.66.77-88.99.aa.bb.cc.dd.ee.ff\n\n");
+    EXPECT_EQ(lines_from(plain(primer("", 3)), "MXFERROR"),
+              "MXFERROR @ 0x00000000 mxf_primer_pack - itemcount * itemsize does not match length\n\n\n");
+    EXPECT_EQ(lines_from(plain(primer("", 0)), " Itemlength"), " Itemlength         18\n\n\n");
+}
+
+TEST(RandomIndex, Pairs) {
+    const std::string pack = item(kRandomIndex, big().u32(0).u64(0).u32(1).u64(0x123456789A).u32(44).str());
+    EXPECT_EQ(body(pack),
+              " Length             0x0000001c\n bodysid 0\n offset  00000000\n bodysid 1\n offset  "
+              "123456789a\n length  44\n");
+}
+
+TEST(Values, Scalars) {
+    EXPECT_EQ(rendered(0x4801, hex("FFFFFFFE")),
+              " Length             0x00000008\n  Tag 4801/4 Track ID\n   Uint32 -2/fffffffe\n");
+    const auto value = [](uint32_t tag, const std::string &bytes) {
+        return lines_from(rendered(tag, bytes), "   ");
+    };
+    EXPECT_EQ(value(0x7777, std::string(300, 'a')).size(), 11U + 16 * 53);
+    EXPECT_EQ(value(0x3C01, big().u16('A').u16(0x20AC).u16(0xE9).u16(0).u16('B').str()),
+              "   Unicode 'A..'\n");
+    EXPECT_EQ(value(0x1503, "\x02"), "   Boolean True\n");
+    EXPECT_EQ(value(0x1502, hex("8001")), "   Uint16 32769/8001\n");
+    EXPECT_EQ(value(0x3F08, "\xFF"), "   Uint8  255/ff\n");
+    EXPECT_EQ(value(0x4B01, hex("00007530 000003E9")), "   Rational 30000/1001 29.97\n");
+    EXPECT_EQ(value(0x4B01, hex("00000001 00000000")), "   Rational 1/0\n");
+    EXPECT_EQ(value(0x4B01, hex("FFFFFFFF 00000002")), "   Rational -1/2 -0.5\n");
+    EXPECT_EQ(value(0x0202, hex("FFFFFFFFFFFFFFFF")), "   Uint64 -1/ffffffffffffffff\n");
+    EXPECT_EQ(value(0x3B02, hex("07EA 0C 1F 17 3B 3A FA")), "   Timestamp 2026.12.31 23:59:58-1000\n");
+    EXPECT_EQ(value(0x3B05, hex("0102")), "   VersionType 1.2\n");
+    EXPECT_EQ(value(0x3C07, hex("0001 0000 0002 0003 0004 05")), "   VersionType 1.0.2.3.4\n");
+    EXPECT_EQ(value(0x3B03, kGuid),
+              "   StrongReference 00.11.22.33.44.55.66.77-88.99.aa.bb.cc.dd.ee.ff\n    References unknown\n");
+    EXPECT_EQ(value(0x3B09, hex("060E2B34 04010101 0D010201 01010900")),
+              "   UniversalLabel    06.0e.2b.34.04.01.01.01-0d.01.02.01.01.01.09.00\n"
+              "    RP224/MXF OP1a SingleItem SinglePackage MultiTrack Stream Internal\n");
+}
+
+TEST(Values, PackageIds) {
+    const std::string basic = hex("060A2B34 01010105 01010F10 13 000007") + kGuid;
+    const auto umid = [](const std::string &bytes) {
+        return lines_from(rendered(0x4401, bytes), "   Label");
+    };
+    EXPECT_EQ(umid(basic),
+              "   Label    06.0a.2b.34.01.01.01.05.01.01.0f.10 Len 32 Version 7\n"
+              "   Material 00.11.22.33.44.55.66.77-88.99.aa.bb.cc.dd.ee.ff\n");
+    std::string extended = basic;
+    extended[12] = 0x33;
+    extended += hex("07EA 01 02 03 04 05 06 00000001 00000002 00000003 00000031 FFFFFFFF 00000010");
+    EXPECT_EQ(lines_from(umid(extended), "   Timestamp"),
+              "   Timestamp    2026.01.02 03:04:05-0024\n"
+              "   Cordinates   00000001 00000002 00000003\n"
+              "   Country      49/00000031\n"
+              "   Organization -1/ffffffff\n"
+              "   User         16/00000010\n");
+    std::string wrong = basic;
+    wrong[12] = 0x20;
+    EXPECT_EQ(lines_from(umid(wrong), "MXFERROR"), "MXFERROR @ 0x00000018 Wrong length of packageid\n");
+}
+
+TEST(Values, ArraysAndBatches) {
+    const auto value = [](uint32_t tag, const std::string &bytes) {
+        return lines_from(rendered(tag, bytes), "   ");
+    };
+    const std::string label = hex("060E2B34 04010101 0D010201 01010900");
+    EXPECT_EQ(value(0x3B06, big().u32(0).u32(16).str()), "   StrongReferenceArray\n    Empty\n");
+    EXPECT_EQ(
+        value(0x3B06, big().u32(1).u32(16).raw(kGuid).str()),
+        "   StrongReferenceArray\n"
+        "    StrongReference 00.11.22.33.44.55.66.77-88.99.aa.bb.cc.dd.ee.ff\n     References unknown\n");
+    EXPECT_EQ(lines_from(rendered(0x3B0A, big().u32(1).u32(8).raw(label).str()), "   Univ"),
+              "   UniversallabelArray\nMXFERROR @ 0x00000020 size != 16\n");
+    EXPECT_EQ(
+        value(0x3B0A, big().u32(9).u32(16).raw(label).raw(label).str()), "   UniversallabelArray\n" + [] {
+            const std::string one =
+                "    Universallabel 06.0e.2b.34.04.01.01.01-0d.01.02.01.01.01.09.00\n"
+                "     References RP224/MXF OP1a SingleItem SinglePackage MultiTrack Stream Internal\n";
+            return one + one;
+        }());
+    EXPECT_EQ(value(0x3F09, big().u32(0).u32(6).str()),
+              "   GenericArray\n    Empty\n    Count 0\n    Size  6\n");
+    EXPECT_EQ(
+        value(0x3F09, big().u32(2).u32(3).text("abcdef").str()),
+        "   GenericArray\n    Count 2\n    Size  3\n     00000000 61 62 63 \n     00000001 64 65 66 \n");
+    EXPECT_EQ(value(0x3F09, big().u32(0x7FFFFFFF).u32(0).str()),
+              "   GenericArray\n    Count 2147483647\n    Size  0\n");
+    const std::string entries =
+        hex("00 FE 22 0000000000001000  FF 01 C0 FFFFFFFFFFFFFFFF  00 00 30 0000000000000001");
+    EXPECT_EQ(value(0x3F0A, big().u32(3).u32(11).raw(entries).str()),
+              "   IndexEntryArray\n"
+              "    00000000 00 fe 22 00 00 00 00 00 00 10 00 \n"
+              "                         1000   0 -2  P\n"
+              "    00000001 ff 01 c0 ff ff ff ff ff ff ff ff \n"
+              "             ffffffffffffffff  -1  1  I Random Header\n"
+              "    00000002 00 00 30 00 00 00 00 00 00 00 01 \n"
+              "                            1   0  0  X\n");
+}
+
+TEST(Sets, NamesAndReferences) {
+    const std::string target = set("30", local(0x3C0A, kGuid));
+    const std::string dump = dump_of(target + set("2F", local(0x3B03, kGuid)) + set("99", "") +
+                                         item("060E2B34 02530101 0D010101 01020700", local(0x3C0A, kGuid)) +
+                                         item("060E2B34 02530101 0D010101 01090700", "") + kEnd,
+                                     "clip.mxf");
+    EXPECT_EQ(
+        lines_from(dump, "00000028 "),
+        "00000028 06.0e.2b.34.02.53.01.01-0d.01.01.01.01.01.2f.00 - Metadata Preface\n"
+        " Length             0x00000014 (until 0x00000050)\n"
+        "  Tag 3b03/16 Content\n"
+        "   StrongReference 00.11.22.33.44.55.66.77-88.99.aa.bb.cc.dd.ee.ff\n"
+        "    References 00000064:unknown\n\n"
+        "00000050 06.0e.2b.34.02.53.01.01-0d.01.01.01.01.01.99.00 - Metadata unknown\n"
+        " Length             0x00000000 (until 0x00000064)\n\n"
+        "00000064 06.0e.2b.34.02.53.01.01-0d.01.01.01.01.02.07.00 - MXFERROR @ 0x00000000 mxf_metadata_key\n"
+        "Metadata unknown\n"
+        " Length             0x00000014 (until 0x0000008c)\n"
+        "  Tag 3c0a/16 GUID\n"
+        "   GUID   00.11.22.33.44.55.66.77-88.99.aa.bb.cc.dd.ee.ff\n\n"
+        "0000008c 06.0e.2b.34.02.53.01.01-0d.01.01.01.01.09.07.00 - Metadata unknown\n"
+        " Length             0x00000000 (until 0x000000a0)\n\n" +
+            kEndBlock);
+    EXPECT_EQ(lines_from(plain(target + set("2F", local(0x3B03, kGuid))), "    References"),
+              "    References Identification\n\n");
+}
+
+TEST(Sets, DefinitionsNameTags) {
+    const std::string name = local(0x0006, big().u16('S').u16(0x3A9).u16('t').str());
+    const std::string tag = local(0x000D, hex("8123"));
+    const std::string id = local(0x0005, kGuid.substr(1) + "x");
+    const std::string uid = local(0x3C0A, kGuid);
+    const std::string use = set("3B", local(0x8123, "!"));
+    const auto used = [&](const std::string &items) {
+        return lines_from(plain(set("00", uid + items) + use + kEnd), "  Tag 8123", 1);
+    };
+    EXPECT_EQ(used(name + tag + id), "  Tag 8123/1 S?t\n");
+    EXPECT_EQ(used(name + tag), "  Tag 8123/1 unknown\n");
+    EXPECT_EQ(used(name + tag + local(0x0005, kGuid)), "  Tag 8123/1 unknown\n");  // begins with a zero
+    EXPECT_EQ(used(tag + id), "  Tag 8123/1 unknown\n");
+    const std::string dump = plain(set("00", uid + name + local(0x000D, "x") + local(0x0005, "y")));
+    EXPECT_EQ(lines_from(dump, "MXFERROR", 2),
+              "MXFERROR @ 0x00000000 mxf_metadata_key_define tag len != 2\n"
+              "MXFERROR @ 0x00000000 mxf_metadata_key_define tag id length != 16\n");
+    EXPECT_NE(dump.find("DefineMetadata S?t\n"), std::string::npos);
+    const std::string object = item("060E2B34 02530101 0D010101 01020000", uid + name + tag + id);
+    EXPECT_EQ(lines_from(plain(object + use + kEnd), "  Tag 8123", 3),
+              "  Tag 8123/1 unknown\n   Unknown\n    21 \n");
+    EXPECT_NE(plain(object).find(" - DefineObject S?t\n"), std::string::npos);
+}
