@@ -20,11 +20,13 @@ constexpr uint64_t kCollectionLimit = 1000000;    // file position at which name
 constexpr uint64_t kMaxVerboseDump = 256;
 constexpr uint64_t kSetEnd = 20;               // behind the key, with the usual 4-byte length
 constexpr uint32_t kInstanceUid = 0x3C0A0010;  // tag and length of a set's instance UID
+constexpr uint64_t kSharedSize = 1 << 20;      // bytes of items that share an image
 constexpr uint32_t kSmallestRead = 512;        // key and length of an essence element cost one such block
 
 struct Walk {
     DumpOptions &opts;
-    FileImage &image;  // the item, its key at offset 0
+    FileImage &image;  // the item and what stands before it since the image was moved
+    uint64_t base;     // file position of the image
     uint64_t file_size;
     uint64_t limit;  // of what may be loaded at once
     uint64_t first_key;
@@ -38,6 +40,16 @@ struct Item {
     uint64_t size;    // key, length and value
     Bytes bytes;
 };
+
+// The file from a position on, as far as an item may reach. Small items that follow each other share an
+// image.
+Bytes window_at(Walk &walk, uint64_t position) {
+    if (position < walk.base || position - walk.base > kSharedSize) {
+        walk.base = position;
+        walk.image.move_to(position);
+    }
+    return walk.image.bytes().from(position - walk.base);
+}
 
 // Position of the first label; false when the head of the file has none.
 bool find_first_key(FileImage &image, uint64_t &position) {
@@ -122,10 +134,9 @@ void run_pass(Walk &walk, bool collecting) {
             std::printf("Internal error\n");
             return;
         }
-        walk.image.move_to(position);
+        const Bytes window = window_at(walk, position);
         uint32_t value = kKeySize;
-        const uint64_t length =
-            mxfber(walk.opts, walk.image.bytes().sub(0, loaded - next_key), kKeySize, &value);
+        const uint64_t length = mxfber(walk.opts, window.sub(0, loaded - next_key), kKeySize, &value);
         const uint64_t size = value + length;
         if (static_cast<int64_t>(size) <= 0) {
             std::printf("Invalid length (%lld)\n", static_cast<long long>(size));
@@ -148,7 +159,7 @@ void run_pass(Walk &walk, bool collecting) {
             return;
         }
         const uint64_t available = walk.file_size > position ? walk.file_size - position : 0;
-        const Item item{position, value, length, size, walk.image.bytes().sub(0, std::min(size, available))};
+        const Item item{position, value, length, size, window.sub(0, std::min(size, available))};
         if (collecting) {
             collect_name(walk, item);
             if (position > kCollectionLimit && !walk.opts.mxf_flag_l) more_items = false;
@@ -165,12 +176,12 @@ void run_pass(Walk &walk, bool collecting) {
 
 void mxfdump(DumpOptions &opts, std::FILE *file) {
     const uint64_t limit = opts.mxf_flag_l ? kLargeItemLimit : kItemLimit;
-    FileImage image(file, 0, limit, kSmallestRead);
+    FileImage image(file, 0, limit + kSharedSize, kSmallestRead);
     if (!image.ok()) {
         std::printf("malloc of buffer %d failed\n", static_cast<int>(limit));
         return;
     }
-    Walk walk{opts, image, file_size(file), limit, 0};
+    Walk walk{opts, image, 0, file_size(file), limit, 0};
     if (!find_first_key(image, walk.first_key)) return;
     run_pass(walk, true);
     run_pass(walk, false);
