@@ -1,0 +1,252 @@
+#include <gtest/gtest.h>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+
+namespace {
+
+using Order = ByteWriter::Order;
+
+struct Entry {
+    uint32_t tag;
+    uint32_t type;
+    uint32_t count;
+    std::string value;  // four bytes as they stand in the file
+};
+
+std::string in_order(Order order, uint32_t value) { return ByteWriter(order).u32(value).str(); }
+
+// The bytes of a directory.
+std::string directory(Order order, const std::vector<Entry> &entries, uint32_t next = 0) {
+    ByteWriter w(order);
+    w.u16(entries.size());
+    for (const Entry &e : entries) w.u16(e.tag).u16(e.type).u32(e.count).raw(e.value);
+    return w.u32(next).str();
+}
+
+// A file with one directory at 8 and data at 1000.
+std::string tiff(Order order, const std::vector<Entry> &entries, const std::string &data = "",
+                 uint32_t next = 0) {
+    ByteWriter w(order);
+    w.text(order == Order::big ? "MM" : "II").u16(42).u32(8).raw(directory(order, entries, next));
+    return w.at(1000).raw(data).str();
+}
+
+// The first line of an entry behind its tag name.
+std::string value_line(Order order, uint32_t type, uint32_t count, const std::string &value,
+                       const std::string &data = "", const std::vector<std::string> &switches = {}) {
+    const std::string dump = dump_of(tiff(order, {{0x9999, type, count, value}}, data), "a.tif", switches);
+    const std::string line = lines_from(dump, "  tag     : 9999 ? ", 1);
+    return line.substr(19, line.size() - 20);
+}
+
+const std::string kAt1000Little = little().u32(1000).str();
+const std::string kAt1000Big = big().u32(1000).str();
+
+}  // namespace
+
+TEST(Tiff, HeadersInBothOrders) {
+    EXPECT_EQ(dump_of(tiff(Order::big, {{256, 3, 1, std::string("\x02\x00\x00\x00", 4)}})),
+              "Fileformat:TIFF\n"
+              " fileid    : 4d4d Big Endian (Swapping)\n"
+              " version   : 002a 'Standard TIFF'\n"
+              " offset    : 00000008\n"
+              " filesize  : 1000\n"
+              " entries: 1\n"
+              "  tag     : 0100 ImageWidth 512 \n"
+              "   type   : 0003\n"
+              "   count  : 00000001\n"
+              "   value  : 02000000\n"
+              " offset  : 00000000\n");
+    EXPECT_EQ(dump_of(little().text("II").u16(43).u32(8).u32(0).str()),
+              "Fileformat:TIFF\n fileid    : 4949 Little Endian \n version   : 002b 'BIG TIFF'\n offset    : "
+              "00000008\n filesize  : 12\n");
+    EXPECT_EQ(lines_from(dump_of(little().text("II").u16(1).u32(8).str()), " version", 1),
+              " version   : 0001 'unknown format'\n");
+}
+
+TEST(Tiff, ValuesOfEveryType) {
+    const std::string four("\x80\x01\x02\x03", 4);
+    EXPECT_EQ(value_line(Order::little, 1, 4, four), "128 1 2 3 ");
+    EXPECT_EQ(value_line(Order::big, 1, 2, four), "128 1 ");
+    EXPECT_EQ(value_line(Order::little, 2, 4, "abcd"), "'abcd'");
+    EXPECT_EQ(value_line(Order::little, 3, 2, four), "384 770 ");
+    EXPECT_EQ(value_line(Order::big, 3, 2, four), "32769 515 ");
+    EXPECT_EQ(value_line(Order::big, 4, 1, four), "-2147417597 ");
+    EXPECT_EQ(value_line(Order::little, 6, 1, four), "-128 ");
+    EXPECT_EQ(value_line(Order::little, 7, 4, four), "80 01 02 03 ");
+    EXPECT_EQ(value_line(Order::big, 8, 2, four), "0180 0302 ");  // little-endian in either order
+    EXPECT_EQ(value_line(Order::big, 9, 1, four), "50463104 ");
+    EXPECT_EQ(value_line(Order::little, 11, 1, little().f32(1.5F).str()), "1.5 ");
+    EXPECT_EQ(value_line(Order::big, 11, 1, little().f32(-0.25F).str()), "-0.25 ");
+    EXPECT_EQ(value_line(Order::big, 13, 1, four), "?");
+    EXPECT_EQ(value_line(Order::big, 0, 1, four), "?");
+    EXPECT_EQ(value_line(Order::big, 13, 0, four), "");
+    EXPECT_EQ(value_line(Order::big, 1, 0x80000000, four), "");
+
+    const std::string ratios = big().u32(0xFFFFFFFF).u32(2).u32(1).u32(0).str();
+    EXPECT_EQ(value_line(Order::big, 5, 2, kAt1000Big, ratios), "2147483647.50000 NAN ");
+    EXPECT_EQ(value_line(Order::big, 10, 2, kAt1000Big, ratios), "-0.50000 NAN ");
+    EXPECT_EQ(value_line(Order::big, 12, 1, kAt1000Big, little().f64(0.1).str()), "0.1 ");
+    EXPECT_EQ(value_line(Order::little, 2, 8, kAt1000Little, std::string("name\0rest", 9)), "'name'");
+    EXPECT_EQ(value_line(Order::little, 3, 3, kAt1000Little, little().u16(1).u16(2).str()),
+              "1 2 0 ");  // cut file
+}
+
+TEST(Tiff, LongValues) {
+    const std::string text = value_line(Order::little, 4, 3000, kAt1000Little, std::string(12000, '\0'));
+    EXPECT_EQ(text.size(), 7936 + std::string(" (dump truncated)").size());
+    EXPECT_EQ(text.substr(7930), "0 0 0  (dump truncated)");
+    EXPECT_EQ(value_line(Order::little, 2, 9000, kAt1000Little, std::string(9000, 'x')).size(), 8191U);
+}
+
+TEST(Tiff, NamesThatDependOnTheValue) {
+    const auto name = [](Order order, uint32_t tag, uint32_t value) {
+        const std::string field = ByteWriter(order).u16(value).u16(0).str();
+        const std::string line = lines_from(dump_of(tiff(order, {{tag, 3, 1, field}})), "  tag", 1);
+        return line.substr(17, line.rfind(' ', line.size() - 3) - 17);
+    };
+    EXPECT_EQ(name(Order::little, 259, 5), "Compression - LZW");
+    EXPECT_EQ(name(Order::big, 259, 32773), "Compression - PackBits");
+    EXPECT_EQ(name(Order::big, 259, 9), "Compression - ?");
+    EXPECT_EQ(name(Order::little, 262, 32803), "CFA - ColorFilterArray");
+    EXPECT_EQ(name(Order::big, 262, 7), "PhotometricInterpretation - ?");
+    EXPECT_EQ(name(Order::big, 339, 3), "SampleFormat - float");
+    EXPECT_EQ(name(Order::little, 42016, 3), "ImageUniqueID");
+    EXPECT_EQ(name(Order::little, 50772, 3), "dng-CalibrationLuminant2");
+}
+
+TEST(Tiff, VerboseTags) {
+    const std::string content =
+        tiff(Order::little, {{273, 4, 1, little().u32(77).str()}, {37500, 7, 2, "ab\0\0"}});
+    EXPECT_EQ(lines_from(dump_of(content), "  tag     : 0111", 1),
+              "  tag     : 0111 StripOffsets (Use verbose mode to dump field)\n");
+    EXPECT_EQ(lines_from(dump_of(content), "  tag     : 927c", 1),
+              "  tag     : 927c MakerNote (Use verbose mode to dump field)\n");
+    EXPECT_EQ(lines_from(dump_of(content, "a", {"-v"}), "  tag     : 0111", 1),
+              "  tag     : 0111 StripOffsets 77 \n");
+}
+
+TEST(Tiff, ChainsAndSubDirectories) {
+    const std::string one = directory(Order::little, {{256, 3, 1, std::string("\x05\0\0\0", 4)}});
+    const std::string printed =
+        " entries: 1\n  tag     : 0100 ImageWidth 5 \n   type   : 0003\n   count  : 00000001\n   value  : "
+        "00000005\n"
+        " offset  : 00000000\n";
+    EXPECT_EQ(lines_from(dump_of(tiff(Order::little, {}, one, 1000)), " entries: 0"),
+              " entries: 0\n offset  : 000003e8\n" + printed);
+    EXPECT_EQ(lines_from(dump_of(tiff(Order::little, {{330, 4, 1, kAt1000Little}}, one)), "SUB IFD"),
+              "SUB IFD" + printed + " offset  : 00000000\n");
+    EXPECT_EQ(lines_from(dump_of(tiff(Order::little, {{34665, 4, 1, kAt1000Little}}, one)), "EXIF IFD"),
+              "EXIF IFD " + printed + " offset  : 00000000\n");
+    // Directories seen before, outside the file, and the array's end.
+    const std::string offsets = little().u32(1012).u32(1012).u32(99999).str();
+    EXPECT_EQ(lines_from(dump_of(tiff(Order::little, {{330, 4, 9, kAt1000Little}}, offsets + one)),
+                         "SUB IFD 0", 20),
+              lines_from("SUB IFD 0" + printed + "SUB IFD 1\nSUB IFD 2\nSUB IFD 3", "SUB IFD 0", 8) +
+                  lines_from(dump_of(tiff(Order::little, {{330, 4, 9, kAt1000Little}}, offsets + one)),
+                             "SUB IFD 3"));
+    // Circles.
+    EXPECT_EQ(lines_from(dump_of(tiff(Order::little, {}, "", 8)), " entries"),
+              " entries: 0\n offset  : 00000008\n");
+    EXPECT_EQ(lines_from(dump_of(tiff(Order::little, {{330, 4, 1, little().u32(8).str()}})), "SUB"),
+              "SUB IFD\n offset  : 00000000\n");
+    EXPECT_EQ(lines_from(dump_of(tiff(Order::little, {}, "", 5000)), " entries"),
+              " entries: 0\n offset  : 00001388\n");
+    EXPECT_EQ(lines_from(dump_of(little().text("II").u16(42).u32(9999).str()), " filesize"),
+              " filesize  : 8\n");
+}
+
+TEST(Tiff, NestingEnds) {
+    ByteWriter w = little();
+    w.text("II").u16(42).u32(8);
+    for (uint32_t i = 0; i < 40; i++) {
+        w.at(8 + 18 * i).raw(directory(Order::little, {{330, 4, 1, little().u32(8 + 18 * (i + 1)).str()}}));
+    }
+    const std::string dump = dump_of(w.str());
+    size_t depth = 0;
+    for (size_t at = 0; (at = dump.find("SUB IFD entries", at)) != std::string::npos; at++) depth++;
+    EXPECT_EQ(depth, 32U);
+    EXPECT_NE(dump.find("SUB IFD\n"), std::string::npos);
+}
+
+TEST(Tiff, PhotoshopResources) {
+    const std::string resources = big()
+                                      .text("8BIM")
+                                      .u16(1005)
+                                      .u8(3)
+                                      .text("abc")
+                                      .u32(3)
+                                      .text("xyz")
+                                      .u8(0)
+                                      .text("8BIM")
+                                      .u16(1036)
+                                      .u16(0)
+                                      .u32(2)
+                                      .text("th")
+                                      .text("8BIX")
+                                      .zeros(4)
+                                      .str();
+    const uint32_t size = static_cast<uint32_t>(resources.size());
+    const std::string content = tiff(Order::little, {{34377, 1, size, kAt1000Little}}, resources);
+    EXPECT_EQ(lines_from(dump_of(content), "  tag"),
+              "  tag     : 8649 photoshop \n"
+              "   name  'abc'\n"
+              "    id   1005\n"
+              "    size 3\n"
+              "     78 79 7a \n"
+              "   name  ''\n"
+              "    id   1036\n"
+              "    size 2\n"
+              "   magic 8BIX wrong\n"
+              "   type   : 0001\n"
+              "   count  : 00000030\n"
+              "   value  : 000003e8\n"
+              " offset  : 00000000\n");
+    EXPECT_EQ(lines_from(dump_of(content, "a", {"-v"}), "    size 2", 2), "    size 2\n     74 68 \n");
+
+    const std::string magic("Adobe Photoshop Document Data Block\0", 36);
+    const auto source = [&](uint32_t count, const std::string &data) {
+        return lines_from(dump_of(tiff(Order::big, {{37724, 7, count, kAt1000Big}}, data)), "  tag", 5);
+    };
+    EXPECT_EQ(source(36, magic),
+              "  tag     : 935c ImageSourceData \n   magic   'Adobe Photoshop Document Data Block'\n    "
+              "Empty data tag\n"
+              "   type   : 0007\n   count  : 00000024\n");
+    EXPECT_EQ(source(60, magic + "8BIX"),
+              "  tag     : 935c ImageSourceData \n   magic   'Adobe Photoshop Document Data Block'\n   magic "
+              "8BIX wrong\n"
+              "   type   : 0007\n   count  : 0000003c\n");
+    EXPECT_EQ(source(36, "something"),
+              "  tag     : 935c ImageSourceData \n   magic   'something'   type   : 0007\n"
+              "   count  : 00000024\n   value  : 000003e8\n offset  : 00000000\n");
+}
+
+TEST(Tiff, FirstPixels) {
+    const auto pixels = [](Order order, uint32_t bits, const std::string &data,
+                           const std::vector<std::string> &switches) {
+        const std::string short_bits = ByteWriter(order).u16(bits).u16(0).str();
+        const std::string dump = dump_of(
+            tiff(order, {{258, 3, 1, short_bits}, {273, 4, 1, in_order(order, 1000)}}, data), "a", switches);
+        return lines_from(dump, "rgb");
+    };
+    EXPECT_EQ(pixels(Order::little, 8, "\x01\x02\x03\x04\x05\x06\x07", {"-v", "-p"}),
+              "rgb : 0001 0002 0003\nrgb : 0004 0005 0006\n");
+    EXPECT_EQ(pixels(Order::big, 16, "abcdefg", {"-v", "-p"}), "rgb : 6162 6364 6566\n");
+    EXPECT_EQ(pixels(Order::little, 16, "abcdef", {"-v", "-p"}), "rgb : 6261 6463 6665\n");
+    EXPECT_EQ(pixels(Order::little, 12, "\x12\x34\x56\x78\x9A\xBC\xDE\xF1\x23", {"-v", "-p"}),
+              "rgb : 1230 4560 7890\nrgb : abc0 def0 1230\n");
+    EXPECT_EQ(pixels(Order::little, 8, std::string(400, 'x'), {"-v", "-p"}).size(), 100U * 21);
+    EXPECT_EQ(pixels(Order::little, 8, "", {"-p"}).substr(0, 21),
+              "rgb : 0049 0049 002a\n");  // offset not read
+    EXPECT_EQ(lines_from(dump_of(tiff(Order::big, {}), "a", {"-p"}), "Unknown"), "Unknown pixel depth 0\n");
+}
+
+TEST(Tiff, DirectoriesAtTheEndOfHugeFiles) {
+    const Workplace place;
+    place.write_sparse("a.tif", 4'000'000'100, 0, little().text("II").u16(42).u32(4'000'000'000).str());
+    place.write_sparse("a.tif", 4'000'000'100, 4'000'000'000,
+                       directory(Order::little, {{271, 2, 3, "RED\0"}}));
+    EXPECT_EQ(lines_from(place.run({"a.tif"}).out, " filesize", 3),
+              " filesize  : -294967196\n entries: 1\n  tag     : 010f Make 'RED'\n");
+}
