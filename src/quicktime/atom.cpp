@@ -13,8 +13,9 @@ namespace {
 
 constexpr uint64_t kFarthest = INT64_MAX;  // that a position of a file can be
 
-// How many times its length a file is walked over again. Containers whose children overrun them lead the walk
-// back; a file made of such containers would double its work with every one of them.
+// How many times its length (a small file counts as one block more) a file is walked over again. Containers
+// whose children overrun them lead the walk back; a file made of such containers would double its work with
+// every one of them.
 constexpr uint64_t kMostReturns = 16;
 
 uint64_t bytes_left(const QtFile &file) {
@@ -111,7 +112,7 @@ void qt_move(QtFile &file, int32_t distance) {
     const uint64_t from = std::min(file.position, file.length);
     file.position -= back;
     if (file.position < from) file.moved_back += from - file.position;
-    if (file.moved_back / kMostReturns > file.length) file.ended = true;
+    if (file.moved_back / kMostReturns > file.length + FileImage::kBlock) file.ended = true;
 }
 
 void qt_hexdump(Bytes bytes, int indent, const char *label) {

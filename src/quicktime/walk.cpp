@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr uint32_t kLevels = 512;
+constexpr uint32_t kLevels = 512;  // of atoms; a movie has some ten, and each is a level of the stack
 constexpr uint64_t kSmallestAtom = 8;
 constexpr uint64_t kTerminator = 4;
 
@@ -49,7 +49,7 @@ uint64_t read_terminator(const QtAtom &atom, ListEnd list_end) {
     return end.size();
 }
 
-// Moves to the container's end when its children did not lead there; the bytes that moves by.
+// Moves to the container's end when its children did not lead there; the bytes moved by, a 32-bit number.
 uint64_t adjust_to_end(const QtAtom &atom, uint64_t consumed) {
     const uint64_t walked = consumed + atom.header_size;
     if (walked == atom.size) return 0;
