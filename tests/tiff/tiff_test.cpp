@@ -94,9 +94,11 @@ TEST(Tiff, ValuesOfEveryType) {
 }
 
 TEST(Tiff, LongValues) {
-    const std::string text = value_line(Order::little, 4, 3000, kAt1000Little, std::string(12000, '\0'));
-    EXPECT_EQ(text.size(), 7936 + std::string(" (dump truncated)").size());
-    EXPECT_EQ(text.substr(7930), "0 0 0  (dump truncated)");
+    ByteWriter longs = little();
+    for (uint32_t i = 0; i < 3000; i++) longs.u32(1000 + i);
+    const std::string text = value_line(Order::little, 4, 3000, kAt1000Little, longs.str());
+    EXPECT_EQ(text.substr(0, 15), "1000 1001 1002 ");
+    EXPECT_EQ(text.substr(7930), "2586 2587  (dump truncated)");
     EXPECT_EQ(value_line(Order::little, 2, 9000, kAt1000Little, std::string(9000, 'x')).size(), 8191U);
 }
 
@@ -139,13 +141,11 @@ TEST(Tiff, ChainsAndSubDirectories) {
               "SUB IFD" + printed + " offset  : 00000000\n");
     EXPECT_EQ(lines_from(dump_of(tiff(Order::little, {{34665, 4, 1, kAt1000Little}}, one)), "EXIF IFD"),
               "EXIF IFD " + printed + " offset  : 00000000\n");
-    // Directories seen before, outside the file, and the array's end.
+    // Directories seen before and outside the file.
     const std::string offsets = little().u32(1012).u32(1012).u32(99999).str();
-    EXPECT_EQ(lines_from(dump_of(tiff(Order::little, {{330, 4, 9, kAt1000Little}}, offsets + one)),
-                         "SUB IFD 0", 20),
-              lines_from("SUB IFD 0" + printed + "SUB IFD 1\nSUB IFD 2\nSUB IFD 3", "SUB IFD 0", 8) +
-                  lines_from(dump_of(tiff(Order::little, {{330, 4, 9, kAt1000Little}}, offsets + one)),
-                             "SUB IFD 3"));
+    EXPECT_EQ(
+        lines_from(dump_of(tiff(Order::little, {{330, 4, 3, kAt1000Little}}, offsets + one)), "SUB IFD 0"),
+        "SUB IFD 0" + printed + "SUB IFD 1\nSUB IFD 2\n offset  : 00000000\n");
     // Circles.
     EXPECT_EQ(lines_from(dump_of(tiff(Order::little, {}, "", 8)), " entries"),
               " entries: 0\n offset  : 00000008\n");
@@ -200,7 +200,7 @@ TEST(Tiff, PhotoshopResources) {
               "    size 2\n"
               "   magic 8BIX wrong\n"
               "   type   : 0001\n"
-              "   count  : 00000030\n"
+              "   count  : 00000028\n"
               "   value  : 000003e8\n"
               " offset  : 00000000\n");
     EXPECT_EQ(lines_from(dump_of(content, "a", {"-v"}), "    size 2", 2), "    size 2\n     74 68 \n");
