@@ -1,0 +1,91 @@
+#include <gtest/gtest.h>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+
+namespace {
+
+std::string hex(const std::string &digits) { return big().hex(digits).str(); }
+std::string segment(const std::string &code, const std::string &content) {
+    return big().hex("FF" + code).u16(2 + content.size()).raw(content).str();
+}
+
+const std::string kSoi = hex("FFD8");
+const std::string kSos = segment("DA", hex("02 01 10 02 23 00 3F 12"));
+
+// The lines of the second segment.
+std::string second(const std::string &content, const std::vector<std::string> &switches = {}) {
+    return lines_from(dump_of(kSoi + content, "a.jpg", switches), "00000002");
+}
+
+}  // namespace
+
+TEST(Jpeg, Segments) {
+    const std::string jfif = segment("E0", std::string("JFIF\0", 5) + hex("0102 01 0048 0060 03 04"));
+    const std::string frame = segment("C2", hex("08 0030 0040 02 01 22 00 02 11 01"));
+    EXPECT_EQ(
+        dump_of(kSoi + jfif + segment("DB", "q") + frame + segment("C4", "h") + segment("DD", "ab") + kSos +
+                "scan"),
+        "Fileformat:JPEG\n"
+        "00000000: SOI/d8 2\n"
+        "00000002: APP0/e0 18\n"
+        " blockid    4a464946 'JFIF'\n version    1.2\n units      inch\n xdpy       72\n ydpy       96\n"
+        " thumbnailx 3\n thumbnaily 4\n"
+        "00000014: DQT/db 5\n quantization table\n"
+        "00000019: SOF2/c2 16\n precision  8\n ysize      48\n xsize      64\n components 2\n"
+        " component0\n  id        1\n  sampling  2 2\n  tableno   0\n"
+        " component1\n  id        2\n  sampling  1 1\n  tableno   1\n"
+        "00000029: DHT/c4 5\n huffmann table\n"
+        "0000002e: DRI/dd 6\n"
+        "00000034: SOS/da 12\n components 2\n component0\n  index     1\n  ac/dc     1/0\n"
+        " component1\n  index     2\n  ac/dc     2/3\n ss         0\n se         63\n a          1 2\n");
+}
+
+TEST(Jpeg, EveryOtherMarker) {
+    const auto line = [](const std::string &code) {
+        return second(segment(code, "x") + kSos).substr(0, second(segment(code, "x") + kSos).find('\n'));
+    };
+    EXPECT_EQ(line("C8"), "00000002: JPG/c8 5");
+    EXPECT_EQ(line("CC"), "00000002: DAC/cc 5");
+    EXPECT_EQ(line("CF"), "00000002: SOF15/cf 5");
+    EXPECT_EQ(line("D3"), "00000002: RST/d3 5");
+    EXPECT_EQ(line("DC"), "00000002: DNL/dc 5");
+    EXPECT_EQ(line("DE"), "00000002: DHP/de 5");
+    EXPECT_EQ(line("DF"), "00000002: EXP/df 5");
+    EXPECT_EQ(line("EF"), "00000002: APP15/ef 5");
+    EXPECT_EQ(line("F0"), "00000002: JPG0/f0 5");
+    EXPECT_EQ(line("FD"), "00000002: JPG13/fd 5");
+    EXPECT_EQ(line("FE"), "00000002: COM/fe 5");
+    EXPECT_EQ(line("F7"), "00000002: 000000f7: 0xfff7 Unknown marker /5 ");
+    EXPECT_EQ(line("BF"), "00000002: 000000bf: 0xffbf Unknown marker /5 ");
+    EXPECT_EQ(second(hex("FFD9") + kSos).substr(0, 19), "00000002: EOI/d9 2\n");
+}
+
+TEST(Jpeg, ApplicationSegments) {
+    EXPECT_EQ(second(segment("E1", std::string("a\x01z\0tail", 8)) + kSos).substr(21, 45),
+              " blockid    61017a 'a.z'\n Unknown type\n000000");
+    EXPECT_EQ(second(segment("E1", "noend") + kSos).substr(20, 45),
+              " blockid    6e6f656e64 'noend'\n Unknown type\n");
+    const std::string units = segment("E0", std::string("JFIF\0", 5) + hex("0102 03 0048 0060 00 00"));
+    EXPECT_EQ(lines_from(second(units + kSos), " units", 1), " units      03 - unknown\n");
+
+    const std::string exif("Exif\0\0", 6);
+    const std::string fixed =
+        little().text("II").u16(42).u32(10).u16(0).u16(1).u16(274).u16(3).u32(1).u32(6).u32(0).str();
+    EXPECT_EQ(lines_from(second(segment("E1", exif + fixed) + kSos), " blockid", 7),
+              " blockid    45786966 'Exif'\n entries: 1\n  tag     : 0112 Orientation 6 \n   type   : 0003\n"
+              "   count  : 00000001\n   value  : 00000006\n offset  : 00000000\n");
+    const std::string big_tiff = big().text("MM").u16(42).u32(8).u16(0).u32(0).str();
+    EXPECT_EQ(lines_from(second(segment("E1", exif + big_tiff) + kSos), " entries", 2),
+              " entries: 0\n offset  : 00000000\n");
+    EXPECT_EQ(lines_from(second(segment("E1", exif + "XX*") + kSos), " Unknown", 1), " Unknown type\n");
+}
+
+TEST(Jpeg, VerboseAndDamaged) {
+    EXPECT_EQ(dump_of(kSoi + segment("FE", "comment") + kSos, "a.jpg", {"-v"}).substr(0, 131),
+              "Fileformat:JPEG\n00000000: SOI/d8 2\nff d8                    - . . \n00000002: COM/fe 11\n"
+              "ff fe 00 09 63 6f 6d 6d  - . . . . c o m m \n");
+    EXPECT_EQ(second("x"), "00000002:  Expected to find 0xff, found 0x78\n:");
+    EXPECT_EQ(second(segment("FE", "comment").substr(0, 8)), "00000002: COM/fe 11\nERROR during decoding\n");
+    EXPECT_EQ(lines_from(second(hex("FFC0")), " components"), " components 0\n");
+}
