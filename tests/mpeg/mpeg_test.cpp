@@ -1,0 +1,358 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+
+namespace {
+
+std::string hex(const std::string &digits) { return big().hex(digits).str(); }
+
+// Bit fields, filled up with zeros to whole bytes.
+class Bits {
+ public:
+    Bits &add(unsigned count, uint64_t value) {
+        for (unsigned i = count; i-- > 0;) bits_ += value >> i & 1 ? '1' : '0';
+        return *this;
+    }
+    Bits &stamp(unsigned prefix_bits, uint64_t prefix, uint64_t value) {
+        return add(prefix_bits, prefix)
+            .add(3, value >> 30)
+            .add(1, 1)
+            .add(15, value >> 15)
+            .add(1, 1)
+            .add(15, value)
+            .add(1, 1);
+    }
+    std::string str() const {
+        std::string bytes((bits_.size() + 7) / 8, '\0');
+        for (size_t i = 0; i < bits_.size(); i++) {
+            if (bits_[i] == '1') bytes[i / 8] = static_cast<char>(bytes[i / 8] | 0x80 >> i % 8);
+        }
+        return bytes;
+    }
+
+ private:
+    std::string bits_;
+};
+
+std::string code(uint32_t id, const std::string &content) {
+    return big().hex("000001").u8(id).raw(content).str();
+}
+std::string packet(uint32_t id, const std::string &content) {
+    return code(id, big().u16(content.size()).raw(content).str());
+}
+
+// An MPEG-2 pack header with the clock at 1 second.
+std::string pack(uint64_t base = 90000, uint32_t stuffing = 0) {
+    Bits b;
+    b.add(2, 1)
+        .add(3, base >> 30)
+        .add(1, 1)
+        .add(15, base >> 15)
+        .add(1, 1)
+        .add(15, base)
+        .add(1, 1)
+        .add(9, 5)
+        .add(1, 1);
+    return code(0xBA,
+                b.add(22, 1000).add(2, 3).add(5, 31).add(3, stuffing).str() + std::string(stuffing, '\xFF'));
+}
+
+const std::string kStart = "Fileformat:MPEG\n00000000:stream 000001ba/0000 - 00:00:00:000000 - timing \n";
+
+// What follows a pack header.
+std::string dumped(const std::string &content, const std::vector<std::string> &switches = {}) {
+    const std::string dump = dump_of(pack() + content, "a.mpg", switches);
+    return dump.substr(dump.find("timing") + 8);
+}
+// The lines of one PES packet of video.
+std::string pes(const Bits &header, const std::vector<std::string> &switches = {}) {
+    const std::string dump = dumped(packet(0xE0, header.str() + "data"), switches);
+    return dump.substr(dump.find('\n', dump.find("videostream0")) + 1);
+}
+// Marker, then the header's flags from PTS_DTS on and its data length.
+Bits pes_flags(unsigned flags, unsigned length = 0) {
+    return Bits().add(2, 2).add(6, 0).add(8, flags).add(8, length);
+}
+
+const std::string kSequence = code(0xB3, Bits()
+                                             .add(12, 720)
+                                             .add(12, 576)
+                                             .add(4, 2)
+                                             .add(4, 3)
+                                             .add(18, 1000)
+                                             .add(1, 1)
+                                             .add(10, 112)
+                                             .add(1, 0)
+                                             .add(2, 0)
+                                             .str());
+
+}  // namespace
+
+TEST(Mpeg, PackAndSystemHeaders) {
+    EXPECT_EQ(dump_of(pack() + code(0xB9, ""), "a", {"-v", "-v"}),
+              kStart +
+                  " systemclock:     00:00:01:000000 - 1.000000\n bits :           5\n muxrate:         "
+                  "50000 bytes/s\n"
+                  " packbytes:       0\n0000000e:stream 000001b9/0000 - 00:00:01:000000 - dataend \n");
+    EXPECT_EQ(dump_of(pack(90000 * 3723ULL, 3) + code(0xB9, ""), "a", {"-v"}),
+              kStart + "00000011:stream 000001b9/0000 - 01:02:03:000000 - dataend \n");
+    EXPECT_EQ(dump_of(code(0xBA, std::string(8, '!')) + code(0xB9, "")),
+              kStart + " mpeg 1 ?\n0000000c:stream 000001b9/0000 - 00:00:00:000000 - dataend \n");
+    EXPECT_EQ(dump_of(code(0xBA, "\xC0") + code(0xB9, "")).substr(kStart.size(), 12), "mode == 3 ?\n");
+    const std::string bad_marker = little().raw(pack()).at(4).u8(0x40).str();
+    EXPECT_EQ(dump_of(bad_marker), kStart + "Error marker bit not 1\n");
+
+    Bits system;
+    system.add(1, 1)
+        .add(22, 1000)
+        .add(1, 1)
+        .add(6, 2)
+        .add(1, 1)
+        .add(1, 0)
+        .add(1, 1)
+        .add(1, 0)
+        .add(1, 1)
+        .add(5, 3)
+        .add(1, 1)
+        .add(7, 127);
+    system.add(8, 0xE3).add(2, 3).add(1, 1).add(13, 230).add(1, 0);
+    EXPECT_EQ(dumped(packet(0xBB, system.str())),
+              "0000000e:stream 000001bb/0010 - 00:00:01:000000 - systemheader \n"
+              " ratebound:       1000\n audiobound:      2\n fixedflag:       1\n cspsflag:        0\n "
+              "audiolocked:     1\n"
+              " videolocked:     0\n videobound:      3\n privaterate:     1\n reserved:        127\n"
+              " streamid:        e3\n bound:           1\n bufferzone:      230\n");
+}
+
+TEST(Mpeg, ProgramStreamMap) {
+    const std::string head = Bits().add(1, 1).add(2, 0).add(5, 9).add(7, 0).add(1, 1).str();
+    const std::string map =
+        head +
+        big().u16(16).text("abcdefghijklmnop").u16(7).u8(2).u8(0xE0).u16(3).text("xyz").u32(0xCAFE).str();
+    EXPECT_EQ(lines_from(dumped(packet(0xBC, map)), " nextindicator"),
+              " nextindicator:   1\n version:         9\n infolength:      16\n"
+              " info:            'abcdefghijklmno'\n                  'p'\n"
+              " infolength:      7\n stream_type:     2\n stream_id:       e0\n infolength:      3\n"
+              " info:            'xyz'\n CRC32:            0000cafe\n");
+    EXPECT_EQ(lines_from(dumped(packet(0xBC, head + big().u16(0).u16(0).u32(1).str())), " info:"),
+              " info:            ''\n infolength:      0\n CRC32:            00000001\n");
+}
+
+TEST(Mpeg, PesHeaders) {
+    EXPECT_EQ(pes(pes_flags(0)), "");
+    EXPECT_EQ(pes(pes_flags(0x80, 5).stamp(4, 2, (1ULL << 32) + 1)), "  PTS             100000001\n");
+    EXPECT_EQ(pes(pes_flags(0xC0, 10).stamp(4, 3, 0x1234).stamp(4, 1, 0x567)),
+              "  PTS             00001234\n  DTS             00000567\n");
+    EXPECT_EQ(pes(pes_flags(0x80, 5).stamp(4, 5, 7)),
+              "Error marker bits not 2 is 5\n  PTS             00000007\n");
+    EXPECT_EQ(pes(pes_flags(0x40)), "ERROR:00000017:PTSDTS flag may not be 01\n");
+    EXPECT_EQ(pes(pes_flags(0x20).stamp(2, 0, 99).add(9, 6).add(1, 1)), "  ECSR           00000063 6\n");
+    EXPECT_EQ(pes(pes_flags(0x10).add(1, 1).add(22, 77).add(1, 1)), "  ESRATE         77\n");
+    EXPECT_EQ(pes(pes_flags(0x08).add(3, 3).add(2, 1).add(1, 1).add(2, 2)),
+              "  trickmode      3\n  fieldid      1\n  intraslice   1\n  freqtrunc    2\n");
+    EXPECT_EQ(pes(pes_flags(0x08).add(3, 4).add(5, 17)), "  trickmode      4\n  repcntrl     17\n");
+    EXPECT_EQ(pes(pes_flags(0x08).add(3, 2).add(2, 3).add(3, 0)), "  trickmode      2\n  fieldid      3\n");
+    EXPECT_EQ(pes(pes_flags(0x08).add(3, 7).add(5, 0)), "  trickmode      7\n");
+    EXPECT_EQ(pes(pes_flags(0x06).add(1, 1).add(7, 11).add(16, 500)),
+              "  copyinfo       11\n  pescrc         500\n");
+    Bits extension = pes_flags(0x01);
+    extension.add(4, 15).add(3, 7).add(1, 1);
+    for (unsigned i = 0; i < 16; i++) extension.add(8, i);
+    extension.add(8, 9)
+        .add(1, 1)
+        .add(7, 5)
+        .add(1, 1)
+        .add(1, 1)
+        .add(6, 33)
+        .add(2, 1)
+        .add(1, 1)
+        .add(13, 46)
+        .add(1, 1)
+        .add(7, 2)
+        .add(8, 'A')
+        .add(8, 1);
+    EXPECT_EQ(pes(extension),
+              "  privateflag     1\n  packheaderflag  1\n  counterflag     1\n  stdflag         1\n  extflag "
+              "        1\n"
+              "  privatedata     07 06 05 04 03 02 01 00\n  privatedata     0f 0e 0d 0c 0b 0a 09 08\n"
+              "  fieldlength     9\n  sequencenr      5\n  mpeg1           1\n  orglength       33\n"
+              "  stdscale        1\n  stdsize         46\n  fieldlen        2\n  reserved        41 A\n  "
+              "reserved        01\n");
+    const Bits all = Bits().add(2, 2).add(2, 1).add(4, 15).add(8, 0).add(8, 6);
+    EXPECT_EQ(pes(all, {"-v", "-v"}),
+              "  PES_scrambling  1\n  PES_priority    1\n  data_alignment  1\n  copyright       1\n  "
+              "copyflag        1\n"
+              "  PES_header_data 6\n");
+    EXPECT_EQ(pes(all, {"-v"}), "");
+    EXPECT_EQ(dumped(packet(0xBE, "xx") + packet(0xF8, "x")),
+              "0000000e:stream 000001be/0002 - 00:00:01:000000 - padding_stream 2\n"
+              "00000016:stream 000001f8/0001 - 00:00:01:000000 - itu_h_222_e_stream 1\n");
+    EXPECT_EQ(dumped(packet(0xC5, pes_flags(0).str()) + packet(0xFB, pes_flags(0).str()))
+                      .find("audiostream5 3\n") != std::string::npos,
+              true);
+}
+
+TEST(Mpeg, VideoHeaders) {
+    EXPECT_EQ(
+        dump_of(kSequence + code(0xB7, "xx")),
+        "Fileformat:MPEG\n00000000:stream 000001b3/0000 - 00:00:00:000000 - sequenceheader \n"
+        " xsize:           720\n ysize:           576\n aspect:          2\n framerate:       3\n bitrate:   "
+        "      1000\n"
+        " marker:          1\n vbvbuffer:       112\n constrained:     0\n"
+        "0000000c:stream 000001b7/30840 - 00:00:00:000000 - sequenceend \nERROR:00000012:Unknown TAG\n");
+    Bits matrices;
+    matrices.add(62, 0).add(1, 0).add(1, 1).add(512 - 2, 0).add(2, 0).add(1, 0);
+    EXPECT_NE(dump_of(code(0xB3, matrices.str())).find("\n nonintramatrix:\n"), std::string::npos);
+
+    const auto after_sequence = [](const std::string &content) {
+        const std::string dump = dump_of(kSequence + content);
+        const std::string lines = lines_from(dump, "0000000c:");
+        return lines.substr(lines.find('\n') + 1);
+    };
+    EXPECT_EQ(after_sequence(code(0xB8, Bits().add(25, 0x1234).add(1, 1).add(1, 0).str())),
+              " timecode:        00001234\n closedgop:       1\n brokenlink:      0\n");
+    EXPECT_EQ(after_sequence(code(0xB5, Bits()
+                                            .add(4, 1)
+                                            .add(8, 0x48)
+                                            .add(1, 1)
+                                            .add(2, 1)
+                                            .add(4, 6)
+                                            .add(12, 9)
+                                            .add(1, 1)
+                                            .add(8, 3)
+                                            .add(1, 1)
+                                            .add(2, 2)
+                                            .add(5, 4)
+                                            .str())),
+              " identifier:      1  Sequence Extension\n profile:         72\n progressive:     1\n "
+              "chromaformat:    1\n"
+              " horizontalext:   1\n verticalalext:   2\n bitrateext:      9\n vbvbufferext:    3\n "
+              "lowdelay:        1\n"
+              " frameratenext:   2\n frameratedext:   4\n");
+    EXPECT_EQ(after_sequence(code(0xB5, Bits()
+                                            .add(4, 2)
+                                            .add(3, 5)
+                                            .add(1, 1)
+                                            .add(8, 1)
+                                            .add(8, 2)
+                                            .add(8, 3)
+                                            .add(14, 700)
+                                            .add(1, 1)
+                                            .add(14, 500)
+                                            .str())),
+              " identifier:      2  Sequence Display Extension\n videoformat:     5\n colordesc:       1\n  "
+              "primaries:      1\n"
+              "  transfer:       2\n  matrix:         3\n xsize:           700\n ysize:           500\n");
+    Bits coding;
+    coding.add(4, 8)
+        .add(16, 0xFEDC)
+        .add(2, 1)
+        .add(2, 3)
+        .add(9, 0x101)
+        .add(1, 1)
+        .add(1, 1)
+        .add(3, 5)
+        .add(1, 0)
+        .add(7, 9)
+        .add(8, 8);
+    EXPECT_EQ(after_sequence(code(0xB5, coding.add(4, 0).str())),
+              " identifier:      8  Picture Coding Extension\n fwdhorizontal:   15\n fwdvertical:     14\n"
+              " backhorizontal:  13\n backvertical:    12\n intradc:         1\n structure:       3\n"
+              " topfieldfirst:   1\n framepredframe:  0\n motionvectors:   0\n qscaletype:      0\n "
+              "intravlcformat:  0\n"
+              " alternatescan:   0\n repeat1field:    0\n chroma420:       0\n progressive:     1\n "
+              "compositeflag:   1\n"
+              " vaxis:           1\n fieldsequence:   5\n subcarrier:      0\n burstamplitude:  9\n "
+              "subcarrierphase: 8\n");
+    EXPECT_EQ(after_sequence(code(0xB5, "\x30") + kSequence),
+              " identifier:      3  Quant Matrix Extension\n");
+    EXPECT_EQ(after_sequence(code(0xB5, "\x60") + kSequence), " identifier:      6 Unknown profile 6\n");
+    EXPECT_EQ(after_sequence(code(0x00, Bits()
+                                            .add(10, 5)
+                                            .add(3, 3)
+                                            .add(16, 77)
+                                            .add(1, 1)
+                                            .add(3, 2)
+                                            .add(1, 0)
+                                            .add(3, 4)
+                                            .add(1, 1)
+                                            .add(8, 9)
+                                            .add(1, 0)
+                                            .add(1, 0)
+                                            .str())),
+              " temporal:        5\n coding:          3\n vbvdelay:        77\n vectorforward:   1\n "
+              "forward_f_code:  2\n"
+              " vectorbackward:  0\n forward_f_code:  4\n extrainfo:       9\n");
+}
+
+// The start code behind a slice is found bit by bit, and seen whole.
+TEST(Mpeg, Slices) {
+    const auto codes = [](const std::string &slice) {
+        const std::string dump = dump_of(kSequence + code(0x01, slice) + code(0xB9, ""));
+        return lines_from(dump, "0000000c:");
+    };
+    const auto expected = [](const std::string &length, const std::string &end) {
+        return "0000000c:stream 00000101/" + length + " - 00:00:00:000000 - datastream001\n" +
+               (end.empty() ? "" : end + ":stream 000001b9/0000 - 00:00:00:000000 - dataend \n");
+    };
+    EXPECT_EQ(codes("abcdefgh"), expected("24930", "00000018"));
+    EXPECT_EQ(codes(hex("6162 00 00 62 80 00 62")), expected("24930", "00000018"));
+    EXPECT_EQ(codes(hex("6162 00 00 00 00 00")), expected("24930", "00000017"));
+    EXPECT_EQ(codes(hex("6162 80")), expected("24930", "00000013"));
+    EXPECT_EQ(codes(hex("6162 61 80 00 00 20 61")),
+              expected("24930", ""));  // 23 zero bits that begin no start code
+    EXPECT_EQ(codes(hex("6162 61 10 00 00 20 61")), expected("24930", "00000018"));
+    EXPECT_EQ(codes(std::string(200'000, 'x')), expected("30840", "00030d50"));
+    EXPECT_EQ(dump_of(kSequence + code(0x01, "abcdef")).size(),
+              dump_of(kSequence).size() + expected("24930", "").size());
+}
+
+TEST(Mpeg, EndsOfTheDump) {
+    const std::string empty = packet(0xE0, pes_flags(0).str());
+    EXPECT_EQ(dumped(empty + "x" + empty),
+              "0000000e:stream 000001e0/0003 - 00:00:01:000000 - videostream0 3\n");
+    EXPECT_EQ(dumped(std::string(5, '\0') + empty),
+              "00000013:stream 000001e0/0003 - 00:00:01:000000 - videostream0 3\n");
+    std::string two_megabytes;
+    for (int i = 0; i < 64; i++) two_megabytes += packet(0xE0, pes_flags(0).str() + std::string(32765, 'x'));
+    const auto lines = [&](const std::vector<std::string> &switches) {
+        const std::string dump = dumped(two_megabytes, switches);
+        return std::count(dump.begin(), dump.end(), '\n');
+    };
+    EXPECT_EQ(lines({}), 32);
+    EXPECT_EQ(lines({"-v"}), 64);
+}
+
+namespace {
+
+std::string ts_packet(uint32_t pid, const std::string &field, uint32_t fill) {
+    std::string p = big().u8(0x47).u16(0x4000 | pid).u8(field.empty() ? 0x17 : 0x37).raw(field).str();
+    return p + std::string(188 - p.size(), static_cast<char>(fill));
+}
+
+}  // namespace
+
+TEST(TransportStream, Packets) {
+    const std::string plain = ts_packet(0x100, "", 0xAA);
+    const std::string rest = ts_packet(0, "", 0) + ts_packet(0, "", 0) + ts_packet(0, "", 0);
+    const std::string aa = " aa aa aa aa aa aa aa aa aa aa aa aa aa aa aa aa\n";
+    const auto first = [&](const std::string &packets, size_t lines) {
+        return lines_from(dump_of(plain + packets + rest), "000000c0", lines);
+    };
+    EXPECT_EQ(lines_from(dump_of(plain + rest), "Fileformat", 3),
+              "Fileformat:TransportStream\n00000004: PACKET 100/0256 0 1 0 0 0 1 7\n" + aa);
+    EXPECT_EQ(first(ts_packet(0x1FFF, hex("07 51 000000000000"), 0xAA), 5),
+              "000000c0: PACKET 1fff/8191 0 1 0 0 1 1 7\nControl packet\n 07 0 1 0 1 0 0 0 1\n" + aa +
+                  "0000017c: PACKET 000/0000 0 1 0 0 0 1 7\n");
+    EXPECT_EQ(first(ts_packet(16, hex("00"), 0xAA), 4),
+              "000000c0: PACKET 010/0016 0 1 0 0 1 1 7\n 00 1 0 1 0 1 0 1 0\n" + aa +
+                  "0000017c: PACKET 000/0000 0 1 0 0 0 1 7\n");
+    EXPECT_EQ(first(ts_packet(16, hex("B7 00"), 0xAA), 9),
+              "000000c0: PACKET 010/0016 0 1 0 0 1 1 7\n 183 0 0 0 0 0 0 0 0\n 47 40 00 17 00 00 00 00 00 00 "
+              "00 00 00 00 00 00\n");
+    EXPECT_EQ(lines_from(dump_of((plain + rest).substr(0, 188 * 3 + 10)), "00000238"),
+              "00000238: PACKET 000/0000 0 1 0 0 0 1 7\n 00 00 00 00 00 00 ff 00 00 00 00 00 00 00 00 00\n");
+}
