@@ -1,4 +1,4 @@
-# A 1 GB transport stream (the sample repeated) and a 1 GB program stream with every packet shown (-v).
+# A 1 GB transport stream (one packet repeated) and a 1 GB program stream with every packet shown (-v).
 repeat() { # FILE BYTES: the file again and again up to a size
     local size
     cp "$1" "$WORK/part"
@@ -13,7 +13,8 @@ repeat() { # FILE BYTES: the file again and again up to a size
     done
     rm "$WORK/part"
 }
-repeat "$root/samples/mpeg/transport.ts" 1060000000 >"$WORK/stream.ts"
+{ printf '\x47\x01\x00\x10' && head -c 184 /dev/zero | tr '\0' x; } >"$WORK/packet"
+repeat "$WORK/packet" 1060000000 >"$WORK/stream.ts"
 timed 'transport stream' "$(($(stat -c %s "$WORK/stream.ts") / 1000000))" MB "$KELDUMP $WORK/stream.ts" "cat $WORK/stream.ts"
 rm "$WORK/stream.ts"
 repeat "$root/samples/mpeg/program.vob" 1060000000 >"$WORK/stream.vob"
