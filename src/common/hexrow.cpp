@@ -3,6 +3,10 @@
 #include <algorithm>
 #include <array>
 
+#if defined(__x86_64__)
+#include <tmmintrin.h>
+#endif
+
 namespace {
 
 // "00 ", "01 ", ... with a fourth byte, so that a cell is one 32-bit copy.
@@ -23,25 +27,60 @@ size_t gap_size(const HexRow &row) {
     return n;
 }
 
+constexpr size_t kFullRow = 16;
+constexpr size_t kFullCells = 3 * kFullRow;
+
+// The 48 characters of a full row's cells.
+void copy_cells(char *p, const uint8_t *values) {
+    for (size_t i = 0; i < kFullRow; i++) std::copy_n(kCells[values[i]].data(), 4, p + 3 * i);
+}
+
+#if defined(__x86_64__)
+// The same with byte shuffles: 32 digits, then three times 16 of them with blanks between.
+__attribute__((target("ssse3"))) void shuffle_cells(char *p, const uint8_t *values) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(values));
+    const __m128i nibble = _mm_set1_epi8(15);
+    const __m128i digits =
+        _mm_setr_epi8('0', '1', '2', '3', '4', '5', '6', '7', '8', '9', 'a', 'b', 'c', 'd', 'e', 'f');
+    const __m128i high = _mm_shuffle_epi8(digits, _mm_and_si128(_mm_srli_epi16(bytes, 4), nibble));
+    const __m128i low = _mm_shuffle_epi8(digits, _mm_and_si128(bytes, nibble));
+    const __m128i first = _mm_unpacklo_epi8(high, low);      // digits of bytes 0 to 7
+    const __m128i last = _mm_unpackhi_epi8(high, low);       // of bytes 8 to 15
+    const __m128i middle = _mm_alignr_epi8(last, first, 8);  // of bytes 4 to 11
+    // A negative place is a blank.
+    const auto put = [](char *to, __m128i from, __m128i places) __attribute__((target("ssse3"))) {
+        const __m128i blanks = _mm_and_si128(_mm_cmplt_epi8(places, _mm_setzero_si128()), _mm_set1_epi8(' '));
+        _mm_storeu_si128(reinterpret_cast<__m128i *>(to),
+                         _mm_or_si128(_mm_shuffle_epi8(from, places), blanks));
+    };
+    put(p, first, _mm_setr_epi8(0, 1, -1, 2, 3, -1, 4, 5, -1, 6, 7, -1, 8, 9, -1, 10));
+    put(p + 16, middle, _mm_setr_epi8(3, -1, 4, 5, -1, 6, 7, -1, 8, 9, -1, 10, 11, -1, 12, 13));
+    put(p + 32, last, _mm_setr_epi8(-1, 6, 7, -1, 8, 9, -1, 10, 11, -1, 12, 13, -1, 14, 15, -1));
+}
+
+const auto put_cells = __builtin_cpu_supports("ssse3") ? shuffle_cells : copy_cells;
+#else
+constexpr auto put_cells = copy_cells;
+#endif
+
 // The row that nearly every line of a large dump is. It is put together in locals, which nothing written can
 // alias, so that the compiler keeps it in vector registers.
-void put_full_row(LineBuffer &out, std::span<const uint8_t, 16> bytes, const HexRow &row) {
-    constexpr size_t kCellsSize = 3 * 16;
-    uint8_t values[16];
-    std::copy_n(bytes.data(), 16, values);
+void put_full_row(LineBuffer &out, std::span<const uint8_t, kFullRow> bytes, const HexRow &row) {
+    uint8_t values[kFullRow];
+    std::copy_n(bytes.data(), kFullRow, values);
     const size_t gap = gap_size(row);
     const uint8_t first_printable = row.first_printable;
     const char filler = row.filler;
-    char characters[16];
-    for (size_t i = 0; i < 16; i++) characters[i] = shown(values[i], first_printable, filler);
+    char characters[kFullRow];
+    for (size_t i = 0; i < kFullRow; i++) characters[i] = shown(values[i], first_printable, filler);
 
-    char *p = out.claim(kCellsSize + gap + 16 + 1);
-    for (size_t i = 0; i < 16; i++) std::copy_n(kCells[values[i]].data(), 4, p + 3 * i);
-    p += kCellsSize;
+    char *p = out.claim(kFullCells + gap + kFullRow + 1);
+    put_cells(p, values);
+    p += kFullCells;
     std::copy_n(row.gap, sizeof row.gap, p);  // what the copies touch too much is overwritten
     p += gap;
-    std::copy_n(characters, 16, p);
-    p[16] = '\n';
+    std::copy_n(characters, kFullRow, p);
+    p[kFullRow] = '\n';
 }
 
 }  // namespace

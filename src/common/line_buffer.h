@@ -44,7 +44,11 @@ class LineBuffer {
 
     // Lower-case hexadecimal, at least `width` digits, padded with zeros or as given ("%08x", "%16llx").
     void hex(uint64_t value, unsigned width, char pad = '0') {
-        digits(value, "0123456789abcdef", width, pad);
+        if (width == 8 && value <= UINT32_MAX && pad == '0') {
+            hex8(static_cast<uint32_t>(value));
+        } else {
+            digits(value, "0123456789abcdef", width, pad);
+        }
     }
     // Upper-case hexadecimal without leading zeros ("%X").
     void upper_hex(uint64_t value) { digits(value, "0123456789ABCDEF", 1, '0'); }
@@ -63,6 +67,19 @@ class LineBuffer {
 
  private:
     static constexpr size_t kPiece = 4096;
+
+    // "%08x": the offsets of hex dumps, without a branch: the nibbles are spread over eight bytes, and those
+    // above 9 become letters.
+    void hex8(uint32_t value) {
+        uint64_t x = value;
+        x = (x << 16 | x) & 0x0000FFFF0000FFFF;
+        x = (x << 8 | x) & 0x00FF00FF00FF00FF;
+        x = (x << 4 | x) & 0x0F0F0F0F0F0F0F0F;
+        const uint64_t letters = (x + 0x0606060606060606) >> 4 & 0x0101010101010101;
+        x += 0x3030303030303030 + letters * ('a' - '0' - 10);
+        char *room = claim(8);
+        for (unsigned i = 0; i < 8; i++) room[i] = static_cast<char>(x >> (56 - 8 * i));
+    }
 
     void digits(uint64_t value, const char *alphabet, unsigned width, char pad) {
         unsigned n = (static_cast<unsigned>(std::bit_width(value | 1)) + 3) / 4;
