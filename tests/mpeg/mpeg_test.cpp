@@ -13,7 +13,7 @@ std::string hex(const std::string &digits) { return big().hex(digits).str(); }
 class Bits {
  public:
     Bits &add(unsigned count, uint64_t value) {
-        for (unsigned i = count; i-- > 0;) bits_ += value >> i & 1 ? '1' : '0';
+        for (unsigned i = count; i-- > 0;) bits_ += i < 64 && (value >> i & 1) ? '1' : '0';
         return *this;
     }
     Bits &stamp(unsigned prefix_bits, uint64_t prefix, uint64_t value) {
