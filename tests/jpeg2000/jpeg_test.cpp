@@ -23,22 +23,9 @@ std::string second(const std::string &content, const std::vector<std::string> &s
 TEST(Jpeg, Segments) {
     const std::string jfif = segment("E0", std::string("JFIF\0", 5) + hex("0102 01 0048 0060 03 04"));
     const std::string frame = segment("C2", hex("08 0030 0040 02 01 22 00 02 11 01"));
-    EXPECT_EQ(
-        dump_of(kSoi + jfif + segment("DB", "q") + frame + segment("C4", "h") + segment("DD", "ab") + kSos +
-                "scan"),
-        "Fileformat:JPEG\n"
-        "00000000: SOI/d8 2\n"
-        "00000002: APP0/e0 18\n"
-        " blockid    4a464946 'JFIF'\n version    1.2\n units      inch\n xdpy       72\n ydpy       96\n"
-        " thumbnailx 3\n thumbnaily 4\n"
-        "00000014: DQT/db 5\n quantization table\n"
-        "00000019: SOF2/c2 16\n precision  8\n ysize      48\n xsize      64\n components 2\n"
-        " component0\n  id        1\n  sampling  2 2\n  tableno   0\n"
-        " component1\n  id        2\n  sampling  1 1\n  tableno   1\n"
-        "00000029: DHT/c4 5\n huffmann table\n"
-        "0000002e: DRI/dd 6\n"
-        "00000034: SOS/da 12\n components 2\n component0\n  index     1\n  ac/dc     1/0\n"
-        " component1\n  index     2\n  ac/dc     2/3\n ss         0\n se         63\n a          1 2\n");
+    EXPECT_EQ(dump_of(kSoi + jfif + segment("DB", "q") + frame + segment("C4", "h") + segment("DD", "ab") +
+                      kSos + "scan"),
+              recorded("jpeg2000/expected/jpeg-segments.txt"));
 }
 
 TEST(Jpeg, EveryOtherMarker) {

@@ -17,26 +17,7 @@ TEST(CommandLine, UsageAndVersion) {
     const Workplace place;
     place.write("verify", "");
     const std::string usage = place.run({}).out;
-    EXPECT_EQ(usage,
-              "usage:    keldump filename             Dumps all known header fields\n"
-              "          keldump filename start end   Dumps default timecodes in dpx files.\n"
-              "\n"
-              "          keldump dumps all (known) header fields in the following file formats.\n"
-              "          DPX, Cineon, TIFF, BMP, JPG, JP2, SGI, TGA, Aiff, Wave, RF64\n"
-              "          Also dumps some info on AVI, PPM, PNG, MXF, QT, TGA, YUV8/10/16 files\n"
-              "\n"
-              "          options:\n"
-              "          -d        - Filedump\n"
-              "          -h        - Hexdump\n"
-              "          -hn       - Hexdump with no offsets\n"
-              "          -h=1240   - Hexdump from addr 0x1240\n"
-              "          -h=100,20 - Hexdump from addr 0x100 for 0x20 bytes\n"
-              "          -s        - Search for text strings\n"
-              "\n"
-              "          Use this to verify files that can not be read or used for realtime transfers.\n"
-              "\n"
-              "          keldump version 5.10.0.0\n"
-              "\n");
+    EXPECT_EQ(usage, recorded("main/expected/command-line-usage-and-version.txt"));
     EXPECT_EQ(place.run({}).status, 255);
     for (const char *request : {"verify", "VERIFY", "Verify"}) {
         const Outcome run = place.run({request, "file"});

@@ -100,3 +100,8 @@ std::string lines_from(const std::string &text, const std::string &from, size_t 
     }
     return text.substr(start, end - start);
 }
+
+std::string recorded(const std::string &name) {
+    EXPECT_TRUE(fs::exists(fs::path(KELDUMP_TESTS) / name)) << name;
+    return content_of(fs::path(KELDUMP_TESTS) / name);
+}

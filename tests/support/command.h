@@ -42,3 +42,6 @@ std::string dump_of(const std::string &content, const std::string &name = "file.
 
 // The lines of a text from the first that begins with `from` on, and the n lines from there.
 std::string lines_from(const std::string &text, const std::string &from, size_t n = SIZE_MAX);
+
+// An expected text that is kept in a file of its own, named from the directory of the tests.
+std::string recorded(const std::string &name);
