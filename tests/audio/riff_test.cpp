@@ -50,15 +50,9 @@ TEST(Riff, ChunksOfAWave) {
 TEST(Riff, PlayLengths) {
     const auto length = [](uint32_t rate, uint32_t bytes) {
         const Workplace place;
-        const std::string head = little()
-                                     .text("RIFF")
-                                     .u32(0x7FFFFFFF)
-                                     .text("WAVE")
-                                     .raw(format(rate))
-                                     .text("data")
-                                     .u32(bytes)
-                                     .str();
-        place.write_sparse("a.wav", 44 + uint64_t{bytes}, 0, head);
+        ByteWriter head = little();
+        head.text("RIFF").u32(0x7FFFFFFF).text("WAVE").raw(format(rate)).text("data").u32(bytes);
+        place.write_sparse("a.wav", 44 + uint64_t{bytes}, 0, head.str());
         return lines_from(place.run({"a.wav"}).out, "   Samples", 2);
     };
     EXPECT_EQ(length(1000, 14800000), "   Samples         3700000\n   Length          01:01:40.000\n");
@@ -75,12 +69,8 @@ TEST(Riff, BroadcastWave) {
         return lines.substr(0, lines.find(" Elem data"));
     };
     ByteWriter w = little();
-    w.text("short", 64)
-        .text("long", 192)
-        .text("maker", 32)
-        .text("ref", 32)
-        .text("2026-01-02")
-        .text("03:04:05");
+    w.text("short", 64).text("long", 192).text("maker", 32).text("ref", 32).text("2026-01-02");
+    w.text("03:04:05");
     w.u64(uint64_t{90061} * 48000 + 24000).u16(2).zeros(100);
     const std::string whole = w.str();
     EXPECT_EQ(bext(whole), recorded("audio/expected/riff-broadcast-wave.txt"));
@@ -106,27 +96,14 @@ TEST(Riff, OtherChunks) {
 }
 
 TEST(Riff, Rf64) {
-    const std::string sizes = little()
-                                  .u64(5'000'000'100)
-                                  .u64(5'000'000'000)
-                                  .u64(1'250'000'000)
-                                  .u32(3)
-                                  .text("levl")
-                                  .u64(77)
-                                  .text("cut ")
-                                  .u32(1)
-                                  .str();
-    const std::string head = little()
-                                 .text("RF64")
-                                 .u32(0xFFFFFFFF)
-                                 .text("WAVE")
-                                 .raw(chunk("ds64", sizes))
-                                 .raw(format())
-                                 .text("data")
-                                 .u32(0xFFFFFFFF)
-                                 .str();
+    ByteWriter sizes = little();
+    sizes.u64(5'000'000'100).u64(5'000'000'000).u64(1'250'000'000);
+    sizes.u32(3).text("levl").u64(77).text("cut ").u32(1);
+    ByteWriter head = little();
+    head.text("RF64").u32(0xFFFFFFFF).text("WAVE").raw(chunk("ds64", sizes.str())).raw(format());
+    head.text("data").u32(0xFFFFFFFF);
     const Workplace place;
-    place.write_sparse("a.wav", 5'000'000'108, 0, head);
+    place.write_sparse("a.wav", 5'000'000'108, 0, head.str());
     EXPECT_EQ(lines_from(place.run({"a.wav"}).out, "Fileformat", 13),
               recorded("audio/expected/riff-rf64.txt"));
     EXPECT_EQ(lines_from(place.run({"a.wav"}).out, " Elem data", 4),

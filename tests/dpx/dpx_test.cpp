@@ -10,150 +10,29 @@ const std::string kUnset4(4, '\xFF');
 // A header of 2048 bytes with every field set.
 ByteWriter dpx(ByteWriter::Order order, uint32_t image_offset = 0x800) {
     ByteWriter w(order);
-    w.text(order == ByteWriter::Order::big ? "SDPX" : "XPDS")
-        .u32(image_offset)
-        .text("V2.0", 8)
-        .u32(0x12345678);
-    w.u32(1)
-        .u32(1664)
-        .u32(384)
-        .u32(0)
-        .text("shot.dpx", 100)
-        .text("2026:01:02:03:04:05", 24)
-        .text("a scanner", 100);
+    w.text(order == ByteWriter::Order::big ? "SDPX" : "XPDS").u32(image_offset).text("V2.0", 8);
+    w.u32(0x12345678);
+    w.u32(1).u32(1664).u32(384).u32(0).text("shot.dpx", 100).text("2026:01:02:03:04:05", 24);
+    w.text("a scanner", 100);
     w.text("project", 200).text(std::string(200, 'c')).u32(0xFFFFFFFF);
     w.at(768).u16(5).u16(1).u32(16).u32(0xFFFFFFFE);
     w.u32(1).u32(64).f32(0.5).u32(0x80000000).f32(2.046F).u8(50).u8(2).u8(4).u8(10).u16(1).u16(1);
     w.u32(0x800).u32(0).u32(0xFFFFFFFF).text("element", 32);
     w.at(1408).u32(1).u32(2).f32(3).raw(kUnset4).u32(5).u32(6).text("in.dpx", 100).text("then", 24);
-    w.text("\xFF", 32)
-        .text("serial", 32)
-        .u16(1)
-        .u16(0xFFFF)
-        .u16(3)
-        .u16(4)
-        .u32(16)
-        .u32(9)
-        .f32(1.25)
-        .f32(1e10F);
+    w.text("\xFF", 32).text("serial", 32).u16(1).u16(0xFFFF).u16(3).u16(4).u32(16).u32(9).f32(1.25);
+    w.f32(1e10F);
     w.at(1664).text("02").text("93").text("12").text("123456").text("7890").text(
         "Academy35mmFullFrame+12chars", 32);
     w.u32(10).u32(20).u32(0xFFFFFFFF).f32(24).f32(180).text("frame", 32).text("slate", 100);
     w.at(1864).text("ARRI01").text("0042").text("07").text("0123").text("08").text("5").text("4").text("3");
-    w.at(1920)
-        .u32(0x01020304)
-        .u32(0xFFFFFFFF)
-        .u8(0)
-        .u8(255)
-        .u8(151)
-        .u8(0)
-        .f32(27000)
-        .f32(50)
-        .f32(25)
-        .f32(0)
-        .f32(2.2F);
+    w.at(1920).u32(0x01020304).u32(0xFFFFFFFF).u8(0).u8(255).u8(151).u8(0).f32(27000).f32(50).f32(25);
+    w.f32(0).f32(2.2F);
     w.f32(16).f32(1).f32(90).f32(235).raw(kUnset4).text("reel 7", 76);
     return w;
 }
 
 std::string expected(const std::string &magic) {
-    return "file\n"
-           " magic          C : " +
-           magic +
-           "\n"
-           " offsetimage    C : 00000800\n"
-           " version        C : 'V2.0'\n"
-           " filesize       C : 12345678\n"
-           " dittokey         : 1\n"
-           " size_generic     : 00000680\n"
-           " size_industry    : 00000180\n"
-           " size_user        : 00000000\n"
-           " filename         : 'shot.dpx'\n"
-           " creationtime     : '2026:01:02:03:04:05'\n"
-           " creator          : 'a scanner'\n"
-           " projectname      : 'project'\n"
-           " copyright        : '" +
-           std::string(200, 'c') +
-           "'\n"
-           " key              : \n"
-           "image\n"
-           " orientation    C : 5 top->bottom / right->left \n"
-           " channels       C : 1\n"
-           " pixelsperline  C : 16\n"
-           " linesperimage  C : -2\n"
-           "imagechannel-0\n"
-           " signed        C : 1\n"
-           " lowdata         : 64\n"
-           " lowquantity     : 0.5\n"
-           " highdata        : -2147483648\n"
-           " highquantity    : 2.046\n"
-           " descriptor    C : 50 RGB\n"
-           " transfer      C : 2\n"
-           " colorimetric  C : 4\n"
-           " bitdepth      C : 10\n"
-           " packing       C : 1 10:10:10:2\n"
-           " encoding      C : 1 RLL\n"
-           " dataoffset    C : 00000800\n"
-           " endoflinepad    : 0\n"
-           " endofimagepad   : \n"
-           " description     : 'element'\n"
-           "source\n"
-           " xoffset          : 1\n"
-           " yoffset          : 2\n"
-           " xcenter          : 3\n"
-           " ycenter          : \n"
-           " xoriginalsize    : 5\n"
-           " yoriginalsize    : 6\n"
-           " filename         : 'in.dpx'\n"
-           " filetime         : 'then'\n"
-           " inputdevicename  : Error, 0xff in ascii data\n"
-           " inputserialnr    : 'serial'\n"
-           " border           : 1  3 4\n"
-           " aspectratio      : 1.77778\n"
-           " aspecthorizontal : 16\n"
-           " aspectvertical   : 9\n"
-           " xscannedsize     : 1.25\n"
-           " yscannedsize     : 1e+10\n"
-           "film\n"
-           " keycode          : 'KL123456 7890+12'\n"
-           " film_mfg_id      : '02'\n"
-           " film_type        : '93'\n"
-           " offset           : '12'\n"
-           " prefix           : '123456'\n"
-           " count            : '7890'\n"
-           " format           : 'Academy35mmFullFrame'\n"
-           " framenumber      : 10\n"
-           " framecount       : 20\n"
-           " heldcount        : \n"
-           " framerate        : 24\n"
-           " shutterangle     : 180\n"
-           " frameid          : 'frame'\n"
-           " slateinformation : 'slate'\n"
-           "arri keycode status\n"
-           " keycode count    : '0042'\n"
-           " keycode offset   : '07'\n"
-           " keycode feet     : '0123'\n"
-           " keycode frames   : '08'\n"
-           " keycode perfpos  : '5'\n"
-           " keycode filmtype : 35mm 4perf\n"
-           " keycode status   : In splice region\n"
-           "television\n"
-           " timecode         : 01020304\n"
-           " userbytes        : \n"
-           " interlace        : 0\n"
-           " fieldnumber      : \n"
-           " videosignal      : 151 YCbCr-1125 2:1 16x9 (SMPTE274)\n"
-           " horizontalfreq   : 27000\n"
-           " verticalfreq     : 50\n"
-           " framerate        : 25\n"
-           " timeoffset       : 0\n"
-           " gamma            : 2.2\n"
-           " blacklevel       : 16\n"
-           " blackgain        : 1\n"
-           " breakpoint       : 90\n"
-           " whitelevel       : 235\n"
-           " integrationtime  : \n"
-           " reelname         : 'reel 7'\n";
+    return "file\n magic          C : " + magic + "\n" + recorded("dpx/expected/every_field.txt");
 }
 
 constexpr auto kBig = ByteWriter::Order::big;
@@ -173,12 +52,7 @@ std::string with_picture_timecode(const std::string &packet, uint8_t descriptor,
     return w.str();
 }
 
-std::string packet() {
-    return big()
-        .hex("FFAA 10203040 00000102 07 000000")
-        .u16(0xFF + 0xAA + 0x10 + 0x20 + 0x30 + 0x40 + 1 + 2 + 7)
-        .str();
-}
+std::string packet() { return hex("FFAA 10203040 00000102 07 000000 0253"); }
 
 std::string picture_lines(const std::string &timecode, const std::string &frame) {
     return "kelimagetimecode\n timecode         : " + timecode + "\n framenr          : " + frame + "\n";
@@ -264,16 +138,9 @@ TEST(Dpx, Keycodes) {
 
 TEST(Dpx, UserData) {
     const auto user = [](const std::string &identification, const std::string &data, uint32_t size) {
-        return lines_from(dump_of(dpx(kLittle, 4096)
-                                      .at(32)
-                                      .u32(size)
-                                      .at(2048)
-                                      .text(identification, 32)
-                                      .raw(data)
-
-                                      .u8(0)
-                                      .str()),
-                          "extendedheader\n");
+        ByteWriter w = dpx(kLittle, 4096);
+        w.at(32).u32(size).at(2048).text(identification, 32).raw(data).u8(0);
+        return lines_from(dump_of(w.str()), "extendedheader\n");
     };
     const std::string unset(60, '\xFF');
     const std::string type = "extendedheader\n type             : ";

@@ -40,9 +40,8 @@ TEST(Map, EveryTag) {
 TEST(Map, Damaged) {
     std::string below_header = packet(0xBC, "");
     below_header[9] = 15;
-    EXPECT_EQ(dump_of(packet(0xFA, big().hex("60000000 4300").str()) +
-                      packet(0xFE, big().hex("E000FFFF 4304000000").str()) +
-                      packet(0xFF, big().hex("E0").str()) + kEnd),
+    EXPECT_EQ(dump_of(packet(0xFA, hex("60000000 4300")) + packet(0xFE, hex("E000FFFF 4304000000")) +
+                      packet(0xFF, hex("E0")) + kEnd),
               "Fileformat:GXF\n00000000 reserved 22\n Version 0\ngxfmap: Error @ 0\n sectionlength 0\n"
               "  Tag 0x43   0 markin     0\n sectionlength 17152\n"
               "00000016 reserved 25\n Version 0\n sectionlength 65535\n  Tag 0x43   4 markin     0\n"
@@ -67,7 +66,7 @@ TEST(Media, FieldInformation) {
 
 // Only whole entries inside the payload are shown; either drop-frame flag gives the "*".
 TEST(Media, Timecodes) {
-    const std::string codes = big().hex("1122334455667783 1002300940085267 24138516").str();
+    const std::string codes = hex("1122334455667783 1002300940085267 24138516");
     EXPECT_EQ(lines_from(dump_of(media(8, "00000005", codes) + media(24, "00010001", codes) + kEnd), " info"),
               " info      start:0 end:5\n   0 37:65:43:21  87654321\n   1 32:00:10:20* 65040301\n"
               "00000034 media 52\n track     2 24-Timecode/HDTV\n"

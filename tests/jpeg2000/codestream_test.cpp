@@ -9,7 +9,6 @@ namespace {
 std::string marker(const std::string &code, const std::string &fields) {
     return big().hex("FF" + code).u16(2 + fields.size()).raw(fields).str();
 }
-std::string hex(const std::string &digits) { return big().hex(digits).str(); }
 
 const std::string kSoc = hex("FF4F");
 const std::string kSod = hex("FF93");

@@ -5,7 +5,6 @@
 
 namespace {
 
-std::string hex(const std::string &digits) { return big().hex(digits).str(); }
 std::string segment(const std::string &code, const std::string &content) {
     return big().hex("FF" + code).u16(2 + content.size()).raw(content).str();
 }

@@ -7,23 +7,23 @@
 
 namespace {
 
-std::string hex(const std::string &digits) { return big().hex(digits).str(); }
-
 // Bit fields, filled up with zeros to whole bytes.
 class Bits {
  public:
-    Bits &add(unsigned count, uint64_t value) {
-        for (unsigned i = count; i-- > 0;) bits_ += i < 64 && (value >> i & 1) ? '1' : '0';
+    struct Field {
+        unsigned count;
+        uint64_t value;
+    };
+    Bits() = default;
+    Bits(std::initializer_list<Field> fields) { add(fields); }
+    Bits &add(std::initializer_list<Field> fields) {
+        for (const Field &f : fields) {
+            for (unsigned i = f.count; i-- > 0;) bits_ += i < 64 && (f.value >> i & 1) ? '1' : '0';
+        }
         return *this;
     }
-    Bits &stamp(unsigned prefix_bits, uint64_t prefix, uint64_t value) {
-        return add(prefix_bits, prefix)
-            .add(3, value >> 30)
-            .add(1, 1)
-            .add(15, value >> 15)
-            .add(1, 1)
-            .add(15, value)
-            .add(1, 1);
+    Bits &stamp(unsigned prefix_bits, uint64_t prefix, uint64_t v) {
+        return add({{prefix_bits, prefix}, {3, v >> 30}, {1, 1}, {15, v >> 15}, {1, 1}, {15, v}, {1, 1}});
     }
     std::string str() const {
         std::string bytes((bits_.size() + 7) / 8, '\0');
@@ -47,17 +47,9 @@ std::string packet(uint32_t id, const std::string &content) {
 // An MPEG-2 pack header with the clock at 1 second.
 std::string pack(uint64_t base = 90000, uint32_t stuffing = 0) {
     Bits b;
-    b.add(2, 1)
-        .add(3, base >> 30)
-        .add(1, 1)
-        .add(15, base >> 15)
-        .add(1, 1)
-        .add(15, base)
-        .add(1, 1)
-        .add(9, 5)
-        .add(1, 1);
+    b.add({{2, 1}, {3, base >> 30}, {1, 1}, {15, base >> 15}, {1, 1}, {15, base}, {1, 1}, {9, 5}, {1, 1}});
     return code(0xBA,
-                b.add(22, 1000).add(2, 3).add(5, 31).add(3, stuffing).str() + std::string(stuffing, '\xFF'));
+                b.add({{22, 1000}, {2, 3}, {5, 31}, {3, stuffing}}).str() + std::string(stuffing, '\xFF'));
 }
 
 const std::string kStart = "Fileformat:MPEG\n00000000:stream 000001ba/0000 - 00:00:00:000000 - timing \n";
@@ -74,20 +66,11 @@ std::string pes(const Bits &header, const std::vector<std::string> &switches = {
 }
 // Marker, then the header's flags from PTS_DTS on and its data length.
 Bits pes_flags(unsigned flags, unsigned length = 0) {
-    return Bits().add(2, 2).add(6, 0).add(8, flags).add(8, length);
+    return Bits({{2, 2}, {6, 0}, {8, flags}, {8, length}});
 }
 
-const std::string kSequence = code(0xB3, Bits()
-                                             .add(12, 720)
-                                             .add(12, 576)
-                                             .add(4, 2)
-                                             .add(4, 3)
-                                             .add(18, 1000)
-                                             .add(1, 1)
-                                             .add(10, 112)
-                                             .add(1, 0)
-                                             .add(2, 0)
-                                             .str());
+const std::string kSequence = code(
+    0xB3, Bits({{12, 720}, {12, 576}, {4, 2}, {4, 3}, {18, 1000}, {1, 1}, {10, 112}, {1, 0}, {2, 0}}).str());
 
 }  // namespace
 
@@ -106,19 +89,9 @@ TEST(Mpeg, PackAndSystemHeaders) {
     EXPECT_EQ(dump_of(bad_marker), kStart + "Error marker bit not 1\n");
 
     Bits system;
-    system.add(1, 1)
-        .add(22, 1000)
-        .add(1, 1)
-        .add(6, 2)
-        .add(1, 1)
-        .add(1, 0)
-        .add(1, 1)
-        .add(1, 0)
-        .add(1, 1)
-        .add(5, 3)
-        .add(1, 1)
-        .add(7, 127);
-    system.add(8, 0xE3).add(2, 3).add(1, 1).add(13, 230).add(1, 0);
+    system.add({{1, 1}, {22, 1000}, {1, 1}, {6, 2}, {1, 1}, {1, 0}, {1, 1}, {1, 0}});
+    system.add({{1, 1}, {5, 3}, {1, 1}, {7, 127}});
+    system.add({{8, 0xE3}, {2, 3}, {1, 1}, {13, 230}, {1, 0}});
     EXPECT_EQ(dumped(packet(0xBB, system.str())),
               "0000000e:stream 000001bb/0010 - 00:00:01:000000 - systemheader \n"
               " ratebound:       1000\n audiobound:      2\n fixedflag:       1\n cspsflag:        0\n "
@@ -128,7 +101,7 @@ TEST(Mpeg, PackAndSystemHeaders) {
 }
 
 TEST(Mpeg, ProgramStreamMap) {
-    const std::string head = Bits().add(1, 1).add(2, 0).add(5, 9).add(7, 0).add(1, 1).str();
+    const std::string head = Bits({{1, 1}, {2, 0}, {5, 9}, {7, 0}, {1, 1}}).str();
     const std::string map =
         head +
         big().u16(16).text("abcdefghijklmnop").u16(7).u8(2).u8(0xE0).u16(3).text("xyz").u32(0xCAFE).str();
@@ -149,33 +122,22 @@ TEST(Mpeg, PesHeaders) {
     EXPECT_EQ(pes(pes_flags(0x80, 5).stamp(4, 5, 7)),
               "Error marker bits not 2 is 5\n  PTS             00000007\n");
     EXPECT_EQ(pes(pes_flags(0x40)), "ERROR:00000017:PTSDTS flag may not be 01\n");
-    EXPECT_EQ(pes(pes_flags(0x20).stamp(2, 0, 99).add(9, 6).add(1, 1)), "  ECSR           00000063 6\n");
-    EXPECT_EQ(pes(pes_flags(0x10).add(1, 1).add(22, 77).add(1, 1)), "  ESRATE         77\n");
-    EXPECT_EQ(pes(pes_flags(0x08).add(3, 3).add(2, 1).add(1, 1).add(2, 2)),
+    EXPECT_EQ(pes(pes_flags(0x20).stamp(2, 0, 99).add({{9, 6}, {1, 1}})), "  ECSR           00000063 6\n");
+    EXPECT_EQ(pes(pes_flags(0x10).add({{1, 1}, {22, 77}, {1, 1}})), "  ESRATE         77\n");
+    EXPECT_EQ(pes(pes_flags(0x08).add({{3, 3}, {2, 1}, {1, 1}, {2, 2}})),
               "  trickmode      3\n  fieldid      1\n  intraslice   1\n  freqtrunc    2\n");
-    EXPECT_EQ(pes(pes_flags(0x08).add(3, 4).add(5, 17)), "  trickmode      4\n  repcntrl     17\n");
-    EXPECT_EQ(pes(pes_flags(0x08).add(3, 2).add(2, 3).add(3, 0)), "  trickmode      2\n  fieldid      3\n");
-    EXPECT_EQ(pes(pes_flags(0x08).add(3, 7).add(5, 0)), "  trickmode      7\n");
-    EXPECT_EQ(pes(pes_flags(0x06).add(1, 1).add(7, 11).add(16, 500)),
+    EXPECT_EQ(pes(pes_flags(0x08).add({{3, 4}, {5, 17}})), "  trickmode      4\n  repcntrl     17\n");
+    EXPECT_EQ(pes(pes_flags(0x08).add({{3, 2}, {2, 3}, {3, 0}})), "  trickmode      2\n  fieldid      3\n");
+    EXPECT_EQ(pes(pes_flags(0x08).add({{3, 7}, {5, 0}})), "  trickmode      7\n");
+    EXPECT_EQ(pes(pes_flags(0x06).add({{1, 1}, {7, 11}, {16, 500}})),
               "  copyinfo       11\n  pescrc         500\n");
     Bits extension = pes_flags(0x01);
-    extension.add(4, 15).add(3, 7).add(1, 1);
-    for (unsigned i = 0; i < 16; i++) extension.add(8, i);
-    extension.add(8, 9)
-        .add(1, 1)
-        .add(7, 5)
-        .add(1, 1)
-        .add(1, 1)
-        .add(6, 33)
-        .add(2, 1)
-        .add(1, 1)
-        .add(13, 46)
-        .add(1, 1)
-        .add(7, 2)
-        .add(8, 'A')
-        .add(8, 1);
+    extension.add({{4, 15}, {3, 7}, {1, 1}});
+    for (unsigned i = 0; i < 16; i++) extension.add({{8, i}});
+    extension.add({{8, 9}, {1, 1}, {7, 5}, {1, 1}, {1, 1}, {6, 33}, {2, 1}, {1, 1}, {13, 46}});
+    extension.add({{1, 1}, {7, 2}, {8, 'A'}, {8, 1}});
     EXPECT_EQ(pes(extension), recorded("mpeg/expected/mpeg-pes-headers.txt"));
-    const Bits all = Bits().add(2, 2).add(2, 1).add(4, 15).add(8, 0).add(8, 6);
+    const Bits all = Bits({{2, 2}, {2, 1}, {4, 15}, {8, 0}, {8, 6}});
     EXPECT_EQ(pes(all, {"-v", "-v"}),
               "  PES_scrambling  1\n  PES_priority    1\n  data_alignment  1\n  copyright       1\n  "
               "copyflag        1\n"
@@ -198,7 +160,7 @@ TEST(Mpeg, VideoHeaders) {
         " marker:          1\n vbvbuffer:       112\n constrained:     0\n"
         "0000000c:stream 000001b7/30840 - 00:00:00:000000 - sequenceend \nERROR:00000012:Unknown TAG\n");
     Bits matrices;
-    matrices.add(62, 0).add(1, 0).add(1, 1).add(512 - 2, 0).add(2, 0).add(1, 0);
+    matrices.add({{62, 0}, {1, 0}, {1, 1}, {512 - 2, 0}, {2, 0}, {1, 0}});
     EXPECT_NE(dump_of(code(0xB3, matrices.str())).find("\n nonintramatrix:\n"), std::string::npos);
 
     const auto after_sequence = [](const std::string &content) {
@@ -206,73 +168,41 @@ TEST(Mpeg, VideoHeaders) {
         const std::string lines = lines_from(dump, "0000000c:");
         return lines.substr(lines.find('\n') + 1);
     };
-    EXPECT_EQ(after_sequence(code(0xB8, Bits().add(25, 0x1234).add(1, 1).add(1, 0).str())),
+    EXPECT_EQ(after_sequence(code(0xB8, Bits({{25, 0x1234}, {1, 1}, {1, 0}}).str())),
               " timecode:        00001234\n closedgop:       1\n brokenlink:      0\n");
-    EXPECT_EQ(after_sequence(code(0xB5, Bits()
-                                            .add(4, 1)
-                                            .add(8, 0x48)
-                                            .add(1, 1)
-                                            .add(2, 1)
-                                            .add(4, 6)
-                                            .add(12, 9)
-                                            .add(1, 1)
-                                            .add(8, 3)
-                                            .add(1, 1)
-                                            .add(2, 2)
-                                            .add(5, 4)
-                                            .str())),
-              " identifier:      1  Sequence Extension\n profile:         72\n progressive:     1\n "
-              "chromaformat:    1\n"
-              " horizontalext:   1\n verticalalext:   2\n bitrateext:      9\n vbvbufferext:    3\n "
-              "lowdelay:        1\n"
-              " frameratenext:   2\n frameratedext:   4\n");
-    EXPECT_EQ(after_sequence(code(0xB5, Bits()
-                                            .add(4, 2)
-                                            .add(3, 5)
-                                            .add(1, 1)
-                                            .add(8, 1)
-                                            .add(8, 2)
-                                            .add(8, 3)
-                                            .add(14, 700)
-                                            .add(1, 1)
-                                            .add(14, 500)
-                                            .str())),
-              " identifier:      2  Sequence Display Extension\n videoformat:     5\n colordesc:       1\n  "
-              "primaries:      1\n"
-              "  transfer:       2\n  matrix:         3\n xsize:           700\n ysize:           500\n");
+    EXPECT_EQ(
+        after_sequence(code(
+            0xB5,
+            Bits({{4, 1}, {8, 0x48}, {1, 1}, {2, 1}, {4, 6}, {12, 9}, {1, 1}, {8, 3}, {1, 1}, {2, 2}, {5, 4}})
+                .str())),
+        " identifier:      1  Sequence Extension\n profile:         72\n progressive:     1\n "
+        "chromaformat:    1\n"
+        " horizontalext:   1\n verticalalext:   2\n bitrateext:      9\n vbvbufferext:    3\n "
+        "lowdelay:        1\n"
+        " frameratenext:   2\n frameratedext:   4\n");
+    EXPECT_EQ(
+        after_sequence(
+            code(0xB5,
+                 Bits({{4, 2}, {3, 5}, {1, 1}, {8, 1}, {8, 2}, {8, 3}, {14, 700}, {1, 1}, {14, 500}}).str())),
+        " identifier:      2  Sequence Display Extension\n videoformat:     5\n colordesc:       1\n  "
+        "primaries:      1\n"
+        "  transfer:       2\n  matrix:         3\n xsize:           700\n ysize:           500\n");
     Bits coding;
-    coding.add(4, 8)
-        .add(16, 0xFEDC)
-        .add(2, 1)
-        .add(2, 3)
-        .add(9, 0x101)
-        .add(1, 1)
-        .add(1, 1)
-        .add(3, 5)
-        .add(1, 0)
-        .add(7, 9)
-        .add(8, 8);
-    EXPECT_EQ(after_sequence(code(0xB5, coding.add(4, 0).str())),
+    coding.add(
+        {{4, 8}, {16, 0xFEDC}, {2, 1}, {2, 3}, {9, 0x101}, {1, 1}, {1, 1}, {3, 5}, {1, 0}, {7, 9}, {8, 8}});
+    EXPECT_EQ(after_sequence(code(0xB5, coding.add({{4, 0}}).str())),
               recorded("mpeg/expected/mpeg-video-headers.txt"));
     EXPECT_EQ(after_sequence(code(0xB5, "\x30") + kSequence),
               " identifier:      3  Quant Matrix Extension\n");
     EXPECT_EQ(after_sequence(code(0xB5, "\x60") + kSequence), " identifier:      6 Unknown profile 6\n");
-    EXPECT_EQ(after_sequence(code(0x00, Bits()
-                                            .add(10, 5)
-                                            .add(3, 3)
-                                            .add(16, 77)
-                                            .add(1, 1)
-                                            .add(3, 2)
-                                            .add(1, 0)
-                                            .add(3, 4)
-                                            .add(1, 1)
-                                            .add(8, 9)
-                                            .add(1, 0)
-                                            .add(1, 0)
-                                            .str())),
-              " temporal:        5\n coding:          3\n vbvdelay:        77\n vectorforward:   1\n "
-              "forward_f_code:  2\n"
-              " vectorbackward:  0\n forward_f_code:  4\n extrainfo:       9\n");
+    EXPECT_EQ(
+        after_sequence(code(
+            0x00,
+            Bits({{10, 5}, {3, 3}, {16, 77}, {1, 1}, {3, 2}, {1, 0}, {3, 4}, {1, 1}, {8, 9}, {1, 0}, {1, 0}})
+                .str())),
+        " temporal:        5\n coding:          3\n vbvdelay:        77\n vectorforward:   1\n "
+        "forward_f_code:  2\n"
+        " vectorbackward:  0\n forward_f_code:  4\n extrainfo:       9\n");
 }
 
 // The start code behind a slice is found bit by bit, and seen whole.

@@ -6,8 +6,6 @@
 #include "support/bytes_of.h"
 #include "support/command.h"
 
-inline std::string hex(const std::string &digits) { return big().hex(digits).str(); }
-
 // A key and a value with a 4-byte BER length.
 inline std::string item(const std::string &key, const std::string &value) {
     return big().hex(key).u8(0x83).u24(value.size()).raw(value).str();

@@ -71,3 +71,4 @@ class ByteWriter {
 
 inline ByteWriter little() { return ByteWriter(ByteWriter::Order::little); }
 inline ByteWriter big() { return ByteWriter(ByteWriter::Order::big); }
+inline std::string hex(std::string_view digits) { return big().hex(digits).str(); }

@@ -161,22 +161,10 @@ TEST(Tiff, NestingEnds) {
 }
 
 TEST(Tiff, PhotoshopResources) {
-    const std::string resources = big()
-                                      .text("8BIM")
-                                      .u16(1005)
-                                      .u8(3)
-                                      .text("abc")
-                                      .u32(3)
-                                      .text("xyz")
-                                      .u8(0)
-                                      .text("8BIM")
-                                      .u16(1036)
-                                      .u16(0)
-                                      .u32(2)
-                                      .text("th")
-                                      .text("8BIX")
-                                      .zeros(4)
-                                      .str();
+    ByteWriter w = big();
+    w.text("8BIM").u16(1005).u8(3).text("abc").u32(3).text("xyz").u8(0);
+    w.text("8BIM").u16(1036).u16(0).u32(2).text("th").text("8BIX").zeros(4);
+    const std::string resources = w.str();
     const uint32_t size = static_cast<uint32_t>(resources.size());
     const std::string content = tiff(Order::little, {{34377, 1, size, kAt1000Little}}, resources);
     EXPECT_EQ(lines_from(dump_of(content), "  tag"), recorded("tiff/expected/tiff-photoshop-resources.txt"));
