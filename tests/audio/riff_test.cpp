@@ -107,10 +107,7 @@ TEST(Riff, Rf64) {
     EXPECT_EQ(lines_from(place.run({"a.wav"}).out, "Fileformat", 13),
               recorded("audio/expected/riff-rf64.txt"));
     EXPECT_EQ(lines_from(place.run({"a.wav"}).out, " Elem data", 4),
-              " Elem data length 5000000000 (offset:              5c)\n"
-              "  DATA\n"
-              "   Samples         1250000000\n"
-              "   Length          07:14:01.666\n");
+              recorded("audio/expected/riff-rf64-2.txt"));
 }
 
 TEST(Riff, DamagedFiles) {

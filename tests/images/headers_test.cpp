@@ -7,11 +7,7 @@ TEST(Bmp, InfoHeaderOfTopDownImage) {
     auto w =
         little().text("BM").u32(0x80000000).u32(0).u32(54).u32(40).u32(640).u32(0xFFFFFE20).u16(1).u16(32);
     w.u32(3).u32(1228800).u32(2835).u32(0xFFFFFFFF).u32(5).u32(6);
-    EXPECT_EQ(dump_of(w.str()),
-              "Fileformat:BMP\n bfsize:          -2147483648\n bfoffset:        54\n headersize:      40\n"
-              "  height:         -480\n  width:          640\n  planes:         1\n  bitcount:       32\n"
-              "  compression:    3\n  imagesize:      1228800\n  xpels:          2835\n  ypels:          -1\n"
-              "  clrused:        5\n  clrimportant:   6\n");
+    EXPECT_EQ(dump_of(w.str()), recorded("images/expected/bmp-info-header-of-top-down-image.txt"));
 }
 
 TEST(Sgi, NameStopsAtItsField) {

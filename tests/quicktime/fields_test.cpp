@@ -110,11 +110,7 @@ TEST(QuicktimeTables, Entries) {
 TEST(QuicktimeTables, CountBeyondTheAtomReadsOn) {
     const std::string offsets = atom("stco", big().u32(0).u32(2).u32(40).str());
     EXPECT_EQ(lines_from(movie_dump(atom("stbl", offsets) + atom("free")), "    nentries="),
-              "    nentries=2 (0x2)\n"
-              "    data[0]=40 (0x28)\n"
-              "    data[1]=8 (0x8)\n"
-              "Warning: incorrect size(32 != 28). Pointer adjusted\n"
-              "ATOM 0 free (0x65657266) size=8         (0x0000008) offset=0x              1c\n");
+              recorded("quicktime/expected/quicktime-tables-count-beyond-the-atom-reads-on.txt"));
 }
 
 TEST(QuicktimeTables, SampleDependencies) {
