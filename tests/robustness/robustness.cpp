@@ -73,22 +73,9 @@ Content damage(const Content &original, unsigned number, unsigned seed) {
     // Headers are where the fields are: most damage goes to the first few KB.
     const size_t reach = below(3) ? std::min<size_t>(copy.size(), 2048) : copy.size();
     const unsigned changes = 1 + static_cast<unsigned>(below(6));
-    static const uint64_t extremes[] = {0,
-                                        1,
-                                        2,
-                                        7,
-                                        8,
-                                        0x7F,
-                                        0x80,
-                                        0xFF,
-                                        0x7FFF,
-                                        0xFFFF,
-                                        0x7FFFFFFF,
-                                        0x80000000,
-                                        0xFFFFFFFF,
-                                        0xFFFFFFF0,
-                                        0x7FFFFFFFFFFFFFFF,
-                                        0xFFFFFFFFFFFFFFFF};
+    static const uint64_t extremes[] = {0,          1,          2,         7,         8,          0x7F,
+                                        0x80,       0xFF,       0x7FFF,    0xFFFF,    0x7FFFFFFF, 0x80000000,
+                                        0xFFFFFFF0, 0xFFFFFFFF, INT64_MAX, UINT64_MAX};
     for (unsigned i = 0; i < changes && !copy.empty(); i++) {
         const size_t at = below(std::min(reach, copy.size()));
         switch (below(6)) {
