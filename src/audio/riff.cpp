@@ -58,8 +58,28 @@ int64_t after_chunk(int64_t offset, int64_t length) { return offset + ((length +
 // The size of the walk's unit as a chunk's size field gives it: a signed 32-bit number.
 int64_t signed_size(uint32_t field) { return static_cast<int32_t>(field); }
 
+// Tells when a walk that sizes below 0 lead back comes by a place for the second time (Brent's method).
+class CircleDetector {
+ public:
+    bool closed_by(int64_t offset) {
+        if (offset == mark_) return true;
+        if (++steps_ == lap_) {
+            mark_ = offset;
+            steps_ = 0;
+            lap_ *= 2;
+        }
+        return false;
+    }
+
+ private:
+    int64_t mark_ = -1;
+    uint64_t steps_ = 0;
+    uint64_t lap_ = 1;
+};
+
 // First pass: the sample rate, and the sizes of RF64. False when it could not be read.
 bool scan_format(Walk &walk) {
+    CircleDetector circle;
     int64_t offset = kFirstChunk;
     do {
         if (offset < 0) {
@@ -83,10 +103,8 @@ bool scan_format(Walk &walk) {
             walk.sample_count = s64(payload, 16);
             if (walk.riff_size == -1) walk.riff_size = walk.riff_size64;
         }
-        const int64_t next = after_chunk(offset, signed_size(u32(chunk, 4)));
-        if (next >= 0 && next <= offset) return true;  // going back would not end
-        offset = next;
-    } while (offset < walk.riff_size);
+        offset = after_chunk(offset, signed_size(u32(chunk, 4)));
+    } while (offset < walk.riff_size && !circle.closed_by(offset));
     return true;
 }
 

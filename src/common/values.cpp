@@ -78,6 +78,16 @@ const char *checkascii(Bytes field, unsigned width) {
     return text;
 }
 
+void print_text(Bytes b, uint64_t offset) {
+    constexpr int kStep = 64 * 1024;
+    Text text;
+    do {
+        text = text_at(b, offset, kStep);
+        std::fwrite(text.start, 1, static_cast<size_t>(text.length), stdout);
+        offset += kStep;
+    } while (text.length == kStep);
+}
+
 void swap16(uint16_t *value) { *value = static_cast<uint16_t>(*value >> 8 | *value << 8); }
 void swap32(uint32_t *value) { *value = __builtin_bswap32(*value); }
 

@@ -15,6 +15,7 @@ constexpr uint32_t kMaxUnknown = 256;  // bytes shown of a value of unknown kind
 constexpr uint32_t kMaxElement = 32;   // bytes shown of an array element
 constexpr uint32_t kLabelSize = 16;
 constexpr uint64_t kArrayHeader = 8;
+constexpr int32_t kMostEmpty = 65536;  // elements without bytes that are listed of an array
 
 int32_t s32(Bytes b, uint64_t offset) { return static_cast<int32_t>(mxfuint32(b.from(offset))); }
 
@@ -116,9 +117,12 @@ struct Array {
     explicit Array(Bytes value)
         : elements(value.from(kArrayHeader)), count(s32(value, 0)), size(mxfuint32(value.from(4))) {}
 
-    // Element i; empty beyond the end of the item. Elements without bytes are none.
-    Bytes operator[](int32_t i) const {
-        return size == 0 ? Bytes() : elements.from(static_cast<uint64_t>(i) * size);
+    Bytes operator[](int32_t i) const { return elements.from(static_cast<uint64_t>(i) * size); }
+
+    // Whether element i is listed: it begins inside the item. Elements without bytes all begin at one place,
+    // so that only a number which a value could hold of them is.
+    bool has(int32_t i) const {
+        return i < count && (size == 0 ? i < kMostEmpty : static_cast<uint64_t>(i) * size < elements.size());
     }
 };
 
@@ -164,7 +168,7 @@ void print_labels(DumpOptions &opts, Bytes buffer, uint64_t offset, const Array 
         return;
     }
     constexpr const char *kReferences = "\n     References ";
-    for (int32_t i = 0; i < array.count && !array[i].empty(); i++) {
+    for (int32_t i = 0; array.has(i); i++) {
         switch (kind) {
             case ValueKind::weak_reference_array:
                 print_named(opts, "    WeakReference ", array[i], kReferences);
@@ -184,12 +188,12 @@ void print_array(DumpOptions &opts, Bytes buffer, uint64_t offset, ValueKind kin
     if (array.count == 0) std::printf("    Empty\n");
     if (kind == ValueKind::index_entry_array) {
         LineBuffer out;
-        for (int32_t i = 0; i < array.count && !array[i].empty(); i++) put_index_entry(out, i, array);
+        for (int32_t i = 0; array.has(i); i++) put_index_entry(out, i, array);
     } else if (kind == ValueKind::generic_array || kind == ValueKind::generic_batch) {
         std::printf("    Count %d\n", array.count);
         std::printf("    Size  %d\n", static_cast<int32_t>(array.size));
         LineBuffer out;
-        for (int32_t i = 0; i < array.count && !array[i].empty(); i++) put_element(out, "     ", i, array);
+        for (int32_t i = 0; array.has(i); i++) put_element(out, "     ", i, array);
     } else {
         print_labels(opts, buffer, offset, array, kind);
     }

@@ -19,6 +19,7 @@ constexpr uint64_t kLargeItemLimit = 0x40000000;  // with -ml
 constexpr uint64_t kCollectionLimit = 1000000;    // file position at which names are collected no more
 constexpr uint64_t kMaxVerboseDump = 256;
 constexpr uint64_t kSetEnd = 20;               // behind the key, with the usual 4-byte length
+constexpr uint64_t kEssenceHead = 65536;       // of an essence element that is searched for names
 constexpr uint32_t kInstanceUid = 0x3C0A0010;  // tag and length of a set's instance UID
 constexpr uint64_t kSharedSize = 1 << 20;      // bytes of items that share an image
 constexpr uint32_t kSmallestRead = 512;        // key and length of an essence element cost one such block
@@ -64,12 +65,13 @@ bool is_essence_element(Bytes key) {
     return bytes_are(key, 4, "\x01\x02\x01") && bytes_are(key, 8, "\x0D\x01\x03\x01");
 }
 
-// Registers the instance UID of a metadata set under the set's name.
+// Registers the instance UID of a metadata set under the set's name. Byte 13 of an essence element's key, the
+// number of elements, can look like a set's: of the essence only the head is searched.
 void collect_name(const Walk &walk, const Item &item) {
     const uint8_t group = item.bytes[13];
-    if (!is_smpte_label(item.bytes, 0) || (group != 1 && group != 2) || is_essence_element(item.bytes))
-        return;
-    const Bytes set = item.bytes.sub(0, kSetEnd + item.length);
+    if (!is_smpte_label(item.bytes, 0) || (group != 1 && group != 2)) return;
+    const uint64_t end = kSetEnd + item.length;
+    const Bytes set = item.bytes.sub(0, is_essence_element(item.bytes) ? std::min(end, kEssenceHead) : end);
     for (uint64_t at = item.value; at < set.size();
          at += 4 + static_cast<uint64_t>(mxfuint16(set.from(at + 2)))) {
         if (mxfuint32(set.from(at)) != kInstanceUid) continue;

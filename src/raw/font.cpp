@@ -1,8 +1,8 @@
 // Windows bitmap font resource (FNT, version 3).
-#include <algorithm>
 #include <cstdio>
 
 #include "common/file_image.h"
+#include "common/values.h"
 #include "raw/raw.h"
 
 namespace {
@@ -41,21 +41,7 @@ constexpr uint64_t kLastChar = 96;
 constexpr uint64_t kGlyphs = 148;
 constexpr uint64_t kGlyphSize = 6;
 
-// An offset and the text that stands there; an offset of 0 or beyond the file has none.
-void print_text_at(std::FILE *file, uint32_t offset) {
-    constexpr uint64_t kStep = 1 << 16;
-    const uint64_t size = file_size(file);
-    std::printf("%08x '", offset);
-    for (uint64_t at = offset; offset && at < size; at += kStep) {
-        FileImage part(file, at, std::min(kStep, size - at));
-        const Text text = text_at(part.bytes(), 0, part.size());
-        std::fwrite(text.start, 1, static_cast<size_t>(text.length), stdout);
-        if (static_cast<uint64_t>(text.length) < part.size()) break;
-    }
-    std::printf("'\n");
-}
-
-void print_row(std::FILE *file, Bytes font, const Row &row) {
+void print_row(Bytes font, const Row &row) {
     std::printf("%02x %s", row.offset, row.label);
     const uint32_t word = little32(font, row.offset);
     switch (row.kind) {
@@ -70,7 +56,11 @@ void print_row(std::FILE *file, Bytes font, const Row &row) {
             std::printf("'%.*s'\n", text.length, text.start);
             break;
         }
-        case Kind::text_offset: print_text_at(file, word); break;
+        case Kind::text_offset:  // an offset of 0 has no text
+            std::printf("%08x '", word);
+            if (word) print_text(font, word);
+            std::printf("'\n");
+            break;
     }
 }
 
@@ -92,6 +82,6 @@ void fontdump(DumpOptions &, std::FILE *file) {
         std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
         return;
     }
-    for (const Row &row : kRows) print_row(file, image.bytes(), row);
+    for (const Row &row : kRows) print_row(image.bytes(), row);
     print_glyphs(image.bytes());
 }

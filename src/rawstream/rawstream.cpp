@@ -7,6 +7,7 @@
 
 #include "common/file_image.h"
 #include "common/line_buffer.h"
+#include "common/values.h"
 #include "rawstream/detect.h"
 
 namespace {
@@ -46,13 +47,8 @@ int64_t decimal(Bytes text) {
 }
 
 void print_unknown_tag(Bytes line) {
-    constexpr uint64_t kStep = 64 * 1024;
     std::printf("Warning: Unknown tag '");
-    for (uint64_t i = 0; i < line.size(); i += kStep) {
-        const Text text = text_at(line, i, kStep);
-        std::fwrite(text.start, 1, static_cast<size_t>(text.length), stdout);
-        if (static_cast<uint64_t>(text.length) < kStep) break;
-    }
+    print_text(line, 0);
     std::printf("'\n");
 }
 

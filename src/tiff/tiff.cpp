@@ -73,10 +73,10 @@ void print_sub_directories(Walk &walk, const Entry &entry, const char *single, c
 void print_image_source_data(const Walk &walk, const Entry &entry) {
     constexpr char kMagic[] = "Adobe Photoshop Document Data Block\0";
     constexpr uint32_t kMagicSize = sizeof kMagic - 1;
-    constexpr uint64_t kMaxText = 8191;
     const Bytes data = walk.base.from(entry.value);
-    const Text magic = text_at(data, 0, kMaxText);
-    std::printf("\n   magic   '%.*s'", magic.length, magic.start);
+    std::printf("\n   magic   '");
+    print_text(data, 0);
+    std::printf("'");
     if (!bytes_are(data, 0, kMagic)) return;
     if (entry.count == kMagicSize) {
         std::printf("\n    Empty data tag\n");
