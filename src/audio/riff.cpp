@@ -22,6 +22,7 @@ constexpr uint64_t kTableEntry = 12;
 struct Walk {
     DumpOptions &opts;
     std::FILE *file;
+    FileWindow window;
     int64_t file_bytes;
     bool rf64;
     bool cdxa;
@@ -90,8 +91,7 @@ bool scan_format(Walk &walk) {
             std::printf("Error: Scanning for formattag, read failed\n");
             return false;
         }
-        FileImage image(walk.file, static_cast<uint64_t>(offset), kScanSize, 512);
-        const Bytes chunk = image.bytes();
+        const Bytes chunk = walk.window.at(static_cast<uint64_t>(offset)).sub(0, kScanSize);
         const Bytes payload = chunk.from(kChunkHeader);
         if (bytes_are(chunk, 0, "fmt ")) {
             walk.rate = u32(payload, 4);
@@ -235,8 +235,7 @@ void walk_chunks(Walk &walk) {
             std::printf("Error: read failed\n");
             return;
         }
-        FileImage image(walk.file, static_cast<uint64_t>(offset), kBufferSize, 512);
-        const Bytes bytes = image.bytes();
+        const Bytes bytes = walk.window.at(static_cast<uint64_t>(offset));
         const uint32_t size_field = u32(bytes, 4);
         int64_t length = signed_size(size_field);
         if (size_field == kUnknownSize && bytes_are(bytes, 0, "data")) length = walk.data_size;
@@ -267,6 +266,7 @@ void riffdump(DumpOptions &opts, Bytes header, const char *name, int rf64) {
     }
     Walk walk{opts,
               file.get(),
+              FileWindow(file.get(), kBufferSize, 512),
               static_cast<int64_t>(file_size(file.get())),
               rf64 != 0,
               bytes_are(header, 8, "CDXA"),

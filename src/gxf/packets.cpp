@@ -85,11 +85,10 @@ bool payload_of(Bytes rest, int64_t size, Bytes &payload) {
 void gxfdump(DumpOptions &, std::FILE *file) {
     std::printf("Fileformat:GXF\n");
     const uint64_t end = file_size(file);
-    FileImage window(file, 0, kHeaderSize + kPayloadRead, kBlock);
+    FileWindow window(file, kHeaderSize + kPayloadRead, kBlock);
     UmfCollection umf;
     for (uint64_t position = 0;;) {
-        window.move_to(position);
-        const Bytes rest = window.bytes().sub(0, end - std::min(position, end));
+        const Bytes rest = window.at(position).sub(0, end - std::min(position, end));
         const Packet packet = gxftag(file, position, rest.sub(0, kHeaderSize));
         if (packet.length == 0) return;
         std::printf("%08x %s %d\n", static_cast<uint32_t>(position), packet.name,

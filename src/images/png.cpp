@@ -12,7 +12,7 @@ constexpr uint64_t kSignatureSize = 8;
 constexpr uint64_t kChunkHeadSize = 8;  // length and type
 constexpr uint64_t kCrcSize = 4;
 constexpr uint64_t kShownSize = 32;       // of a chunk: its head and the fields of IHDR
-constexpr uint64_t kStep = 64 * 1024;     // bytes of the file in memory at a time
+constexpr uint64_t kStep = 64 * 1024;     // bytes of data in memory at a time
 constexpr uint32_t kChunkHeadBlock = 64;  // chunks of picture data cost one read of this size each
 
 constexpr HexRow kDataRow{.padded = false, .characters = false};
@@ -60,19 +60,14 @@ void print_chunk(Bytes chunk, uint64_t position) {
 
 void pngdump(DumpOptions &opts, std::FILE *file) {
     const uint64_t size = file_size(file);
-    FileImage window(file, 0, kStep, kChunkHeadBlock);
+    FileWindow window(file, kShownSize, kChunkHeadBlock);
     if (!window.ok()) {
         std::printf("malloc of buffer %d failed\n", static_cast<int32_t>(size));
         return;
     }
     std::printf("Fileformat:PNG\n");
-    uint64_t window_start = 0;
     for (uint64_t position = kSignatureSize; position < size;) {
-        if (position + kShownSize > window_start + kStep) {
-            window_start = position;
-            window.move_to(position);
-        }
-        const Bytes chunk = window.bytes().from(position - window_start);
+        const Bytes chunk = window.at(position);
         const int32_t length = png_int32(chunk, 0);
         const uint64_t data = position + kChunkHeadSize;
         if (!bytes_are(chunk, 4, "IDAT")) {

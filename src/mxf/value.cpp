@@ -15,7 +15,7 @@ constexpr uint32_t kMaxUnknown = 256;  // bytes shown of a value of unknown kind
 constexpr uint32_t kMaxElement = 32;   // bytes shown of an array element
 constexpr uint32_t kLabelSize = 16;
 constexpr uint64_t kArrayHeader = 8;
-constexpr int32_t kMostEmpty = 65536;  // elements without bytes that are listed of an array
+constexpr int32_t kMostEmpty = 256;  // elements without bytes that are listed of an array
 
 int32_t s32(Bytes b, uint64_t offset) { return static_cast<int32_t>(mxfuint32(b.from(offset))); }
 
@@ -119,8 +119,8 @@ struct Array {
 
     Bytes operator[](int32_t i) const { return elements.from(static_cast<uint64_t>(i) * size); }
 
-    // Whether element i is listed: it begins inside the item. Elements without bytes all begin at one place,
-    // so that only a number which a value could hold of them is.
+    // Whether element i is listed: it begins inside the item. Elements without bytes never leave it, so that
+    // only some of them are.
     bool has(int32_t i) const {
         return i < count && (size == 0 ? i < kMostEmpty : static_cast<uint64_t>(i) * size < elements.size());
     }

@@ -21,13 +21,11 @@ constexpr uint64_t kMaxVerboseDump = 256;
 constexpr uint64_t kSetEnd = 20;               // behind the key, with the usual 4-byte length
 constexpr uint64_t kEssenceHead = 65536;       // of an essence element that is searched for names
 constexpr uint32_t kInstanceUid = 0x3C0A0010;  // tag and length of a set's instance UID
-constexpr uint64_t kSharedSize = 1 << 20;      // bytes of items that share an image
 constexpr uint32_t kSmallestRead = 512;        // key and length of an essence element cost one such block
 
 struct Walk {
     DumpOptions &opts;
-    FileImage &image;  // the item and what stands before it since the image was moved
-    uint64_t base;     // file position of the image
+    FileWindow &window;
     uint64_t file_size;
     uint64_t limit;  // of what may be loaded at once
     uint64_t first_key;
@@ -42,19 +40,9 @@ struct Item {
     Bytes bytes;
 };
 
-// The file from a position on, as far as an item may reach. Small items that follow each other share an
-// image.
-Bytes window_at(Walk &walk, uint64_t position) {
-    if (position < walk.base || position - walk.base > kSharedSize) {
-        walk.base = position;
-        walk.image.move_to(position);
-    }
-    return walk.image.bytes().from(position - walk.base);
-}
-
 // Position of the first label; false when the head of the file has none.
-bool find_first_key(FileImage &image, uint64_t &position) {
-    const Bytes head = image.bytes().sub(0, kHeadSize);
+bool find_first_key(FileWindow &window, uint64_t &position) {
+    const Bytes head = window.at(0).sub(0, kHeadSize);
     for (position = 0; position + kNextHeader <= kHeadSize; position++) {
         if (is_smpte_label(head, position)) return true;
     }
@@ -136,7 +124,7 @@ void run_pass(Walk &walk, bool collecting) {
             std::printf("Internal error\n");
             return;
         }
-        const Bytes window = window_at(walk, position);
+        const Bytes window = walk.window.at(position);
         uint32_t value = kKeySize;
         const uint64_t length = mxfber(walk.opts, window.sub(0, loaded - next_key), kKeySize, &value);
         const uint64_t size = value + length;
@@ -178,13 +166,13 @@ void run_pass(Walk &walk, bool collecting) {
 
 void mxfdump(DumpOptions &opts, std::FILE *file) {
     const uint64_t limit = opts.mxf_flag_l ? kLargeItemLimit : kItemLimit;
-    FileImage image(file, 0, limit + kSharedSize, kSmallestRead);
-    if (!image.ok()) {
+    FileWindow window(file, limit, kSmallestRead);
+    if (!window.ok()) {
         std::printf("malloc of buffer %d failed\n", static_cast<int>(limit));
         return;
     }
-    Walk walk{opts, image, 0, file_size(file), limit, 0};
-    if (!find_first_key(image, walk.first_key)) return;
+    Walk walk{opts, window, file_size(file), limit, 0};
+    if (!find_first_key(window, walk.first_key)) return;
     run_pass(walk, true);
     run_pass(walk, false);
 }

@@ -25,14 +25,7 @@ uint64_t bytes_left(const QtFile &file) {
 // The next n bytes, which may not exceed the area; fewer where the file ends.
 Bytes next_bytes(QtFile &file, uint64_t n) {
     n = std::min(n, bytes_left(file));
-    if (n == 0) return {};
-    const bool covered =
-        file.position >= file.area_start && file.position + n <= file.area_start + QtFile::kAreaSize;
-    if (!covered) {
-        file.area.move_to(file.position);
-        file.area_start = file.position;
-    }
-    return file.area.bytes().sub(file.position - file.area_start, n);
+    return n ? file.area.at(file.position).sub(0, n) : Bytes();
 }
 
 }  // namespace
@@ -41,7 +34,7 @@ Bytes next_bytes(QtFile &file, uint64_t n) {
 QtFile::QtFile(const char *name)
     : fd(open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK)),
       length(fd < 0 ? 0 : std::min(file_size(fd), kFarthest)),
-      area(fd, 0, kAreaSize) {}
+      area(fd, kAreaSize) {}
 
 QtFile::~QtFile() {
     if (fd >= 0) close(fd);

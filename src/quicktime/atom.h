@@ -21,8 +21,7 @@ struct QtFile {
 
     int fd;
     uint64_t length;  // in bytes
-    FileImage area;
-    uint64_t area_start = 0;
+    FileWindow area;
     uint64_t position = 0;      // may lie beyond the end
     uint64_t moved_back = 0;    // bytes of the file that the walk went back over, in sum
     uint32_t problems = 0;      // bit set

@@ -34,7 +34,7 @@ class ChunkReader {
  private:
     uint64_t end_;
     uint32_t most_;
-    FileImage window_;
+    FileWindow window_;
 };
 
 // Prints the metadata records of a header or frame chunk. A block's records begin where the first record of

@@ -137,8 +137,9 @@ TEST(Values, ArraysAndBatches) {
     EXPECT_EQ(
         value(0x3F09, big().u32(2).u32(3).text("abcdef").str()),
         "   GenericArray\n    Count 2\n    Size  3\n     00000000 61 62 63 \n     00000001 64 65 66 \n");
-    EXPECT_EQ(value(0x3F09, big().u32(0x7FFFFFFF).u32(0).str()),
-              "   GenericArray\n    Count 2147483647\n    Size  0\n");
+    EXPECT_EQ(value(0x3F09, big().u32(2).u32(0).str()),
+              "   GenericArray\n    Count 2\n    Size  0\n     00000000 \n     00000001 \n");
+    EXPECT_LT(value(0x3F09, big().u32(0x7FFFFFFF).u32(0).str()).size(), 10'000);
     const std::string entries =
         hex("00 FE 22 0000000000001000  FF 01 C0 FFFFFFFFFFFFFFFF  00 00 30 0000000000000001");
     EXPECT_EQ(value(0x3F0A, big().u32(3).u32(11).raw(entries).str()),
