@@ -1,4 +1,5 @@
 // The walk over the start codes of a program stream or video elementary stream.
+#include <algorithm>
 #include <bit>
 #include <memory>
 
@@ -20,11 +21,14 @@ struct StartCode {
 
 // Moves behind a start code prefix; false when what stands there is none.
 bool find_start_code(mpeg_reader &reader) {
-    for (int zeros = 0; !mpegendoffile(reader);) {
-        const uint32_t byte = mpegbits(reader, 8);
-        if (byte == 1 && zeros >= 2) return true;
-        if (byte != 0) return false;
-        if (zeros < 2) zeros++;
+    int64_t zeros = 0;
+    for (ByteRun run = mpegrun(reader); run.size > 0; run = mpegrun(reader)) {
+        const uint8_t *end = run.bytes + run.size;
+        const uint8_t *other = std::find_if(run.bytes, end, [](uint8_t byte) { return byte != 0; });
+        zeros += other - run.bytes;
+        const bool found = other != end && *other == 1 && zeros >= 2;
+        mpegbytes(reader, std::min<int64_t>(other - run.bytes + 1, run.size));
+        if (other != end) return found;
     }
     return false;
 }

@@ -1,6 +1,4 @@
 // Pack, system and program stream map headers after ISO/IEC 11172-1 and 13818-1.
-#include <algorithm>
-
 #include "mpeg/headers.h"
 
 namespace {
@@ -11,7 +9,7 @@ constexpr double kClock = 90000;  // ticks a second of the system clock referenc
 void print_characters(mpeg_reader &reader, uint32_t count) {
     constexpr uint32_t kColumns = 15;
     std::printf(" info:            '");
-    for (uint32_t i = 1; i <= count && !mpegendoffile(reader); i++) {
+    for (uint32_t i = 1; i <= count; i++) {
         std::printf("%c", static_cast<char>(mpegbits(reader, 8)));
         if (i % kColumns == 0) std::printf("'\n                  '");
     }
@@ -89,7 +87,7 @@ Status print_program_stream_map(mpeg_reader &reader) {
     print_characters(reader, info);
     std::printf("'\n");
     const uint32_t map = print_bits(reader, " infolength:      ", 16);
-    for (uint32_t used = 0; used < map && !mpegendoffile(reader);) {
+    for (uint32_t used = 0; used < map;) {
         print_bits(reader, " stream_type:     ", 8);
         std::printf(" stream_id:       %02x\n", mpegbits(reader, 8));
         const uint32_t length = print_bits(reader, " infolength:      ", 16);
