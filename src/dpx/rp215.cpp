@@ -220,6 +220,6 @@ void rp215_dump(Bytes block, uint32_t length, int skip_crc) {
     }
     if (skip_crc) return;
     const uint32_t computed = rp215_crc(block, length);
-    const uint32_t stored = length >= kCrcSize ? big16(block, length - kCrcSize) : 0;
+    const uint32_t stored = length >= kCrcSize ? big16(block, length - kCrcSize) : block[0];
     if (computed != stored) std::printf("CRC Wrong Calc %04x != %04x\n", computed, stored);
 }
