@@ -56,13 +56,12 @@ Samples after(size_t frames, Samples samples) {
 }  // namespace
 
 TEST(AudioSamples, Hexadecimal) {
+    Transcript transcript;
     const std::string tail(32, '\0');  // the search for the format wants 64 bytes behind its chunk
     const std::string zeros = "  0000 0000 \n  0000 0000 \n  0000 0000 \n  0000 0000 \n";
     EXPECT_EQ(dumped(wave(2, 16, "\x34\x12\x78\x56" + tail), {"-a"}), "  1234 5678 \n" + zeros + zeros);
-    EXPECT_EQ(lines_from(dumped(wave(1, 24, "\x01\x02\x03" + std::string(30, 'a')), {"-a"}), "  ", 2),
-              "  030201 \n  616161 \n");
-    EXPECT_EQ(lines_from(dumped(wave(3, 20, "abcdefghi" + std::string(27, 'z')), {"-a"}), "  ", 1),
-              "  636261 666564 696867 \n");
+    SHOW(lines_from(dumped(wave(1, 24, "\x01\x02\x03" + std::string(30, 'a')), {"-a"}), "  ", 2));
+    SHOW(lines_from(dumped(wave(3, 20, "abcdefghi" + std::string(27, 'z')), {"-a"}), "  ", 1));
     EXPECT_EQ(lines_from(dumped(wave(1, 8, "\x80" + tail), {"-a"}), "  ", 2), "  80 \n  00 \n");
     EXPECT_EQ(dumped(wave(2, 16, tail), {}), "");
     // The file ends inside a frame: what is there is shown, and the line ends.
@@ -73,34 +72,31 @@ TEST(AudioSamples, Hexadecimal) {
 }
 
 TEST(AudioSamples, TimecodeInOneChannel) {
+    Transcript transcript;
     const std::string at_start = interleaved({carrying(packet())});
     EXPECT_EQ(dumped(wave(1, 16, at_start), {"-t"}), "0.000000 01020304/42 \n");
     // The search starts 63 frames before the sample behind the last one that was no sync sample.
-    EXPECT_EQ(dumped(wave(1, 16, interleaved({after(100, carrying(packet()))})), {"-t"}),
-              "0.000750 01020304/42 \n");
-    EXPECT_EQ(dumped(wave(1, 16, interleaved({after(48064, carrying(packet()))})), {"-t"}),
-              "1.000000 01020304/42 \n");
-    EXPECT_EQ(dumped(wave(1, 16, interleaved({after(1, carrying(packet()))})), {"-t"}),
-              "0.998687 01020304/42 \n");
+    SHOW(dumped(wave(1, 16, interleaved({after(100, carrying(packet()))})), {"-t"}));
+    SHOW(dumped(wave(1, 16, interleaved({after(48064, carrying(packet()))})), {"-t"}));
+    SHOW(dumped(wave(1, 16, interleaved({after(1, carrying(packet()))})), {"-t"}));
     EXPECT_EQ(dumped(wave(1, 16, interleaved({carrying(packet(1))})), {"-t"}), "0.000000 ERROR\n");
     // Complete on the 129th sample only.
     EXPECT_EQ(dumped(wave(1, 16, at_start.substr(0, 256)), {"-t"}), "");
 }
 
 TEST(AudioSamples, TimecodeInChannelsAtOnce) {
+    Transcript transcript;
     const Samples none(129, 0);
     const std::string both = interleaved({carrying(packet()), none, none, carrying(packet())});
     EXPECT_EQ(dumped(wave(4, 16, both), {"-t"}), "0.000000 01020304/42 01020304/42 \n");
     const std::string last = interleaved({none, none, none, carrying(packet())});
     EXPECT_EQ(dumped(wave(4, 16, last), {"-t"}), "0.000000 " + std::string(30, ' ') + "01020304/42 \n");
-    EXPECT_EQ(lines_from(dumped(wave(2, 16, interleaved({none, carrying(packet())})), {"-a", "-t"}),
-                         "  0000 0000 "),
-              "  0000 0000 0.000000           01020304/42 \n");
+    SHOW(lines_from(dumped(wave(2, 16, interleaved({none, carrying(packet())})), {"-a", "-t"}),
+                    "  0000 0000 "));
     // Channels beyond the sixteenth are read, but not searched.
     std::vector<Samples> many(18, none);
     many[15] = many[16] = carrying(packet());
-    EXPECT_EQ(dumped(wave(18, 16, interleaved(many)), {"-t"}),
-              "0.000000 " + std::string(150, ' ') + "01020304/42 \n");
+    SHOW(dumped(wave(18, 16, interleaved(many)), {"-t"}));
 }
 
 TEST(AudioSamples, BigEndianInAiff) {

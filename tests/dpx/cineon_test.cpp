@@ -4,6 +4,7 @@
 #include "support/command.h"
 
 TEST(Cineon, UnsetValuesAndTheLastChannels) {
+    Transcript transcript;
     ByteWriter w = little().u32(0xD75F2A80).u32(2048).u32(1024).u32(0xFFFFFFFF);
     w.at(24).text("V4.5", 8).at(132).text("2026:01:02").at(144).text("lost");
     w.at(192).u8(9).u8(255).at(216).u32(0x7F800000);
@@ -12,19 +13,10 @@ TEST(Cineon, UnsetValuesAndTheLastChannels) {
     w.at(196 + 254 * 28).u8(1).u8(2).u8(10).at(196 + 254 * 28 + 4).u32(0xFFFFFFFF).u32(7).f32(1023).zeros(12);
     const std::string text = dump_of(w.str());
     EXPECT_EQ(lines_from(text, " industryheader", 1), " industryheader   : \n");
-    EXPECT_EQ(lines_from(text, " creationdate", 4),
-              " creationdate     : '2026:01:02'\nimage\n orientation    C : 9 \n channels       C : 255\n");
+    SHOW(lines_from(text, " creationdate", 4));
     EXPECT_EQ(lines_from(text, "  maximumdata", 1), "  maximumdata     : \n");
-    EXPECT_EQ(
-        lines_from(text, " channel-254", 16),
-        " channel-254\n  channel1a       : 1\n  channel1b       : 2\n  bitsperpixel    : 10\n"
-        "  pixelsperline   : -1\n  linesperimage   : 7\n  minimumdata     : 1023\n  minimumquantity : 0\n"
-        "  maximumdata     : 0\n  maximumquantity : 0\n  whitepoint      : -nan 0.25\n"
-        "  redprimary      : 0 0\n  greenprimary    : 0 0\n  blueprimary     : 0 0\n  label           : '" +
-            std::string(200, 'l') + "'\ndata\n");
-    EXPECT_EQ(lines_from(text, " interleave", 5),
-              " interleave       : \n packing          : 254\n bsigned          : 0\n imagesense       : 0\n"
-              " endoflinepad     : -2147483648\n");
+    SHOW(lines_from(text, " channel-254", 16));
+    SHOW(lines_from(text, " interleave", 5));
     EXPECT_EQ(lines_from(text, " xpitch", 1), " xpitch           : 1e-07\n");
     EXPECT_EQ(lines_from(text, " format", 1), " format           : Error, 0xff in ascii data\n");
 }

@@ -55,6 +55,7 @@ TEST(Klv, BerLengths) {
 }
 
 TEST(Klv, FixedWidthLengthsAndTags) {
+    Transcript transcript;
     DumpOptions opts{};
     const auto key = [](const std::string &coding) {
         return hex("060E2B3402" + coding + "0101 0000000000000000 8201020304");
@@ -80,9 +81,7 @@ TEST(Klv, FixedWidthLengthsAndTags) {
     const std::string none = key("06");
     EXPECT_STREQ(mxfklvtype(opts, Bytes(none.data(), none.size()), 0), "unknown");
     std::fflush(stdout);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "MXFERROR @ 0x00000000 mxflength\nMXFERROR @ 0x00000000 mxftagsize\nMXFERROR @ 0x00000000 "
-              "mxfklvtype\n");
+    SHOW(testing::internal::GetCapturedStdout());
     const std::string tag_long = key("7B");
     EXPECT_EQ(mxftagsize(opts, Bytes(tag_long.data(), tag_long.size()), 0), 4);
     EXPECT_STREQ(mxfklvtype(opts, Bytes(tag_long.data(), tag_long.size()), 0), "Local/Length-Long/Tag-Long");

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 
 #include "support/bytes_of.h"
@@ -32,17 +30,4 @@ inline std::string movie_dump(const std::string &content) {
 inline std::string fields_of(const std::string &type, const std::string &payload) {
     const std::string dump = movie_dump(atom(type, payload));
     return dump.substr(dump.find('\n') + 1);
-}
-
-// Lines at the indentation of a top-level atom's fields, from a list in which '|' ends a line.
-inline std::string fields(const std::string &list) {
-    std::string lines = "  ";
-    for (const char c : list) lines += c == '|' ? "\n  " : std::string(1, c);
-    return lines.substr(0, lines.size() - 2);
-}
-
-// A text that stands beside the tests.
-inline std::string golden(const std::string &name) {
-    std::ifstream file(KELDUMP_SAMPLES "/../tests/quicktime/" + name);
-    return std::string(std::istreambuf_iterator<char>(file), {});
 }

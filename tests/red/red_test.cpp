@@ -41,43 +41,31 @@ const std::string kMissing =
     "Marker REOB/REOF/REOS missing\n";
 
 TEST(Records, ShownByVerbosity) {
+    Transcript transcript;
     const std::string file = chunk("RED1", "") + chunk("REDV", big().zeros(5).raw(records()).str());
-    EXPECT_EQ(lines_from(dump_of(file), "frame 0", 4),
-              "frame 0\n timecode_edge      : 01:02:03:04?\n timecode_absolute  : 10:00\n"
-              " timecode_start     : \n");
-    EXPECT_EQ(lines_from(verbose_dump(file, 1), "frame 0"),
-              "frame 0\n00000005 16 15  0 '01:02:03:04?'\n timecode_edge      : 01:02:03:04?\n"
-              "00000014 16 10  1 '10:00'\n timecode_absolute  : 10:00\n0000001e 32  7  7 '-1.500000'\n"
-              "00000025 32  6  8 '0.000000'\n0000002b 64  5  9 '-2'\n"
-              "00000030 16  3 41 ''\n timecode_start     : \n"
-              "00000033 48 20 10 '30 31 32 33 34 35 36 37 38 39 61 62 63 64 65 66  67'\n"
-              "00000047 97  4 255 '7a'\n" +
-                  kMissing);
-    EXPECT_EQ(lines_from(verbose_dump(file, 2), "00000005", 3),
-              "00000005 16 15  0 '30 31 3a 30 32 3a 30 33 3a 30 34 01'\n"
-              "00000005 16 15  0 '01:02:03:04?'\n timecode_edge      : 01:02:03:04?\n");
+    SHOW(lines_from(dump_of(file), "frame 0", 4));
+    SHOW(lines_from(verbose_dump(file, 1), "frame 0"));
+    SHOW(lines_from(verbose_dump(file, 2), "00000005", 3));
 }
 
 // A run ends 16 bytes before the chunk does, or where the bytes end that are held of a large chunk; the scan
 // for the next one goes on behind it, as far as its first 256 bytes.
 TEST(Records, WhereRunsBeginAndEnd) {
+    Transcript transcript;
     const auto of_frame = [](const std::string &payload, size_t size) {
         return lines_from(verbose_dump(chunk("RED1", "") + chunk("REDV", payload, size), 1), "frame 0");
     };
     const std::string line = " 16 15  0 '01:02:03:04?'\n timecode_edge      : 01:02:03:04?\n";
-    EXPECT_EQ(of_frame((kEdgeCode + kEdgeCode + kEdgeCode).substr(0, 38), 46),
-              "frame 0\n00000000" + line + "0000000f" + line + kMissing);
+    SHOW(of_frame((kEdgeCode + kEdgeCode + kEdgeCode).substr(0, 38), 46));
     const std::string ended = kEdgeCode + record(0x70, 1, "");
-    EXPECT_EQ(of_frame(big().raw(ended + kEdgeCode + kEdgeCode).at(256).raw(kEdgeCode).str(), 400),
-              "frame 0\n00000000" + line + "0000000f 112  3  1 ''\n00000021" + line +
-                  "00000030 0  0  0 ''\n" + kMissing);
+    SHOW(of_frame(big().raw(ended + kEdgeCode + kEdgeCode).at(256).raw(kEdgeCode).str(), 400));
     std::string large;
     while (large.size() < 16400) large += kEdgeCode;
-    EXPECT_EQ(lines_from(of_frame(large, 20000), "00003ffc"),
-              "00003ffc 16 15  0 '0'\n timecode_edge      : 0\n" + kMissing);
+    SHOW(lines_from(of_frame(large, 20000), "00003ffc"));
 }
 
 TEST(Version1, TablesAndEnd) {
+    Transcript transcript;
     const std::string file =
         chunk("RED1", big().at(44).u32(4096).u32(2304).u32(24000).u16(1001).str()) + chunk("REDV", "", 40) +
         chunk("REDA", "", 10) + chunk("REDV", "", 50) + chunk("RPAD", "") +
@@ -85,48 +73,42 @@ TEST(Version1, TablesAndEnd) {
         chunk("RDVS", big().u32(41).u32(50).u16(0).str()) + chunk("RDAO", big().u32(106).str()) +
         chunk("RDAS", big().u32(10).str()) +
         chunk("REOF", big().u32(1).u32(2).u32(3).u32(4).u32(5).u32(-6U).u32(7).u32(80).u32(-9U).str());
-    EXPECT_EQ(dump_of(file), recorded("red/expected/version1-tables-and-end.txt"));
+    SHOW(dump_of(file));
 }
 
 TEST(Version1, FirstFramesAndPackets) {
+    Transcript transcript;
     std::string file = chunk("RED1", "");
     for (int i = 0; i < 12; i++) file += chunk("REDV", kEdgeCode) + chunk("REDA", "");
-    EXPECT_EQ(lines_from(dump_of(file), "frame 8", 9),
-              "frame 8\n timecode_edge      : 01:02:03:04?\n00000117/REDA 8\npacket 8\n"
-              "0000011f/REDV 23\n00000136/REDA 8\npacket 9\n0000013e/REDV 23\n00000155/REDA 8\n");
+    SHOW(lines_from(dump_of(file), "frame 8", 9));
     EXPECT_EQ(lines_from(verbose_dump(file, 1), "packet 11"), "packet 11\n" + kMissing);
 }
 
 TEST(Version1, HexDumps) {
+    Transcript transcript;
     const std::string file =
         chunk("RED1", "") + chunk("X\x01", "a \x7F~0123456789") + chunk("RDVS", "", 5000) + chunk("RPAD", "");
-    EXPECT_EQ(lines_from(verbose_dump(file, 2), "00000008/", 4),
-              "00000008/X? 22\n00000008 00 00 00 16 58 01 00 00 61 20 7f 7e 30 31 32 33 ....X...a..~0123\n"
-              "00000018 34 35 36 37 38 39                               456789\n0000001e/RDVS 5000\n");
-    EXPECT_EQ(lines_from(verbose_dump(file, 3), "0000100e", 4),
-              "0000100e 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 ................\n000013a6/RPAD 8\n"
-              "000013a6 00 00 00 08 52 50 41 44                         ....RPAD\nMarker RDVO missing\n");
+    SHOW(lines_from(verbose_dump(file, 2), "00000008/", 4));
+    SHOW(lines_from(verbose_dump(file, 3), "0000100e", 4));
 }
 
 // Sizes are unsigned and positions 64-bit; sizes that do not even hold the chunk's header move on by as much.
 TEST(Walk, OddSizes) {
+    Transcript transcript;
     Workplace place;
     const std::string rpad = big().u32(0xFFFFFFFF).text("RPAD").str();
     place.write_sparse("long.r3d", 0x200000018, 0, chunk("RED1", "") + rpad);
     place.write_sparse("long.r3d", 0x200000018, 0x100000007, rpad);
     place.write_sparse("long.r3d", 0x200000018, 0x200000006, chunk("REDA", "", 18));
-    EXPECT_EQ(lines_from(place.run({"long.r3d"}).out, "00000008/"),
-              "00000008/RPAD -1\n00000007/RPAD -1\n00000006/REDA 18\npacket 0\n" + kMissing);
+    SHOW(lines_from(place.run({"long.r3d"}).out, "00000008/"));
     const std::string small = big().raw(chunk("RED1", "")).u32(7).text("AB").u8(0).zeros(16385).str();
-    EXPECT_EQ(lines_from(verbose_dump(small, 2), "00000008/"),
-              "00000008/AB 7\n00000008 00 00 00 07 41 42 00                            ....AB.\n"
-              "0000000f/ 0\n" +
-                  kMissing);
+    SHOW(lines_from(verbose_dump(small, 2), "00000008/"));
     const std::string cut = chunk("RED1", "") + chunk("REDV", "", 9).substr(0, 8);
     EXPECT_EQ(lines_from(dump_of(cut), "00000008/"), "00000008/REDV 9\n" + kMissing);
 }
 
 TEST(Version2, HeaderFramesIndexAndEnd) {
+    Transcript transcript;
     const std::string head =
         big().at(68).u32(5120).u32(2700).zeros(4).u16(24000).u16(1001).raw(records()).str();
     std::string file = aligned(chunk("RED2", head, 5000));
@@ -136,21 +118,12 @@ TEST(Version2, HeaderFramesIndexAndEnd) {
     auto end = big().at(56).u64(UINT64_MAX - 1).zeros(12).u32(0xABC).u32(0xDEF).u32(19).at(96).u16(40000);
     file += chunk("REOB", end.raw(kEdgeCode).zeros(20).str());
     const std::string dump = dump_of(file);
-    EXPECT_EQ(lines_from(dump, "Fileformat", 10),
-              "Fileformat:R3D/V2\n00000000/RED 5000\n xsize    5120\n ysize    2700\n fps      24000/1001\n"
-              " timecode_edge      : 01:02:03:04?\n timecode_absolute  : 10:00\n timecode_start     : \n"
-              "00002000/RDI 23\nframe               : 1\n");
-    EXPECT_EQ(lines_from(dump, "frame               : 9", 4),
-              "frame               : 9\n timecode_edge      : 01:02:03:04?\n0000b000/RDI 23\n"
-              "0000c000/RDI 23\n");
-    EXPECT_EQ(lines_from(dump, "00015000"),
-              recorded("red/expected/version2-header-frames-index-and-end.txt"));
+    SHOW(lines_from(dump, "Fileformat", 10));
+    SHOW(lines_from(dump, "frame               : 9", 4));
+    SHOW(lines_from(dump, "00015000"));
     // Frames are never dumped in hexadecimal, other chunks from the second -v on, described or not.
-    EXPECT_EQ(lines_from(verbose_dump(file, 2), "00000ff0", 3),
-              "00000ff0 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 ................\n"
-              "00002000/RDI 23\nframe               : 1\n");
-    EXPECT_EQ(lines_from(verbose_dump(file, 2), "00017080"),
-              "00017080 00 00 00 00 00 00 00 00 00 00 00 00 00          .............\n");
+    SHOW(lines_from(verbose_dump(file, 2), "00000ff0", 3));
+    SHOW(lines_from(verbose_dump(file, 2), "00017080"));
 }
 
 }  // namespace

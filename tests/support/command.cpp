@@ -101,7 +101,18 @@ std::string lines_from(const std::string &text, const std::string &from, size_t 
     return text.substr(start, end - start);
 }
 
-std::string recorded(const std::string &name) {
-    EXPECT_TRUE(fs::exists(fs::path(KELDUMP_TESTS) / name)) << name;
-    return content_of(fs::path(KELDUMP_TESTS) / name);
+void Transcript::add(const std::string &expression, const std::string &dump) {
+    text_ += "== " + expression + "\n" + dump;
+}
+
+Transcript::~Transcript() {
+    const testing::TestInfo &test = *testing::UnitTest::GetInstance()->current_test_info();
+    const fs::path expected = fs::path(test.file()).parent_path() / "expected" /
+                              (std::string(test.test_suite_name()) + "-" + test.name() + ".txt");
+    if (std::getenv("KELDUMP_RECORD")) {
+        fs::create_directories(expected.parent_path());
+        std::ofstream(expected, std::ios::binary) << text_;
+    }
+    EXPECT_TRUE(fs::exists(expected)) << expected;
+    EXPECT_EQ(text_, content_of(expected)) << expected;
 }

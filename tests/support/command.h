@@ -43,5 +43,19 @@ std::string dump_of(const std::string &content, const std::string &name = "file.
 // The lines of a text from the first that begins with `from` on, and the n lines from there.
 std::string lines_from(const std::string &text, const std::string &from, size_t n = SIZE_MAX);
 
-// An expected text that is kept in a file of its own, named from the directory of the tests.
-std::string recorded(const std::string &name);
+// What a test shows, as one text: each dump behind the expression that made it. At the end of the test it
+// must be the text of expected/SUITE-TEST.txt beside the test's source. With KELDUMP_RECORD set in the
+// environment that file is written anew instead, for a look at what changed.
+class Transcript {
+ public:
+    Transcript() = default;
+    ~Transcript();
+    Transcript(const Transcript &) = delete;
+    Transcript &operator=(const Transcript &) = delete;
+
+    void add(const std::string &expression, const std::string &dump);
+
+ private:
+    std::string text_;
+};
+#define SHOW(...) transcript.add(#__VA_ARGS__, __VA_ARGS__)
