@@ -33,8 +33,8 @@ void print_characters(const char *label, Bytes text) {
 void print_file_type(Bytes buf, const Box &box) {
     print_characters(" Brand       ", buf.from(box.offset + 8));
     std::printf(" Version     %d\n", static_cast<int32_t>(jp2_getint32(buf, box.offset + 12)));
-    const int32_t entries = (static_cast<int32_t>(box.length) - 16) / 4;
-    for (int32_t i = 0; i < entries; i++) {
+    const int64_t entries = (int64_t{static_cast<int32_t>(box.length)} - 16) / 4;
+    for (int64_t i = 0; i < entries; i++) {
         const uint64_t at = box.offset + 16 + 4 * static_cast<uint64_t>(i);
         if (at >= buf.size()) return;
         print_characters(" Compability ", buf.from(at));
@@ -88,15 +88,8 @@ uint64_t print_superbox(Bytes buf, const Box &box, int depth) {
     return taken + kHeaderSize;
 }
 
-// Prints the box at an offset; returns the bytes to the next box of its container, 0 when a length below a
-// box header's ends the container.
-uint64_t jp2entry(Bytes buf, uint64_t offset, int depth, uint64_t room) {
-    const uint32_t lbox = jp2_getint32(buf, offset);
-    const Box box{offset, lbox ? lbox : room, jp2_getint32(buf, offset + 4)};
-    std::printf("%*s%08x: %c%c%c%c %08x/%d\n", depth, "", static_cast<uint32_t>(offset), buf[offset + 4],
-                buf[offset + 5], buf[offset + 6], buf[offset + 7], box.type,
-                static_cast<int32_t>(box.length));
-    if (lbox > 0 && lbox < kHeaderSize) return 0;
+// Prints the fields and the boxes of a box; returns the bytes to the next box of its container.
+uint64_t print_contents(Bytes buf, const Box &box, int depth) {
     switch (box.type) {
         case kSignatureBox: break;
         case kFileTypeBox: print_file_type(buf, box); break;
@@ -108,6 +101,18 @@ uint64_t jp2entry(Bytes buf, uint64_t offset, int depth, uint64_t room) {
         default: std::printf(" unknown box type \n");
     }
     return box.length;
+}
+
+// Prints the box at an offset; returns the bytes to the next box of its container, 0 when a length below a
+// box header's ends the container.
+uint64_t jp2entry(Bytes buf, uint64_t offset, int depth, uint64_t room) {
+    const uint32_t lbox = jp2_getint32(buf, offset);
+    const Box box{offset, lbox ? lbox : room, jp2_getint32(buf, offset + 4)};
+    std::printf("%*s%08x: %c%c%c%c %08x/%d\n", depth, "", static_cast<uint32_t>(offset), buf[offset + 4],
+                buf[offset + 5], buf[offset + 6], buf[offset + 7], box.type,
+                static_cast<int32_t>(box.length));
+    const uint64_t size = print_contents(buf, box, depth);
+    return lbox > 0 && lbox < kHeaderSize ? 0 : size;
 }
 
 }  // namespace
@@ -127,6 +132,7 @@ void jp2dump(DumpOptions &, std::FILE *file) {
     }
     const Bytes buf = image.bytes();
     std::printf("Fileformat:JP2\n");
+    begin_file();
     uint64_t offset = 0;
     while (offset < buf.size()) {
         const uint64_t size = jp2entry(buf, offset, 0, buf.size() - offset);

@@ -24,6 +24,14 @@ constexpr uint32_t kEndOfCodestream = 0xD9;
 
 CodestreamState codestream;
 
+// The bytes of an SOT marker nearest before a place of the file (0: none), as far as it was searched: every
+// search takes up where an earlier one ended.
+struct NearestSot {
+    uint64_t searched_to = 0;
+    uint64_t offset = 0;
+};
+NearestSot nearest_sot;
+
 struct Marker {
     uint32_t code;
     const char *title;    // between the offset and the size
@@ -100,39 +108,47 @@ void print_segment(const Marker &marker, const Segment &segment) {
     if (!is_checked_first(marker.code)) check_marker(marker);
     if (marker.code == 0x90) {
         codestream.cs_state = kTilePartHeader;
-        codestream.last_sot = segment.offset;
+        nearest_sot = {segment.offset, segment.offset};
     }
     jp2_hexdump(segment.buf, segment.offset, segment.size);
 }
 
 // Offset of the SOT marker nearest before an offset, from 1 on; 0 for none. The bytes FF 90 count wherever
-// they stand, but the search goes back no further than to the last SOT of the walk or over 16 MiB.
+// they stand; of what was not yet searched, the last 16 MiB are.
 uint64_t find_sot(Bytes buf, uint64_t offset) {
-    const uint64_t last = codestream.last_sot < offset ? codestream.last_sot : 0;
     const uint64_t reach = offset > kSearchLimit ? offset - kSearchLimit : 0;
-    const uint64_t lowest = std::max<uint64_t>({last, reach, 1});
-    for (uint64_t t = offset; t >= lowest; t--) {
-        if (buf[t] == 0xFF && buf[t + 1] == 0x90) return t;
+    const uint64_t lowest = std::max(nearest_sot.searched_to, reach);
+    for (uint64_t t = offset; t > lowest; t--) {
+        if (buf[t] != 0xFF || buf[t + 1] != 0x90) continue;
+        nearest_sot.offset = t;
+        break;
     }
-    return last;
+    nearest_sot.searched_to = offset;
+    return nearest_sot.offset;
 }
 
-// Bytes from the SOD marker to the end of its tile-part.
-uint64_t print_sod(Bytes buf, uint64_t offset, uint64_t end) {
-    std::printf("%08x: SOD/%d - Start of data\n", static_cast<uint32_t>(offset),
-                static_cast<int>(kMarkerSize));
-    const uint64_t sot = offset ? find_sot(buf, offset) : 0;
+// Bytes from the SOD marker to the end of its tile-part, through `end` where no SOT marker says where that
+// is.
+uint64_t tile_part_rest(Bytes buf, uint64_t offset, uint64_t end) {
+    const uint64_t sot = find_sot(buf, offset);
     if (sot == 0) {
         std::printf("found no SOT before the SOD marker\n");
         return end;
     }
     const uint64_t tile_part = jp2_getint32(buf, sot + 6);
-    const uint64_t header = offset - sot;
-    uint64_t size = tile_part >= header ? tile_part - header : end;
     if (tile_part == 0) {
         std::printf(" - End of tile undefined\n");
-        size = end > offset + kMarkerSize ? end - offset - kMarkerSize : 0;
+        return end > offset + kMarkerSize ? end - offset - kMarkerSize : 0;
     }
+    const uint64_t header = offset - sot;
+    return tile_part >= header ? tile_part - header : end;
+}
+
+uint64_t print_sod(Bytes buf, uint64_t offset, uint64_t end) {
+    std::printf("%08x: SOD/%d - Start of data\n", static_cast<uint32_t>(offset),
+                static_cast<int>(kMarkerSize));
+    const uint64_t size = tile_part_rest(buf, offset, end);
+    if (offset == 0) return end;
     check_place(kTilePartHeader, "SOD");
     codestream.cs_state = kTileData;
     return size;
@@ -169,10 +185,8 @@ uint64_t print_delimiter(Bytes buf, uint64_t offset, uint32_t code, uint64_t siz
 
 }  // namespace
 
-void begin_codestream() {
-    codestream.cs_state = kBeforeStart;
-    codestream.last_sot = 0;
-}
+void begin_file() { nearest_sot = {}; }
+void begin_codestream() { codestream.cs_state = kBeforeStart; }
 
 uint64_t jp2ffentry(Bytes buf, uint64_t offset, int, uint64_t end) {
     const uint32_t at = static_cast<uint32_t>(offset);
@@ -213,6 +227,7 @@ void jpcdump(DumpOptions &, std::FILE *file, int skip_prefix) {
     }
     const Bytes buf = image.bytes();
     std::printf("Fileformat: unwrapped JPEG2000 codestream \n");
+    begin_file();
     begin_codestream();
     uint64_t p = skip_prefix ? kPrefixSize : 0;
     while (p < buf.size() && buf[p] == 0xFF) {

@@ -13,7 +13,8 @@ inline uint32_t jp2_getint32(Bytes buf, uint64_t offset) { return big32(buf, off
 // Prints the first 32 bytes of a range in rows of 8, as far as the file has them.
 void jp2_hexdump(Bytes buf, uint64_t offset, uint64_t length);
 
-// Forgets the position in the codestream syntax: a codestream begins.
+// Forgets what was found in other files; forgets the position in the codestream syntax.
+void begin_file();
 void begin_codestream();
 
 // Prints the marker segment at an offset of a codestream that ends at `end`; returns the bytes to the next
@@ -38,7 +39,6 @@ struct CodestreamState {
     uint32_t cs_state = 0;
     uint32_t cs_numComponents = 0;
     uint32_t cs_numLevels = 0;
-    uint64_t last_sot = 0;  // offset of the last SOT marker, 0 for none
 };
 
 void print_siz(CodestreamState &state, const Segment &segment);

@@ -97,7 +97,7 @@ void print_exif(DumpOptions &opts, Bytes tiff) {
 
 void print_application(DumpOptions &opts, Bytes segment, uint64_t size) {
     constexpr uint64_t kIdentifier = 4;
-    const Text id = text_at(segment, kIdentifier, size > kIdentifier ? size - kIdentifier : 0);
+    const Text id = text_at(segment, kIdentifier, size);
     const uint64_t length = static_cast<uint64_t>(id.length);
     std::printf(" blockid    ");
     for (uint64_t i = 0; i < length; i++) std::printf("%02x", segment[kIdentifier + i]);

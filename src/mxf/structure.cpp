@@ -127,6 +127,7 @@ ItemValue print_length_line(DumpOptions &opts, uint64_t file_position, Bytes buf
 
 void print_local_set(DumpOptions &opts, Bytes buffer, const ItemValue &value) {
     const Bytes set = buffer.sub(0, value.end());
+    begin_values(buffer.size());
     for (uint64_t at = value.start; at < set.size();) {
         const uint32_t tag = static_cast<uint32_t>(mxfuint16(set.from(at)));
         const uint32_t length = static_cast<uint32_t>(mxfuint16(set.from(at + 2)));

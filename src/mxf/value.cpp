@@ -15,7 +15,12 @@ constexpr uint32_t kMaxUnknown = 256;  // bytes shown of a value of unknown kind
 constexpr uint32_t kMaxElement = 32;   // bytes shown of an array element
 constexpr uint32_t kLabelSize = 16;
 constexpr uint64_t kArrayHeader = 8;
-constexpr int32_t kMostEmpty = 256;  // elements without bytes that are listed of an array
+constexpr uint64_t kMostValue = 65536;  // a local set's values have 16-bit lengths
+constexpr int32_t kMostEmpty = 256;     // elements without bytes that are listed of an array
+
+// Of the set that is printed: what its arrays may still list. Counts that reach beyond their values would
+// list the rest of the set again and again.
+uint64_t element_bytes_left = 0;
 
 int32_t s32(Bytes b, uint64_t offset) { return static_cast<int32_t>(mxfuint32(b.from(offset))); }
 
@@ -119,10 +124,13 @@ struct Array {
 
     Bytes operator[](int32_t i) const { return elements.from(static_cast<uint64_t>(i) * size); }
 
-    // Whether element i is listed: it begins inside the item. Elements without bytes never leave it, so that
-    // only some of them are.
-    bool has(int32_t i) const {
-        return i < count && (size == 0 ? i < kMostEmpty : static_cast<uint64_t>(i) * size < elements.size());
+    // Whether element i is to be listed: it begins inside the item. Elements without bytes never leave it, so
+    // that only some of them are.
+    bool lists(int32_t i) const {
+        const bool inside = size == 0 ? i < kMostEmpty : static_cast<uint64_t>(i) * size < elements.size();
+        if (i >= count || !inside || element_bytes_left < size) return false;
+        element_bytes_left -= size;
+        return true;
     }
 };
 
@@ -168,7 +176,7 @@ void print_labels(DumpOptions &opts, Bytes buffer, uint64_t offset, const Array 
         return;
     }
     constexpr const char *kReferences = "\n     References ";
-    for (int32_t i = 0; array.has(i); i++) {
+    for (int32_t i = 0; array.lists(i); i++) {
         switch (kind) {
             case ValueKind::weak_reference_array:
                 print_named(opts, "    WeakReference ", array[i], kReferences);
@@ -188,18 +196,20 @@ void print_array(DumpOptions &opts, Bytes buffer, uint64_t offset, ValueKind kin
     if (array.count == 0) std::printf("    Empty\n");
     if (kind == ValueKind::index_entry_array) {
         LineBuffer out;
-        for (int32_t i = 0; array.has(i); i++) put_index_entry(out, i, array);
+        for (int32_t i = 0; array.lists(i); i++) put_index_entry(out, i, array);
     } else if (kind == ValueKind::generic_array || kind == ValueKind::generic_batch) {
         std::printf("    Count %d\n", array.count);
         std::printf("    Size  %d\n", static_cast<int32_t>(array.size));
         LineBuffer out;
-        for (int32_t i = 0; array.has(i); i++) put_element(out, "     ", i, array);
+        for (int32_t i = 0; array.lists(i); i++) put_element(out, "     ", i, array);
     } else {
         print_labels(opts, buffer, offset, array, kind);
     }
 }
 
 }  // namespace
+
+void begin_values(uint64_t set_size) { element_bytes_left = 4 * set_size; }
 
 void mxf_print_rp210data(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t length, uint32_t kind) {
     const Bytes value = buffer.from(offset);

@@ -29,6 +29,7 @@ struct Walk {
     DumpOptions &opts;
     Bytes base;
     int big_endian;
+    uint64_t pointers_left;             // a file has room for so many offsets of sub-directories in all
     std::unordered_set<uint32_t> seen;  // directories dumped, so that a circle ends
 
     uint16_t u16(uint64_t offset) const { return tiffuint16(base.from(offset), big_endian); }
@@ -62,7 +63,7 @@ void print_sub_directories(Walk &walk, const Entry &entry, const char *single, c
         print_sub_directory(walk, entry.value, depth);
         return;
     }
-    for (uint32_t i = 0; i < entry.count; i++) {
+    for (uint32_t i = 0; i < entry.count && walk.pointers_left > 0; i++, walk.pointers_left--) {
         const uint64_t at = entry.value + uint64_t{4} * i;
         if (!walk.base.has(at, 4)) return;
         std::printf("%s%d", numbered, i);
@@ -81,8 +82,7 @@ void print_image_source_data(const Walk &walk, const Entry &entry) {
     if (entry.count == kMagicSize) {
         std::printf("\n    Empty data tag\n");
     } else {
-        photoshoptag(walk.opts, data.from(kMagicSize),
-                     int64_t{static_cast<int32_t>(entry.count)} - kMagicSize);
+        photoshoptag(walk.opts, data.from(kMagicSize), static_cast<int32_t>(entry.count - kMagicSize));
     }
 }
 
@@ -147,7 +147,7 @@ void print_directories(Walk &walk, uint32_t offset, int depth) {
 }  // namespace
 
 void tiffdumpifd(DumpOptions &opts, Bytes base, uint32_t ifd_offset, int big_endian) {
-    Walk walk{opts, base, big_endian, {}};
+    Walk walk{opts, base, big_endian, base.size() / 4, {}};
     if (ifd_offset < base.size()) print_directories(walk, ifd_offset, 0);
 }
 

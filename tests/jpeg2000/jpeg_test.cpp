@@ -28,29 +28,17 @@ TEST(Jpeg, Segments) {
 }
 
 TEST(Jpeg, EveryOtherMarker) {
-    const auto line = [](const std::string &code) {
-        return second(segment(code, "x") + kSos).substr(0, second(segment(code, "x") + kSos).find('\n'));
-    };
-    EXPECT_EQ(line("C8"), "00000002: JPG/c8 5");
-    EXPECT_EQ(line("CC"), "00000002: DAC/cc 5");
-    EXPECT_EQ(line("CF"), "00000002: SOF15/cf 5");
-    EXPECT_EQ(line("D3"), "00000002: RST/d3 5");
-    EXPECT_EQ(line("DC"), "00000002: DNL/dc 5");
-    EXPECT_EQ(line("DE"), "00000002: DHP/de 5");
-    EXPECT_EQ(line("DF"), "00000002: EXP/df 5");
-    EXPECT_EQ(line("EF"), "00000002: APP15/ef 5");
-    EXPECT_EQ(line("F0"), "00000002: JPG0/f0 5");
-    EXPECT_EQ(line("FD"), "00000002: JPG13/fd 5");
-    EXPECT_EQ(line("FE"), "00000002: COM/fe 5");
-    EXPECT_EQ(line("F7"), "00000002: 000000f7: 0xfff7 Unknown marker /5 ");
-    EXPECT_EQ(line("BF"), "00000002: 000000bf: 0xffbf Unknown marker /5 ");
-    EXPECT_EQ(second(hex("FFD9") + kSos).substr(0, 19), "00000002: EOI/d9 2\n");
+    Transcript transcript;
+    for (const char *code :
+         {"C8", "CC", "CF", "D3", "DC", "DE", "DF", "EF", "F0", "FD", "FE", "F7", "BF", "D9"}) {
+        SHOW(lines_from(second(segment(code, "x") + kSos), "00000002", 1));
+    }
 }
 
 TEST(Jpeg, ApplicationSegments) {
     Transcript transcript;
-    SHOW(second(segment("E1", std::string("a\x01z\0tail", 8)) + kSos).substr(21, 45));
-    SHOW(second(segment("E1", "noend") + kSos).substr(20, 45));
+    SHOW(lines_from(second(segment("E1", std::string("a\x01z\0tail", 8)) + kSos), " blockid", 2));
+    SHOW(lines_from(second(segment("E1", "noend") + kSos), " blockid", 2));
     const std::string units = segment("E0", std::string("JFIF\0", 5) + hex("0102 03 0048 0060 00 00"));
     EXPECT_EQ(lines_from(second(units + kSos), " units", 1), " units      03 - unknown\n");
 

@@ -103,6 +103,7 @@ std::string lines_from(const std::string &text, const std::string &from, size_t 
 
 void Transcript::add(const std::string &expression, const std::string &dump) {
     text_ += "== " + expression + "\n" + dump;
+    if (!dump.empty() && !dump.ends_with('\n')) text_ += "\n(no line end)\n";
 }
 
 Transcript::~Transcript() {
