@@ -15,8 +15,7 @@ constexpr uint32_t kMaxUnknown = 256;  // bytes shown of a value of unknown kind
 constexpr uint32_t kMaxElement = 32;   // bytes shown of an array element
 constexpr uint32_t kLabelSize = 16;
 constexpr uint64_t kArrayHeader = 8;
-constexpr uint64_t kMostValue = 65536;  // a local set's values have 16-bit lengths
-constexpr int32_t kMostEmpty = 256;     // elements without bytes that are listed of an array
+constexpr int32_t kMostEmpty = 256;  // elements without bytes that are listed of an array
 
 // Of the set that is printed: what its arrays may still list. Counts that reach beyond their values would
 // list the rest of the set again and again.

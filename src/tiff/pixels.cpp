@@ -25,15 +25,15 @@ void print_pixels16(Bytes strip, int big_endian) {
     }
 }
 
-// Six samples of 12 bits, most significant bits first, in nine bytes; shown in the upper bits of 16.
+// Sample i of a strip with 12 bits a sample, most significant bits first; in the upper bits of 16.
+uint32_t sample12(Bytes strip, uint64_t i) {
+    const uint32_t bits = big16(strip, i * 3 / 2);
+    return i % 2 ? bits << 4 & 0xFFFF : bits & 0xFFF0;
+}
+
 void print_pixels12(Bytes strip) {
-    for (uint64_t i = 0; i < kPixels / 2; i++) {
-        const Bytes b = strip.from(9 * i);
-        if (!b.has(0, 5)) return;
-        print_pixel(b[0] << 8 | (b[1] & 0xF0), ((b[1] & 0x0F) << 8 | b[2]) << 4, b[3] << 8 | (b[4] & 0xF0));
-        if (!b.has(0, 9)) return;
-        print_pixel(((b[4] & 0x0F) << 8 | b[5]) << 4, b[6] << 8 | (b[7] & 0xF0),
-                    ((b[7] & 0x0F) << 8 | b[8]) << 4);
+    for (uint64_t i = 0; i < kPixels && strip.has(0, (9 * i + 10) / 2); i++) {
+        print_pixel(sample12(strip, 3 * i), sample12(strip, 3 * i + 1), sample12(strip, 3 * i + 2));
     }
 }
 
