@@ -22,11 +22,16 @@ void set_switches(DumpOptions &opts, unsigned choice) {
 }
 
 std::jmp_buf end_of_dump;
+bool dumping = false;
 
 }  // namespace
 
 // The two places where a dump ends the program end the dump here (linked with --wrap=exit).
-extern "C" [[noreturn]] void __wrap_exit(int) { std::longjmp(end_of_dump, 1); }
+extern "C" [[noreturn]] void __real_exit(int status);
+extern "C" [[noreturn]] void __wrap_exit(int status) {
+    if (dumping) std::longjmp(end_of_dump, 1);
+    __real_exit(status);
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (size < 1) return 0;
@@ -40,7 +45,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     lseek(fileno(file), 0, SEEK_SET);
     DumpOptions opts{};
     set_switches(opts, data[0]);
+    dumping = true;
     if (setjmp(end_of_dump) == 0) dispatch(opts, file, name.c_str(), 0);
+    dumping = false;
     mxffreedata();
     std::fclose(file);
     unlink(name.c_str());
