@@ -225,26 +225,26 @@ uint64_t mxf_generic_data(DumpOptions &opts, uint64_t file_position, Bytes buffe
         print_element(opts, buffer, offset, kLineWrappedStarts, buffer[offset + 15], type->error);
     }
     if (code == kGcPicture && element == kFrameWrappedJpeg2000 && opts.save_frames) {
-        save_jpeg2000_frame(opts, buffer.sub(item.start, item.length));
+        save_jpeg2000_frame(opts, item.in(buffer));
     }
     return item.end() - offset;
 }
 
 uint64_t mxf_xml_data(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
                       const char *) {
-    constexpr uint64_t kMaxText = 16384;
+    constexpr int64_t kMaxText = 16384;
     std::printf("XML Document Text\n");
     ItemValue item = read_item_length(opts, buffer, offset);
     item.length = std::min(item.length, kMaxText);
     print_length_line(opts, file_position, item, " Length             ");
-    print_document(buffer.sub(item.start, item.length));
+    print_document(item.in(buffer));
     return item.end() - offset;
 }
 
 uint64_t mxf_generic_unknown(DumpOptions &opts, uint64_t, Bytes buffer, uint64_t offset, const char *) {
-    constexpr uint64_t kMaxDump = 256;
+    constexpr int64_t kMaxDump = 256;
     const ItemValue item = read_item_length(opts, buffer, offset);
     std::printf("\n");
-    mxfhexdump(buffer, offset, std::min(item.length, kMaxDump));
+    mxfhexdump(buffer, offset, static_cast<uint64_t>(std::clamp<int64_t>(item.length, 0, kMaxDump)));
     return item.end() - offset;
 }

@@ -10,12 +10,14 @@
 using mxf_label_handler = uint64_t (*)(DumpOptions &, uint64_t file_position, Bytes buffer, uint64_t offset,
                                        const char *name);
 
-// Where an item's value lies in its window.
+// Where an item's value lies in its window. Lengths are signed 32-bit numbers inside an item.
 struct ItemValue {
     uint64_t start;
-    uint64_t length;
+    int64_t length;
 
-    uint64_t end() const { return start + length; }
+    uint64_t end() const { return start + static_cast<uint64_t>(length); }
+    // The value as far as the window holds it.
+    Bytes in(Bytes buffer) const { return buffer.sub(start, static_cast<uint64_t>(length > 0 ? length : 0)); }
 };
 
 // Reads the length behind the key.

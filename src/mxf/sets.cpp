@@ -66,10 +66,10 @@ const char *mxf_metadata_key_define(DumpOptions &opts, bool is_object, Bytes buf
     const char *name = nullptr;
     uint32_t local_tag = 0;
     uint8_t identification = 0;  // its first byte
-    const Bytes set = buffer.sub(0, offset + kSetEnd + item.length);
-    for (uint64_t at = item.start; at < set.size();) {
-        const uint32_t tag = static_cast<uint32_t>(mxfuint16(set.from(at)));
-        const uint64_t length = static_cast<uint64_t>(mxfuint16(set.from(at + 2)));
+    const uint64_t end = std::min(offset + kSetEnd + static_cast<uint64_t>(item.length), buffer.size());
+    for (uint64_t at = item.start; at < end;) {
+        const uint32_t tag = static_cast<uint32_t>(mxfuint16(buffer.from(at)));
+        const uint64_t length = static_cast<uint64_t>(mxfuint16(buffer.from(at + 2)));
         const Bytes value = buffer.from(at + 4);
         if (tag == kNameTag) {
             name = definition_name(value, length);

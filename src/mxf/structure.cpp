@@ -1,4 +1,5 @@
 // Structural items after SMPTE 377M.
+#include <algorithm>
 #include <cstdio>
 #include <span>
 
@@ -108,8 +109,7 @@ void print_primer_item(DumpOptions &opts, Bytes buffer, uint64_t offset) {
 ItemValue read_item_length(DumpOptions &opts, Bytes buffer, uint64_t offset) {
     uint32_t header = kKeySize;
     const uint64_t length = mxfber(opts, buffer, offset + kKeySize, &header);
-    // What is beyond the window cannot be looked at; a length beyond 48 bits only has to stay beyond.
-    return {offset + header, length & 0x0000FFFFFFFFFFFF};
+    return {offset + header, static_cast<int32_t>(length)};
 }
 
 void print_length_line(DumpOptions &opts, uint64_t file_position, const ItemValue &value, const char *label) {
@@ -126,11 +126,11 @@ ItemValue print_length_line(DumpOptions &opts, uint64_t file_position, Bytes buf
 }
 
 void print_local_set(DumpOptions &opts, Bytes buffer, const ItemValue &value) {
-    const Bytes set = buffer.sub(0, value.end());
+    const uint64_t end = std::min(value.end(), buffer.size());
     begin_values(buffer.size());
-    for (uint64_t at = value.start; at < set.size();) {
-        const uint32_t tag = static_cast<uint32_t>(mxfuint16(set.from(at)));
-        const uint32_t length = static_cast<uint32_t>(mxfuint16(set.from(at + 2)));
+    for (uint64_t at = value.start; at < end;) {
+        const uint32_t tag = static_cast<uint32_t>(mxfuint16(buffer.from(at)));
+        const uint32_t length = static_cast<uint32_t>(mxfuint16(buffer.from(at + 2)));
         uint32_t kind = 0;
         const char *name = mxffindlabel(opts, tag, &kind);
         std::printf("  Tag %04x/%d %s\n", tag, length, name);
@@ -176,12 +176,12 @@ uint64_t mxf_primer_pack(DumpOptions &opts, uint64_t file_position, Bytes buffer
     const uint32_t size = mxfuint32(value.from(4));
     std::printf(" Itemcount          %d\n", static_cast<int32_t>(count));
     std::printf(" Itemlength         %d\n", static_cast<int32_t>(size));
-    if (uint64_t{size} * count + kPrimerItems != item.length) {
+    if (uint64_t{size} * count + kPrimerItems != static_cast<uint64_t>(item.length)) {
         mxferror(opts, buffer, offset, "mxf_primer_pack - itemcount * itemsize does not match length");
     }
-    const Bytes pack = buffer.sub(0, item.end());
+    const uint64_t end = std::min(item.end(), buffer.size());
     uint64_t at = item.start + kPrimerItems;
-    for (int32_t i = 0; i < static_cast<int32_t>(count) && at < pack.size(); i++, at += kPrimerItemSize) {
+    for (int32_t i = 0; i < static_cast<int32_t>(count) && at < end; i++, at += kPrimerItemSize) {
         print_primer_item(opts, buffer, at);
     }
     return item.end() - offset;
@@ -199,11 +199,10 @@ uint64_t mxf_randomindex_table(DumpOptions &opts, uint64_t file_position, Bytes 
                                const char *name) {
     std::printf("%s\n", name);
     const ItemValue item = print_length_line(opts, file_position, buffer, offset);
-    uint64_t at = item.start;
-    for (; at + 4 < item.end() && at < buffer.size(); at += 12) {
+    for (uint64_t at = item.start; at + 4 < item.end() && at < buffer.size(); at += 12) {
         std::printf(" bodysid %d\n", static_cast<int32_t>(mxfuint32(buffer.from(at))));
         std::printf(" offset  %08llx\n", static_cast<unsigned long long>(mxfuint64(buffer.from(at + 4))));
     }
-    std::printf(" length  %d\n", static_cast<int32_t>(mxfuint32(buffer.from(at))));
+    std::printf(" length  %d\n", static_cast<int32_t>(mxfuint32(buffer.from(item.end() - 4))));
     return item.end() - offset;
 }

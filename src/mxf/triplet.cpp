@@ -27,19 +27,19 @@ void save(const DumpOptions &opts, int32_t number, Bytes value) {
     std::fclose(file);
 }
 
-// The items of a triplet, one behind the other, each with a BER length.
+// The items of a triplet, one behind the other, each with a BER length of which the low 32 bits count,
+// signed.
 class TripletReader {
  public:
     TripletReader(DumpOptions &opts, Bytes buffer, uint64_t start)
         : opts_(opts), buffer_(buffer), at_(start) {}
 
     // Moves past the next item; `length`, if given, gets its length.
-    Bytes next(uint64_t *length = nullptr) {
+    Bytes next(uint32_t *length = nullptr) {
         uint32_t size = 0;
-        const uint64_t value_length = mxfber(opts_, buffer_, at_, &size);
-        const Bytes value = buffer_.from(at_ < UINT64_MAX - size ? at_ + size : UINT64_MAX);
-        const uint64_t advance = value_length < UINT64_MAX - size ? size + value_length : UINT64_MAX;
-        at_ = advance < UINT64_MAX - at_ ? at_ + advance : UINT64_MAX;
+        const uint32_t value_length = static_cast<uint32_t>(mxfber(opts_, buffer_, at_, &size));
+        const Bytes value = buffer_.from(at_ + size);
+        at_ += size + static_cast<uint64_t>(int64_t{static_cast<int32_t>(value_length)});
         if (length) *length = value_length;
         return value;
     }
@@ -47,7 +47,7 @@ class TripletReader {
  private:
     DumpOptions &opts_;
     Bytes buffer_;
-    uint64_t at_;
+    uint64_t at_;  // one before the start wraps around and lies beyond the end
 };
 
 void print_identifier(const char *label, Bytes id) {
@@ -84,9 +84,9 @@ uint64_t mxf_encrypted_triplet(DumpOptions &opts, uint64_t file_position, Bytes 
     print_number(" Plaintext Offset               ", reader.next());
     print_identifier(" Source Key                     ", reader.next());
     print_number(" Source Length                  ", reader.next());
-    uint64_t payload = 0;
+    uint32_t payload = 0;
     reader.next(&payload);
-    std::printf(" Payload                        0x%08x\n", static_cast<uint32_t>(payload));
-    if (opts.save_frames) save_triplet(opts, buffer.sub(item.start, item.length));
+    std::printf(" Payload                        0x%08x\n", payload);
+    if (opts.save_frames) save_triplet(opts, item.in(buffer));
     return item.end() - offset;
 }

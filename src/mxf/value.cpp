@@ -115,20 +115,26 @@ void print_strong_reference(DumpOptions &opts, const char *before, Bytes ul, con
 // Arrays and batches: element count, element size, elements.
 struct Array {
     Bytes elements;
+    bool whole;  // the item holds count and size
     int32_t count;
     uint32_t size;
 
     explicit Array(Bytes value)
-        : elements(value.from(kArrayHeader)), count(s32(value, 0)), size(mxfuint32(value.from(4))) {}
+        : elements(value.from(kArrayHeader)),
+          whole(value.has(0, kArrayHeader)),
+          count(s32(value, 0)),
+          size(mxfuint32(value.from(4))) {}
 
     Bytes operator[](int32_t i) const { return elements.from(static_cast<uint64_t>(i) * size); }
 
     // Whether element i is to be listed: it begins inside the item. Elements without bytes never leave it, so
     // that only some of them are.
     bool lists(int32_t i) const {
-        const bool inside = size == 0 ? i < kMostEmpty : static_cast<uint64_t>(i) * size < elements.size();
-        if (i >= count || !inside || element_bytes_left < size) return false;
-        element_bytes_left -= size;
+        const bool inside =
+            size == 0 ? whole && i < kMostEmpty : static_cast<uint64_t>(i) * size < elements.size();
+        const uint64_t shown = std::min(size, kMaxElement);
+        if (i >= count || !inside || element_bytes_left < shown) return false;
+        element_bytes_left -= shown;
         return true;
     }
 };

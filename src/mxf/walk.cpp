@@ -58,11 +58,11 @@ bool is_essence_element(Bytes key) {
 void collect_name(const Walk &walk, const Item &item) {
     const uint8_t group = item.bytes[13];
     if (!is_smpte_label(item.bytes, 0) || (group != 1 && group != 2)) return;
-    const uint64_t end = kSetEnd + item.length;
-    const Bytes set = item.bytes.sub(0, is_essence_element(item.bytes) ? std::min(end, kEssenceHead) : end);
-    for (uint64_t at = item.value; at < set.size();
-         at += 4 + static_cast<uint64_t>(mxfuint16(set.from(at + 2)))) {
-        if (mxfuint32(set.from(at)) != kInstanceUid) continue;
+    uint64_t end = std::min(kSetEnd + item.length, item.bytes.size());
+    if (is_essence_element(item.bytes)) end = std::min(end, kEssenceHead);
+    for (uint64_t at = item.value; at < end;
+         at += 4 + static_cast<uint64_t>(mxfuint16(item.bytes.from(at + 2)))) {
+        if (mxfuint32(item.bytes.from(at)) != kInstanceUid) continue;
         const char *name = mxf_metadata_key(walk.opts, item.bytes, 0, nullptr);
         mxf_guid_add(walk.opts, item.bytes.from(at + 4), item.position, name);
         return;
