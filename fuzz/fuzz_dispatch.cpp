@@ -35,8 +35,8 @@ extern "C" [[noreturn]] void __wrap_exit(int status) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (size < 1) return 0;
-    // Some dumps open the file again by its name.
-    static const std::string base = "/tmp/keldump-fuzz-" + std::to_string(getpid());
+    // Some dumps open the file again by its name. Memory is where it lies.
+    static const std::string base = "/dev/shm/keldump-fuzz-" + std::to_string(getpid());
     const std::string name = base + kExtensions[data[0] >> 5];
     std::FILE *file = std::fopen(name.c_str(), "w+b");
     if (!file) return 0;

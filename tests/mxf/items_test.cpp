@@ -60,6 +60,7 @@ TEST(RandomIndex, Pairs) {
     Transcript transcript;
     const std::string pack = item(kRandomIndex, big().u32(0).u64(0).u32(1).u64(0x123456789A).u32(44).str());
     SHOW(body(pack));
+    SHOW(body(item(kRandomIndex, big().u32(9).u64(8).u24(7).u32(6).str())));  // of no whole number of pairs
 }
 
 TEST(Values, Scalars) {
@@ -156,4 +157,8 @@ TEST(Sets, DefinitionsNameTags) {
     const std::string object = item("060E2B34 02530101 0D010101 01020000", uid + name + tag + id);
     SHOW(lines_from(plain(object + use + kEnd), "  Tag 8123", 3));
     EXPECT_NE(plain(object).find(" - DefineObject S?t\n"), std::string::npos);
+    // Behind a length of nine bytes the items are read to 20 bytes and the length behind the key.
+    const std::string long_length = big().hex("060E2B34 02530101 0D010101 01010000 88").u64(14).str();
+    const std::string short_name = local(0x0006, big().u16('A').u16('B').str());
+    SHOW(lines_from(plain(long_length + local(0x0001, "12") + short_name), "06.", 1));
 }
