@@ -94,7 +94,10 @@ TEST(Riff, DamagedFiles) {
     SHOW(lines_from(dump_of(good.substr(0, good.size() - 5)), "   Length"));
     SHOW(lines_from(dump_of(little().raw(good).at(40).u32(0xFFFFFFFF).str()), " Elem data", 3));
     SHOW(lines_from(dump_of(little().raw(good).at(40).u32(0x80000000).str()), "   Bits"));
-    // A size that leads backwards ends the search for the format instead of circling.
+    // Sizes that lead backwards are followed in the search for the format, but not in circles.
+    const std::string back = chunk("junk", "12345678" + format().substr(8) + std::string(60, 'x'));
+    SHOW(
+        dump_of(little().raw(riff(back + back)).at(20).text("fmt ").at(12 + back.size() + 4).u32(-92).str()));
     SHOW(lines_from(dump_of(little().raw(riff(chunk("junk", std::string(80, 'x')))).at(16).u32(-9).str()),
                     "Fileformat:RIFF", 1));
     SHOW(dump_of(little().raw(riff(chunk("junk", std::string(80, 'x')))).at(16).u32(-100).str()));

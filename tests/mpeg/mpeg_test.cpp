@@ -98,6 +98,7 @@ TEST(Mpeg, ProgramStreamMap) {
         big().u16(16).text("abcdefghijklmnop").u16(7).u8(2).u8(0xE0).u16(3).text("xyz").u32(0xCAFE).str();
     SHOW(lines_from(dumped(packet(0xBC, map)), " nextindicator"));
     SHOW(lines_from(dumped(packet(0xBC, head + big().u16(0).u16(0).u32(1).str())), " info:"));
+    SHOW(lines_from(dumped(packet(0xBC, head + big().u16(20).text("cut").str())), " info:"));
 }
 
 TEST(Mpeg, PesHeaders) {
