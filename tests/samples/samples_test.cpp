@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 
 #include "support/command.h"
@@ -12,12 +11,6 @@
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string content_of(const fs::path &path) {
-    std::stringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
 
 std::vector<std::string> switches_in(const std::string &text) {
     std::vector<std::string> switches;

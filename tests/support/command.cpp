@@ -13,14 +13,10 @@
 
 namespace fs = std::filesystem;
 
-namespace {
-
-std::string content_of(const fs::path &path) {
+std::string content_of(const std::string &path) {
     std::ifstream in(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
 }
-
-}  // namespace
 
 Workplace::Workplace() {
     std::string pattern = (fs::temp_directory_path() / "keldump-test-XXXXXX").string();

@@ -35,6 +35,8 @@ class Workplace {
     std::string directory_;
 };
 
+std::string content_of(const std::string &path);
+
 // The dump of a file with the given content and name, with switches before the name. The run must end with
 // status 0 and an empty standard error.
 std::string dump_of(const std::string &content, const std::string &name = "file.bin",
