@@ -1,6 +1,7 @@
 #include "audio/samples.h"
 
 #include <algorithm>
+#include <cstring>
 #include <vector>
 
 #include "common/file_image.h"
@@ -13,6 +14,8 @@ namespace {
 constexpr uint32_t kMaxTimecodeChannels = 16;
 constexpr uint64_t kBlock = 1 << 20;  // bytes in memory at a time
 constexpr int64_t kRate = 48000;      // of the time column, whatever the file says
+
+constexpr size_t kWholeFrame = 1024;  // bytes of a frame that is listed in one piece
 
 constexpr uint32_t kSyncSamples = 8;
 constexpr uint32_t kPacketBits = 128;
@@ -64,9 +67,15 @@ class Dump {
 
     // The samples of a block, one behind the other; false when the last frame wanted is complete.
     bool block(std::span<const uint8_t> bytes, int64_t frames) {
-        for (; bytes.size() >= sample_size_; bytes = bytes.subspan(sample_size_)) {
+        while (bytes.size() >= sample_size_) {
             if (frame_ == frames) return false;
-            sample(bytes.first(sample_size_));
+            const size_t n = is_text_only() && bytes.size() >= frame_size() ? frame_size() : sample_size_;
+            if (n == sample_size_) {
+                sample(bytes.first(n));
+            } else {
+                put_frame(bytes.first(n));
+            }
+            bytes = bytes.subspan(n);
         }
         return true;
     }
@@ -101,14 +110,32 @@ class Dump {
         return little_endian_ ? sample[sample.size() - 1 - i] : sample[i];
     }
 
+    size_t frame_size() const { return size_t{channel_count_} * sample_size_; }
+    // Whether the next frame is to be listed and nothing else: then it is one piece of text.
+    bool is_text_only() const { return !opts_.flag_t && channel_ == 0 && frame_size() <= kWholeFrame; }
+
+    void put_frame(std::span<const uint8_t> frame) {
+        const size_t sample_text = 2 * size_t{sample_size_} + 1;
+        char *p = out_.claim(2 + channel_count_ * sample_text + 1);
+        *p++ = ' ';
+        *p++ = ' ';
+        for (uint32_t c = 0; c < channel_count_; c++, p += sample_text) {
+            write_sample(p, frame.data() + size_t{c} * sample_size_);
+        }
+        *p = '\n';
+        frame_++;
+    }
+
     void put_sample(std::span<const uint8_t> sample) {
-        static constexpr char digits[] = "0123456789abcdef";
-        char *p = out_.claim(2 * sample.size() + 1);
-        const size_t last = sample.size() - 1;
-        for (size_t i = 0; i < sample.size(); i++) {
-            const uint8_t byte = sample[little_endian_ ? last - i : i];
-            *p++ = digits[byte >> 4];
-            *p++ = digits[byte & 15];
+        write_sample(out_.claim(2 * sample.size() + 1), sample.data());
+    }
+
+    // The digits of a sample, most significant byte first, and a blank.
+    void write_sample(char *p, const uint8_t *sample) const {
+        const uint8_t *byte = little_endian_ ? sample + sample_size_ - 1 : sample;
+        const std::ptrdiff_t step = little_endian_ ? -1 : 1;
+        for (uint32_t i = 0; i < sample_size_; i++, p += 2, byte += step) {
+            std::memcpy(p, kHexCells[*byte].data(), 2);
         }
         *p = ' ';
     }

@@ -1,21 +1,12 @@
 #include "common/hexrow.h"
 
 #include <algorithm>
-#include <array>
 
 #if defined(__x86_64__)
 #include <tmmintrin.h>
 #endif
 
 namespace {
-
-// "00 ", "01 ", ... with a fourth byte, so that a cell is one 32-bit copy.
-constexpr auto kCells = [] {
-    std::array<std::array<char, 4>, 256> cells{};
-    constexpr char digits[] = "0123456789abcdef";
-    for (unsigned i = 0; i < 256; i++) cells[i] = {digits[i >> 4], digits[i & 15], ' ', ' '};
-    return cells;
-}();
 
 char shown(uint8_t byte, uint8_t first_printable, char filler) {
     return byte >= first_printable && byte <= 0x7E ? static_cast<char>(byte) : filler;
@@ -32,7 +23,7 @@ constexpr size_t kFullCells = 3 * kFullRow;
 
 // The 48 characters of a full row's cells.
 void copy_cells(char *p, const uint8_t *values) {
-    for (size_t i = 0; i < kFullRow; i++) std::copy_n(kCells[values[i]].data(), 4, p + 3 * i);
+    for (size_t i = 0; i < kFullRow; i++) std::copy_n(kHexCells[values[i]].data(), 4, p + 3 * i);
 }
 
 #if defined(__x86_64__)
@@ -86,7 +77,7 @@ void put_full_row(LineBuffer &out, std::span<const uint8_t, kFullRow> bytes, con
 }  // namespace
 
 void put_hexcells(LineBuffer &out, std::span<const uint8_t> bytes) {
-    for (const uint8_t byte : bytes) std::copy_n(kCells[byte].data(), 3, out.claim(3));
+    for (const uint8_t byte : bytes) std::copy_n(kHexCells[byte].data(), 3, out.claim(3));
 }
 
 void put_hexrow(LineBuffer &out, std::span<const uint8_t> bytes, const HexRow &row) {

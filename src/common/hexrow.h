@@ -2,6 +2,7 @@
 // this row with a few parameters; what stands before the cells (an offset, a label) is the caller's.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 
@@ -20,6 +21,14 @@ struct HexRow {
 
 // Appends one row with its line feed; at most `columns` bytes are shown.
 void put_hexrow(LineBuffer &out, std::span<const uint8_t> bytes, const HexRow &row);
+
+// The digits of each byte: "00 ", "01 ", ... with a fourth character, so that a cell is one 32-bit copy.
+inline constexpr auto kHexCells = [] {
+    std::array<std::array<char, 4>, 256> cells{};
+    constexpr char digits[] = "0123456789abcdef";
+    for (unsigned i = 0; i < 256; i++) cells[i] = {digits[i >> 4], digits[i & 15], ' ', ' '};
+    return cells;
+}();
 
 // Appends n bytes as "%02x " each, without a line feed.
 void put_hexcells(LineBuffer &out, std::span<const uint8_t> bytes);

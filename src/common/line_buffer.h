@@ -57,7 +57,7 @@ class LineBuffer {
     // Signed decimal ("%d", "%4d").
     void signed_decimal(int64_t value, unsigned width = 1);
 
-    // Room for n characters (4096 at most) at the end; the caller fills all of them.
+    // Room for n characters (64 KiB at most) at the end; the caller fills all of them.
     char *claim(size_t n) {
         if (sizeof block_ - used_ < n) flush();
         char *room = block_ + used_;
