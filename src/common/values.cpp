@@ -78,14 +78,15 @@ const char *checkascii(Bytes field, unsigned width) {
     return text;
 }
 
-void print_text(Bytes b, uint64_t offset) {
+uint64_t print_text(Bytes b, uint64_t offset) {
     constexpr int kStep = 64 * 1024;
+    uint64_t printed = 0;
     Text text;
     do {
-        text = text_at(b, offset, kStep);
-        std::fwrite(text.start, 1, static_cast<size_t>(text.length), stdout);
-        offset += kStep;
+        text = text_at(b.from(offset), printed, kStep);
+        printed += std::fwrite(text.start, 1, static_cast<size_t>(text.length), stdout);
     } while (text.length == kStep);
+    return printed;
 }
 
 void swap16(uint16_t *value) { *value = static_cast<uint16_t>(*value >> 8 | *value << 8); }

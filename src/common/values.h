@@ -20,8 +20,9 @@ const char *cineonreal(float value);               // "%g"; Cineon marks an unse
 // with NUL, "Error, 0xff in ascii data" when it starts with 0xFF. Bytes beyond the window count as NUL.
 const char *checkascii(Bytes field, unsigned width);
 
-// Prints the text at an offset up to its first NUL or the window's end, however long it is.
-void print_text(Bytes b, uint64_t offset);
+// Prints the text at an offset up to its first NUL or the window's end, however long it is; the bytes
+// printed.
+uint64_t print_text(Bytes b, uint64_t offset);
 
 void swap16(uint16_t *value);
 void swap32(uint32_t *value);

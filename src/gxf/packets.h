@@ -34,7 +34,8 @@ struct UmfCollection {
     static constexpr size_t kCapacity = 262144;
 
     std::vector<uint8_t> data;
-    bool exceeded = false;  // data had to be dropped, and this was reported
+    bool exceeded = false;   // data had to be dropped, and this was reported
+    uint64_t described = 0;  // bytes that the descriptions printed so far were taken from
 };
 
 // Adds a UMF packet's data to the collection. The packet that is marked as the last prints the descriptions

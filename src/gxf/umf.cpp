@@ -19,6 +19,9 @@ constexpr int64_t kListTail = 128;   // an entry is listed when more than this f
 constexpr int64_t kUserHeader = 16;  // bytes of a user data entry before its data
 constexpr unsigned kFileNameSize = 88;
 
+// A file has one last packet; one that had thousands would describe the whole collection as often.
+constexpr uint64_t kMostDescribed = 64 * 1024 * 1024;
+
 enum class Value { u16, s32, hex32, file_name };
 
 struct Field {
@@ -220,5 +223,7 @@ void gxfumfpacket(Bytes rest, UmfCollection &umf) {
         return;
     }
     collect(umf, rest.span(kPreambleSize, wanted));
-    if (flags & kLastPacket) print_descriptions(umf);
+    if (!(flags & kLastPacket) || umf.described > kMostDescribed) return;
+    umf.described += umf.data.size();
+    print_descriptions(umf);
 }

@@ -85,17 +85,17 @@ void print_jfif(Bytes segment) {
 }
 
 // The TIFF structure of an EXIF segment.
-void print_exif(DumpOptions &opts, Bytes tiff) {
+void print_exif(DumpOptions &opts, Bytes tiff, TiffBudget &budget) {
     const bool little_endian = tiff[0] == 'I' && tiff[2] == '*';
     const bool big_endian = tiff[0] == 'M' && tiff[3] == '*';
     if (little_endian || big_endian) {
-        tiffdumpifd(opts, tiff, tiffuint32(tiff.from(4), big_endian), big_endian);
+        tiffdumpifd(opts, tiff, tiffuint32(tiff.from(4), big_endian), big_endian, budget);
     } else {
         std::printf(" Unknown type\n");
     }
 }
 
-void print_application(DumpOptions &opts, Bytes segment, uint64_t size) {
+void print_application(DumpOptions &opts, Bytes segment, uint64_t size, TiffBudget &budget) {
     constexpr uint64_t kIdentifier = 4;
     const Text id = text_at(segment, kIdentifier, size);
     const uint64_t length = static_cast<uint64_t>(id.length);
@@ -107,15 +107,16 @@ void print_application(DumpOptions &opts, Bytes segment, uint64_t size) {
     if (bytes_are(segment, kIdentifier, "JFIF\0")) {
         print_jfif(segment);
     } else if (bytes_are(segment, kIdentifier, "Exif\0")) {
-        print_exif(opts, segment.from(kIdentifier + length + 2));
+        print_exif(opts, segment.from(kIdentifier + length + 2), budget);
     } else {
         std::printf(" Unknown type\n");
     }
 }
 
 // Prints the header line and the fields of a segment; returns the bytes to the next one, 0 behind the scan.
-uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint32_t code, uint64_t size) {
+uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint64_t size, TiffBudget &budget) {
     const Bytes segment = buf.from(offset);
+    const uint32_t code = segment[1];
     if (const auto *title = std::find_if(std::begin(kTitles), std::end(kTitles),
                                          [&](const Title &t) { return t.code == code; });
         title != std::end(kTitles)) {
@@ -134,7 +135,7 @@ uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint32_t c
     }
     if (code >= 0xE0 && code <= 0xEF) {
         print_numbered_header(offset, "APP", code - 0xE0, code, size);
-        print_application(opts, segment, size);
+        print_application(opts, segment, size, budget);
         return size;
     }
     switch (code) {
@@ -153,14 +154,14 @@ uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint32_t c
     }
 }
 
-uint64_t jpegentry(DumpOptions &opts, Bytes buf, uint64_t offset) {
+uint64_t jpegentry(DumpOptions &opts, Bytes buf, uint64_t offset, TiffBudget &budget) {
     if (buf[offset] != 0xFF) {
         std::printf("%08x:  Expected to find 0xff, found 0x%02x\n:", static_cast<uint32_t>(offset),
                     buf[offset]);
         return 0;
     }
     const uint64_t size = kMarkerSize + big16(buf, offset + 2);
-    const uint64_t result = print_segment(opts, buf, offset, buf[offset + 1], size);
+    const uint64_t result = print_segment(opts, buf, offset, size, budget);
     if (opts.verbose) jp2_hexdump(buf, offset, result);
     return result;
 }
@@ -174,10 +175,11 @@ void jpgdump(DumpOptions &opts, std::FILE *file) {
         return;
     }
     const Bytes buf = image.bytes();
+    TiffBudget budget(buf.size());
     std::printf("Fileformat:JPEG\n");
     uint64_t offset = 0;
     while (offset < buf.size()) {
-        const uint64_t size = jpegentry(opts, buf, offset);
+        const uint64_t size = jpegentry(opts, buf, offset, budget);
         if (size == 0) break;
         offset += size;
     }

@@ -5,6 +5,7 @@
 
 #include "common/bytes.h"
 #include "main/dump_options.h"
+#include "tiff/tiff.h"
 
 // The name of a tag, "?" for unknown ones. For compression, photometric interpretation and sample format it
 // depends on the first 16-bit value in the value field.
@@ -16,7 +17,7 @@ const char *tifftype(Bytes base, uint32_t type, uint32_t count, uint32_t value, 
                      uint32_t *first);
 
 // Prints a run of Photoshop image resource blocks of `length` bytes, big-endian whatever the file's order.
-void photoshoptag(DumpOptions &opts, Bytes data, int64_t length);
+void photoshoptag(DumpOptions &opts, Bytes data, int64_t length, TiffBudget &budget);
 
 // Prints the first 100 pixels from the first strip on, as far as the file has them.
 void print_pixels(const DumpOptions &opts, Bytes file);

@@ -25,9 +25,9 @@ void print_data(Bytes data) {
 
 }  // namespace
 
-void photoshoptag(DumpOptions &opts, Bytes data, int64_t length) {
+void photoshoptag(DumpOptions &opts, Bytes data, int64_t length, TiffBudget &budget) {
     std::printf("\n");
-    for (uint64_t p = 0; length > 0 && p < static_cast<uint64_t>(length);) {
+    for (uint64_t p = 0; length > 0 && p < static_cast<uint64_t>(length) && !budget.spent();) {
         const Bytes block = data.from(p);
         if (tiffuint32(block, 1) != kSignature) {
             std::printf("   magic %c%c%c%c wrong\n", tiffchar(block[0]), tiffchar(block[1]),
@@ -44,7 +44,9 @@ void photoshoptag(DumpOptions &opts, Bytes data, int64_t length) {
         if (size < 0) return;
         const uint64_t data_size = static_cast<uint64_t>(size);
         const bool thumbnail = id == kThumbnail || id == kThumbnailNewer;
-        if (opts.verbose || !thumbnail) print_data(sized.sub(4, data_size));
+        const Bytes shown = sized.sub(4, opts.verbose || !thumbnail ? data_size : 0);
+        print_data(shown);
+        budget.spend(6 + name_size + shown.size());
         p += 6 + name_size + 4 + ((data_size + 1) & ~uint64_t{1});
     }
 }

@@ -29,7 +29,7 @@ struct Walk {
     DumpOptions &opts;
     Bytes base;
     int big_endian;
-    uint64_t pointers_left;             // a file has room for so many offsets of sub-directories in all
+    TiffBudget &budget;
     std::unordered_set<uint32_t> seen;  // directories dumped, so that a circle ends
 
     uint16_t u16(uint64_t offset) const { return tiffuint16(base.from(offset), big_endian); }
@@ -63,9 +63,10 @@ void print_sub_directories(Walk &walk, const Entry &entry, const char *single, c
         print_sub_directory(walk, entry.value, depth);
         return;
     }
-    for (uint32_t i = 0; i < entry.count && walk.pointers_left > 0; i++, walk.pointers_left--) {
+    for (uint32_t i = 0; i < entry.count; i++) {
         const uint64_t at = entry.value + uint64_t{4} * i;
-        if (!walk.base.has(at, 4)) return;
+        if (!walk.base.has(at, 4) || walk.budget.spent()) return;
+        walk.budget.spend(4);
         std::printf("%s%d", numbered, i);
         print_sub_directory(walk, walk.u32(at), depth);
     }
@@ -76,13 +77,14 @@ void print_image_source_data(const Walk &walk, const Entry &entry) {
     constexpr uint32_t kMagicSize = sizeof kMagic - 1;
     const Bytes data = walk.base.from(entry.value);
     std::printf("\n   magic   '");
-    print_text(data, 0);
+    walk.budget.spend(print_text(data, 0));
     std::printf("'");
     if (!bytes_are(data, 0, kMagic)) return;
     if (entry.count == kMagicSize) {
         std::printf("\n    Empty data tag\n");
     } else {
-        photoshoptag(walk.opts, data.from(kMagicSize), static_cast<int32_t>(entry.count - kMagicSize));
+        photoshoptag(walk.opts, data.from(kMagicSize), static_cast<int32_t>(entry.count - kMagicSize),
+                     walk.budget);
     }
 }
 
@@ -97,7 +99,8 @@ void print_value(const Walk &walk, Entry &entry) {
             }
             break;
         case kPhotoshop:
-            photoshoptag(walk.opts, walk.base.from(entry.value), static_cast<int32_t>(entry.count));
+            photoshoptag(walk.opts, walk.base.from(entry.value), static_cast<int32_t>(entry.count),
+                         walk.budget);
             return;
         case kImageSourceData: print_image_source_data(walk, entry); return;
         default: break;
@@ -137,6 +140,8 @@ void print_directories(Walk &walk, uint32_t offset, int depth) {
         std::printf(" entries: %d\n", static_cast<int>(entries));
         const uint64_t first = uint64_t{offset} + 2;
         for (uint64_t i = 0; i < entries && first + kEntrySize * i < walk.base.size(); i++) {
+            if (walk.budget.spent()) break;
+            walk.budget.spend(kEntrySize);
             print_entry(walk, first + kEntrySize * i, depth);
         }
         offset = walk.u32(first + kEntrySize * entries);
@@ -146,8 +151,8 @@ void print_directories(Walk &walk, uint32_t offset, int depth) {
 
 }  // namespace
 
-void tiffdumpifd(DumpOptions &opts, Bytes base, uint32_t ifd_offset, int big_endian) {
-    Walk walk{opts, base, big_endian, base.size() / 4, {}};
+void tiffdumpifd(DumpOptions &opts, Bytes base, uint32_t ifd_offset, int big_endian, TiffBudget &budget) {
+    Walk walk{opts, base, big_endian, budget, {}};
     if (ifd_offset < base.size()) print_directories(walk, ifd_offset, 0);
 }
 
@@ -172,6 +177,7 @@ void tiffdump(DumpOptions &opts, std::FILE *file) {
                                              : "unknown format");
     std::printf(" offset    : %08x\n", offset);
     std::printf(" filesize  : %d\n", static_cast<int32_t>(bytes.size()));
-    if (version == kStandardVersion) tiffdumpifd(opts, bytes, offset, big_endian);
+    TiffBudget budget(bytes.size());
+    if (version == kStandardVersion) tiffdumpifd(opts, bytes, offset, big_endian, budget);
     if (opts.flag_p) print_pixels(opts, bytes);
 }

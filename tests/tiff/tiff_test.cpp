@@ -150,7 +150,7 @@ TEST(Tiff, NestingEnds) {
     // Lists of sub-directories that lie on each other are not all listed.
     const std::vector<Entry> liars(200, {330, 4, 500, little().u32(8).str()});
     const std::string lists = dump_of("II" + hex("2A00 08000000") + directory(Order::little, liars));
-    EXPECT_LT(std::count(lists.begin(), lists.end(), '\n'), 2000);
+    EXPECT_LT(std::count(lists.begin(), lists.end(), '\n'), 30'000);
 }
 
 TEST(Tiff, PhotoshopResources) {
