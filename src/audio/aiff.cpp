@@ -1,7 +1,6 @@
 // AIFF and AIFF-C: a chunk walk in big-endian order.
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 
 #include "audio/audio.h"
 #include "audio/samples.h"
@@ -14,8 +13,11 @@ constexpr uint64_t kFirstChunk = 12;
 constexpr uint64_t kChunkHeader = 8;
 constexpr uint64_t kSoundHeader = 8;  // offset and block size before the samples
 
-// From the common chunk; zeros before it.
-struct Common {
+struct Walk {
+    DumpOptions &opts;
+    std::FILE *file;
+    Budget budget;
+    // From the common chunk; zeros before it.
     uint32_t channels = 0;
     uint32_t frames = 0;
     uint32_t bits = 0;
@@ -24,36 +26,44 @@ struct Common {
 uint32_t u16(Bytes b, uint64_t offset) { return tiffuint16(b.from(offset), 1); }
 uint32_t u32(Bytes b, uint64_t offset) { return tiffuint32(b.from(offset), 1); }
 
-void print_common(Common &common, Bytes payload) {
-    common = {u16(payload, 0), u32(payload, 2), u16(payload, 6)};
+void print_common(Walk &walk, Bytes payload) {
+    walk.channels = u16(payload, 0);
+    walk.frames = u32(payload, 2);
+    walk.bits = u16(payload, 6);
     std::printf(" COMM\n");
-    std::printf("  Channels %d\n", common.channels);
-    std::printf("  Samples  %d\n", static_cast<int32_t>(common.frames));
-    std::printf("  Bits     %d\n", common.bits);
+    std::printf("  Channels %d\n", walk.channels);
+    std::printf("  Samples  %d\n", static_cast<int32_t>(walk.frames));
+    std::printf("  Bits     %d\n", walk.bits);
 }
 
-void print_sound(DumpOptions &opts, std::FILE *file, const Common &common, Bytes chunk, uint64_t position) {
-    const uint32_t offset = u32(chunk, kChunkHeader);
-    const uint64_t samples = position + kChunkHeader + kSoundHeader + offset;
+// False when the samples cannot be reached.
+bool print_sound(Walk &walk, Bytes chunk, uint64_t position) {
+    const int32_t offset = static_cast<int32_t>(u32(chunk, kChunkHeader));
+    const int64_t samples = static_cast<int64_t>(position + kChunkHeader + kSoundHeader) + offset;
     std::printf(" SSND\n");
     std::printf("  Size     %d\n", static_cast<int32_t>(u32(chunk, 4)));
-    std::printf("  Offset   %d\n", static_cast<int32_t>(offset));
+    std::printf("  Offset   %d\n", offset);
     std::printf("PTR %08x\n", static_cast<uint32_t>(samples));
-    if (!opts.flag_a && !opts.flag_t) return;
-    audio_samplesdump(opts, file, samples, common.frames, common.channels, common.bits, 0);
+    if (!walk.opts.flag_a && !walk.opts.flag_t) return true;
+    if (samples < 0) {
+        std::printf("Error: seek failed\n");
+        return false;
+    }
+    audio_samplesdump(walk.opts, walk.file, static_cast<uint64_t>(samples), walk.frames, walk.channels,
+                      walk.bits, 0, walk.budget);
+    return true;
 }
 
-void walk_chunks(DumpOptions &opts, std::FILE *file, Bytes form) {
-    Common common;
+void walk_chunks(Walk &walk, Bytes form) {
     for (uint64_t position = kFirstChunk; form.has(position, kChunkHeader);) {
         const Bytes chunk = form.from(position);
         const uint32_t size = u32(chunk, 4);
         std::printf(" Elem %c%c%c%c length %d\n", chunk[0], chunk[1], chunk[2], chunk[3],
                     static_cast<int32_t>(size));
         if (bytes_are(chunk, 0, "COMM")) {
-            print_common(common, chunk.from(kChunkHeader));
+            print_common(walk, chunk.from(kChunkHeader));
         } else if (bytes_are(chunk, 0, "SSND")) {
-            print_sound(opts, file, common, chunk, position);
+            if (!print_sound(walk, chunk, position)) return;
         } else {
             std::printf("Unknown\n");
         }
@@ -68,7 +78,7 @@ void aiffdump(DumpOptions &opts, Bytes header, const char *name) {
     std::printf("Fileformat:AIFF\n");
     std::printf(" Size:            %lld\n", static_cast<long long>(size));
     std::printf(" Magic:           %c%c%c%c\n", header[8], header[9], header[10], header[11]);
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(name, "rb"), std::fclose);
+    const OpenFile file = open_again(name);
     if (!file) {
         std::printf("Error: Could not open file '%s'\n", name);
         return;
@@ -84,5 +94,6 @@ void aiffdump(DumpOptions &opts, Bytes header, const char *name) {
                     static_cast<long long>(size));
         return;
     }
-    walk_chunks(opts, file.get(), image.bytes());
+    Walk walk{opts, file.get(), Budget(available)};
+    walk_chunks(walk, image.bytes());
 }

@@ -1,7 +1,6 @@
 // RIFF (WAVE, AVI, CDXA, ...) and its 64-bit variant RF64 (EBU Tech 3306): a chunk walk in two passes.
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 
 #include "audio/audio.h"
 #include "audio/samples.h"
@@ -27,6 +26,7 @@ struct Walk {
     bool rf64;
     bool cdxa;
     int64_t riff_size;
+    Budget budget;
     // From the size chunk of RF64, in the first pass.
     int64_t riff_size64 = 0;
     int64_t data_size = 0;
@@ -155,14 +155,14 @@ void print_play_length(int64_t length, uint32_t bytes_per_second) {
                 static_cast<int>(milliseconds));
 }
 
-void print_data(const Walk &walk, const Chunk &chunk) {
+void print_data(Walk &walk, const Chunk &chunk) {
     const int64_t samples = walk.channels && walk.block_size ? chunk.length / walk.block_size : 0;
     std::printf("  DATA\n");
     std::printf("   Samples         %d\n", static_cast<int32_t>(samples));
     print_play_length(chunk.length, walk.bytes_per_second);
     if (!walk.opts.flag_a && !walk.opts.flag_t) return;
     audio_samplesdump(walk.opts, walk.file, static_cast<uint64_t>(chunk.offset + kChunkHeader), samples,
-                      walk.channels, walk.bits, 1);
+                      walk.channels, walk.bits, 1, walk.budget);
 }
 
 struct BextText {
@@ -259,7 +259,7 @@ void riffdump(DumpOptions &opts, Bytes header, const char *name, int rf64) {
         std::printf("Error: riffdump, filename parameter is NULL\n");
         return;
     }
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(name, "rb"), std::fclose);
+    const OpenFile file = open_again(name);
     if (!file) {
         std::printf("Error: Could not open file '%s'\n", name);
         return;
@@ -270,7 +270,8 @@ void riffdump(DumpOptions &opts, Bytes header, const char *name, int rf64) {
               static_cast<int64_t>(file_size(file.get())),
               rf64 != 0,
               bytes_are(header, 8, "CDXA"),
-              signed_size(u32(header, 4))};
+              signed_size(u32(header, 4)),
+              Budget(file_size(file.get()))};
     if (!scan_format(walk)) return;
     std::printf("Fileformat:%s\n", rf64 ? "RF64" : "RIFF");
     std::printf(" Size:            %lld\n", static_cast<long long>(walk.riff_size));

@@ -171,20 +171,37 @@ class Dump {
     LineBuffer out_;
 };
 
+// Frames without bytes: without channels, or with samples of 0 bits as compressed formats declare them. They
+// never meet the end of the file, so more of them than the file has bytes are a damaged count.
+void print_empty_frames(uint64_t frames, uint32_t channels, uint64_t size, Budget &budget) {
+    if (frames > size) return;
+    LineBuffer out;
+    for (; frames > 0 && !budget.spent(); frames--) {
+        out.fill(' ', size_t{2} + channels);
+        out.put('\n');
+        budget.spend(channels + 1);
+    }
+}
+
 }  // namespace
 
 void audio_samplesdump(DumpOptions &opts, std::FILE *file, uint64_t position, int64_t frames,
-                       uint32_t channels, uint32_t bits, int little_endian) {
+                       uint32_t channels, uint32_t bits, int little_endian, Budget &budget) {
     const uint32_t sample_size = (bits + 7) / 8;
     const uint64_t size = file_size(file);
-    if (channels == 0 || sample_size == 0 || frames <= 0) return;
-
+    if (frames <= 0 || budget.spent()) return;
+    if (channels == 0 || sample_size == 0) {
+        if (opts.flag_a) print_empty_frames(static_cast<uint64_t>(frames), channels, size, budget);
+        return;
+    }
     Dump dump(opts, channels, sample_size, little_endian);
     const uint64_t step = kBlock / sample_size * sample_size;
     FileImage image(file, position, step);
     for (; position < size; position += step) {
         image.move_to(position);
-        if (!dump.block(image.bytes().span(0, std::min(step, size - position)), frames)) break;
+        const uint64_t n = std::min(step, size - position);
+        budget.spend(n);
+        if (!dump.block(image.bytes().span(0, n), frames)) break;
     }
     dump.end();
 }

@@ -1,5 +1,6 @@
 #include "common/file_image.h"
 
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -22,6 +23,7 @@ Text text_at(Bytes b, uint64_t offset, uint64_t width) {
     const Bytes field = b.sub(offset, std::min<uint64_t>(width, INT32_MAX));
     uint64_t length = 0;
     while (length < field.size() && field[length] != 0) length++;
+    if (length == 0) return {0, ""};
     return {static_cast<int>(length), reinterpret_cast<const char *>(field.span(0, length).data())};
 }
 
@@ -117,6 +119,11 @@ void FileImage::read_run(uint64_t block, uint64_t needed) {
     std::fill_n(present_ + block, run, uint8_t{1});
     runs_.push_back({block, run});
     resident_ += run << shift_;
+}
+
+OpenFile open_again(const char *name) {
+    const int fd = open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    return {fd < 0 ? nullptr : fdopen(fd, "rb"), std::fclose};
 }
 
 uint64_t file_size(int fd) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <deque>
+#include <memory>
 
 #include "common/bytes.h"
 
@@ -87,6 +88,11 @@ class FileWindow {
     FileImage image_;
     uint64_t start_ = 0;
 };
+
+using OpenFile = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
+
+// Opens a file once more by its name; null where that fails. A pipe is not waited for and reads as empty.
+OpenFile open_again(const char *name);
 
 // Size of a regular file or block device in bytes; 0 for whatever has none (directories, pipes, devices).
 uint64_t file_size(int fd);

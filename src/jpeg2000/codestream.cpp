@@ -140,8 +140,9 @@ uint64_t tile_part_rest(Bytes buf, uint64_t offset, uint64_t end) {
         std::printf(" - End of tile undefined\n");
         return end > offset + kMarkerSize ? end - offset - kMarkerSize : 0;
     }
-    const uint64_t header = offset - sot;
-    return tile_part >= header ? tile_part - header : end;
+    // A tile-part that ends before its data leads back. Over markers that would go on for ever.
+    const uint64_t next = sot + tile_part;
+    return next < offset && buf[next] == 0xFF ? end : next - offset;
 }
 
 uint64_t print_sod(Bytes buf, uint64_t offset, uint64_t end) {

@@ -85,7 +85,7 @@ void print_jfif(Bytes segment) {
 }
 
 // The TIFF structure of an EXIF segment.
-void print_exif(DumpOptions &opts, Bytes tiff, TiffBudget &budget) {
+void print_exif(DumpOptions &opts, Bytes tiff, Budget &budget) {
     const bool little_endian = tiff[0] == 'I' && tiff[2] == '*';
     const bool big_endian = tiff[0] == 'M' && tiff[3] == '*';
     if (little_endian || big_endian) {
@@ -95,7 +95,7 @@ void print_exif(DumpOptions &opts, Bytes tiff, TiffBudget &budget) {
     }
 }
 
-void print_application(DumpOptions &opts, Bytes segment, uint64_t size, TiffBudget &budget) {
+void print_application(DumpOptions &opts, Bytes segment, uint64_t size, Budget &budget) {
     constexpr uint64_t kIdentifier = 4;
     const Text id = text_at(segment, kIdentifier, size);
     const uint64_t length = static_cast<uint64_t>(id.length);
@@ -114,7 +114,7 @@ void print_application(DumpOptions &opts, Bytes segment, uint64_t size, TiffBudg
 }
 
 // Prints the header line and the fields of a segment; returns the bytes to the next one, 0 behind the scan.
-uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint64_t size, TiffBudget &budget) {
+uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint64_t size, Budget &budget) {
     const Bytes segment = buf.from(offset);
     const uint32_t code = segment[1];
     if (const auto *title = std::find_if(std::begin(kTitles), std::end(kTitles),
@@ -154,7 +154,7 @@ uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint64_t s
     }
 }
 
-uint64_t jpegentry(DumpOptions &opts, Bytes buf, uint64_t offset, TiffBudget &budget) {
+uint64_t jpegentry(DumpOptions &opts, Bytes buf, uint64_t offset, Budget &budget) {
     if (buf[offset] != 0xFF) {
         std::printf("%08x:  Expected to find 0xff, found 0x%02x\n:", static_cast<uint32_t>(offset),
                     buf[offset]);
@@ -175,7 +175,7 @@ void jpgdump(DumpOptions &opts, std::FILE *file) {
         return;
     }
     const Bytes buf = image.bytes();
-    TiffBudget budget(buf.size());
+    Budget budget(buf.size());
     std::printf("Fileformat:JPEG\n");
     uint64_t offset = 0;
     while (offset < buf.size()) {

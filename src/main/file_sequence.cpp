@@ -1,8 +1,8 @@
 #include "main/file_sequence.h"
 
 #include <cstdio>
-#include <memory>
 
+#include "common/file_image.h"
 #include "common/name_pattern.h"
 #include "main/dispatch.h"
 #include "raw/raw.h"
@@ -12,7 +12,7 @@ namespace {
 constexpr size_t kNameSize = 4096;
 
 void dump_file(DumpOptions &opts, const char *name, int range_flag) {
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(name, "rb"), std::fclose);
+    const OpenFile file(std::fopen(name, "rb"), std::fclose);
     if (!file) {
         std::printf("Could not open file '%s'\n", name);
     } else if (opts.hex_dump) {

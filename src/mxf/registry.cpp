@@ -1,30 +1,30 @@
 #include "mxf/registry.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
-#include <deque>
+#include <cstring>
 #include <map>
+#include <set>
+#include <string>
 
 #include "mxf/dictionary.h"
 
 namespace {
 
 constexpr uint32_t kHexBlock = 1;  // value kind of tags that nothing is known of
+constexpr size_t kMaxString = 127;
 
 struct mxf_label_node {
     const char *name;
     uint32_t type;
 };
 
-struct mxf_string_node {
-    char text[128];
-};
-
 using Guid = std::array<uint8_t, 16>;
 
 struct Registry {
     std::map<uint32_t, mxf_label_node> plabels;  // the latest declaration of each tag
-    std::deque<mxf_string_node> pstrings;
+    std::set<std::string> pstrings;
     std::map<Guid, mxf_guid_node> pguids;  // the latest registration of each UID
     int32_t guidcount = 0;
 };
@@ -62,9 +62,7 @@ void mxfaddlabel(DumpOptions &, uint32_t local_tag, const char *name, uint32_t t
 }
 
 const char *addmxfstring(const char *text) {
-    mxf_string_node &node = registry().pstrings.emplace_back();
-    std::snprintf(node.text, sizeof node.text, "%s", text);
-    return node.text;
+    return registry().pstrings.emplace(text, strnlen(text, kMaxString)).first->c_str();
 }
 
 void mxf_guid_add(DumpOptions &opts, Bytes guid, uint64_t file_position, const char *name) {

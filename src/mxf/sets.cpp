@@ -51,19 +51,18 @@ constexpr uint64_t kSetEnd = 20;  // behind the key, with the usual 4-byte lengt
 constexpr uint64_t kMaxName = 127;
 
 // UTF-16 of which only the Latin-1 characters are kept.
-const char *definition_name(Bytes value, uint64_t length) {
-    char name[kMaxName + 1];
+void read_definition_name(char (&name)[kMaxName + 1], Bytes value, uint64_t length) {
     const uint64_t characters = std::min(length / 2, kMaxName);
     for (uint64_t i = 0; i < characters; i++) {
         name[i] = value[2 * i] ? '?' : static_cast<char>(value[2 * i + 1]);
     }
     name[characters] = '\0';
-    return addmxfstring(name);
 }
 
 const char *mxf_metadata_key_define(DumpOptions &opts, bool is_object, Bytes buffer, uint64_t offset) {
     const ItemValue item = read_item_length(opts, buffer, offset);
-    const char *name = nullptr;
+    char text[kMaxName + 1];
+    bool has_name = false;
     uint32_t local_tag = 0;
     uint8_t identification = 0;  // its first byte
     const uint64_t end = std::min(offset + kSetEnd + static_cast<uint64_t>(item.length), buffer.size());
@@ -72,7 +71,8 @@ const char *mxf_metadata_key_define(DumpOptions &opts, bool is_object, Bytes buf
         const uint64_t length = static_cast<uint64_t>(mxfuint16(buffer.from(at + 2)));
         const Bytes value = buffer.from(at + 4);
         if (tag == kNameTag) {
-            name = definition_name(value, length);
+            read_definition_name(text, value, length);
+            has_name = true;
         } else if (tag == kLocalTagTag) {
             if (length != 2) mxferror(opts, buffer, offset, "mxf_metadata_key_define tag len != 2");
             local_tag = static_cast<uint32_t>(mxfuint16(value));
@@ -82,10 +82,12 @@ const char *mxf_metadata_key_define(DumpOptions &opts, bool is_object, Bytes buf
         }
         at += 4 + length;
     }
-    if (opts.mxf_first_pass && !is_object && local_tag && identification && name) {
+    if (!has_name) return "unknown";
+    const char *name = addmxfstring(text);
+    if (opts.mxf_first_pass && !is_object && local_tag && identification) {
         mxfaddlabel(opts, local_tag, name, static_cast<uint32_t>(ValueKind::unknown));
     }
-    return name ? name : "unknown";
+    return name;
 }
 
 }  // namespace

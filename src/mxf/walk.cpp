@@ -126,7 +126,7 @@ void run_pass(Walk &walk, bool collecting) {
         }
         const Bytes window = walk.window.at(position);
         uint32_t value = kKeySize;
-        const uint64_t length = mxfber(walk.opts, window.sub(0, loaded - next_key), kKeySize, &value);
+        const uint64_t length = mxfber(walk.opts, window, kKeySize, &value);
         const uint64_t size = value + length;
         if (static_cast<int64_t>(size) <= 0) {
             std::printf("Invalid length (%lld)\n", static_cast<long long>(size));

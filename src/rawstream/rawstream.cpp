@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 #include <vector>
 
 #include "common/file_image.h"
@@ -151,7 +150,7 @@ void print_unreadable() { std::printf("Warning: Could not read file\n"); }
 
 void rawdump(DumpOptions &opts, const char *name) {
     std::printf("Format: SDI Streamer\n");
-    const std::unique_ptr<std::FILE, int (*)(std::FILE *)> file(std::fopen(name, "rb"), std::fclose);
+    const OpenFile file = open_again(name);
     if (!file) {
         std::printf("Warning: Could not open '%s'\n", name);
         print_unreadable();

@@ -17,7 +17,7 @@ const char *tifftype(Bytes base, uint32_t type, uint32_t count, uint32_t value, 
                      uint32_t *first);
 
 // Prints a run of Photoshop image resource blocks of `length` bytes, big-endian whatever the file's order.
-void photoshoptag(DumpOptions &opts, Bytes data, int64_t length, TiffBudget &budget);
+void photoshoptag(DumpOptions &opts, Bytes data, int64_t length, Budget &budget);
 
 // Prints the first 100 pixels from the first strip on, as far as the file has them.
 void print_pixels(const DumpOptions &opts, Bytes file);

@@ -25,7 +25,7 @@ void print_data(Bytes data) {
 
 }  // namespace
 
-void photoshoptag(DumpOptions &opts, Bytes data, int64_t length, TiffBudget &budget) {
+void photoshoptag(DumpOptions &opts, Bytes data, int64_t length, Budget &budget) {
     std::printf("\n");
     for (uint64_t p = 0; length > 0 && p < static_cast<uint64_t>(length) && !budget.spent();) {
         const Bytes block = data.from(p);

@@ -29,7 +29,7 @@ struct Walk {
     DumpOptions &opts;
     Bytes base;
     int big_endian;
-    TiffBudget &budget;
+    Budget &budget;
     std::unordered_set<uint32_t> seen;  // directories dumped, so that a circle ends
 
     uint16_t u16(uint64_t offset) const { return tiffuint16(base.from(offset), big_endian); }
@@ -151,7 +151,7 @@ void print_directories(Walk &walk, uint32_t offset, int depth) {
 
 }  // namespace
 
-void tiffdumpifd(DumpOptions &opts, Bytes base, uint32_t ifd_offset, int big_endian, TiffBudget &budget) {
+void tiffdumpifd(DumpOptions &opts, Bytes base, uint32_t ifd_offset, int big_endian, Budget &budget) {
     Walk walk{opts, base, big_endian, budget, {}};
     if (ifd_offset < base.size()) print_directories(walk, ifd_offset, 0);
 }
@@ -177,7 +177,7 @@ void tiffdump(DumpOptions &opts, std::FILE *file) {
                                              : "unknown format");
     std::printf(" offset    : %08x\n", offset);
     std::printf(" filesize  : %d\n", static_cast<int32_t>(bytes.size()));
-    TiffBudget budget(bytes.size());
+    Budget budget(bytes.size());
     if (version == kStandardVersion) tiffdumpifd(opts, bytes, offset, big_endian, budget);
     if (opts.flag_p) print_pixels(opts, bytes);
 }

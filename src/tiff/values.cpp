@@ -24,6 +24,7 @@ enum Type : uint32_t {
 constexpr uint64_t kTypeSizes[] = {1, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8};
 constexpr uint64_t kFieldSize = 4;  // values up to here lie in the entry itself
 constexpr int kReserve = 256;       // of the print buffer, kept for the last element
+constexpr int kNoteReserve = 32;    // of the print buffer, kept for the note of a cut
 
 uint64_t type_size(uint32_t type) { return type <= kDouble ? kTypeSizes[type] : 1; }
 
@@ -34,6 +35,7 @@ struct Output {
     int length = 0;
 
     int room() const { return size - length; }
+    bool is_full() const { return room() <= kReserve; }
 };
 
 void append_ratio(Output &out, double numerator, double denominator) {
@@ -121,16 +123,15 @@ const char *tifftype(Bytes base, uint32_t type, uint32_t count, uint32_t value, 
     const Bytes values = inside ? field_bytes(field, value, big_endian) : base.from(value);
     if (type == kAscii) {
         const Text text = text_at(values, 0, size);
-        std::snprintf(out.text, size, "'%.*s'", text.length, text.start);
-        return out.text;
-    }
-    for (uint32_t i = 0; i < count; i++) {
-        if (out.length >= out.size - kReserve) {
-            std::snprintf(out.text + out.length, static_cast<size_t>(out.room()), " (dump truncated)");
-            break;
+        out.length = std::snprintf(out.text, size, "'%.*s'", text.length, text.start);
+    } else {
+        *first = append_element(out, type, values, big_endian);
+        for (uint32_t i = 1; i < count && !out.is_full(); i++) {
+            append_element(out, type, values.from(i * element_size), big_endian);
         }
-        const uint32_t number = append_element(out, type, values.from(i * element_size), big_endian);
-        if (i == 0) *first = number;
+    }
+    if (out.is_full() && out.room() > kNoteReserve) {
+        std::snprintf(out.text + out.length, static_cast<size_t>(out.room()), " (dump truncated)");
     }
     return out.text;
 }

@@ -88,7 +88,16 @@ TEST(Tiff, LongValues) {
     const std::string text = value_line(Order::little, 4, 3000, kAt1000Little, longs.str());
     EXPECT_EQ(text.substr(0, 15), "1000 1001 1002 ");
     EXPECT_EQ(text.substr(7930), "2586 2587  (dump truncated)");
-    EXPECT_EQ(value_line(Order::little, 2, 9000, kAt1000Little, std::string(9000, 'x')).size(), 8191U);
+    EXPECT_EQ(value_line(Order::little, 7, 2646, kAt1000Little, std::string(2646, 'a')).substr(7935),
+              "61  (dump truncated)");
+    const auto ascii = [](size_t n) {
+        return value_line(Order::little, 2, static_cast<uint32_t>(n), kAt1000Little, std::string(n, 'x'));
+    };
+    EXPECT_EQ(ascii(7933).size(), 7935U);
+    EXPECT_EQ(ascii(7934).substr(7933), "xx' (dump truncated)");
+    EXPECT_EQ(ascii(8157).substr(8157), "x' (dump truncated)");
+    EXPECT_EQ(ascii(8158).size(), 8160U);
+    EXPECT_EQ(ascii(9000).size(), 8191U);
 }
 
 TEST(Tiff, NamesThatDependOnTheValue) {
