@@ -1,10 +1,10 @@
 // Cineon 4.5 header. The C before the colon of a label marks a core field.
 #include <cstdio>
 
+#include "common/field_rows.h"
 #include "common/names.h"
 #include "common/values.h"
 #include "dpx/dpx.h"
-#include "dpx/field_rows.h"
 #include "dpx/names.h"
 
 namespace {

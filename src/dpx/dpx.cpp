@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <cstring>
 
+#include "common/field_rows.h"
 #include "common/file_image.h"
 #include "common/names.h"
 #include "common/values.h"
-#include "dpx/field_rows.h"
 #include "dpx/kelheader.h"
 #include "dpx/names.h"
 #include "dpx/timecode.h"

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <span>
 
+#include "common/field_rows.h"
 #include "common/names.h"
 #include "gxf/packets.h"
 #include "gxf/values.h"
@@ -17,67 +18,61 @@ constexpr uint32_t kPacketDataRead = 32768;
 constexpr int64_t kTracks = 104;     // offset of the track descriptions
 constexpr int64_t kListTail = 128;   // an entry is listed when more than this follows its start
 constexpr int64_t kUserHeader = 16;  // bytes of a user data entry before its data
+constexpr uint64_t kFileName = 24;   // in a media description
 constexpr unsigned kFileNameSize = 88;
 
 // A file has one last packet; one that had thousands would describe the whole collection as often.
 constexpr uint64_t kMostDescribed = 64 * 1024 * 1024;
 
-enum class Value { u16, s32, hex32, file_name };
-
-struct Field {
-    uint8_t offset;
-    Value value;
-    const char *label;
-};
-
 // clang-format off
-constexpr Field kPayloadFields[] = {
-    {0, Value::s32, "   size          "},
-    {4, Value::s32, "   version       "},
-    {8, Value::s32, "   tracks        "},
-    {12, Value::s32, "   trackoffset   "},
-    {16, Value::s32, "   tracksize     "},
-    {20, Value::s32, "   segments      "},
-    {24, Value::s32, "   mediaoffset   "},
-    {28, Value::s32, "   mediasize     "},
-    {32, Value::s32, "   useroffset    "},
-    {36, Value::s32, "   usersize      "},
+constexpr FieldRow kPayloadRows[] = {
+    {0, Field::u32, "   size          "},
+    {4, Field::u32, "   version       "},
+    {8, Field::u32, "   tracks        "},
+    {12, Field::u32, "   trackoffset   "},
+    {16, Field::u32, "   tracksize     "},
+    {20, Field::u32, "   segments      "},
+    {24, Field::u32, "   mediaoffset   "},
+    {28, Field::u32, "   mediasize     "},
+    {32, Field::u32, "   useroffset    "},
+    {36, Field::u32, "   usersize      "},
 };
 
-constexpr Field kMaterialFields[] = {
-    {48, Value::hex32, "  flags         "},
-    {52, Value::s32, "  maxlength     "},
-    {56, Value::s32, "  minlength     "},
-    {60, Value::s32, "  markin        "},
-    {64, Value::s32, "  markout       "},
-    {68, Value::hex32, "  tcmarkin      "},
-    {72, Value::hex32, "  tcmarkout     "},
-    {76, Value::hex32, "  modifiedmsb   "},
-    {80, Value::hex32, "  modifiedlsb   "},
-    {96, Value::u16, "  audiotracks   "},
-    {100, Value::u16, "  tctracks      "},
-    {102, Value::u16, "  videotracks   "},
+constexpr FieldRow kMaterialRows[] = {
+    {48, Field::hex32, "  flags         "},
+    {52, Field::u32, "  maxlength     "},
+    {56, Field::u32, "  minlength     "},
+    {60, Field::u32, "  markin        "},
+    {64, Field::u32, "  markout       "},
+    {68, Field::hex32, "  tcmarkin      "},
+    {72, Field::hex32, "  tcmarkout     "},
+    {76, Field::hex32, "  modifiedmsb   "},
+    {80, Field::hex32, "  modifiedlsb   "},
+    {96, Field::u16, "  audiotracks   "},
+    {100, Field::u16, "  tctracks      "},
+    {102, Field::u16, "  videotracks   "},
 };
 
-constexpr Field kMediaFields[] = {
-    {0, Value::u16, "  length      "},
-    {2, Value::u16, "  trackinfo   "},
-    {4, Value::u16, "  sequenceno  "},
-    {8, Value::s32, "  fieldcnt    "},
-    {16, Value::s32, "  markin      "},
-    {20, Value::s32, "  markout     "},
-    {24, Value::file_name, "  filename    "},
-    {112, Value::s32, "  type        "},
-    {116, Value::s32, "  sampling    "},
-    {120, Value::s32, "  size        "},
+constexpr FieldRow kMediaRows[] = {
+    {0, Field::u16, "  length      "},
+    {2, Field::u16, "  trackinfo   "},
+    {4, Field::u16, "  sequenceno  "},
+    {8, Field::u32, "  fieldcnt    "},
+    {16, Field::u32, "  markin      "},
+    {20, Field::u32, "  markout     "},
+};
+constexpr FieldRow kMediaSampleRows[] = {
+    {112, Field::u32, "  type        "},
+    {116, Field::u32, "  sampling    "},
+    {120, Field::u32, "  size        "},
 };
 
-constexpr Field kUserFields[] = {
-    {0, Value::s32, "  length      "},
-    {4, Value::s32, "  position    "},
-    {8, Value::u16, "  trackno     "},
-    {10, Value::s32, "  seqno       "},
-    {12, Value::s32, "  userkey     "},
+constexpr FieldRow kUserRows[] = {
+    {0, Field::u32, "  length      "},
+    {4, Field::u32, "  position    "},
+    {8, Field::u16, "  trackno     "},
+    {10, Field::u32, "  seqno       "},
+    {12, Field::u32, "  userkey     "},
 };
 // clang-format on
 
@@ -104,6 +99,7 @@ struct Umf {
     bool goes_on(int64_t offset, int64_t start, int64_t list_size) const {
         return offset >= 0 && offset + kListTail < fill && offset - start < list_size;
     }
+    void print(Bytes entry, std::span<const FieldRow> rows) const { print_field_rows(entry, !little, rows); }
     Bytes entry(int64_t offset) const { return data.from(static_cast<uint64_t>(offset)); }
 };
 
@@ -125,20 +121,6 @@ Umf umf_of(const UmfCollection &collection) {
             .user_size = gxfint32(data, 36, little)};
 }
 
-void print_fields(Bytes entry, std::span<const Field> fields, bool little) {
-    for (const Field &field : fields) {
-        std::printf("%s", field.label);
-        switch (field.value) {
-            case Value::u16: std::printf("%d\n", gxfint16(entry, field.offset, little)); break;
-            case Value::s32: std::printf("%d\n", gxfint32(entry, field.offset, little)); break;
-            case Value::hex32: std::printf("%08x\n", gxfuint32(entry, field.offset, little)); break;
-            case Value::file_name:
-                std::printf("'%s'\n", gxfstring(entry, field.offset, kFileNameSize));
-                break;
-        }
-    }
-}
-
 void print_tracks(const Umf &umf) {
     std::printf(" Track Description\n");
     for (int64_t offset = kTracks; umf.goes_on(offset, kTracks, umf.track_size); offset += 4) {
@@ -154,7 +136,9 @@ void print_media(const Umf &umf) {
     const int64_t start = umf.media_start();
     for (int64_t offset = start; umf.goes_on(offset, start, umf.media_size);) {
         const Bytes entry = umf.entry(offset);
-        print_fields(entry, kMediaFields, umf.little);
+        umf.print(entry, kMediaRows);
+        std::printf("  filename    '%s'\n", gxfstring(entry, kFileName, kFileNameSize));
+        umf.print(entry, kMediaSampleRows);
         const uint16_t length = gxfint16(entry, 0, umf.little);
         if (length == 0) return;
         offset += length;
@@ -174,7 +158,7 @@ void print_user_data(const Umf &umf) {
     if (umf.user_offset != 0 && user_size == 0) user_size = umf.size - start;
     for (int64_t offset = start; umf.goes_on(offset, start, user_size);) {
         const Bytes entry = umf.entry(offset);
-        print_fields(entry, kUserFields, umf.little);
+        umf.print(entry, kUserRows);
         const int32_t length = gxfint32(entry, 0, umf.little);
         print_xml(entry.from(kUserHeader), length, user_size);
         if (length <= 0) return;
@@ -185,9 +169,9 @@ void print_user_data(const Umf &umf) {
 void print_descriptions(const UmfCollection &collection) {
     const Umf umf = umf_of(collection);
     std::printf("  Payload Description\n");
-    print_fields(umf.data, kPayloadFields, umf.little);
+    umf.print(umf.data, kPayloadRows);
     std::printf(" Material Description\n");
-    print_fields(umf.data, kMaterialFields, umf.little);
+    umf.print(umf.data, kMaterialRows);
     print_tracks(umf);
     print_media(umf);
     print_user_data(umf);

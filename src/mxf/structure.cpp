@@ -1,8 +1,8 @@
 // Structural items after SMPTE 377M.
 #include <algorithm>
 #include <cstdio>
-#include <span>
 
+#include "common/field_rows.h"
 #include "mxf/dictionary.h"
 #include "mxf/items.h"
 #include "mxf/klv.h"
@@ -14,48 +14,24 @@ namespace {
 constexpr uint32_t kFirstDynamicTag = 0x8000;
 constexpr uint64_t kLabelSize = 16;
 
-enum class Kind { u16, u32, s64, hex64 };
-
-struct Row {
-    uint8_t offset;
-    Kind kind;
-    const char *label;
-};
-
 // Partition pack, before and after the operational pattern label.
-constexpr Row kPartitionRows[] = {
-    {0, Kind::u16, " Major Version      "},    {2, Kind::u16, " Minor Version      "},
-    {4, Kind::u32, " Alignment          "},    {8, Kind::hex64, " ThisPartition      "},
-    {16, Kind::hex64, " PreviousPartition  "}, {24, Kind::hex64, " FooterPartition    "},
-    {32, Kind::s64, " HeaderByteCount    "},   {40, Kind::s64, " IndexByteCount     "},
-    {48, Kind::u32, " IndexSID           "},   {52, Kind::s64, " BodyOffset         "},
-    {60, Kind::u32, " BodySID            "},
+constexpr FieldRow kPartitionRows[] = {
+    {0, Field::u16, " Major Version      "},    {2, Field::u16, " Minor Version      "},
+    {4, Field::u32, " Alignment          "},    {8, Field::hex64, " ThisPartition      "},
+    {16, Field::hex64, " PreviousPartition  "}, {24, Field::hex64, " FooterPartition    "},
+    {32, Field::s64, " HeaderByteCount    "},   {40, Field::s64, " IndexByteCount     "},
+    {48, Field::u32, " IndexSID           "},   {52, Field::s64, " BodyOffset         "},
+    {60, Field::u32, " BodySID            "},
 };
 constexpr uint64_t kOperationalPattern = 64;
-constexpr Row kContainerRows[] = {
-    {80, Kind::u32, " ContainerCount     "},
-    {84, Kind::u32, " ContainerSize      "},
+constexpr FieldRow kContainerRows[] = {
+    {80, Field::u32, " ContainerCount     "},
+    {84, Field::u32, " ContainerSize      "},
 };
 constexpr uint64_t kContainers = 88;
 
 constexpr uint64_t kPrimerItems = 8;
 constexpr uint64_t kPrimerItemSize = 18;
-
-void print_rows(Bytes value, std::span<const Row> rows) {
-    for (const Row &row : rows) {
-        const Bytes field = value.from(row.offset);
-        switch (row.kind) {
-            case Kind::u16: std::printf("%s%d\n", row.label, mxfuint16(field)); break;
-            case Kind::u32: std::printf("%s%d\n", row.label, static_cast<int32_t>(mxfuint32(field))); break;
-            case Kind::s64:
-                std::printf("%s%lld\n", row.label, static_cast<long long>(mxfuint64(field)));
-                break;
-            case Kind::hex64:
-                std::printf("%s%016llx\n", row.label, static_cast<unsigned long long>(mxfuint64(field)));
-                break;
-        }
-    }
-}
 
 void print_partition_status(DumpOptions &opts, Bytes buffer, uint64_t offset) {
     switch (buffer[offset + 14]) {
@@ -145,14 +121,14 @@ uint64_t mxf_partition_header(DumpOptions &opts, uint64_t file_position, Bytes b
     print_partition_status(opts, buffer, offset);
     const ItemValue item = print_length_line(opts, file_position, buffer, offset);
     const Bytes value = buffer.from(item.start);
-    print_rows(value, kPartitionRows);
+    print_field_rows(value, 1, kPartitionRows);
     const Bytes pattern = value.from(kOperationalPattern);
     std::printf(" OperationalPattern ");
     printuuid(opts, pattern);
     std::printf(" - ");
     printidentifier(opts, pattern);
     std::printf("\n");
-    print_rows(value, kContainerRows);
+    print_field_rows(value, 1, kContainerRows);
     const int32_t count = static_cast<int32_t>(mxfuint32(value.from(80)));
     uint64_t at = item.start + kContainers;
     for (int32_t i = 0; i < count && at < buffer.size(); i++, at += kLabelSize) {

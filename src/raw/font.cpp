@@ -1,67 +1,79 @@
 // Windows bitmap font resource (FNT, version 3).
 #include <cstdio>
 
+#include "common/field_rows.h"
 #include "common/file_image.h"
 #include "common/values.h"
 #include "raw/raw.h"
 
 namespace {
 
-enum class Kind { u8, hex8, u16, hex16, s32, hex32, text, text_offset };
-
-struct Row {
-    uint8_t offset;
-    Kind kind;
-    const char *label;
+// Labels begin with the offset of their field.
+// clang-format off
+constexpr FieldRow kFileRows[] = {
+    {0, Field::hex16, "00 Magic         "},
+    {2, Field::hex32, "02 Filesize      "},
 };
-
-constexpr Row kRows[] = {
-    {0, Kind::hex16, "Magic         "},         {2, Kind::hex32, "Filesize      "},
-    {6, Kind::text, "Copyright     "},          {66, Kind::u16, "Type          "},
-    {68, Kind::u16, "Points        "},          {70, Kind::u16, "VerticalRes   "},
-    {72, Kind::u16, "HorizontalRes "},          {74, Kind::u16, "Ascent        "},
-    {76, Kind::u16, "InternalLead  "},          {78, Kind::u16, "ExternalLead  "},
-    {80, Kind::u8, "Italic        "},           {81, Kind::u8, "Underline     "},
-    {82, Kind::u8, "Strikeout     "},           {83, Kind::u16, "Weight        "},
-    {85, Kind::u8, "Charset       "},           {86, Kind::u16, "Pixwidth      "},
-    {88, Kind::u16, "Pixheight     "},          {90, Kind::hex8, "Family        "},
-    {91, Kind::u16, "AvgWidth      "},          {93, Kind::u16, "MaxWidth      "},
-    {95, Kind::u8, "FirstChar     "},           {96, Kind::u8, "LastChar      "},
-    {97, Kind::u8, "DefaultChar   "},           {98, Kind::u8, "BreakChar     "},
-    {99, Kind::u16, "WidthBytes    "},          {101, Kind::text_offset, "DeviceOffset  "},
-    {105, Kind::text_offset, "FaceOffset    "}, {109, Kind::hex32, "BitsPointer   "},
-    {113, Kind::hex32, "BitsOffset    "},       {118, Kind::s32, "Flags         "},
-    {122, Kind::u16, "Aspace        "},         {124, Kind::u16, "Bspace        "},
-    {126, Kind::u16, "Cspace        "},         {128, Kind::hex32, "ColorPointer  "},
+constexpr FieldRow kFontRows[] = {
+    {66, Field::u16, "42 Type          "},
+    {68, Field::u16, "44 Points        "},
+    {70, Field::u16, "46 VerticalRes   "},
+    {72, Field::u16, "48 HorizontalRes "},
+    {74, Field::u16, "4a Ascent        "},
+    {76, Field::u16, "4c InternalLead  "},
+    {78, Field::u16, "4e ExternalLead  "},
+    {80, Field::u8, "50 Italic        "},
+    {81, Field::u8, "51 Underline     "},
+    {82, Field::u8, "52 Strikeout     "},
+    {83, Field::u16, "53 Weight        "},
+    {85, Field::u8, "55 Charset       "},
+    {86, Field::u16, "56 Pixwidth      "},
+    {88, Field::u16, "58 Pixheight     "},
+    {90, Field::hex8, "5a Family        "},
+    {91, Field::u16, "5b AvgWidth      "},
+    {93, Field::u16, "5d MaxWidth      "},
+    {95, Field::u8, "5f FirstChar     "},
+    {96, Field::u8, "60 LastChar      "},
+    {97, Field::u8, "61 DefaultChar   "},
+    {98, Field::u8, "62 BreakChar     "},
+    {99, Field::u16, "63 WidthBytes    "},
 };
+constexpr FieldRow kBitmapRows[] = {
+    {109, Field::hex32, "6d BitsPointer   "},
+    {113, Field::hex32, "71 BitsOffset    "},
+    {118, Field::u32, "76 Flags         "},
+    {122, Field::u16, "7a Aspace        "},
+    {124, Field::u16, "7c Bspace        "},
+    {126, Field::u16, "7e Cspace        "},
+    {128, Field::hex32, "80 ColorPointer  "},
+};
+// clang-format on
 
+constexpr uint64_t kCopyright = 6;
 constexpr uint64_t kCopyrightSize = 60;
+constexpr uint64_t kDeviceName = 101;
+constexpr uint64_t kFaceName = 105;
 constexpr uint64_t kFirstChar = 95;
 constexpr uint64_t kLastChar = 96;
 constexpr uint64_t kGlyphs = 148;
 constexpr uint64_t kGlyphSize = 6;
 
-void print_row(Bytes font, const Row &row) {
-    std::printf("%02x %s", row.offset, row.label);
-    const uint32_t word = little32(font, row.offset);
-    switch (row.kind) {
-        case Kind::u8: std::printf("%d\n", font[row.offset]); break;
-        case Kind::hex8: std::printf("%02x\n", font[row.offset]); break;
-        case Kind::u16: std::printf("%d\n", little16(font, row.offset)); break;
-        case Kind::hex16: std::printf("%04x\n", little16(font, row.offset)); break;
-        case Kind::s32: std::printf("%d\n", static_cast<int32_t>(word)); break;
-        case Kind::hex32: std::printf("%08x\n", word); break;
-        case Kind::text: {
-            const Text text = text_at(font, row.offset, kCopyrightSize);
-            std::printf("'%.*s'\n", text.length, text.start);
-            break;
-        }
-        case Kind::text_offset:  // an offset of 0 has no text
-            std::printf("%08x '", word);
-            if (word) print_text(font, word);
-            std::printf("'\n");
-            break;
-    }
+// The text at a text's offset; an offset of 0 has none.
+void print_text_offset(Bytes font, uint64_t at, const char *label) {
+    const uint32_t offset = little32(font, at);
+    std::printf("%s%08x '", label, offset);
+    if (offset) print_text(font, offset);
+    std::printf("'\n");
+}
+
+void print_header(Bytes font) {
+    const Text copyright = text_at(font, kCopyright, kCopyrightSize);
+    print_field_rows(font, 0, kFileRows);
+    std::printf("06 Copyright     '%.*s'\n", copyright.length, copyright.start);
+    print_field_rows(font, 0, kFontRows);
+    print_text_offset(font, kDeviceName, "65 DeviceOffset  ");
+    print_text_offset(font, kFaceName, "69 FaceOffset    ");
+    print_field_rows(font, 0, kBitmapRows);
 }
 
 void print_glyphs(Bytes font) {
@@ -82,6 +94,6 @@ void fontdump(DumpOptions &, std::FILE *file) {
         std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
         return;
     }
-    for (const Row &row : kRows) print_row(image.bytes(), row);
+    print_header(image.bytes());
     print_glyphs(image.bytes());
 }

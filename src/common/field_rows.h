@@ -8,10 +8,14 @@
 #include "common/bytes.h"
 
 enum class Field {
-    u8,           // "%d"
-    u16,          // "%d"
-    u32,          // "%d", signed
-    hex32,        // "%08x"
+    u8,    // decimal
+    u16,   // decimal
+    u32,   // signed decimal
+    s64,   // signed decimal
+    hex8,  // hexadecimal of as many digits as the field has
+    hex16,
+    hex32,
+    hex64,
     set8,         // decimal, empty when not set
     dec,          // 32 bits, signed decimal, empty when not set
     hex,          // 32 bits, "%08x", empty when not set
