@@ -173,11 +173,16 @@ struct BextText {
 };
 
 // Broadcast Wave extension (EBU Tech 3285).
+// clang-format off
 constexpr BextText kBextTexts[] = {
-    {64, 0, 64, "   description        "},    {256, 64, 192, "   description (long) "},
-    {288, 256, 32, "   orginator          "}, {320, 288, 32, "   orginatorreference "},
-    {330, 320, 10, "   orginatordate      "}, {338, 330, 8, "   orginatortime      "},
+    {64, 0, 64, "   description        "},
+    {256, 64, 192, "   description (long) "},
+    {288, 256, 32, "   orginator          "},
+    {320, 288, 32, "   orginatorreference "},
+    {330, 320, 10, "   orginatordate      "},
+    {338, 330, 8, "   orginatortime      "},
 };
+// clang-format on
 
 void print_bext(const Walk &walk, const Chunk &chunk) {
     const Bytes payload = chunk.payload;

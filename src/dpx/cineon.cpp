@@ -14,19 +14,28 @@ constexpr uint64_t kChannelCount = 193;
 constexpr uint64_t kChannels = 196;
 constexpr uint64_t kChannelSize = 28;
 
+// clang-format off
 constexpr FieldRow kFileRows[] = {
-    {0, Field::hex32, " magic          C : "},       {4, Field::hex32, " offsetimage    C : "},
-    {8, Field::hex, " genericheader    : "},         {12, Field::hex, " industryheader   : "},
-    {16, Field::hex, " variableheader   : "},        {20, Field::hex, " totalsize        : "},
-    {24, Field::ascii, " version        C : ", 8},   {32, Field::ascii, " filename         : ", 100},
+    {0, Field::hex32, " magic          C : "},
+    {4, Field::hex32, " offsetimage    C : "},
+    {8, Field::hex, " genericheader    : "},
+    {12, Field::hex, " industryheader   : "},
+    {16, Field::hex, " variableheader   : "},
+    {20, Field::hex, " totalsize        : "},
+    {24, Field::ascii, " version        C : ", 8},
+    {32, Field::ascii, " filename         : ", 100},
     {132, Field::ascii, " creationdate     : ", 24},
 };
 
 constexpr FieldRow kChannelRows[] = {
-    {0, Field::u8, "  channel1a       : "},           {1, Field::u8, "  channel1b       : "},
-    {2, Field::u8, "  bitsperpixel    : "},           {4, Field::u32, "  pixelsperline   : "},
-    {8, Field::u32, "  linesperimage   : "},          {12, Field::cineon_real, "  minimumdata     : "},
-    {16, Field::cineon_real, "  minimumquantity : "}, {20, Field::cineon_real, "  maximumdata     : "},
+    {0, Field::u8, "  channel1a       : "},
+    {1, Field::u8, "  channel1b       : "},
+    {2, Field::u8, "  bitsperpixel    : "},
+    {4, Field::u32, "  pixelsperline   : "},
+    {8, Field::u32, "  linesperimage   : "},
+    {12, Field::cineon_real, "  minimumdata     : "},
+    {16, Field::cineon_real, "  minimumquantity : "},
+    {20, Field::cineon_real, "  maximumdata     : "},
     {24, Field::cineon_real, "  maximumquantity : "},
 };
 
@@ -47,26 +56,40 @@ constexpr FieldRow kLabelRows[] = {
 };
 
 constexpr FieldRow kDataRows[] = {
-    {680, Field::set8, " interleave       : "}, {681, Field::set8, " packing          : "},
-    {682, Field::set8, " bsigned          : "}, {683, Field::set8, " imagesense       : "},
-    {684, Field::dec, " endoflinepad     : "},  {688, Field::dec, " endofchannelpad  : "},
+    {680, Field::set8, " interleave       : "},
+    {681, Field::set8, " packing          : "},
+    {682, Field::set8, " bsigned          : "},
+    {683, Field::set8, " imagesense       : "},
+    {684, Field::dec, " endoflinepad     : "},
+    {688, Field::dec, " endofchannelpad  : "},
 };
 
 constexpr FieldRow kSourceRows[] = {
-    {712, Field::dec, " xoffset          : "},         {716, Field::dec, " yoffset          : "},
-    {720, Field::ascii, " filename         : ", 100},  {820, Field::ascii, " creationdate     : ", 24},
-    {844, Field::ascii, " inputdevice      : ", 64},   {908, Field::ascii, " inputmodel       : ", 32},
-    {940, Field::ascii, " inputserialnr    : ", 32},   {972, Field::cineon_real, " xpitch           : "},
-    {976, Field::cineon_real, " ypitch           : "}, {980, Field::cineon_real, " gamma            : "},
+    {712, Field::dec, " xoffset          : "},
+    {716, Field::dec, " yoffset          : "},
+    {720, Field::ascii, " filename         : ", 100},
+    {820, Field::ascii, " creationdate     : ", 24},
+    {844, Field::ascii, " inputdevice      : ", 64},
+    {908, Field::ascii, " inputmodel       : ", 32},
+    {940, Field::ascii, " inputserialnr    : ", 32},
+    {972, Field::cineon_real, " xpitch           : "},
+    {976, Field::cineon_real, " ypitch           : "},
+    {980, Field::cineon_real, " gamma            : "},
 };
 
 constexpr FieldRow kFilmRows[] = {
-    {1024, Field::set8, " filmmfgid        : "},      {1025, Field::set8, " filmtype         : "},
-    {1026, Field::set8, " offset           : "},      {1028, Field::dec, " prefix           : "},
-    {1032, Field::dec, " count            : "},       {1036, Field::ascii, " format           : ", 32},
-    {1068, Field::dec, " framenumber      : "},       {1072, Field::cineon_real, " framerate        : "},
-    {1076, Field::ascii, " frameid          : ", 32}, {1108, Field::ascii, " slateinformation : ", 100},
+    {1024, Field::set8, " filmmfgid        : "},
+    {1025, Field::set8, " filmtype         : "},
+    {1026, Field::set8, " offset           : "},
+    {1028, Field::dec, " prefix           : "},
+    {1032, Field::dec, " count            : "},
+    {1036, Field::ascii, " format           : ", 32},
+    {1068, Field::dec, " framenumber      : "},
+    {1072, Field::cineon_real, " framerate        : "},
+    {1076, Field::ascii, " frameid          : ", 32},
+    {1108, Field::ascii, " slateinformation : ", 100},
 };
+// clang-format on
 
 void print_rows(Bytes header, std::span<const FieldRow> rows) { print_field_rows(header, 0, rows); }
 

@@ -34,13 +34,20 @@ constexpr uint64_t kUserBits = 1924;
 constexpr uint64_t kUserIdentification = 2048;
 constexpr uint64_t kUserIdentificationSize = 32;
 
+// clang-format off
 constexpr FieldRow kFileRows[] = {
-    {4, Field::hex32, " offsetimage    C : "},        {8, Field::ascii, " version        C : ", 8},
-    {16, Field::hex32, " filesize       C : "},       {20, Field::dec, " dittokey         : "},
-    {24, Field::hex, " size_generic     : "},         {28, Field::hex, " size_industry    : "},
-    {32, Field::hex, " size_user        : "},         {36, Field::ascii, " filename         : ", 100},
-    {136, Field::ascii, " creationtime     : ", 24},  {160, Field::ascii, " creator          : ", 100},
-    {260, Field::ascii, " projectname      : ", 200}, {460, Field::ascii, " copyright        : ", 200},
+    {4, Field::hex32, " offsetimage    C : "},
+    {8, Field::ascii, " version        C : ", 8},
+    {16, Field::hex32, " filesize       C : "},
+    {20, Field::dec, " dittokey         : "},
+    {24, Field::hex, " size_generic     : "},
+    {28, Field::hex, " size_industry    : "},
+    {32, Field::hex, " size_user        : "},
+    {36, Field::ascii, " filename         : ", 100},
+    {136, Field::ascii, " creationtime     : ", 24},
+    {160, Field::ascii, " creator          : ", 100},
+    {260, Field::ascii, " projectname      : ", 200},
+    {460, Field::ascii, " copyright        : ", 200},
     {660, Field::hex, " key              : "},
 };
 
@@ -52,8 +59,10 @@ constexpr FieldRow kImageRows[] = {
 
 // Image element, before and after the coded values.
 constexpr FieldRow kElementRangeRows[] = {
-    {0, Field::u32, " signed        C : "},   {4, Field::dec, " lowdata         : "},
-    {8, Field::real, " lowquantity     : "},  {12, Field::dec, " highdata        : "},
+    {0, Field::u32, " signed        C : "},
+    {4, Field::dec, " lowdata         : "},
+    {8, Field::real, " lowquantity     : "},
+    {12, Field::dec, " highdata        : "},
     {16, Field::real, " highquantity    : "},
 };
 constexpr FieldRow kElementCodeRows[] = {
@@ -69,11 +78,16 @@ constexpr FieldRow kElementDataRows[] = {
 };
 
 constexpr FieldRow kSourceRows[] = {
-    {1408, Field::dec, " xoffset          : "},        {1412, Field::dec, " yoffset          : "},
-    {1416, Field::real, " xcenter          : "},       {1420, Field::real, " ycenter          : "},
-    {1424, Field::dec, " xoriginalsize    : "},        {1428, Field::dec, " yoriginalsize    : "},
-    {1432, Field::ascii, " filename         : ", 100}, {1532, Field::ascii, " filetime         : ", 24},
-    {1556, Field::ascii, " inputdevicename  : ", 32},  {1588, Field::ascii, " inputserialnr    : ", 32},
+    {1408, Field::dec, " xoffset          : "},
+    {1412, Field::dec, " yoffset          : "},
+    {1416, Field::real, " xcenter          : "},
+    {1420, Field::real, " ycenter          : "},
+    {1424, Field::dec, " xoriginalsize    : "},
+    {1428, Field::dec, " yoriginalsize    : "},
+    {1432, Field::ascii, " filename         : ", 100},
+    {1532, Field::ascii, " filetime         : ", 24},
+    {1556, Field::ascii, " inputdevicename  : ", 32},
+    {1588, Field::ascii, " inputserialnr    : ", 32},
 };
 constexpr FieldRow kAspectRows[] = {
     {1628, Field::dec, " aspecthorizontal : "},
@@ -83,17 +97,25 @@ constexpr FieldRow kAspectRows[] = {
 };
 
 constexpr FieldRow kFilmRows[] = {
-    {1664, Field::ascii, " film_mfg_id      : ", 2},   {1666, Field::ascii, " film_type        : ", 2},
-    {1668, Field::ascii, " offset           : ", 2},   {1670, Field::ascii, " prefix           : ", 6},
-    {1676, Field::ascii, " count            : ", 4},   {1680, Field::ascii, " format           : ", 20},
-    {1712, Field::dec, " framenumber      : "},        {1716, Field::dec, " framecount       : "},
-    {1720, Field::dec, " heldcount        : "},        {1724, Field::real, " framerate        : "},
-    {1728, Field::real, " shutterangle     : "},       {1732, Field::ascii, " frameid          : ", 32},
+    {1664, Field::ascii, " film_mfg_id      : ", 2},
+    {1666, Field::ascii, " film_type        : ", 2},
+    {1668, Field::ascii, " offset           : ", 2},
+    {1670, Field::ascii, " prefix           : ", 6},
+    {1676, Field::ascii, " count            : ", 4},
+    {1680, Field::ascii, " format           : ", 20},
+    {1712, Field::dec, " framenumber      : "},
+    {1716, Field::dec, " framecount       : "},
+    {1720, Field::dec, " heldcount        : "},
+    {1724, Field::real, " framerate        : "},
+    {1728, Field::real, " shutterangle     : "},
+    {1732, Field::ascii, " frameid          : ", 32},
     {1764, Field::ascii, " slateinformation : ", 100},
 };
 constexpr FieldRow kArriRows[] = {
-    {1870, Field::ascii, " keycode count    : ", 4}, {1874, Field::ascii, " keycode offset   : ", 2},
-    {1876, Field::ascii, " keycode feet     : ", 4}, {1880, Field::ascii, " keycode frames   : ", 2},
+    {1870, Field::ascii, " keycode count    : ", 4},
+    {1874, Field::ascii, " keycode offset   : ", 2},
+    {1876, Field::ascii, " keycode feet     : ", 4},
+    {1880, Field::ascii, " keycode frames   : ", 2},
     {1882, Field::ascii, " keycode perfpos  : ", 1},
 };
 
@@ -104,12 +126,18 @@ constexpr FieldRow kTelevisionRows[] = {
     {1929, Field::set8, " fieldnumber      : "},
 };
 constexpr FieldRow kSignalRows[] = {
-    {1932, Field::real, " horizontalfreq   : "}, {1936, Field::real, " verticalfreq     : "},
-    {1940, Field::real, " framerate        : "}, {1944, Field::real, " timeoffset       : "},
-    {1948, Field::real, " gamma            : "}, {1952, Field::real, " blacklevel       : "},
-    {1956, Field::real, " blackgain        : "}, {1960, Field::real, " breakpoint       : "},
-    {1964, Field::real, " whitelevel       : "}, {1968, Field::real, " integrationtime  : "},
+    {1932, Field::real, " horizontalfreq   : "},
+    {1936, Field::real, " verticalfreq     : "},
+    {1940, Field::real, " framerate        : "},
+    {1944, Field::real, " timeoffset       : "},
+    {1948, Field::real, " gamma            : "},
+    {1952, Field::real, " blacklevel       : "},
+    {1956, Field::real, " blackgain        : "},
+    {1960, Field::real, " breakpoint       : "},
+    {1964, Field::real, " whitelevel       : "},
+    {1968, Field::real, " integrationtime  : "},
 };
+// clang-format on
 
 constexpr const char *table_packing[] = {"", "10:10:10:2", "2:10:10:10", "", "", "", "", ""};
 constexpr const char *table_encoding[] = {"", "RLL", "", "", "", "", "", ""};

@@ -14,16 +14,23 @@ constexpr uint32_t kMagic = 0xFEEDF00D;
 constexpr uint32_t kHeaderWords = 256;
 constexpr uint32_t kMaxDataBytes = 255;  // an item's length is one byte
 
-constexpr uint32_t kNameMask = 0x00FFFFFF;
-constexpr uint32_t kFilmData = 0xD8353132;  // RP 215 data of the usual 216 bytes
-constexpr uint32_t kFilmDataLength = 215;
-constexpr uint32_t kFilmDataName = 0x353132;       // "215"
-constexpr uint32_t kOtherFilmDataName = 0x363132;  // "216"
-constexpr uint32_t kFirstField = 0x00464E41;       // ANF: packets of field 1 follow
-constexpr uint32_t kSecondField = 0x00474E41;      // ANG: packets of field 2 follow
+// An item's tag: the data length in bytes in its top byte and, from its lowest byte up, the three characters
+// that name the item.
+constexpr uint32_t tag(const char (&name)[4], uint32_t length) {
+    uint32_t word = length << 24;
+    for (unsigned i = 0; i < 3; i++) word |= static_cast<uint32_t>(name[i]) << (8 * i);
+    return word;
+}
 
-// Items that are printed word by word. The tag holds the data length in bytes in its top byte and, from its
-// lowest byte up, the three characters that name the item.
+constexpr uint32_t kNameMask = 0x00FFFFFF;
+constexpr uint32_t kFilmData = tag("215", 216);  // RP 215 data of the usual size
+constexpr uint32_t kFilmDataLength = 215;
+constexpr uint32_t kFilmDataName = tag("215", 0);
+constexpr uint32_t kOtherFilmDataName = tag("216", 0);
+constexpr uint32_t kFirstField = tag("ANF", 0);   // packets of field 1 follow
+constexpr uint32_t kSecondField = tag("ANG", 0);  // packets of field 2 follow
+
+// Items that are printed word by word.
 enum class Kind { hex, decimal, line };
 
 struct Item {
@@ -32,43 +39,44 @@ struct Item {
     const char *labels[4];  // one a data word; none for items that are passed over
 };
 
+// clang-format off
 constexpr Item kItems[] = {
-    {0x04435456, Kind::hex, {" vitc_tc          : "}},
-    {0x04555456, Kind::hex, {" vitc_ub          : "}},
-    {0x04445456, Kind::hex, {" vitc_tc2         : "}},
-    {0x04565456, Kind::hex, {" vitc_ub2         : "}},
-    {0x044C5456, Kind::line, {" vitc_line        : "}},
-    {0x044D5456, Kind::line, {" vitc_line2       : "}},
-    {0x0443544C, Kind::hex, {" ltc_tc           : "}},
-    {0x0455544C, Kind::hex, {" ltc_ub           : "}},
-    {0x04435256, Kind::hex, {" vtr_tc           : "}},
-    {0x04555256, Kind::hex, {" vtr_ub           : "}},
-    {0x04495256, Kind::hex, {" vtrinfo1         : "}},
-    {0x08495256, Kind::hex, {" vtrinfo1         : ", " vtrinfo2         : "}},
-    {0x0C495256, Kind::hex, {" vtrinfo1         : ", " vtrinfo2         : ", " vtrinfo3         : "}},
-    {0x04545256, Kind::hex, {" vtrtick          : "}},
-    {0x04485256, Kind::hex, {" vtrtick_high     : "}},
-    {0x04495047, Kind::hex, {" gpi              : "}},
-    {0x04455945, Kind::decimal, {" eyemode          : "}},
-    {0x08444C46, Kind::hex, {" film_tc          : ", " film_ub          : "}},
-    {0x08454C46, Kind::hex, {" film_tc2         : ", " film_ub2         : "}},
-    {0x08504C46, Kind::hex, {" prod_tc          : ", " prod_ub          : "}},
-    {0x08514C46, Kind::hex, {" prod_tc2         : ", " prod_ub2         : "}},
-    {0x08444641, Kind::hex, {" afilm_tc          : ", " afilm_ub          : "}},
-    {0x08454641, Kind::hex, {" afilm_tc2         : ", " afilm_ub2         : "}},
-    {0x08504641, Kind::hex, {" aprod_tc          : ", " aprod_ub          : "}},
-    {0x08514641, Kind::hex, {" aprod_tc2         : ", " aprod_ub2         : "}},
-    {0x08544C44, Kind::hex, {" dltc_tc          : ", " dltc_ub          : "}},
-    {0x08545644, Kind::hex, {" dvitc_tc         : ", " dvitc_ub         : "}},
-    {0x08555644, Kind::hex, {" dvitc_tc2        : ", " dvitc_ub2        : "}},
-    {0x10485348,
-     Kind::hex,
+    {tag("VTC", 4), Kind::hex, {" vitc_tc          : "}},
+    {tag("VTU", 4), Kind::hex, {" vitc_ub          : "}},
+    {tag("VTD", 4), Kind::hex, {" vitc_tc2         : "}},
+    {tag("VTV", 4), Kind::hex, {" vitc_ub2         : "}},
+    {tag("VTL", 4), Kind::line, {" vitc_line        : "}},
+    {tag("VTM", 4), Kind::line, {" vitc_line2       : "}},
+    {tag("LTC", 4), Kind::hex, {" ltc_tc           : "}},
+    {tag("LTU", 4), Kind::hex, {" ltc_ub           : "}},
+    {tag("VRC", 4), Kind::hex, {" vtr_tc           : "}},
+    {tag("VRU", 4), Kind::hex, {" vtr_ub           : "}},
+    {tag("VRI", 4), Kind::hex, {" vtrinfo1         : "}},
+    {tag("VRI", 8), Kind::hex, {" vtrinfo1         : ", " vtrinfo2         : "}},
+    {tag("VRI", 12), Kind::hex, {" vtrinfo1         : ", " vtrinfo2         : ", " vtrinfo3         : "}},
+    {tag("VRT", 4), Kind::hex, {" vtrtick          : "}},
+    {tag("VRH", 4), Kind::hex, {" vtrtick_high     : "}},
+    {tag("GPI", 4), Kind::hex, {" gpi              : "}},
+    {tag("EYE", 4), Kind::decimal, {" eyemode          : "}},
+    {tag("FLD", 8), Kind::hex, {" film_tc          : ", " film_ub          : "}},
+    {tag("FLE", 8), Kind::hex, {" film_tc2         : ", " film_ub2         : "}},
+    {tag("FLP", 8), Kind::hex, {" prod_tc          : ", " prod_ub          : "}},
+    {tag("FLQ", 8), Kind::hex, {" prod_tc2         : ", " prod_ub2         : "}},
+    {tag("AFD", 8), Kind::hex, {" afilm_tc          : ", " afilm_ub          : "}},
+    {tag("AFE", 8), Kind::hex, {" afilm_tc2         : ", " afilm_ub2         : "}},
+    {tag("AFP", 8), Kind::hex, {" aprod_tc          : ", " aprod_ub          : "}},
+    {tag("AFQ", 8), Kind::hex, {" aprod_tc2         : ", " aprod_ub2         : "}},
+    {tag("DLT", 8), Kind::hex, {" dltc_tc          : ", " dltc_ub          : "}},
+    {tag("DVT", 8), Kind::hex, {" dvitc_tc         : ", " dvitc_ub         : "}},
+    {tag("DVU", 8), Kind::hex, {" dvitc_tc2        : ", " dvitc_ub2        : "}},
+    {tag("HSH", 16), Kind::hex,
      {" hash             : ", " hash             : ", " hash             : ", " hash             : "}},
-    {0x04484354, Kind::hex, {}},
-    {0x044B4354, Kind::hex, {}},
-    {0x08555043, Kind::hex, {}},
-    {0x14585256, Kind::hex, {}},
+    {tag("TCH", 4), Kind::hex, {}},
+    {tag("TCK", 4), Kind::hex, {}},
+    {tag("CPU", 8), Kind::hex, {}},
+    {tag("VRX", 20), Kind::hex, {}},
 };
+// clang-format on
 
 // The words of the header in the byte order that its magic shows.
 struct Words {
@@ -153,25 +161,25 @@ void kelheaderdump(Bytes header, KelHeaderRecord *, int print) {
     const uint32_t end = static_cast<uint32_t>(std::min<uint64_t>(header.size() / 4, kHeaderWords));
     int field = 0;
     for (uint32_t i = 1; i < end;) {
-        const uint32_t tag = words[i++];
-        if (tag == 0) return;
-        const uint32_t length = tag >> 24;
+        const uint32_t item = words[i++];
+        if (item == 0) return;
+        const uint32_t length = item >> 24;
         const uint32_t count = (length + 3) / 4;
         const Data data{words, i, std::min(count, end - i)};
-        if (tag == kFirstField) {
+        if (item == kFirstField) {
             field = 1;
-        } else if (tag == kSecondField) {
+        } else if (item == kSecondField) {
             field = 2;
-        } else if (tag == kFilmData) {
+        } else if (item == kFilmData) {
             print_film_data(" rp215", data, kFilmDataLength);
-        } else if ((tag & kNameMask) == kFilmDataName || (tag & kNameMask) == kOtherFilmDataName) {
+        } else if ((item & kNameMask) == kFilmDataName || (item & kNameMask) == kOtherFilmDataName) {
             print_film_data(" rp215a", data, length);
-        } else if (!print_item(tag, data)) {
-            if (tag & 0x80) {
-                print_ancillary_packet(tag, field, data);
+        } else if (!print_item(item, data)) {
+            if (item & 0x80) {
+                print_ancillary_packet(item, field, data);
             } else {
-                std::printf("kelheaderdump: Unknown %08x/%c%c%c\n", tag, static_cast<char>(tag),
-                            static_cast<char>(tag >> 8), static_cast<char>(tag >> 16));
+                std::printf("kelheaderdump: Unknown %08x/%c%c%c\n", item, static_cast<char>(item),
+                            static_cast<char>(item >> 8), static_cast<char>(item >> 16));
             }
         }
         i += count;

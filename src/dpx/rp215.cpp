@@ -29,68 +29,109 @@ struct Row {
     const char *label;
 };
 
+// clang-format off
 constexpr Row kTemporalRows[] = {
-    {2, 4, Kind::time, " videotc      "},        {6, 4, Kind::hex_number, " videoub      "},
-    {10, 4, Kind::time, " audiotc      "},       {14, 4, Kind::hex_number, " audioub      "},
-    {18, 1, Kind::hex, " audiophase   "},        {19, 1, Kind::hex, " kkmfg        "},
-    {20, 1, Kind::hex, " kkemulsion   "},        {21, 8, Kind::hex, " kk           "},
-    {29, 4, Kind::hex, " inkprefix    "},        {33, 3, Kind::hex, " ink          "},
-    {36, 1, Kind::hex, " pulldown     "},        {37, 1, Kind::hex, " sequence     "},
-    {38, 4, Kind::hex_number, " absframes    "}, {42, 1, Kind::hex, " videoformat  "},
-    {43, 1, Kind::hex, " audiomod     "},        {44, 1, Kind::hex, " filmformat   "},
+    {2, 4, Kind::time, " videotc      "},
+    {6, 4, Kind::hex_number, " videoub      "},
+    {10, 4, Kind::time, " audiotc      "},
+    {14, 4, Kind::hex_number, " audioub      "},
+    {18, 1, Kind::hex, " audiophase   "},
+    {19, 1, Kind::hex, " kkmfg        "},
+    {20, 1, Kind::hex, " kkemulsion   "},
+    {21, 8, Kind::hex, " kk           "},
+    {29, 4, Kind::hex, " inkprefix    "},
+    {33, 3, Kind::hex, " ink          "},
+    {36, 1, Kind::hex, " pulldown     "},
+    {37, 1, Kind::hex, " sequence     "},
+    {38, 4, Kind::hex_number, " absframes    "},
+    {42, 1, Kind::hex, " videoformat  "},
+    {43, 1, Kind::hex, " audiomod     "},
+    {44, 1, Kind::hex, " filmformat   "},
     {45, 1, Kind::hex, " filmrate     "},
 };
 
 constexpr Row kShortTemporalRows[] = {
-    {2, 4, Kind::time, " videotc      "},  {6, 4, Kind::hex_number, " videoub      "},
-    {10, 4, Kind::time, " audiotc      "}, {14, 4, Kind::hex_number, " audioub      "},
-    {18, 1, Kind::hex, " audiophase   "},  {19, 1, Kind::hex, " audiomod     "},
+    {2, 4, Kind::time, " videotc      "},
+    {6, 4, Kind::hex_number, " videoub      "},
+    {10, 4, Kind::time, " audiotc      "},
+    {14, 4, Kind::hex_number, " audioub      "},
+    {18, 1, Kind::hex, " audiophase   "},
+    {19, 1, Kind::hex, " audiomod     "},
 };
 
 constexpr Row kMaterialRows[] = {
-    {2, 4, Kind::hex, " tags         "},   {6, 3, Kind::hex, " flags        "},
-    {9, 4, Kind::text, " equipid      "},  {13, 4, Kind::hex, " proddate     "},
-    {17, 8, Kind::text, " dailyroll    "}, {25, 8, Kind::text, " camroll      "},
-    {33, 8, Kind::text, " soundroll    "}, {41, 8, Kind::text, " labroll      "},
-    {49, 8, Kind::text, " scene        "}, {57, 4, Kind::text, " take         "},
+    {2, 4, Kind::hex, " tags         "},
+    {6, 3, Kind::hex, " flags        "},
+    {9, 4, Kind::text, " equipid      "},
+    {13, 4, Kind::hex, " proddate     "},
+    {17, 8, Kind::text, " dailyroll    "},
+    {25, 8, Kind::text, " camroll      "},
+    {33, 8, Kind::text, " soundroll    "},
+    {41, 8, Kind::text, " labroll      "},
+    {49, 8, Kind::text, " scene        "},
+    {57, 4, Kind::text, " take         "},
     {61, 8, Kind::text, " slate        "},
 };
 
 constexpr Row kShortMaterialRows[] = {
-    {2, 4, Kind::hex, " tags         "},   {6, 2, Kind::hex, " syncmark     "},
-    {8, 4, Kind::hex, " proddate     "},   {12, 8, Kind::text, " camroll      "},
-    {20, 8, Kind::text, " soundroll    "}, {28, 8, Kind::text, " scene        "},
-    {36, 4, Kind::text, " take         "}, {40, 8, Kind::text, " slate        "},
+    {2, 4, Kind::hex, " tags         "},
+    {6, 2, Kind::hex, " syncmark     "},
+    {8, 4, Kind::hex, " proddate     "},
+    {12, 8, Kind::text, " camroll      "},
+    {20, 8, Kind::text, " soundroll    "},
+    {28, 8, Kind::text, " scene        "},
+    {36, 4, Kind::text, " take         "},
+    {40, 8, Kind::text, " slate        "},
 };
 
 constexpr Row kLabelRows[] = {
-    {2, 8, Kind::text, " vtroll       "},   {10, 20, Kind::text, " title        "},
-    {30, 8, Kind::text, " episode      "},  {38, 20, Kind::text, " facility     "},
+    {2, 8, Kind::text, " vtroll       "},
+    {10, 20, Kind::text, " title        "},
+    {30, 8, Kind::text, " episode      "},
+    {38, 20, Kind::text, " facility     "},
     {58, 40, Kind::text, " misc         "},
 };
 
 constexpr Row kShortLabelRows[] = {
-    {2, 20, Kind::text, " title        "}, {22, 8, Kind::text, " episode      "},
-    {30, 4, Kind::text, " crewid       "}, {34, 4, Kind::text, " operatorid   "},
-    {38, 4, Kind::text, " directorid   "}, {42, 4, Kind::text, " producerid   "},
+    {2, 20, Kind::text, " title        "},
+    {22, 8, Kind::text, " episode      "},
+    {30, 4, Kind::text, " crewid       "},
+    {34, 4, Kind::text, " operatorid   "},
+    {38, 4, Kind::text, " directorid   "},
+    {42, 4, Kind::text, " producerid   "},
 };
 
 constexpr Row kCameraRows[] = {
-    {2, 2, Kind::hex, " modelcode    "},        {4, 4, Kind::hex, " serialnumber "},
-    {8, 4, Kind::hex_slash, " framenumber  "},  {12, 1, Kind::hex_slash, " cameraformat "},
-    {13, 1, Kind::hex_slash, " stepshutter  "}, {14, 1, Kind::hex_slash, " mastergain   "},
-    {15, 1, Kind::hex_slash, " ndfilter     "}, {16, 1, Kind::hex_slash, " ccfilter     "},
-    {17, 1, Kind::hex_slash, " gamma        "}, {18, 1, Kind::hex_slash, " presetmatrix "},
-    {19, 1, Kind::hex_slash, " gammatable   "}, {20, 1, Kind::hex_slash, " gammastd     "},
-    {21, 1, Kind::hex_slash, " gammauser    "}, {22, 1, Kind::hex_slash, " lfeframerate "},
-    {23, 1, Kind::hex_slash, " switch1      "}, {24, 1, Kind::hex_slash, " switch2      "},
-    {25, 2, Kind::hex, " whitegain_r  "},       {27, 2, Kind::hex, " whitegain_g  "},
-    {29, 2, Kind::hex, " whitegain_b  "},       {31, 2, Kind::hex, " gammablack   "},
-    {33, 2, Kind::hex, " masterkneept "},       {35, 2, Kind::hex, " masterkneesl "},
-    {37, 2, Kind::hex, " mastergamma  "},       {39, 2, Kind::hex, " detaillevel  "},
-    {41, 2, Kind::hex, " blackmaster  "},       {43, 2, Kind::hex, " blackgain_r  "},
-    {45, 2, Kind::hex, " blackgain_g  "},       {47, 2, Kind::hex, " blackgain_b  "},
+    {2, 2, Kind::hex, " modelcode    "},
+    {4, 4, Kind::hex, " serialnumber "},
+    {8, 4, Kind::hex_slash, " framenumber  "},
+    {12, 1, Kind::hex_slash, " cameraformat "},
+    {13, 1, Kind::hex_slash, " stepshutter  "},
+    {14, 1, Kind::hex_slash, " mastergain   "},
+    {15, 1, Kind::hex_slash, " ndfilter     "},
+    {16, 1, Kind::hex_slash, " ccfilter     "},
+    {17, 1, Kind::hex_slash, " gamma        "},
+    {18, 1, Kind::hex_slash, " presetmatrix "},
+    {19, 1, Kind::hex_slash, " gammatable   "},
+    {20, 1, Kind::hex_slash, " gammastd     "},
+    {21, 1, Kind::hex_slash, " gammauser    "},
+    {22, 1, Kind::hex_slash, " lfeframerate "},
+    {23, 1, Kind::hex_slash, " switch1      "},
+    {24, 1, Kind::hex_slash, " switch2      "},
+    {25, 2, Kind::hex, " whitegain_r  "},
+    {27, 2, Kind::hex, " whitegain_g  "},
+    {29, 2, Kind::hex, " whitegain_b  "},
+    {31, 2, Kind::hex, " gammablack   "},
+    {33, 2, Kind::hex, " masterkneept "},
+    {35, 2, Kind::hex, " masterkneesl "},
+    {37, 2, Kind::hex, " mastergamma  "},
+    {39, 2, Kind::hex, " detaillevel  "},
+    {41, 2, Kind::hex, " blackmaster  "},
+    {43, 2, Kind::hex, " blackgain_r  "},
+    {45, 2, Kind::hex, " blackgain_g  "},
+    {47, 2, Kind::hex, " blackgain_b  "},
 };
+// clang-format on
 
 void print_digits(Bytes packet, const Row &row, const char *between) {
     for (uint64_t i = 0; i < row.size; i++) std::printf("%s%02x", i ? between : "", packet[row.offset + i]);

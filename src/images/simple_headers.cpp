@@ -8,6 +8,7 @@
 
 namespace {
 
+// clang-format off
 // BMP (Windows): the short header of OS/2 1.x, and the info header.
 constexpr FieldRow kBmpFileRows[] = {
     {2, Field::u32, " bfsize:          "},
@@ -21,11 +22,16 @@ constexpr FieldRow kBmpCoreRows[] = {
     {24, Field::u16, "  bitcount:       "},
 };
 constexpr FieldRow kBmpInfoRows[] = {
-    {22, Field::u32, "  height:         "}, {18, Field::u32, "  width:          "},
-    {26, Field::u16, "  planes:         "}, {28, Field::u16, "  bitcount:       "},
-    {30, Field::u32, "  compression:    "}, {34, Field::u32, "  imagesize:      "},
-    {38, Field::u32, "  xpels:          "}, {42, Field::u32, "  ypels:          "},
-    {46, Field::u32, "  clrused:        "}, {50, Field::u32, "  clrimportant:   "},
+    {22, Field::u32, "  height:         "},
+    {18, Field::u32, "  width:          "},
+    {26, Field::u16, "  planes:         "},
+    {28, Field::u16, "  bitcount:       "},
+    {30, Field::u32, "  compression:    "},
+    {34, Field::u32, "  imagesize:      "},
+    {38, Field::u32, "  xpels:          "},
+    {42, Field::u32, "  ypels:          "},
+    {46, Field::u32, "  clrused:        "},
+    {50, Field::u32, "  clrimportant:   "},
 };
 constexpr uint32_t kBmpInfoHeaderSize = 40;
 
@@ -35,10 +41,14 @@ constexpr FieldRow kTgaIdRows[] = {
     {1, Field::u8, " cmap:        "},
 };
 constexpr FieldRow kTgaImageRows[] = {
-    {3, Field::u16, " cmap_index:  "},  {5, Field::u16, " cmap_length: "},
-    {7, Field::u8, " cmap_size:   "},   {8, Field::u16, " xorigin:     "},
-    {10, Field::u16, " yorigin:     "}, {12, Field::u16, " xsize:       "},
-    {14, Field::u16, " ysize:       "}, {16, Field::u8, " depth:       "},
+    {3, Field::u16, " cmap_index:  "},
+    {5, Field::u16, " cmap_length: "},
+    {7, Field::u8, " cmap_size:   "},
+    {8, Field::u16, " xorigin:     "},
+    {10, Field::u16, " yorigin:     "},
+    {12, Field::u16, " xsize:       "},
+    {14, Field::u16, " ysize:       "},
+    {16, Field::u8, " depth:       "},
     {17, Field::u8, " flag:        "},
 };
 constexpr CodeName kTgaTypes[] = {
@@ -50,9 +60,12 @@ constexpr CodeName kTgaTypes[] = {
 
 // SGI image file format.
 constexpr FieldRow kSgiRows[] = {
-    {3, Field::u8, " bpc:             "},   {4, Field::u16, " dimension:       "},
-    {6, Field::u16, " xsize:           "},  {8, Field::u16, " ysize:           "},
-    {10, Field::u16, " channels:        "}, {12, Field::u32, " pixmin:          "},
+    {3, Field::u8, " bpc:             "},
+    {4, Field::u16, " dimension:       "},
+    {6, Field::u16, " xsize:           "},
+    {8, Field::u16, " ysize:           "},
+    {10, Field::u16, " channels:        "},
+    {12, Field::u32, " pixmin:          "},
     {16, Field::u32, " pixmax:          "},
 };
 constexpr FieldRow kSgiColormapRows[] = {{104, Field::u32, " colormap:        "}};
@@ -64,6 +77,7 @@ constexpr FieldRow kSoftimageRows[] = {
     {94, Field::u16, " ysize:         "},
     {100, Field::u16, " fields:        "},
 };
+// clang-format on
 constexpr const char *kSoftimageTypes[] = {"Uncompressed", "Mixed", "RLE"};
 constexpr uint64_t kSoftimageChannels = 104;
 constexpr uint64_t kSoftimageChannelSize = 4;

@@ -34,26 +34,28 @@ struct Head {
 
 // Each test returns whether it recognised the file, which has been dumped then.
 
-bool dump_by_first_word(const Head &head) {
+// Magic numbers that files hold in either byte order.
+bool begins_with(Bytes b, uint32_t magic) { return big32(b) == magic || little32(b) == magic; }
+
+bool dump_by_magic_number(const Head &head) {
+    const Bytes b = head.b;
     char clock[kClockText];
-    switch (little32(head.b)) {
-        case 0xB3010000:
-        case 0xBA010000:
-        case 0x000001B3:
-        case 0x000001BA: mpegdump(head.opts, head.file, 0, clock); return true;
-        case 0x01312F76:
-        case 0x762F3101: exrdump(head.opts, head.file); return true;
-        case 0x342B0E06: mxfdump(head.opts, head.file); return true;
-        case 0x49525241:
-        case 0x41525249: aridump(head.opts, head.file); return true;
-        case 0x58504453:
-        case 0x53445058:
-            dpxdump(head.opts, head.file, head.b, kDetectionSize, head.name, head.range_flag);
-            return true;
-        case 0xD75F2A80:
-        case 0x802A5FD7: cineondump(head.opts, head.b, kDetectionSize); return true;
-        default: return false;
+    if (begins_with(b, 0x000001B3) || begins_with(b, 0x000001BA)) {  // sequence or pack header
+        mpegdump(head.opts, head.file, 0, clock);
+    } else if (begins_with(b, 0x762F3101)) {
+        exrdump(head.opts, head.file);
+    } else if (big32(b) == 0x060E2B34) {  // SMPTE universal label
+        mxfdump(head.opts, head.file);
+    } else if (begins_with(b, 0x41525249)) {  // ARRI
+        aridump(head.opts, head.file);
+    } else if (begins_with(b, 0x53445058)) {  // SDPX
+        dpxdump(head.opts, head.file, b, kDetectionSize, head.name, head.range_flag);
+    } else if (begins_with(b, 0x802A5FD7)) {
+        cineondump(head.opts, b, kDetectionSize);
+    } else {
+        return false;
     }
+    return true;
 }
 
 bool dump_by_leading_text(const Head &head) {
@@ -212,7 +214,7 @@ void dispatch(DumpOptions &opts, std::FILE *file, const char *name, int range_fl
     const uint64_t got = read_fully(fileno(file), buffer, sizeof buffer);
     std::memset(buffer + got, 0, sizeof buffer - got);
     const Head head{opts, file, name, range_flag, Bytes(buffer, sizeof buffer)};
-    if (dump_by_first_word(head) || dump_by_leading_text(head) || dump_by_first_byte(head) ||
+    if (dump_by_magic_number(head) || dump_by_leading_text(head) || dump_by_first_byte(head) ||
         dump_by_extension(head)) {
         return;
     }

@@ -14,13 +14,19 @@ namespace {
 constexpr uint32_t kFirstDynamicTag = 0x8000;
 constexpr uint64_t kLabelSize = 16;
 
+// clang-format off
 // Partition pack, before and after the operational pattern label.
 constexpr FieldRow kPartitionRows[] = {
-    {0, Field::u16, " Major Version      "},    {2, Field::u16, " Minor Version      "},
-    {4, Field::u32, " Alignment          "},    {8, Field::hex64, " ThisPartition      "},
-    {16, Field::hex64, " PreviousPartition  "}, {24, Field::hex64, " FooterPartition    "},
-    {32, Field::s64, " HeaderByteCount    "},   {40, Field::s64, " IndexByteCount     "},
-    {48, Field::u32, " IndexSID           "},   {52, Field::s64, " BodyOffset         "},
+    {0, Field::u16, " Major Version      "},
+    {2, Field::u16, " Minor Version      "},
+    {4, Field::u32, " Alignment          "},
+    {8, Field::hex64, " ThisPartition      "},
+    {16, Field::hex64, " PreviousPartition  "},
+    {24, Field::hex64, " FooterPartition    "},
+    {32, Field::s64, " HeaderByteCount    "},
+    {40, Field::s64, " IndexByteCount     "},
+    {48, Field::u32, " IndexSID           "},
+    {52, Field::s64, " BodyOffset         "},
     {60, Field::u32, " BodySID            "},
 };
 constexpr uint64_t kOperationalPattern = 64;
@@ -28,6 +34,7 @@ constexpr FieldRow kContainerRows[] = {
     {80, Field::u32, " ContainerCount     "},
     {84, Field::u32, " ContainerSize      "},
 };
+// clang-format on
 constexpr uint64_t kContainers = 88;
 
 constexpr uint64_t kPrimerItems = 8;
