@@ -1,6 +1,7 @@
 // The one way in which a dump sees file data.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 

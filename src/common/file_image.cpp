@@ -19,14 +19,6 @@ constexpr uint64_t kPage = 4096;
 
 void Bytes::load(uint64_t offset, uint64_t n) const { image_->require(data_ + offset, n); }
 
-Text text_at(Bytes b, uint64_t offset, uint64_t width) {
-    const Bytes field = b.sub(offset, std::min<uint64_t>(width, INT32_MAX));
-    uint64_t length = 0;
-    while (length < field.size() && field[length] != 0) length++;
-    if (length == 0) return {0, ""};
-    return {static_cast<int>(length), reinterpret_cast<const char *>(field.span(0, length).data())};
-}
-
 FileImage::FileImage(int fd, uint64_t start, uint64_t size, uint32_t block)
     : fd_(fd), start_(start), size_(size), shift_(static_cast<unsigned>(std::countr_zero(block))) {
     if (size_ == 0) return;
@@ -119,6 +111,11 @@ void FileImage::read_run(uint64_t block, uint64_t needed) {
     std::fill_n(present_ + block, run, uint8_t{1});
     runs_.push_back({block, run});
     resident_ += run << shift_;
+}
+
+bool has_buffer(const FileImage &image) {
+    if (!image.ok()) std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
+    return image.ok();
 }
 
 OpenFile open_again(const char *name) {

@@ -89,6 +89,9 @@ class FileWindow {
     uint64_t start_ = 0;
 };
 
+// Whether an image has its buffer; prints "malloc of buffer %d failed" with its size where it has none.
+bool has_buffer(const FileImage &image);
+
 using OpenFile = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
 
 // Opens a file once more by its name; null where that fails. A pipe is not waited for and reads as empty.

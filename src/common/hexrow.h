@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "common/bytes.h"
 #include "common/line_buffer.h"

@@ -99,5 +99,5 @@ uint32_t tiffuint32(Bytes b, int swap) { return swap ? big32(b) : little32(b); }
 float float_of_bits(uint32_t bits) { return std::bit_cast<float>(bits); }
 double double_of_bits(uint64_t bits) { return std::bit_cast<double>(bits); }
 
-char tiffchar(uint32_t byte) { return byte >= 0x20 && byte <= 0x7E ? static_cast<char>(byte) : '.'; }
+char tiffchar(uint32_t byte) { return is_printable(byte) ? static_cast<char>(byte) : '.'; }
 int littleendian() { return std::endian::native == std::endian::little; }

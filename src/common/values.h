@@ -36,5 +36,6 @@ uint32_t tiffuint32(Bytes b, int swap);
 float float_of_bits(uint32_t bits);
 double double_of_bits(uint64_t bits);
 
-char tiffchar(uint32_t byte);  // a byte from 0x20 to 0x7E as itself, any other as "."
+inline bool is_printable(uint32_t byte) { return byte >= 0x20 && byte <= 0x7E; }
+char tiffchar(uint32_t byte);  // a printable byte as itself, any other as "."
 int littleendian();            // 1 on a little-endian host

@@ -1,5 +1,6 @@
 // Cineon 4.5 header. The C before the colon of a label marks a core field.
 #include <cstdio>
+#include <span>
 
 #include "common/field_rows.h"
 #include "common/names.h"

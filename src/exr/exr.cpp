@@ -89,10 +89,7 @@ void printentry(std::string_view type, Bytes value, uint64_t size) {
 
 void exrdump(DumpOptions &, std::FILE *file) {
     FileImage image(file);
-    if (!image.ok()) {
-        std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
-        return;
-    }
+    if (!has_buffer(image)) return;
     const Bytes bytes = image.bytes();
     std::printf("Fileformat:EXR\n");
     for (uint64_t offset = kFirstAttribute; bytes[offset] != 0;) {

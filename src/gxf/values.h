@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "common/bytes.h"
+#include "common/values.h"
 
 inline uint16_t gxfint16(Bytes b, uint64_t offset, bool little) {
     return little ? little16(b, offset) : big16(b, offset);
@@ -18,7 +18,7 @@ inline int32_t gxfint32(Bytes b, uint64_t offset, bool little) {
 inline uint64_t gxfint64(Bytes b, uint64_t offset) { return big64(b, offset); }
 
 // A printable ASCII character as itself, any other byte as "?".
-inline char gxfchar(uint8_t byte) { return byte >= 0x20 && byte <= 0x7E ? static_cast<char>(byte) : '?'; }
+inline char gxfchar(uint8_t byte) { return is_printable(byte) ? static_cast<char>(byte) : '?'; }
 
 // A text of up to n bytes (255 at most) that ends early at a zero byte, bytes that are not printable ASCII as
 // "."; in a buffer of the print ring.

@@ -1,5 +1,6 @@
 // XML in the user data of a UMF description.
 #include "common/line_buffer.h"
+#include "common/values.h"
 #include "gxf/packets.h"
 
 namespace {
@@ -14,7 +15,7 @@ struct XmlLine {
     bool closing_tag = false;
 
     void add(uint16_t unit) {
-        if (unit >= 0x20 && unit <= 0x7E && length < sizeof text) text[length++] = static_cast<char>(unit);
+        if (is_printable(unit) && length < sizeof text) text[length++] = static_cast<char>(unit);
     }
     void clear() {
         length = 0;

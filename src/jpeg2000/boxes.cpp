@@ -126,10 +126,7 @@ void jp2_hexdump(Bytes buf, uint64_t offset, uint64_t length) {
 
 void jp2dump(DumpOptions &, std::FILE *file) {
     FileImage image(file);
-    if (!image.ok()) {
-        std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
-        return;
-    }
+    if (!has_buffer(image)) return;
     const Bytes buf = image.bytes();
     std::printf("Fileformat:JP2\n");
     begin_file();

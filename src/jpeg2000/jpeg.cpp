@@ -170,10 +170,7 @@ uint64_t jpegentry(DumpOptions &opts, Bytes buf, uint64_t offset, Budget &budget
 
 void jpgdump(DumpOptions &opts, std::FILE *file) {
     FileImage image(file);
-    if (!image.ok()) {
-        std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
-        return;
-    }
+    if (!has_buffer(image)) return;
     const Bytes buf = image.bytes();
     Budget budget(buf.size());
     std::printf("Fileformat:JPEG\n");

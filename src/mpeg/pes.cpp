@@ -1,4 +1,5 @@
 // PES packet headers (ISO/IEC 13818-1, 2.4.3.6).
+#include "common/values.h"
 #include "mpeg/headers.h"
 
 namespace {
@@ -95,7 +96,7 @@ void print_extension_field(mpeg_reader &reader) {
     const uint32_t length = print_bits(reader, "  fieldlen        ", 7);
     for (uint32_t i = 0; i < length; i++) {
         const uint32_t byte = mpegbits(reader, 8);
-        if (byte >= 0x20 && byte <= 0x7E) {
+        if (is_printable(byte)) {
             std::printf("  reserved        %02x %c\n", byte, static_cast<char>(byte));
         } else {
             std::printf("  reserved        %02x\n", byte);

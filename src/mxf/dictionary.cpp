@@ -74,7 +74,7 @@ int printidentifier(DumpOptions &opts, Bytes ul) {
     if (printrp224(ul)) return 1;
     const rp210_entry *row = mxf_find_rp210(opts, ul, 0);
     if (!row) return 0;
-    std::printf(row->type == 0 ? "RP210/Node/%s" : "RP210/%s", row->name);
+    std::printf(row->kind == ValueKind::node ? "RP210/Node/%s" : "RP210/%s", row->name);
     return 1;
 }
 

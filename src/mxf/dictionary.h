@@ -6,12 +6,13 @@
 
 #include "common/bytes.h"
 #include "main/dump_options.h"
+#include "mxf/value_kind.h"
 
 struct rp210_entry {
     uint8_t ul[16];
     uint32_t local_tag;  // static local tag, 0 for none
     const char *name;
-    uint32_t type;    // how the value is printed, see value.h
+    ValueKind kind;
     uint32_t length;  // of the value in bytes, 0 where it varies
 };
 

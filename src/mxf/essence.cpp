@@ -143,7 +143,7 @@ void print_content_package(DumpOptions &opts, Bytes buffer, uint64_t start) {
     std::printf("   Channel Handle %02x\n", mxfuint16(value.from(3)));
     std::printf("   Continty Count %04x\n", mxfuint16(value.from(5)));
     if (bitmap & 0x40) {
-        mxf_print_rp210data(opts, buffer, start + 7, 16, static_cast<uint32_t>(ValueKind::universal_label));
+        mxf_print_rp210data(opts, buffer, start + 7, 16, ValueKind::universal_label);
     } else {
         mxf_check_for_zero(opts, buffer, start + 7, 16);
     }

@@ -12,12 +12,11 @@
 
 namespace {
 
-constexpr uint32_t kHexBlock = 1;  // value kind of tags that nothing is known of
 constexpr size_t kMaxString = 127;
 
 struct mxf_label_node {
     const char *name;
-    uint32_t type;
+    ValueKind kind;
 };
 
 using Guid = std::array<uint8_t, 16>;
@@ -42,23 +41,20 @@ Guid guid_at(Bytes bytes) {
 
 }  // namespace
 
-const char *mxffindlabel(DumpOptions &, uint32_t local_tag, uint32_t *type) {
-    const char *name = "unknown";
-    uint32_t kind = kHexBlock;
+const char *mxffindlabel(DumpOptions &, uint32_t local_tag, ValueKind *kind) {
+    mxf_label_node node{"unknown", ValueKind::unknown};
     const auto declared = registry().plabels.find(local_tag);
     if (declared != registry().plabels.end()) {
-        name = declared->second.name;
-        kind = declared->second.type;
+        node = declared->second;
     } else if (const rp210_entry *row = local_tag ? find_rp210_tag(local_tag) : nullptr) {
-        name = row->name;
-        kind = row->type;
+        node = {row->name, row->kind};
     }
-    if (type) *type = kind;
-    return name;
+    if (kind) *kind = node.kind;
+    return node.name;
 }
 
-void mxfaddlabel(DumpOptions &, uint32_t local_tag, const char *name, uint32_t type) {
-    registry().plabels[local_tag] = {name, type};
+void mxfaddlabel(DumpOptions &, uint32_t local_tag, const char *name, ValueKind kind) {
+    registry().plabels[local_tag] = {name, kind};
 }
 
 const char *addmxfstring(const char *text) {

@@ -6,6 +6,7 @@
 
 #include "common/bytes.h"
 #include "main/dump_options.h"
+#include "mxf/value_kind.h"
 
 // A set's instance UID with the name that references to it print.
 struct mxf_guid_node {
@@ -13,12 +14,12 @@ struct mxf_guid_node {
     char text[64];
 };
 
-// The name of a local tag and, through `type`, its value kind: as the file declared it last, else by RP 210,
+// The name of a local tag and, through `kind`, its value kind: as the file declared it last, else by RP 210,
 // else "unknown" (a hex block).
-const char *mxffindlabel(DumpOptions &opts, uint32_t local_tag, uint32_t *type);
+const char *mxffindlabel(DumpOptions &opts, uint32_t local_tag, ValueKind *kind);
 
 // Declares a local tag. The name must last.
-void mxfaddlabel(DumpOptions &opts, uint32_t local_tag, const char *name, uint32_t type);
+void mxfaddlabel(DumpOptions &opts, uint32_t local_tag, const char *name, ValueKind kind);
 
 // A lasting copy of a text, cut at 127 characters.
 const char *addmxfstring(const char *text);

@@ -85,7 +85,7 @@ const char *mxf_metadata_key_define(DumpOptions &opts, bool is_object, Bytes buf
     if (!has_name) return "unknown";
     const char *name = addmxfstring(text);
     if (opts.mxf_first_pass && !is_object && local_tag && identification) {
-        mxfaddlabel(opts, local_tag, name, static_cast<uint32_t>(ValueKind::unknown));
+        mxfaddlabel(opts, local_tag, name, ValueKind::unknown);
     }
     return name;
 }

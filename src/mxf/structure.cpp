@@ -69,7 +69,7 @@ void print_primer_item(DumpOptions &opts, Bytes buffer, uint64_t offset) {
                  tag, u[0], u[1], u[2], u[3], u[4], u[5], u[6], u[7], u[8], u[9], u[10], u[11], u[12], u[13],
                  u[14], u[15]);
     } else if (const rp210_entry *row = mxf_find_rp210(opts, u, 0)) {
-        mxfaddlabel(opts, tag, row->name, row->type);
+        mxfaddlabel(opts, tag, row->name, row->kind);
         print_primer_tag(opts, tag, u);
         std::printf("%s\n", row->name);
         if (!dynamic && row->local_tag && row->local_tag != tag) {
@@ -79,7 +79,7 @@ void print_primer_item(DumpOptions &opts, Bytes buffer, uint64_t offset) {
     } else if (dynamic) {
         print_primer_tag(opts, tag, u);
         const mxf_guid_node *set = mxf_guid_find(opts, u);
-        if (set) mxfaddlabel(opts, tag, addmxfstring(set->text), static_cast<uint32_t>(ValueKind::unknown));
+        if (set) mxfaddlabel(opts, tag, addmxfstring(set->text), ValueKind::unknown);
         std::printf("%s\n", set ? set->text : "UNKNOWN");
     } else {
         mxferror(opts, buffer, at, "mxf_primer_pack - label not found");
@@ -88,39 +88,6 @@ void print_primer_item(DumpOptions &opts, Bytes buffer, uint64_t offset) {
 }
 
 }  // namespace
-
-ItemValue read_item_length(DumpOptions &opts, Bytes buffer, uint64_t offset) {
-    uint32_t header = kKeySize;
-    const uint64_t length = mxfber(opts, buffer, offset + kKeySize, &header);
-    return {offset + header, static_cast<int32_t>(length)};
-}
-
-void print_length_line(DumpOptions &opts, uint64_t file_position, const ItemValue &value, const char *label) {
-    std::printf("%s0x%08x", label, static_cast<uint32_t>(value.length));
-    if (!opts.mxf_flag_c) std::printf(" (until 0x%08x)", static_cast<uint32_t>(file_position + value.end()));
-    std::printf("\n");
-}
-
-ItemValue print_length_line(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
-                            const char *label) {
-    const ItemValue value = read_item_length(opts, buffer, offset);
-    print_length_line(opts, file_position, value, label);
-    return value;
-}
-
-void print_local_set(DumpOptions &opts, Bytes buffer, const ItemValue &value) {
-    const uint64_t end = std::min(value.end(), buffer.size());
-    begin_values(buffer.size());
-    for (uint64_t at = value.start; at < end;) {
-        const uint32_t tag = static_cast<uint32_t>(mxfuint16(buffer.from(at)));
-        const uint32_t length = static_cast<uint32_t>(mxfuint16(buffer.from(at + 2)));
-        uint32_t kind = 0;
-        const char *name = mxffindlabel(opts, tag, &kind);
-        std::printf("  Tag %04x/%d %s\n", tag, length, name);
-        mxf_print_rp210data(opts, buffer, at + 4, length, kind);
-        at += 4 + uint64_t{length};
-    }
-}
 
 uint64_t mxf_partition_header(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
                               const char *name) {

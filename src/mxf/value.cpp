@@ -216,12 +216,10 @@ void print_array(DumpOptions &opts, Bytes buffer, uint64_t offset, ValueKind kin
 
 void begin_values(uint64_t set_size) { element_bytes_left = 4 * set_size; }
 
-void mxf_print_rp210data(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t length, uint32_t kind) {
+void mxf_print_rp210data(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t length, ValueKind kind) {
     const Bytes value = buffer.from(offset);
-    const auto array = [&](const char *title) {
-        print_array(opts, buffer, offset, static_cast<ValueKind>(kind), title);
-    };
-    switch (static_cast<ValueKind>(kind)) {
+    const auto array = [&](const char *title) { print_array(opts, buffer, offset, kind, title); };
+    switch (kind) {
         case ValueKind::node: std::printf("   Node\n"); break;
         case ValueKind::unknown: print_unknown(value, length); break;
         case ValueKind::ascii: print_text("Ascii", value, length, 1); break;

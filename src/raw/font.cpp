@@ -90,10 +90,7 @@ void print_glyphs(Bytes font) {
 
 void fontdump(DumpOptions &, std::FILE *file) {
     FileImage image(file);
-    if (!image.ok()) {
-        std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
-        return;
-    }
+    if (!has_buffer(image)) return;
     print_header(image.bytes());
     print_glyphs(image.bytes());
 }

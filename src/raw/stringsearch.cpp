@@ -1,5 +1,6 @@
 #include <cstring>
 #include <memory>
+#include <span>
 
 #include "common/file_image.h"
 #include "common/line_buffer.h"

@@ -100,10 +100,7 @@ void dumpfile(DumpOptions &opts, std::FILE *file) {
         size = kMaxSize;
     }
     FileImage image(file, 0, size);
-    if (!image.ok()) {
-        std::printf("malloc of buffer %d failed\n", static_cast<int>(size));
-        return;
-    }
+    if (!has_buffer(image)) return;
     const Bytes text = image.bytes();
     const Mark mark = find_mark(text);
     if (mark.name) std::printf("Fileformat: %s\n", mark.name);

@@ -22,7 +22,7 @@ const char *redstring(int most, Bytes b, uint64_t offset) {
     size_t n = 0;
     for (const uint8_t byte : value_span(most, b, offset)) {
         if (byte == 0) break;
-        text[n++] = byte >= 0x20 && byte <= 0x7E ? static_cast<char>(byte) : '?';
+        text[n++] = is_printable(byte) ? static_cast<char>(byte) : '?';
     }
     text[n] = '\0';
     return text;

@@ -158,10 +158,7 @@ void tiffdumpifd(DumpOptions &opts, Bytes base, uint32_t ifd_offset, int big_end
 
 void tiffdump(DumpOptions &opts, std::FILE *file) {
     FileImage image(file);
-    if (!image.ok()) {
-        std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
-        return;
-    }
+    if (!has_buffer(image)) return;
     const Bytes bytes = image.bytes();
     const uint32_t fileid = tiffuint16(bytes, 0);
     const int big_endian = fileid == kBigEndianId;

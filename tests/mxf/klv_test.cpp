@@ -97,7 +97,7 @@ TEST(Dictionary, TheRegistersAsPublished) {
     EXPECT_STREQ(rp210[2194].name, "Legacy (315M)");
     EXPECT_STREQ(rp224[0].name, "SMPTE LABELS");
     size_t nodes = 0;
-    for (size_t i = 0; i < rp210_count; i++) nodes += rp210[i].type == 0;
+    for (size_t i = 0; i < rp210_count; i++) nodes += rp210[i].kind == ValueKind::node;
     EXPECT_EQ(nodes, 537U);
     EXPECT_STREQ(find_rp210_tag(0x3C0A)->name, "GUID");
     EXPECT_STREQ(find_rp210_tag(0x3B09)->name, "Operational Pattern UL");

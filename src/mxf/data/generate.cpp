@@ -16,7 +16,7 @@ namespace {
 struct Row {
     std::string ul;  // 16 bytes
     unsigned long local_tag = 0;
-    unsigned long type = 0;
+    unsigned long kind = 0;
     unsigned long length = 0;
     std::string name;
 };
@@ -59,7 +59,7 @@ std::vector<Row> read(const char *path, size_t column_count) {
         row.name = c.back();
         if (column_count == 5) {
             row.local_tag = std::stoul(c[1], nullptr, 16);
-            row.type = std::stoul(c[2]);
+            row.kind = std::stoul(c[2]);
             row.length = std::stoul(c[3]);
         }
         rows.push_back(row);
@@ -120,8 +120,8 @@ int main(int argc, char **argv) {
         if (row.local_tag) tagged.push_back(static_cast<uint16_t>(i));
         std::fprintf(out, "    {");
         write_ul(out, row.ul);
-        std::fprintf(out, ", 0x%lX, %s, %lu, %lu},\n", row.local_tag, literal(row.name).c_str(), row.type,
-                     row.length);
+        std::fprintf(out, ", 0x%lX, %s, ValueKind{%lu}, %lu},\n", row.local_tag, literal(row.name).c_str(),
+                     row.kind, row.length);
     }
     std::fprintf(out, "};\nconst size_t rp210_count = %zu;\n", rp210.size());
     write_index(out, "rp210_by_label", all(rp210.size()),
