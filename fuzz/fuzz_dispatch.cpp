@@ -2,7 +2,6 @@
 // file. docs/fuzzing.md has the commands.
 #include <unistd.h>
 
-#include <csetjmp>
 #include <cstdint>
 #include <cstdio>
 #include <string>
@@ -21,7 +20,7 @@ void set_switches(DumpOptions &opts, unsigned choice) {
     opts.mxf_flag_l = static_cast<int32_t>(choice >> 4 & 1);
 }
 
-std::jmp_buf end_of_dump;
+struct EndOfDump {};
 bool dumping = false;
 
 }  // namespace
@@ -29,7 +28,7 @@ bool dumping = false;
 // The two places where a dump ends the program end the dump here (linked with --wrap=exit).
 extern "C" [[noreturn]] void __real_exit(int status);
 extern "C" [[noreturn]] void __wrap_exit(int status) {
-    if (dumping) std::longjmp(end_of_dump, 1);
+    if (dumping) throw EndOfDump();
     __real_exit(status);
 }
 
@@ -46,7 +45,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     DumpOptions opts{};
     set_switches(opts, data[0]);
     dumping = true;
-    if (setjmp(end_of_dump) == 0) dispatch(opts, file, name.c_str(), 0);
+    try {
+        dispatch(opts, file, name.c_str(), 0);
+    } catch (const EndOfDump &) {
+    }
     dumping = false;
     mxffreedata();
     std::fclose(file);

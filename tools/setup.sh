@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Sourced by run and check: finds or installs what a build needs.
 
 # need PACKAGE... installs Debian packages, or says in one line what to install and ends the script.

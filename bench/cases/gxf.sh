@@ -3,10 +3,7 @@
     printf '\0\0\0\0\1\xbf\0\1\0\0\0\0\0\0\xe1\xe2\x0c\0'
     head -c 65518 /dev/zero
 } >"$WORK/media.gxf"
-for i in {1..14}; do
-    cat "$WORK/media.gxf" "$WORK/media.gxf" >"$WORK/twice.gxf"
-    mv "$WORK/twice.gxf" "$WORK/media.gxf"
-done
+double "$WORK/media.gxf" 14
 timed 'GXF media packets, 1 GiB' 1024 MiB "$KELDUMP $WORK/media.gxf" "cat $WORK/media.gxf"
 bytes_read 'GXF media packets, 1 GiB' "$KELDUMP $WORK/media.gxf"
 rm -f "$WORK/media.gxf"

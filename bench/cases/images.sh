@@ -1,5 +1,4 @@
 # Still images: a PNG, an OpenEXR and an ARRI frame whose picture data is huge.
-be32() { printf '%b' "$(printf '\\x%02x' $(($1 >> 24 & 255)) $(($1 >> 16 & 255)) $(($1 >> 8 & 255)) $(($1 & 255)))"; }
 png_chunk() { (be32 "$2" && printf '%s' "$3") | dd of="$WORK/huge.png" bs=1 seek="$1" conv=notrunc status=none; }
 # Two chunks of picture data in 4 GB, and the last chunk behind them.
 cp "$root/samples/images/ffmpeg.png" "$WORK/huge.png"
@@ -13,8 +12,8 @@ timed 'PNG, 4 GB in two chunks' 1 files "$KELDUMP $WORK/huge.png" "head -c 16384
 # 64 MiB in chunks of 8 KiB, as encoders write them.
 head -c 8192 /dev/zero >"$WORK/data"
 { be32 8192 && printf IDAT && cat "$WORK/data" && be32 0; } >"$WORK/chunk"
-for i in 1 2 3 4 5 6 7 8; do cat "$WORK/chunk" "$WORK/chunk" >"$WORK/twice" && mv "$WORK/twice" "$WORK/chunk"; done
-{ head -c 54 "$WORK/huge.png" && for i in {1..32}; do cat "$WORK/chunk"; done; } >"$WORK/many.png"
+double "$WORK/chunk" 13
+{ head -c 54 "$WORK/huge.png" && cat "$WORK/chunk"; } >"$WORK/many.png"
 bytes_read 'PNG, 64 MiB in chunks of 8 KiB' "$KELDUMP $WORK/many.png"
 timed 'PNG, 64 MiB in chunks of 8 KiB' 8192 chunks "$KELDUMP $WORK/many.png" "cat $WORK/many.png"
 cp "$root/samples/exr/uncompressed.exr" "$WORK/huge.exr"

@@ -2,11 +2,7 @@
 repeat() { # FILE BYTES: the file again and again up to a size
     local size
     cp "$1" "$WORK/part"
-    size=$(stat -c %s "$WORK/part")
-    while ((size < 64000000)); do
-        cat "$WORK/part" "$WORK/part" >"$WORK/part2" && mv "$WORK/part2" "$WORK/part"
-        size=$((size * 2))
-    done
+    while size=$(stat -c %s "$WORK/part") && ((size < 64000000)); do double "$WORK/part" 1; done
     while ((size < $2)); do
         cat "$WORK/part"
         set -- "$1" $(($2 - size))

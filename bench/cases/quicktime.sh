@@ -1,5 +1,4 @@
 # QuickTime: long sample tables, and a movie whose media data is far larger than its header.
-be32() { printf "\\x$(printf '%08x' "$1" | sed 's/../&\\x/g; s/\\x$//')"; }
 box() { be32 $(($2 + 8)) && printf '%s' "$1"; } # box TYPE PAYLOAD_SIZE: an atom's header
 entries=1000000
 head -c $((8 * entries)) /dev/urandom >"$WORK/entries"

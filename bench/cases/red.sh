@@ -1,10 +1,7 @@
 # R3D version 2: a header and 4,096 frames of 256 KiB.
 frame() { printf '\0\4\0\0%s' "$1" && head -c 262136 /dev/zero; }
 frame RDI1 >"$WORK/frames.r3d"
-for i in {1..12}; do
-    cat "$WORK/frames.r3d" "$WORK/frames.r3d" >"$WORK/twice.r3d"
-    mv "$WORK/twice.r3d" "$WORK/frames.r3d"
-done
+double "$WORK/frames.r3d" 12
 {
     printf '\0\0\20\0RED2' && head -c 4088 /dev/zero
     cat "$WORK/frames.r3d"

@@ -11,7 +11,7 @@ tone -c:a pcm_s16le -write_bext 1 -metadata description='harbour, take 1' -metad
     -metadata time_reference=172800000 broadcast.wav
 tone -c:a pcm_s16le -rf64 always large.wav
 tone -c:a pcm_s24be stereo24.aiff
-tone -c:a pcm_s16le sowt.aifc 2>/dev/null || tone -c:a pcm_s16be -f aiff plain.aifc
+tone -c:a pcm_s16le sowt.aifc
 sox -D -r 48000 -n -c 1 -b 16 mono16.aiff synth 0.01 sine 440
 ffmpeg -v error -y -f lavfi -i testsrc=size=32x24:rate=25 -f lavfi -i sine=440:r=48000 -t 0.08 -c:v mjpeg -c:a pcm_s16le \
     -fflags +bitexact -flags +bitexact picture.avi

@@ -1,4 +1,4 @@
-// Value readers, field renderers and the print-buffer ring.
+// Header values as numbers and as text.
 #pragma once
 
 #include <cstdint>

@@ -1,9 +1,10 @@
-// OpenEXR images.
+// OpenEXR images (OpenEXR file layout, version 2).
 #pragma once
 
 #include <cstdio>
 
 #include "main/dump_options.h"
 
-// The attributes of the header with their values.
+// The attributes of the header: offset, name, type, size in bytes and value. A cut value shows what the file
+// holds of it and ends the list.
 void exrdump(DumpOptions &opts, std::FILE *file);

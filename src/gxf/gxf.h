@@ -5,5 +5,6 @@
 
 #include "main/dump_options.h"
 
-// Every packet of the file with the fields of map, media, field locator and UMF packets.
+// Every packet of the file with the fields of map, media, field locator and UMF packets; offsets in bytes,
+// durations in fields. A packet that the file's end cuts shows what there is of it.
 void gxfdump(DumpOptions &opts, std::FILE *file);

@@ -6,21 +6,26 @@
 #include "common/bytes.h"
 #include "main/dump_options.h"
 
-// Headers taken from the first bytes of the file; fields beyond a short file are 0.
-void bmpdump(DumpOptions &opts, Bytes header);
-void tgadump(DumpOptions &opts, Bytes header);
-void sgidump(DumpOptions &opts, Bytes header);
-void softdump(DumpOptions &opts, Bytes header);
-void exedump(Bytes header);
+// Headers that lie in the first bytes of the file, which `header` holds; fields beyond a short file are 0.
+void bmpdump(DumpOptions &opts, Bytes header);   // Windows and OS/2 bitmap, sizes in pixels and bytes
+void tgadump(DumpOptions &opts, Bytes header);   // Truevision TGA 2.0, without its footer
+void sgidump(DumpOptions &opts, Bytes header);   // SGI image file format 1.0
+void softdump(DumpOptions &opts, Bytes header);  // Softimage PIC with its channel packets
+void exedump(Bytes header);                      // COFF header of a Windows PE image
 
-void ppmdump(DumpOptions &opts, std::FILE *file);  // PBM, PGM and PPM, plain and raw
-void pngdump(DumpOptions &opts, std::FILE *file);  // chunks but IDAT; with -v their data in hexadecimal
-void mngdump(DumpOptions &opts, std::FILE *file);  // names the format only
+// Netpbm headers (PBM, PGM and PPM, plain and raw): the two header lines; numbers that are missing are 0.
+void ppmdump(DumpOptions &opts, std::FILE *file);
 
-// The raster guessed from the size of a file that holds nothing but 4:2:2 samples.
+// Chunks of a PNG file (ISO/IEC 15948) but IDAT, with -v their first bytes in hexadecimal. Ends with the
+// chunk that the file's end cuts. Of an MNG file only the format is named.
+void pngdump(DumpOptions &opts, std::FILE *file);
+void mngdump(DumpOptions &opts, std::FILE *file);
+
+// The raster in pixels guessed from the size of a file that holds nothing but 4:2:2 samples of 8, 10 or 16
+// bits.
 void yuvdump(DumpOptions &opts, std::FILE *file);
 void yuv10dump(DumpOptions &opts, std::FILE *file);
 void yuv16dump(DumpOptions &opts, std::FILE *file);
 
-// Header of an ARRI raw frame; nothing for a file below 4096 bytes.
+// The 4096-byte header of an ARRI raw frame; nothing for a shorter file.
 void aridump(DumpOptions &opts, std::FILE *file);

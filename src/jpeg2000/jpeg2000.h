@@ -5,6 +5,13 @@
 
 #include "main/dump_options.h"
 
-void jp2dump(DumpOptions &opts, std::FILE *file);                   // boxes of a JP2 file
-void jpcdump(DumpOptions &opts, std::FILE *file, int skip_prefix);  // markers of a bare codestream
-void jpgdump(DumpOptions &opts, std::FILE *file);                   // JPEG markers up to the first scan
+// Boxes of a JP2 file with offsets and lengths in bytes, and the markers of its codestream. "ERROR during
+// decoding" when a length leads beyond the file.
+void jp2dump(DumpOptions &opts, std::FILE *file);
+
+// Marker segments of a bare codestream, after a 16-byte prefix where `skip_prefix` is set; tile data is jumped
+// over. A segment that the file's end cuts shows zeros and ends the dump.
+void jpcdump(DumpOptions &opts, std::FILE *file, int skip_prefix);
+
+// JPEG marker segments up to the first scan, with EXIF directories; a cut segment shows zeros.
+void jpgdump(DumpOptions &opts, std::FILE *file);

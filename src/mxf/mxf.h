@@ -5,5 +5,6 @@
 
 #include "main/dump_options.h"
 
-// Every KLV item of the file with its fields; the names that references point to are collected first.
+// Every KLV item of the file with its byte position and fields; the names that references point to are
+// collected first. The last item of a cut file is dumped as far as it goes, zeros behind it.
 void mxfdump(DumpOptions &opts, std::FILE *file);

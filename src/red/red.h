@@ -5,6 +5,7 @@
 
 #include "main/dump_options.h"
 
-// Chunks and metadata records of a version 1 or version 2 file.
+// Chunks with offsets and sizes in bytes, and metadata records, of a version 1 or version 2 file; with -v
+// every record found in the frames. The walk ends with the file.
 void reddumpv1(DumpOptions &opts, std::FILE *file);
 void reddumpv2(DumpOptions &opts, std::FILE *file);
