@@ -107,7 +107,8 @@ TEST(AudioSamples, BigEndianInAiff) {
         const std::string sound =
             big().text("SSND").u32(8 + samples.size()).u32(offset).u32(0).raw(samples).str();
         const std::string body = "AIFF" + common + sound;
-        return lines_from(dump_of(big().text("FORM").u32(body.size()).raw(body).str(), "a.aif", {view}), "PTR");
+        return lines_from(dump_of(big().text("FORM").u32(body.size()).raw(body).str(), "a.aif", {view}),
+                          "PTR");
     };
     const std::string samples = interleaved({carrying(packet())}, big());
     EXPECT_EQ(dump(1, 129, 16, samples, "-t"), "PTR 00000036\n0.000000 01020304/42 \n");

@@ -2,9 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "common/hexrow.h"
+#include "common/line_buffer.h"
 #include "common/name_pattern.h"
-#include "common/names.h"
 
 TEST(Values, UndefinedValuesAreEmptyText) {
     EXPECT_STREQ(checkuint8(0xFF), "");
@@ -56,15 +55,6 @@ TEST(Values, ByteOrders) {
     EXPECT_EQ(tiffchar(0x7F), '.');
 }
 
-TEST(Names, CodesBeyondATable) {
-    constexpr const char *table[] = {"zero", "one"};
-    constexpr CodeName rows[] = {{7, "seven"}, {7, "again"}, {9, "nine"}};
-    EXPECT_STREQ(name_at(table, 1), "one");
-    EXPECT_STREQ(name_at(table, 2), "");
-    EXPECT_STREQ(name_of(rows, 7), "seven");
-    EXPECT_STREQ(name_of(rows, 8, "?"), "?");
-}
-
 TEST(NamePattern, OneIntegerConversionAtMost) {
     for (const char *good : {"plain", "f%d", "f%05d.jpc", "100%%_%X", "%-+ #08.003u", "%999i", "%.o", ""}) {
         EXPECT_TRUE(valid_name_pattern(good)) << good;
@@ -78,27 +68,15 @@ TEST(NamePattern, OneIntegerConversionAtMost) {
     EXPECT_STREQ(name, "f-001.d");
 }
 
-TEST(HexRow, ParametersOfTheFamilies) {
+TEST(LineBuffer, ExtremesAndLongFills) {
     testing::internal::CaptureStdout();
     {
         LineBuffer out;
-        const Bytes bytes(
-            "A \x7F"
-            "0123456789abcdef",
-            19);
-        put_hexrows(out, bytes, {.gap = " : "}, [](LineBuffer &line, uint64_t i) { line.hex(i, 16, ' '); });
-        put_hexrow(out, bytes.span(0, 3), {.columns = 4, .first_printable = 0x21, .after_character = " "});
-        put_hexrow(out, bytes.span(0, 3), {.padded = false, .characters = false});
         out.signed_decimal(INT64_MIN);
         out.decimal(7, 4);
         out.upper_hex(0xBEEF);
         out.fill('-', 10000);
     }
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "               041 20 7f 30 31 32 33 34 35 36 37 38 39 61 62 63  : A .0123456789abc\n"
-              "              1064 65 66                                         : def\n"
-              "41 20 7f    A . . \n"
-              "41 20 7f \n"
-              "-9223372036854775808   7BEEF" +
-                  std::string(10000, '-'));
+              "-9223372036854775808   7BEEF" + std::string(10000, '-'));
 }

@@ -42,9 +42,6 @@ TEST(Rp215, Values) {
 
 TEST(Rp215, TemporalPackets) {
     Transcript transcript;
-    const std::string codes =
-        " videotc      02:03:04:05\n videoub      06070809 (101124105)\n audiotc      0a:0b:0c:0d\n"
-        " audioub      0e0f1011 (235868177)\n audiophase   12\n";
     SHOW(dump_of_packets(packet(0x10, 44) + packet(0x12, 18)));
 }
 

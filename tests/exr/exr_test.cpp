@@ -31,7 +31,6 @@ TEST(Exr, EveryKindOfAttribute) {
     add(w, "r", "rational", little().u32(24).u32(1).str());
     add(w, "full rows", "opaque", std::string(32, '\x7F'));
     w.u8(0).text("pixels");
-    const std::string row = "7f 7f 7f 7f 7f 7f 7f 7f 7f 7f 7f 7f 7f 7f 7f 7f \n";
     SHOW(dump_of(w.str()));
 }
 

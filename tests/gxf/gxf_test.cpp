@@ -121,20 +121,6 @@ ByteWriter description(ByteWriter::Order order, uint32_t user_size) {
     return umf.at(248);
 }
 
-const std::string kDescription =
-    "  Payload Description\n   size          1000\n   version       3\n   tracks        127\n"
-    "   trackoffset   104\n   tracksize     8\n   segments      2\n   mediaoffset   112\n"
-    "   mediasize     136\n   useroffset    248\n   usersize      752\n Material Description\n"
-    "  flags         f0000001\n  maxlength     500\n  minlength     -1\n  markin        1\n"
-    "  markout       2\n  tcmarkin      00000010\n  tcmarkout     00000020\n  modifiedmsb   0000000a\n"
-    "  modifiedlsb   0000000b\n  audiotracks   4\n  tctracks      1\n  videotracks   2\n"
-    " Track Description\n  track       M1 MPEG2 SD Video\n  segments    7\n  track       z? ?\n"
-    "  segments    8\n Media Description\n  length      136\n  trackinfo   2\n  sequenceno  3\n"
-    "  fieldcnt    50\n  markin      5\n  markout     6\n  filename    'clip.name'\n  type        4\n"
-    "  sampling    25\n  size        -2\n User Data\n  length      600\n  position    1\n  trackno     2\n"
-    "  seqno       262149\n  userkey     327684\n  length      0\n  position    0\n  trackno     0\n"
-    "  seqno       0\n  userkey     0\n";
-
 TEST(Umf, DescriptionInBothByteOrders) {
     Transcript transcript;
     // The sequence number and the user key share two bytes.

@@ -211,7 +211,6 @@ TEST(TransportStream, Packets) {
     Transcript transcript;
     const std::string plain = ts_packet(0x100, "", 0xAA);
     const std::string rest = ts_packet(0, "", 0) + ts_packet(0, "", 0) + ts_packet(0, "", 0);
-    const std::string aa = " aa aa aa aa aa aa aa aa aa aa aa aa aa aa aa aa\n";
     const auto first = [&](const std::string &packets, size_t lines) {
         return lines_from(dump_of(plain + packets + rest), "000000c0", lines);
     };

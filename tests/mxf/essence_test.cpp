@@ -124,7 +124,8 @@ TEST(Walk, DamagedAndLargeItems) {
     SHOW(plain(big().hex(kFiller).hex("887FFFFFFFFFFFFFFF").str()));
     // Lengths of more bytes than are allowed are read as long as they say.
     const std::string track = "060E2B34 02530101 0D010101 01013B00";
-    SHOW(plain(item(kFiller, "x") + big().hex(track).hex("89000000000000000008").raw(local(0x4801, "abcd")).str()));
+    SHOW(plain(item(kFiller, "x") +
+               big().hex(track).hex("89000000000000000008").raw(local(0x4801, "abcd")).str()));
 
     const Workplace place;
     const std::string large = big().hex("060E2B34 01020101 0D010301 15010801").u8(0x84).u32(20 << 20).str();

@@ -21,8 +21,6 @@ std::string rendered(uint32_t tag, const std::string &value) { return body(set("
 
 // What follows the last item that counts: an item of 25 bytes or less at the end of a file is not looked at.
 const std::string kEnd = item(kFiller, std::string(10, 'x'));
-const std::string kEndBlock =
-    "000000a0 06.0e.2b.34.01.01.01.02-03.01.02.10.01.00.00.00 - RP210/Filler Data\n\n";
 
 const std::string kGuid = hex("00112233445566778899AABBCCDDEEFF");
 

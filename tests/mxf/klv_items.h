@@ -20,9 +20,7 @@ inline std::string set(const std::string &type, const std::string &items) {
     return item("060E2B34 02530101 0D010101 0101" + type + "00", items);
 }
 
-inline const std::string kFooter = "060E2B34 02050101 0D010201 01040400";
 inline const std::string kPrimer = "060E2B34 02050101 0D010201 01050100";
-inline const std::string kIndex = "060E2B34 02530101 0D010201 01100100";
 inline const std::string kRandomIndex = "060E2B34 02050101 0D010201 01110100";
 inline const std::string kFiller = "060E2B34 01010102 03010210 01000000";
 

@@ -75,7 +75,6 @@ TEST(QuicktimeWalk, MediaDataBeyond4GiB) {
 TEST(QuicktimeWalk, AtomsThatCannotBePassedEndTheirContainer) {
     Transcript transcript;
     const std::string broken = big().u32(7).text("free").str();
-    const std::string broken_line = "free (0x65657266) size=7         (0x0000007)";
     SHOW(movie_dump(atom("moov", broken + atom("mdat")) + broken + atom("free")));
     EXPECT_EQ(movie_dump(big().u32(1).text("mdat").u64(15).raw(atom("free")).str()),
               line(0, "mdat (0x7461646D) size=1         (0x0000001)", "0"));

@@ -55,7 +55,6 @@ TEST(Records, WhereRunsBeginAndEnd) {
     const auto of_frame = [](const std::string &payload, size_t size) {
         return lines_from(verbose_dump(chunk("RED1", "") + chunk("REDV", payload, size), 1), "frame 0");
     };
-    const std::string line = " 16 15  0 '01:02:03:04?'\n timecode_edge      : 01:02:03:04?\n";
     SHOW(of_frame((kEdgeCode + kEdgeCode + kEdgeCode).substr(0, 38), 46));
     const std::string ended = kEdgeCode + record(0x70, 1, "");
     SHOW(of_frame(big().raw(ended + kEdgeCode + kEdgeCode).at(256).raw(kEdgeCode).str(), 400));

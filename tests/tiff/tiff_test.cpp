@@ -128,10 +128,6 @@ TEST(Tiff, VerboseTags) {
 TEST(Tiff, ChainsAndSubDirectories) {
     Transcript transcript;
     const std::string one = directory(Order::little, {{256, 3, 1, std::string("\x05\0\0\0", 4)}});
-    const std::string printed =
-        " entries: 1\n  tag     : 0100 ImageWidth 5 \n   type   : 0003\n   count  : 00000001\n   value  : "
-        "00000005\n"
-        " offset  : 00000000\n";
     SHOW(lines_from(dump_of(tiff(Order::little, {}, one, 1000)), " entries: 0"));
     SHOW(lines_from(dump_of(tiff(Order::little, {{330, 4, 1, kAt1000Little}}, one)), "SUB IFD"));
     SHOW(lines_from(dump_of(tiff(Order::little, {{34665, 4, 1, kAt1000Little}}, one)), "EXIF IFD"));
