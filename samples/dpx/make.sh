@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "$0")"
 
 frame() { ffmpeg -v error -y -f lavfi -i testsrc=size=32x24 -frames:v 1 -fflags +bitexact -flags +bitexact "$@"; }
-frame -pix_fmt rgb24 rgb8-big.dpx
+frame -pix_fmt rgb24 rgb8-little.dpx
 frame -pix_fmt gbrp10be rgb10-big.dpx
 frame -pix_fmt gbrp10le rgb10-little.dpx
 frame -pix_fmt rgb48be rgb16-big.dpx
@@ -13,6 +13,7 @@ frame -pix_fmt rgb48le rgb16-little.dpx
 source=source.ppm
 trap 'rm -f source.ppm' EXIT
 frame "$source"
+gm convert "$source" -depth 8 -endian MSB rgb8-big.dpx
 gm convert "$source" -depth 10 -endian LSB \
     -define dpx:file.project.name=Harbour -define dpx:file.copyright='free to use' \
     -define dpx:mp.film.manufacturer.id=02 -define dpx:mp.film.type=24 -define dpx:mp.perfs.offset=12 \

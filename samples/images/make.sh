@@ -10,6 +10,9 @@ frame source.ppm
 frame -pix_fmt bgr24 rgb24.bmp
 frame -pix_fmt pal8 palette.bmp
 convert source.ppm BMP2:core.bmp
+# Rows from the top: the height, 30 at offset 22, is negative.
+frame -pix_fmt bgr24 -vf vflip -f image2 top-down.bmp
+printf '\xe2\xff\xff\xff' | dd of=top-down.bmp bs=1 seek=22 conv=notrunc status=none
 
 frame -pix_fmt bgr24 -rle 0 raw.tga
 frame -pix_fmt bgr24 -rle 1 rle.tga
