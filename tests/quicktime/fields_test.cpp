@@ -37,6 +37,7 @@ TEST(QuicktimeFields, EveryField) {
     movie += atom("in24", audio(1, counting(16))) + linear_audio(0x8000000C);
     for (uint32_t flags = 1; flags <= 4; flags++) movie += linear_audio(flags);
     movie += linear_audio(0x70);
+    movie += atom("stsd", counting(8) + atom("twos", audio(1).substr(0, 32)));
     movie += atom("stsd", counting(8) + atom("twos", audio(0).substr(0, 24)));  // read beyond its end
     SHOW(movie_dump(movie + atom("free")));
 }
