@@ -53,8 +53,9 @@ TEST(Essence, SystemItems) {
     dirty[8] = dirty[56] = 1;
     SHOW(lines_from(body(system_item("04010100", dirty)), "MXFERROR @ 0x0000001c"));
     SHOW(detail(system_item("14010100", "x")));
-    SHOW(detail(system_item("04010200", hex("83 0001"))));
-    SHOW(detail(system_item("04010200", hex("66"))));
+    for (const char *type : {"80", "81", "82", "83", "84", "85", "86", "87", "88", "89", "66"}) {
+        SHOW(detail(system_item("04010200", hex(type) + hex("0001 42"))));
+    }
     EXPECT_EQ(detail(system_item("04010700", "x")), "  Control metadata set\n");
     SHOW(detail(system_item("04010800", "x")));
 }
@@ -86,8 +87,15 @@ TEST(Essence, TripletsAndDocuments) {
 
 TEST(Walk, NamesOfItems) {
     Transcript transcript;
-    const std::string legacy = item("80530800 36210804 B3B398A5 1C9011D4", "0123456789");
-    SHOW(plain(item(kFiller, "xx") + legacy));
+    for (const char *key : {"060E2B34 02050101 0D010201 01020400", "060E2B34 02050101 0D010201 01030100",
+                            "060E2B34 02050101 0D010201 01040300", "060E2B34 02050101 0D010201 01050100",
+                            "060E2B34 02530101 0D010201 01100100", "060E2B34 02050101 0D010201 01110100",
+                            "060E2B34 02040107 0D010301 027E0100", "060E2B34 02050101 0D010301 02040100",
+                            "060E2B34 01010101 03010210 01000000", "060E2B34 01020104 0D010301 15010501",
+                            "060E2B34 01010105 03010220 01000000", "80530800 36210804 B3B398A5 1C9011D4",
+                            "9613B38A 87348746 F10296F0 56E04D2A"}) {
+        SHOW(plain(item(kFiller, "xx") + item(key, std::string(26, '\0'))));
+    }
     SHOW(plain(item("060E2B34 01010101 03010210 01000000", "x")));
     const auto name = [](const std::string &byte4) {
         const std::string dump = plain(item("060E2B34" + byte4 + "010101 66666666 66666666", "x"));

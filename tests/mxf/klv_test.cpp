@@ -5,6 +5,7 @@
 
 #include "klv_items.h"
 #include "mxf/dictionary.h"
+#include "mxf/value.h"
 
 namespace {
 
@@ -14,23 +15,28 @@ struct Captured {
     std::string out;
 };
 
+template <typename Print>
+std::string printed(Print print) {
+    testing::internal::CaptureStdout();
+    print();
+    std::fflush(stdout);
+    return testing::internal::GetCapturedStdout();
+}
+
 Captured ber(const std::string &bytes) {
     DumpOptions opts{};
     Captured result{0, 16, ""};
-    testing::internal::CaptureStdout();
-    result.length = mxfber(opts, Bytes(bytes.data(), bytes.size()), 0, &result.counter);
-    std::fflush(stdout);
-    result.out = testing::internal::GetCapturedStdout();
+    result.out =
+        printed([&] { result.length = mxfber(opts, Bytes(bytes.data(), bytes.size()), 0, &result.counter); });
     return result;
 }
 
 std::string name_of_label(const std::string &label) {
     const std::string bytes = hex(label);
     DumpOptions opts{};
-    testing::internal::CaptureStdout();
-    const int found = printidentifier(opts, Bytes(bytes.data(), bytes.size()));
-    std::fflush(stdout);
-    const std::string name = testing::internal::GetCapturedStdout();
+    int found = 0;
+    const std::string name =
+        printed([&] { found = printidentifier(opts, Bytes(bytes.data(), bytes.size())); });
     EXPECT_EQ(found, !name.empty());
     return name;
 }
@@ -87,6 +93,22 @@ TEST(Klv, FixedWidthLengthsAndTags) {
     EXPECT_STREQ(mxfklvtype(opts, Bytes(tag_long.data(), tag_long.size()), 0), "Local/Length-Long/Tag-Long");
 }
 
+// Two labels of 16 bytes behind their count and size, which are bytes of the value for the other kinds.
+TEST(Values, OfEveryKind) {
+    Transcript transcript;
+    DumpOptions opts{};
+    const std::string label = hex("060E2B34 04010101 0D010201 01010900");
+    const std::string value = big().u32(2).u32(16).raw(label).raw(label).str();
+    const Bytes bytes(value.data(), value.size());
+    std::string every;
+    for (uint32_t kind = 0; kind < 30; kind++) {
+        begin_values(100);
+        every +=
+            std::to_string(kind) + printed([&] { mxf_print_rp210data(opts, bytes, 0, 40, ValueKind{kind}); });
+    }
+    SHOW(every);
+}
+
 TEST(Dictionary, TheRegistersAsPublished) {
     ASSERT_EQ(rp210_count, 2195U);
     ASSERT_EQ(rp224_count, 2586U);
@@ -96,6 +118,7 @@ TEST(Dictionary, TheRegistersAsPublished) {
     EXPECT_STREQ(rp210[2193].name, "EXPERIMENTAL METADATA");
     EXPECT_STREQ(rp210[2194].name, "Legacy (315M)");
     EXPECT_STREQ(rp224[0].name, "SMPTE LABELS");
+    EXPECT_STREQ(rp224[2585].name, "DNxHD_100_960x720P");
     size_t nodes = 0;
     for (size_t i = 0; i < rp210_count; i++) nodes += rp210[i].kind == ValueKind::node;
     EXPECT_EQ(nodes, 537U);

@@ -73,6 +73,10 @@ TEST(Version1, TablesAndEnd) {
         chunk("RDAS", big().u32(10).str()) +
         chunk("REOF", big().u32(1).u32(2).u32(3).u32(4).u32(5).u32(-6U).u32(7).u32(80).u32(-9U).str());
     SHOW(dump_of(file));
+    for (const char *end : {"REOB", "REOS"}) {
+        SHOW(lines_from(dump_of(chunk("RED1", "") + chunk(end, big().u32(1).u32(2).at(36).u32(3).str())),
+                        "000"));
+    }
 }
 
 TEST(Version1, FirstFramesAndPackets) {
