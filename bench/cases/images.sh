@@ -1,4 +1,4 @@
-# Still images: a PNG, an OpenEXR and an ARRI frame whose picture data is huge.
+# PNG whose picture data is huge.
 png_chunk() { (be32 "$2" && printf '%s' "$3") | dd of="$WORK/huge.png" bs=1 seek="$1" conv=notrunc status=none; }
 # Two chunks of picture data in 4 GB, and the last chunk behind them.
 cp "$root/samples/images/ffmpeg.png" "$WORK/huge.png"
@@ -16,11 +16,4 @@ double "$WORK/chunk" 13
 { head -c 54 "$WORK/huge.png" && cat "$WORK/chunk"; } >"$WORK/many.png"
 bytes_read 'PNG, 64 MiB in chunks of 8 KiB' "$KELDUMP $WORK/many.png"
 timed 'PNG, 64 MiB in chunks of 8 KiB' 8192 chunks "$KELDUMP $WORK/many.png" "cat $WORK/many.png"
-cp "$root/samples/exr/uncompressed.exr" "$WORK/huge.exr"
-truncate -s 10G "$WORK/huge.exr"
-bytes_read 'OpenEXR header, 10 GB' "$KELDUMP $WORK/huge.exr"
-timed 'OpenEXR header, 10 GB' 1 files "$KELDUMP $WORK/huge.exr" "head -c 16384 $WORK/huge.exr"
-{ printf 'ARRI\x12\x34\x56\x78\0\x10\0\0\x03\0\0\0' && head -c 4096 /dev/zero; } >"$WORK/huge.ari"
-truncate -s 10G "$WORK/huge.ari"
-bytes_read 'ARRI raw frame, 10 GB' "$KELDUMP $WORK/huge.ari"
 rm -f "$WORK"/huge.* "$WORK"/many.png "$WORK/data" "$WORK/chunk"

@@ -36,18 +36,11 @@ constexpr unsigned kSecondsARun = 10;
 constexpr rlim_t kOutputLimit = rlim_t{1} << 30;
 constexpr int kFatalComponent = 1;  // the one status beside 0 that a dump may end with
 
+// Switches, which stand before the name, and the numbers of a frame range, which stand behind it.
 const std::vector<std::vector<std::string>> kSwitches = {
-    {},
-    {"-v"},
-    {"-v", "-v", "-v"},
-    {"-t"},
-    {"-a", "-t"},
-    {"-p"},
-    {"-mc", "-mx", "-v"},
-    {"-ml"},
-    {"-d", "-u"},
-    {"-s"},
-    {"-h"},
+    {},           {"-v"}, {"-v", "-v"},         {"-v", "-v", "-v"},   {"-t"},
+    {"-a", "-t"}, {"-p"}, {"-mc", "-mx", "-v"}, {"-ml", "-ms=saved"}, {"-d", "-u"},
+    {"-s"},       {"-h"}, {"-hn=10,333"},       {"0", "1"},
 };
 
 struct Options {
@@ -124,7 +117,7 @@ const std::vector<std::string> &switches_of(unsigned number) {
 void dump(const fs::path &path, const std::vector<std::string> &switches) {
     std::vector<std::string> words{"keldump"};
     words.insert(words.end(), switches.begin(), switches.end());
-    words.push_back(path.string());
+    words.insert(std::find(words.begin() + 1, words.end(), "0"), path.string());
     std::vector<char *> argv;
     for (std::string &word : words) argv.push_back(word.data());
     CommandLine line;

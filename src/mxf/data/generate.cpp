@@ -113,7 +113,7 @@ int main(int argc, char **argv) {
     std::FILE *out = std::fopen(argv[3], "w");
     if (!out) fail(std::string("cannot write ") + argv[3]);
 
-    std::fprintf(out, "#include \"mxf/dictionary.h\"\n\nconst rp210_entry rp210[] = {\n");
+    std::fprintf(out, "#include \"mxf/dictionary.h\"\n\nconstexpr rp210_entry rp210[] = {\n");
     std::vector<uint16_t> tagged;
     for (size_t i = 0; i < rp210.size(); i++) {
         const Row &row = rp210[i];
@@ -127,7 +127,7 @@ int main(int argc, char **argv) {
     write_index(out, "rp210_by_label", all(rp210.size()),
                 [&](uint16_t i) { return without_version(rp210[i].ul); });
     write_index(out, "rp210_by_tag", tagged, [&](uint16_t i) { return rp210[i].local_tag; });
-    std::fprintf(out, "const size_t rp210_tag_count = %zu;\n\nconst rp224_entry rp224[] = {\n",
+    std::fprintf(out, "const size_t rp210_tag_count = %zu;\n\nconstexpr rp224_entry rp224[] = {\n",
                  tagged.size());
     for (const Row &row : rp224) {
         std::fprintf(out, "    {");
