@@ -83,7 +83,7 @@ bool scan_format(Walk &walk) {
     CircleDetector circle;
     int64_t offset = kFirstChunk;
     do {
-        if (offset < 0) {
+        if (!can_seek(walk.file, offset)) {
             std::printf("Error: Scanning for formattag, seek failed\n");
             return false;
         }
@@ -236,6 +236,10 @@ void print_chunk(Walk &walk, const Chunk &chunk) {
 void walk_chunks(Walk &walk) {
     for (int64_t offset = kFirstChunk; offset < walk.riff_size;) {
         const int64_t available = walk.file_bytes - offset;
+        if (!can_seek(walk.file, offset)) {
+            std::printf("Error: seek failed\n");
+            return;
+        }
         if (available < kChunkHeader) {
             std::printf("Error: read failed\n");
             return;
@@ -277,6 +281,10 @@ void riffdump(DumpOptions &opts, Bytes header, const char *name, int rf64) {
               bytes_are(header, 8, "CDXA"),
               signed_size(u32(header, 4)),
               Budget(file_size(file.get()))};
+    if (!walk.window.ok()) {
+        std::printf("Error: Failed to allocate buffer %lld bytes\n", static_cast<long long>(kBufferSize));
+        return;
+    }
     if (!scan_format(walk)) return;
     std::printf("Fileformat:%s\n", rf64 ? "RF64" : "RIFF");
     std::printf(" Size:            %lld\n", static_cast<long long>(walk.riff_size));

@@ -123,6 +123,8 @@ OpenFile open_again(const char *name) {
     return {fd < 0 ? nullptr : fdopen(fd, "rb"), std::fclose};
 }
 
+bool can_seek(std::FILE *file, int64_t offset) { return lseek(fileno(file), offset, SEEK_SET) >= 0; }
+
 uint64_t file_size(int fd) {
     struct stat status;
     if (fstat(fd, &status) != 0) return 0;

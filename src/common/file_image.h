@@ -97,6 +97,10 @@ using OpenFile = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
 // Opens a file once more by its name; null where that fails. A pipe is not waited for and reads as empty.
 OpenFile open_again(const char *name);
 
+// Whether a file can be positioned at an offset: not before its start, not beyond what its system can
+// address, and pipes not at all.
+bool can_seek(std::FILE *file, int64_t offset);
+
 // Size of a regular file or block device in bytes; 0 for whatever has none (directories, pipes, devices).
 uint64_t file_size(int fd);
 uint64_t file_size(std::FILE *file);

@@ -1,5 +1,4 @@
 // The walk over the packets of a GXF file (SMPTE 360M).
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -46,7 +45,7 @@ const PacketType *find_type(uint8_t type) {
 
 // The packet whose header stands at an offset; a message and a length of 0 when there is none.
 Packet gxftag(std::FILE *file, uint64_t offset, Bytes header) {
-    if (lseek(fileno(file), static_cast<off_t>(offset), SEEK_SET) < 0) {
+    if (!can_seek(file, static_cast<int64_t>(offset))) {
         std::printf("gxftag: fseek error\n");
         return {};
     }

@@ -9,8 +9,8 @@
 // decoding" when a length leads beyond the file.
 void jp2dump(DumpOptions &opts, std::FILE *file);
 
-// Marker segments of a bare codestream, after a 16-byte prefix where `skip_prefix` is set; tile data is jumped
-// over. A segment that the file's end cuts shows zeros and ends the dump.
+// Marker segments of a bare codestream, after a 16-byte prefix where `skip_prefix` is set; tile data is
+// jumped over. A segment that the file's end cuts shows zeros and ends the dump.
 void jpcdump(DumpOptions &opts, std::FILE *file, int skip_prefix);
 
 // JPEG marker segments up to the first scan, with EXIF directories; a cut segment shows zeros.

@@ -1,4 +1,5 @@
 #include <cstdio>
+#include <new>
 
 #include "main/command_line.h"
 #include "main/file_sequence.h"
@@ -9,6 +10,10 @@ int main(int argc, char **argv) {
     CommandLine line;
     const int status = parse_command_line(argc, argv, line);
     if (status >= 0) return status;
-    dump_files(line);
+    try {
+        dump_files(line);
+    } catch (const std::bad_alloc &) {
+        std::printf("malloc failed\n");
+    }
     return 0;
 }
