@@ -1,5 +1,4 @@
 // The walk over the packets of a GXF file (SMPTE 360M).
-
 #include <algorithm>
 #include <cstdio>
 
