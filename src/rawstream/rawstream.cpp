@@ -157,6 +157,10 @@ void rawdump(DumpOptions &opts, const char *name) {
         return;
     }
     FileImage image(file.get());
+    if (!image.ok()) {
+        print_unreadable();
+        return;
+    }
     const Bytes bytes = image.bytes();
     if (!bytes_are(bytes, 0, "STREAMER")) {
         std::printf("Warning: Streamer mode magic (STREAMER) wrong\n");
