@@ -18,8 +18,6 @@ constexpr uint32_t kHeaderBox = 0x6A703268;       // "jp2h"
 constexpr uint32_t kImageHeaderBox = 0x69686472;  // "ihdr"
 constexpr uint32_t kCodestreamBox = 0x6A703263;   // "jp2c"
 
-constexpr uint32_t kEndOfCodestream = 0xD9;
-
 struct Box {
     uint64_t offset;
     uint64_t length;

@@ -20,7 +20,6 @@ constexpr uint32_t kAnyHeader = kMainHeader | kTilePartHeader;
 constexpr uint64_t kMarkerSize = 2;
 constexpr uint64_t kPrefixSize = 16;
 constexpr uint64_t kSearchLimit = 16 * 1024 * 1024;  // of the search for a tile-part's start
-constexpr uint32_t kEndOfCodestream = 0xD9;
 
 CodestreamState codestream;
 

@@ -10,6 +10,8 @@ inline uint32_t jp2_getint8(Bytes buf, uint64_t offset) { return buf[offset]; }
 inline uint32_t jp2_getint16(Bytes buf, uint64_t offset) { return big16(buf, offset); }
 inline uint32_t jp2_getint32(Bytes buf, uint64_t offset) { return big32(buf, offset); }
 
+inline constexpr uint32_t kEndOfCodestream = 0xD9;  // marker code of EOC
+
 // Prints the first 32 bytes of a range in rows of 8, as far as the file has them.
 void jp2_hexdump(Bytes buf, uint64_t offset, uint64_t length);
 

@@ -46,7 +46,6 @@ constexpr CodeName kSetNames[] = {
 constexpr uint32_t kIdentificationTag = 0x0005;
 constexpr uint32_t kNameTag = 0x0006;
 constexpr uint32_t kLocalTagTag = 0x000D;
-constexpr uint64_t kSetEnd = 20;  // behind the key, with the usual 4-byte length
 
 constexpr uint64_t kMaxName = 127;
 

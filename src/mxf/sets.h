@@ -4,6 +4,10 @@
 #include "common/bytes.h"
 #include "main/dump_options.h"
 
+// What is looked for in a set is looked for up to here and its length behind the key: its end, with the usual
+// 4-byte length.
+inline constexpr uint64_t kSetEnd = 20;
+
 // Prints a set's length line and its items; returns the size of key, length and value.
 uint64_t mxf_klv(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset);
 

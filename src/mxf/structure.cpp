@@ -7,7 +7,7 @@
 #include "mxf/items.h"
 #include "mxf/klv.h"
 #include "mxf/registry.h"
-#include "mxf/value.h"
+#include "mxf/sets.h"
 
 namespace {
 
@@ -140,9 +140,7 @@ uint64_t mxf_primer_pack(DumpOptions &opts, uint64_t file_position, Bytes buffer
 uint64_t mxf_index_table(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
                          const char *name) {
     std::printf("%s\n", name);
-    const ItemValue item = print_length_line(opts, file_position, buffer, offset);
-    print_local_set(opts, buffer, item);
-    return item.end() - offset;
+    return mxf_klv(opts, file_position, buffer, offset);
 }
 
 uint64_t mxf_randomindex_table(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,

@@ -18,7 +18,6 @@ constexpr uint64_t kItemLimit = 0x1000000;
 constexpr uint64_t kLargeItemLimit = 0x40000000;  // with -ml
 constexpr uint64_t kCollectionLimit = 1000000;    // file position at which names are collected no more
 constexpr uint64_t kMaxVerboseDump = 256;
-constexpr uint64_t kSetEnd = 20;               // behind the key, with the usual 4-byte length
 constexpr uint64_t kEssenceHead = 65536;       // of an essence element that is searched for names
 constexpr uint32_t kInstanceUid = 0x3C0A0010;  // tag and length of a set's instance UID
 constexpr uint32_t kSmallestRead = 512;        // key and length of an essence element cost one such block

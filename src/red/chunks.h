@@ -20,6 +20,12 @@ struct RedChunk {
     uint32_t payload_held() const { return static_cast<uint32_t>(held.size()) - kChunkHeader; }
 };
 
+// Whether a chunk's type is, or begins with, a text.
+template <size_t N>
+bool is_type(const RedChunk &chunk, const char (&type)[N]) {
+    return bytes_are(chunk.held, 4, type);
+}
+
 // Reads chunk after chunk, of each only what is looked at.
 class ChunkReader {
  public:

@@ -44,8 +44,6 @@ struct Walk {
     bool end_marker = false;
 };
 
-bool is_type(const RedChunk &chunk, const char (&type)[5]) { return bytes_are(chunk.held, 4, type); }
-
 void print_header(Bytes chunk) {
     std::printf(" xsize    %d\n", static_cast<int32_t>(red32(chunk, 52)));
     std::printf(" ysize    %d\n", static_cast<int32_t>(red32(chunk, 56)));

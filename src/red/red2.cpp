@@ -18,11 +18,6 @@ constexpr unsigned kFramesShown = 9;  // without -v
 constexpr unsigned kIndexHeader = 17;  // 32-bit values before the first entry's last one
 constexpr unsigned kIndexEntry = 3;
 
-template <size_t N>
-bool is_type(const RedChunk &chunk, const char (&type)[N]) {
-    return bytes_are(chunk.held, 4, type);
-}
-
 void print_header(const DumpOptions &opts, const RedChunk &chunk) {
     std::printf(" xsize    %d\n", static_cast<int32_t>(red32(chunk.held, 76)));
     std::printf(" ysize    %d\n", static_cast<int32_t>(red32(chunk.held, 80)));
