@@ -65,10 +65,9 @@ class Dump {
     Dump(const DumpOptions &opts, uint32_t channels, uint32_t sample_size, int little_endian)
         : opts_(opts), channel_count_(channels), sample_size_(sample_size), little_endian_(little_endian) {}
 
-    // The samples of a block, one behind the other; false when the last frame wanted is complete.
-    bool block(std::span<const uint8_t> bytes, int64_t frames) {
+    // The samples of a block, one behind the other.
+    void block(std::span<const uint8_t> bytes) {
         while (bytes.size() >= sample_size_) {
-            if (frame_ == frames) return false;
             const size_t n = is_text_only() && bytes.size() >= frame_size() ? frame_size() : sample_size_;
             if (n == sample_size_) {
                 sample(bytes.first(n));
@@ -77,7 +76,6 @@ class Dump {
             }
             bytes = bytes.subspan(n);
         }
-        return true;
     }
 
     // Ends the line of a frame that the end of the file cuts.
@@ -194,14 +192,19 @@ void audio_samplesdump(DumpOptions &opts, std::FILE *file, uint64_t position, in
         if (opts.flag_a) print_empty_frames(static_cast<uint64_t>(frames), channels, size, budget);
         return;
     }
+    const uint64_t frame_size = uint64_t{channels} * sample_size;
+    const uint64_t available = size > position ? size - position : 0;
+    const uint64_t whole = available / frame_size;
+    const uint64_t wanted =
+        static_cast<uint64_t>(frames) > whole ? available : static_cast<uint64_t>(frames) * frame_size;
+    budget.spend(wanted);
+
     Dump dump(opts, channels, sample_size, little_endian);
     const uint64_t step = kBlock / sample_size * sample_size;
     FileImage image(file, position, step);
-    for (; position < size; position += step) {
+    for (const uint64_t end = position + wanted; position < end; position += step) {
         image.move_to(position);
-        const uint64_t n = std::min(step, size - position);
-        budget.spend(n);
-        if (!dump.block(image.bytes().span(0, n), frames)) break;
+        dump.block(image.bytes().span(0, std::min(step, end - position)));
     }
     dump.end();
 }

@@ -4,8 +4,8 @@
 #include "common/bytes.h"
 #include "main/dump_options.h"
 
-// What is looked for in a set is looked for up to here and its length behind the key: its end, with the usual
-// 4-byte length.
+// A set is searched up to this and its length behind the start of its key: the size of the key and of the
+// usual 4-byte length.
 inline constexpr uint64_t kSetEnd = 20;
 
 // Prints a set's length line and its items; returns the size of key, length and value.
