@@ -3,6 +3,7 @@
 
 #include "audio/audio.h"
 #include "audio/samples.h"
+#include "common/file_access.h"
 #include "common/file_image.h"
 #include "common/values.h"
 

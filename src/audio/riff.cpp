@@ -4,7 +4,8 @@
 
 #include "audio/audio.h"
 #include "audio/samples.h"
-#include "common/file_image.h"
+#include "common/file_access.h"
+#include "common/file_window.h"
 #include "common/values.h"
 
 namespace {

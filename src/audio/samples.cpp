@@ -4,6 +4,7 @@
 #include <cstring>
 #include <vector>
 
+#include "common/file_access.h"
 #include "common/file_image.h"
 #include "common/hexrow.h"
 #include "common/line_buffer.h"

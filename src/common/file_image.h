@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <deque>
-#include <memory>
 
 #include "common/bytes.h"
 
@@ -61,52 +60,5 @@ class FileImage {
     uint64_t resident_ = 0;
 };
 
-// An image that slides over a file: for walks from chunk to chunk, which look at little of each. Chunks that
-// lie close together share what was read.
-class FileWindow {
- public:
-    // `size`: the bytes that can be looked at from one position on, in blocks as those of an image.
-    FileWindow(int fd, uint64_t size, uint32_t block = FileImage::kBlock)
-        : size_(size), image_(fd, 0, size + kShared, block) {}
-    FileWindow(std::FILE *file, uint64_t size, uint32_t block = FileImage::kBlock)
-        : FileWindow(fileno(file), size, block) {}
-
-    bool ok() const { return image_.ok(); }
-    // The bytes from a position of the file on, zeros beyond its end. What earlier calls gave may be gone.
-    Bytes at(uint64_t position) {
-        if (position < start_ || position - start_ > kShared) {
-            start_ = position;
-            image_.move_to(position);
-        }
-        return image_.bytes().sub(position - start_, size_);
-    }
-
- private:
-    static constexpr uint64_t kShared = 1 << 20;
-
-    uint64_t size_;
-    FileImage image_;
-    uint64_t start_ = 0;
-};
-
 // Whether an image has its buffer; prints "malloc of buffer %d failed" with its size where it has none.
 bool has_buffer(const FileImage &image);
-
-using OpenFile = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
-
-// Opens a file once more by its name; null where that fails. A pipe is not waited for and reads as empty.
-OpenFile open_again(const char *name);
-
-// Whether a file can be positioned at an offset: not before its start, not beyond what its system can
-// address, and pipes not at all.
-bool can_seek(std::FILE *file, int64_t offset);
-
-// Size of a regular file or block device in bytes; 0 for whatever has none (directories, pipes, devices).
-uint64_t file_size(int fd);
-uint64_t file_size(std::FILE *file);
-
-// Reads up to n bytes at an offset; the count read, less at the end of the file or at an error.
-uint64_t read_at(int fd, uint64_t offset, void *data, uint64_t n);
-
-// Reads up to n bytes from the current position, going on after short reads (pipes); the count read.
-uint64_t read_fully(int fd, void *data, uint64_t n);

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "common/field_rows.h"
+#include "common/file_access.h"
 #include "common/file_image.h"
 #include "common/names.h"
 #include "common/values.h"

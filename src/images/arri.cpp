@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <span>
 
+#include "common/file_access.h"
 #include "common/file_image.h"
 #include "common/values.h"
 #include "images/images.h"

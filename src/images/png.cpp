@@ -1,7 +1,9 @@
 // PNG (ISO/IEC 15948): the list of chunks.
 #include <algorithm>
 
+#include "common/file_access.h"
 #include "common/file_image.h"
+#include "common/file_window.h"
 #include "common/hexrow.h"
 #include "common/values.h"
 #include "images/images.h"

@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-#include "common/file_image.h"
+#include "common/file_access.h"
 #include "images/images.h"
 
 namespace {

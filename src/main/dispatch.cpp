@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "audio/audio.h"
-#include "common/file_image.h"
+#include "common/file_access.h"
 #include "dpx/dpx.h"
 #include "exr/exr.h"
 #include "gxf/gxf.h"

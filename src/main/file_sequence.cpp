@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "common/file_image.h"
+#include "common/file_access.h"
 #include "common/name_pattern.h"
 #include "main/dispatch.h"
 #include "raw/raw.h"

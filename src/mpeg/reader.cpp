@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "common/file_image.h"
+#include "common/file_access.h"
 
 namespace {
 

@@ -2,7 +2,8 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "common/file_image.h"
+#include "common/file_access.h"
+#include "common/file_window.h"
 #include "mxf/dictionary.h"
 #include "mxf/items.h"
 #include "mxf/klv.h"

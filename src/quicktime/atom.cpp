@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "common/file_access.h"
 #include "common/hexrow.h"
 #include "common/line_buffer.h"
 

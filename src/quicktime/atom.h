@@ -4,7 +4,7 @@
 #include <cstdint>
 
 #include "common/bytes.h"
-#include "common/file_image.h"
+#include "common/file_window.h"
 #include "common/values.h"
 
 // What one walk shares: the movie and the place in it. All reads go through one area of address space that

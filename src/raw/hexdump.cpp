@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "common/file_access.h"
 #include "common/file_image.h"
 #include "common/hexrow.h"
 #include "raw/raw.h"

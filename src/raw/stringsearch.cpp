@@ -2,7 +2,7 @@
 #include <memory>
 #include <span>
 
-#include "common/file_image.h"
+#include "common/file_access.h"
 #include "common/line_buffer.h"
 #include "raw/raw.h"
 

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "common/file_access.h"
 #include "common/file_image.h"
 #include "common/line_buffer.h"
 #include "raw/raw.h"

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "common/file_access.h"
 #include "common/file_image.h"
 #include "common/line_buffer.h"
 #include "common/values.h"

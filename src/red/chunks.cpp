@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "common/file_access.h"
 #include "red/values.h"
 
 namespace {

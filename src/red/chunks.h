@@ -6,7 +6,7 @@
 #include <cstdio>
 
 #include "common/bytes.h"
-#include "common/file_image.h"
+#include "common/file_window.h"
 #include "main/dump_options.h"
 
 constexpr uint32_t kChunkHeader = 8;

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include "common/file_access.h"
 #include "support/command.h"
 
 namespace {

@@ -1,0 +1,25 @@
+// The system calls on files that dumps and images make.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+
+using OpenFile = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
+
+// Opens a file once more by its name; null where that fails. A pipe is not waited for and reads as empty.
+OpenFile open_again(const char *name);
+
+// Whether a file can be positioned at an offset: not before its start, not beyond what its system can
+// address, and pipes not at all.
+bool can_seek(std::FILE *file, int64_t offset);
+
+// Size of a regular file or block device in bytes; 0 for whatever has none (directories, pipes, devices).
+uint64_t file_size(int fd);
+uint64_t file_size(std::FILE *file);
+
+// Reads up to n bytes at an offset; the count read, less at the end of the file or at an error.
+uint64_t read_at(int fd, uint64_t offset, void *data, uint64_t n);
+
+// Reads up to n bytes from the current position, going on after short reads (pipes); the count read.
+uint64_t read_fully(int fd, void *data, uint64_t n);
