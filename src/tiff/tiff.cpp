@@ -1,6 +1,8 @@
 #include "tiff/tiff.h"
 
-#include <unordered_set>
+#include <cstring>
+#include <unordered_map>
+#include <vector>
 
 #include "common/file_image.h"
 #include "common/values.h"
@@ -12,7 +14,8 @@ constexpr uint32_t kBigEndianId = 0x4D4D;  // "MM"
 constexpr uint32_t kStandardVersion = 42;
 constexpr uint32_t kBigTiffVersion = 43;
 constexpr uint64_t kEntrySize = 12;
-constexpr int kMaxDepth = 32;  // of sub-directories in sub-directories
+constexpr uint64_t kDirectoryFrame = 6;  // the count before the entries and the offset behind them
+constexpr int kMaxDepth = 32;            // of sub-directories in sub-directories
 
 constexpr uint16_t kImageWidth = 256;
 constexpr uint16_t kImageLength = 257;
@@ -30,7 +33,13 @@ struct Walk {
     Bytes base;
     int big_endian;
     Budget &budget;
-    std::unordered_set<uint32_t> seen;  // directories dumped, so that a circle ends
+    std::unordered_map<uint32_t, bool> directories;  // met so far, and whether each is still being walked
+    bool repeated = false;  // the current directory was shown before: its values count against the budget
+
+    bool is_open(uint32_t offset) const {
+        const auto found = directories.find(offset);
+        return found != directories.end() && found->second;
+    }
 
     uint16_t u16(uint64_t offset) const { return tiffuint16(base.from(offset), big_endian); }
     uint32_t u32(uint64_t offset) const { return tiffuint32(base.from(offset), big_endian); }
@@ -46,10 +55,10 @@ struct Entry {
 
 void print_directories(Walk &walk, uint32_t offset, int depth);
 
-// The sub-directory at an offset, behind a label without line end. One that was dumped before, lies outside
-// the file or too deep ends the line only.
+// The sub-directory at an offset, behind a label without line end. One that is being walked (a circle), lies
+// outside the file or too deep ends the line only.
 void print_sub_directory(Walk &walk, uint32_t offset, int depth) {
-    if (depth >= kMaxDepth || offset >= walk.base.size() || walk.seen.contains(offset)) {
+    if (depth >= kMaxDepth || offset >= walk.base.size() || walk.is_open(offset) || walk.budget.spent()) {
         std::printf("\n");
     } else {
         print_directories(walk, offset, depth + 1);
@@ -105,8 +114,10 @@ void print_value(const Walk &walk, Entry &entry) {
         case kImageSourceData: print_image_source_data(walk, entry); return;
         default: break;
     }
-    std::printf("%s\n",
-                tifftype(walk.base, entry.type, entry.count, entry.value, walk.big_endian, &entry.first));
+    const char *text =
+        tifftype(walk.base, entry.type, entry.count, entry.value, walk.big_endian, &entry.first);
+    std::printf("%s\n", text);
+    if (walk.repeated) walk.budget.spend(std::strlen(text));
 }
 
 void keep_image_state(DumpOptions &opts, const Entry &entry) {
@@ -132,21 +143,33 @@ void print_entry(Walk &walk, uint64_t offset, int depth) {
     if (entry.tag == kExifIfd) print_sub_directories(walk, entry, "EXIF IFD ", "EXIF IFD ", depth);
 }
 
-// A chain of directories; it ends at an offset of 0, outside the file or seen before.
+void print_directory(Walk &walk, uint32_t offset, uint64_t entries, int depth) {
+    std::printf(" entries: %d\n", static_cast<int>(entries));
+    const uint64_t first = uint64_t{offset} + 2;
+    const bool repeated = walk.repeated;
+    for (uint64_t i = 0; i < entries && first + kEntrySize * i < walk.base.size(); i++) {
+        if (walk.budget.spent()) return;
+        walk.budget.spend(kEntrySize);
+        print_entry(walk, first + kEntrySize * i, depth);
+        walk.repeated = repeated;
+    }
+}
+
+// A chain of directories; it ends at an offset of 0, outside the file or of a directory that is still being
+// walked. Directories referred to from several places are shown at each.
 void print_directories(Walk &walk, uint32_t offset, int depth) {
+    std::vector<uint32_t> chain;
     do {
-        walk.seen.insert(offset);
+        walk.repeated = !walk.directories.emplace(offset, true).second;
+        walk.directories[offset] = true;
+        chain.push_back(offset);
+        walk.budget.spend(kDirectoryFrame);
         const uint64_t entries = walk.u16(offset);
-        std::printf(" entries: %d\n", static_cast<int>(entries));
-        const uint64_t first = uint64_t{offset} + 2;
-        for (uint64_t i = 0; i < entries && first + kEntrySize * i < walk.base.size(); i++) {
-            if (walk.budget.spent()) break;
-            walk.budget.spend(kEntrySize);
-            print_entry(walk, first + kEntrySize * i, depth);
-        }
-        offset = walk.u32(first + kEntrySize * entries);
+        print_directory(walk, offset, entries, depth);
+        offset = walk.u32(uint64_t{offset} + 2 + kEntrySize * entries);
         std::printf(" offset  : %08x\n", offset);
-    } while (offset != 0 && offset < walk.base.size() && !walk.seen.contains(offset));
+    } while (offset != 0 && offset < walk.base.size() && !walk.is_open(offset) && !walk.budget.spent());
+    for (const uint32_t walked : chain) walk.directories[walked] = false;
 }
 
 }  // namespace

@@ -128,9 +128,10 @@ TEST(Tiff, ChainsAndSubDirectories) {
     SHOW(lines_from(dump_of(tiff(Order::little, {}, one, 1000)), " entries: 0"));
     SHOW(lines_from(dump_of(tiff(Order::little, {{330, 4, 1, kAt1000Little}}, one)), "SUB IFD"));
     SHOW(lines_from(dump_of(tiff(Order::little, {{34665, 4, 1, kAt1000Little}}, one)), "EXIF IFD"));
-    // Directories seen before and outside the file.
+    // A directory twice and one outside the file; a chain that leads into a sub-directory.
     const std::string offsets = little().u32(1012).u32(1012).u32(99999).str();
     SHOW(lines_from(dump_of(tiff(Order::little, {{330, 4, 3, kAt1000Little}}, offsets + one)), "SUB IFD 0"));
+    SHOW(lines_from(dump_of(tiff(Order::little, {{34665, 4, 1, kAt1000Little}}, one, 1000)), "EXIF IFD"));
     // Circles.
     SHOW(lines_from(dump_of(tiff(Order::little, {}, "", 8)), " entries"));
     SHOW(lines_from(dump_of(tiff(Order::little, {{330, 4, 1, little().u32(8).str()}})), "SUB"));
@@ -153,6 +154,15 @@ TEST(Tiff, NestingEnds) {
     const std::vector<Entry> liars(200, {330, 4, 500, little().u32(8).str()});
     const std::string lists = dump_of("II" + hex("2A00 08000000") + directory(Order::little, liars));
     EXPECT_LT(std::count(lists.begin(), lists.end(), '\n'), 30'000);
+    // Nor are the 2 to the power of 30 that a tree of shared directories names.
+    ByteWriter tree = little().text("II").u16(42).u32(8);
+    for (uint32_t i = 0; i < 30; i++) {
+        const uint32_t next = 8 + 26 * (i + 1);
+        tree.raw(directory(Order::little, {{330, 4, 2, little().u32(next - 8).str()}})).u32(next).u32(next);
+    }
+    const std::string shown = dump_of(tree.zeros(6).str());
+    EXPECT_GT(std::count(shown.begin(), shown.end(), '\n'), 5'000);
+    EXPECT_LT(std::count(shown.begin(), shown.end(), '\n'), 30'000);
 }
 
 TEST(Tiff, PhotoshopResources) {
