@@ -171,9 +171,8 @@ class Dump {
 };
 
 // Frames without bytes: without channels, or with samples of 0 bits as compressed formats declare them. They
-// never meet the end of the file, so more of them than the file has bytes are a damaged count.
-void print_empty_frames(uint64_t frames, uint32_t channels, uint64_t size, Budget &budget) {
-    if (frames > size) return;
+// never meet the end of the file, but the budget's.
+void print_empty_frames(uint64_t frames, uint32_t channels, Budget &budget) {
     LineBuffer out;
     for (; frames > 0 && !budget.spent(); frames--) {
         out.fill(' ', size_t{2} + channels);
@@ -190,7 +189,7 @@ void audio_samplesdump(DumpOptions &opts, std::FILE *file, uint64_t position, in
     const uint64_t size = file_size(file);
     if (frames <= 0 || budget.spent()) return;
     if (channels == 0 || sample_size == 0) {
-        if (opts.flag_a) print_empty_frames(static_cast<uint64_t>(frames), channels, size, budget);
+        if (opts.flag_a) print_empty_frames(static_cast<uint64_t>(frames), channels, budget);
         return;
     }
     const uint64_t frame_size = uint64_t{channels} * sample_size;

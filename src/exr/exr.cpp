@@ -1,10 +1,10 @@
 // OpenEXR file layout: the attributes of the first header.
 #include "exr/exr.h"
 
-#include <algorithm>
 #include <cinttypes>
 #include <string_view>
 
+#include "common/budget.h"
 #include "common/file_image.h"
 #include "common/hexrow.h"
 #include "common/values.h"
@@ -19,9 +19,11 @@ constexpr uint64_t kMaxName = 64 * 1024;  // names of the format have 255 charac
 int32_t get_int32(Bytes b, uint64_t offset) { return static_cast<int32_t>(little32(b, offset)); }
 double get_float(Bytes b, uint64_t offset) { return static_cast<double>(float_of_bits(little32(b, offset))); }
 
-void print_channels(Bytes value, uint64_t size) {
-    for (uint64_t entry = 0; entry < size; entry += kChannelEntry) {
+// Another entry follows while its first byte is not zero, whatever the value's size says.
+void print_channels(Bytes value, Budget &budget) {
+    for (uint64_t entry = 0; entry < value.size() && !budget.spent(); entry += kChannelEntry) {
         if (entry > 0 && value[entry] == 0) return;
+        budget.spend(kChannelEntry);
         std::printf("%c %d %d %d %d\n", value[entry], get_int32(value, entry + 2),
                     get_int32(value, entry + 6), get_int32(value, entry + 10), get_int32(value, entry + 14));
     }
@@ -64,9 +66,9 @@ void print_unknown(Bytes value) {
 
 // The rendering of one attribute value. `value` goes on to the end of the file: the fields of a known type
 // are read whatever its size says.
-void printentry(std::string_view type, Bytes value, uint64_t size) {
+void printentry(std::string_view type, Bytes value, uint64_t size, Budget &budget) {
     if (type == "chlist") {
-        print_channels(value, std::min(size, value.size()));
+        print_channels(value, budget);
     } else if (type == "string") {
         print_string(value.sub(0, size));
     } else if (type == "preview") {
@@ -91,6 +93,7 @@ void exrdump(DumpOptions &, std::FILE *file) {
     FileImage image(file);
     if (!has_buffer(image)) return;
     const Bytes bytes = image.bytes();
+    Budget budget(bytes.size());
     std::printf("Fileformat:EXR\n");
     for (uint64_t offset = kFirstAttribute; bytes[offset] != 0;) {
         const Text name = text_at(bytes, offset, kMaxName);
@@ -103,7 +106,7 @@ void exrdump(DumpOptions &, std::FILE *file) {
                     type.start, size);
         if (bytes[type_at - 1] != 0 || bytes[size_at - 1] != 0) return;  // no name is that long
         const uint64_t length = size > 0 ? static_cast<uint64_t>(size) : 0;
-        printentry({type.start, static_cast<size_t>(type.length)}, bytes.from(value_at), length);
+        printentry({type.start, static_cast<size_t>(type.length)}, bytes.from(value_at), length, budget);
         if (size < 0 || !bytes.has(value_at, length)) return;
         offset = value_at + length;
     }

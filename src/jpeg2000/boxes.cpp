@@ -75,11 +75,14 @@ void print_codestream(Bytes buf, const Box &box, int depth) {
 uint64_t jp2entry(Bytes buf, uint64_t offset, int depth, uint64_t room);
 
 // The boxes inside a superbox, up to as many bytes as its length says without its header: the box behind it
-// is listed with them. Returns the bytes to the next box of the container.
+// is listed with them, and has the file as its container. Returns the bytes to the next box of the container.
 uint64_t print_superbox(Bytes buf, const Box &box, int depth) {
     uint64_t taken = 0;
     while (taken < box.length && box.offset + kHeaderSize + taken < buf.size()) {
-        const uint64_t size = jp2entry(buf, box.offset + kHeaderSize + taken, depth + 1, box.length - taken);
+        const uint64_t offset = box.offset + kHeaderSize + taken;
+        const bool inside = offset < box.offset + box.length;
+        const uint64_t size =
+            jp2entry(buf, offset, depth + 1, inside ? box.length - taken : buf.size() - offset);
         if (size == 0) return std::max(box.length, taken + kHeaderSize);
         taken += size;
     }

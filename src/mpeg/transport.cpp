@@ -50,12 +50,15 @@ void put_packet(LineBuffer &out, mpeg_reader &reader) {
     }
     out.put('\n');
     const int64_t payload = adaptation ? put_adaptation_field(out, reader, pid) : kPayload;
-    for (int64_t i = 0; i < kShownBytes; i++) {
+    // A packet that is all adaptation field has no payload; the bytes shown are then those of the next
+    // packet.
+    const int64_t shown = payload < 1 ? kShownBytes : std::min(payload, kShownBytes);
+    for (int64_t i = 0; i < shown; i++) {
         out.put(' ');
         out.hex(mpegbits(reader, 8), 2);
     }
     out.put('\n');
-    if (payload > kShownBytes) mpegbytes(reader, payload - kShownBytes);
+    if (payload > shown) mpegbytes(reader, payload - shown);
 }
 
 }  // namespace

@@ -73,11 +73,17 @@ const char *mxf_metadata_key_define(DumpOptions &opts, bool is_object, Bytes buf
             read_definition_name(text, value, length);
             has_name = true;
         } else if (tag == kLocalTagTag) {
-            if (length != 2) mxferror(opts, buffer, offset, "mxf_metadata_key_define tag len != 2");
-            local_tag = static_cast<uint32_t>(mxfuint16(value));
+            if (length == 2) {
+                local_tag = static_cast<uint32_t>(mxfuint16(value));
+            } else {
+                mxferror(opts, buffer, offset, "mxf_metadata_key_define tag len != 2");
+            }
         } else if (tag == kIdentificationTag) {
-            if (length != 16) mxferror(opts, buffer, offset, "mxf_metadata_key_define tag id length != 16");
-            identification = value[0];
+            if (length == 16) {
+                identification = value[0];
+            } else {
+                mxferror(opts, buffer, offset, "mxf_metadata_key_define tag id length != 16");
+            }
         }
         at += 4 + length;
     }

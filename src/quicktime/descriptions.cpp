@@ -169,24 +169,17 @@ void print_linear_audio(const QtAtom &atom) {
     print_qt_rows(atom, kPackets);
 }
 
-// Reads n bytes at an offset of the payload, even beyond its end; those are not shown.
-uint64_t read_part(QtAtom &atom, uint64_t offset, uint64_t n) {
-    const uint64_t count = qt_atom_read_more(atom, n);
-    atom.data = atom.data.sub(0, std::max(atom.payload_size(), offset) - offset);
-    return count;
-}
-
 // The part that the description's version adds to its common fields; the payload bytes read beyond them.
 uint64_t print_sound(QtAtom &atom, unsigned version) {
     uint64_t count = 0;
     if (version <= 1) print_qt_rows(atom, kSound);
     if (version == 1) {
-        count = read_part(atom, kAudioSize, kSoundVersion1Size);
+        count = qt_atom_read_more(atom, kSoundVersion1Size);
         print_qt_rows(atom, kSoundVersion1);
     }
     if (version == 2) {
         print_qt_rows(atom, kSoundVersion2);
-        count = read_part(atom, kAudioSize, kSoundVersion2Size);
+        count = qt_atom_read_more(atom, kSoundVersion2Size);
         print_linear_audio(atom);
     }
     return count;
@@ -198,11 +191,12 @@ uint64_t audio_size(unsigned version) {
     return kAudioSize;
 }
 
-// A description shorter than its common fields is passed over; one that holds them reads them, even beyond
-// its end.
+// A description shorter than its common fields is passed over. Common fields beyond its end show 0, those of
+// its version the bytes that follow in the file.
 QtRead print_audio(QtAtom &atom) {
     if (atom.size < kAudioSize) return {qt_atom_read_data(atom)};
-    uint64_t count = read_part(atom, 0, kAudioSize);
+    uint64_t count = qt_atom_read_more(atom, kAudioSize);
+    atom.data = atom.data.sub(0, atom.payload_size());
     print_qt_rows(atom, kAudio);
     const unsigned version = big16(atom.data, 8);
     count += print_sound(atom, version);

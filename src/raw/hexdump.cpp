@@ -52,7 +52,6 @@ void hexdumpfile(DumpOptions &opts, std::FILE *file, int64_t start, int64_t leng
     if (start < 0 || length < 0) return;
     start -= start % kRowSize;
     if (length == 0) length = kDefaultLength;
-    if (length == INT64_MAX || start > INT64_MAX - length) return;  // numbers too long for 64 bits end there
-    if (start + length > size) length = size - start;
+    if (start > INT64_MAX - length || start + length > size) length = size - start;
     hexdump(opts, file, Bytes(), start, length);
 }

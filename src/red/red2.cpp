@@ -21,7 +21,7 @@ constexpr unsigned kIndexEntry = 3;
 void print_header(const DumpOptions &opts, const RedChunk &chunk) {
     std::printf(" xsize    %d\n", static_cast<int32_t>(red32(chunk.held, 76)));
     std::printf(" ysize    %d\n", static_cast<int32_t>(red32(chunk.held, 80)));
-    std::printf(" fps      %d/%d\n", red16(chunk.held, 88), red16(chunk.held, 90));
+    std::printf(" fps      %d/%d\n", static_cast<int32_t>(red32(chunk.held, 88)), red16(chunk.held, 86));
     redinfodump(opts, chunk.held, chunk.size);
 }
 

@@ -44,6 +44,13 @@ TEST(Exr, DamagedHeadersEndTheWalk) {
     const std::string list =
         little().text("l").u8(0).text("chlist").u8(0).u32(18).raw(channel('Y').str()).str();
     SHOW(dump_of(exr().raw(list).raw(list).str()));
+    // Channels go on beyond their value; lists that claim each other's are not shown without end.
+    const std::string empty = little().text("l").u8(0).text("chlist").u8(0).u32(0).str();
+    SHOW(dump_of(exr().raw(empty + channel('R').str() + channel('G').str()).u8(0).str()));
+    std::string lists;
+    for (int i = 0; i < 1000; i++)
+        lists += "l" + std::string(1, '\0') + "chlist" + hex("00 00000000") + "abcd ";
+    EXPECT_LT(dump_of(exr().raw(lists).str()).size(), 500'000U);
     // A name without end is cut, and nothing is made of what follows.
     EXPECT_EQ(dump_of(exr().fill('A', 200000).str()).substr(0, 30), title + "00008 AAAAAAAAA");
     EXPECT_EQ(lines_from(dump_of(exr().fill('A', 200000).str()), "Hexdump"), "");

@@ -173,6 +173,9 @@ TEST(Boxes, OfAFile) {
     const std::string file = kSignature + type + box("jp2h", kImageHeader + box("colr", "abc")) +
                              box("jp2c", kSoc + kEoc + "rest");
     SHOW(dump_of(file));
+    // A codestream that goes on to the end of the file.
+    const std::string last = big().u32(0).text("jp2c").raw(kSoc + kEoc).str();
+    SHOW(lines_from(dump_of(kSignature + box("jp2h", kImageHeader) + last), "  ip"));
 }
 
 TEST(Boxes, LastAndDamaged) {

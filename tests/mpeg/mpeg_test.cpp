@@ -217,6 +217,9 @@ TEST(TransportStream, Packets) {
     SHOW(lines_from(dump_of(plain + rest), "Fileformat", 3));
     SHOW(first(ts_packet(0x1FFF, hex("07 51 000000000000"), 0xAA), 5));
     SHOW(first(ts_packet(16, hex("00"), 0xAA), 4));
+    const auto long_field = [](uint8_t length) { return big().u8(length).zeros(length).str(); };
+    for (const uint8_t n : {uint8_t{167}, uint8_t{168}, uint8_t{182}})
+        SHOW(first(ts_packet(16, long_field(n), 0xAA), 4));
     SHOW(first(ts_packet(16, hex("B7 00"), 0xAA), 9));
     SHOW(lines_from(dump_of((plain + rest).substr(0, 188 * 3 + 10)), "00000238"));
 }

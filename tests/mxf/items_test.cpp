@@ -140,6 +140,9 @@ TEST(Sets, DefinitionsNameTags) {
     EXPECT_EQ(used(name + tag), "  Tag 8123/1 unknown\n");
     EXPECT_EQ(used(name + tag + local(0x0005, kGuid)), "  Tag 8123/1 unknown\n");  // begins with a zero
     EXPECT_EQ(used(tag + id), "  Tag 8123/1 unknown\n");
+    // Items of a wrong length are not taken over.
+    EXPECT_EQ(used(name + local(0x000D, hex("812300")) + id), "  Tag 8123/1 unknown\n");
+    EXPECT_EQ(used(name + tag + local(0x0005, "x")), "  Tag 8123/1 unknown\n");
     const std::string dump = plain(set("00", uid + name + local(0x000D, "x") + local(0x0005, "y")));
     SHOW(lines_from(dump, "MXFERROR", 2));
     EXPECT_NE(dump.find("DefineMetadata S?t\n"), std::string::npos);

@@ -12,10 +12,12 @@ TEST(HexDump, RowsRangesAndOffsets) {
     SHOW(dump_of(content, "f", {"-h=12,1"}));
     EXPECT_EQ(dump_of(content, "f", {"-hn=10", "-d"}), second);  // hexadecimal wins over text
     SHOW(dump_of(content, "f", {"-h=10", "-h=10,1", "-h"}));
-    for (const char *nothing : {"-h=20", "-h=-10", "-h=0,-1", "-h=7fffffffffffffff", "-h=0,fffffffffffffffff",
-                                "-h=fffffffffffffffffff,1", "-h=10,7fffffffffffffff"}) {
+    for (const char *nothing : {"-h=20", "-h=-10", "-h=0,-1", "-h=7fffffffffffffff", "-h=0,-7fffffffffffffff",
+                                "-h=fffffffffffffffffff,1"}) {
         EXPECT_EQ(dump_of(content, "f", {nothing}), "") << nothing;
     }
+    EXPECT_EQ(dump_of(content, "f", {"-h=10,7fffffffffffffff"}), "00000010: " + second);
+    EXPECT_EQ(dump_of(content, "f", {"-hn=10,fffffffffffffffff"}), second);
     EXPECT_EQ(dump_of("", "f", {"-h"}), "");
 }
 

@@ -113,7 +113,7 @@ TEST(Walk, OddSizes) {
 TEST(Version2, HeaderFramesIndexAndEnd) {
     Transcript transcript;
     const std::string head =
-        big().at(68).u32(5120).u32(2700).zeros(4).u16(24000).u16(1001).raw(records()).str();
+        big().at(68).u32(5120).u32(2700).zeros(2).u16(1001).u32(24000).raw(records()).str();
     std::string file = aligned(chunk("RED2", head, 5000));
     for (int i = 0; i < 19; i++) file += aligned(chunk("RDI\x7F", kEdgeCode));
     auto index = big().at(60).u32(2).u32(0x11).u32(300).u32(0x80000000).u32(0x22).u32(400).u32(5);
