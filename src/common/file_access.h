@@ -7,11 +7,18 @@
 
 using OpenFile = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
 
-// Opens a file once more by its name; null where that fails. A pipe is not waited for and reads as empty.
+// Opens a file by its name; null where that fails. Input that cannot be positioned (a pipe, a socket, a
+// terminal, by its name or as /dev/stdin or /dev/fd/N) is read to its end first and stands for a file with
+// its bytes from then on.
+OpenFile open_input(const char *name);
+
+// Opens once more what open_input opened last under that name: a descriptor, -1 where that fails, or a
+// stream.
+int open_descriptor_again(const char *name);
 OpenFile open_again(const char *name);
 
-// Whether a file can be positioned at an offset: not before its start, not beyond what its system can
-// address, and pipes not at all.
+// Whether a file can be positioned at an offset: not before its start, and not beyond what its system can
+// address.
 bool can_seek(std::FILE *file, int64_t offset);
 
 // Size of a regular file or block device in bytes; 0 for whatever has none (directories, pipes, devices).

@@ -12,7 +12,7 @@ namespace {
 constexpr size_t kNameSize = 4096;
 
 void dump_file(DumpOptions &opts, const char *name, int range_flag) {
-    const OpenFile file(std::fopen(name, "rb"), std::fclose);
+    const OpenFile file = open_input(name);
     if (!file) {
         std::printf("Could not open file '%s'\n", name);
     } else if (opts.hex_dump) {

@@ -1,6 +1,5 @@
 #include "quicktime/atom.h"
 
-#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -31,9 +30,8 @@ Bytes next_bytes(QtFile &file, uint64_t n) {
 
 }  // namespace
 
-// A pipe has no length and is not waited for.
 QtFile::QtFile(const char *name)
-    : fd(open(name, O_RDONLY | O_CLOEXEC | O_NONBLOCK)),
+    : fd(open_descriptor_again(name)),
       length(fd < 0 ? 0 : std::min(file_size(fd), kFarthest)),
       area(fd, kAreaSize) {}
 

@@ -1,7 +1,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include <csignal>
+#include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <thread>
 
@@ -62,20 +63,59 @@ TEST(Dispatch, FilesThatCannotBeReadLikeFiles) {
     EXPECT_EQ(place.run({"-s", "folder"}).out, "");
     EXPECT_EQ(place.run({"-d", "/dev/null"}).out, "");
     EXPECT_EQ(place.run({"/dev/null"}).out, "Unknown fileformat of file '/dev/null' 00 00 00 00\n");
+}
 
-    signal(SIGPIPE, SIG_IGN);  // a dump may end before the pipe is written
-    // Pipes cannot seek: what a format needs beyond the head reads as nothing.
-    mkfifo(place.path("pipe").c_str(), 0600);
-    const auto through_pipe = [&](const std::vector<std::string> &arguments, const std::string &content) {
-        std::thread writer([&] { std::ofstream(place.path("pipe")) << content; });
-        const Outcome run = place.run(arguments);
-        writer.join();
-        EXPECT_EQ(run.err, "");
-        EXPECT_EQ(run.status, 0);
-        return run.out;
+namespace {
+
+// A run on a pipe of a given name and content.
+Outcome through_pipe(const std::string &name, const std::string &content,
+                     std::vector<std::string> switches = {}) {
+    const Workplace place;
+    mkfifo(place.path(name).c_str(), 0600);
+    std::thread writer([&] { std::ofstream(place.path(name)) << content; });
+    switches.push_back(name);
+    Outcome run = place.run(switches);
+    writer.join();
+    EXPECT_EQ(run.err + std::to_string(run.status), "0");
+    return run;
+}
+
+}  // namespace
+
+TEST(Pipes, ShowWhatFilesShow) {
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(KELDUMP_SAMPLES)) {
+        const std::string extension = entry.path().extension();
+        if (!entry.is_regular_file() || extension == ".txt" || extension == ".sh") continue;
+        const std::string content = content_of(entry.path());
+        const std::string name = entry.path().filename();
+        EXPECT_EQ(through_pipe(name, content, {"-v", "-t"}).out, dump_of(content, name, {"-v", "-t"}))
+            << name;
+    }
+    const std::string text(70000, 'x');
+    for (const char *view : {"-h", "-hn=1234", "-s", "-d"}) {
+        EXPECT_EQ(through_pipe("f", text, {view}).out, dump_of(text, "f", {view})) << view;
+    }
+}
+
+TEST(Pipes, LongOnesMoveToTheDisk) {
+    const uint64_t size = 257 << 20;
+    EXPECT_EQ(through_pipe("f", std::string(size, 'x'), {"-h=100fffff,20"}).out,
+              "100ffff0: 78 78 78 78 78 78 78 78 78 78 78 78 78 78 78 78  : xxxxxxxxxxxxxxxx\n");
+}
+
+TEST(Pipes, StandardInput) {
+    const Workplace place;
+    place.write("clip.mov", big().u32(8).text("free").str());
+    const auto shell = [&](const std::string &command) {
+        const std::string script = "cd '" + place.path("") + "' && " + command + " >out";
+        EXPECT_EQ(std::system(("k=" KELDUMP_BINARY "; " + script).c_str()), 0) << command;
+        return place.read("out");
     };
-    EXPECT_EQ(through_pipe({"-s", "pipe"}, "abc12 xyz123\nHELLOWORLD"), "xyz123\nHELLOWORLD\n");
-    EXPECT_EQ(through_pipe({"pipe"}, "%PDF-"), "Fileformat:PDF\n");
-    EXPECT_EQ(through_pipe({"-h", "pipe"}, "x"), "");
-    EXPECT_EQ(through_pipe({"pipe"}, "RIFF\x10WAVEfmt"), "Error: Scanning for formattag, seek failed\n");
+    const std::string rows = place.run({"-h", "clip.mov"}).out;
+    EXPECT_EQ(shell("cat clip.mov | $k -h /dev/stdin"), rows);
+    EXPECT_EQ(shell("$k -h /dev/stdin <clip.mov"), rows);
+    EXPECT_EQ(shell("$k -h /dev/fd/3 3<clip.mov"), rows);
+    EXPECT_EQ(shell("mkfifo p.mov; cat clip.mov >p.mov & $k p.mov"), place.run({"clip.mov"}).out);
+    // Every frame of a range is read anew.
+    EXPECT_EQ(shell("for f in 1 2; do mkfifo $f; cat clip.mov >$f & done; $k -h %d 1 1"), rows + rows);
 }
