@@ -3,6 +3,11 @@
 #include "support/bytes_of.h"
 #include "support/command.h"
 
+TEST(Cineon, EveryField) {
+    Transcript transcript;
+    SHOW(dump_of(little().raw(counting(2048)).at(0).u32(0xD75F2A80).at(192).u8(3).u8(2).str()));
+}
+
 TEST(Cineon, UnsetValuesAndTheLastChannels) {
     Transcript transcript;
     ByteWriter w = little().u32(0xD75F2A80).u32(2048).u32(1024).u32(0xFFFFFFFF);

@@ -22,15 +22,7 @@ ByteWriter arri(uint32_t version) {
 
 TEST(Arri, LongHeader) {
     Transcript transcript;
-    const std::string text = dump_of(arri(3).str());
-    SHOW(lines_from(text, "Fileformat", 7));
-    SHOW(lines_from(text, "DataSpace", 6));
-    SHOW(lines_from(text, "ColorMatrix:", 2));
-    SHOW(lines_from(text, "Flip", 2));
-    SHOW(lines_from(text, "CdlPower", 4));
-    SHOW(lines_from(text, "UserDate", 2));
-    SHOW(lines_from(text, "ProjectFps", 7));
-    SHOW(lines_from(text, "RecRunRegen_TC:"));
+    SHOW(dump_of(arri(3).str()));
 }
 
 TEST(Arri, OtherHeaders) {

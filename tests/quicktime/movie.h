@@ -12,13 +12,6 @@ inline std::string atom(const std::string &type, const std::string &payload = ""
     return big().u32(8 + payload.size() + too_long).text(type).raw(payload).str();
 }
 
-// n bytes that count up from 0x21: every field shows a value of its own.
-inline std::string counting(size_t n) {
-    std::string bytes;
-    for (size_t i = 0; i < n; i++) bytes += static_cast<char>(0x21 + i);
-    return bytes;
-}
-
 // The dump between its first line and the closing one.
 inline std::string movie_dump(const std::string &content) {
     const std::string dump = dump_of(content, "clip.mov");

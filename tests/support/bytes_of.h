@@ -71,4 +71,12 @@ class ByteWriter {
 
 inline ByteWriter little() { return ByteWriter(ByteWriter::Order::little); }
 inline ByteWriter big() { return ByteWriter(ByteWriter::Order::big); }
+
+// n printable bytes that count up: every field of a layout shows a value of its own.
+inline std::string counting(size_t n) {
+    std::string bytes;
+    for (size_t i = 0; i < n; i++) bytes += static_cast<char>(0x21 + i % 94);
+    return bytes;
+}
+
 inline std::string hex(std::string_view digits) { return big().hex(digits).str(); }
