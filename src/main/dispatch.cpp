@@ -3,6 +3,8 @@
 #include <strings.h>
 
 #include <cstring>
+#include <initializer_list>
+#include <string_view>
 
 #include "audio/audio.h"
 #include "common/file_access.h"
@@ -21,191 +23,150 @@
 
 namespace {
 
+using namespace std::string_view_literals;
+
 constexpr size_t kClockText = 32;
 
-// What a format's entry may need.
-struct Head {
+// A file to be recognised, and all that a format's entry may need.
+struct Input {
     DumpOptions &opts;
     std::FILE *file;
     const char *name;
     int range_flag;
-    Bytes b;
+    Bytes head;  // kDetectionSize bytes
 };
 
-// Each test returns whether it recognised the file, which has been dumped then.
+// A format is recognised by its file's first bytes, a further condition, or both.
+struct Format {
+    std::string_view magic;
+    void (*dump)(const Input &);
+    bool (*condition)(const Input &) = nullptr;
+};
 
-// Magic numbers that files hold in either byte order.
-bool begins_with(Bytes b, uint32_t magic) { return big32(b) == magic || little32(b) == magic; }
-
-bool dump_by_magic_number(const Head &head) {
-    const Bytes b = head.b;
-    char clock[kClockText];
-    if (begins_with(b, 0x000001B3) || begins_with(b, 0x000001BA)) {  // sequence or pack header
-        mpegdump(head.opts, head.file, 0, clock);
-    } else if (begins_with(b, 0x762F3101)) {
-        exrdump(head.opts, head.file);
-    } else if (big32(b) == 0x060E2B34) {  // SMPTE universal label
-        mxfdump(head.opts, head.file);
-    } else if (begins_with(b, 0x41525249)) {  // ARRI
-        aridump(head.opts, head.file);
-    } else if (begins_with(b, 0x53445058)) {  // SDPX
-        dpxdump(head.opts, head.file, b, kDetectionSize, head.name, head.range_flag);
-    } else if (begins_with(b, 0x802A5FD7)) {
-        cineondump(head.opts, b, kDetectionSize);
-    } else {
-        return false;
+bool begins_with(Bytes head, std::string_view magic) {
+    for (size_t i = 0; i < magic.size(); i++) {
+        if (head[i] != static_cast<uint8_t>(magic[i])) return false;
     }
     return true;
 }
 
-bool dump_by_leading_text(const Head &head) {
-    const Bytes b = head.b;
-    if (bytes_are(b, 0, "\x00\x03")) {
-        fontdump(head.opts, head.file);
-    } else if (bytes_are(b, 0, "BM")) {
-        bmpdump(head.opts, b);
-    } else if (bytes_are(b, 0, "\x01\xDA")) {
-        sgidump(head.opts, b);
-    } else if (bytes_are(b, 0, "FORM")) {
-        aiffdump(head.opts, b, head.name);
-    } else if (bytes_are(b, 0, "RIFF")) {
-        riffdump(head.opts, b, head.name, 0);
-    } else if (bytes_are(b, 0, "RF64")) {
-        riffdump(head.opts, b, head.name, 1);
-    } else if (bytes_are(b, 0, "STREAMER")) {
-        rawdump(head.opts, head.name);
-    } else {
-        return false;
-    }
-    return true;
+bool recognises(const Format &format, const Input &in) {
+    return begins_with(in.head, format.magic) && (!format.condition || format.condition(in));
 }
 
-bool dump_executable(const Head &head) {
-    const uint64_t pe_header = little32(head.b, 60);
-    if (pe_header + 4 > kDetectionSize || !bytes_are(head.b, pe_header, "PE\0\0")) return false;
-    exedump(head.b);
-    return true;
-}
-
-// JP2, RED and GXF files begin with a 32-bit size or leader whose first bytes are zero.
-bool dump_after_zeros(const Head &head) {
-    const Bytes b = head.b;
-    if (b[1] != 0) return false;
-    if (bytes_are(b, 2, "\x00\x0Cj")) {
-        if (!bytes_are(b, 5, "P  \r\n\x87\n")) return false;
-        jp2dump(head.opts, head.file);
-        return true;
-    }
-    if (bytes_are(b, 4, "RED1")) {
-        reddumpv1(head.opts, head.file);
-        return true;
-    }
-    if (bytes_are(b, 4, "RED2")) {
-        reddumpv2(head.opts, head.file);
-        return true;
-    }
-    if (bytes_are(b, 2, "\x00\x00\x01") && bytes_are(b, 14, "\xE1\xE2")) {
-        gxfdump(head.opts, head.file);
-        return true;
+bool is_named(const Input &in, std::initializer_list<const char *> extensions) {
+    const char *dot = std::strrchr(in.name, '.');
+    for (const char *extension : extensions) {
+        if (dot && strcasecmp(dot, extension) == 0) return true;
     }
     return false;
 }
 
-bool dump_after_ff(const Head &head) {
-    const Bytes b = head.b;
-    switch (b[1]) {
-        case 0x4F:
-            if (!bytes_are(b, 2, "\xFF\x51")) return false;
-            jpcdump(head.opts, head.file, 0);
-            return true;
-        case 0xD8: jpgdump(head.opts, head.file); return true;
-        case 0xFE: dumpfile(head.opts, head.file); return true;
-        case 0xFF:
-            if (bytes_are(b, 2, "\xFF\xF0")) {
-                jpcdump(head.opts, head.file, 1);
-                return true;
-            }
-            break;
-        default:
-            if ((b[1] & 0xF0) != 0xF0) return false;
-    }
-    std::printf("Fileformat:MP3\n");
-    return true;
-}
-
-bool name_format(bool recognised, const char *line) {
-    if (recognised) std::printf("%s\n", line);
-    return recognised;
-}
-
-template <typename Dump, typename... Arguments>
-bool dump_if(bool recognised, Dump dump, Arguments &&...arguments) {
-    if (recognised) dump(arguments...);
-    return recognised;
-}
-
-bool is_transport_stream(Bytes b) { return b[188] == 0x47 && b[376] == 0x47 && b[564] == 0x47; }
-
-bool dump_by_first_byte(const Head &head) {
-    DumpOptions &opts = head.opts;
-    std::FILE *file = head.file;
-    const Bytes b = head.b;
+void dump_mpeg(const Input &in) {
     char clock[kClockText];
-    switch (b[0]) {
-        case 'I': return dump_if(b[1] == 'I', tiffdump, opts, file);
-        case 'M': return b[1] == 'Z' ? dump_executable(head) : dump_if(b[1] == 'M', tiffdump, opts, file);
-        case 0x00: return dump_after_zeros(head);
-        case 0xFF: return dump_after_ff(head);
-        case '{': return name_format(bytes_are(b, 1, "\\rtf"), "Fileformat:RTF - Rich Text Format");
-        case 0xFE: return dump_if(b[1] == 0xFF, dumpfile, opts, file);
-        case 0xEF: return dump_if(bytes_are(b, 1, "\xBB\xBF"), dumpfile, opts, file);
-        case '%': return name_format(bytes_are(b, 1, "PDF-"), "Fileformat:PDF");
-        case 'G':
-            return name_format(bytes_are(b, 1, "IF"), "Fileformat:GIF") ||
-                   dump_if(is_transport_stream(b), tsdump, opts, file, 0, clock);
-        case 0x89: return dump_if(bytes_are(b, 1, "PNG\r\n\x1A\n"), pngdump, opts, file);
-        case 0x8A: return dump_if(bytes_are(b, 1, "MNG\r\n\x1A\n"), mngdump, opts, file);
-        case 'P': return dump_if(b[1] >= '1' && b[1] <= '6' && b[2] == '\n', ppmdump, opts, file);
-        case '<':
-            return dump_if(bytes_are(b, 1, "?xml"), [&] {
-                xmldump(opts, file);
-                dumpfile(opts, file);
-            });
-        case 'S': return dump_if(bytes_are(b, 1, "\x80\xF6\x34\x40\x40\x00\x00"), softdump, opts, b);
-        default: return false;
-    }
+    mpegdump(in.opts, in.file, 0, clock);
 }
 
-template <size_t N>
-bool is_one_of(const char *extension, const char *const (&names)[N]) {
-    for (const char *name : names) {
-        if (strcasecmp(extension, name) == 0) return true;
-    }
-    return false;
+void dump_transport_stream(const Input &in) {
+    char clock[kClockText];
+    tsdump(in.opts, in.file, 0, clock);
 }
 
-bool dump_by_extension(const Head &head) {
-    const char *dot = std::strrchr(head.name, '.');
-    const char *extension = dot ? dot : "";
-    if (is_one_of(extension, {".mov", ".qt"})) {
-        qtdump(head.name);
-    } else if (is_one_of(extension, {".tga", ".targa"})) {
-        tgadump(head.opts, head.b);
-    } else if (is_one_of(extension, {".yuv8", ".yuv", ".qtl", ".qnt"})) {
-        yuvdump(head.opts, head.file);
-    } else if (is_one_of(extension, {".yuv10"})) {
-        yuv10dump(head.opts, head.file);
-    } else if (is_one_of(extension, {".yuv16"})) {
-        yuv16dump(head.opts, head.file);
-    } else if (is_one_of(extension, {".3dl", ".txt", ".scc", ".lut", ".edl", ".vamc"})) {
-        dumpfile(head.opts, head.file);
-    } else if (bytes_are(head.b, 0, "PK")) {
-        std::printf("Fileformat:ZIP\n");
-    } else {
-        return false;
-    }
-    return true;
+void dump_exr(const Input &in) { exrdump(in.opts, in.file); }
+void dump_arri(const Input &in) { aridump(in.opts, in.file); }
+void dump_dpx(const Input &in) { dpxdump(in.opts, in.file, in.head, kDetectionSize, in.name, in.range_flag); }
+void dump_cineon(const Input &in) { cineondump(in.opts, in.head, kDetectionSize); }
+void dump_tiff(const Input &in) { tiffdump(in.opts, in.file); }
+void dump_text(const Input &in) { dumpfile(in.opts, in.file); }
+void dump_xml(const Input &in) {
+    xmldump(in.opts, in.file);
+    dumpfile(in.opts, in.file);
 }
+
+bool is_executable(const Input &in) {
+    const uint64_t pe_header = little32(in.head, 60);
+    return pe_header + 4 <= kDetectionSize && bytes_are(in.head, pe_header, "PE\0\0");
+}
+
+bool is_transport_stream(const Input &in) {
+    return in.head[188] == 0x47 && in.head[376] == 0x47 && in.head[564] == 0x47;
+}
+
+bool is_portable_map(const Input &in) { return in.head[1] >= '1' && in.head[1] <= '6' && in.head[2] == '\n'; }
+
+// The first format that recognises a file dumps it. Those told by their names' extensions come last.
+// clang-format off
+constexpr Format kFormats[] = {
+    // Magic numbers that files hold in either byte order.
+    {"\x00\x00\x01\xB3"sv, dump_mpeg},  // sequence header
+    {"\xB3\x01\x00\x00"sv, dump_mpeg},
+    {"\x00\x00\x01\xBA"sv, dump_mpeg},  // pack header
+    {"\xBA\x01\x00\x00"sv, dump_mpeg},
+    {"\x76\x2F\x31\x01"sv, dump_exr},
+    {"\x01\x31\x2F\x76"sv, dump_exr},
+    {"\x06\x0E\x2B\x34"sv, [](const Input &in) { mxfdump(in.opts, in.file); }},  // SMPTE universal label
+    {"ARRI"sv, dump_arri},
+    {"IRRA"sv, dump_arri},
+    {"SDPX"sv, dump_dpx},
+    {"XPDS"sv, dump_dpx},
+    {"\x80\x2A\x5F\xD7"sv, dump_cineon},
+    {"\xD7\x5F\x2A\x80"sv, dump_cineon},
+
+    {"\x00\x03"sv, [](const Input &in) { fontdump(in.opts, in.file); }},
+    {"BM"sv, [](const Input &in) { bmpdump(in.opts, in.head); }},
+    {"\x01\xDA"sv, [](const Input &in) { sgidump(in.opts, in.head); }},
+    {"FORM"sv, [](const Input &in) { aiffdump(in.opts, in.head, in.name); }},
+    {"RIFF"sv, [](const Input &in) { riffdump(in.opts, in.head, in.name, 0); }},
+    {"RF64"sv, [](const Input &in) { riffdump(in.opts, in.head, in.name, 1); }},
+    {"STREAMER"sv, [](const Input &in) { rawdump(in.opts, in.name); }},
+
+    {"II"sv, dump_tiff},
+    {"MM"sv, dump_tiff},
+    {"MZ"sv, [](const Input &in) { exedump(in.head); }, is_executable},
+
+    // Files that begin with a 32-bit size or a leader whose first bytes are zero.
+    {"\x00\x00\x00\x0CjP  \r\n\x87\n"sv, [](const Input &in) { jp2dump(in.opts, in.file); }},
+    {"\x00\x00"sv, [](const Input &in) { reddumpv1(in.opts, in.file); },
+     [](const Input &in) { return bytes_are(in.head, 4, "RED1"); }},
+    {"\x00\x00"sv, [](const Input &in) { reddumpv2(in.opts, in.file); },
+     [](const Input &in) { return bytes_are(in.head, 4, "RED2"); }},
+    {"\x00\x00\x00\x00\x01"sv, [](const Input &in) { gxfdump(in.opts, in.file); },
+     [](const Input &in) { return bytes_are(in.head, 14, "\xE1\xE2"); }},
+
+    {"\xFF\x4F\xFF\x51"sv, [](const Input &in) { jpcdump(in.opts, in.file, 0); }},
+    {"\xFF\xFF\xFF\xF0"sv, [](const Input &in) { jpcdump(in.opts, in.file, 1); }},
+    {"\xFF\xD8"sv, [](const Input &in) { jpgdump(in.opts, in.file); }},
+    {"\xFF\xFE"sv, dump_text},  // UTF-16, little-endian
+    {"\xFF"sv, [](const Input &) { std::printf("Fileformat:MP3\n"); },
+     [](const Input &in) { return (in.head[1] & 0xF0) == 0xF0; }},
+
+    {"{\\rtf"sv, [](const Input &) { std::printf("Fileformat:RTF - Rich Text Format\n"); }},
+    {"\xFE\xFF"sv, dump_text},      // UTF-16, big-endian
+    {"\xEF\xBB\xBF"sv, dump_text},  // UTF-8
+    {"%PDF-"sv, [](const Input &) { std::printf("Fileformat:PDF\n"); }},
+    {"GIF"sv, [](const Input &) { std::printf("Fileformat:GIF\n"); }},
+    {"G"sv, dump_transport_stream, is_transport_stream},
+    {"\x89PNG\r\n\x1A\n"sv, [](const Input &in) { pngdump(in.opts, in.file); }},
+    {"\x8AMNG\r\n\x1A\n"sv, [](const Input &in) { mngdump(in.opts, in.file); }},
+    {"P"sv, [](const Input &in) { ppmdump(in.opts, in.file); }, is_portable_map},
+    {"<?xml"sv, dump_xml},
+    {"S\x80\xF6\x34\x40\x40\x00\x00"sv, [](const Input &in) { softdump(in.opts, in.head); }},
+
+    {""sv, [](const Input &in) { qtdump(in.name); },
+     [](const Input &in) { return is_named(in, {".mov", ".qt"}); }},
+    {""sv, [](const Input &in) { tgadump(in.opts, in.head); },
+     [](const Input &in) { return is_named(in, {".tga", ".targa"}); }},
+    {""sv, [](const Input &in) { yuvdump(in.opts, in.file); },
+     [](const Input &in) { return is_named(in, {".yuv8", ".yuv", ".qtl", ".qnt"}); }},
+    {""sv, [](const Input &in) { yuv10dump(in.opts, in.file); },
+     [](const Input &in) { return is_named(in, {".yuv10"}); }},
+    {""sv, [](const Input &in) { yuv16dump(in.opts, in.file); },
+     [](const Input &in) { return is_named(in, {".yuv16"}); }},
+    {""sv, dump_text,
+     [](const Input &in) { return is_named(in, {".3dl", ".txt", ".scc", ".lut", ".edl", ".vamc"}); }},
+    {"PK"sv, [](const Input &) { std::printf("Fileformat:ZIP\n"); }},
+};
+// clang-format on
 
 }  // namespace
 
@@ -213,11 +174,13 @@ void dispatch(DumpOptions &opts, std::FILE *file, const char *name, int range_fl
     uint8_t buffer[kDetectionSize];
     const uint64_t got = read_fully(fileno(file), buffer, sizeof buffer);
     std::memset(buffer + got, 0, sizeof buffer - got);
-    const Head head{opts, file, name, range_flag, Bytes(buffer, sizeof buffer)};
-    if (dump_by_magic_number(head) || dump_by_leading_text(head) || dump_by_first_byte(head) ||
-        dump_by_extension(head)) {
-        return;
+    const Input in{opts, file, name, range_flag, Bytes(buffer, sizeof buffer)};
+    for (const Format &format : kFormats) {
+        if (recognises(format, in)) {
+            format.dump(in);
+            return;
+        }
     }
-    std::printf("Unknown fileformat of file '%s' %02x %02x %02x %02x\n", name, head.b[0], head.b[1],
-                head.b[2], head.b[3]);
+    std::printf("Unknown fileformat of file '%s' %02x %02x %02x %02x\n", name, in.head[0], in.head[1],
+                in.head[2], in.head[3]);
 }
