@@ -23,13 +23,10 @@ struct Walk {
     uint32_t bits = 0;
 };
 
-uint32_t u16(Bytes b, uint64_t offset) { return tiffuint16(b.from(offset), 1); }
-uint32_t u32(Bytes b, uint64_t offset) { return tiffuint32(b.from(offset), 1); }
-
 void print_common(Walk &walk, Bytes payload) {
-    walk.channels = u16(payload, 0);
-    walk.frames = u32(payload, 2);
-    walk.bits = u16(payload, 6);
+    walk.channels = big16(payload, 0);
+    walk.frames = big32(payload, 2);
+    walk.bits = big16(payload, 6);
     std::printf(" COMM\n");
     std::printf("  Channels %d\n", walk.channels);
     std::printf("  Samples  %d\n", static_cast<int32_t>(walk.frames));
@@ -38,10 +35,10 @@ void print_common(Walk &walk, Bytes payload) {
 
 // False when the samples cannot be reached.
 bool print_sound(Walk &walk, Bytes chunk, uint64_t position) {
-    const int32_t offset = static_cast<int32_t>(u32(chunk, kChunkHeader));
+    const int32_t offset = static_cast<int32_t>(big32(chunk, kChunkHeader));
     const int64_t samples = static_cast<int64_t>(position + kChunkHeader + kSoundHeader) + offset;
     std::printf(" SSND\n");
-    std::printf("  Size     %d\n", static_cast<int32_t>(u32(chunk, 4)));
+    std::printf("  Size     %d\n", static_cast<int32_t>(big32(chunk, 4)));
     std::printf("  Offset   %d\n", offset);
     std::printf("PTR %08x\n", static_cast<uint32_t>(samples));
     if (!walk.opts.flag_a && !walk.opts.flag_t) return true;
@@ -57,7 +54,7 @@ bool print_sound(Walk &walk, Bytes chunk, uint64_t position) {
 void walk_chunks(Walk &walk, Bytes form) {
     for (uint64_t position = kFirstChunk; form.has(position, kChunkHeader);) {
         const Bytes chunk = form.from(position);
-        const uint32_t size = u32(chunk, 4);
+        const uint32_t size = big32(chunk, 4);
         std::printf(" Elem %c%c%c%c length %d\n", chunk[0], chunk[1], chunk[2], chunk[3],
                     static_cast<int32_t>(size));
         if (bytes_are(chunk, 0, "COMM")) {
@@ -74,7 +71,7 @@ void walk_chunks(Walk &walk, Bytes form) {
 }  // namespace
 
 void aiffdump(DumpOptions &opts, Bytes header, const char *name) {
-    const uint32_t size = u32(header, 4);
+    const uint32_t size = big32(header, 4);
     std::printf("Fileformat:AIFF\n");
     std::printf(" Size:            %lld\n", static_cast<long long>(size));
     std::printf(" Magic:           %c%c%c%c\n", header[8], header[9], header[10], header[11]);

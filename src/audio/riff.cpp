@@ -48,11 +48,7 @@ struct Chunk {
     Bytes payload;  // what was read of it
 };
 
-uint32_t u16(Bytes b, uint64_t offset) { return tiffuint16(b.from(offset), 0); }
-uint32_t u32(Bytes b, uint64_t offset) { return tiffuint32(b.from(offset), 0); }
-int64_t s64(Bytes b, uint64_t offset) {
-    return static_cast<int64_t>(uint64_t{u32(b, offset + 4)} << 32 | u32(b, offset));
-}
+int64_t s64(Bytes b, uint64_t offset) { return static_cast<int64_t>(little64(b, offset)); }
 
 // The next chunk starts at an even place behind the payload.
 int64_t after_chunk(int64_t offset, int64_t length) { return offset + ((length + 9) & ~int64_t{1}); }
@@ -95,7 +91,7 @@ bool scan_format(Walk &walk) {
         const Bytes chunk = walk.window.at(static_cast<uint64_t>(offset)).sub(0, kScanSize);
         const Bytes payload = chunk.from(kChunkHeader);
         if (bytes_are(chunk, 0, "fmt ")) {
-            walk.rate = u32(payload, 4);
+            walk.rate = little32(payload, 4);
             return true;
         }
         if (walk.rf64 && bytes_are(chunk, 0, "ds64")) {
@@ -104,31 +100,32 @@ bool scan_format(Walk &walk) {
             walk.sample_count = s64(payload, 16);
             if (walk.riff_size == -1) walk.riff_size = walk.riff_size64;
         }
-        offset = after_chunk(offset, signed_size(u32(chunk, 4)));
+        offset = after_chunk(offset, signed_size(little32(chunk, 4)));
     } while (offset < walk.riff_size && !circle.closed_by(offset));
     return true;
 }
 
 void print_format(Walk &walk, Bytes payload) {
-    walk.channels = u16(payload, 2);
-    walk.bytes_per_second = u32(payload, 8);
-    walk.block_size = u16(payload, 12);
-    walk.bits = u16(payload, 14);
+    walk.channels = little16(payload, 2);
+    walk.bytes_per_second = little32(payload, 8);
+    walk.block_size = little16(payload, 12);
+    walk.bits = little16(payload, 14);
     std::printf("  FMT\n");
-    std::printf("   Format          %d\n", u16(payload, 0));
+    std::printf("   Format          %d\n", little16(payload, 0));
     std::printf("   Channels        %d\n", walk.channels);
-    std::printf("   Frequency       %d\n", static_cast<int32_t>(u32(payload, 4)));
+    std::printf("   Frequency       %d\n", static_cast<int32_t>(little32(payload, 4)));
     std::printf("   Bytespersecond  %d\n", static_cast<int32_t>(walk.bytes_per_second));
     std::printf("   Blocksize       %d\n", walk.block_size);
     std::printf("   Bits            %d\n", walk.bits);
 }
 
 void print_size64(const char *label, Bytes field, int64_t value) {
-    std::printf("%s%08x%08x (%lld)\n", label, u32(field, 4), u32(field, 0), static_cast<long long>(value));
+    std::printf("%s%08x%08x (%lld)\n", label, little32(field, 4), little32(field, 0),
+                static_cast<long long>(value));
 }
 
 void print_sizes(const Walk &walk, Bytes payload) {
-    const int32_t entries = static_cast<int32_t>(u32(payload, 24));
+    const int32_t entries = static_cast<int32_t>(little32(payload, 24));
     print_size64("   Size            ", payload, walk.riff_size64);
     print_size64("   Datasize        ", payload.from(8), walk.data_size);
     print_size64("   Samplecount     ", payload.from(16), walk.sample_count);
@@ -145,7 +142,7 @@ void print_sizes(const Walk &walk, Bytes payload) {
 void print_cdxa(const Chunk &chunk) {
     std::printf("  CDXA\n");
     std::printf("              %08x\n", chunk.size_field);
-    for (uint64_t i = 0; i < 6; i++) std::printf("              %08x\n", u32(chunk.payload, 4 * i));
+    for (uint64_t i = 0; i < 6; i++) std::printf("              %08x\n", little32(chunk.payload, 4 * i));
 }
 
 void print_play_length(int64_t length, uint32_t bytes_per_second) {
@@ -200,7 +197,7 @@ void print_bext(const Walk &walk, const Chunk &chunk) {
                     static_cast<int>(seconds / 60 % 60), static_cast<int>(seconds % 60),
                     static_cast<int>(reference % walk.rate / (walk.rate / 1000)));
     }
-    if (chunk.length > 348) std::printf("   version            %d\n", u16(payload, 346));
+    if (chunk.length > 348) std::printf("   version            %d\n", little16(payload, 346));
 }
 
 void print_ixml(Bytes payload) {
@@ -246,7 +243,7 @@ void walk_chunks(Walk &walk) {
             return;
         }
         const Bytes bytes = walk.window.at(static_cast<uint64_t>(offset));
-        const uint32_t size_field = u32(bytes, 4);
+        const uint32_t size_field = little32(bytes, 4);
         int64_t length = signed_size(size_field);
         if (size_field == kUnknownSize && bytes_are(bytes, 0, "data")) length = walk.data_size;
         const int64_t payload = std::min(length, kMaxPayload);
@@ -280,7 +277,7 @@ void riffdump(DumpOptions &opts, Bytes header, const char *name, int rf64) {
               static_cast<int64_t>(file_size(file.get())),
               rf64 != 0,
               bytes_are(header, 8, "CDXA"),
-              signed_size(u32(header, 4)),
+              signed_size(little32(header, 4)),
               Budget(file_size(file.get()))};
     if (!walk.window.ok()) {
         std::printf("Error: Failed to allocate buffer %lld bytes\n", static_cast<long long>(kBufferSize));

@@ -5,23 +5,25 @@
 #include <cstdint>
 #include <span>
 
-#include "common/bytes.h"
+#include "common/ordered_bytes.h"
 
+// What a field prints and its width in bits. Those named set_ are empty when all bits of the field are ones
+// (Cineon's real numbers: when it is positive infinity).
 enum class Field {
-    u8,    // decimal
-    u16,   // decimal
-    u32,   // signed decimal
-    s64,   // signed decimal
-    hex8,  // hexadecimal of as many digits as the field has
+    dec8,   // decimal
+    dec16,  // decimal
+    dec32,  // signed decimal
+    dec64,  // signed decimal
+    hex8,   // hexadecimal of as many digits as the field has
     hex16,
     hex32,
     hex64,
-    set8,         // decimal, empty when not set
-    dec,          // 32 bits, signed decimal, empty when not set
-    hex,          // 32 bits, "%08x", empty when not set
-    real,         // float, empty when not set
-    cineon_real,  // float with Cineon's mark for "not set"
-    ascii,        // text in quotes
+    set_dec8,
+    set_dec32,  // signed
+    set_hex32,
+    set_real,  // float
+    set_cineon_real,
+    ascii,  // text in quotes
 };
 
 struct FieldRow {
@@ -32,4 +34,4 @@ struct FieldRow {
 };
 
 // Prints one line a row; offsets count from the start of `header`.
-void print_field_rows(Bytes header, int big_endian, std::span<const FieldRow> rows);
+void print_field_rows(OrderedBytes header, std::span<const FieldRow> rows);

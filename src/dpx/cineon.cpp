@@ -19,25 +19,25 @@ constexpr uint64_t kChannelSize = 28;
 constexpr FieldRow kFileRows[] = {
     {0, Field::hex32, " magic          C : "},
     {4, Field::hex32, " offsetimage    C : "},
-    {8, Field::hex, " genericheader    : "},
-    {12, Field::hex, " industryheader   : "},
-    {16, Field::hex, " variableheader   : "},
-    {20, Field::hex, " totalsize        : "},
+    {8, Field::set_hex32, " genericheader    : "},
+    {12, Field::set_hex32, " industryheader   : "},
+    {16, Field::set_hex32, " variableheader   : "},
+    {20, Field::set_hex32, " totalsize        : "},
     {24, Field::ascii, " version        C : ", 8},
     {32, Field::ascii, " filename         : ", 100},
     {132, Field::ascii, " creationdate     : ", 24},
 };
 
 constexpr FieldRow kChannelRows[] = {
-    {0, Field::u8, "  channel1a       : "},
-    {1, Field::u8, "  channel1b       : "},
-    {2, Field::u8, "  bitsperpixel    : "},
-    {4, Field::u32, "  pixelsperline   : "},
-    {8, Field::u32, "  linesperimage   : "},
-    {12, Field::cineon_real, "  minimumdata     : "},
-    {16, Field::cineon_real, "  minimumquantity : "},
-    {20, Field::cineon_real, "  maximumdata     : "},
-    {24, Field::cineon_real, "  maximumquantity : "},
+    {0, Field::dec8, "  channel1a       : "},
+    {1, Field::dec8, "  channel1b       : "},
+    {2, Field::dec8, "  bitsperpixel    : "},
+    {4, Field::dec32, "  pixelsperline   : "},
+    {8, Field::dec32, "  linesperimage   : "},
+    {12, Field::set_cineon_real, "  minimumdata     : "},
+    {16, Field::set_cineon_real, "  minimumquantity : "},
+    {20, Field::set_cineon_real, "  maximumdata     : "},
+    {24, Field::set_cineon_real, "  maximumquantity : "},
 };
 
 // Chromaticities: two floats, x and y, behind each other.
@@ -57,42 +57,44 @@ constexpr FieldRow kLabelRows[] = {
 };
 
 constexpr FieldRow kDataRows[] = {
-    {680, Field::set8, " interleave       : "},
-    {681, Field::set8, " packing          : "},
-    {682, Field::set8, " bsigned          : "},
-    {683, Field::set8, " imagesense       : "},
-    {684, Field::dec, " endoflinepad     : "},
-    {688, Field::dec, " endofchannelpad  : "},
+    {680, Field::set_dec8, " interleave       : "},
+    {681, Field::set_dec8, " packing          : "},
+    {682, Field::set_dec8, " bsigned          : "},
+    {683, Field::set_dec8, " imagesense       : "},
+    {684, Field::set_dec32, " endoflinepad     : "},
+    {688, Field::set_dec32, " endofchannelpad  : "},
 };
 
 constexpr FieldRow kSourceRows[] = {
-    {712, Field::dec, " xoffset          : "},
-    {716, Field::dec, " yoffset          : "},
+    {712, Field::set_dec32, " xoffset          : "},
+    {716, Field::set_dec32, " yoffset          : "},
     {720, Field::ascii, " filename         : ", 100},
     {820, Field::ascii, " creationdate     : ", 24},
     {844, Field::ascii, " inputdevice      : ", 64},
     {908, Field::ascii, " inputmodel       : ", 32},
     {940, Field::ascii, " inputserialnr    : ", 32},
-    {972, Field::cineon_real, " xpitch           : "},
-    {976, Field::cineon_real, " ypitch           : "},
-    {980, Field::cineon_real, " gamma            : "},
+    {972, Field::set_cineon_real, " xpitch           : "},
+    {976, Field::set_cineon_real, " ypitch           : "},
+    {980, Field::set_cineon_real, " gamma            : "},
 };
 
 constexpr FieldRow kFilmRows[] = {
-    {1024, Field::set8, " filmmfgid        : "},
-    {1025, Field::set8, " filmtype         : "},
-    {1026, Field::set8, " offset           : "},
-    {1028, Field::dec, " prefix           : "},
-    {1032, Field::dec, " count            : "},
+    {1024, Field::set_dec8, " filmmfgid        : "},
+    {1025, Field::set_dec8, " filmtype         : "},
+    {1026, Field::set_dec8, " offset           : "},
+    {1028, Field::set_dec32, " prefix           : "},
+    {1032, Field::set_dec32, " count            : "},
     {1036, Field::ascii, " format           : ", 32},
-    {1068, Field::dec, " framenumber      : "},
-    {1072, Field::cineon_real, " framerate        : "},
+    {1068, Field::set_dec32, " framenumber      : "},
+    {1072, Field::set_cineon_real, " framerate        : "},
     {1076, Field::ascii, " frameid          : ", 32},
     {1108, Field::ascii, " slateinformation : ", 100},
 };
 // clang-format on
 
-void print_rows(Bytes header, std::span<const FieldRow> rows) { print_field_rows(header, 0, rows); }
+void print_rows(Bytes header, std::span<const FieldRow> rows) {
+    print_field_rows(little_endian(header), rows);
+}
 
 const char *real_at(Bytes header, uint64_t offset) {
     return cineonreal(float_of_bits(little32(header, offset)));

@@ -40,61 +40,61 @@ constexpr FieldRow kFileRows[] = {
     {4, Field::hex32, " offsetimage    C : "},
     {8, Field::ascii, " version        C : ", 8},
     {16, Field::hex32, " filesize       C : "},
-    {20, Field::dec, " dittokey         : "},
-    {24, Field::hex, " size_generic     : "},
-    {28, Field::hex, " size_industry    : "},
-    {32, Field::hex, " size_user        : "},
+    {20, Field::set_dec32, " dittokey         : "},
+    {24, Field::set_hex32, " size_generic     : "},
+    {28, Field::set_hex32, " size_industry    : "},
+    {32, Field::set_hex32, " size_user        : "},
     {36, Field::ascii, " filename         : ", 100},
     {136, Field::ascii, " creationtime     : ", 24},
     {160, Field::ascii, " creator          : ", 100},
     {260, Field::ascii, " projectname      : ", 200},
     {460, Field::ascii, " copyright        : ", 200},
-    {660, Field::hex, " key              : "},
+    {660, Field::set_hex32, " key              : "},
 };
 
 constexpr FieldRow kImageRows[] = {
-    {770, Field::u16, " channels       C : "},
-    {772, Field::u32, " pixelsperline  C : "},
-    {776, Field::u32, " linesperimage  C : "},
+    {770, Field::dec16, " channels       C : "},
+    {772, Field::dec32, " pixelsperline  C : "},
+    {776, Field::dec32, " linesperimage  C : "},
 };
 
 // Image element, before and after the coded values.
 constexpr FieldRow kElementRangeRows[] = {
-    {0, Field::u32, " signed        C : "},
-    {4, Field::dec, " lowdata         : "},
-    {8, Field::real, " lowquantity     : "},
-    {12, Field::dec, " highdata        : "},
-    {16, Field::real, " highquantity    : "},
+    {0, Field::dec32, " signed        C : "},
+    {4, Field::set_dec32, " lowdata         : "},
+    {8, Field::set_real, " lowquantity     : "},
+    {12, Field::set_dec32, " highdata        : "},
+    {16, Field::set_real, " highquantity    : "},
 };
 constexpr FieldRow kElementCodeRows[] = {
-    {21, Field::u8, " transfer      C : "},
-    {22, Field::u8, " colorimetric  C : "},
-    {23, Field::u8, " bitdepth      C : "},
+    {21, Field::dec8, " transfer      C : "},
+    {22, Field::dec8, " colorimetric  C : "},
+    {23, Field::dec8, " bitdepth      C : "},
 };
 constexpr FieldRow kElementDataRows[] = {
-    {28, Field::hex, " dataoffset    C : "},
-    {32, Field::dec, " endoflinepad    : "},
-    {36, Field::dec, " endofimagepad   : "},
+    {28, Field::set_hex32, " dataoffset    C : "},
+    {32, Field::set_dec32, " endoflinepad    : "},
+    {36, Field::set_dec32, " endofimagepad   : "},
     {40, Field::ascii, " description     : ", 32},
 };
 
 constexpr FieldRow kSourceRows[] = {
-    {1408, Field::dec, " xoffset          : "},
-    {1412, Field::dec, " yoffset          : "},
-    {1416, Field::real, " xcenter          : "},
-    {1420, Field::real, " ycenter          : "},
-    {1424, Field::dec, " xoriginalsize    : "},
-    {1428, Field::dec, " yoriginalsize    : "},
+    {1408, Field::set_dec32, " xoffset          : "},
+    {1412, Field::set_dec32, " yoffset          : "},
+    {1416, Field::set_real, " xcenter          : "},
+    {1420, Field::set_real, " ycenter          : "},
+    {1424, Field::set_dec32, " xoriginalsize    : "},
+    {1428, Field::set_dec32, " yoriginalsize    : "},
     {1432, Field::ascii, " filename         : ", 100},
     {1532, Field::ascii, " filetime         : ", 24},
     {1556, Field::ascii, " inputdevicename  : ", 32},
     {1588, Field::ascii, " inputserialnr    : ", 32},
 };
 constexpr FieldRow kAspectRows[] = {
-    {1628, Field::dec, " aspecthorizontal : "},
-    {1632, Field::dec, " aspectvertical   : "},
-    {1636, Field::real, " xscannedsize     : "},
-    {1640, Field::real, " yscannedsize     : "},
+    {1628, Field::set_dec32, " aspecthorizontal : "},
+    {1632, Field::set_dec32, " aspectvertical   : "},
+    {1636, Field::set_real, " xscannedsize     : "},
+    {1640, Field::set_real, " yscannedsize     : "},
 };
 
 constexpr FieldRow kFilmRows[] = {
@@ -104,11 +104,11 @@ constexpr FieldRow kFilmRows[] = {
     {1670, Field::ascii, " prefix           : ", 6},
     {1676, Field::ascii, " count            : ", 4},
     {1680, Field::ascii, " format           : ", 20},
-    {1712, Field::dec, " framenumber      : "},
-    {1716, Field::dec, " framecount       : "},
-    {1720, Field::dec, " heldcount        : "},
-    {1724, Field::real, " framerate        : "},
-    {1728, Field::real, " shutterangle     : "},
+    {1712, Field::set_dec32, " framenumber      : "},
+    {1716, Field::set_dec32, " framecount       : "},
+    {1720, Field::set_dec32, " heldcount        : "},
+    {1724, Field::set_real, " framerate        : "},
+    {1728, Field::set_real, " shutterangle     : "},
     {1732, Field::ascii, " frameid          : ", 32},
     {1764, Field::ascii, " slateinformation : ", 100},
 };
@@ -121,22 +121,22 @@ constexpr FieldRow kArriRows[] = {
 };
 
 constexpr FieldRow kTelevisionRows[] = {
-    {1920, Field::hex, " timecode         : "},
-    {1924, Field::hex, " userbytes        : "},
-    {1928, Field::set8, " interlace        : "},
-    {1929, Field::set8, " fieldnumber      : "},
+    {1920, Field::set_hex32, " timecode         : "},
+    {1924, Field::set_hex32, " userbytes        : "},
+    {1928, Field::set_dec8, " interlace        : "},
+    {1929, Field::set_dec8, " fieldnumber      : "},
 };
 constexpr FieldRow kSignalRows[] = {
-    {1932, Field::real, " horizontalfreq   : "},
-    {1936, Field::real, " verticalfreq     : "},
-    {1940, Field::real, " framerate        : "},
-    {1944, Field::real, " timeoffset       : "},
-    {1948, Field::real, " gamma            : "},
-    {1952, Field::real, " blacklevel       : "},
-    {1956, Field::real, " blackgain        : "},
-    {1960, Field::real, " breakpoint       : "},
-    {1964, Field::real, " whitelevel       : "},
-    {1968, Field::real, " integrationtime  : "},
+    {1932, Field::set_real, " horizontalfreq   : "},
+    {1936, Field::set_real, " verticalfreq     : "},
+    {1940, Field::set_real, " framerate        : "},
+    {1944, Field::set_real, " timeoffset       : "},
+    {1948, Field::set_real, " gamma            : "},
+    {1952, Field::set_real, " blacklevel       : "},
+    {1956, Field::set_real, " blackgain        : "},
+    {1960, Field::set_real, " breakpoint       : "},
+    {1964, Field::set_real, " whitelevel       : "},
+    {1968, Field::set_real, " integrationtime  : "},
 };
 // clang-format on
 
@@ -178,15 +178,7 @@ constexpr CodeName kArriStatusNames[] = {{'0', "Detection error"},
                                          {'3', "In splice region"},
                                          {'4', "Position uncertain"}};
 
-struct Header {
-    Bytes bytes;
-    int big_endian;
-
-    uint32_t u32(uint64_t offset) const { return tiffuint32(bytes.from(offset), big_endian); }
-    uint16_t u16(uint64_t offset) const { return tiffuint16(bytes.from(offset), big_endian); }
-    uint8_t u8(uint64_t offset) const { return bytes[offset]; }
-    void print(std::span<const FieldRow> rows) const { print_field_rows(bytes, big_endian, rows); }
-};
+using Header = OrderedBytes;
 
 struct PictureTimecode {
     uint32_t timecode = 0;
@@ -235,27 +227,27 @@ void print_file(const Header &header) {
     std::printf("file\n");
     std::printf(" magic          C : %08x %s\n", magic,
                 magic == kLittleEndianMagic ? "Little Endian" : "Big Endian");
-    header.print(kFileRows);
+    print_field_rows(header, kFileRows);
 }
 
 void print_image_element(const Header &header, uint64_t i) {
-    const Header element{header.bytes.from(kElements + kElementSize * i), header.big_endian};
+    const Header element = header.from(kElements + kElementSize * i);
     std::printf("imagechannel-%d\n", static_cast<int>(i));
-    element.print(kElementRangeRows);
+    print_field_rows(element, kElementRangeRows);
     const uint32_t descriptor = element.u8(kElementDescriptor);
     std::printf(" descriptor    C : %d %s\n", descriptor, name_of(kDescriptorNames, descriptor));
-    element.print(kElementCodeRows);
+    print_field_rows(element, kElementCodeRows);
     std::printf(" packing       C : %d %s\n", element.u16(24), name_at(table_packing, element.u16(24)));
     std::printf(" encoding      C : %s %s\n", checkuint16(element.u16(26)),
                 name_at(table_encoding, element.u16(26)));
-    element.print(kElementDataRows);
+    print_field_rows(element, kElementDataRows);
 }
 
 void print_image(const Header &header) {
     const uint32_t orientation = header.u16(768);
     std::printf("image\n");
     std::printf(" orientation    C : %d %s\n", orientation, name_at(table_orientation, orientation));
-    header.print(kImageRows);
+    print_field_rows(header, kImageRows);
     const uint64_t elements = std::min<uint64_t>(header.u16(770), kMaxElements);
     for (uint64_t i = 0; i < elements; i++) print_image_element(header, i);
 }
@@ -267,16 +259,16 @@ const char *aspect_ratio(uint32_t horizontal, uint32_t vertical) {
 
 void print_source(const Header &header) {
     std::printf("source\n");
-    header.print(kSourceRows);
+    print_field_rows(header, kSourceRows);
     std::printf(" border           : %s %s %s %s\n", checkuint16(header.u16(1620)),
                 checkuint16(header.u16(1622)), checkuint16(header.u16(1624)), checkuint16(header.u16(1626)));
     std::printf(" aspectratio      : %s\n", aspect_ratio(header.u32(1628), header.u32(1632)));
-    header.print(kAspectRows);
+    print_field_rows(header, kAspectRows);
 }
 
 void print_arri_keycode(const Header &header) {
     std::printf("arri keycode status\n");
-    header.print(kArriRows);
+    print_field_rows(header, kArriRows);
     std::printf(" keycode filmtype : %s\n", name_of(kArriFilmTypes, header.u8(1883), "?"));
     std::printf(" keycode status   : %s\n", name_of(kArriStatusNames, header.u8(1884), "?"));
 }
@@ -286,16 +278,16 @@ void print_film(const Header &header) {
     formatdpxkeycode(keycode, header.bytes.from(kFilmHeader));
     std::printf("film\n");
     std::printf(" keycode          : '%s'\n", keycode);
-    header.print(kFilmRows);
+    print_field_rows(header, kFilmRows);
     if (bytes_are(header.bytes, kArriStatus, "ARRI01")) print_arri_keycode(header);
 }
 
 void print_television(const Header &header) {
     const uint32_t signal = header.u8(1930);
     std::printf("television\n");
-    header.print(kTelevisionRows);
+    print_field_rows(header, kTelevisionRows);
     std::printf(" videosignal      : %s %s\n", checkuint8(signal), name_of(kSignalNames, signal));
-    header.print(kSignalRows);
+    print_field_rows(header, kSignalRows);
     if (header.u8(1972) != 0xFF)
         std::printf(" reelname         : %s\n", checkascii(header.bytes.from(1972), 76));
 }
@@ -348,7 +340,8 @@ void print_picture_timecode(PictureTimecode picture) {
 
 void dpxdump(DumpOptions &opts, std::FILE *file, Bytes bytes, uint32_t length, const char *name,
              int range_flag) {
-    const Header header{bytes.sub(0, length), little32(bytes) != kLittleEndianMagic};
+    const Bytes kept = bytes.sub(0, length);
+    const Header header = little32(bytes) == kLittleEndianMagic ? little_endian(kept) : big_endian(kept);
     // A frame range shows the burned-in timecode only when it was asked for.
     const bool picture_timecode = range_flag ? opts.flag_t : wants_picture_timecode(opts, header);
     const PictureTimecode picture =

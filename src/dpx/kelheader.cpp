@@ -5,7 +5,7 @@
 #include <cstdio>
 
 #include "common/hexrow.h"
-#include "common/values.h"
+#include "common/ordered_bytes.h"
 #include "dpx/rp215.h"
 
 namespace {
@@ -80,10 +80,9 @@ constexpr Item kItems[] = {
 
 // The words of the header in the byte order that its magic shows.
 struct Words {
-    Bytes bytes;
-    int big_endian;
+    OrderedBytes bytes;
 
-    uint32_t operator[](uint32_t i) const { return tiffuint32(bytes.from(uint64_t{4} * i), big_endian); }
+    uint32_t operator[](uint32_t i) const { return bytes.u32(uint64_t{4} * i); }
 };
 
 // An item's data as far as the header holds it.
@@ -153,8 +152,7 @@ void print_ancillary_packet(uint32_t tag, int field, const Data &data) {
 }  // namespace
 
 void kelheaderdump(Bytes header, KelHeaderRecord *, int print) {
-    const int big_endian = little32(header) != kMagic;
-    const Words words{header, big_endian};
+    const Words words{little32(header) == kMagic ? little_endian(header) : big_endian(header)};
     if (words[0] != kMagic || !print) return;
     std::printf("kelheader\n");
 

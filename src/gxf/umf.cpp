@@ -26,53 +26,53 @@ constexpr uint64_t kMostDescribed = 64 * 1024 * 1024;
 
 // clang-format off
 constexpr FieldRow kPayloadRows[] = {
-    {0, Field::u32, "   size          "},
-    {4, Field::u32, "   version       "},
-    {8, Field::u32, "   tracks        "},
-    {12, Field::u32, "   trackoffset   "},
-    {16, Field::u32, "   tracksize     "},
-    {20, Field::u32, "   segments      "},
-    {24, Field::u32, "   mediaoffset   "},
-    {28, Field::u32, "   mediasize     "},
-    {32, Field::u32, "   useroffset    "},
-    {36, Field::u32, "   usersize      "},
+    {0, Field::dec32, "   size          "},
+    {4, Field::dec32, "   version       "},
+    {8, Field::dec32, "   tracks        "},
+    {12, Field::dec32, "   trackoffset   "},
+    {16, Field::dec32, "   tracksize     "},
+    {20, Field::dec32, "   segments      "},
+    {24, Field::dec32, "   mediaoffset   "},
+    {28, Field::dec32, "   mediasize     "},
+    {32, Field::dec32, "   useroffset    "},
+    {36, Field::dec32, "   usersize      "},
 };
 
 constexpr FieldRow kMaterialRows[] = {
     {48, Field::hex32, "  flags         "},
-    {52, Field::u32, "  maxlength     "},
-    {56, Field::u32, "  minlength     "},
-    {60, Field::u32, "  markin        "},
-    {64, Field::u32, "  markout       "},
+    {52, Field::dec32, "  maxlength     "},
+    {56, Field::dec32, "  minlength     "},
+    {60, Field::dec32, "  markin        "},
+    {64, Field::dec32, "  markout       "},
     {68, Field::hex32, "  tcmarkin      "},
     {72, Field::hex32, "  tcmarkout     "},
     {76, Field::hex32, "  modifiedmsb   "},
     {80, Field::hex32, "  modifiedlsb   "},
-    {96, Field::u16, "  audiotracks   "},
-    {100, Field::u16, "  tctracks      "},
-    {102, Field::u16, "  videotracks   "},
+    {96, Field::dec16, "  audiotracks   "},
+    {100, Field::dec16, "  tctracks      "},
+    {102, Field::dec16, "  videotracks   "},
 };
 
 constexpr FieldRow kMediaRows[] = {
-    {0, Field::u16, "  length      "},
-    {2, Field::u16, "  trackinfo   "},
-    {4, Field::u16, "  sequenceno  "},
-    {8, Field::u32, "  fieldcnt    "},
-    {16, Field::u32, "  markin      "},
-    {20, Field::u32, "  markout     "},
+    {0, Field::dec16, "  length      "},
+    {2, Field::dec16, "  trackinfo   "},
+    {4, Field::dec16, "  sequenceno  "},
+    {8, Field::dec32, "  fieldcnt    "},
+    {16, Field::dec32, "  markin      "},
+    {20, Field::dec32, "  markout     "},
 };
 constexpr FieldRow kMediaSampleRows[] = {
-    {112, Field::u32, "  type        "},
-    {116, Field::u32, "  sampling    "},
-    {120, Field::u32, "  size        "},
+    {112, Field::dec32, "  type        "},
+    {116, Field::dec32, "  sampling    "},
+    {120, Field::dec32, "  size        "},
 };
 
 constexpr FieldRow kUserRows[] = {
-    {0, Field::u32, "  length      "},
-    {4, Field::u32, "  position    "},
-    {8, Field::u16, "  trackno     "},
-    {10, Field::u32, "  seqno       "},
-    {12, Field::u32, "  userkey     "},
+    {0, Field::dec32, "  length      "},
+    {4, Field::dec32, "  position    "},
+    {8, Field::dec16, "  trackno     "},
+    {10, Field::dec32, "  seqno       "},
+    {12, Field::dec32, "  userkey     "},
 };
 // clang-format on
 
@@ -84,8 +84,7 @@ constexpr CodeName kTrackKinds[] = {
 
 // The collected data with its byte order and the sizes that place its lists.
 struct Umf {
-    Bytes data;
-    bool little;
+    OrderedBytes data;
     int64_t fill;
     int64_t size;
     int64_t track_size;
@@ -99,8 +98,7 @@ struct Umf {
     bool goes_on(int64_t offset, int64_t start, int64_t list_size) const {
         return offset >= 0 && offset + kListTail < fill && offset - start < list_size;
     }
-    void print(Bytes entry, std::span<const FieldRow> rows) const { print_field_rows(entry, !little, rows); }
-    Bytes entry(int64_t offset) const { return data.from(static_cast<uint64_t>(offset)); }
+    OrderedBytes entry(int64_t offset) const { return data.from(static_cast<uint64_t>(offset)); }
 };
 
 // No field tells the byte order. In little-endian data the second of these overlapping values has the number
@@ -110,24 +108,23 @@ bool is_little(Bytes data) { return gxfint32(data, 1, false) <= gxfint32(data, 5
 
 Umf umf_of(const UmfCollection &collection) {
     const Bytes data(collection.data.data(), collection.data.size());
-    const bool little = is_little(data);
-    return {.data = data,
-            .little = little,
+    const OrderedBytes umf = is_little(data) ? little_endian(data) : big_endian(data);
+    return {.data = umf,
             .fill = static_cast<int64_t>(data.size()),
-            .size = gxfint32(data, 0, little),
-            .track_size = gxfint32(data, 16, little),
-            .media_size = gxfint32(data, 28, little),
-            .user_offset = gxfint32(data, 32, little),
-            .user_size = gxfint32(data, 36, little)};
+            .size = umf.s32(0),
+            .track_size = umf.s32(16),
+            .media_size = umf.s32(28),
+            .user_offset = umf.s32(32),
+            .user_size = umf.s32(36)};
 }
 
 void print_tracks(const Umf &umf) {
     std::printf(" Track Description\n");
     for (int64_t offset = kTracks; umf.goes_on(offset, kTracks, umf.track_size); offset += 4) {
-        const Bytes entry = umf.entry(offset);
-        std::printf("  track       %c%c %s\n", gxfchar(entry[1]), gxfchar(entry[0]),
-                    name_of(kTrackKinds, entry[1], "?"));
-        std::printf("  segments    %d\n", gxfint16(entry, 2, umf.little));
+        const OrderedBytes entry = umf.entry(offset);
+        std::printf("  track       %c%c %s\n", gxfchar(entry.u8(1)), gxfchar(entry.u8(0)),
+                    name_of(kTrackKinds, entry.u8(1), "?"));
+        std::printf("  segments    %d\n", entry.u16(2));
     }
 }
 
@@ -135,11 +132,11 @@ void print_media(const Umf &umf) {
     std::printf(" Media Description\n");
     const int64_t start = umf.media_start();
     for (int64_t offset = start; umf.goes_on(offset, start, umf.media_size);) {
-        const Bytes entry = umf.entry(offset);
-        umf.print(entry, kMediaRows);
-        std::printf("  filename    '%s'\n", gxfstring(entry, kFileName, kFileNameSize));
-        umf.print(entry, kMediaSampleRows);
-        const uint16_t length = gxfint16(entry, 0, umf.little);
+        const OrderedBytes entry = umf.entry(offset);
+        print_field_rows(entry, kMediaRows);
+        std::printf("  filename    '%s'\n", gxfstring(entry.bytes, kFileName, kFileNameSize));
+        print_field_rows(entry, kMediaSampleRows);
+        const uint16_t length = entry.u16(0);
         if (length == 0) return;
         offset += length;
     }
@@ -157,10 +154,10 @@ void print_user_data(const Umf &umf) {
     int64_t user_size = umf.user_size;
     if (umf.user_offset != 0 && user_size == 0) user_size = umf.size - start;
     for (int64_t offset = start; umf.goes_on(offset, start, user_size);) {
-        const Bytes entry = umf.entry(offset);
-        umf.print(entry, kUserRows);
-        const int32_t length = gxfint32(entry, 0, umf.little);
-        print_xml(entry.from(kUserHeader), length, user_size);
+        const OrderedBytes entry = umf.entry(offset);
+        print_field_rows(entry, kUserRows);
+        const int32_t length = entry.s32(0);
+        print_xml(entry.bytes.from(kUserHeader), length, user_size);
         if (length <= 0) return;
         offset += length;
     }
@@ -169,9 +166,9 @@ void print_user_data(const Umf &umf) {
 void print_descriptions(const UmfCollection &collection) {
     const Umf umf = umf_of(collection);
     std::printf("  Payload Description\n");
-    umf.print(umf.data, kPayloadRows);
+    print_field_rows(umf.data, kPayloadRows);
     std::printf(" Material Description\n");
-    umf.print(umf.data, kMaterialRows);
+    print_field_rows(umf.data, kMaterialRows);
     print_tracks(umf);
     print_media(umf);
     print_user_data(umf);

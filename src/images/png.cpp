@@ -19,7 +19,7 @@ constexpr uint32_t kChunkHeadBlock = 64;  // chunks of picture data cost one rea
 
 constexpr HexRow kDataRow{.padded = false, .characters = false};
 
-int32_t png_int32(Bytes b, uint64_t offset) { return static_cast<int32_t>(tiffuint32(b.from(offset), 1)); }
+int32_t png_int32(Bytes b, uint64_t offset) { return static_cast<int32_t>(big32(b, offset)); }
 
 void print_image_header(Bytes data) {
     std::printf(" xsize       %d\n", png_int32(data, 0));

@@ -11,45 +11,45 @@ namespace {
 // clang-format off
 // BMP (Windows): the short header of OS/2 1.x, and the info header.
 constexpr FieldRow kBmpFileRows[] = {
-    {2, Field::u32, " bfsize:          "},
-    {10, Field::u32, " bfoffset:        "},
-    {14, Field::u32, " headersize:      "},
+    {2, Field::dec32, " bfsize:          "},
+    {10, Field::dec32, " bfoffset:        "},
+    {14, Field::dec32, " headersize:      "},
 };
 constexpr FieldRow kBmpCoreRows[] = {
-    {20, Field::u16, "  height:         "},
-    {18, Field::u16, "  width:          "},
-    {22, Field::u16, "  planes:         "},
-    {24, Field::u16, "  bitcount:       "},
+    {20, Field::dec16, "  height:         "},
+    {18, Field::dec16, "  width:          "},
+    {22, Field::dec16, "  planes:         "},
+    {24, Field::dec16, "  bitcount:       "},
 };
 constexpr FieldRow kBmpInfoRows[] = {
-    {22, Field::u32, "  height:         "},
-    {18, Field::u32, "  width:          "},
-    {26, Field::u16, "  planes:         "},
-    {28, Field::u16, "  bitcount:       "},
-    {30, Field::u32, "  compression:    "},
-    {34, Field::u32, "  imagesize:      "},
-    {38, Field::u32, "  xpels:          "},
-    {42, Field::u32, "  ypels:          "},
-    {46, Field::u32, "  clrused:        "},
-    {50, Field::u32, "  clrimportant:   "},
+    {22, Field::dec32, "  height:         "},
+    {18, Field::dec32, "  width:          "},
+    {26, Field::dec16, "  planes:         "},
+    {28, Field::dec16, "  bitcount:       "},
+    {30, Field::dec32, "  compression:    "},
+    {34, Field::dec32, "  imagesize:      "},
+    {38, Field::dec32, "  xpels:          "},
+    {42, Field::dec32, "  ypels:          "},
+    {46, Field::dec32, "  clrused:        "},
+    {50, Field::dec32, "  clrimportant:   "},
 };
 constexpr uint32_t kBmpInfoHeaderSize = 40;
 
 // TGA (Truevision): identification and colour map type, type, colour map and image fields.
 constexpr FieldRow kTgaIdRows[] = {
-    {0, Field::u8, " idlength:    "},
-    {1, Field::u8, " cmap:        "},
+    {0, Field::dec8, " idlength:    "},
+    {1, Field::dec8, " cmap:        "},
 };
 constexpr FieldRow kTgaImageRows[] = {
-    {3, Field::u16, " cmap_index:  "},
-    {5, Field::u16, " cmap_length: "},
-    {7, Field::u8, " cmap_size:   "},
-    {8, Field::u16, " xorigin:     "},
-    {10, Field::u16, " yorigin:     "},
-    {12, Field::u16, " xsize:       "},
-    {14, Field::u16, " ysize:       "},
-    {16, Field::u8, " depth:       "},
-    {17, Field::u8, " flag:        "},
+    {3, Field::dec16, " cmap_index:  "},
+    {5, Field::dec16, " cmap_length: "},
+    {7, Field::dec8, " cmap_size:   "},
+    {8, Field::dec16, " xorigin:     "},
+    {10, Field::dec16, " yorigin:     "},
+    {12, Field::dec16, " xsize:       "},
+    {14, Field::dec16, " ysize:       "},
+    {16, Field::dec8, " depth:       "},
+    {17, Field::dec8, " flag:        "},
 };
 constexpr CodeName kTgaTypes[] = {
     {1, "Uncompressed Colormap"},
@@ -60,22 +60,22 @@ constexpr CodeName kTgaTypes[] = {
 
 // SGI image file format.
 constexpr FieldRow kSgiRows[] = {
-    {3, Field::u8, " bpc:             "},
-    {4, Field::u16, " dimension:       "},
-    {6, Field::u16, " xsize:           "},
-    {8, Field::u16, " ysize:           "},
-    {10, Field::u16, " channels:        "},
-    {12, Field::u32, " pixmin:          "},
-    {16, Field::u32, " pixmax:          "},
+    {3, Field::dec8, " bpc:             "},
+    {4, Field::dec16, " dimension:       "},
+    {6, Field::dec16, " xsize:           "},
+    {8, Field::dec16, " ysize:           "},
+    {10, Field::dec16, " channels:        "},
+    {12, Field::dec32, " pixmin:          "},
+    {16, Field::dec32, " pixmax:          "},
 };
-constexpr FieldRow kSgiColormapRows[] = {{104, Field::u32, " colormap:        "}};
+constexpr FieldRow kSgiColormapRows[] = {{104, Field::dec32, " colormap:        "}};
 constexpr CodeName kSgiStorages[] = {{0, "Uncompressed"}, {1, "RLE"}};
 
 // Softimage PIC.
 constexpr FieldRow kSoftimageRows[] = {
-    {92, Field::u16, " xsize:         "},
-    {94, Field::u16, " ysize:         "},
-    {100, Field::u16, " fields:        "},
+    {92, Field::dec16, " xsize:         "},
+    {94, Field::dec16, " ysize:         "},
+    {100, Field::dec16, " fields:        "},
 };
 // clang-format on
 constexpr const char *kSoftimageTypes[] = {"Uncompressed", "Mixed", "RLE"};
@@ -97,34 +97,34 @@ void print_softimage_channel(Bytes channel, int i) {
 
 void bmpdump(DumpOptions &, Bytes header) {
     std::printf("Fileformat:BMP\n");
-    print_field_rows(header, 0, kBmpFileRows);
+    print_field_rows(little_endian(header), kBmpFileRows);
     if (little32(header, 14) < kBmpInfoHeaderSize) {
-        print_field_rows(header, 0, kBmpCoreRows);
+        print_field_rows(little_endian(header), kBmpCoreRows);
     } else {
-        print_field_rows(header, 0, kBmpInfoRows);
+        print_field_rows(little_endian(header), kBmpInfoRows);
     }
 }
 
 void tgadump(DumpOptions &, Bytes header) {
     std::printf("Fileformat:TGA\n");
-    print_field_rows(header, 0, kTgaIdRows);
+    print_field_rows(little_endian(header), kTgaIdRows);
     std::printf(" type:        %d %s\n", header[2], name_of(kTgaTypes, header[2]));
-    print_field_rows(header, 0, kTgaImageRows);
+    print_field_rows(little_endian(header), kTgaImageRows);
 }
 
 void sgidump(DumpOptions &, Bytes header) {
     const Text name = text_at(header, 24, kNameWidth);
     std::printf("Fileformat:SGI\n");
     std::printf(" storage:         %d %s\n", header[2], name_of(kSgiStorages, header[2]));
-    print_field_rows(header, 1, kSgiRows);
+    print_field_rows(big_endian(header), kSgiRows);
     std::printf(" name:            %.*s\n", name.length, name.start);
-    print_field_rows(header, 1, kSgiColormapRows);
+    print_field_rows(big_endian(header), kSgiColormapRows);
 }
 
 void softdump(DumpOptions &, Bytes header) {
     const Text comment = text_at(header, 8, kNameWidth);
     std::printf("Fileformat:Softimage\n");
-    print_field_rows(header, 1, kSoftimageRows);
+    print_field_rows(big_endian(header), kSoftimageRows);
     std::printf(" comment:       '%.*s'\n", comment.length, comment.start);
     std::printf(" aspectratio:   %f\n", static_cast<double>(float_of_bits(big32(header, 96))));
     for (int i = 0; i < kSoftimageMaxChannels; i++) {

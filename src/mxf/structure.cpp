@@ -17,22 +17,22 @@ constexpr uint64_t kLabelSize = 16;
 // clang-format off
 // Partition pack, before and after the operational pattern label.
 constexpr FieldRow kPartitionRows[] = {
-    {0, Field::u16, " Major Version      "},
-    {2, Field::u16, " Minor Version      "},
-    {4, Field::u32, " Alignment          "},
+    {0, Field::dec16, " Major Version      "},
+    {2, Field::dec16, " Minor Version      "},
+    {4, Field::dec32, " Alignment          "},
     {8, Field::hex64, " ThisPartition      "},
     {16, Field::hex64, " PreviousPartition  "},
     {24, Field::hex64, " FooterPartition    "},
-    {32, Field::s64, " HeaderByteCount    "},
-    {40, Field::s64, " IndexByteCount     "},
-    {48, Field::u32, " IndexSID           "},
-    {52, Field::s64, " BodyOffset         "},
-    {60, Field::u32, " BodySID            "},
+    {32, Field::dec64, " HeaderByteCount    "},
+    {40, Field::dec64, " IndexByteCount     "},
+    {48, Field::dec32, " IndexSID           "},
+    {52, Field::dec64, " BodyOffset         "},
+    {60, Field::dec32, " BodySID            "},
 };
 constexpr uint64_t kOperationalPattern = 64;
 constexpr FieldRow kContainerRows[] = {
-    {80, Field::u32, " ContainerCount     "},
-    {84, Field::u32, " ContainerSize      "},
+    {80, Field::dec32, " ContainerCount     "},
+    {84, Field::dec32, " ContainerSize      "},
 };
 // clang-format on
 constexpr uint64_t kContainers = 88;
@@ -95,14 +95,14 @@ uint64_t mxf_partition_header(DumpOptions &opts, uint64_t file_position, Bytes b
     print_partition_status(opts, buffer, offset);
     const ItemValue item = print_length_line(opts, file_position, buffer, offset);
     const Bytes value = buffer.from(item.start);
-    print_field_rows(value, 1, kPartitionRows);
+    print_field_rows(big_endian(value), kPartitionRows);
     const Bytes pattern = value.from(kOperationalPattern);
     std::printf(" OperationalPattern ");
     printuuid(opts, pattern);
     std::printf(" - ");
     printidentifier(opts, pattern);
     std::printf("\n");
-    print_field_rows(value, 1, kContainerRows);
+    print_field_rows(big_endian(value), kContainerRows);
     const int32_t count = static_cast<int32_t>(mxfuint32(value.from(80)));
     uint64_t at = item.start + kContainers;
     for (int32_t i = 0; i < count && at < buffer.size(); i++, at += kLabelSize) {

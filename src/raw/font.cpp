@@ -15,36 +15,36 @@ constexpr FieldRow kFileRows[] = {
     {2, Field::hex32, "02 Filesize      "},
 };
 constexpr FieldRow kFontRows[] = {
-    {66, Field::u16, "42 Type          "},
-    {68, Field::u16, "44 Points        "},
-    {70, Field::u16, "46 VerticalRes   "},
-    {72, Field::u16, "48 HorizontalRes "},
-    {74, Field::u16, "4a Ascent        "},
-    {76, Field::u16, "4c InternalLead  "},
-    {78, Field::u16, "4e ExternalLead  "},
-    {80, Field::u8, "50 Italic        "},
-    {81, Field::u8, "51 Underline     "},
-    {82, Field::u8, "52 Strikeout     "},
-    {83, Field::u16, "53 Weight        "},
-    {85, Field::u8, "55 Charset       "},
-    {86, Field::u16, "56 Pixwidth      "},
-    {88, Field::u16, "58 Pixheight     "},
+    {66, Field::dec16, "42 Type          "},
+    {68, Field::dec16, "44 Points        "},
+    {70, Field::dec16, "46 VerticalRes   "},
+    {72, Field::dec16, "48 HorizontalRes "},
+    {74, Field::dec16, "4a Ascent        "},
+    {76, Field::dec16, "4c InternalLead  "},
+    {78, Field::dec16, "4e ExternalLead  "},
+    {80, Field::dec8, "50 Italic        "},
+    {81, Field::dec8, "51 Underline     "},
+    {82, Field::dec8, "52 Strikeout     "},
+    {83, Field::dec16, "53 Weight        "},
+    {85, Field::dec8, "55 Charset       "},
+    {86, Field::dec16, "56 Pixwidth      "},
+    {88, Field::dec16, "58 Pixheight     "},
     {90, Field::hex8, "5a Family        "},
-    {91, Field::u16, "5b AvgWidth      "},
-    {93, Field::u16, "5d MaxWidth      "},
-    {95, Field::u8, "5f FirstChar     "},
-    {96, Field::u8, "60 LastChar      "},
-    {97, Field::u8, "61 DefaultChar   "},
-    {98, Field::u8, "62 BreakChar     "},
-    {99, Field::u16, "63 WidthBytes    "},
+    {91, Field::dec16, "5b AvgWidth      "},
+    {93, Field::dec16, "5d MaxWidth      "},
+    {95, Field::dec8, "5f FirstChar     "},
+    {96, Field::dec8, "60 LastChar      "},
+    {97, Field::dec8, "61 DefaultChar   "},
+    {98, Field::dec8, "62 BreakChar     "},
+    {99, Field::dec16, "63 WidthBytes    "},
 };
 constexpr FieldRow kBitmapRows[] = {
     {109, Field::hex32, "6d BitsPointer   "},
     {113, Field::hex32, "71 BitsOffset    "},
-    {118, Field::u32, "76 Flags         "},
-    {122, Field::u16, "7a Aspace        "},
-    {124, Field::u16, "7c Bspace        "},
-    {126, Field::u16, "7e Cspace        "},
+    {118, Field::dec32, "76 Flags         "},
+    {122, Field::dec16, "7a Aspace        "},
+    {124, Field::dec16, "7c Bspace        "},
+    {126, Field::dec16, "7e Cspace        "},
     {128, Field::hex32, "80 ColorPointer  "},
 };
 // clang-format on
@@ -68,12 +68,12 @@ void print_text_offset(Bytes font, uint64_t at, const char *label) {
 
 void print_header(Bytes font) {
     const Text copyright = text_at(font, kCopyright, kCopyrightSize);
-    print_field_rows(font, 0, kFileRows);
+    print_field_rows(little_endian(font), kFileRows);
     std::printf("06 Copyright     '%.*s'\n", copyright.length, copyright.start);
-    print_field_rows(font, 0, kFontRows);
+    print_field_rows(little_endian(font), kFontRows);
     print_text_offset(font, kDeviceName, "65 DeviceOffset  ");
     print_text_offset(font, kFaceName, "69 FaceOffset    ");
-    print_field_rows(font, 0, kBitmapRows);
+    print_field_rows(little_endian(font), kBitmapRows);
 }
 
 void print_glyphs(Bytes font) {

@@ -29,15 +29,15 @@ void photoshoptag(DumpOptions &opts, Bytes data, int64_t length, Budget &budget)
     std::printf("\n");
     for (uint64_t p = 0; length > 0 && p < static_cast<uint64_t>(length) && !budget.spent();) {
         const Bytes block = data.from(p);
-        if (tiffuint32(block, 1) != kSignature) {
+        if (big32(block) != kSignature) {
             std::printf("   magic %c%c%c%c wrong\n", tiffchar(block[0]), tiffchar(block[1]),
                         tiffchar(block[2]), tiffchar(block[3]));
             return;
         }
-        const uint32_t id = tiffuint16(block.from(4), 1);
+        const uint32_t id = big16(block, 4);
         const uint64_t name_size = (block[6] + uint64_t{2}) & ~uint64_t{1};
         const Bytes sized = block.from(6 + name_size);
-        const int32_t size = static_cast<int32_t>(tiffuint32(sized, 1));
+        const int32_t size = static_cast<int32_t>(big32(sized));
         print_name(block.from(6));
         std::printf("    id   %d\n", id);
         std::printf("    size %d\n", size);

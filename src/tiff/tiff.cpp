@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "common/file_image.h"
+#include "common/ordered_bytes.h"
 #include "common/values.h"
 #include "tiff/directory.h"
 
@@ -30,8 +31,7 @@ constexpr uint16_t kImageSourceData = 37724;
 
 struct Walk {
     DumpOptions &opts;
-    Bytes base;
-    int big_endian;
+    OrderedBytes base;
     Budget &budget;
     std::unordered_map<uint32_t, bool> directories;  // met so far, and whether each is still being walked
     bool repeated = false;  // the current directory was shown before: its values count against the budget
@@ -40,9 +40,7 @@ struct Walk {
         const auto found = directories.find(offset);
         return found != directories.end() && found->second;
     }
-
-    uint16_t u16(uint64_t offset) const { return tiffuint16(base.from(offset), big_endian); }
-    uint32_t u32(uint64_t offset) const { return tiffuint32(base.from(offset), big_endian); }
+    Bytes bytes() const { return base.bytes; }
 };
 
 struct Entry {
@@ -58,7 +56,7 @@ void print_directories(Walk &walk, uint32_t offset, int depth);
 // The sub-directory at an offset, behind a label without line end. One that is being walked (a circle), lies
 // outside the file or too deep ends the line only.
 void print_sub_directory(Walk &walk, uint32_t offset, int depth) {
-    if (depth >= kMaxDepth || offset >= walk.base.size() || walk.is_open(offset) || walk.budget.spent()) {
+    if (depth >= kMaxDepth || offset >= walk.bytes().size() || walk.is_open(offset) || walk.budget.spent()) {
         std::printf("\n");
     } else {
         print_directories(walk, offset, depth + 1);
@@ -74,17 +72,17 @@ void print_sub_directories(Walk &walk, const Entry &entry, const char *single, c
     }
     for (uint32_t i = 0; i < entry.count; i++) {
         const uint64_t at = entry.value + uint64_t{4} * i;
-        if (!walk.base.has(at, 4) || walk.budget.spent()) return;
+        if (!walk.bytes().has(at, 4) || walk.budget.spent()) return;
         walk.budget.spend(4);
         std::printf("%s%d", numbered, i);
-        print_sub_directory(walk, walk.u32(at), depth);
+        print_sub_directory(walk, walk.base.u32(at), depth);
     }
 }
 
 void print_image_source_data(const Walk &walk, const Entry &entry) {
     constexpr char kMagic[] = "Adobe Photoshop Document Data Block\0";
     constexpr uint32_t kMagicSize = sizeof kMagic - 1;
-    const Bytes data = walk.base.from(entry.value);
+    const Bytes data = walk.bytes().from(entry.value);
     std::printf("\n   magic   '");
     walk.budget.spend(print_text(data, 0));
     std::printf("'");
@@ -108,14 +106,14 @@ void print_value(const Walk &walk, Entry &entry) {
             }
             break;
         case kPhotoshop:
-            photoshoptag(walk.opts, walk.base.from(entry.value), static_cast<int32_t>(entry.count),
+            photoshoptag(walk.opts, walk.bytes().from(entry.value), static_cast<int32_t>(entry.count),
                          walk.budget);
             return;
         case kImageSourceData: print_image_source_data(walk, entry); return;
         default: break;
     }
     const char *text =
-        tifftype(walk.base, entry.type, entry.count, entry.value, walk.big_endian, &entry.first);
+        tifftype(walk.bytes(), entry.type, entry.count, entry.value, walk.base.is_big(), &entry.first);
     std::printf("%s\n", text);
     if (walk.repeated) walk.budget.spend(std::strlen(text));
 }
@@ -132,8 +130,9 @@ void keep_image_state(DumpOptions &opts, const Entry &entry) {
 }
 
 void print_entry(Walk &walk, uint64_t offset, int depth) {
-    Entry entry{walk.u16(offset), walk.u16(offset + 2), walk.u32(offset + 4), walk.u32(offset + 8)};
-    std::printf("  tag     : %04x %s ", entry.tag, tifftag(entry.tag, entry.value, walk.big_endian));
+    Entry entry{walk.base.u16(offset), walk.base.u16(offset + 2), walk.base.u32(offset + 4),
+                walk.base.u32(offset + 8)};
+    std::printf("  tag     : %04x %s ", entry.tag, tifftag(entry.tag, entry.value, walk.base.is_big()));
     print_value(walk, entry);
     std::printf("   type   : %04x\n", entry.type);
     std::printf("   count  : %08x\n", entry.count);
@@ -147,7 +146,7 @@ void print_directory(Walk &walk, uint32_t offset, uint64_t entries, int depth) {
     std::printf(" entries: %d\n", static_cast<int>(entries));
     const uint64_t first = uint64_t{offset} + 2;
     const bool repeated = walk.repeated;
-    for (uint64_t i = 0; i < entries && first + kEntrySize * i < walk.base.size(); i++) {
+    for (uint64_t i = 0; i < entries && first + kEntrySize * i < walk.bytes().size(); i++) {
         if (walk.budget.spent()) return;
         walk.budget.spend(kEntrySize);
         print_entry(walk, first + kEntrySize * i, depth);
@@ -164,18 +163,18 @@ void print_directories(Walk &walk, uint32_t offset, int depth) {
         walk.directories[offset] = true;
         chain.push_back(offset);
         walk.budget.spend(kDirectoryFrame);
-        const uint64_t entries = walk.u16(offset);
+        const uint64_t entries = walk.base.u16(offset);
         print_directory(walk, offset, entries, depth);
-        offset = walk.u32(uint64_t{offset} + 2 + kEntrySize * entries);
+        offset = walk.base.u32(uint64_t{offset} + 2 + kEntrySize * entries);
         std::printf(" offset  : %08x\n", offset);
-    } while (offset != 0 && offset < walk.base.size() && !walk.is_open(offset) && !walk.budget.spent());
+    } while (offset != 0 && offset < walk.bytes().size() && !walk.is_open(offset) && !walk.budget.spent());
     for (const uint32_t walked : chain) walk.directories[walked] = false;
 }
 
 }  // namespace
 
 void tiffdumpifd(DumpOptions &opts, Bytes base, uint32_t ifd_offset, int big_endian, Budget &budget) {
-    Walk walk{opts, base, big_endian, budget, {}};
+    Walk walk{opts, {base, big_endian ? ByteOrder::big : ByteOrder::little}, budget, {}};
     if (ifd_offset < base.size()) print_directories(walk, ifd_offset, 0);
 }
 
@@ -183,14 +182,15 @@ void tiffdump(DumpOptions &opts, std::FILE *file) {
     FileImage image(file);
     if (!has_buffer(image)) return;
     const Bytes bytes = image.bytes();
-    const uint32_t fileid = tiffuint16(bytes, 0);
-    const int big_endian = fileid == kBigEndianId;
-    const uint32_t version = tiffuint16(bytes.from(2), big_endian);
-    const uint32_t offset = tiffuint32(bytes.from(4), big_endian);
-    opts.tiff_big_endian = big_endian;
+    const uint32_t fileid = little16(bytes);
+    const bool is_big = fileid == kBigEndianId;
+    const OrderedBytes header = is_big ? big_endian(bytes) : little_endian(bytes);
+    const uint32_t version = header.u16(2);
+    const uint32_t offset = header.u32(4);
+    opts.tiff_big_endian = is_big;
     std::printf("Fileformat:TIFF\n");
-    std::printf(" fileid    : %04x %s %s\n", fileid, big_endian ? "Big Endian" : "Little Endian",
-                big_endian ? "(Swapping)" : "");
+    std::printf(" fileid    : %04x %s %s\n", fileid, is_big ? "Big Endian" : "Little Endian",
+                is_big ? "(Swapping)" : "");
     std::printf(" version   : %04x '%s'\n", version,
                 version == kStandardVersion  ? "Standard TIFF"
                 : version == kBigTiffVersion ? "BIG TIFF"
@@ -198,6 +198,6 @@ void tiffdump(DumpOptions &opts, std::FILE *file) {
     std::printf(" offset    : %08x\n", offset);
     std::printf(" filesize  : %d\n", static_cast<int32_t>(bytes.size()));
     Budget budget(bytes.size());
-    if (version == kStandardVersion) tiffdumpifd(opts, bytes, offset, big_endian, budget);
+    if (version == kStandardVersion) tiffdumpifd(opts, bytes, offset, is_big, budget);
     if (opts.flag_p) print_pixels(opts, bytes);
 }
