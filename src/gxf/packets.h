@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "common/budget.h"
 #include "common/bytes.h"
 
 constexpr uint64_t kPayloadRead = 65536;  // bytes of a payload that a dump looks at
@@ -32,10 +33,12 @@ const char *gxftracktype(int32_t type);
 // UMF data of a file, put together from its UMF packets.
 struct UmfCollection {
     static constexpr size_t kCapacity = 262144;
+    static constexpr uint64_t kMostDescribed = 64 * 1024 * 1024 + 1;
 
     std::vector<uint8_t> data;
-    bool exceeded = false;   // data had to be dropped, and this was reported
-    uint64_t described = 0;  // bytes that the descriptions printed so far were taken from
+    bool exceeded = false;  // data had to be dropped, and this was reported
+    // A file has one last packet; one that had thousands would describe the whole collection as often.
+    Budget budget = Budget::of_bytes(kMostDescribed);
 };
 
 // Adds a UMF packet's data to the collection. The packet that is marked as the last prints the descriptions

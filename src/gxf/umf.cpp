@@ -21,9 +21,6 @@ constexpr int64_t kUserHeader = 16;  // bytes of a user data entry before its da
 constexpr uint64_t kFileName = 24;   // in a media description
 constexpr unsigned kFileNameSize = 88;
 
-// A file has one last packet; one that had thousands would describe the whole collection as often.
-constexpr uint64_t kMostDescribed = 64 * 1024 * 1024;
-
 // clang-format off
 constexpr FieldRow kPayloadRows[] = {
     {0, Field::dec32, "   size          "},
@@ -204,7 +201,7 @@ void gxfumfpacket(Bytes rest, UmfCollection &umf) {
         return;
     }
     collect(umf, rest.span(kPreambleSize, wanted));
-    if (!(flags & kLastPacket) || umf.described > kMostDescribed) return;
-    umf.described += umf.data.size();
+    if (!(flags & kLastPacket) || umf.budget.spent()) return;
+    umf.budget.spend(umf.data.size());
     print_descriptions(umf);
 }

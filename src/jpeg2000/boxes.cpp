@@ -62,7 +62,7 @@ void print_image_header(Bytes buf, const Box &box) {
 
 void print_codestream(Bytes buf, const Box &box, int depth) {
     const uint64_t end = box.offset + box.length;
-    begin_codestream();
+    codestream.enter_codestream();
     for (uint64_t p = box.offset + kHeaderSize; p < end && buf[p] == 0xFF;) {
         const uint32_t code = buf[p + 1];
         const uint64_t size = jp2ffentry(buf, p, depth + 1, end);
@@ -130,7 +130,7 @@ void jp2dump(DumpOptions &, std::FILE *file) {
     if (!has_buffer(image)) return;
     const Bytes buf = image.bytes();
     std::printf("Fileformat:JP2\n");
-    begin_file();
+    codestream.enter_file();
     uint64_t offset = 0;
     while (offset < buf.size()) {
         const uint64_t size = jp2entry(buf, offset, 0, buf.size() - offset);

@@ -21,16 +21,6 @@ constexpr uint64_t kMarkerSize = 2;
 constexpr uint64_t kPrefixSize = 16;
 constexpr uint64_t kSearchLimit = 16 * 1024 * 1024;  // of the search for a tile-part's start
 
-CodestreamState codestream;
-
-// The bytes of an SOT marker nearest before a place of the file (0: none), as far as it was searched: every
-// search takes up where an earlier one ended.
-struct NearestSot {
-    uint64_t searched_to = 0;
-    uint64_t offset = 0;
-};
-NearestSot nearest_sot;
-
 struct Marker {
     uint32_t code;
     const char *title;    // between the offset and the size
@@ -107,7 +97,7 @@ void print_segment(const Marker &marker, const Segment &segment) {
     if (!is_checked_first(marker.code)) check_marker(marker);
     if (marker.code == 0x90) {
         codestream.cs_state = kTilePartHeader;
-        nearest_sot = {segment.offset, segment.offset};
+        codestream.nearest_sot = {segment.offset, segment.offset};
     }
     jp2_hexdump(segment.buf, segment.offset, segment.size);
 }
@@ -116,14 +106,14 @@ void print_segment(const Marker &marker, const Segment &segment) {
 // they stand; of what was not yet searched, the last 16 MiB are.
 uint64_t find_sot(Bytes buf, uint64_t offset) {
     const uint64_t reach = offset > kSearchLimit ? offset - kSearchLimit : 0;
-    const uint64_t lowest = std::max(nearest_sot.searched_to, reach);
+    const uint64_t lowest = std::max(codestream.nearest_sot.searched_to, reach);
     for (uint64_t t = offset; t > lowest; t--) {
         if (buf[t] != 0xFF || buf[t + 1] != 0x90) continue;
-        nearest_sot.offset = t;
+        codestream.nearest_sot.offset = t;
         break;
     }
-    nearest_sot.searched_to = offset;
-    return nearest_sot.offset;
+    codestream.nearest_sot.searched_to = offset;
+    return codestream.nearest_sot.offset;
 }
 
 // Bytes from the SOD marker to the end of its tile-part, through `end` where no SOT marker says where that
@@ -185,8 +175,7 @@ uint64_t print_delimiter(Bytes buf, uint64_t offset, uint32_t code, uint64_t siz
 
 }  // namespace
 
-void begin_file() { nearest_sot = {}; }
-void begin_codestream() { codestream.cs_state = kBeforeStart; }
+CodestreamState codestream;
 
 uint64_t jp2ffentry(Bytes buf, uint64_t offset, int, uint64_t end) {
     const uint32_t at = static_cast<uint32_t>(offset);
@@ -224,8 +213,8 @@ void jpcdump(DumpOptions &, std::FILE *file, int skip_prefix) {
     if (!has_buffer(image)) return;
     const Bytes buf = image.bytes();
     std::printf("Fileformat: unwrapped JPEG2000 codestream \n");
-    begin_file();
-    begin_codestream();
+    codestream.enter_file();
+    codestream.enter_codestream();
     uint64_t p = skip_prefix ? kPrefixSize : 0;
     while (p < buf.size() && buf[p] == 0xFF) {
         const uint64_t size = jp2ffentry(buf, p, 0, buf.size());

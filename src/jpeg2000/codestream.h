@@ -15,10 +15,6 @@ inline constexpr uint32_t kEndOfCodestream = 0xD9;  // marker code of EOC
 // Prints the first 32 bytes of a range in rows of 8, as far as the file has them.
 void jp2_hexdump(Bytes buf, uint64_t offset, uint64_t length);
 
-// Forgets what was found in other files; forgets the position in the codestream syntax.
-void begin_file();
-void begin_codestream();
-
 // Prints the marker segment at an offset of a codestream that ends at `end`; returns the bytes to the next
 // marker, through `end` or beyond when there is none, 0 when it cannot be told.
 uint64_t jp2ffentry(Bytes buf, uint64_t offset, int depth, uint64_t end);
@@ -36,12 +32,24 @@ struct Segment {
     bool has(uint64_t at) const { return at < size && buf.has(offset + at, 1); }
 };
 
-// What later segments need of earlier ones.
+// What later segments need of earlier ones. The state of the run's codestreams outlives each: a segment that
+// comes before its codestream's SIZ goes by the one before.
 struct CodestreamState {
-    uint32_t cs_state = 0;
+    uint32_t cs_state = 0;  // place in the codestream's syntax
     uint32_t cs_numComponents = 0;
     uint32_t cs_numLevels = 0;
+
+    // The bytes of an SOT marker nearest before a place of the file (0: none), as far as it was searched:
+    // every search takes up where an earlier one ended.
+    struct NearestSot {
+        uint64_t searched_to = 0;
+        uint64_t offset = 0;
+    } nearest_sot;
+
+    void enter_file() { nearest_sot = {}; }
+    void enter_codestream() { cs_state = 0; }
 };
+extern CodestreamState codestream;
 
 void print_siz(CodestreamState &state, const Segment &segment);
 void print_cod(CodestreamState &state, const Segment &segment);

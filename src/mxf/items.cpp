@@ -28,14 +28,15 @@ ItemValue print_length_line(DumpOptions &opts, uint64_t file_position, Bytes buf
 
 void print_local_set(DumpOptions &opts, Bytes buffer, const ItemValue &value) {
     const uint64_t end = std::min(value.end(), buffer.size());
-    begin_values(buffer.size());
+    constexpr uint64_t kRounds = 4;  // that the arrays of a set may show of it
+    Budget budget = Budget::of_bytes(kRounds * buffer.size());
     for (uint64_t at = value.start; at < end;) {
         const uint32_t tag = static_cast<uint32_t>(mxfuint16(buffer.from(at)));
         const uint32_t length = static_cast<uint32_t>(mxfuint16(buffer.from(at + 2)));
         ValueKind kind{};
         const char *name = mxffindlabel(opts, tag, &kind);
         std::printf("  Tag %04x/%d %s\n", tag, length, name);
-        mxf_print_rp210data(opts, buffer, at + 4, length, kind);
+        mxf_print_rp210data(opts, buffer, at + 4, length, kind, budget);
         at += 4 + uint64_t{length};
     }
 }

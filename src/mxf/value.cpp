@@ -17,10 +17,6 @@ constexpr uint32_t kLabelSize = 16;
 constexpr uint64_t kArrayHeader = 8;
 constexpr int32_t kMostEmpty = 256;  // elements without bytes that are listed of an array
 
-// Of the set that is printed: what its arrays may still list. Counts that reach beyond their values would
-// list the rest of the set again and again.
-uint64_t element_bytes_left = 0;
-
 int32_t s32(Bytes b, uint64_t offset) { return static_cast<int32_t>(mxfuint32(b.from(offset))); }
 
 // The first n bytes as "%02x " each; bytes beyond the item are 0.
@@ -118,24 +114,23 @@ struct Array {
     bool whole;  // the item holds count and size
     int32_t count;
     uint32_t size;
+    Budget &budget;
 
-    explicit Array(Bytes value)
+    Array(Bytes value, Budget &elements_budget)
         : elements(value.from(kArrayHeader)),
           whole(value.has(0, kArrayHeader)),
           count(s32(value, 0)),
-          size(mxfuint32(value.from(4))) {}
+          size(mxfuint32(value.from(4))),
+          budget(elements_budget) {}
 
     Bytes operator[](int32_t i) const { return elements.from(static_cast<uint64_t>(i) * size); }
 
-    // Whether element i is to be listed: it begins inside the item. Elements without bytes never leave it, so
-    // that only some of them are.
-    bool lists(int32_t i) const {
+    // Whether element i is to be listed, which spends its bytes: it begins inside the item. Elements without
+    // bytes never leave it, so that only some of them are.
+    bool take(int32_t i) const {
         const bool inside =
             size == 0 ? whole && i < kMostEmpty : static_cast<uint64_t>(i) * size < elements.size();
-        const uint64_t shown = std::min(size, kMaxElement);
-        if (i >= count || !inside || element_bytes_left < shown) return false;
-        element_bytes_left -= shown;
-        return true;
+        return i < count && inside && budget.take(std::min(size, kMaxElement));
     }
 };
 
@@ -181,7 +176,7 @@ void print_labels(DumpOptions &opts, Bytes buffer, uint64_t offset, const Array 
         return;
     }
     constexpr const char *kReferences = "\n     References ";
-    for (int32_t i = 0; array.lists(i); i++) {
+    for (int32_t i = 0; array.take(i); i++) {
         switch (kind) {
             case ValueKind::weak_reference_array:
                 print_named(opts, "    WeakReference ", array[i], kReferences);
@@ -195,18 +190,19 @@ void print_labels(DumpOptions &opts, Bytes buffer, uint64_t offset, const Array 
     }
 }
 
-void print_array(DumpOptions &opts, Bytes buffer, uint64_t offset, ValueKind kind, const char *title) {
-    const Array array(buffer.from(offset));
+void print_array(DumpOptions &opts, Bytes buffer, uint64_t offset, ValueKind kind, const char *title,
+                 Budget &budget) {
+    const Array array(buffer.from(offset), budget);
     std::printf("   %s\n", title);
     if (array.count == 0) std::printf("    Empty\n");
     if (kind == ValueKind::index_entry_array) {
         LineBuffer out;
-        for (int32_t i = 0; array.lists(i); i++) put_index_entry(out, i, array);
+        for (int32_t i = 0; array.take(i); i++) put_index_entry(out, i, array);
     } else if (kind == ValueKind::generic_array || kind == ValueKind::generic_batch) {
         std::printf("    Count %d\n", array.count);
         std::printf("    Size  %d\n", static_cast<int32_t>(array.size));
         LineBuffer out;
-        for (int32_t i = 0; array.lists(i); i++) put_element(out, "     ", i, array);
+        for (int32_t i = 0; array.take(i); i++) put_element(out, "     ", i, array);
     } else {
         print_labels(opts, buffer, offset, array, kind);
     }
@@ -214,11 +210,15 @@ void print_array(DumpOptions &opts, Bytes buffer, uint64_t offset, ValueKind kin
 
 }  // namespace
 
-void begin_values(uint64_t set_size) { element_bytes_left = 4 * set_size; }
-
 void mxf_print_rp210data(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t length, ValueKind kind) {
+    Budget budget = Budget::of_bytes(buffer.size());
+    mxf_print_rp210data(opts, buffer, offset, length, kind, budget);
+}
+
+void mxf_print_rp210data(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t length, ValueKind kind,
+                         Budget &budget) {
     const Bytes value = buffer.from(offset);
-    const auto array = [&](const char *title) { print_array(opts, buffer, offset, kind, title); };
+    const auto array = [&](const char *title) { print_array(opts, buffer, offset, kind, title, budget); };
     switch (kind) {
         case ValueKind::node: std::printf("   Node\n"); break;
         case ValueKind::unknown: print_unknown(value, length); break;

@@ -1,6 +1,7 @@
 // The walk over the KLV items of a file: a pass that collects names, then one that prints.
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 
 #include "common/file_access.h"
 #include "common/file_window.h"
@@ -112,53 +113,59 @@ bool print_item(const Walk &walk, const Item &item) {
     return recognised;
 }
 
-void run_pass(Walk &walk, bool collecting) {
+// Where the next item's key is expected, and what is loaded there: from `start` on, the key at an offset.
+struct Place {
+    uint64_t start;
+    uint64_t key;
+    uint64_t loaded;
+};
+
+// The item at a position; nothing, behind a message, where its length cannot be followed or loaded. `is_last`
+// is set where the file ends with it.
+std::optional<Item> item_at(const Walk &walk, uint64_t position, bool collecting, bool &is_last) {
+    const Bytes window = walk.window.at(position);
+    uint32_t value = kKeySize;
+    const uint64_t length = mxfber(walk.opts, window, kKeySize, &value);
+    const uint64_t size = value + length;
+    if (static_cast<int64_t>(size) <= 0) {
+        std::printf("Invalid length (%lld)\n", static_cast<long long>(size));
+        return std::nullopt;
+    }
+    uint64_t load = size + kNextHeader;
+    is_last = position + load >= walk.file_size;
+    if (is_last && position + size > walk.file_size) {
+        std::printf("Could not load the last part of the file\n");
+    } else if (is_last) {
+        load = size;
+    }
+    if (load > walk.limit) {
+        if (!collecting) {
+            std::printf("The filepart to load next exceeds the allocated memory (%lld)\n",
+                        static_cast<long long>(load));
+        }
+        return std::nullopt;
+    }
+    const uint64_t available = walk.file_size > position ? walk.file_size - position : 0;
+    return Item{position, value, length, size, window.sub(0, std::min(size, available))};
+}
+
+void run_pass(const Walk &walk, bool collecting) {
     walk.opts.mxf_first_pass = collecting;
-    uint64_t position = walk.first_key;
-    uint64_t next_key = walk.first_key;  // offset of the key in what is loaded
-    uint64_t loaded = kHeadSize;
-    bool keys_found = true;
-    bool more_items = true;
-    while (keys_found && more_items) {
-        if (next_key + kNextHeader > std::min(walk.limit, loaded)) {
+    Place place{walk.first_key, walk.first_key, kHeadSize};
+    for (bool is_last = false; !is_last;) {
+        if (place.key + kNextHeader > std::min(walk.limit, place.loaded)) {
             std::printf("Internal error\n");
             return;
         }
-        const Bytes window = walk.window.at(position);
-        uint32_t value = kKeySize;
-        const uint64_t length = mxfber(walk.opts, window, kKeySize, &value);
-        const uint64_t size = value + length;
-        if (static_cast<int64_t>(size) <= 0) {
-            std::printf("Invalid length (%lld)\n", static_cast<long long>(size));
-            return;
-        }
-        uint64_t load = size + kNextHeader;
-        if (position + load >= walk.file_size) {
-            more_items = false;
-            if (position + size > walk.file_size) {
-                std::printf("Could not load the last part of the file\n");
-            } else {
-                load = size;
-            }
-        }
-        if (load > walk.limit) {
-            if (!collecting) {
-                std::printf("The filepart to load next exceeds the allocated memory (%lld)\n",
-                            static_cast<long long>(load));
-            }
-            return;
-        }
-        const uint64_t available = walk.file_size > position ? walk.file_size - position : 0;
-        const Item item{position, value, length, size, window.sub(0, std::min(size, available))};
-        if (collecting) {
-            collect_name(walk, item);
-            if (position > kCollectionLimit && !walk.opts.mxf_flag_l) more_items = false;
+        const std::optional<Item> item = item_at(walk, place.start, collecting, is_last);
+        if (!item) return;
+        if (!collecting) {
+            if (!print_item(walk, *item)) return;
         } else {
-            keys_found = print_item(walk, item);
+            collect_name(walk, *item);
+            if (place.start > kCollectionLimit && !walk.opts.mxf_flag_l) return;
         }
-        position += size;
-        next_key = size;
-        loaded = load;
+        place = {place.start + item->size, item->size, item->size + kNextHeader};
     }
 }
 

@@ -102,7 +102,6 @@ TEST(Values, OfEveryKind) {
     const Bytes bytes(value.data(), value.size());
     std::string every;
     for (uint32_t kind = 0; kind < 30; kind++) {
-        begin_values(100);
         every +=
             std::to_string(kind) + printed([&] { mxf_print_rp210data(opts, bytes, 0, 40, ValueKind{kind}); });
     }
