@@ -8,7 +8,8 @@ TEST(FixedHeaders, EveryField) {
     const std::string bytes = counting(200);
     SHOW(dump_of(little().raw(bytes).at(0).text("BM").str()));
     SHOW(dump_of(little().raw(bytes).at(0).text("BM").at(14).u32(39).str()));
-    for (const unsigned type : {1, 2, 9, 10, 3}) SHOW(dump_of(big().raw(bytes).at(2).u8(type).str(), "a.tga"));
+    for (const unsigned type : {1, 2, 9, 10, 3})
+        SHOW(dump_of(big().raw(bytes).at(2).u8(type).str(), "a.tga"));
     for (const unsigned storage : {0, 1, 2}) SHOW(dump_of(big().raw(bytes).at(0).u16(474).u8(storage).str()));
     SHOW(dump_of(big().raw(bytes).at(0).hex("5380F634 40400000").str()));
 }
