@@ -1,0 +1,22 @@
+// The files that a companion's operands stand for.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Order of names as a person counts: runs of digits compare by their value ("f9" before "f10"), everything
+// else byte by byte. A total order: names that count the same are told apart by their bytes.
+bool natural_less(std::string_view a, std::string_view b);
+
+struct FileList {
+    std::vector<std::string> files;
+    std::vector<std::string> problems;  // messages about what could not be read or is no file
+};
+
+// Operands that are files, in the order given (missing ones too: the dump will say so), and the files below
+// operands that are directories, in natural order. Below a directory, names that begin with a dot,
+// directories behind symbolic links, pipes, sockets and devices are left out. A pipe, socket or terminal
+// given by name is a problem, as opening it could wait for ever, unless it is one of this process
+// (/dev/stdin, /dev/fd/N).
+FileList list_files(const std::vector<std::string> &operands);
