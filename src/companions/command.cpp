@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <thread>
 
@@ -61,6 +62,20 @@ bool answered(int argc, char **argv, const char *usage) {
         return true;
     }
     return false;
+}
+
+bool parse_jobs(int argc, char **argv, int &next, unsigned &jobs) {
+    constexpr long kMost = 1024;
+    const char *text = argv[next] + 2;
+    if (*text == '\0') {
+        if (++next == argc) return false;
+        text = argv[next];
+    }
+    char *end = nullptr;
+    const long number = std::strtol(text, &end, 10);
+    if (*text == '\0' || *end != '\0' || number < 1 || number > kMost) return false;
+    jobs = static_cast<unsigned>(number);
+    return true;
 }
 
 int usage_error(const char *usage) {

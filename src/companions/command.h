@@ -16,6 +16,10 @@ void start_companion(const char *name);
 // Answers --help and --version on standard output when the arguments are just that; whether they were.
 bool answered(int argc, char **argv, const char *usage);
 
+// The number of "-j N" or "-jN" at argv[next], which is moved to the last argument taken; false where it is
+// none from 1 to 1024.
+bool parse_jobs(int argc, char **argv, int &next, unsigned &jobs);
+
 // Both print to standard error and return kTrouble. The message is made safe by the caller (safe_name).
 int usage_error(const char *usage);
 int trouble(const std::string &message);

@@ -1,6 +1,5 @@
 // The whole dumps of many files, each behind a line with its name.
 #include <atomic>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -24,22 +23,12 @@ constexpr char kUsage[] =
     "\n"
     "Exit status: 0, 1 when a file could not be opened or is unknown, 2 for trouble.\n";
 
-constexpr long kMostJobs = 1024;
-
 struct Request {
     unsigned jobs = core_count();
     bool raw = false;
     std::vector<std::string> switches;
     std::vector<std::string> operands;
 };
-
-bool parse_jobs(const char *text, unsigned &jobs) {
-    char *end = nullptr;
-    const long number = std::strtol(text, &end, 10);
-    if (*text == '\0' || *end != '\0' || number < 1 || number > kMostJobs) return false;
-    jobs = static_cast<unsigned>(number);
-    return true;
-}
 
 // The switches that keldump would take; it answers others with its usage text.
 bool is_keldump_switch(const std::string &argument) {
@@ -56,10 +45,8 @@ bool parse(int argc, char **argv, Request &request) {
             next++;
             break;
         }
-        if (argument == "-j") {
-            if (++next == argc || !parse_jobs(argv[next], request.jobs)) return false;
-        } else if (argument.starts_with("-j")) {
-            if (!parse_jobs(argv[next] + 2, request.jobs)) return false;
+        if (argument.starts_with("-j")) {
+            if (!parse_jobs(argc, argv, next, request.jobs)) return false;
         } else if (argument == "--raw") {
             request.raw = true;
         } else if (is_keldump_switch(argument)) {

@@ -1,0 +1,133 @@
+#include "companions/table/values.h"
+
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+
+namespace {
+
+constexpr double kHighestRate = 1e9;
+constexpr int64_t kHighestNumber = int64_t{1} << 48;  // what is done with numbers stays within 63 bits
+
+bool is_blank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\0'; }
+bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
+std::string three_decimals(double number) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%.3f", number);
+    return text;
+}
+
+std::string clock_text(const int64_t (&parts)[4], bool drop) {
+    char text[64];
+    std::snprintf(text, sizeof text, "%02d:%02d:%02d%c%02d", static_cast<int>(parts[0]),
+                  static_cast<int>(parts[1]), static_cast<int>(parts[2]), drop ? ';' : ':',
+                  static_cast<int>(parts[3]));
+    return text;
+}
+
+double decimal_in(std::string_view text) {
+    const std::string copy(text.substr(0, 64));
+    const double value = std::strtod(copy.c_str(), nullptr);
+    return std::isfinite(value) ? value : 0;
+}
+
+}  // namespace
+
+std::string_view trimmed(std::string_view text) {
+    while (!text.empty() && is_blank(text.front())) text.remove_prefix(1);
+    while (!text.empty() && is_blank(text.back())) text.remove_suffix(1);
+    return text;
+}
+
+int64_t number_in(std::string_view text, int base) {
+    text = trimmed(text);
+    int64_t number = -1;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number, base);
+    return error == std::errc() && number >= 0 && number <= kHighestNumber ? number : -1;
+}
+
+double ratio_in(std::string_view text) {
+    text = trimmed(text);
+    const size_t slash = text.find('/');
+    if (slash == std::string_view::npos) return decimal_in(text);
+    const double below = decimal_in(text.substr(slash + 1));
+    return below > 0 ? decimal_in(text.substr(0, slash)) / below : 0;
+}
+
+std::string whole_text(int64_t number) { return number < 0 ? "" : std::to_string(number); }
+std::string positive_text(int64_t number) { return number < 1 ? "" : std::to_string(number); }
+
+std::string rate_text(double rate) {
+    if (!(rate > 0) || rate > kHighestRate) return "";
+    std::string text = three_decimals(rate);
+    while (text.back() == '0') text.pop_back();
+    if (text.back() == '.') text.pop_back();
+    return text == "0" ? "" : text;
+}
+
+std::string seconds_text(double seconds) {
+    return seconds > 0 && seconds < kHighestRate ? three_decimals(seconds) : "";
+}
+
+std::string timecode_text(int64_t frames, int64_t base, bool drop) {
+    if (frames < 0 || base < 1 || base > 1000) return "";
+    if (drop && base % 30 == 0) {
+        // Two numbers (four at 60) are left out each minute but each tenth one (SMPTE 12M).
+        const int64_t dropped = base / 15;
+        const int64_t minute = base * 60 - dropped;
+        const int64_t ten_minutes = minute * 10 + dropped;
+        const int64_t rest = frames % ten_minutes;
+        frames += frames / ten_minutes * 9 * dropped;
+        if (rest >= base * 60) frames += ((rest - base * 60) / minute + 1) * dropped;
+    }
+    const int64_t seconds = frames / base;
+    return clock_text({seconds / 3600 % 24, seconds / 60 % 60, seconds % 60, frames % base}, drop);
+}
+
+std::string as_text(std::string_view value) { return std::string(trimmed(value)); }
+
+std::string as_count(std::string_view value) {
+    value = trimmed(value);
+    if (value.starts_with('-')) value.remove_prefix(1);
+    return positive_text(number_in(value));
+}
+
+std::string as_rate(std::string_view value) { return rate_text(ratio_in(value)); }
+
+std::string as_quoted(std::string_view value) {
+    value = trimmed(value);
+    if (value.size() < 2 || value.front() != '\'' || value.back() != '\'') return "";
+    return as_text(value.substr(1, value.size() - 2));
+}
+
+std::string as_name(std::string_view value) {
+    value = trimmed(value);
+    const size_t blank = value.find(' ');
+    return blank == std::string_view::npos ? "" : as_text(value.substr(blank));
+}
+
+std::string as_bcd(std::string_view value) {
+    value = trimmed(value);
+    if (value.starts_with("0x")) value.remove_prefix(2);
+    const int64_t word = value.size() == 8 ? number_in(value, 16) : -1;
+    if (word < 0 || word == 0xFFFFFFFF) return "";
+    // The flags share the tens of the numbers (SMPTE 12M); those of the frames hold drop frame.
+    int64_t parts[4];
+    const int64_t masks[] = {0x3F, 0x7F, 0x7F, 0x3F};
+    for (int i = 0; i < 4; i++) {
+        const int64_t bits = word >> (24 - 8 * i) & masks[i];
+        if ((bits & 15) > 9) return "";
+        parts[i] = (bits >> 4) * 10 + (bits & 15);
+    }
+    return clock_text(parts, word & 0x40);
+}
+
+std::string as_timecode(std::string_view value) {
+    value = trimmed(value);
+    size_t length = 0;
+    while (length < value.size() &&
+           (is_digit(value[length]) || value[length] == ':' || value[length] == ';' || value[length] == '.'))
+        length++;
+    return length < 8 ? "" : std::string(value.substr(0, length));
+}
