@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
@@ -14,6 +15,7 @@
 namespace {
 
 const char *command_name = "keldump";
+std::atomic<bool> ending = false;  // what fails from now on does so because the temporary names are gone
 
 // The signals that end a run, without those that were ignored at the start (nohup).
 sigset_t ending_signals() {
@@ -27,6 +29,7 @@ sigset_t ending_signals() {
 }
 
 [[noreturn]] void end_by(int signal) {
+    ending = true;
     remove_aliases();
     std::signal(signal, SIG_DFL);
     sigset_t set;
@@ -88,7 +91,9 @@ int trouble(const std::string &message) {
     return kTrouble;
 }
 
-void complain(const std::string &message) { std::fprintf(stderr, "%s: %s\n", command_name, message.c_str()); }
+void complain(const std::string &message) {
+    if (!ending) std::fprintf(stderr, "%s: %s\n", command_name, message.c_str());
+}
 
 void write_out(std::string_view text) {
     while (!text.empty()) {
@@ -105,6 +110,7 @@ void write_out(std::string_view text) {
 }
 
 void end_now(int status) {
+    ending = true;
     remove_aliases();
     _exit(status);
 }

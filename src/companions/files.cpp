@@ -28,6 +28,12 @@ std::string problem_text(const std::string &name, const std::string &what) {
     return safe_name(name) + ": " + what;
 }
 
+// A link whose target is missing: opening it will say so.
+bool leads_nowhere(const fs::directory_entry &entry) {
+    std::error_code ignored;
+    return entry.is_symlink(ignored) && !entry.exists(ignored);
+}
+
 void add_directory(const fs::path &directory, FileList &list) {
     std::error_code error;
     std::vector<fs::directory_entry> entries;
@@ -38,7 +44,7 @@ void add_directory(const fs::path &directory, FileList &list) {
     std::sort(entries.begin(), entries.end(), entry_less);
     for (const fs::directory_entry &entry : entries) {
         std::error_code ignored;
-        if (entry.is_regular_file(ignored)) {
+        if (entry.is_regular_file(ignored) || leads_nowhere(entry)) {
             list.files.push_back(entry.path().native());
         } else if (!entry.is_symlink(ignored) && entry.is_directory(ignored)) {
             add_directory(entry.path(), list);

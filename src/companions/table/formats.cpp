@@ -380,7 +380,9 @@ std::unique_ptr<DumpReader> make_reader(std::string_view first, std::string_view
         if (first.starts_with(special.first_line)) return special.make();
     }
     for (const std::string_view line : {first, second}) {
-        if (without_position(line).starts_with("06.0e.2b.34")) return mxf_reader();
+        if (without_position(line).starts_with("06.0e.2b.34") ||
+            line.starts_with("Could not load the last part"))
+            return mxf_reader();
     }
     return std::make_unique<NameReader>(plain_name(first));
 }

@@ -13,6 +13,10 @@ using enum Column;
 constexpr size_t kMostSets = 20000;
 constexpr size_t kMostLines = 4096;  // of a tag: a package may have many tracks
 
+// The set that tells of a tape has no name in the dump, but its key.
+constexpr std::string_view kTapeKey = "-0d.01.01.01.01.01.2e.00 ";
+constexpr std::string_view kTape = "TapeDescriptor";
+
 // Local tags, with the names that the dump gives them.
 constexpr char kInstance[] = "3c0a";
 constexpr char kTracks[] = "4403";
@@ -55,13 +59,15 @@ struct Set {
         const std::string text = value(tag);
         return ratio_in(std::string_view(text).substr(0, text.find(' ')));
     }
-    // The registered name that a label has, without its register.
+    // The registered name that a label has, without its register and "MXF-GC".
     std::string label_name(const char *tag) const {
         const auto found = lines.find(tag);
         if (found == lines.end()) return "";
         for (const std::string &line : found->second) {
             const size_t at = line.find("RP224/");
-            if (at != std::string::npos) return as_text(std::string_view(line).substr(at + 6));
+            if (at == std::string::npos) continue;
+            const std::string label = line.substr(at + 6);
+            return as_text(label.starts_with("MXF-GC ") ? label.substr(7) : label);
         }
         return "";
     }
@@ -119,7 +125,7 @@ class MxfReader : public DumpReader {
         close_set();
         items_++;
         in_set_ = name.starts_with("Metadata ");
-        if (in_set_) set_.name = name.substr(9);
+        if (in_set_) set_.name = line.find(kTapeKey) == std::string_view::npos ? name.substr(9) : kTape;
         // With a header that is complete nothing that is wanted stands behind the first essence.
         if (name.starts_with("MXF Generic") && complete_ && !sets_.empty()) done_ = true;
     }
@@ -179,14 +185,16 @@ class MxfReader : public DumpReader {
     }
 
     void take_descriptor(const Set &set, Row &row) {
-        if (set.name == "TapeDescriptor") take_reel(set, row);
+        if (set.name == kTape) take_reel(set, row);
         if (set.lines.contains(kStoredWidth) || set.lines.contains(kDisplayWidth)) take_picture(set, row);
         if (!set.lines.contains(kAudioRate) && !set.lines.contains(kChannelCount)) return;
         const int64_t count = set.number(kChannelCount);
         if (count > 0 && count < INT32_MAX) channels_ += count;
         row.offer(sample_rate, rate_text(set.ratio(kAudioRate)));
         sound_bits_ = sound_bits_.empty() ? positive_text(set.number(kAudioBits)) : sound_bits_;
-        sound_codec_ = sound_codec_.empty() ? set.label_name(kSoundCoding) : sound_codec_;
+        for (const char *tag : {kSoundCoding, kContainer}) {
+            if (sound_codec_.empty()) sound_codec_ = set.label_name(tag);
+        }
     }
 
     // A field's height stands for half a frame's where fields are stored apart.
