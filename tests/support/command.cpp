@@ -50,18 +50,19 @@ void Workplace::write_sparse(const std::string &name, uint64_t size, uint64_t of
 std::string Workplace::read(const std::string &name) const { return content_of(path(name)); }
 bool Workplace::exists(const std::string &name) const { return fs::exists(path(name)); }
 
-Outcome Workplace::run(const std::vector<std::string> &arguments) const {
+Outcome Workplace::run(const std::vector<std::string> &arguments, const std::string &command) const {
+    const fs::path program = fs::path(KELDUMP_BINARY).parent_path() / command;
     const std::string out = directory_ + "/.stdout";
     const std::string err = directory_ + "/.stderr";
     const pid_t child = fork();
     if (child == 0) {
-        std::vector<char *> argv{const_cast<char *>(KELDUMP_BINARY)};
+        std::vector<char *> argv{const_cast<char *>(program.c_str())};
         for (const std::string &argument : arguments) argv.push_back(const_cast<char *>(argument.c_str()));
         argv.push_back(nullptr);
         const int flags = O_WRONLY | O_CREAT | O_TRUNC;
         dup2(open(out.c_str(), flags, 0600), STDOUT_FILENO);
         dup2(open(err.c_str(), flags, 0600), STDERR_FILENO);
-        if (chdir(directory_.c_str()) == 0) execv(KELDUMP_BINARY, argv.data());
+        if (chdir(directory_.c_str()) == 0) execv(program.c_str(), argv.data());
         _exit(126);
     }
     int status = 0;

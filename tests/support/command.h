@@ -29,7 +29,8 @@ class Workplace {
     bool exists(const std::string &name) const;
     std::string path(const std::string &name) const { return directory_ + "/" + name; }
 
-    Outcome run(const std::vector<std::string> &arguments) const;
+    // Runs keldump, or a command that is installed beside it.
+    Outcome run(const std::vector<std::string> &arguments, const std::string &command = "keldump") const;
 
  private:
     std::string directory_;

@@ -45,7 +45,7 @@ class FieldReader : public DumpReader {
     bool open_section(std::string_view text, bool ends_section) {
         const std::string_view name = trimmed(text);
         bool opened = false;
-        for (const Field &field : format_.fields) {
+        for (const DumpField &field : format_.fields) {
             if (*field.section == '\0' || !name.starts_with(field.section)) continue;
             if (!ends_section && name != field.section) continue;
             opened = true;
@@ -56,7 +56,7 @@ class FieldReader : public DumpReader {
     }
 
     void take_fields(std::string_view text) {
-        for (const Field &field : format_.fields) {
+        for (const DumpField &field : format_.fields) {
             if (*field.label == '\0' || !has_label(text, field.label) || !section_.starts_with(field.section))
                 continue;
             row_.offer(field.column, field.convert(value_after(text, field.label)));

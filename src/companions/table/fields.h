@@ -8,7 +8,7 @@
 // The first value of a label that converts to a text is the column's. A section is a line that begins with
 // its name (behind a file position) and ends with the next line that is not indented; "" is any. A field
 // without a label stands for the line that opens its section.
-struct Field {
+struct DumpField {
     const char *section;
     const char *label;
     Column column;
@@ -17,7 +17,7 @@ struct Field {
 
 struct FieldFormat {
     const char *name;
-    std::span<const Field> fields;
+    std::span<const DumpField> fields;
     const char *last = nullptr;           // a line that begins so ends what is wanted
     void (*compute)(Row &row) = nullptr;  // what is left to do when all is read
 };

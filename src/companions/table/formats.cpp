@@ -63,7 +63,7 @@ void compute_dpx(Row &row) {
     if (!row[first].empty() && !row[codec].empty()) row[codec] += " RLE";
 }
 
-constexpr Field kDpx[] = {
+constexpr DumpField kDpx[] = {
     {"image", "pixelsperline", width, as_count},
     {"image", "linesperimage", height, as_count},
     {"imagechannel-0", "bitdepth", bit_depth, as_count},
@@ -109,7 +109,7 @@ void compute_cineon(Row &row) {
     row[frame_rate] = big_endian ? turned_rate(row[first]) : as_rate(row[first]);
 }
 
-constexpr Field kCineon[] = {
+constexpr DumpField kCineon[] = {
     {"file", "magic", second, as_text},
     {"image", "pixelsperline", width, leading_number},
     {"image", "linesperimage", height, leading_number},
@@ -117,13 +117,13 @@ constexpr Field kCineon[] = {
     {"film", "framerate", first, as_text},
 };
 
-constexpr Field kWave[] = {
+constexpr DumpField kWave[] = {
     {"", "Magic:", format, as_text},         {"FMT", "Format", codec, wave_codec},
     {"FMT", "Channels", channels, as_count}, {"FMT", "Frequency", sample_rate, as_count},
     {"FMT", "Bits", bit_depth, as_count},    {"Broadcast Wave", "timerreference", timecode, as_timecode},
     {"DATA", "Samples", samples, as_count},  {"DATA", "Length", first, clock_seconds},
 };
-constexpr Field kRf64[] = {
+constexpr DumpField kRf64[] = {
     {"FMT", "Format", codec, wave_codec},
     {"FMT", "Channels", channels, as_count},
     {"FMT", "Frequency", sample_rate, as_count},
@@ -141,7 +141,7 @@ void compute_wave(Row &row) {
     row[samples].clear();
 }
 
-constexpr Field kAiff[] = {
+constexpr DumpField kAiff[] = {
     {"", "Magic:", format, as_text},
     {"COMM", "Channels", channels, as_count},
     {"COMM", "Bits", bit_depth, as_count},
@@ -152,7 +152,7 @@ std::string gxf_video(std::string_view value) {
     return name.starts_with("Audio") || name.starts_with("Timecode") || name == "?" ? "" : name;
 }
 
-constexpr Field kGxf[] = {
+constexpr DumpField kGxf[] = {
     {"map", "mediatype", codec, gxf_video},
     {"map", "Tag 0x41   4 firstfield", first, leading_number},
     {"map", "Tag 0x42   4 lastfield", second, leading_number},
@@ -181,7 +181,7 @@ std::string mpeg_timecode(std::string_view value) {
     return text;
 }
 
-constexpr Field kMpeg[] = {
+constexpr DumpField kMpeg[] = {
     {"stream 000001ba", "", format, [](std::string_view) { return std::string("MPEG-PS"); }},
     {"stream 000001b3", "xsize", width, as_count},
     {"stream 000001b3", "ysize", height, as_count},
@@ -206,7 +206,7 @@ void compute_mpeg(Row &row) {
     row[codec] = row[fourth].empty() ? "MPEG-1 video" : "MPEG-2 video";
 }
 
-constexpr Field kRed[] = {
+constexpr DumpField kRed[] = {
     {"", "xsize", width, as_count},
     {"", "ysize", height, as_count},
     {"", "fps", frame_rate, as_rate},
@@ -237,7 +237,7 @@ std::string jpeg_process(std::string_view section) {
     return known ? kProcesses[number] : as_text(section.substr(0, section.find('/')));
 }
 
-constexpr Field kJpeg[] = {
+constexpr DumpField kJpeg[] = {
     {"SOF", "", codec, jpeg_process},
     {"SOF", "xsize", width, as_count},
     {"SOF", "ysize", height, as_count},
@@ -249,7 +249,7 @@ std::string wavelet(std::string_view value) {
     return name == "(5/3)" ? "JPEG 2000 5/3" : name == "(9/7)" ? "JPEG 2000 9/7" : "";
 }
 
-constexpr Field kJpeg2000[] = {
+constexpr DumpField kJpeg2000[] = {
     {"SIZ/", "Xsize", width, as_count},         {"SIZ/", "Ysize", height, as_count},
     {"SIZ/", "XOsize", first, as_count},        {"SIZ/", "YOsize", second, as_count},
     {"SIZ/", "Ssize[00]", bit_depth, as_count}, {"COD/", "DWT transform", codec, wavelet},
@@ -262,44 +262,44 @@ void compute_jpeg2000(Row &row) {
     row.offer(codec, "JPEG 2000");
 }
 
-constexpr Field kBmp[] = {
+constexpr DumpField kBmp[] = {
     {"", "width", width, as_count},
     {"", "height", height, as_count},
     {"", "bitcount", bit_depth, as_count},
     {"", "compression", codec, bmp_compression},
 };
-constexpr Field kTga[] = {
+constexpr DumpField kTga[] = {
     {"", "xsize", width, as_count},
     {"", "ysize", height, as_count},
     {"", "depth", bit_depth, as_count},
     {"", "type", codec, as_name},
 };
-constexpr Field kSgi[] = {
+constexpr DumpField kSgi[] = {
     {"", "xsize", width, as_count},
     {"", "ysize", height, as_count},
     {"", "bpc", bit_depth, bytes_as_bits},
     {"", "storage", codec, as_name},
 };
-constexpr Field kSoftimage[] = {
+constexpr DumpField kSoftimage[] = {
     {"", "xsize", width, as_count},
     {"", "ysize", height, as_count},
     {"", "ch0 nbits", bit_depth, as_count},
     {"", "ch0 type", codec, as_name},
 };
-constexpr Field kPng[] = {
+constexpr DumpField kPng[] = {
     {"IHDR", "xsize", width, as_count},
     {"IHDR", "ysize", height, as_count},
     {"IHDR", "bitdepth", bit_depth, as_count},
 };
-constexpr Field kSizes[] = {
+constexpr DumpField kSizes[] = {
     {"", "xsize", width, as_count},
     {"", "ysize", height, as_count},
     {"", "nbits", bit_depth, as_count},
 };
-constexpr Field kArri[] = {
+constexpr DumpField kArri[] = {
     {"", "Width", width, as_count},
     {"", "Height", height, as_count},
-    {"Camera Device Information", "ProjectFps", frame_rate, thousandths},
+    {"", "ProjectFps", frame_rate, thousandths},
     {"Master_TC:", "TimeCode", timecode, as_bcd},
 };
 

@@ -1,0 +1,190 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <thread>
+
+#include "companions/files.h"
+#include "companions/safe_text.h"
+#include "support/bytes_of.h"
+#include "support/command.h"
+
+namespace {
+
+const std::string kBitmap =
+    little().text("BM").zeros(12).u32(40).u32(8).u32(6).u16(1).u16(24).zeros(24).str();
+
+Outcome all(const Workplace &place, const std::vector<std::string> &arguments) {
+    return place.run(arguments, "keldump-all");
+}
+
+// Dumps of many sizes, some of them longer than what is kept ahead.
+TEST(KeldumpAll, DumpsAreWholeAndInOrder) {
+    const Workplace place;
+    std::string expected;
+    for (size_t i = 1; i <= 40; i++) {
+        const std::string name = "./d/f" + std::to_string(i) + ".txt";
+        if (i == 1) mkdir(place.path("d").c_str(), 0700);
+        place.write(name, "\xEF\xBB\xBF" + std::string(i % 7 == 0 ? 3000000 / i : i, 'x') + "\n");
+        expected += "==> " + name + " <==\n" + place.run({"-h", name}).out + "\n";
+    }
+    for (const char *jobs : {"-j1", "-j4"}) {
+        const Outcome run = all(place, {jobs, "-h", "./d"});
+        EXPECT_TRUE(run.out == expected) << jobs;
+        EXPECT_EQ(run.status, 0);
+        EXPECT_EQ(run.err, "");
+    }
+}
+
+TEST(KeldumpAll, NamesAreSafe) {
+    const Workplace place;
+    const std::vector<std::string> names = {"-v",   "verify",        "a b.bmp",   "100%s.bmp",
+                                            "%n%d", "q\"'$(id).bmp", "line\nfeed"};
+    std::string expected;
+    for (const std::string &name : names) {
+        place.write(name, kBitmap);
+        expected += "==> " + safe_name(name) + " <==\n" + dump_of(kBitmap) + "\n";
+    }
+    std::vector<std::string> arguments = names;
+    arguments.insert(arguments.begin(), "--");
+    const Outcome run = all(place, arguments);
+    EXPECT_EQ(run.out, expected);
+    EXPECT_EQ(run.status, 0);
+}
+
+// With a name that QuickTime files do not have otherwise, and nothing left of the temporary one.
+TEST(KeldumpAll, Mpeg4FilesAreMovies) {
+    const Workplace place;
+    mkdir(place.path("tmp").c_str(), 0700);
+    setenv("TMPDIR", place.path("tmp").c_str(), 1);
+    const std::string movie = big().u32(8).text("free").str();
+    for (const char *name : {"a.mp4", "b.M4V", "c.m4a", "d%s.3gp"}) {
+        place.write(name, movie);
+        EXPECT_EQ(all(place, {name}).out,
+                  "==> " + std::string(name) + " <==\n" + dump_of(movie, "a.mov") + "\n");
+    }
+    EXPECT_TRUE(std::filesystem::is_empty(place.path("tmp")));
+    unsetenv("TMPDIR");
+}
+
+TEST(KeldumpAll, ASignalLeavesNothingBehind) {
+    const Workplace place;
+    mkdir(place.path("tmp").c_str(), 0700);
+    place.write("a.mp4", big().u32(200008).text("abcd").zeros(200000).str());
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const std::string program = std::filesystem::path(KELDUMP_BINARY).parent_path() / "keldump-all";
+    const pid_t child = fork();
+    if (child == 0) {
+        setenv("TMPDIR", place.path("tmp").c_str(), 1);
+        dup2(ends[1], STDOUT_FILENO);
+        execl(program.c_str(), program.c_str(), place.path("a.mp4").c_str(), nullptr);
+        _exit(126);
+    }
+    // The output that nobody reads keeps the dump, and with it the name, in being.
+    while (std::filesystem::is_empty(place.path("tmp")))
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    kill(child, SIGTERM);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(WIFSIGNALED(status) ? WTERMSIG(status) : 0, SIGTERM);
+    EXPECT_TRUE(std::filesystem::is_empty(place.path("tmp")));
+    close(ends[0]);
+    close(ends[1]);
+}
+
+TEST(KeldumpAll, ControlCharactersDoNotPass) {
+    const Workplace place;
+    const std::string text =
+        "\xEF\xBB\xBF"
+        "a\x1b[31m\x07\xC2\x9B\x7F\r\rb\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80\n";
+    place.write("t.txt", text);
+    const std::string raw = place.run({"-u", "t.txt"}).out;
+    const Outcome run = all(place, {"-u", "t.txt"});
+    for (const char c : run.out) EXPECT_TRUE(static_cast<uint8_t>(c) >= 0x20 || c == '\n') << run.out;
+    EXPECT_EQ(all(place, {"--raw", "-u", "t.txt"}).out, "==> t.txt <==\n" + raw + "\n");
+}
+
+TEST(KeldumpAll, FilesWithoutDump) {
+    const Workplace place;
+    mkdir(place.path("d").c_str(), 0700);
+    mkfifo(place.path("d/pipe").c_str(), 0600);
+    std::filesystem::create_symlink(".", place.path("d/loop"));
+    std::filesystem::create_symlink("missing", place.path("d/nowhere"));
+    place.write("d/.hidden.bmp", kBitmap);
+    place.write("d/odd\x1b", "?!..");
+    place.write("d/x.bmp", kBitmap);
+    const Outcome run = all(place, {"d", "d/pipe"});
+    EXPECT_EQ(
+        run.out,
+        "==> d/nowhere <==\nNo such file or directory\n\n==> d/odd\\x1b <==\nunknown format, 3f 21 2e 2e\n\n"
+        "==> d/x.bmp <==\n" +
+            dump_of(kBitmap) + "\n");
+    EXPECT_EQ(lines_from(run.err, "keldump-all: d/pipe", 1), "keldump-all: d/pipe: not a regular file\n");
+    EXPECT_EQ(lines_from(run.err, "keldump-all: d/odd", 1),
+              "keldump-all: d/odd\\x1b: unknown format, 3f 21 2e 2e\n");
+    EXPECT_EQ(run.status, 1);
+}
+
+TEST(KeldumpAll, Usage) {
+    const Workplace place;
+    place.write("a", kBitmap);
+    for (const std::vector<std::string> &wrong : {std::vector<std::string>{},
+                                                  {"-j"},
+                                                  {"-j0", "a"},
+                                                  {"-j", "x", "a"},
+                                                  {"-ms", "a"},
+                                                  {"-mq", "a"},
+                                                  {"-x", "a"},
+                                                  {"--rough", "a"}}) {
+        const Outcome run = all(place, wrong);
+        EXPECT_EQ(run.status, 2);
+        EXPECT_EQ(run.out, "");
+        EXPECT_TRUE(run.err.starts_with("usage: keldump-all"));
+    }
+    EXPECT_TRUE(all(place, {"--help"}).out.starts_with("usage: keldump-all"));
+    EXPECT_EQ(all(place, {"--version"}).out, "keldump-all 5.10.0.0\n");
+}
+
+TEST(Files, NaturalOrder) {
+    const char *const ordered[] = {"",
+                                   "a",
+                                   "a/f9",
+                                   "a/f010",
+                                   "a/f10",
+                                   "a/f10b",
+                                   "a0b1",
+                                   "a01",
+                                   "a99999999999999999999998",
+                                   "a99999999999999999999999",
+                                   "b"};
+    for (size_t i = 0; i < std::size(ordered); i++) {
+        for (size_t j = 0; j < std::size(ordered); j++)
+            EXPECT_EQ(natural_less(ordered[i], ordered[j]), i < j) << i << " " << j;
+    }
+}
+
+// A text cut anywhere gives what it gives in one piece.
+TEST(SafeText, Pieces) {
+    const std::string text =
+        "a\r\n\tb\r\x1b\xC3\xA9\xC2\x85\xE2\x82\xAC\xED\xA0\x80\xF0\x9F\x98\x80\xF5\x80\xC0\xAF\xE2\x82";
+    const std::string safe =
+        "a\r\n\tb\\x0d\\x1b\xC3\xA9\\xc2\\x85\xE2\x82\xAC\\xed\\xa0\\x80\xF0\x9F\x98\x80\\xf5\\x80\\xc0\\xaf"
+        "\\xe2\\x82";
+    for (size_t cut = 0; cut <= text.size(); cut++) {
+        SafeText converter;
+        std::string out;
+        converter.add(std::string_view(text).substr(0, cut), out);
+        for (size_t i = cut; i < text.size(); i++) converter.add(std::string_view(text).substr(i, 1), out);
+        converter.finish(out);
+        EXPECT_EQ(out, safe) << cut;
+    }
+    EXPECT_EQ(safe_name("a\n\t\xFF"), "a\\x0a\\x09\\xff");
+}
+
+}  // namespace
