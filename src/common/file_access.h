@@ -12,6 +12,10 @@ using OpenFile = std::unique_ptr<std::FILE, int (*)(std::FILE *)>;
 // its bytes from then on.
 OpenFile open_input(const char *name);
 
+// Has the file opened and its head under way that open_input is to open next, where files are slow to reach;
+// nothing is done elsewhere, nor for what is no regular file.
+void announce_input(const char *name);
+
 // Opens once more what open_input opened last under that name: a descriptor, -1 where that fails, or a
 // stream.
 int open_descriptor_again(const char *name);
@@ -25,7 +29,9 @@ bool can_seek(std::FILE *file, int64_t offset);
 uint64_t file_size(int fd);
 uint64_t file_size(std::FILE *file);
 
-// Reads up to n bytes at an offset; the count read, less at the end of the file or at an error.
+// Reads up to n bytes at an offset of the input; the count read, less at the end of the file or at an error.
+// Where that turns out to be slow and the file lies on another machine, what follows is announced to the
+// system.
 uint64_t read_at(int fd, uint64_t offset, void *data, uint64_t n);
 
 // Reads up to n bytes from the current position, going on after short reads (pipes); the count read.

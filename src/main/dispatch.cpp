@@ -172,7 +172,7 @@ constexpr Format kFormats[] = {
 
 void dispatch(DumpOptions &opts, std::FILE *file, const char *name, int range_flag) {
     uint8_t buffer[kDetectionSize];
-    const uint64_t got = read_fully(fileno(file), buffer, sizeof buffer);
+    const uint64_t got = read_at(fileno(file), 0, buffer, sizeof buffer);
     std::memset(buffer + got, 0, sizeof buffer - got);
     const Input in{opts, file, name, range_flag, Bytes(buffer, sizeof buffer)};
     for (const Format &format : kFormats) {

@@ -97,8 +97,10 @@ void stringsearchfile(DumpOptions &, std::FILE *file) {
     const auto search = std::make_unique<Search>();
     LineBuffer out;
     OpenRun run;
-    while (const size_t got = static_cast<size_t>(read_fully(fileno(file), search->bytes, kBlock))) {
-        search_block(out, run, *search, got);
+    uint64_t position = 0;
+    while (const uint64_t got = read_at(fileno(file), position, search->bytes, kBlock)) {
+        search_block(out, run, *search, static_cast<size_t>(got));
+        position += got;
     }
     close(out, run);
 }
