@@ -42,7 +42,7 @@ bool print_sound(Walk &walk, Bytes chunk, uint64_t position) {
     std::printf("  Offset   %d\n", offset);
     std::printf("PTR %08x\n", static_cast<uint32_t>(samples));
     if (!walk.opts.flag_a && !walk.opts.flag_t) return true;
-    if (!can_seek(walk.file, samples)) {
+    if (!seek_to(walk.file, samples)) {
         std::printf("Error: seek failed\n");
         return false;
     }

@@ -80,7 +80,7 @@ bool scan_format(Walk &walk) {
     CircleDetector circle;
     int64_t offset = kFirstChunk;
     do {
-        if (!can_seek(walk.file, offset)) {
+        if (!seek_to(walk.file, offset)) {
             std::printf("Error: Scanning for formattag, seek failed\n");
             return false;
         }
@@ -234,7 +234,7 @@ void print_chunk(Walk &walk, const Chunk &chunk) {
 void walk_chunks(Walk &walk) {
     for (int64_t offset = kFirstChunk; offset < walk.riff_size;) {
         const int64_t available = walk.file_bytes - offset;
-        if (!can_seek(walk.file, offset)) {
+        if (!seek_to(walk.file, offset)) {
             std::printf("Error: seek failed\n");
             return;
         }

@@ -149,7 +149,7 @@ int open_descriptor_again(const char *name) {
 
 OpenFile open_again(const char *name) { return stream_of(open_descriptor_again(name)); }
 
-bool can_seek(std::FILE *file, int64_t offset) { return lseek(fileno(file), offset, SEEK_SET) >= 0; }
+bool seek_to(std::FILE *file, int64_t offset) { return lseek(fileno(file), offset, SEEK_SET) >= 0; }
 
 uint64_t file_size(int fd) {
     struct stat status;

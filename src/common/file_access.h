@@ -21,9 +21,9 @@ void announce_input(const char *name);
 int open_descriptor_again(const char *name);
 OpenFile open_again(const char *name);
 
-// Whether a file can be positioned at an offset: not before its start, and not beyond what its system can
+// Moves to an offset; false where the file has no such place: before its start, or beyond what its system can
 // address.
-bool can_seek(std::FILE *file, int64_t offset);
+bool seek_to(std::FILE *file, int64_t offset);
 
 // Size of a regular file or block device in bytes; 0 for whatever has none (directories, pipes, devices).
 uint64_t file_size(int fd);

@@ -111,7 +111,7 @@ void FileImage::read_run(uint64_t block, uint64_t needed) {
     resident_ += run << shift_;
 }
 
-bool has_buffer(const FileImage &image) {
+bool check_buffer(const FileImage &image) {
     if (!image.ok()) std::printf("malloc of buffer %d failed\n", static_cast<int>(image.size()));
     return image.ok();
 }

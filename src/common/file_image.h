@@ -60,5 +60,5 @@ class FileImage {
     uint64_t resident_ = 0;
 };
 
-// Whether an image has its buffer; prints "malloc of buffer %d failed" with its size where it has none.
-bool has_buffer(const FileImage &image);
+// False, behind the line "malloc of buffer %d failed" with the size, where an image could not get its buffer.
+bool check_buffer(const FileImage &image);

@@ -91,7 +91,7 @@ void printentry(std::string_view type, Bytes value, uint64_t size, Budget &budge
 
 void exrdump(DumpOptions &, std::FILE *file) {
     FileImage image(file);
-    if (!has_buffer(image)) return;
+    if (!check_buffer(image)) return;
     const Bytes bytes = image.bytes();
     Budget budget(bytes.size());
     std::printf("Fileformat:EXR\n");

@@ -45,7 +45,7 @@ const PacketType *find_type(uint8_t type) {
 
 // The packet whose header stands at an offset; a message and a length of 0 when there is none.
 Packet gxftag(std::FILE *file, uint64_t offset, Bytes header) {
-    if (!can_seek(file, static_cast<int64_t>(offset))) {
+    if (!seek_to(file, static_cast<int64_t>(offset))) {
         std::printf("gxftag: fseek error\n");
         return {};
     }

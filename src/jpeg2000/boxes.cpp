@@ -127,7 +127,7 @@ void jp2_hexdump(Bytes buf, uint64_t offset, uint64_t length) {
 
 void jp2dump(DumpOptions &, std::FILE *file) {
     FileImage image(file);
-    if (!has_buffer(image)) return;
+    if (!check_buffer(image)) return;
     const Bytes buf = image.bytes();
     std::printf("Fileformat:JP2\n");
     codestream.enter_file();

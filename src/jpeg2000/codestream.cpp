@@ -210,7 +210,7 @@ uint64_t jp2ffentry(Bytes buf, uint64_t offset, int, uint64_t end) {
 
 void jpcdump(DumpOptions &, std::FILE *file, int skip_prefix) {
     FileImage image(file);
-    if (!has_buffer(image)) return;
+    if (!check_buffer(image)) return;
     const Bytes buf = image.bytes();
     std::printf("Fileformat: unwrapped JPEG2000 codestream \n");
     codestream.enter_file();

@@ -170,7 +170,7 @@ uint64_t jpegentry(DumpOptions &opts, Bytes buf, uint64_t offset, Budget &budget
 
 void jpgdump(DumpOptions &opts, std::FILE *file) {
     FileImage image(file);
-    if (!has_buffer(image)) return;
+    if (!check_buffer(image)) return;
     const Bytes buf = image.bytes();
     Budget budget(buf.size());
     std::printf("Fileformat:JPEG\n");

@@ -10,7 +10,6 @@
 
 namespace {
 
-constexpr int kVersion[] = {5, 10, 0, 0};
 constexpr int kUsageStatus = 255;
 constexpr int kGoOn = -1;
 
@@ -61,8 +60,8 @@ bool parse_switch(DumpOptions &opts, const char *arg) {
     }
 }
 
-// Refuses a name in which an s follows a % without a digit between them; one line a refused character.
-bool name_accepted(const char *name) {
+// Refuses a name in which an s follows a % without a digit between them, with one line a refused character.
+bool check_name(const char *name) {
     bool accepted = true;
     bool watching = false;
     for (const char *p = name; *p; p++) {
@@ -78,14 +77,11 @@ bool name_accepted(const char *name) {
     return accepted;
 }
 
-bool pattern_accepted(const char *pattern) {
+// Refuses a pattern that would put anything but a number into a name.
+bool check_pattern(const char *pattern) {
     if (valid_name_pattern(pattern)) return true;
     std::printf("keldump: bad name pattern '%s'\n", pattern);
     return false;
-}
-
-void print_version(const char *format_start) {
-    std::printf("%s%d.%d.%d.%d\n", format_start, kVersion[0], kVersion[1], kVersion[2], kVersion[3]);
 }
 
 }  // namespace
@@ -108,9 +104,10 @@ void usage() {
         "          -s        - Search for text strings\n"
         "\n"
         "          Use this to verify files that can not be read or used for realtime transfers.\n"
+        "\n"
+        "          keldump version " KELDUMP_VERSION
+        "\n"
         "\n");
-    print_version("          keldump version ");
-    std::printf("\n");
 }
 
 int parse_command_line(int argc, char **argv, CommandLine &line) {
@@ -119,7 +116,7 @@ int parse_command_line(int argc, char **argv, CommandLine &line) {
         return kUsageStatus;
     }
     if (strcasecmp(argv[1], "verify") == 0) {
-        print_version("keldump: ");
+        std::printf("keldump: " KELDUMP_VERSION "\n");
         return 0;
     }
     // The last argument is the file name, whatever it begins with.
@@ -136,8 +133,8 @@ int parse_command_line(int argc, char **argv, CommandLine &line) {
         line.start = static_cast<int32_t>(std::strtol(argv[next + 1], nullptr, 10));
         line.end = static_cast<int32_t>(std::strtol(argv[next + 2], nullptr, 10));
     }
-    if (!name_accepted(line.name)) return 0;
-    if (line.range_flag && !pattern_accepted(line.name)) return 0;
-    if (line.opts.save_frames && !pattern_accepted(line.opts.frame_name_pattern)) return 0;
+    if (!check_name(line.name)) return 0;
+    if (line.range_flag && !check_pattern(line.name)) return 0;
+    if (line.opts.save_frames && !check_pattern(line.opts.frame_name_pattern)) return 0;
     return kGoOn;
 }

@@ -1,8 +1,9 @@
 // The headers behind the start codes of program and elementary streams. Each is read from the byte behind its
-// start code (and length) on; most return a status of the walk.
+// start code (and length) on; they return how the walk goes on.
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "main/dump_options.h"
 #include "mpeg/reader.h"
@@ -22,9 +23,14 @@ Status print_system_header(mpeg_reader &reader);
 Status print_program_stream_map(mpeg_reader &reader);
 Status print_pes_header(const DumpOptions &opts, mpeg_reader &reader);
 
-// Prints a field of some bits behind its label.
-inline uint32_t print_bits(mpeg_reader &reader, const char *label, int count) {
-    const uint32_t value = mpegbits(reader, count);
-    std::printf("%s%d\n", label, static_cast<int32_t>(value));
-    return value;
-}
+// A field as bits behind each other lie: how many, and the line up to its value. Without a label it is not
+// printed; without bits it is a marker bit.
+struct BitRow {
+    int bits = 0;
+    const char *label = nullptr;
+};
+constexpr BitRow kMarker{};
+
+// Read fields and print one line each.
+uint32_t print_bits(mpeg_reader &reader, const char *label, int count);
+void print_bit_rows(mpeg_reader &reader, std::span<const BitRow> rows);

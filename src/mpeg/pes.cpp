@@ -1,23 +1,30 @@
 // PES packet headers (ISO/IEC 13818-1, 2.4.3.6).
+#include <cstdio>
+
 #include "common/values.h"
 #include "mpeg/headers.h"
 
 namespace {
 
-struct Flag {
-    int bits;
-    const char *label;
-};
-
 // Behind the two marker bits, in this order.
 enum FlagIndex { kTimeStamps = 5, kEscr, kEsRate, kTrickMode, kCopyInfo, kCrc, kExtension, kFlags = 13 };
-constexpr Flag kPesFlags[] = {
-    {2, "  PES_scrambling  "}, {1, "  PES_priority    "}, {1, "  data_alignment  "},
-    {1, "  copyright       "}, {1, "  copyflag        "}, {2, "  PTS_DTS_flags   "},
-    {1, "  ESCR_flag       "}, {1, "  ES_rate_flag    "}, {1, "  trick_mode      "},
-    {1, "  copy_info_flag  "}, {1, "  PES_CRC_flag    "}, {1, "  PES_extension   "},
+// clang-format off
+constexpr BitRow kPesFlags[] = {
+    {2, "  PES_scrambling  "},
+    {1, "  PES_priority    "},
+    {1, "  data_alignment  "},
+    {1, "  copyright       "},
+    {1, "  copyflag        "},
+    {2, "  PTS_DTS_flags   "},
+    {1, "  ESCR_flag       "},
+    {1, "  ES_rate_flag    "},
+    {1, "  trick_mode      "},
+    {1, "  copy_info_flag  "},
+    {1, "  PES_CRC_flag    "},
+    {1, "  PES_extension   "},
     {8, "  PES_header_data "},
 };
+// clang-format on
 static_assert(sizeof kPesFlags / sizeof *kPesFlags == kFlags);
 
 // 33 bits in three parts, each followed by a marker.
@@ -57,26 +64,49 @@ void print_escr(mpeg_reader &reader) {
     std::printf("  ECSR           %08llx %d\n", base, extension);
 }
 
-void print_es_rate(mpeg_reader &reader) {
-    markerbit(reader);
-    print_bits(reader, "  ESRATE         ", 22);
-    markerbit(reader);
-}
+// clang-format off
+constexpr BitRow kEsRateRows[] = {
+    kMarker,
+    {22, "  ESRATE         "},
+    kMarker,
+};
+constexpr BitRow kCopyInfoRows[] = {
+    kMarker,
+    {7, "  copyinfo       "},
+};
+// Trick modes: fast and slow, forward and reverse, and freeze.
+constexpr BitRow kFastRows[] = {
+    {2, "  fieldid      "},
+    {1, "  intraslice   "},
+    {2, "  freqtrunc    "},
+};
+constexpr BitRow kSlowRows[] = {
+    {5, "  repcntrl     "},
+};
+constexpr BitRow kFreezeRows[] = {
+    {2, "  fieldid      "},
+    {3},
+};
+constexpr BitRow kCounterRows[] = {
+    kMarker,
+    {7, "  sequencenr      "},
+    kMarker,
+    {1, "  mpeg1           "},
+    {6, "  orglength       "},
+};
+constexpr BitRow kStdBufferRows[] = {
+    {1, "  stdscale        "},
+    {13, "  stdsize         "},
+};
+// clang-format on
 
 void print_trick_mode(mpeg_reader &reader) {
     switch (print_bits(reader, "  trickmode      ", 3)) {
         case 0:
-        case 3:
-            print_bits(reader, "  fieldid      ", 2);
-            print_bits(reader, "  intraslice   ", 1);
-            print_bits(reader, "  freqtrunc    ", 2);
-            break;
+        case 3: print_bit_rows(reader, kFastRows); break;
         case 1:
-        case 4: print_bits(reader, "  repcntrl     ", 5); break;
-        case 2:
-            print_bits(reader, "  fieldid      ", 2);
-            mpegbits(reader, 3);
-            break;
+        case 4: print_bit_rows(reader, kSlowRows); break;
+        case 2: print_bit_rows(reader, kFreezeRows); break;
         default: mpegbits(reader, 5);
     }
 }
@@ -113,17 +143,10 @@ void print_pes_extension(mpeg_reader &reader) {
     const uint32_t extension = print_bits(reader, "  extflag         ", 1);
     if (private_data) print_private_data(reader);
     if (pack_header) print_bits(reader, "  fieldlength     ", 8);
-    if (counter) {
-        markerbit(reader);
-        print_bits(reader, "  sequencenr      ", 7);
-        markerbit(reader);
-        print_bits(reader, "  mpeg1           ", 1);
-        print_bits(reader, "  orglength       ", 6);
-    }
+    if (counter) print_bit_rows(reader, kCounterRows);
     if (std_buffer) {
         markerbits(reader, 2, 1);
-        print_bits(reader, "  stdscale        ", 1);
-        print_bits(reader, "  stdsize         ", 13);
+        print_bit_rows(reader, kStdBufferRows);
     }
     if (extension) print_extension_field(reader);
 }
@@ -141,12 +164,9 @@ Status print_pes_header(const DumpOptions &opts, mpeg_reader &reader) {
     }
     const Status status = print_stamps(reader, flags[kTimeStamps]);
     if (flags[kEscr]) print_escr(reader);
-    if (flags[kEsRate]) print_es_rate(reader);
+    if (flags[kEsRate]) print_bit_rows(reader, kEsRateRows);
     if (flags[kTrickMode]) print_trick_mode(reader);
-    if (flags[kCopyInfo]) {
-        markerbit(reader);
-        print_bits(reader, "  copyinfo       ", 7);
-    }
+    if (flags[kCopyInfo]) print_bit_rows(reader, kCopyInfoRows);
     if (flags[kCrc]) print_bits(reader, "  pescrc         ", 16);
     if (flags[kExtension]) print_pes_extension(reader);
     return status;

@@ -1,10 +1,12 @@
 // The walk over the start codes of a program stream or video elementary stream.
 #include <algorithm>
 #include <bit>
+#include <cstdio>
 #include <memory>
 
 #include "mpeg/headers.h"
 #include "mpeg/mpeg.h"
+#include "mpeg/names.h"
 
 namespace {
 

@@ -1,15 +1,13 @@
 #include "mpeg/reader.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstdio>
 
 #include "common/file_access.h"
 
 namespace {
 
 constexpr int64_t kSmallestRead = 4096;
-constexpr size_t kIdText = 25;
-constexpr size_t kTimeText = 32;
 
 // Makes the block hold the byte at the position; false beyond the end of the file.
 bool hold_position(mpeg_reader &reader) {
@@ -109,56 +107,6 @@ bool mpegendoffile(const mpeg_reader &reader) { return reader.ended; }
 int mpegerror(const mpeg_reader &reader, const char *text) {
     std::printf("ERROR:%08x:%s\n", static_cast<uint32_t>(reader.position), text);
     return 4;
-}
-
-uint32_t mpegstreamid(mpeg_reader &reader, char *text, uint32_t id) {
-    const auto named = [&](const char *name) { std::snprintf(text, kIdText, "%s", name); };
-    bool has_length = true;
-    switch (id) {
-        case 0x00: named("picturedata"), has_length = false; break;
-        case 0xB0:
-        case 0xB1:
-        case 0xB6: std::snprintf(text, kIdText, "unknown-%02x", id); break;
-        case 0xB2: named("userdata"); break;
-        case 0xB3: named("sequenceheader"), has_length = false; break;
-        case 0xB4: named("sequenceerror"); break;
-        case 0xB5: named("extensionstart"), has_length = false; break;
-        case 0xB7: named("sequenceend"); break;
-        case 0xB8: named("groupofpictures"), has_length = false; break;
-        case 0xB9: named("dataend"), has_length = false; break;
-        case 0xBA: named("timing"), has_length = false; break;
-        case 0xBB: named("systemheader"); break;
-        case 0xBC: named("program_stream_map"); break;
-        case 0xBD: named("private_stream_1"); break;
-        case 0xBE: named("padding_stream"); break;
-        case 0xBF: named("private_stream_2"); break;
-        case 0xF0: named("ecm_stream"); break;
-        case 0xF1: named("emm_stream"); break;
-        case 0xF2: named("itu_h_222_stream"); break;
-        case 0xF3: named("iso_iec_13522_stream"); break;
-        case 0xF9: named("ancillary_stream"); break;
-        case 0xFF: named("program_directory_stream"); break;
-        default:
-            if (id <= 0xAF) {
-                std::snprintf(text, kIdText, "datastream%03d", id);
-            } else if (id <= 0xDF) {
-                std::snprintf(text, kIdText, "audiostream%d", id & 31);
-            } else if (id <= 0xEF) {
-                std::snprintf(text, kIdText, "videostream%d", id & 31);
-            } else if (id <= 0xF8) {
-                std::snprintf(text, kIdText, "itu_h_222_%c_stream", static_cast<char>('a' + (id - 0xF4)));
-            } else {
-                named("reserved_data_stream");
-            }
-    }
-    return has_length ? mpegbits(reader, 16) : 0;
-}
-
-void mpegsystemtime2string(char *text, double time) {
-    std::snprintf(text, kTimeText, "%02d:%02d:%02d:%06d", static_cast<int>(time / 3600000000.0),
-                  static_cast<int>(std::fmod(time / 60000000.0, 60)),
-                  static_cast<int>(std::fmod(time / 1000000.0, 60)),
-                  static_cast<int>(std::fmod(time, 1000000.0)));
 }
 
 ByteRun mpegrun(mpeg_reader &reader) {

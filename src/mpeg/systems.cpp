@@ -1,9 +1,42 @@
 // Pack, system and program stream map headers after ISO/IEC 11172-1 and 13818-1.
+#include <cstdio>
+
 #include "mpeg/headers.h"
+#include "mpeg/names.h"
 
 namespace {
 
 constexpr double kClock = 90000;  // ticks a second of the system clock reference
+
+// clang-format off
+constexpr BitRow kSystemRows[] = {
+    kMarker,
+    {22, " ratebound:       "},
+    kMarker,
+    {6, " audiobound:      "},
+    {1, " fixedflag:       "},
+    {1, " cspsflag:        "},
+    {1, " audiolocked:     "},
+    {1, " videolocked:     "},
+    kMarker,
+    {5, " videobound:      "},
+    {1, " privaterate:     "},
+    {7, " reserved:        "},
+};
+constexpr BitRow kStreamBoundRows[] = {
+    kMarker,
+    kMarker,
+    {1, " bound:           "},
+    {13, " bufferzone:      "},
+};
+constexpr BitRow kStreamMapRows[] = {
+    {1, " nextindicator:   "},
+    {2},
+    {5, " version:         "},
+    {7},
+    kMarker,
+};
+// clang-format on
 
 // Descriptor bytes as characters, 15 a line; the last line stays open.
 void print_characters(mpeg_reader &reader, uint32_t count) {
@@ -55,34 +88,16 @@ Status print_pack_header(const DumpOptions &opts, mpeg_reader &reader, double &s
 
 Status print_system_header(mpeg_reader &reader) {
     if (!mpegbitpeek(reader)) return Status::go_on;
-    markerbit(reader);
-    print_bits(reader, " ratebound:       ", 22);
-    markerbit(reader);
-    print_bits(reader, " audiobound:      ", 6);
-    print_bits(reader, " fixedflag:       ", 1);
-    print_bits(reader, " cspsflag:        ", 1);
-    print_bits(reader, " audiolocked:     ", 1);
-    print_bits(reader, " videolocked:     ", 1);
-    markerbit(reader);
-    print_bits(reader, " videobound:      ", 5);
-    print_bits(reader, " privaterate:     ", 1);
-    print_bits(reader, " reserved:        ", 7);
+    print_bit_rows(reader, kSystemRows);
     while (mpegbitpeek(reader)) {
         std::printf(" streamid:        %02x\n", mpegbits(reader, 8));
-        markerbit(reader);
-        markerbit(reader);
-        print_bits(reader, " bound:           ", 1);
-        print_bits(reader, " bufferzone:      ", 13);
+        print_bit_rows(reader, kStreamBoundRows);
     }
     return Status::go_on;
 }
 
 Status print_program_stream_map(mpeg_reader &reader) {
-    print_bits(reader, " nextindicator:   ", 1);
-    mpegbits(reader, 2);
-    print_bits(reader, " version:         ", 5);
-    mpegbits(reader, 7);
-    markerbit(reader);
+    print_bit_rows(reader, kStreamMapRows);
     const uint32_t info = print_bits(reader, " infolength:      ", 16);
     print_characters(reader, info);
     std::printf("'\n");

@@ -90,7 +90,7 @@ void print_glyphs(Bytes font) {
 
 void fontdump(DumpOptions &, std::FILE *file) {
     FileImage image(file);
-    if (!has_buffer(image)) return;
+    if (!check_buffer(image)) return;
     print_header(image.bytes());
     print_glyphs(image.bytes());
 }

@@ -101,7 +101,7 @@ void dumpfile(DumpOptions &opts, std::FILE *file) {
         size = kMaxSize;
     }
     FileImage image(file, 0, size);
-    if (!has_buffer(image)) return;
+    if (!check_buffer(image)) return;
     const Bytes text = image.bytes();
     const Mark mark = find_mark(text);
     if (mark.name) std::printf("Fileformat: %s\n", mark.name);

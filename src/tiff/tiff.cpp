@@ -180,7 +180,7 @@ void tiffdumpifd(DumpOptions &opts, Bytes base, uint32_t ifd_offset, int big_end
 
 void tiffdump(DumpOptions &opts, std::FILE *file) {
     FileImage image(file);
-    if (!has_buffer(image)) return;
+    if (!check_buffer(image)) return;
     const Bytes bytes = image.bytes();
     const uint32_t fileid = little16(bytes);
     const bool is_big = fileid == kBigEndianId;
