@@ -1,23 +1,65 @@
-// libFuzzer target: the input's first byte chooses the switches and the name's extension, the rest is the
+// libFuzzer target: the input's first two bytes choose the switches and the name's extension, the rest is the
 // file. docs/fuzzing.md has the commands.
-#include <unistd.h>
-
 #include <cstdint>
 #include <cstdio>
 #include <string>
 
-#include "main/dispatch.h"
+#include "main/file_sequence.h"
+#include "memory_file.h"
 #include "mxf/registry.h"
 
 namespace {
 
-constexpr const char *kExtensions[] = {".bin", ".mov", ".tga", ".yuv", ".txt", ".bin", ".bin", ".bin"};
+constexpr size_t kSwitchBytes = 2;
+constexpr const char *kExtensions[] = {".bin", ".mov", ".tga", ".yuv", ".txt", ".yuv10", ".yuv16", ".bin"};
 
-void set_switches(DumpOptions &opts, unsigned choice) {
-    opts.verbose = static_cast<int32_t>(choice & 3);
-    opts.flag_a = opts.flag_t = static_cast<int32_t>(choice >> 2 & 1);
-    opts.flag_p = opts.mxf_flag_x = static_cast<int32_t>(choice >> 3 & 1);
-    opts.mxf_flag_l = static_cast<int32_t>(choice >> 4 & 1);
+// Fields of a number, from the lowest bit on.
+class Choices {
+ public:
+    explicit Choices(unsigned number) : number_(number) {}
+    int32_t next(unsigned bits) {
+        const unsigned field = number_ & ((1u << bits) - 1);
+        number_ >>= bits;
+        return static_cast<int32_t>(field);
+    }
+
+ private:
+    unsigned number_;
+};
+
+CommandLine command_line(Choices choices) {
+    CommandLine line{};
+    DumpOptions &opts = line.opts;
+    opts.verbose = choices.next(2);
+    opts.flag_a = opts.flag_t = choices.next(1);
+    opts.flag_p = opts.mxf_flag_x = choices.next(1);
+    opts.mxf_flag_l = choices.next(1);
+    static const std::string base = kMemoryFile;
+    static std::string name;
+    name = base + kExtensions[choices.next(3)];
+    line.name = name.c_str();
+
+    line.range_flag = choices.next(1);
+    opts.mxf_flag_c = choices.next(1);
+    opts.save_frames = choices.next(1);
+    std::snprintf(opts.frame_name_pattern, sizeof opts.frame_name_pattern, "/dev/null");
+    opts.flag_u = opts.hex_no_offsets = choices.next(1);
+    switch (choices.next(4)) {
+        case 1: opts.hex_dump = 1; break;
+        case 2: opts.file_dump = 1; break;
+        case 3: opts.string_search = 1; break;
+        default: break;
+    }
+    return line;
+}
+
+// Output goes nowhere, without a system call, through a buffer as large as the program's.
+void discard_output() {
+    static char buffer[64 * 1024];
+    const cookie_io_functions_t nowhere{
+        nullptr, [](void *, const char *, size_t n) { return static_cast<ssize_t>(n); }, nullptr, nullptr};
+    stdout = fopencookie(nullptr, "w", nowhere);
+    std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
 }
 
 struct EndOfDump {};
@@ -32,26 +74,27 @@ extern "C" [[noreturn]] void __wrap_exit(int status) {
     __real_exit(status);
 }
 
+// Freed memory is still kept from reuse for the time of many inputs, but not for so long that every
+// allocation touches new pages.
+extern "C" const char *__asan_default_options() {
+    return "quarantine_size_mb=8:malloc_context_size=8:allocator_release_to_os_interval_ms=-1";
+}
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***) {
+    discard_output();
+    return 0;
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
-    if (size < 1) return 0;
-    // Some dumps open the file again by its name. Memory is where it lies.
-    static const std::string base = "/dev/shm/keldump-fuzz-" + std::to_string(getpid());
-    const std::string name = base + kExtensions[data[0] >> 5];
-    std::FILE *file = std::fopen(name.c_str(), "w+b");
-    if (!file) return 0;
-    std::fwrite(data + 1, 1, size - 1, file);
-    std::fflush(file);
-    lseek(fileno(file), 0, SEEK_SET);
-    DumpOptions opts{};
-    set_switches(opts, data[0]);
+    if (size < kSwitchBytes) return 0;
+    set_memory_file(data + kSwitchBytes, size - kSwitchBytes);
+    CommandLine line = command_line(Choices(data[0] | unsigned{data[1]} << 8));
     dumping = true;
     try {
-        dispatch(opts, file, name.c_str(), 0);
+        dump_files(line);
     } catch (const EndOfDump &) {
     }
     dumping = false;
     mxffreedata();
-    std::fclose(file);
-    unlink(name.c_str());
     return 0;
 }

@@ -1,7 +1,7 @@
 #include "tiff/tiff.h"
 
 #include <cstring>
-#include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "common/file_image.h"
@@ -33,13 +33,9 @@ struct Walk {
     DumpOptions &opts;
     OrderedBytes base;
     Budget &budget;
-    std::unordered_map<uint32_t, bool> directories;  // met so far, and whether each is still being walked
-    bool repeated = false;  // the current directory was shown before: its values count against the budget
+    std::unordered_set<uint32_t> open_directories;  // that are still being walked
 
-    bool is_open(uint32_t offset) const {
-        const auto found = directories.find(offset);
-        return found != directories.end() && found->second;
-    }
+    bool is_open(uint32_t offset) const { return open_directories.contains(offset); }
     Bytes bytes() const { return base.bytes; }
 };
 
@@ -95,6 +91,7 @@ void print_image_source_data(const Walk &walk, const Entry &entry) {
     }
 }
 
+// The values of a whole file that lie beside each other stay far within the budget.
 void print_value(const Walk &walk, Entry &entry) {
     switch (entry.tag) {
         case kStripOffsets:
@@ -115,7 +112,7 @@ void print_value(const Walk &walk, Entry &entry) {
     const char *text =
         tifftype(walk.bytes(), entry.type, entry.count, entry.value, walk.base.is_big(), &entry.first);
     std::printf("%s\n", text);
-    if (walk.repeated) walk.budget.spend(std::strlen(text));
+    walk.budget.spend(std::strlen(text));
 }
 
 void keep_image_state(DumpOptions &opts, const Entry &entry) {
@@ -145,12 +142,10 @@ void print_entry(Walk &walk, uint64_t offset, int depth) {
 void print_directory(Walk &walk, uint32_t offset, uint64_t entries, int depth) {
     std::printf(" entries: %d\n", static_cast<int>(entries));
     const uint64_t first = uint64_t{offset} + 2;
-    const bool repeated = walk.repeated;
     for (uint64_t i = 0; i < entries && first + kEntrySize * i < walk.bytes().size(); i++) {
         if (walk.budget.spent()) return;
         walk.budget.spend(kEntrySize);
         print_entry(walk, first + kEntrySize * i, depth);
-        walk.repeated = repeated;
     }
 }
 
@@ -159,8 +154,7 @@ void print_directory(Walk &walk, uint32_t offset, uint64_t entries, int depth) {
 void print_directories(Walk &walk, uint32_t offset, int depth) {
     std::vector<uint32_t> chain;
     do {
-        walk.repeated = !walk.directories.emplace(offset, true).second;
-        walk.directories[offset] = true;
+        walk.open_directories.insert(offset);
         chain.push_back(offset);
         walk.budget.spend(kDirectoryFrame);
         const uint64_t entries = walk.base.u16(offset);
@@ -168,7 +162,7 @@ void print_directories(Walk &walk, uint32_t offset, int depth) {
         offset = walk.base.u32(uint64_t{offset} + 2 + kEntrySize * entries);
         std::printf(" offset  : %08x\n", offset);
     } while (offset != 0 && offset < walk.bytes().size() && !walk.is_open(offset) && !walk.budget.spent());
-    for (const uint32_t walked : chain) walk.directories[walked] = false;
+    for (const uint32_t walked : chain) walk.open_directories.erase(walked);
 }
 
 }  // namespace
