@@ -1,4 +1,6 @@
 // The whole dumps of many files, each behind a line with its name.
+#include <unistd.h>
+
 #include <atomic>
 #include <string>
 #include <vector>
@@ -17,7 +19,7 @@ constexpr char kUsage[] =
     "Prints the whole dump of every file behind a line '==> NAME <==', in order, several at a time.\n"
     "\n"
     "  -j N       N files at a time (as many as there are processors)\n"
-    "  --raw      the bytes of dumps as they are, control characters too\n"
+    "  --raw      the bytes of dumps as they are, control characters too; not on a terminal\n"
     "  switches   keldump's own, for every file; -ms is refused, as all files would write the same names\n"
     "  --         the end of the switches\n"
     "\n"
@@ -63,12 +65,13 @@ bool parse(int argc, char **argv, Request &request) {
 bool dump_file(const std::string &keldump, const Request &request, const std::string &path,
                const OutputTaker &out) {
     out("==> " + safe_name(path) + " <==\n");
+    const bool raw = request.raw && !isatty(STDOUT_FILENO);
     SafeText safe;
     std::string text;
     bool ends_line = true;
     const DumpResult result = run_keldump(keldump, request.switches, path, [&](std::string_view piece) {
         if (!piece.empty()) ends_line = piece.back() == '\n';
-        if (request.raw) {
+        if (raw) {
             out(piece);
         } else {
             text.clear();
