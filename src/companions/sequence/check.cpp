@@ -1,0 +1,261 @@
+#include "companions/sequence/check.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <optional>
+#include <set>
+
+#include "companions/safe_text.h"
+#include "companions/sequence/timecode.h"
+
+namespace {
+
+constexpr int32_t kCounts = 10000;  // of a keycode, before they begin anew
+
+// Which of the values seen most often comes first.
+class Votes {
+ public:
+    void add(int64_t value) { votes_[value]++; }
+    std::optional<int64_t> winner() const {
+        const auto most = std::max_element(votes_.begin(), votes_.end(),
+                                           [](const auto &a, const auto &b) { return a.second < b.second; });
+        return most == votes_.end() ? std::nullopt : std::optional(most->first);
+    }
+
+ private:
+    std::map<int64_t, uint64_t> votes_;
+};
+
+// How the keycodes of a sequence go on, in perforations.
+struct FilmStep {
+    std::optional<int64_t> step;       // a frame
+    std::optional<int64_t> per_count;  // from one count to the next
+};
+
+template <typename Visit>
+void each_pair(const std::vector<SequenceFrame> &frames, Visit visit) {
+    const SequenceFrame *before = nullptr;
+    for (const SequenceFrame &now : frames) {
+        if (!now.frame.has_header) continue;
+        if (before) visit(*before, now);
+        before = &now;
+    }
+}
+
+bool is_next_count(const Keycode &a, const Keycode &b) { return b.count == (a.count + 1) % kCounts; }
+
+FilmStep film_step(const std::vector<SequenceFrame> &frames) {
+    Votes steps;
+    Votes sizes;
+    const auto each_keycode = [&](auto visit) {
+        each_pair(frames, [&](const SequenceFrame &a, const SequenceFrame &b) {
+            const Keycode &from = a.frame.keycode;
+            const Keycode &to = b.frame.keycode;
+            const bool successive = b.number == a.number + 1 && from.roll == to.roll;
+            if (successive && from.is_set() && to.is_set() && from.offset >= 0 && to.offset >= 0)
+                visit(from, to);
+        });
+    };
+    each_keycode([&](const Keycode &from, const Keycode &to) {
+        if (from.count == to.count) steps.add(to.offset - from.offset);
+    });
+    FilmStep result{steps.winner(), std::nullopt};
+    if (!result.step) return result;
+    each_keycode([&](const Keycode &from, const Keycode &to) {
+        if (is_next_count(from, to)) sizes.add(from.offset + *result.step - to.offset);
+    });
+    result.per_count = sizes.winner();
+    return result;
+}
+
+Counting counting_of(const std::vector<SequenceFrame> &frames) {
+    Counting counting;
+    Votes bases;
+    for (const SequenceFrame &f : frames) {
+        if (f.frame.rate > 0) bases.add(std::lround(f.frame.rate));
+    }
+    if (!bases.winner()) {  // one more than the last number of a second
+        each_pair(frames, [&](const SequenceFrame &a, const SequenceFrame &b) {
+            const auto number = [](const Frame &f) { return (f.timecode >> 4 & 7) * 10 + (f.timecode & 15); };
+            const bool new_second = (a.frame.timecode & 0xFF00) != (b.frame.timecode & 0xFF00);
+            if (new_second && number(b.frame) == 0 && b.number == a.number + 1)
+                bases.add(number(a.frame) + 1);
+        });
+    }
+    counting.base = static_cast<uint32_t>(bases.winner().value_or(100));
+    if (counting.base % 30 != 0) return counting;
+    // The minutes whose first numbers are left out, or not.
+    Counting dropping{counting.base, true};
+    Votes drops;
+    each_pair(frames, [&](const SequenceFrame &a, const SequenceFrame &b) {
+        if (has_drop_flag(a.frame.timecode, counting)) drops.add(1);
+        const auto plain = frame_count(a.frame.timecode, counting);
+        const auto dropped = frame_count(a.frame.timecode, dropping);
+        const int64_t step = b.number - a.number;
+        if (!plain || !dropped || step < 1) return;
+        const uint32_t without = timecode_of(*plain + step, counting);
+        const uint32_t with = timecode_of(*dropped + step, dropping);
+        if (with != without && b.frame.timecode == with) drops.add(1);
+        if (with != without && b.frame.timecode == without) drops.add(0);
+    });
+    counting.drop = drops.winner().value_or(0) == 1;
+    return counting;
+}
+
+std::string shown(const std::string &value) { return value.empty() ? "not set" : safe_name(value); }
+
+std::string frames_text(int64_t first, int64_t last) {
+    return first == last ? std::string("frame ") + std::to_string(first)
+                         : std::string("frames ") + std::to_string(first) + "-" + std::to_string(last);
+}
+
+class Check {
+ public:
+    explicit Check(const std::vector<SequenceFrame> &frames)
+        : frames_(frames), counting_(counting_of(frames)), film_(film_step(frames)) {}
+
+    Report run() {
+        const SequenceFrame *last = nullptr;
+        const SequenceFrame *last_header = nullptr;
+        for (const SequenceFrame &now : frames_) {
+            if (last) check_number(last->number, now.number);
+            if (last) previous_ = last->number;
+            if (!now.frame.problem.empty()) find(now.number, now.frame.problem);
+            if (now.frame.has_header) {
+                check_validity(now);
+                if (last_header) check_step(*last_header, now);
+                last_header = &now;
+            }
+            last = &now;
+        }
+        Report report{{}, summary()};
+        for (const Run &run : runs_)
+            report.findings.push_back(frames_text(run.first, run.last) + ": " + run.text);
+        return report;
+    }
+
+ private:
+    // The same of successive frames is one finding.
+    void find(int64_t number, const std::string &text) {
+        if (!runs_.empty() && runs_.back().text == text && runs_.back().last == previous_) {
+            runs_.back().last = number;
+        } else {
+            runs_.push_back({number, number, text});
+        }
+    }
+
+    void check_number(int64_t before, int64_t now) {
+        if (now <= before + 1) return;
+        const int64_t count = now - before - 1;
+        runs_.push_back({before + 1, now - 1, "missing (" + std::to_string(count) + ")"});
+    }
+
+    void check_validity(const SequenceFrame &f) {
+        if (f.frame.has_timecode() && !frame_count(f.frame.timecode, counting_)) {
+            find(f.number, "timecode " + timecode_text(f.frame.timecode, counting_) + " is none at " +
+                               std::to_string(counting_.base) + " frames a second" +
+                               (counting_.drop ? ", drop frame" : ""));
+        }
+    }
+
+    void check_step(const SequenceFrame &a, const SequenceFrame &b) {
+        check_timecode(a, b);
+        check_keycode(a, b);
+        if (a.frame.properties.size() != b.frame.properties.size()) {
+            find(b.number, "format " + a.frame.properties[0].value + " -> " + b.frame.properties[0].value);
+            return;
+        }
+        for (size_t i = 0; i < b.frame.properties.size(); i++) {
+            const Property &from = a.frame.properties[i];
+            const Property &to = b.frame.properties[i];
+            if (!(from == to))
+                find(b.number, std::string(to.name) + " " + shown(from.value) + " -> " + shown(to.value));
+        }
+    }
+
+    void check_timecode(const SequenceFrame &a, const SequenceFrame &b) {
+        if (a.frame.has_timecode() != b.frame.has_timecode()) {
+            find(b.number,
+                 b.frame.has_timecode() ? "timecode set from here on" : "timecode not set from here on");
+            return;
+        }
+        const auto from = frame_count(a.frame.timecode, counting_);
+        const auto to = frame_count(b.frame.timecode, counting_);
+        if (!a.frame.has_timecode() || !from || !to) return;
+        const uint32_t expected = timecode_of(*from + b.number - a.number, counting_);
+        if (frame_count(expected, counting_) == to) return;
+        if (from == to) {
+            find(b.number, "timecode stands at " + timecode_text(b.frame.timecode, counting_));
+            return;
+        }
+        find(b.number, "timecode " + timecode_text(a.frame.timecode, counting_) + " -> " +
+                           timecode_text(b.frame.timecode, counting_) + ", expected " +
+                           timecode_text(expected, counting_));
+    }
+
+    bool keycode_goes_on(const Keycode &from, const Keycode &to, int64_t frames) const {
+        if (from.roll != to.roll) return false;
+        const int64_t counts = (to.count - from.count + kCounts) % kCounts;
+        if (from.offset < 0 || to.offset < 0 || !film_.step) return counts <= frames;
+        const int64_t moved = to.offset - from.offset - *film_.step * frames;
+        if (counts == 0) return moved == 0;
+        return film_.per_count ? moved + counts * *film_.per_count == 0 : counts == 1 && frames == 1;
+    }
+
+    void check_keycode(const SequenceFrame &a, const SequenceFrame &b) {
+        const Keycode &from = a.frame.keycode;
+        const Keycode &to = b.frame.keycode;
+        if (from.is_set() != to.is_set()) {
+            find(b.number, to.is_set() ? "keycode set from here on" : "keycode not set from here on");
+        } else if (from.is_set() && !keycode_goes_on(from, to, b.number - a.number)) {
+            find(b.number, "keycode " + safe_name(from.text) + " -> " + safe_name(to.text));
+        }
+    }
+
+    std::string summary() const {
+        std::string text = std::to_string(frames_.size()) + (frames_.size() == 1 ? " frame" : " frames");
+        if (frames_.empty()) return text;
+        text += std::string(" ") + std::to_string(frames_.front().number) + "-" +
+                std::to_string(frames_.back().number);
+        const auto has_header = [](const SequenceFrame &f) { return f.frame.has_header; };
+        const auto first = std::find_if(frames_.begin(), frames_.end(), has_header);
+        if (first == frames_.end()) return text;
+        const Frame &start = first->frame;
+        const Frame &end = std::find_if(frames_.rbegin(), frames_.rend(), has_header)->frame;
+        text += ", " + start.properties[0].value + " " + value_of(start, "width") + "x" +
+                value_of(start, "height") + ", " + value_of(start, "bit depth") + " bit";
+        if (start.rate > 0) text += ", " + value_of(start, "frame rate") + " fps";
+        if (start.has_timecode() && end.has_timecode()) {
+            text += ", timecode " + timecode_text(start.timecode, counting_) + "-" +
+                    timecode_text(end.timecode, counting_);
+            if (counting_.drop) text += " drop frame";
+        }
+        if (start.keycode.is_set() && end.keycode.is_set())
+            text += ", keycode " + safe_name(start.keycode.text) + " to " + safe_name(end.keycode.text);
+        return text;
+    }
+
+    static std::string value_of(const Frame &frame, const std::string &name) {
+        for (const Property &p : frame.properties) {
+            if (p.name == name) return safe_name(p.value);
+        }
+        return "";
+    }
+
+    const std::vector<SequenceFrame> &frames_;
+    const Counting counting_;
+    const FilmStep film_;
+
+    struct Run {
+        int64_t first;
+        int64_t last;
+        std::string text;
+    };
+    std::vector<Run> runs_;
+    int64_t previous_ = 0;  // number of the frame before the one that is checked
+};
+
+}  // namespace
+
+Report check_sequence(const std::vector<SequenceFrame> &frames) { return Check(frames).run(); }

@@ -1,0 +1,144 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "companions/sequence/timecode.h"
+#include "support/bytes_of.h"
+#include "support/command.h"
+
+namespace {
+
+uint32_t bcd(uint32_t n) { return n / 10 << 4 | n % 10; }
+
+// A DPX header of a 35 mm frame, four perforations a frame and 64 a count, at a rate.
+ByteWriter dpx(uint32_t timecode, uint32_t frame, float rate = 24) {
+    const auto text = [](uint32_t value, size_t width) {
+        std::string digits = std::to_string(value);
+        return std::string(width - digits.size(), '0') + digits;
+    };
+    ByteWriter w = big().text("SDPX").u32(8192).text("V2.0", 8).u32(2048).at(28).u32(384);
+    w.at(768).u16(0).u16(1).u32(2048).u32(1556).at(800).u8(50).u8(1).u8(1).u8(10).u16(1).u16(0);
+    w.at(1664).text("0224").text(text(frame * 4 % 64, 2)).text("123456").text(text(7890 + frame / 16, 4));
+    w.at(1724).f32(rate).at(1920).u32(timecode).at(1940).f32(rate).at(1972).text("A012", 76);
+    return w;
+}
+
+uint32_t at_24(uint32_t frame) {
+    return 0x01000000 | bcd(frame / 1440) << 16 | bcd(frame / 24 % 60) << 8 | bcd(frame % 24);
+}
+
+std::string name_of(uint32_t frame) { return "shot." + std::to_string(10000 + frame) + ".dpx"; }
+
+Outcome seq(const Workplace &place, const std::vector<std::string> &arguments) {
+    return place.run(arguments, "keldump-seq");
+}
+
+}  // namespace
+
+TEST(KeldumpSeq, CleanAndBrokenAreToldApart) {
+    const Workplace place;
+    const auto write = [&](uint32_t frame, ByteWriter w) {
+        place.write_sparse(name_of(frame), 2048, 0, w.str());
+    };
+    for (uint32_t frame = 0; frame < 10000; frame++) write(frame, dpx(at_24(frame), frame));
+    Outcome run = seq(place, {"shot.%d.dpx"});
+    EXPECT_EQ(run.out,
+              "shot.#.dpx: 10000 frames 10000-19999, DPX 2048x1556, 10 bit, 24 fps, timecode "
+              "01:00:00:00-01:06:56:15, keycode KL123456 7890+00 to KL123456 8514+60: clean\n");
+    EXPECT_EQ(run.status, 0);
+    // Five faults, and what follows from none of them.
+    for (uint32_t frame : {100, 101, 102}) unlink(place.path(name_of(frame)).c_str());
+    for (uint32_t frame = 9000; frame < 10000; frame++) write(frame, dpx(at_24(frame + 1), frame));
+    write(9100, dpx(at_24(9101), 9100).at(772).u32(1920));
+    for (uint32_t frame = 9200; frame < 10000; frame++) write(frame, dpx(at_24(frame + 1), frame + 160));
+    place.write(name_of(9300), "");
+    run = seq(place, {"--", "shot.%05d.dpx"});
+    EXPECT_EQ(run.out,
+              "shot.#.dpx: frames 10100-10102: missing (3)\n"
+              "shot.#.dpx: frame 19000: timecode 01:06:14:23 -> 01:06:15:01, expected 01:06:15:00\n"
+              "shot.#.dpx: frame 19100: width 2048 -> 1920\n"
+              "shot.#.dpx: frame 19101: width 1920 -> 2048\n"
+              "shot.#.dpx: frame 19200: keycode KL123456 8464+60 -> KL123456 8475+00\n"
+              "shot.#.dpx: frame 19300: empty\n"
+              "shot.#.dpx: 9997 frames 10000-19999, DPX 2048x1556, 10 bit, 24 fps, timecode "
+              "01:00:00:00-01:06:56:16, keycode KL123456 7890+00 to KL123456 8524+60: 6 findings\n");
+    EXPECT_EQ(run.status, 1);
+}
+
+TEST(KeldumpSeq, EveryChangeIsNamedOnce) {
+    Transcript transcript;
+    const Workplace place;
+    mkdir(place.path("d").c_str(), 0700);
+    uint32_t number = 0;
+    const auto add = [&](ByteWriter w) {
+        place.write("d/a" + std::to_string(number++) + ".DPX", w.at(2048).str());
+    };
+    const auto frame = [&] { return dpx(at_24(number), number); };
+    for (int i = 0; i < 20; i++) add(frame());
+    add(little().raw(frame().str()).at(0).text("XPDS"));
+    add(frame().at(800).u8(51).u8(2).u8(3).u8(16).u16(0).u16(1));
+    add(frame().at(1920).u32(0xFFFFFFFF).at(1972).fill(0xFF, 76));
+    add(frame().at(1920).u32(0x01006161).at(16).u32(9000));
+    for (int i = 0; i < 3; i++) add(frame().at(1920).u32(0x01000001));
+    add(frame().at(1664).text("03").at(1940).f32(25).at(1556).text("scan\x1B", 32));
+    add(frame().at(28).u32(0));
+    add(little()
+            .u32(0xD75F2A80)
+            .u32(2048)
+            .zeros(16)
+            .at(192)
+            .u8(0)
+            .u8(3)
+            .at(198)
+            .u8(10)
+            .at(200)
+            .u32(2048)
+            .u32(1556)
+            .at(2047)
+            .u8(0));
+    place.write("d/a" + std::to_string(number++) + ".DPX", "SDPX");
+    place.write("d/a" + std::to_string(number++) + ".DPX", "text");
+    place.write("d/notes.txt", "no frame");
+    SHOW(seq(place, {"d"}).out);
+    SHOW(seq(place, {"d/notes.txt", "d/a2.DPX", "d/a1.DPX"}).out);
+}
+
+TEST(KeldumpSeq, DropFrame) {
+    const Counting drop{30, true};
+    const auto step = [&](uint32_t timecode) {
+        return timecode_text(timecode_of(*frame_count(timecode, drop) + 1, drop), drop);
+    };
+    EXPECT_EQ(step(0x00005929), "00:01:00;02");
+    EXPECT_EQ(step(0x00095929), "00:10:00;00");
+    EXPECT_EQ(step(0x23595929), "00:00:00;00");
+    EXPECT_FALSE(frame_count(0x00010001, drop));
+    for (int64_t n = 0; n < 2589408; n += 17) ASSERT_EQ(frame_count(timecode_of(n, drop), drop), n);
+    const Counting fast{60, true};
+    for (int64_t n = 0; n < 2 * 2589408; n += 97) ASSERT_EQ(frame_count(timecode_of(n, fast), fast), n);
+
+    const auto sequence = [](bool drops, bool flag) {
+        const Workplace place;
+        const Counting counting{30, drops};
+        for (uint32_t i = 0; i < 40; i++) {
+            const uint32_t timecode =
+                timecode_of((drops ? 1798 : 1800) - 20 + i, counting) | (flag ? 0x40 : 0);
+            place.write(name_of(i), dpx(timecode, i, 29.97F).at(2048).str());
+        }
+        const std::string out = seq(place, {"."}).out;
+        return out.substr(out.find("timecode"), out.find(", keycode") - out.find("timecode"));
+    };
+    EXPECT_EQ(sequence(false, false), "timecode 00:00:59:10-00:01:00:19");
+    EXPECT_EQ(sequence(true, true), "timecode 00:00:59;08-00:01:00;19 drop frame");
+    EXPECT_EQ(sequence(true, false), "timecode 00:00:59;08-00:01:00;19 drop frame");
+}
+
+TEST(KeldumpSeq, Trouble) {
+    const Workplace place;
+    EXPECT_EQ(seq(place, {}).status, 2);
+    EXPECT_EQ(seq(place, {"-x"}).status, 2);
+    for (const char *operand : {"none.%d.dpx", ".", "%s%s"}) {
+        const Outcome run = seq(place, {operand});
+        const bool pattern = operand[0] != '%';  // this one is the name of a file that is missing
+        EXPECT_EQ(run.err.starts_with("keldump-seq: "), pattern) << operand;
+        EXPECT_EQ(run.status, pattern ? 2 : 1) << run.out;
+    }
+}
