@@ -1,0 +1,9 @@
+# Bash completion for keldump-seq.
+_keldump_seq() {
+    local word=${COMP_WORDS[COMP_CWORD]}
+    case $word in
+        -*) mapfile -t COMPREPLY < <(compgen -W '--help --version --' -- "$word") ;;
+        *) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
+    esac
+}
+complete -o filenames -F _keldump_seq keldump-seq
