@@ -14,23 +14,34 @@ namespace {
 // Removed when the process ends in an orderly way, whichever it is.
 class AliasDirectory {
  public:
-    ~AliasDirectory() { remove(); }
+    ~AliasDirectory() {
+        const std::lock_guard lock(mutex_);
+        remove();
+    }
 
     std::string add(const std::string &path, const std::string &extension) {
         const std::lock_guard lock(mutex_);
         std::error_code error;
         const fs::path target = fs::absolute(path, error);
-        if (error || closed_ || !make()) return "";
+        if (error || !make()) return "";
         const std::string name = directory_ + "/" + std::to_string(count_++) + extension;
         return symlink(target.c_str(), name.c_str()) == 0 ? name : "";
     }
 
-    void remove() {
+    void drop(const std::string &name) {
         const std::lock_guard lock(mutex_);
+        unlink(name.c_str());
+    }
+
+    void remove() {
         std::error_code ignored;
         if (!directory_.empty()) fs::remove_all(directory_, ignored);
-        directory_.clear();
-        closed_ = true;
+    }
+
+    // Whoever makes or drops a name, or leaves main, waits from now on.
+    void remove_and_hold() {
+        mutex_.lock();
+        remove();
     }
 
  private:
@@ -49,7 +60,6 @@ class AliasDirectory {
     std::mutex mutex_;
     std::string directory_;
     uint64_t count_ = 0;
-    bool closed_ = false;
 };
 
 AliasDirectory directory;
@@ -59,7 +69,7 @@ AliasDirectory directory;
 Alias::Alias(const std::string &path, const std::string &extension) : name_(directory.add(path, extension)) {}
 
 Alias::~Alias() {
-    if (!name_.empty()) unlink(name_.c_str());
+    if (!name_.empty()) directory.drop(name_);
 }
 
-void remove_aliases() { directory.remove(); }
+void remove_aliases() { directory.remove_and_hold(); }

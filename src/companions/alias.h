@@ -4,8 +4,7 @@
 #include <string>
 
 // A symbolic link in a directory of this process below TMPDIR that leads to a file, with an extension of its
-// own
-// (".mov"; may be empty). Empty when it cannot be made. Safe from any thread.
+// own (".mov"; may be empty). Empty when it cannot be made. Safe from any thread.
 class Alias {
  public:
     Alias(const std::string &path, const std::string &extension);

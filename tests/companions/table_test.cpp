@@ -165,6 +165,38 @@ TEST(KeldumpTable, BuiltFiles) {
                  "01000000 32000000 00000000 C05D0000 E9030000")
             .str(),
         "cinema.dng"));
+    SHOW(row_of(little()
+                    .hex("762F3101 02000000")
+                    .text("timeCode")
+                    .u8(0)
+                    .text("timecode")
+                    .u8(0)
+                    .u32(8)
+                    .hex("04834201 00000000")
+                    .text("keyCode")
+                    .u8(0)
+                    .text("keycode")
+                    .u8(0)
+                    .u32(28)
+                    .u32(2)
+                    .u32(24)
+                    .u32(123456)
+                    .u32(7890)
+                    .u32(12)
+                    .u32(4)
+                    .u32(64)
+                    .text("dataWindow")
+                    .u8(0)
+                    .text("box2i")
+                    .u8(0)
+                    .u32(16)
+                    .u32(0xFFFFFFFE)
+                    .u32(1)
+                    .u32(99)
+                    .u32(50)
+                    .u8(0)
+                    .str(),
+                "negative.exr"));
     SHOW(row_of("Fileformat:MXF\n00000000:stream 000001b3\n xsize: 5\n", "faked.txt"));
     SHOW(row_of("%PDF-1.4", "a"));
 }

@@ -76,6 +76,12 @@ constexpr DumpField kDpx[] = {
     {"television", "reelname", reel, as_quoted},
 };
 
+// A 32-bit word that the dump shows as a signed number.
+int64_t word_in(std::string_view value) {
+    const int64_t number = value.starts_with('-') ? -number_in(value.substr(1)) : number_in(value);
+    return static_cast<uint32_t>(number);
+}
+
 // Cineon files are big-endian (magic d75f2a80 where the dump reads the numbers little-endian): they are
 // turned.
 uint32_t turned(int64_t number) {
@@ -107,6 +113,11 @@ void compute_cineon(Row &row) {
         if (big_endian && number >= 0) row[column] = positive_text(turned(number));
     }
     row[frame_rate] = big_endian ? turned_rate(row[first]) : as_rate(row[first]);
+    const int64_t prefix = word_in(row[fifth]);
+    const int64_t count = word_in(row[sixth]);
+    row[keycode] =
+        keycode_text(number_in(row[third]), number_in(row[fourth]), big_endian ? turned(prefix) : prefix,
+                     big_endian ? turned(count) : count, number_in(row[seventh]));
 }
 
 constexpr DumpField kCineon[] = {
@@ -115,6 +126,11 @@ constexpr DumpField kCineon[] = {
     {"image", "linesperimage", height, leading_number},
     {"image", "bitsperpixel", bit_depth, as_count},
     {"film", "framerate", first, as_text},
+    {"film", "filmmfgid", third, as_text},
+    {"film", "filmtype", fourth, as_text},
+    {"film", "prefix", fifth, as_text},
+    {"film", "count", sixth, as_text},
+    {"film", "offset", seventh, as_text},
 };
 
 constexpr DumpField kWave[] = {

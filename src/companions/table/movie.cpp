@@ -11,6 +11,7 @@ using enum Column;
 
 constexpr size_t kDescriptionBytes = 80;
 constexpr uint64_t kLevels = 64;
+constexpr size_t kMostTracks = 1000;
 
 struct Track {
     std::string kind;  // "vide", "soun", "tmcd"
@@ -113,7 +114,7 @@ class MovieReader : public DumpReader {
     }
 
     void close_track() {
-        if (in_track_) tracks_.push_back(std::move(track_));
+        if (in_track_ && tracks_.size() < kMostTracks) tracks_.push_back(std::move(track_));
         track_ = Track();
         in_track_ = false;
     }

@@ -11,7 +11,7 @@ namespace {
 using enum Column;
 
 constexpr size_t kMostSets = 20000;
-constexpr size_t kMostLines = 4096;  // of a tag: a package may have many tracks
+constexpr size_t kMostBytes = 32 << 20;  // kept of all sets
 
 // The set that tells of a tape has no name in the dump, but its key.
 constexpr std::string_view kTapeKey = "-0d.01.01.01.01.01.2e.00 ";
@@ -93,8 +93,7 @@ class MxfReader : public DumpReader {
         } else if (line.starts_with("  Tag ")) {
             tag_ = line.substr(6, 4);
         } else if (in_set_ && line.starts_with("   ") && !tag_.empty()) {
-            std::vector<std::string> &lines = set_.lines[tag_];
-            if (lines.size() < kMostLines) lines.emplace_back(trimmed(line));
+            keep(trimmed(line));
         }
     }
 
@@ -117,6 +116,11 @@ class MxfReader : public DumpReader {
     }
 
  private:
+    void keep(std::string_view text) {
+        kept_ += text.size() + sizeof(std::string);
+        if (kept_ < kMostBytes) set_.lines[tag_].emplace_back(text);
+    }
+
     // "00000a00 06.0e.2b.34... - Metadata Preface"
     void open_item(std::string_view line) {
         const size_t dash = line.find(" - ");
@@ -226,6 +230,7 @@ class MxfReader : public DumpReader {
     std::string tag_;
     bool in_set_ = false;
     bool complete_ = false;
+    size_t kept_ = 0;
     int items_ = 0;
     int64_t channels_ = 0;
     std::string sound_bits_;

@@ -1,10 +1,14 @@
 // The dumps of EXR and TIFF files, raw SDI captures and transport streams.
+#include <cctype>
+
 #include "companions/table/reader.h"
 #include "companions/table/values.h"
 
 namespace {
 
 using enum Column;
+
+bool is_hex(char c) { return std::isxdigit(static_cast<unsigned char>(c)) != 0; }
 
 class ExrReader : public DumpReader {
  public:
@@ -22,6 +26,8 @@ class ExrReader : public DumpReader {
             take_rate(text);
         } else if (attribute_ == "timeCode") {
             row_.offer(timecode, as_bcd(turned_word(text)));
+        } else if (attribute_ == "keyCode") {
+            take_keycode(text);
         }
     }
 
@@ -65,7 +71,7 @@ class ExrReader : public DumpReader {
         std::string word;
         for (size_t i = 4; i-- > 0;) {
             const size_t at = (index * 4 + i) * 3;
-            if (at + 2 > text.size()) return "";
+            if (at + 2 > text.size() || !is_hex(text[at]) || !is_hex(text[at + 1])) return "";
             word += text.substr(at, 2);
         }
         return word;
@@ -78,7 +84,19 @@ class ExrReader : public DumpReader {
             row_.offer(frame_rate, rate_text(static_cast<double>(above) / static_cast<double>(below)));
     }
 
+    // Two rows: manufacturer, type, prefix, count; then perforations.
+    void take_keycode(std::string_view text) {
+        for (size_t i = 0; i < 4 && film_words_ < 5; i++) {
+            const int64_t word = number_in(turned_word(text, i), 16);
+            if (word >= 0) film_[film_words_++] = word;
+        }
+        if (film_words_ == 5)
+            row_.offer(keycode, keycode_text(film_[0], film_[1], film_[2], film_[3], film_[4]));
+    }
+
     std::string attribute_;
+    int64_t film_[5] = {};
+    size_t film_words_ = 0;
     int64_t window_[4] = {};
     size_t known_ = 0;
     Row row_;
@@ -101,6 +119,7 @@ class TiffReader : public DumpReader {
         row = best_;
         row.offer(format, "TIFF");
         row.offer(frame_rate, rate_);
+        row.offer(reel, reel_);
     }
 
  private:
@@ -122,7 +141,9 @@ class TiffReader : public DumpReader {
         if (code == "0101") directory_.offer(height, as_count(value));
         if (code == "0102") directory_.offer(bit_depth, as_count(value));
         if (code == "0103") take_compression(value);
-        if (code == "c764" && rate_.empty()) rate_ = as_rate(value);  // CinemaDNG's FrameRate
+        // CinemaDNG's FrameRate and ReelName.
+        if (code == "c764" && rate_.empty()) rate_ = as_rate(value);
+        if (code == "c789" && reel_.empty()) reel_ = as_quoted(value);
     }
 
     void take_compression(std::string_view value) {
@@ -137,6 +158,7 @@ class TiffReader : public DumpReader {
     Row directory_;
     Row best_;
     std::string rate_;
+    std::string reel_;
 };
 
 // "Raster is SDTV - PAL 720x576 25Hz", "Raster is HDTV - SMPTE274/25 1920x1080"

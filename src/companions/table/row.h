@@ -26,6 +26,9 @@ enum class Column {
     second,
     third,
     fourth,
+    fifth,
+    sixth,
+    seventh,
     count,
 };
 

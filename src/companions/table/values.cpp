@@ -85,6 +85,19 @@ std::string timecode_text(int64_t frames, int64_t base, bool drop) {
     return clock_text({seconds / 3600 % 24, seconds / 60 % 60, seconds % 60, frames % base}, drop);
 }
 
+std::string keycode_text(int64_t manufacturer, int64_t type, int64_t prefix, int64_t count,
+                         int64_t perforations) {
+    const auto within = [](int64_t number, int64_t highest) { return number >= 0 && number <= highest; };
+    if (!within(manufacturer, 99) || !within(type, 99) || !within(prefix, 999999) || !within(count, 9999) ||
+        !within(perforations, 99) || manufacturer + type + prefix + count == 0)
+        return "";
+    char text[64];
+    std::snprintf(text, sizeof text, "%02d %02d %06d %04d+%02d", static_cast<int>(manufacturer),
+                  static_cast<int>(type), static_cast<int>(prefix), static_cast<int>(count),
+                  static_cast<int>(perforations));
+    return text;
+}
+
 std::string as_text(std::string_view value) { return std::string(trimmed(value)); }
 
 std::string as_count(std::string_view value) {

@@ -21,6 +21,11 @@ std::string seconds_text(double seconds);   // three decimals
 // "01:02:03:04" of a frame count; "01:02:03;04" with the numbers that drop frame leaves out.
 std::string timecode_text(int64_t frames, int64_t base, bool drop);
 
+// "02 24 123456 7890+12": manufacturer, film type, prefix, count and perforations (SMPTE 254) of a keycode
+// that the dump shows as numbers; empty where one of them is none.
+std::string keycode_text(int64_t manufacturer, int64_t type, int64_t prefix, int64_t count,
+                         int64_t perforations);
+
 // Converters for values as they stand in a dump.
 std::string as_text(std::string_view value);      // blanks at the ends dropped
 std::string as_count(std::string_view value);     // "1920" of "1920" and "-1920", nothing of "0"
