@@ -3,8 +3,10 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <mutex>
+#include <string_view>
 #include <system_error>
 
 namespace fs = std::filesystem;

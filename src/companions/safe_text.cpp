@@ -1,5 +1,7 @@
 #include "companions/safe_text.h"
 
+#include <cstdint>
+
 namespace {
 
 uint8_t byte_of(char c) { return static_cast<uint8_t>(c); }

@@ -1,5 +1,7 @@
 // The dump of a QuickTime movie: tracks, their formats, rates and timecode.
 #include <algorithm>
+#include <cstdint>
+#include <cstdio>
 #include <vector>
 
 #include "companions/table/movie.h"

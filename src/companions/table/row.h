@@ -3,6 +3,7 @@
 
 #include <array>
 #include <string>
+#include <utility>
 
 enum class Column {
     file,
