@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "dpx/timecode.h"
 #include "support/bytes_of.h"
 #include "support/command.h"
 
@@ -55,6 +56,42 @@ std::string picture_lines(const std::string &timecode, const std::string &frame)
 }
 
 }  // namespace
+
+// Every name of coded values, two codes beyond each end.
+TEST(Dpx, NamesOfCodes) {
+    Transcript transcript;
+    std::string names;
+    for (const uint32_t code :
+         {0U,   1U,   2U,   3U,   4U,   5U,   6U,   7U,   8U,   9U,   10U,  50U,  51U,  52U,  53U,
+          100U, 101U, 102U, 103U, 104U, 150U, 151U, 152U, 153U, 154U, 200U, 201U, 202U, 203U, 204U}) {
+        ByteWriter w = big().text("SDPX").at(28).u32(384).at(768).u16(code).u16(1).at(800).u8(code);
+        w.at(804)
+            .u16(code)
+            .u16(code)
+            .at(1864)
+            .text("ARRI01")
+            .at(1883)
+            .u8('0' + code % 10)
+            .u8('0' + code % 10);
+        const std::string dump = dump_of(w.at(1930).u8(code).at(2047).u8(0).str());
+        for (const char *line : {" orientation", " descriptor", " packing", " encoding", " keycode filmtype",
+                                 " keycode s", " videosignal"}) {
+            names += lines_from(dump, line, 1);
+        }
+    }
+    SHOW(names);
+    std::string stocks;
+    for (const char *manufacturer : {"01", "02", "03", "04", "05", "12", "23"}) {
+        for (int type = 0; type < 100; type++) {
+            const std::string film = manufacturer + std::string(1, static_cast<char>('0' + type / 10)) +
+                                     static_cast<char>('0' + type % 10) + "001234567890";
+            char text[17];
+            formatdpxkeycode(text, Bytes(film.data(), film.size()));
+            stocks += std::string(text, 2) + (type % 20 == 19 ? "\n" : " ");
+        }
+    }
+    SHOW(stocks);
+}
 
 TEST(Dpx, EveryFieldInBothByteOrders) {
     Transcript transcript;
