@@ -3,6 +3,7 @@
 
 #include "audio/audio.h"
 #include "audio/samples.h"
+#include "common/field_rows.h"
 #include "common/file_access.h"
 #include "common/file_image.h"
 #include "common/values.h"
@@ -12,6 +13,14 @@ namespace {
 constexpr uint64_t kFirstChunk = 12;
 constexpr uint64_t kChunkHeader = 8;
 constexpr uint64_t kSoundHeader = 8;  // offset and block size before the samples
+
+// clang-format off
+constexpr FieldRow kCommonRows[] = {
+    {0, Field::dec16, "  Channels "},
+    {2, Field::dec32, "  Samples  "},
+    {6, Field::dec16, "  Bits     "},
+};
+// clang-format on
 
 struct Walk {
     DumpOptions &opts;
@@ -28,9 +37,7 @@ void print_common(Walk &walk, Bytes payload) {
     walk.frames = big32(payload, 2);
     walk.bits = big16(payload, 6);
     std::printf(" COMM\n");
-    std::printf("  Channels %d\n", walk.channels);
-    std::printf("  Samples  %d\n", static_cast<int32_t>(walk.frames));
-    std::printf("  Bits     %d\n", walk.bits);
+    print_field_rows(big_endian(payload), kCommonRows);
 }
 
 // False when the samples cannot be reached.

@@ -4,6 +4,7 @@
 
 #include "audio/audio.h"
 #include "audio/samples.h"
+#include "common/field_rows.h"
 #include "common/file_access.h"
 #include "common/file_window.h"
 #include "common/values.h"
@@ -18,6 +19,17 @@ constexpr int64_t kScanSize = 64;  // what the search for the format reads at ea
 constexpr uint32_t kUnknownSize = 0xFFFFFFFF;
 constexpr uint64_t kTable = 28;  // of the RF64 size chunk: sizes of further chunks
 constexpr uint64_t kTableEntry = 12;
+
+// clang-format off
+constexpr FieldRow kFormatRows[] = {
+    {0, Field::dec16, "   Format          "},
+    {2, Field::dec16, "   Channels        "},
+    {4, Field::dec32, "   Frequency       "},
+    {8, Field::dec32, "   Bytespersecond  "},
+    {12, Field::dec16, "   Blocksize       "},
+    {14, Field::dec16, "   Bits            "},
+};
+// clang-format on
 
 struct Walk {
     DumpOptions &opts;
@@ -111,12 +123,7 @@ void print_format(Walk &walk, Bytes payload) {
     walk.block_size = little16(payload, 12);
     walk.bits = little16(payload, 14);
     std::printf("  FMT\n");
-    std::printf("   Format          %d\n", little16(payload, 0));
-    std::printf("   Channels        %d\n", walk.channels);
-    std::printf("   Frequency       %d\n", static_cast<int32_t>(little32(payload, 4)));
-    std::printf("   Bytespersecond  %d\n", static_cast<int32_t>(walk.bytes_per_second));
-    std::printf("   Blocksize       %d\n", walk.block_size);
-    std::printf("   Bits            %d\n", walk.bits);
+    print_field_rows(little_endian(payload), kFormatRows);
 }
 
 void print_size64(const char *label, Bytes field, int64_t value) {

@@ -4,7 +4,6 @@
 
 #include "common/field_rows.h"
 #include "common/names.h"
-#include "common/values.h"
 #include "dpx/dpx.h"
 #include "dpx/names.h"
 
@@ -40,19 +39,11 @@ constexpr FieldRow kChannelRows[] = {
     {24, Field::set_cineon_real, "  maximumquantity : "},
 };
 
-// Chromaticities: two floats, x and y, behind each other.
-struct PointRow {
-    uint64_t offset;
-    const char *label;
-};
-constexpr PointRow kPointRows[] = {
-    {420, "  whitepoint      : "},
-    {428, "  redprimary      : "},
-    {436, "  greenprimary    : "},
-    {444, "  blueprimary     : "},
-};
-
-constexpr FieldRow kLabelRows[] = {
+constexpr FieldRow kColourRows[] = {
+    {420, Field::set_cineon_real, "  whitepoint      : ", 2},
+    {428, Field::set_cineon_real, "  redprimary      : ", 2},
+    {436, Field::set_cineon_real, "  greenprimary    : ", 2},
+    {444, Field::set_cineon_real, "  blueprimary     : ", 2},
     {452, Field::ascii, "  label           : ", 200},
 };
 
@@ -96,10 +87,6 @@ void print_rows(Bytes header, std::span<const FieldRow> rows) {
     print_field_rows(little_endian(header), rows);
 }
 
-const char *real_at(Bytes header, uint64_t offset) {
-    return cineonreal(float_of_bits(little32(header, offset)));
-}
-
 void print_image(Bytes header) {
     std::printf("image\n");
     std::printf(" orientation    C : %d %s\n", header[kOrientation],
@@ -110,10 +97,7 @@ void print_image(Bytes header) {
         std::printf(" channel-%d\n", i);
         print_rows(header.from(kChannels + kChannelSize * static_cast<uint64_t>(i)), kChannelRows);
     }
-    for (const PointRow &row : kPointRows) {
-        std::printf("%s%s %s\n", row.label, real_at(header, row.offset), real_at(header, row.offset + 4));
-    }
-    print_rows(header, kLabelRows);
+    print_rows(header, kColourRows);
 }
 
 }  // namespace

@@ -89,6 +89,7 @@ constexpr FieldRow kSourceRows[] = {
     {1532, Field::ascii, " filetime         : ", 24},
     {1556, Field::ascii, " inputdevicename  : ", 32},
     {1588, Field::ascii, " inputserialnr    : ", 32},
+    {1620, Field::set_dec16, " border           : ", 4},
 };
 constexpr FieldRow kAspectRows[] = {
     {1628, Field::set_dec32, " aspecthorizontal : "},
@@ -260,8 +261,6 @@ const char *aspect_ratio(uint32_t horizontal, uint32_t vertical) {
 void print_source(const Header &header) {
     std::printf("source\n");
     print_field_rows(header, kSourceRows);
-    std::printf(" border           : %s %s %s %s\n", checkuint16(header.u16(1620)),
-                checkuint16(header.u16(1622)), checkuint16(header.u16(1624)), checkuint16(header.u16(1626)));
     std::printf(" aspectratio      : %s\n", aspect_ratio(header.u32(1628), header.u32(1632)));
     print_field_rows(header, kAspectRows);
 }

@@ -6,6 +6,5 @@
 struct KelHeaderRecord;
 
 // Prints the tagged items (timecodes, user bits, film data, ancillary packets) of a per-frame header: at most
-// 256 words of 32 bits from the start of `header`, in either byte order; nothing without its magic. The
-// record is not filled; the DPX dump passes none.
+// 256 words of 32 bits from the start of `header`, in either byte order; nothing without its magic.
 void kelheaderdump(Bytes header, KelHeaderRecord *record, int print);

@@ -5,9 +5,9 @@
 #include <string_view>
 
 #include "common/budget.h"
+#include "common/field_rows.h"
 #include "common/file_image.h"
 #include "common/hexrow.h"
-#include "common/values.h"
 
 namespace {
 
@@ -17,7 +17,22 @@ constexpr uint64_t kTextStep = 64 * 1024;
 constexpr uint64_t kMaxName = 64 * 1024;  // names of the format have 255 characters at most
 
 int32_t get_int32(Bytes b, uint64_t offset) { return static_cast<int32_t>(little32(b, offset)); }
-double get_float(Bytes b, uint64_t offset) { return static_cast<double>(float_of_bits(little32(b, offset))); }
+
+// clang-format off
+constexpr FieldRow kBoxRows[] = {
+    {0, Field::dec32, " xstart "},
+    {4, Field::dec32, " ystart "},
+    {8, Field::dec32, " xsize  "},
+    {12, Field::dec32, " ysize  "},
+};
+constexpr FieldRow kFloatRows[] = {
+    {0, Field::real, " "},
+};
+constexpr FieldRow kPointRows[] = {
+    {0, Field::real, " X "},
+    {4, Field::real, " Y "},
+};
+// clang-format on
 
 // Another entry follows while its first byte is not zero, whatever the value's size says.
 void print_channels(Bytes value, Budget &budget) {
@@ -36,13 +51,6 @@ void print_string(Bytes value) {
         std::fwrite(part.data(), 1, part.size(), stdout);
     }
     std::printf("'\n");
-}
-
-void print_box(Bytes value) {
-    std::printf(" xstart %d\n", get_int32(value, 0));
-    std::printf(" ystart %d\n", get_int32(value, 4));
-    std::printf(" xsize  %d\n", get_int32(value, 8));
-    std::printf(" ysize  %d\n", get_int32(value, 12));
 }
 
 void print_compression(Bytes value) {
@@ -74,14 +82,13 @@ void printentry(std::string_view type, Bytes value, uint64_t size, Budget &budge
     } else if (type == "preview") {
         std::printf("PreviewImage\n");
     } else if (type == "box2i") {
-        print_box(value);
+        print_field_rows(little_endian(value), kBoxRows);
     } else if (type == "compression") {
         print_compression(value);
     } else if (type == "float") {
-        std::printf(" %f\n", get_float(value, 0));
+        print_field_rows(little_endian(value), kFloatRows);
     } else if (type == "v2f") {
-        std::printf(" X %f\n", get_float(value, 0));
-        std::printf(" Y %f\n", get_float(value, 4));
+        print_field_rows(little_endian(value), kPointRows);
     } else {
         print_unknown(value.sub(0, size));
     }

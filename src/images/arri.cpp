@@ -2,9 +2,9 @@
 #include <cstdio>
 #include <span>
 
+#include "common/field_rows.h"
 #include "common/file_access.h"
 #include "common/file_image.h"
-#include "common/values.h"
 #include "images/images.h"
 
 namespace {
@@ -14,95 +14,83 @@ constexpr uint32_t kMagic = 0x49525241;  // "ARRI"
 constexpr uint32_t kLittleEndianMark = 0x78563412;
 constexpr uint32_t kBigEndianMark = 0x12345678;
 
-enum class Kind {
-    integers,  // "%d"
-    floats,    // "%f"
-    words,     // "0x%08X"
-    text,
+// clang-format off
+// The whole layout of versions below 3.
+constexpr FieldRow kShortRows[] = {
+    {0, Field::hex32, " Magic1    "},
+    {4, Field::hex32, " Magic2    "},
+    {8, Field::dec32, " Offset    "},
+    {16, Field::dec32, " Width     "},
+    {20, Field::dec32, " Height    "},
 };
 
-// A line: its label, and one or more values behind each other with what stands between them.
-struct Row {
-    uint16_t offset;
-    Kind kind;
-    const char *label;
-    uint8_t count = 1;                                  // of values; the width of a text
-    const char *between[4] = {", ", ", ", ", ", ", "};  // behind value i, i counted modulo 4
+constexpr FieldRow kRootRows[] = {
+    {8, Field::dec32, "HeaderSize:                "},
+    {12, Field::dec32, "VersionNumber:             "},
 };
 
-constexpr Row kShortRows[] = {
-    {8, Kind::integers, " Offset    "},
-    {16, Kind::integers, " Width     "},
-    {20, Kind::integers, " Height    "},
+constexpr FieldRow kImageDataRows[] = {
+    {16, Field::dec32, "Valid:                     "},
+    {20, Field::dec32, "Width:                     "},
+    {24, Field::dec32, "Height:                    "},
+    {28, Field::dec32, "DataType:                  "},
+    {32, Field::dec32, "DataSpace:                 "},
+    {36, Field::dec32, "ActiveImage:               ", 4, {"|", 2, ", "}},
+    {52, Field::dec32, "FullImage:                 ", 4, {"|", 2, ", "}},
+    {68, Field::dec32, "ImageDataOffset:           "},
+    {72, Field::dec32, "ImageDataSize:             "},
+    {76, Field::dec32, "Reserved:                  ", 2, {","}},
 };
 
-constexpr Row kRootRows[] = {
-    {8, Kind::integers, "HeaderSize:                "},
-    {12, Kind::integers, "VersionNumber:             "},
+constexpr FieldRow kImageContentRows[] = {
+    {84, Field::dec32, "Valid:                     "},
+    {88, Field::dec32, "Version:                   "},
+    {92, Field::dec32, "WhiteBalance:              "},
+    {96, Field::real, "GreenTintFactor:           "},
+    {100, Field::real, "WhiteBalanceFactorR:       "},
+    {104, Field::real, "WhiteBalanceFactorG:       "},
+    {108, Field::real, "WhiteBalanceFactorB:       "},
+    {112, Field::dec32, "WBAppliedInCameraFlag:     "},
+    {116, Field::dec32, "ExposureIndex:             "},
+    {120, Field::dec32, "BlackLevel:                "},
+    {124, Field::dec32, "WhiteLevel:                "},
+    {128, Field::real, "ColorMatrix:               ", 12, {", ", 4, " | "}},
+    {176, Field::real, "ColorMatrixDesatGain:      "},
+    {180, Field::real, "ColorMatrixDesatOffset:    "},
+    {184, Field::dec32, "HighlightDesaturationFlag: "},
+    {188, Field::dec32, "TargetColorSpace:          "},
+    {192, Field::dec32, "Sharpness:                 "},
+    {196, Field::real, "PixelAspectRatio:          "},
+    {200, Field::dec32, "Flip:                      "},
+    {204, Field::text, "LookFile:                  ", 32},
+    {236, Field::dec32, "LookLutMode:               "},
+    {240, Field::dec32, "LookLutOffset:             "},
+    {244, Field::dec32, "LookLutSize:               "},
+    {248, Field::dec32, "LookLUTCRC:                "},
+    {252, Field::real, "LinearSaturation:          "},
+    {256, Field::real, "CdlSlope:                  ", 3, {", "}},
+    {268, Field::real, "CdlOffset:                 ", 3, {", "}},
+    {280, Field::real, "CdlPower:                  ", 3, {", "}},
+    {292, Field::text, "Reserved:                  ", 60},
 };
 
-constexpr Row kImageDataRows[] = {
-    {16, Kind::integers, "Valid:                     "},
-    {20, Kind::integers, "Width:                     "},
-    {24, Kind::integers, "Height:                    "},
-    {28, Kind::integers, "DataType:                  "},
-    {32, Kind::integers, "DataSpace:                 "},
-    {36, Kind::integers, "ActiveImage:               ", 4, {"|", ", ", "|", ""}},
-    {52, Kind::integers, "FullImage:                 ", 4, {"|", ", ", "|", ""}},
-    {68, Kind::integers, "ImageDataOffset:           "},
-    {72, Kind::integers, "ImageDataSize:             "},
-    {76, Kind::integers, "Reserved:                  ", 2, {",", "", "", ""}},
-};
-
-constexpr Row kImageContentRows[] = {
-    {84, Kind::integers, "Valid:                     "},
-    {88, Kind::integers, "Version:                   "},
-    {92, Kind::integers, "WhiteBalance:              "},
-    {96, Kind::floats, "GreenTintFactor:           "},
-    {100, Kind::floats, "WhiteBalanceFactorR:       "},
-    {104, Kind::floats, "WhiteBalanceFactorG:       "},
-    {108, Kind::floats, "WhiteBalanceFactorB:       "},
-    {112, Kind::integers, "WBAppliedInCameraFlag:     "},
-    {116, Kind::integers, "ExposureIndex:             "},
-    {120, Kind::integers, "BlackLevel:                "},
-    {124, Kind::integers, "WhiteLevel:                "},
-    {128, Kind::floats, "ColorMatrix:               ", 12, {", ", ", ", ", ", " | "}},
-    {176, Kind::floats, "ColorMatrixDesatGain:      "},
-    {180, Kind::floats, "ColorMatrixDesatOffset:    "},
-    {184, Kind::integers, "HighlightDesaturationFlag: "},
-    {188, Kind::integers, "TargetColorSpace:          "},
-    {192, Kind::integers, "Sharpness:                 "},
-    {196, Kind::floats, "PixelAspectRatio:          "},
-    {200, Kind::integers, "Flip:                      "},
-    {204, Kind::text, "LookFile:                  ", 32},
-    {236, Kind::integers, "LookLutMode:               "},
-    {240, Kind::integers, "LookLutOffset:             "},
-    {244, Kind::integers, "LookLutSize:               "},
-    {248, Kind::integers, "LookLUTCRC:                "},
-    {252, Kind::floats, "LinearSaturation:          "},
-    {256, Kind::floats, "CdlSlope:                  ", 3},
-    {268, Kind::floats, "CdlOffset:                 ", 3},
-    {280, Kind::floats, "CdlPower:                  ", 3},
-    {292, Kind::text, "Reserved:                  ", 60},
-};
-
-constexpr Row kCameraRows[] = {
-    {352, Kind::integers, "Valid:                     "},
-    {356, Kind::integers, "CameraTypeID:              "},
-    {360, Kind::integers, "CameraRevision:            "},
-    {364, Kind::integers, "FirmwareVersion:           "},
-    {368, Kind::integers, "CameraSerialNumber:        "},
-    {372, Kind::integers, "CameraID:                  "},
-    {376, Kind::integers, "CameraIndex:               "},
-    {380, Kind::words, "SysImageCreationTime:      ", 2},
-    {388, Kind::words, "UserDate:                  ", 2},
-    {396, Kind::integers, "ExposureTime:              "},
-    {400, Kind::integers, "ShutterAngle:              "},
-    {404, Kind::integers, "SpeedRampDuration:         "},
-    {408, Kind::integers, "SpeedRampStartFrame:       "},
-    {412, Kind::integers, "SpeedRampEndFrame:         "},
-    {416, Kind::integers, "SensorFps:                 "},
-    {420, Kind::integers, "ProjectFps:                "},
+constexpr FieldRow kCameraRows[] = {
+    {352, Field::dec32, "Valid:                     "},
+    {356, Field::dec32, "CameraTypeID:              "},
+    {360, Field::dec32, "CameraRevision:            "},
+    {364, Field::dec32, "FirmwareVersion:           "},
+    {368, Field::dec32, "CameraSerialNumber:        "},
+    {372, Field::dec32, "CameraID:                  "},
+    {376, Field::dec32, "CameraIndex:               "},
+    {380, Field::upper_hex32, "SysImageCreationTime:      ", 2, {", "}},
+    {388, Field::upper_hex32, "UserDate:                  ", 2, {", "}},
+    {396, Field::dec32, "ExposureTime:              "},
+    {400, Field::dec32, "ShutterAngle:              "},
+    {404, Field::dec32, "SpeedRampDuration:         "},
+    {408, Field::dec32, "SpeedRampStartFrame:       "},
+    {412, Field::dec32, "SpeedRampEndFrame:         "},
+    {416, Field::dec32, "SensorFps:                 "},
+    {420, Field::dec32, "ProjectFps:                "},
 };
 
 constexpr const char *kTimecodeTitles[] = {
@@ -112,36 +100,25 @@ constexpr const char *kTimecodeTitles[] = {
 };
 constexpr uint64_t kTimecodes = 424;
 constexpr uint64_t kTimecodeSize = 16;
+constexpr uint64_t kTimeBase = 8;  // the lower bits; the highest is the drop-frame flag
+constexpr FieldRow kTimecodeRows[] = {
+    {0, Field::upper_hex32, "    TimeCode:              "},
+    {4, Field::dec32, "    FrameCounter:          "},
+};
+constexpr FieldRow kUserBitsRows[] = {
+    {12, Field::dec32, "    UserBits:              "},
+};
+// clang-format on
 
 uint32_t ari32(Bytes header, uint64_t offset) { return little32(header, offset); }
-int32_t ari_int(Bytes header, uint64_t offset) { return static_cast<int32_t>(ari32(header, offset)); }
 
-void print_value(Bytes header, Kind kind, uint64_t offset) {
-    const uint32_t word = ari32(header, offset);
-    switch (kind) {
-        case Kind::integers: std::printf("%d", static_cast<int32_t>(word)); break;
-        case Kind::floats: std::printf("%f", static_cast<double>(float_of_bits(word))); break;
-        case Kind::words: std::printf("0x%08X", word); break;
-        case Kind::text: break;
-    }
+void print_rows(Bytes header, std::span<const FieldRow> rows) {
+    print_field_rows(little_endian(header), rows);
 }
 
-void print_row(Bytes header, const Row &row) {
-    std::printf("%s", row.label);
-    if (row.kind == Kind::text) {
-        const Text text = text_at(header, row.offset, row.count);
-        std::printf("%.*s\n", text.length, text.start);
-        return;
-    }
-    for (uint64_t i = 0; i < row.count; i++) {
-        print_value(header, row.kind, row.offset + 4 * i);
-        std::printf("%s", i + 1 < row.count ? row.between[i % 4] : "\n");
-    }
-}
-
-void print_section(const char *title, Bytes header, std::span<const Row> rows) {
+void print_section(const char *title, Bytes header, std::span<const FieldRow> rows) {
     std::printf("%s\n", title);
-    for (const Row &row : rows) print_row(header, row);
+    print_rows(header, rows);
 }
 
 const char *byte_order_name(uint32_t mark) {
@@ -154,24 +131,16 @@ void print_root(Bytes header) {
     std::printf("Root Information\n");
     std::printf("MagicNum:                  0x%08X%s\n", magic, magic == kMagic ? " ARRI_MAGIC" : "");
     std::printf("ByteOrder:                 0x%08X%s\n", byte_order, byte_order_name(byte_order));
-    for (const Row &row : kRootRows) print_row(header, row);
+    print_rows(header, kRootRows);
 }
 
 void print_timecode(const char *title, Bytes record) {
-    const uint32_t base = ari32(record, 8);
+    const uint32_t base = ari32(record, kTimeBase);
     std::printf("%s\n", title);
-    std::printf("    TimeCode:              0x%08X\n", ari32(record, 0));
-    std::printf("    FrameCounter:          %d\n", ari_int(record, 4));
+    print_rows(record, kTimecodeRows);
     std::printf("    TimeBase:              %d\n", base & 0x7FFFFFFF);
     std::printf("    DropFrameFlag:         %d\n", base >> 31);
-    std::printf("    UserBits:              %d\n", ari_int(record, 12));
-}
-
-// The layout of versions below 3.
-void print_short_layout(Bytes header) {
-    std::printf(" Magic1    %08x\n", ari32(header, 0));
-    std::printf(" Magic2    %08x\n", ari32(header, 4));
-    for (const Row &row : kShortRows) print_row(header, row);
+    print_rows(record, kUserBitsRows);
 }
 
 }  // namespace
@@ -180,10 +149,10 @@ void aridump(DumpOptions &, std::FILE *file) {
     if (file_size(file) < kHeaderSize) return;
     FileImage image(file, 0, kHeaderSize);
     const Bytes header = image.bytes();
-    const int32_t version = ari_int(header, 12);
+    const int32_t version = static_cast<int32_t>(ari32(header, 12));
     std::printf("Fileformat:ARRIRAW V%d\n", version);
     if (version < 3) {
-        print_short_layout(header);
+        print_rows(header, kShortRows);
         return;
     }
     print_root(header);

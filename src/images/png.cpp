@@ -1,6 +1,7 @@
 // PNG (ISO/IEC 15948): the list of chunks.
 #include <algorithm>
 
+#include "common/field_rows.h"
 #include "common/file_access.h"
 #include "common/file_image.h"
 #include "common/file_window.h"
@@ -19,21 +20,26 @@ constexpr uint32_t kChunkHeadBlock = 64;  // chunks of picture data cost one rea
 
 constexpr HexRow kDataRow{.padded = false, .characters = false};
 
+// clang-format off
+constexpr FieldRow kImageHeaderRows[] = {
+    {0, Field::dec32, " xsize       "},
+    {4, Field::dec32, " ysize       "},
+    {8, Field::dec8, " bitdepth    "},
+    {9, Field::dec8, " colortype   "},
+    {10, Field::dec8, " compression "},
+    {11, Field::dec8, " filtertype  "},
+    {12, Field::dec8, " interlace   "},
+};
+constexpr FieldRow kPixelDimensionRows[] = {
+    {0, Field::dec32, " xpelsperunit "},
+    {4, Field::dec32, " ypelsperunit "},
+};
+// clang-format on
+
 int32_t png_int32(Bytes b, uint64_t offset) { return static_cast<int32_t>(big32(b, offset)); }
 
-void print_image_header(Bytes data) {
-    std::printf(" xsize       %d\n", png_int32(data, 0));
-    std::printf(" ysize       %d\n", png_int32(data, 4));
-    std::printf(" bitdepth    %d\n", data[8]);
-    std::printf(" colortype   %d\n", data[9]);
-    std::printf(" compression %d\n", data[10]);
-    std::printf(" filtertype  %d\n", data[11]);
-    std::printf(" interlace   %d\n", data[12]);
-}
-
 void print_pixel_dimensions(Bytes data) {
-    std::printf(" xpelsperunit %d\n", png_int32(data, 0));
-    std::printf(" ypelsperunit %d\n", png_int32(data, 4));
+    print_field_rows(big_endian(data), kPixelDimensionRows);
     switch (data[8]) {
         case 0: std::printf(" unit        unknown\n"); break;
         case 1: std::printf(" unit        meter\n"); break;
@@ -54,8 +60,9 @@ void hexdump_data(std::FILE *file, uint64_t start, uint64_t size) {
 void print_chunk(Bytes chunk, uint64_t position) {
     std::printf("%08llx: %c%c%c%c %d\n", static_cast<unsigned long long>(position), tiffchar(chunk[4]),
                 tiffchar(chunk[5]), tiffchar(chunk[6]), tiffchar(chunk[7]), png_int32(chunk, 0));
-    if (bytes_are(chunk, 4, "IHDR")) print_image_header(chunk.from(kChunkHeadSize));
-    if (bytes_are(chunk, 4, "pHYs")) print_pixel_dimensions(chunk.from(kChunkHeadSize));
+    const Bytes data = chunk.from(kChunkHeadSize);
+    if (bytes_are(chunk, 4, "IHDR")) print_field_rows(big_endian(data), kImageHeaderRows);
+    if (bytes_are(chunk, 4, "pHYs")) print_pixel_dimensions(data);
 }
 
 }  // namespace

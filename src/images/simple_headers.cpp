@@ -3,7 +3,6 @@
 
 #include "common/field_rows.h"
 #include "common/names.h"
-#include "common/values.h"
 #include "images/images.h"
 
 namespace {
@@ -67,8 +66,9 @@ constexpr FieldRow kSgiRows[] = {
     {10, Field::dec16, " channels:        "},
     {12, Field::dec32, " pixmin:          "},
     {16, Field::dec32, " pixmax:          "},
+    {24, Field::text, " name:            ", 79},
+    {104, Field::dec32, " colormap:        "},
 };
-constexpr FieldRow kSgiColormapRows[] = {{104, Field::dec32, " colormap:        "}};
 constexpr CodeName kSgiStorages[] = {{0, "Uncompressed"}, {1, "RLE"}};
 
 // Softimage PIC.
@@ -76,14 +76,14 @@ constexpr FieldRow kSoftimageRows[] = {
     {92, Field::dec16, " xsize:         "},
     {94, Field::dec16, " ysize:         "},
     {100, Field::dec16, " fields:        "},
+    {8, Field::quoted_text, " comment:       ", 79},
+    {96, Field::real, " aspectratio:   "},
 };
 // clang-format on
 constexpr const char *kSoftimageTypes[] = {"Uncompressed", "Mixed", "RLE"};
 constexpr uint64_t kSoftimageChannels = 104;
 constexpr uint64_t kSoftimageChannelSize = 4;
 constexpr int kSoftimageMaxChannels = 8;
-
-constexpr uint64_t kNameWidth = 79;  // characters of the SGI name and the Softimage comment
 
 void print_softimage_channel(Bytes channel, int i) {
     const uint32_t mask = channel[3];
@@ -113,20 +113,14 @@ void tgadump(DumpOptions &, Bytes header) {
 }
 
 void sgidump(DumpOptions &, Bytes header) {
-    const Text name = text_at(header, 24, kNameWidth);
     std::printf("Fileformat:SGI\n");
     std::printf(" storage:         %d %s\n", header[2], name_of(kSgiStorages, header[2]));
     print_field_rows(big_endian(header), kSgiRows);
-    std::printf(" name:            %.*s\n", name.length, name.start);
-    print_field_rows(big_endian(header), kSgiColormapRows);
 }
 
 void softdump(DumpOptions &, Bytes header) {
-    const Text comment = text_at(header, 8, kNameWidth);
     std::printf("Fileformat:Softimage\n");
     print_field_rows(big_endian(header), kSoftimageRows);
-    std::printf(" comment:       '%.*s'\n", comment.length, comment.start);
-    std::printf(" aspectratio:   %f\n", static_cast<double>(float_of_bits(big32(header, 96))));
     for (int i = 0; i < kSoftimageMaxChannels; i++) {
         const Bytes channel =
             header.from(kSoftimageChannels + kSoftimageChannelSize * static_cast<uint64_t>(i));

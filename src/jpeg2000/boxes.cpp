@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "common/field_rows.h"
 #include "common/file_image.h"
 #include "common/hexrow.h"
 #include "jpeg2000/codestream.h"
@@ -17,6 +18,21 @@ constexpr uint32_t kFileTypeBox = 0x66747970;     // "ftyp"
 constexpr uint32_t kHeaderBox = 0x6A703268;       // "jp2h"
 constexpr uint32_t kImageHeaderBox = 0x69686472;  // "ihdr"
 constexpr uint32_t kCodestreamBox = 0x6A703263;   // "jp2c"
+
+// Image header, before and behind its compression type.
+// clang-format off
+constexpr FieldRow kImageHeaderRows[] = {
+    {8, Field::dec32, "  ysize       "},
+    {12, Field::dec32, "  xsize       "},
+    {16, Field::dec16, "  components  "},
+    {18, Field::dec8, "  compression "},
+};
+constexpr uint64_t kCompressionType = 19;
+constexpr FieldRow kImageHeaderEndRows[] = {
+    {20, Field::dec8, "  compression "},
+    {21, Field::dec8, "  ip          "},
+};
+// clang-format on
 
 struct Box {
     uint64_t offset;
@@ -50,14 +66,10 @@ void print_compression_type(uint32_t type) {
 }
 
 void print_image_header(Bytes buf, const Box &box) {
-    const Bytes b = buf.from(box.offset);
-    std::printf("  ysize       %d\n", static_cast<int32_t>(jp2_getint32(b, 8)));
-    std::printf("  xsize       %d\n", static_cast<int32_t>(jp2_getint32(b, 12)));
-    std::printf("  components  %d\n", jp2_getint16(b, 16));
-    std::printf("  compression %d\n", jp2_getint8(b, 18));
-    print_compression_type(jp2_getint8(b, 19));
-    std::printf("  compression %d\n", jp2_getint8(b, 20));
-    std::printf("  ip          %d\n", jp2_getint8(b, 21));
+    const OrderedBytes header = big_endian(buf.from(box.offset));
+    print_field_rows(header, kImageHeaderRows);
+    print_compression_type(header.u8(kCompressionType));
+    print_field_rows(header, kImageHeaderEndRows);
 }
 
 void print_codestream(Bytes buf, const Box &box, int depth) {

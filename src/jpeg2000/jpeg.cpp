@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "common/field_rows.h"
 #include "common/file_image.h"
 #include "common/names.h"
 #include "common/values.h"
@@ -31,6 +32,22 @@ constexpr Title kTitles[] = {
     {0xFE, "COM", ""},
 };
 
+// clang-format off
+// From the segment's marker on.
+constexpr FieldRow kFrameRows[] = {
+    {4, Field::dec8, " precision  "},
+    {5, Field::dec16, " ysize      "},
+    {7, Field::dec16, " xsize      "},
+    {9, Field::dec8, " components "},
+};
+constexpr FieldRow kJfifRows[] = {
+    {12, Field::dec16, " xdpy       "},
+    {14, Field::dec16, " ydpy       "},
+    {16, Field::dec8, " thumbnailx "},
+    {17, Field::dec8, " thumbnaily "},
+};
+// clang-format on
+
 void print_header(uint64_t offset, const char *name, uint32_t code, uint64_t size) {
     std::printf("%08x: %s/%02x %d\n", static_cast<uint32_t>(offset), name, code, static_cast<int>(size));
 }
@@ -42,10 +59,7 @@ void print_numbered_header(uint64_t offset, const char *name, uint32_t number, u
 
 void print_frame(Bytes segment) {
     const uint32_t components = segment[9];
-    std::printf(" precision  %d\n", segment[4]);
-    std::printf(" ysize      %d\n", big16(segment, 5));
-    std::printf(" xsize      %d\n", big16(segment, 7));
-    std::printf(" components %d\n", components);
+    print_field_rows(big_endian(segment), kFrameRows);
     for (uint32_t i = 0; i < components; i++) {
         const Bytes c = segment.from(10 + uint64_t{3} * i);
         std::printf(" component%d\n", i);
@@ -78,10 +92,7 @@ void print_jfif(Bytes segment) {
     } else {
         std::printf(" units      %02x - unknown\n", segment[11]);
     }
-    std::printf(" xdpy       %d\n", big16(segment, 12));
-    std::printf(" ydpy       %d\n", big16(segment, 14));
-    std::printf(" thumbnailx %d\n", segment[16]);
-    std::printf(" thumbnaily %d\n", segment[17]);
+    print_field_rows(big_endian(segment), kJfifRows);
 }
 
 // The TIFF structure of an EXIF segment.

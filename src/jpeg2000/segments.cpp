@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "common/field_rows.h"
 #include "common/names.h"
 #include "common/values.h"
 #include "jpeg2000/codestream.h"
@@ -15,6 +16,22 @@ constexpr int kFatalStatus = 1;
 constexpr const char *band[] = {"HL", "LH", "HH"};
 constexpr const char *kProgressions[] = {"LRCP", "RLCP", "RPCL", "PCRL", "CPRL"};
 constexpr const char *kTransforms[] = {"(9/7)", "(5/3)"};
+
+// clang-format off
+// From the segment's marker on.
+constexpr FieldRow kSizRows[] = {
+    {4, Field::dec16, " Rsize      "},
+    {6, Field::dec32, " Xsize      "},
+    {10, Field::dec32, " Ysize      "},
+    {14, Field::dec32, " XOsize     "},
+    {18, Field::dec32, " YOsize     "},
+    {22, Field::dec32, " XTsize     "},
+    {26, Field::dec32, " YTsize     "},
+    {30, Field::dec32, " XTOsize    "},
+    {34, Field::dec32, " YTOsize    "},
+    {38, Field::dec16, " Csize      "},
+};
+// clang-format on
 
 struct Mode {
     uint32_t bit;
@@ -121,14 +138,8 @@ uint64_t minus(uint64_t size, uint64_t n) { return size > n ? size - n : 0; }
 }  // namespace
 
 void print_siz(CodestreamState &state, const Segment &s) {
-    static constexpr const char *kLabels[] = {" Xsize      ", " Ysize      ", " XOsize     ", " YOsize     ",
-                                              " XTsize     ", " YTsize     ", " XTOsize    ", " YTOsize    "};
-    std::printf(" Rsize      %d\n", s.u16(4));
-    for (uint64_t i = 0; i < std::size(kLabels); i++) {
-        std::printf("%s%d\n", kLabels[i], static_cast<int32_t>(s.u32(6 + 4 * i)));
-    }
+    print_field_rows(big_endian(s.buf.from(s.offset)), kSizRows);
     state.cs_numComponents = s.u16(38);
-    std::printf(" Csize      %d\n", state.cs_numComponents);
     int component = 0;
     for (uint64_t at = 40; s.has(at); at += 3, component++) {
         std::printf(" Ssize[%02d]  %d bit - %s\n", component, (s.u8(at) & 0x7F) + 1,

@@ -22,10 +22,10 @@ struct DumpOptions {
     int32_t tiff_image_length;
     int32_t tiff_bits_per_sample;
     int32_t tiff_strip_offset;
-    int32_t mxf_flag_h;            // -mh: accepted, read by no dump
+    int32_t mxf_flag_h;            // -mh
     int32_t mxf_flag_x;            // -mx: labels as sixteen separate byte values
-    int32_t mxf_flag_t;            // -mt: accepted, read by no dump
-    int32_t mxf_flag_v;            // -mv: accepted, read by no dump
+    int32_t mxf_flag_t;            // -mt
+    int32_t mxf_flag_v;            // -mv
     int32_t save_frames;           // -ms: write MXF frames to files
     int32_t mxf_flag_c;            // -mc: no file positions
     int32_t mxf_flag_l;            // -ml: large item buffer, collection over the whole file

@@ -10,11 +10,10 @@ namespace {
 
 // Labels begin with the offset of their field.
 // clang-format off
-constexpr FieldRow kFileRows[] = {
+constexpr FieldRow kFontRows[] = {
     {0, Field::hex16, "00 Magic         "},
     {2, Field::hex32, "02 Filesize      "},
-};
-constexpr FieldRow kFontRows[] = {
+    {6, Field::quoted_text, "06 Copyright     ", 60},
     {66, Field::dec16, "42 Type          "},
     {68, Field::dec16, "44 Points        "},
     {70, Field::dec16, "46 VerticalRes   "},
@@ -49,8 +48,6 @@ constexpr FieldRow kBitmapRows[] = {
 };
 // clang-format on
 
-constexpr uint64_t kCopyright = 6;
-constexpr uint64_t kCopyrightSize = 60;
 constexpr uint64_t kDeviceName = 101;
 constexpr uint64_t kFaceName = 105;
 constexpr uint64_t kFirstChar = 95;
@@ -67,9 +64,6 @@ void print_text_offset(Bytes font, uint64_t at, const char *label) {
 }
 
 void print_header(Bytes font) {
-    const Text copyright = text_at(font, kCopyright, kCopyrightSize);
-    print_field_rows(little_endian(font), kFileRows);
-    std::printf("06 Copyright     '%.*s'\n", copyright.length, copyright.start);
     print_field_rows(little_endian(font), kFontRows);
     print_text_offset(font, kDeviceName, "65 DeviceOffset  ");
     print_text_offset(font, kFaceName, "69 FaceOffset    ");

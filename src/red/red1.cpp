@@ -5,6 +5,7 @@
 #include <cstring>
 #include <vector>
 
+#include "common/field_rows.h"
 #include "red/chunks.h"
 #include "red/red.h"
 #include "red/values.h"
@@ -16,6 +17,23 @@ constexpr size_t kRemembered = 8192;  // frames and packets that the tables are 
 constexpr uint32_t kHexDumped = 4096;
 constexpr unsigned kFramesShown = 9;    // without -v
 constexpr unsigned kPacketsShown = 10;  // without -v
+
+// clang-format off
+// Header and end marker, from the chunk's first byte on.
+constexpr FieldRow kSizeRows[] = {
+    {52, Field::dec32, " xsize    "},
+    {56, Field::dec32, " ysize    "},
+};
+constexpr FieldRow kEndRows[] = {
+    {8, Field::hex32, " RDVO         "},
+    {12, Field::hex32, " RDVS         "},
+    {16, Field::hex32, " RDA0         "},
+    {20, Field::hex32, " RDAS         "},
+    {24, Field::dec32, " Videoframes  "},
+    {28, Field::dec32, " Audioframes  "},
+    {32, Field::hex32, " EOF          "},
+};
+// clang-format on
 
 struct Place {
     uint32_t size;
@@ -45,8 +63,7 @@ struct Walk {
 };
 
 void print_header(Bytes chunk) {
-    std::printf(" xsize    %d\n", static_cast<int32_t>(red32(chunk, 52)));
-    std::printf(" ysize    %d\n", static_cast<int32_t>(red32(chunk, 56)));
+    print_field_rows(big_endian(chunk), kSizeRows);
     std::printf(" fps      %d/%d\n", static_cast<int32_t>(red32(chunk, 60)), red16(chunk, 64));
 }
 
@@ -97,13 +114,7 @@ void print_sizes(const RedChunk &chunk, const Track &track) {
 void print_end(Bytes chunk) {
     const uint32_t max_video = red32(chunk, 36);
     const uint32_t max_audio = red32(chunk, 40);
-    std::printf(" RDVO         %08x\n", red32(chunk, 8));
-    std::printf(" RDVS         %08x\n", red32(chunk, 12));
-    std::printf(" RDA0         %08x\n", red32(chunk, 16));
-    std::printf(" RDAS         %08x\n", red32(chunk, 20));
-    std::printf(" Videoframes  %d\n", static_cast<int32_t>(red32(chunk, 24)));
-    std::printf(" Audioframes  %d\n", static_cast<int32_t>(red32(chunk, 28)));
-    std::printf(" EOF          %08x\n", red32(chunk, 32));
+    print_field_rows(big_endian(chunk), kEndRows);
     std::printf(" MaxVideo     %08x/%d\n", max_video, static_cast<int32_t>(max_video));
     std::printf(" MaxAudio     %08x/%d\n", max_audio, static_cast<int32_t>(max_audio));
 }
