@@ -107,7 +107,7 @@ Status dump_pes_packet(const DumpOptions &opts, mpeg_reader &reader, const Start
 
 void mpegdump(DumpOptions &opts, std::FILE *file, int64_t start, char *text) {
     std::printf("Fileformat:MPEG\n");
-    const auto owned = std::make_unique<mpeg_reader>();
+    const auto owned = std::make_unique_for_overwrite<mpeg_reader>();
     mpeg_reader &reader = *owned;
     mpegbufferinit(reader, file, start);
     double system_time = 0;

@@ -65,7 +65,7 @@ void put_packet(LineBuffer &out, mpeg_reader &reader) {
 
 void tsdump(DumpOptions &, std::FILE *file, int64_t start, char *) {
     std::printf("Fileformat:TransportStream\n");
-    const auto reader = std::make_unique<mpeg_reader>();
+    const auto reader = std::make_unique_for_overwrite<mpeg_reader>();
     mpegbufferinit(*reader, file, start);
     LineBuffer out;
     while (mpegbits(*reader, 8) == kSyncByte) put_packet(out, *reader);

@@ -94,7 +94,7 @@ void search_block(LineBuffer &out, OpenRun &run, Search &search, size_t size) {
 }  // namespace
 
 void stringsearchfile(DumpOptions &, std::FILE *file) {
-    const auto search = std::make_unique<Search>();
+    const auto search = std::make_unique_for_overwrite<Search>();
     LineBuffer out;
     OpenRun run;
     uint64_t position = 0;
