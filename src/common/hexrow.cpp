@@ -21,13 +21,8 @@ size_t gap_size(const HexRow &row) {
 constexpr size_t kFullRow = 16;
 constexpr size_t kFullCells = 3 * kFullRow;
 
-// The 48 characters of a full row's cells.
-void copy_cells(char *p, const uint8_t *values) {
-    for (size_t i = 0; i < kFullRow; i++) std::copy_n(kHexCells[values[i]].data(), 4, p + 3 * i);
-}
-
 #if defined(__x86_64__)
-// The same with byte shuffles: 32 digits, then three times 16 of them with blanks between.
+// What copy_hexcells writes, with byte shuffles: 32 digits, then three times 16 of them with blanks between.
 __attribute__((target("ssse3"))) void shuffle_cells(char *p, const uint8_t *values) {
     const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i *>(values));
     const __m128i nibble = _mm_set1_epi8(15);
@@ -49,9 +44,9 @@ __attribute__((target("ssse3"))) void shuffle_cells(char *p, const uint8_t *valu
     put(p + 32, last, _mm_setr_epi8(-1, 6, 7, -1, 8, 9, -1, 10, 11, -1, 12, 13, -1, 14, 15, -1));
 }
 
-const auto put_cells = __builtin_cpu_supports("ssse3") ? shuffle_cells : copy_cells;
+const auto put_cells = __builtin_cpu_supports("ssse3") ? shuffle_cells : copy_hexcells;
 #else
-constexpr auto put_cells = copy_cells;
+constexpr auto put_cells = copy_hexcells;
 #endif
 
 // The row that nearly every line of a large dump is. It is put together in locals, which nothing written can
@@ -75,6 +70,10 @@ void put_full_row(LineBuffer &out, std::span<const uint8_t, kFullRow> bytes, con
 }
 
 }  // namespace
+
+void copy_hexcells(char *p, const uint8_t *values) {
+    for (size_t i = 0; i < kFullRow; i++) std::copy_n(kHexCells[values[i]].data(), 4, p + 3 * i);
+}
 
 void put_hexcells(LineBuffer &out, std::span<const uint8_t> bytes) {
     for (const uint8_t byte : bytes) std::copy_n(kHexCells[byte].data(), 3, out.claim(3));

@@ -34,6 +34,10 @@ inline constexpr auto kHexCells = [] {
 // Appends n bytes as "%02x " each, without a line feed.
 void put_hexcells(LineBuffer &out, std::span<const uint8_t> bytes);
 
+// The 48 characters of a full row's 16 cells, and one more. Processors without byte shuffles use it for every
+// row.
+void copy_hexcells(char *p, const uint8_t *values);
+
 // Rows over a whole range; start_row(out, i) puts what stands before the row that begins at byte i.
 template <typename StartRow>
 void put_hexrows(LineBuffer &out, Bytes bytes, const HexRow &row, StartRow start_row) {

@@ -2,7 +2,10 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <unistd.h>
+
+#include <algorithm>
 
 #include "common/file_access.h"
 #include "support/command.h"
@@ -51,6 +54,24 @@ TEST(FileImage, SequentialUseReadsLargerRunsAndJumpsDoNot) {
     EXPECT_LT(sequential, 1'600'000U);
     EXPECT_EQ(image.bytes()[9'000'000], 0);
     EXPECT_EQ(image.bytes_read(), sequential + FileImage::kBlock);
+}
+
+TEST(FileImage, GivesMemoryBack) {
+    constexpr uint64_t kSize = 200 << 20;
+    const File file(kSize, 0, "start");
+    FileImage image(file.fd, 0, kSize);
+    const auto resident = [&] {
+        const uint8_t *const start = image.bytes().span(0, 1).data();
+        std::vector<unsigned char> pages(kSize >> 12);
+        mincore(const_cast<uint8_t *>(start), kSize, pages.data());
+        return std::count(pages.begin(), pages.end(), 1);
+    };
+    for (uint64_t i = 0; i < kSize; i += FileImage::kBlock) ASSERT_EQ(image.bytes()[i + 9], 0);
+    EXPECT_LE(resident(), (64 << 20 >> 12) + 1);
+    const uint64_t before = image.bytes_read();
+    EXPECT_EQ(image.bytes()[kSize - 1], 0);
+    EXPECT_EQ(image.bytes_read(), before);  // what was read last is still there
+    EXPECT_TRUE(bytes_are(image.bytes(), 0, "start"));
 }
 
 TEST(FileImage, WhatAFileLostSinceItsSizeWasTakenIsZero) {

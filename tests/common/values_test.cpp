@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "common/hexrow.h"
 #include "common/line_buffer.h"
 #include "common/name_pattern.h"
 
@@ -66,6 +67,21 @@ TEST(NamePattern, OneIntegerConversionAtMost) {
     char name[8];
     expand_name_pattern(name, sizeof name, "f%04d.dpx", -1);
     EXPECT_STREQ(name, "f-001.d");
+}
+
+TEST(HexRow, CellsAreTheSameWithAndWithoutShuffles) {
+    testing::internal::CaptureStdout();
+    std::string expected;
+    for (unsigned first = 0; first < 256; first++) {
+        uint8_t values[16];
+        for (unsigned i = 0; i < 16; i++) values[i] = static_cast<uint8_t>(first + 17 * i);
+        LineBuffer out;
+        put_hexrow(out, values, {.first_printable = 0x7F});
+        char cells[49];
+        copy_hexcells(cells, values);
+        expected += std::string(cells, 48) + std::string(16, '.') + "\n";
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), expected);
 }
 
 TEST(LineBuffer, ExtremesAndLongFills) {

@@ -53,6 +53,12 @@ TEST(Essence, SystemItems) {
     dirty[8] = dirty[56] = 1;
     SHOW(lines_from(body(system_item("04010100", dirty)), "MXFERROR @ 0x0000001c"));
     SHOW(detail(system_item("14010100", "x")));
+    std::string rates;
+    for (unsigned code = 0; code < 64; code++) {
+        const std::string dump = body(system_item("04010100", big().u8(0x40).u8(code).zeros(55).str()));
+        rates += lines_from(dump, "MXFERROR", 1) + lines_from(dump, "   Framerate", 1);
+    }
+    SHOW(rates);
     for (const char *type : {"80", "81", "82", "83", "84", "85", "86", "87", "88", "89", "66"}) {
         SHOW(detail(system_item("04010200", hex(type) + hex("0001 42"))));
     }
@@ -122,6 +128,11 @@ TEST(Walk, PositionsAndRunIn) {
     place.write_sparse("a.mxf", size, 0, big().hex(kFiller).u8(0x84).u32(0x1000000 - 50).str());
     place.write_sparse("a.mxf", size, 0x1000000 - 29, item(kFiller, "x"));
     SHOW(lines_from(place.run({"a.mxf"}).out, "0000000000"));
+    const uint64_t step = 0x3F000000;
+    const std::string filler = big().hex(kFiller).u8(0x84).u32(step - 21).str();
+    for (uint64_t i = 0; i < 5; i++) place.write_sparse("b.mxf", 5 * step + 70, i * step, filler);
+    place.write_sparse("b.mxf", 5 * step + 70, 5 * step, element("15010501") + set("3B", local(0x9999, "a")));
+    SHOW(lines_from(place.run({"-ml", "b.mxf"}).out, "0000000000"));
 }
 
 TEST(Walk, DamagedAndLargeItems) {
