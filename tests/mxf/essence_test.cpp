@@ -21,24 +21,16 @@ std::string detail(const std::string &content) { return body(content).substr(kLe
 
 TEST(Essence, ElementsOfTheGenericContainer) {
     Transcript transcript;
+    // Every item type with every code, in the bytes that tell elements and wrappings.
+    std::string elements;
+    for (const char *type : {"00", "02", "05", "06", "07", "14", "15", "16", "17", "18", "66"}) {
+        for (unsigned code = 0; code <= 17; code++) {
+            elements +=
+                element(type + hex_digits(code) + hex_digits((code + 1) % 18) + hex_digits(code % 4), "x");
+        }
+    }
+    SHOW(plain(elements));
     SHOW(body(element("15010501")));
-    EXPECT_EQ(detail(element("15010101")), "  GC Picture\n   D11 - SMPTE367\n");
-    SHOW(detail(element("15010A01")));
-    EXPECT_EQ(detail(element("16010C01")), "  GC Sound\n   AES - Custom-Wrapped Element - SMPTE382\n");
-    EXPECT_EQ(detail(element("16010D01")), "  GC Sound\nMXFERROR @ 0x00000000 mxf_generic_data - gc sound\n");
-    SHOW(detail(element("17010A01")));
-    EXPECT_EQ(detail(element("17010101")), "  GC Data\nMXFERROR @ 0x00000000 mxf_generic_data - gc data\n");
-    EXPECT_EQ(detail(element("18010201")), "  GC Compound\n   DV - Clip Wrapped - SMPTE383\n");
-    SHOW(detail(element("18010301")));
-    SHOW(detail(element("14010002")));
-    EXPECT_EQ(detail(element("14020002")), "  GC System Item\nMXFERROR @ 0x00000000 mxf_generic_data\n");
-    EXPECT_EQ(detail(element("02100101")), "  Essence Container\n   AVC byte stream\n");
-    SHOW(detail(element("02010101")));
-    EXPECT_EQ(detail(element("05010601")), "  CP Picture\n   D10 - 30Mbps, 525/60\n");
-    EXPECT_EQ(detail(element("06011001")), "  CP Sound\n   8Channel AES Audio - SMPTE331\n");
-    EXPECT_EQ(detail(element("07010101")), "  CP Data\n");
-    EXPECT_EQ(detail(element("00010101")), "  DataFormatUndefined\n");
-    EXPECT_EQ(detail(element("66010101")), "MXFERROR @ 0x00000000 mxf_generic_data\n");
     EXPECT_EQ(body(element("15010501", "")), " Length             0x00000000\n");
 }
 
@@ -62,8 +54,9 @@ TEST(Essence, SystemItems) {
     for (const char *type : {"80", "81", "82", "83", "84", "85", "86", "87", "88", "89", "66"}) {
         SHOW(detail(system_item("04010200", hex(type) + hex("0001 42"))));
     }
-    EXPECT_EQ(detail(system_item("04010700", "x")), "  Control metadata set\n");
-    SHOW(detail(system_item("04010800", "x")));
+    std::string sets;
+    for (unsigned type = 0; type < 9; type++) sets += system_item("0401" + hex_digits(type) + "00", "x");
+    SHOW(plain(sets));
 }
 
 TEST(Essence, TripletsAndDocuments) {

@@ -80,3 +80,9 @@ inline std::string counting(size_t n) {
 }
 
 inline std::string hex(std::string_view digits) { return big().hex(digits).str(); }
+
+// A byte as two hexadecimal digits.
+inline std::string hex_digits(unsigned byte) {
+    constexpr char digits[] = "0123456789ABCDEF";
+    return {digits[byte >> 4 & 15], digits[byte & 15]};
+}
