@@ -65,7 +65,8 @@ TEST(QuicktimeFields, ChannelLayoutsEndWithThePayload) {
     const ByteWriter layout = big().u32(0).u32(0x650002).u32(3).u32(0xFFFFFFFF);
     const ByteWriter channel =
         big().u32(1).u32(2).f32(-1.5F).f32(0).f32(std::numeric_limits<float>::infinity());
-    SHOW(fields_of("chan", layout.str() + channel.str() + "more"));
+    const ByteWriter second = big().u32(3).u32(4).f32(1).f32(2).f32(3);
+    SHOW(fields_of("chan", layout.str() + channel.str() + second.str() + "more"));
 }
 
 TEST(QuicktimeTables, Entries) {

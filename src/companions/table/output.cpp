@@ -1,6 +1,7 @@
 #include "companions/table/output.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "companions/safe_text.h"
@@ -82,7 +83,7 @@ std::string shown(const Row &row, Column column) {
     const std::string &text = row[column];
     if (column == Column::format && text.empty()) return "?";
     if (column == Column::duration && !text.empty()) {
-        const int64_t milliseconds = static_cast<int64_t>(ratio_in(text) * 1000 + 0.5);
+        const int64_t milliseconds = std::llround(ratio_in(text) * 1000);
         char clock[64];
         std::snprintf(
             clock, sizeof clock, "%02lld:%02lld:%02lld.%03lld",
