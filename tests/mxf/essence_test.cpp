@@ -29,7 +29,7 @@ TEST(Essence, ElementsOfTheGenericContainer) {
                 element(type + hex_digits(code) + hex_digits((code + 1) % 18) + hex_digits(code % 4), "x");
         }
     }
-    SHOW(plain(elements));
+    SHOW(plain(elements + element("14010002", "x")));
     SHOW(body(element("15010501")));
     EXPECT_EQ(body(element("15010501", "")), " Length             0x00000000\n");
 }
