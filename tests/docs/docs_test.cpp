@@ -88,7 +88,7 @@ void check_paper(const std::string &paper, size_t least) {
 
 TEST(Docs, ExamplesOfThePapers) {
     check_paper("README.md", 3);
-    check_paper("docs/recipes.md", 25);
+    check_paper("docs/recipes.md", 35);
     check_paper("docs/formats.md", 20);
 }
 
