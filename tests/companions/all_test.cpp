@@ -72,7 +72,10 @@ TEST(KeldumpAll, Mpeg4FilesAreMovies) {
     unsetenv("TMPDIR");
 }
 
-TEST(KeldumpAll, ASignalLeavesNothingBehind) {
+class KeldumpAllSignal : public testing::TestWithParam<int> {};
+INSTANTIATE_TEST_SUITE_P(, KeldumpAllSignal, testing::Values(SIGINT, SIGTERM, SIGHUP));
+
+TEST_P(KeldumpAllSignal, LeavesNothingBehind) {
     const Workplace place;
     mkdir(place.path("tmp").c_str(), 0700);
     place.write("a.mp4", big().u32(0x110000).text("abcd").zeros(0x10FFF8).str());
@@ -89,10 +92,10 @@ TEST(KeldumpAll, ASignalLeavesNothingBehind) {
     // The output that nobody reads keeps the dump, and with it the name, in being.
     for (int i = 0; i < 4000 && std::filesystem::is_empty(place.path("tmp")); i++)
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    kill(child, SIGTERM);
+    kill(child, GetParam());
     int status = 0;
     waitpid(child, &status, 0);
-    EXPECT_EQ(WIFSIGNALED(status) ? WTERMSIG(status) : 0, SIGTERM);
+    EXPECT_EQ(WIFSIGNALED(status) ? WTERMSIG(status) : 0, GetParam());
     EXPECT_TRUE(std::filesystem::is_empty(place.path("tmp")));
     close(ends[0]);
     close(ends[1]);

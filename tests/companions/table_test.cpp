@@ -244,6 +244,7 @@ TEST(KeldumpTable, FilesWithoutRow) {
     EXPECT_EQ(lines_from(run.out, "\"d/what\n"),
               "\"d/what\n\",,,,,,,,,,,,,\"unknown format, 3f 21 2e 2e\"\r\n"
               "missing,,,,,,,,,,,,,No such file or directory\r\n");
+    EXPECT_EQ(table(place, {"d"}).out, "FORMAT  FILE\n?       d/what\\x0a\n");
     EXPECT_NE(run.err.find("keldump-table: d/what\\x0a: unknown format, 3f 21 2e 2e\n"), std::string::npos);
     EXPECT_NE(run.err.find("keldump-table: missing: No such file or directory\n"), std::string::npos);
     EXPECT_EQ(run.status, 1);

@@ -112,7 +112,7 @@ class AlignedColumn {
     AlignedColumn(const Heading &heading, const std::vector<Row> &rows) : heading_(heading) {
         width_ = characters(heading.title);
         for (const Row &row : rows) {
-            used_ = used_ || !row[heading.column].empty();
+            used_ = used_ || !text(row).empty();
             width_ = std::max(width_, characters(text(row)));
         }
     }
