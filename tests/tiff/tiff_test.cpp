@@ -87,6 +87,9 @@ TEST(Tiff, LongValues) {
     EXPECT_EQ(text.substr(7930), "2586 2587  (dump truncated)");
     EXPECT_EQ(value_line(Order::little, 7, 2646, kAt1000Little, std::string(2646, 'a')).substr(7935),
               "61  (dump truncated)");
+    const std::string shared =
+        dump_of(tiff(Order::little, std::vector<Entry>(80, {0x9999, 4, 3000, kAt1000Little}), longs.str()));
+    EXPECT_EQ(std::count(shared.begin(), shared.end(), ')'), 80);
     const auto ascii = [](size_t n) {
         return value_line(Order::little, 2, static_cast<uint32_t>(n), kAt1000Little, std::string(n, 'x'));
     };
