@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <sstream>
+
+#include "common/bytes.h"
 #include "support/bytes_of.h"
 #include "support/command.h"
 
@@ -45,6 +48,22 @@ TEST(KelHeader, Items) {
     SHOW(items({0x0A6041D5, 0x41424344, 0x00FF4546, 0x47480000, 0x00474E41, 0x12010295, 0x20202020,
                 0x20202020, 0x20202020, 0x20202020, 0x7E7F0000}));
     SHOW(items({0x08353132, 0x99019800, 0, 0x00363132}));
+}
+
+// Each word a number of its own.
+TEST(KelHeader, EveryItemOfWords) {
+    Transcript transcript;
+    std::vector<uint32_t> words;
+    std::istringstream names(
+        "VTC4 VTU4 VTD4 VTV4 VTL4 VTM4 LTC4 LTU4 VRC4 VRU4 VRI4 VRI8 VRI12 VRT4 VRH4 GPI4 EYE4 FLD8 FLE8 "
+        "FLP8 FLQ8 "
+        "AFD8 AFE8 AFP8 AFQ8 DLT8 DVT8 DVU8 HSH16 TCH4 TCK4 CPU8 VRX20");
+    for (std::string name; names >> name;) {
+        const auto size = static_cast<uint32_t>(std::stoi(name.substr(3)));
+        words.push_back(size << 24 | little32(Bytes(name.data(), 3)));
+        for (uint32_t i = 0; i < size; i += 4) words.push_back(0x1000 + static_cast<uint32_t>(words.size()));
+    }
+    SHOW(items(words));
 }
 
 TEST(KelHeader, ItemsPastItsEnd) {
