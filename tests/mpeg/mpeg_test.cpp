@@ -161,6 +161,14 @@ TEST(Mpeg, VideoHeaders) {
                  .str())));
 }
 
+TEST(Mpeg, NamesOfStreams) {
+    Transcript transcript;
+    std::string names;
+    for (unsigned id = 0; id < 256; id++)
+        names += lines_from(dump_of(kSequence + code(id, "xx")), "0000000c:", 1);
+    SHOW(names);
+}
+
 // The start code behind a slice is found bit by bit, and seen whole.
 TEST(Mpeg, Slices) {
     const auto codes = [](const std::string &slice) {
