@@ -114,6 +114,10 @@ TEST(Executable, DllAndHeaderAtTheEdge) {
     setenv("TZ", "UTC", 1);
     auto w = little().text("MZ").at(60).u32(128).at(128).text("PE", 4).u16(0x8664).at(150).u16(0x2022);
     SHOW(dump_of(w.str()));
+    std::string platforms;
+    for (const unsigned machine : {0x014C, 0x01C0, 0x0200, 0x0EBC, 0x8664, 0x8665})
+        platforms += lines_from(dump_of(w.at(132).u16(machine).str()), " Platform", 1);
+    SHOW(platforms);
     w.at(136).u32(0xFFFFFFFF);
     EXPECT_EQ(lines_from(dump_of(w.str()), " Time", 1), " TimeDateStamp    Wed Dec 31 23:59:59 1969\n");
     w.at(60).u32(16380).at(16380).text("PE", 4).fill(0xFF, 100);  // its fields lie beyond what is read

@@ -58,6 +58,12 @@ TEST(RawStream, Rasters) {
     SHOW(dump_of(capture(ten, ten_bit(sd_lines(858, 5)))));
     SHOW(dump_of(capture(ten, ten_bit(hd_lines(5280, 3)))));
     SHOW(dump_of(capture(ten, ten_bit(hd_lines(6600, 3)))));
+    std::string rasters;
+    for (const int words : {858, 864, 1144, 1152})
+        rasters += lines_from(dump_of(capture(ten, ten_bit(sd_lines(words, 5)))), "Raster", 1);
+    for (const int words : {1375, 1650, 1980, 2200, 2250, 2376, 2500, 2640, 2750, 3300, 3960, 4125})
+        rasters += lines_from(dump_of(capture(ten, ten_bit(hd_lines(2 * words, 3)))), "Raster", 1);
+    SHOW(rasters);
     SHOW(dump_of(capture(eight, eight_bit(sd_lines(900, 5)))));
     SHOW(dump_of(capture(ten, ten_bit(hd_lines(5000 - 2, 3)))));
     SHOW(dump_of(capture(ten, ten_bit(hd_lines(5280, 3, 0x2D8)))));
