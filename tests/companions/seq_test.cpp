@@ -80,6 +80,9 @@ TEST(KeldumpSeq, EveryChangeIsNamedOnce) {
     add(frame().at(1920).u32(0x01006161).at(16).u32(9000));
     for (int i = 0; i < 3; i++) add(frame().at(1920).u32(0x01000001));
     add(frame().at(1664).text("03").at(1940).f32(25).at(1556).text("scan\x1B", 32));
+    add(frame().at(1664).text("1"));
+    add(frame().at(1667).text("9"));
+    add(frame().at(1675).text("x"));
     add(frame().at(28).u32(0));
     add(little()
             .u32(0xD75F2A80)
@@ -129,6 +132,13 @@ TEST(KeldumpSeq, DropFrame) {
     EXPECT_EQ(sequence(false, false), "timecode 00:00:59:10-00:01:00:19");
     EXPECT_EQ(sequence(true, true), "timecode 00:00:59;08-00:01:00;19 drop frame");
     EXPECT_EQ(sequence(true, false), "timecode 00:00:59;08-00:01:00;19 drop frame");
+}
+
+// The numbers of a second tell the rate where no header does.
+TEST(KeldumpSeq, FramesWithoutRate) {
+    const Workplace place;
+    for (uint32_t i = 0; i < 60; i++) place.write(name_of(i), dpx(at_24(i), i, 0).at(2048).str());
+    EXPECT_EQ(seq(place, {"."}).status, 0);
 }
 
 TEST(KeldumpSeq, Trouble) {

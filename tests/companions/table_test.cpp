@@ -216,6 +216,8 @@ TEST(KeldumpTable, MovieTimecode) {
         atom("mdat", big().zeros(6).u32(17982 + 1800).zeros(2).str()) +
         atom("moov", atom("trak", atom("mdia", handler + atom("minf", atom("stbl", tables)))));
     EXPECT_EQ(row_of(movie, "%s.mov"), "%s.mov,QuickTime,,,,,,,,,00:11:00;02,,A042,\r\n");
+    const std::string sample = content_of(KELDUMP_SAMPLES "/quicktime/h264-aac.mov");
+    EXPECT_EQ(row_of(sample + sample, "a.mov"), row_of(sample, "a.mov"));  // the first movie counts
     EXPECT_EQ(row_of(movie.substr(0, movie.size() - 4), "cut.mov"), "cut.mov,QuickTime,,,,,,,,,,,A042,\r\n");
 }
 

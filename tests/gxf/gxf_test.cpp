@@ -170,7 +170,10 @@ TEST(Umf, DataBeyondTheCollectionIsDroppedAndReportedOnce) {
 // Sizes that point outside the data end the lists.
 TEST(Umf, SizesOutsideTheData) {
     auto umf = description(ByteWriter::Order::little, 0).zeros(752);
-    umf.at(0).u32(1000).at(16).u32(-400U);
+    umf.at(0).u32(1000).at(16).u32(-104U);  // the media begin with the data
+    EXPECT_NE(lines_from(dump_of(umf_packet(2, umf.str()) + kEnd), " Media", 2),
+              " Media Description\n User Data\n");
+    umf.at(16).u32(-400U);
     EXPECT_EQ(lines_from(dump_of(umf_packet(2, umf.str()) + kEnd), " Track"),
               " Track Description\n Media Description\n User Data\n000003fd end of stream 16\n");
 }

@@ -67,6 +67,9 @@ TEST(QuicktimeFields, ChannelLayoutsEndWithThePayload) {
         big().u32(1).u32(2).f32(-1.5F).f32(0).f32(std::numeric_limits<float>::infinity());
     const ByteWriter second = big().u32(3).u32(4).f32(1).f32(2).f32(3);
     SHOW(fields_of("chan", layout.str() + channel.str() + second.str() + "more"));
+    const std::string one = little().raw(layout.str()).at(12).hex("00000001").str();
+    EXPECT_EQ(fields_of("chan", one + channel.str() + second.str()).find("label=3"), std::string::npos);
+    EXPECT_NE(fields_of("chan", one + channel.str() + second.str()).find("label=1"), std::string::npos);
 }
 
 TEST(QuicktimeTables, Entries) {
