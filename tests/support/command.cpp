@@ -52,7 +52,8 @@ bool Workplace::exists(const std::string &name) const { return fs::exists(path(n
 
 Outcome Workplace::run(const std::vector<std::string> &arguments, const std::string &command) const {
     const char *commands = std::getenv("KELDUMP_COMMANDS");
-    const fs::path program = (commands ? fs::path(commands) : fs::path(KELDUMP_BINARY).parent_path()) / command;
+    const fs::path program =
+        (commands ? fs::path(commands) : fs::path(KELDUMP_BINARY).parent_path()) / command;
     const std::string out = directory_ + "/.stdout";
     const std::string err = directory_ + "/.stderr";
     const pid_t child = fork();

@@ -29,8 +29,8 @@ class Workplace {
     bool exists(const std::string &name) const;
     std::string path(const std::string &name) const { return directory_ + "/" + name; }
 
-    // Runs keldump, or a command that is installed beside it; with KELDUMP_COMMANDS set in the environment those
-    // in that directory (builds for other machines).
+    // Runs keldump, or a command that is installed beside it; with KELDUMP_COMMANDS set in the environment
+    // those in that directory (builds for other machines).
     Outcome run(const std::vector<std::string> &arguments, const std::string &command = "keldump") const;
 
  private:
