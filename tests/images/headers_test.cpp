@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "images/yuv.h"
 #include "support/bytes_of.h"
 #include "support/command.h"
 
@@ -61,14 +62,14 @@ void add_chunk(ByteWriter &w, const std::string &type, const std::string &data) 
 TEST(Png, ChunksButImageData) {
     Transcript transcript;
     ByteWriter w = png();
-    add_chunk(w, "IHDR", big().u32(640).u32(480).u8(8).u8(6).u8(0).u8(0).u8(1).str());
+    add_chunk(w, "IHDR", big().u32(640).u32(480).u8(8).u8(6).u8(4).u8(3).u8(1).str());
     add_chunk(w, "pHYs", big().u32(2835).u32(0xFFFFFFFF).u8(2).str());
     add_chunk(w, "IDAT", std::string(300, 'x'));
     add_chunk(w, "a\x01\xFFz", std::string(17, 'd'));
     add_chunk(w, "IEND", "");
     const std::string header =
         "Fileformat:PNG\n00000008: IHDR 13\n xsize       640\n ysize       480\n bitdepth    8\n"
-        " colortype   6\n compression 0\n filtertype  0\n interlace   1\n";
+        " colortype   6\n compression 4\n filtertype  3\n interlace   1\n";
     const std::string pixels = "00000021: pHYs 9\n xpelsperunit 2835\n ypelsperunit -1\n unit        2\n";
     EXPECT_EQ(dump_of(w.str()), header + pixels + "0000016e: a..z 17\n0000018b: IEND 0\n");
     SHOW(dump_of(w.str(), "file.png", {"-v"}));
@@ -91,6 +92,16 @@ TEST(Png, FileBeyond4GiB) {
 }
 
 TEST(Yuv, RasterOfSize) {
+    for (const auto &[w, h] : std::vector<std::pair<int, int>>{
+             {640, 480},   {720, 480},   {720, 486},   {720, 576},   {960, 480},   {960, 486},
+             {800, 600},   {960, 504},   {960, 576},   {1024, 768},  {1280, 720},  {1366, 768},
+             {1280, 1024}, {2048, 858},  {1600, 1200}, {1920, 1035}, {1920, 1036}, {1920, 1080},
+             {1998, 1080}, {1920, 1152}, {1920, 1200}, {2560, 1080}, {2048, 1536}, {2048, 1556}}) {
+        uint32_t width = 0;
+        uint32_t height = 0;
+        EXPECT_EQ(yuvguess(w * h, &width, &height), 1) << w * h;
+        EXPECT_EQ(std::pair(width, height), std::pair(uint32_t(w), uint32_t(h)));
+    }
     const auto dump = [](uint64_t size, const std::string &name) {
         const Workplace place;
         place.write_sparse(name, size, 0, "");

@@ -60,6 +60,8 @@ TEST(Codestream, FromStartToEnd) {
     const std::string qcd = marker("5C", hex("40 48 50 50 58"));
     const std::string stream = kSoc + siz(3) + cod + qcd + sot(14 + 4) + kSod + "data" + kEoc;
     SHOW(dump_of(stream));
+    ByteWriter size = big().u16(1).u32(2).u32(3).u32(4).u32(5).u32(6).u32(7).u32(8).u32(9).u16(1);
+    SHOW(lines_from(dump_of(kSoc + marker("51", size.u8(10).u8(11).u8(12).str())), "00000002"));
 }
 
 TEST(Codestream, CodingStyles) {
@@ -202,9 +204,7 @@ TEST(Boxes, LastAndDamaged) {
     SHOW(behind_signature(big().u32(0x80000000).text("ftyp").zeros(20).str()));
     SHOW(behind_signature(box("ftyp", "jp2 " + hex("00000000"))));
     SHOW(behind_signature(box("jp2h", kImageHeader)).substr(0, 60));
-    EXPECT_EQ(
-        behind_signature(box("ihdr", big().zeros(11).u8(9).zeros(2).str())).find("  compression 9/Unknown\n"),
-        91U);
+    SHOW(behind_signature(box("ihdr", hex("0A0B0C0D 0E0F1011 1213 14 09 15 16"))));
     std::string no_sot;  // the search for one goes over each byte once
     for (int i = 0; i < 50'000; i++) no_sot += box("jp2c", kSod);
     EXPECT_GT(behind_signature(no_sot).size(), 50'000U * 100);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "mpeg/names.h"
 #include "support/bytes_of.h"
 #include "support/command.h"
 
@@ -123,6 +124,7 @@ TEST(Mpeg, PesHeaders) {
     SHOW(pes(extension));
     const Bits all = Bits({{2, 2}, {2, 1}, {4, 15}, {8, 0}, {8, 6}});
     SHOW(pes(all, {"-v", "-v"}));
+    SHOW(pes(pes_flags(0xBF, 9).add({{400, 0}}), {"-v", "-v"}));
     EXPECT_EQ(pes(all, {"-v"}), "");
     std::string every;
     for (uint32_t id = 0xBC; id <= 0xFF; id++) every += packet(id, std::string(40, '\0'));
@@ -141,7 +143,8 @@ TEST(Mpeg, VideoHeaders) {
         const std::string lines = lines_from(dump, "0000000c:");
         return lines.substr(lines.find('\n') + 1);
     };
-    SHOW(after_sequence(code(0xB8, Bits({{25, 0x1234}, {1, 1}, {1, 0}}).str())));
+    for (const unsigned closed : {1U, 0U})
+        SHOW(after_sequence(code(0xB8, Bits({{25, 0x1234}, {1, closed}, {1, 1 - closed}}).str())));
     SHOW(after_sequence(code(
         0xB5,
         Bits({{4, 1}, {8, 0x48}, {1, 1}, {2, 1}, {4, 6}, {12, 9}, {1, 1}, {8, 3}, {1, 1}, {2, 2}, {5, 4}})
@@ -164,8 +167,17 @@ TEST(Mpeg, VideoHeaders) {
 TEST(Mpeg, NamesOfStreams) {
     Transcript transcript;
     std::string names;
-    for (unsigned id = 0; id < 256; id++)
-        names += lines_from(dump_of(kSequence + code(id, "xx")), "0000000c:", 1);
+    const Workplace place;
+    place.write("length", "xx");
+    std::FILE *file = std::fopen(place.path("length").c_str(), "rb");
+    for (unsigned id = 0; id < 256; id++) {
+        mpeg_reader reader;
+        mpegbufferinit(reader, file, 0);
+        char name[25];
+        const uint32_t length = mpegstreamid(reader, name, id);
+        names += hex_digits(id) + " " + std::to_string(length) + " " + name + "\n";
+    }
+    std::fclose(file);
     SHOW(names);
 }
 

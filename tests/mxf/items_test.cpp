@@ -70,6 +70,7 @@ TEST(Values, Scalars) {
     };
     EXPECT_EQ(value(0x7777, std::string(300, 'a')).size(), 11U + 16 * 53);
     SHOW(value(0x3C01, big().u16('A').u16(0x20AC).u16(0xE9).u16(0).u16('B').str()));
+    SHOW(value(0x3C01, big().u16('A').u16('B').u8('C').str()));
     EXPECT_EQ(value(0x1502, hex("8001")), "   Uint16 32769/8001\n");
     EXPECT_EQ(value(0x3F08, "\xFF"), "   Uint8  255/ff\n");
     EXPECT_EQ(value(0x4B01, hex("00007530 000003E9")), "   Rational 30000/1001 29.97\n");

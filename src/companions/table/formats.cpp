@@ -375,6 +375,7 @@ std::string plain_name(std::string_view first) {
     for (const std::string_view label : {"Fileformat: UTF", "Fileformat:"}) {
         if (first.starts_with(label)) return label.ends_with("UTF") ? "text" : as_text(first.substr(11));
     }
+    if (first.starts_with("Error: Scanning for formattag")) return "RIFF";
     return first.starts_with("00 Magic") ? "font" : first.empty() ? "" : "text";
 }
 
