@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/command.h"
+
 namespace {
 
 constexpr uint64_t kFile = uint64_t{100} << 30;
@@ -51,6 +53,60 @@ TEST(LinkCost, IsMeasured) {
     for (int i = 0; i < 50; i++) link.measured(1 << 20, 5e-3 + (1 << 20) / 2e7);
     EXPECT_NEAR(link.bandwidth(), 2e7, 1e5);
     EXPECT_NEAR(static_cast<double>(link.bytes_of_a_round_trip()), 1e5, 2e3);
+}
+
+TEST(LinkCost, WhichMeasurementsCount) {
+    LinkCost link;
+    link.measured(1, 1e-6);
+    EXPECT_EQ(link.bytes_of_a_round_trip(), 64U << 10);  // gaps below that are always read
+    link.measured(64 << 10, 2e-3);  // far beyond what was seen in memory: the link itself
+    EXPECT_DOUBLE_EQ(link.round_trip(), 2e-3);
+    link.measured(64 << 10, 20e-3);  // a slow one counts a quarter
+    EXPECT_DOUBLE_EQ(link.round_trip(), 6.5e-3);
+    link.measured(1, 1.2e-3);  // too fast to have come over the link
+    EXPECT_DOUBLE_EQ(link.round_trip(), 6.5e-3);
+    link.measured(1, 1.4e-3);
+    EXPECT_DOUBLE_EQ(link.round_trip(), 5.225e-3);
+    link.measured((64 << 10) + 1, 6.225e-3);  // a large one tells the bandwidth
+    EXPECT_DOUBLE_EQ(link.round_trip(), 5.225e-3);
+    EXPECT_DOUBLE_EQ(link.bandwidth(), 0.75e9 + 0.25 * 65537 / (6.225e-3 / 4));
+}
+
+namespace {
+
+// What is announced before each read of a walk over a link with a round trip of a millisecond.
+std::string plans(const std::vector<FileRange> &reads, uint64_t file_size = kFile) {
+    LinkCost link;
+    link.measured(4096, 1e-3);
+    ReadAhead ahead(file_size);
+    std::string text;
+    for (const FileRange &read : reads) {
+        text += std::to_string(read.offset) + "+" + std::to_string(read.size) + ":";
+        for (const FileRange &range : ahead.before_read(read.offset, read.size, link))
+            text += " " + std::to_string(range.offset) + "+" + std::to_string(range.size);
+        text += "\n";
+    }
+    return text;
+}
+
+}  // namespace
+
+TEST(ReadAhead, Plans) {
+    Transcript transcript;
+    std::vector<FileRange> reads;
+    for (uint64_t i = 0; i < 24; i++) reads.push_back({i * 90'001 + i * i, 512});
+    SHOW(plans(reads));
+    SHOW(plans(reads, 1'700'000));
+    SHOW(plans({{0, 512}, {1'000'512, 512}, {2'001'025, 512}, {2'000'000, 512}, {2'001'000, 1 << 18}}));
+    reads.clear();
+    for (uint64_t i = 0; i < 5; i++) {
+        const uint64_t frame = i * 20'000'000;
+        for (const uint64_t part : {0, 512, 70'000, 8'000'000})
+            reads.push_back({frame + part, 512 + part / 1000});
+    }
+    reads.push_back({100'000'001, 512});
+    SHOW(plans(reads));
+    SHOW(plans(reads, 101'000'000));
 }
 
 TEST(ReadAhead, NothingIsAnnouncedOnAFastLink) {
