@@ -69,10 +69,11 @@ TEST(RawStream, Rasters) {
     SHOW(dump_of(capture(ten, ten_bit(hd_lines(5280, 3, 0x2D8)))));
     SHOW(dump_of(capture(eight, "")));
     // What only begins like a timing reference is none.
-    Words words = sd_lines(864, 5);
     const Words near = {0x3FC, 0, 8, 0x3FC, 8, 0, 0x3FC, 0x3FC, 0, 0, 0, 8, 0x3FC, 0x3FC, 8, 0, 0, 0};
-    words.insert(words.begin(), near.begin(), near.end());
-    SHOW(lines_from(dump_of(capture(eight, eight_bit(words))), "Raster", 1));
+    for (Words words : {sd_lines(864, 5), hd_lines(5280, 3)}) {
+        words.insert(words.begin(), near.begin(), near.end());
+        SHOW(lines_from(dump_of(capture(ten, ten_bit(words))), "Raster", 1));
+    }
     SHOW(dump_of(capture(eight, eight_bit(sd_lines(864, 1)))));
 }
 
