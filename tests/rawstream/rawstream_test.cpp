@@ -69,11 +69,12 @@ TEST(RawStream, Rasters) {
     SHOW(dump_of(capture(ten, ten_bit(hd_lines(5280, 3, 0x2D8)))));
     SHOW(dump_of(capture(eight, "")));
     // What only begins like a timing reference is none.
-    const Words near = {0x3FC, 0, 8, 0x3FC, 8, 0, 0x3FC, 0x3FC, 0, 0, 0, 8, 0x3FC, 0x3FC, 8, 0, 0, 0};
-    for (Words words : {sd_lines(864, 5), hd_lines(5280, 3)}) {
+    const auto behind = [&](const Words &near, Words words) {
         words.insert(words.begin(), near.begin(), near.end());
-        SHOW(lines_from(dump_of(capture(ten, ten_bit(words))), "Raster", 1));
-    }
+        return lines_from(dump_of(capture(ten, ten_bit(words))), "Raster", 1);
+    };
+    SHOW(behind({0x3FC, 0x3FC, 0, 0, 0, 8, 0x3FC, 0x3FC, 8, 0, 0, 0}, sd_lines(864, 5)));
+    SHOW(behind({0x3FC, 0, 8, 0x3FC, 8, 0, 0x3FC, 0x3FC, 8, 0, 0, 0}, hd_lines(5280, 3)));
     SHOW(dump_of(capture(eight, eight_bit(sd_lines(864, 1)))));
 }
 
