@@ -198,7 +198,7 @@ TEST(KeldumpTable, BuiltFiles) {
                     .str(),
                 "negative.exr"));
     auto wave = little().text("RIFF").u32(0x1C200024).text("WAVEfmt ").u32(16).u16(1).u16(2).u32(16000);
-    wave.u32(64000).u16(4).u16(16).text("data").u32(64000 * 7384 + 16000);
+    wave.u32(64000).u16(4).u16(16).text("data").u32(64000 * 7384 + 42664);
     SHOW(row_of(wave.str(), "cut.wav"));
     SHOW(row_of(wave.zeros(65536).str(), "two-hours.wav"));
     SHOW(row_of("Fileformat:MXF\n00000000:stream 000001b3\n xsize: 5\n", "faked.txt"));

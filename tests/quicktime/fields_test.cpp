@@ -85,7 +85,7 @@ TEST(QuicktimeTables, Entries) {
     }
     SHOW(table("co64", big().u64(0x100000010), 1));
     SHOW(table("stsc", big().u32(1).u32(20).u32(2), 1));
-    SHOW(fields_of("ctab", big().u32(7).u16(0x8000).u16(1).u64(0x0001FFFF00020003).u64(9).str()));
+    SHOW(fields_of("ctab", big().u32(7).u16(0x8000).u16(1).u64(0x0001FFFF00020003).u64(9).u64(10).str()));
     SHOW(fields_of("stsz", big().u32(0).u32(0).u32(2).u32(900).u32(80).str()));
     SHOW(fields_of("stsz", big().u32(0).u32(1024).u32(1).text("rest").str()));  // all of one size
 }
