@@ -16,7 +16,7 @@ constexpr uint32_t kStandardVersion = 42;
 constexpr uint32_t kBigTiffVersion = 43;
 constexpr uint64_t kEntrySize = 12;
 constexpr uint64_t kDirectoryFrame = 6;  // the count before the entries and the offset behind them
-constexpr int kMaxDepth = 32;            // of sub-directories in sub-directories
+constexpr int kMaxDepth = 512;           // of sub-directories in sub-directories, each a level of the stack
 constexpr uint64_t kSharedText = 16;     // characters of values that cost as much as a byte of the file
 
 constexpr uint16_t kImageWidth = 256;
