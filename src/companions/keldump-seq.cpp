@@ -5,7 +5,9 @@
 #include <atomic>
 #include <filesystem>
 #include <map>
+#include <set>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -77,6 +79,33 @@ std::vector<std::string> files_of_pattern(const std::string &pattern) {
     return files;
 }
 
+// The conversion of a pattern; a percent sign that stands for itself is none.
+bool is_decimal(const std::string &pattern) {
+    size_t at = pattern.find('%');
+    while (at != std::string::npos && pattern.compare(at, 2, "%%") == 0) at = pattern.find('%', at + 2);
+    const size_t end = at == std::string::npos ? at : pattern.find_first_of("diuxXo", at);
+    return end == std::string::npos || std::string_view("diu").find(pattern[end]) != std::string_view::npos;
+}
+
+// The files that an operand stands for; a message where there are none.
+std::string add_operand(const std::string &operand, std::vector<std::string> &files) {
+    std::error_code ignored;
+    const size_t before = files.size();
+    if (!fs::exists(operand, ignored)) {
+        if (operand.find('%') == std::string::npos || !valid_name_pattern(operand.c_str()))
+            return "No such file or directory";
+        if (!is_decimal(operand)) return "frames are counted by decimal numbers (%d)";
+        for (const std::string &file : files_of_pattern(operand)) files.push_back(file);
+    } else {
+        const bool directory = fs::is_directory(operand, ignored);
+        const FileList list = list_files({operand});
+        std::copy_if(list.files.begin(), list.files.end(), std::back_inserter(files),
+                     [&](const std::string &file) { return !directory || is_frame_name(file); });
+        if (!list.problems.empty()) return list.problems.front().substr(safe_name(operand).size() + 2);
+    }
+    return files.size() == before ? "no frames" : "";
+}
+
 bool parse(int argc, char **argv, std::vector<std::string> &files, bool &complete) {
     int next = 1;
     if (next < argc && std::string(argv[next]) == "--") {
@@ -86,28 +115,14 @@ bool parse(int argc, char **argv, std::vector<std::string> &files, bool &complet
     }
     if (next == argc) return false;
     for (; next < argc; next++) {
-        const std::string operand = argv[next];
-        std::error_code ignored;
-        const bool directory = fs::is_directory(operand, ignored);
-        const bool pattern = !fs::exists(operand, ignored) && operand.find('%') != std::string::npos &&
-                             valid_name_pattern(operand.c_str());
-        const size_t before = files.size();
-        if (pattern) {
-            for (const std::string &file : files_of_pattern(operand)) files.push_back(file);
-        } else {
-            const FileList list = list_files({operand});
-            for (const std::string &problem : list.problems) {
-                complain(problem);
-                complete = false;
-            }
-            std::copy_if(list.files.begin(), list.files.end(), std::back_inserter(files),
-                         [&](const std::string &file) { return !directory || is_frame_name(file); });
-        }
-        if (files.size() == before) {
-            complain(safe_name(operand) + ": no frames");
-            complete = false;
-        }
+        const std::string problem = add_operand(argv[next], files);
+        if (problem.empty()) continue;
+        complain(safe_name(argv[next]) + ": " + problem);
+        complete = false;
     }
+    // A file counts once, however often it is named.
+    std::set<std::string> seen;
+    std::erase_if(files, [&](const std::string &file) { return !seen.insert(file).second; });
     return true;
 }
 
@@ -142,15 +157,17 @@ int main(int argc, char **argv) {
     std::vector<Frame> frames(files.size());
     read_frames(files, frames);
     std::map<std::string, std::vector<SequenceFrame>, decltype(&natural_less)> sequences(&natural_less);
+    std::set<std::string> unnumbered;
     for (size_t i = 0; i < files.size(); i++) {
         const FrameName name = take_apart(files[i]);
         sequences[name.stem].push_back({name.number, std::move(frames[i])});
+        if (!name.has_number) unnumbered.insert(name.stem);
     }
 
     bool clean = true;
     for (auto &[stem, sequence] : sequences) {
         std::ranges::stable_sort(sequence, {}, &SequenceFrame::number);
-        const Report report = check_sequence(sequence);
+        const Report report = check_sequence(sequence, !unnumbered.contains(stem));
         std::string text;
         for (const std::string &finding : report.findings) text += safe_name(stem) + ": " + finding + "\n";
         const size_t count = report.findings.size();

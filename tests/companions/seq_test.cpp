@@ -9,17 +9,19 @@ namespace {
 
 uint32_t bcd(uint32_t n) { return n / 10 << 4 | n % 10; }
 
-// A DPX header of a 35 mm frame, four perforations a frame and 64 a count, at a rate.
+constexpr size_t kFrameSize = 2048 + 32 * 18 * 30 / 8;
+
+// A small DPX of a 35 mm frame, four perforations a frame and 64 a count, at a rate.
 ByteWriter dpx(uint32_t timecode, uint32_t frame, float rate = 24) {
     const auto text = [](uint32_t value, size_t width) {
         std::string digits = std::to_string(value);
         return std::string(width - digits.size(), '0') + digits;
     };
-    ByteWriter w = big().text("SDPX").u32(8192).text("V2.0", 8).u32(2048).at(28).u32(384);
-    w.at(768).u16(0).u16(1).u32(2048).u32(1556).at(800).u8(50).u8(1).u8(1).u8(10).u16(1).u16(0);
+    ByteWriter w = big().text("SDPX").u32(2048).text("V2.0", 8).u32(kFrameSize).at(28).u32(384);
+    w.at(768).u16(0).u16(1).u32(32).u32(18).at(800).u8(50).u8(1).u8(1).u8(10).u16(1).u16(0);
     w.at(1664).text("0224").text(text(frame * 4 % 64, 2)).text("123456").text(text(7890 + frame / 16, 4));
     w.at(1724).f32(rate).at(1920).u32(timecode).at(1940).f32(rate).at(1972).text("A012", 76);
-    return w;
+    return w.at(kFrameSize - 1).u8(0);
 }
 
 uint32_t at_24(uint32_t frame) {
@@ -37,29 +39,29 @@ Outcome seq(const Workplace &place, const std::vector<std::string> &arguments) {
 TEST(KeldumpSeq, CleanAndBrokenAreToldApart) {
     const Workplace place;
     const auto write = [&](uint32_t frame, ByteWriter w) {
-        place.write_sparse(name_of(frame), 2048, 0, w.str());
+        place.write_sparse(name_of(frame), kFrameSize, 0, w.str());
     };
     for (uint32_t frame = 0; frame < 10000; frame++) write(frame, dpx(at_24(frame), frame));
     Outcome run = seq(place, {"shot.%d.dpx"});
     EXPECT_EQ(run.out,
-              "shot.#.dpx: 10000 frames 10000-19999, DPX 2048x1556, 10 bit, 24 fps, timecode "
+              "shot.#.dpx: 10000 frames 10000-19999, DPX 32x18, 10 bit, 24 fps, timecode "
               "01:00:00:00-01:06:56:15, keycode KL123456 7890+00 to KL123456 8514+60: clean\n");
     EXPECT_EQ(run.status, 0);
     // Five faults, and what follows from none of them.
     for (uint32_t frame : {100, 101, 102}) unlink(place.path(name_of(frame)).c_str());
     for (uint32_t frame = 9000; frame < 10000; frame++) write(frame, dpx(at_24(frame + 1), frame));
-    write(9100, dpx(at_24(9101), 9100).at(772).u32(1920));
+    write(9100, dpx(at_24(9101), 9100).at(772).u32(30));
     for (uint32_t frame = 9200; frame < 10000; frame++) write(frame, dpx(at_24(frame + 1), frame + 160));
     place.write(name_of(9300), "");
     run = seq(place, {"--", "shot.%05d.dpx"});
     EXPECT_EQ(run.out,
               "shot.#.dpx: frames 10100-10102: missing (3)\n"
               "shot.#.dpx: frame 19000: timecode 01:06:14:23 -> 01:06:15:01, expected 01:06:15:00\n"
-              "shot.#.dpx: frame 19100: width 2048 -> 1920\n"
-              "shot.#.dpx: frame 19101: width 1920 -> 2048\n"
+              "shot.#.dpx: frame 19100: width 32 -> 30\n"
+              "shot.#.dpx: frame 19101: width 30 -> 32\n"
               "shot.#.dpx: frame 19200: keycode KL123456 8464+60 -> KL123456 8475+00\n"
               "shot.#.dpx: frame 19300: empty\n"
-              "shot.#.dpx: 9997 frames 10000-19999, DPX 2048x1556, 10 bit, 24 fps, timecode "
+              "shot.#.dpx: 9997 frames 10000-19999, DPX 32x18, 10 bit, 24 fps, timecode "
               "01:00:00:00-01:06:56:16, keycode KL123456 7890+00 to KL123456 8524+60: 6 findings\n");
     EXPECT_EQ(run.status, 1);
 }
@@ -69,9 +71,7 @@ TEST(KeldumpSeq, EveryChangeIsNamedOnce) {
     const Workplace place;
     mkdir(place.path("d").c_str(), 0700);
     uint32_t number = 0;
-    const auto add = [&](ByteWriter w) {
-        place.write("d/a" + std::to_string(number++) + ".DPX", w.at(2048).str());
-    };
+    const auto add = [&](ByteWriter w) { place.write("d/a" + std::to_string(number++) + ".DPX", w.str()); };
     const auto frame = [&] { return dpx(at_24(number), number); };
     for (int i = 0; i < 20; i++) add(frame());
     add(little().raw(frame().str()).at(0).text("XPDS"));
@@ -84,8 +84,8 @@ TEST(KeldumpSeq, EveryChangeIsNamedOnce) {
     add(frame().at(1667).text("9"));
     add(frame().at(1675).text("x"));
     add(frame().at(28).u32(0));
-    add(little()
-            .u32(0xD75F2A80)
+    add(big()
+            .u32(0x802A5FD7)
             .u32(2048)
             .zeros(16)
             .at(192)
@@ -94,9 +94,9 @@ TEST(KeldumpSeq, EveryChangeIsNamedOnce) {
             .at(198)
             .u8(10)
             .at(200)
-            .u32(2048)
-            .u32(1556)
-            .at(2047)
+            .u32(32)
+            .u32(18)
+            .at(kFrameSize - 1)
             .u8(0));
     place.write("d/a" + std::to_string(number++) + ".DPX", "SDPX");
     place.write("d/a" + std::to_string(number++) + ".DPX", "text");
@@ -124,7 +124,7 @@ TEST(KeldumpSeq, DropFrame) {
         for (uint32_t i = 0; i < 40; i++) {
             const uint32_t timecode =
                 timecode_of((drops ? 1798 : 1800) - 20 + i, counting) | (flag ? 0x40 : 0);
-            place.write(name_of(i), dpx(timecode, i, 29.97F).at(2048).str());
+            place.write(name_of(i), dpx(timecode, i, 29.97F).str());
         }
         const std::string out = seq(place, {"."}).out;
         return out.substr(out.find("timecode"), out.find(", keycode") - out.find("timecode"));
@@ -137,18 +137,72 @@ TEST(KeldumpSeq, DropFrame) {
 // The numbers of a second tell the rate where no header does.
 TEST(KeldumpSeq, FramesWithoutRate) {
     const Workplace place;
-    for (uint32_t i = 0; i < 60; i++) place.write(name_of(i), dpx(at_24(i), i, 0).at(2048).str());
+    for (uint32_t i = 0; i < 60; i++) place.write(name_of(i), dpx(at_24(i), i, 0).str());
     EXPECT_EQ(seq(place, {"."}).status, 0);
+}
+
+namespace {
+
+// The lines of a sequence of frames numbered from 10000 on.
+std::string report_of(const std::vector<ByteWriter> &frames) {
+    const Workplace place;
+    for (uint32_t i = 0; i < frames.size(); i++) place.write(name_of(i), frames[i].str());
+    return seq(place, {"."}).out;
+}
+
+}  // namespace
+
+// Two frames share a number, which is fine at 50 frames a second; a third one is not.
+TEST(KeldumpSeq, FramePairs) {
+    Transcript transcript;
+    std::vector<ByteWriter> frames;
+    for (uint32_t i = 0; i < 60; i++) frames.push_back(dpx(timecode_of((i + 1) / 2, {25}), i, 50));
+    SHOW(report_of(frames));
+    frames.insert(frames.begin() + 31, dpx(timecode_of(15, {25}), 31, 50));
+    SHOW(report_of(frames));
+}
+
+TEST(KeldumpSeq, BackwardsAndStanding) {
+    Transcript transcript;
+    std::vector<ByteWriter> frames;
+    for (uint32_t i = 200; i > 100; i--) frames.push_back(dpx(at_24(i), i));
+    SHOW(report_of(frames));
+    frames.assign(40, dpx(at_24(7), 9));
+    SHOW(report_of(frames));
+    // What breaks at the only count of a sequence.
+    frames.clear();
+    for (uint32_t i = 8; i < 24; i++) {
+        frames.push_back(dpx(at_24(i), i));
+        if (i >= 16) frames.back().at(1668).text(std::to_string(10 + (i - 16) * 4));
+    }
+    SHOW(report_of(frames));
+}
+
+TEST(KeldumpSeq, DropFrameWithoutRate) {
+    std::vector<ByteWriter> frames;
+    for (uint32_t i = 0; i < 40; i++) frames.push_back(dpx(timecode_of(1790 + i, {30, true}) | 0x40, i, 0));
+    EXPECT_NE(report_of(frames).find("timecode 00:00:59;20-00:01:01;01 drop frame"), std::string::npos);
+}
+
+TEST(KeldumpSeq, CutPictureAndTwins) {
+    const Workplace place;
+    place.write("a.1.dpx", dpx(at_24(1), 1).at(16).u32(0xFFFFFFFF).str().substr(0, 4000));
+    place.write("a.01.dpx", dpx(at_24(1), 1).str());
+    EXPECT_EQ(lines_from(seq(place, {"a.1.dpx", "a.01.dpx", "a.1.dpx"}).out, "", 2),
+              "a.#.dpx: frame 1: cut: 4000 of at least 4208 bytes\n"
+              "a.#.dpx: frame 1: another file with that number\n");
 }
 
 TEST(KeldumpSeq, Trouble) {
     const Workplace place;
     EXPECT_EQ(seq(place, {}).status, 2);
     EXPECT_EQ(seq(place, {"-x"}).status, 2);
-    for (const char *operand : {"none.%d.dpx", ".", "%s%s"}) {
+    place.write("a.000a.dpx", dpx(0, 0).str());
+    place.write("notes", "text");
+    for (const char *operand : {"none.%d.dpx", "a.%04x.dpx", "missing", "d*.dpx", "%s%s"}) {
         const Outcome run = seq(place, {operand});
-        const bool pattern = operand[0] != '%';  // this one is the name of a file that is missing
-        EXPECT_EQ(run.err.starts_with("keldump-seq: "), pattern) << operand;
-        EXPECT_EQ(run.status, pattern ? 2 : 1) << run.out;
+        EXPECT_TRUE(run.err.starts_with("keldump-seq: ")) << operand;
+        EXPECT_EQ(run.status, 2) << run.out;
     }
+    EXPECT_EQ(seq(place, {"notes"}).out, "notes: no DPX or Cineon header\nnotes: 1 frame: 1 finding\n");
 }

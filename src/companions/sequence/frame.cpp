@@ -120,6 +120,50 @@ uint64_t told_size(OrderedBytes h, bool dpx) {
     return size == kUnset ? 0 : size;
 }
 
+// Samples a pixel by the descriptor of an image element (SMPTE 268M, table 1); 0 for others.
+uint32_t samples_of(uint8_t descriptor) {
+    switch (descriptor) {
+        case 50:
+        case 101:
+        case 102: return 3;
+        case 51:
+        case 52:
+        case 103: return 4;
+        case 100: return 2;
+        default: return descriptor >= 1 && descriptor <= 9 ? 1 : 0;
+    }
+}
+
+constexpr uint64_t kLargestSide = 1 << 20;  // of a picture; its bits are a number of 64 bits then
+
+uint64_t picture_bits(uint64_t width, uint64_t height, uint64_t bits) {
+    return width > kLargestSide || height > kLargestSide ? 0 : width * height * bits;
+}
+
+// The bytes that the picture takes at least: padding comes on top. 0 where it is compressed.
+uint64_t picture_bytes(OrderedBytes h, bool dpx) {
+    constexpr uint64_t kMostElements = 8;
+    const uint64_t elements = std::min<uint64_t>(dpx ? h.u16(770) : h.u8(193), kMostElements);
+    uint64_t bits = 0;
+    for (uint64_t i = 0; i < elements; i++) {
+        const OrderedBytes e = h.from(dpx ? 780 + 72 * i : 196 + 28 * i);
+        if (dpx && e.u16(26) != 0) return 0;
+        bits += dpx ? picture_bits(h.u32(772), h.u32(776), uint64_t{samples_of(e.u8(20))} * e.u8(23))
+                    : picture_bits(e.u32(4), e.u32(8), e.u8(2));
+    }
+    return bits / 8;
+}
+
+// What is wrong with the size of a file; empty when nothing is.
+std::string size_problem(OrderedBytes header, bool dpx, uint64_t size) {
+    const uint64_t told = told_size(header, dpx);
+    const uint64_t offset = header.u32(4) == kUnset ? 0 : header.u32(4);
+    const uint64_t needed = offset + picture_bytes(header, dpx);
+    const std::string cut = "cut: " + std::to_string(size) + " of ";
+    if (size < told) return cut + std::to_string(told) + " bytes";
+    return size < needed ? cut + "at least " + std::to_string(needed) + " bytes" : "";
+}
+
 struct Descriptor {
     int fd;
     ~Descriptor() {
@@ -155,10 +199,6 @@ Frame read_frame(const std::string &path) {
     frame.has_header = true;
     dpx ? read_dpx(header, frame) : read_cineon(header, frame);
     frame.properties.insert(frame.properties.begin(), {"format", dpx ? "DPX" : "Cineon"});
-    const uint64_t size = static_cast<uint64_t>(status.st_size);
-    if (size < told_size(header, dpx)) {
-        frame.problem =
-            "cut: " + std::to_string(size) + " of " + std::to_string(told_size(header, dpx)) + " bytes";
-    }
+    frame.problem = size_problem(header, dpx, static_cast<uint64_t>(status.st_size));
     return frame;
 }

@@ -36,6 +36,6 @@ struct Frame {
 };
 
 // Reads the header of a DPX (SMPTE 268M) or Cineon 4.5 file in either byte order; the rest of the file is not
-// read. A file cut short of the size that its header tells is a problem, but has a header. Safe from any
-// thread.
+// read. A file cut short of the size that its header tells, or that its picture needs at least, is a problem,
+// but has a header. Safe from any thread.
 Frame read_frame(const std::string &path);

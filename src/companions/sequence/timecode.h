@@ -9,6 +9,7 @@
 struct Counting {
     uint32_t base = 0;  // 0: not known
     bool drop = false;
+    bool pairs = false;  // two frames share a number, as they may beyond 30 frames a second
 
     uint32_t dropped() const { return drop ? base / 15 : 0; }  // numbers a minute, but every tenth
 };
