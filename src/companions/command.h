@@ -9,8 +9,9 @@ constexpr int kFine = 0;
 constexpr int kFound = 1;    // differences, breaks, files not opened or unknown
 constexpr int kTrouble = 2;  // wrong usage, no keldump, output that cannot be written
 
-// To be called first: sets the name for messages, and what happens at SIGINT, SIGTERM, SIGHUP and SIGPIPE:
-// the temporary names are removed, then the signal ends the process. Signals that were ignored stay so.
+// To be called first: sets the name for messages, and what happens at SIGINT, SIGTERM, SIGHUP, SIGQUIT and
+// SIGPIPE: the temporary names are removed, then the signal ends the process. Signals that were ignored stay
+// so.
 void start_companion(const char *name);
 
 // Answers --help and --version on standard output when the arguments are just that; whether they were.

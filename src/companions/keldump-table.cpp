@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -60,6 +61,20 @@ bool parse(int argc, char **argv, Request &request) {
     return !request.operands.empty();
 }
 
+// A film frame whose header the file cuts: the dump shows zeros for what is missing.
+std::string cut_header(const std::string &path, const Row &row) {
+    constexpr uint64_t kDpxHeader = 1664;     // SMPTE 268M, without the film and television information
+    constexpr uint64_t kCineonHeader = 1024;  // likewise
+    constexpr uint64_t kWholeHeader = 2048;
+    const bool dpx = row[Column::format] == "DPX";
+    if (!dpx && row[Column::format] != "Cineon") return "";
+    std::error_code error;
+    const uint64_t size = std::filesystem::file_size(path, error);
+    const bool film = !row[Column::bcd].empty() || !row[Column::keycode].empty();
+    const uint64_t header = film ? kWholeHeader : dpx ? kDpxHeader : kCineonHeader;
+    return error || size >= header ? "" : "the header is cut at " + std::to_string(size) + " bytes";
+}
+
 class Table {
  public:
     Table(const Request &request, const std::string &keldump, const std::vector<std::string> &files)
@@ -100,9 +115,17 @@ class Table {
             add_movie_timecode(path, row);
         } else {
             row[Column::problem] = result.message;
+        }
+        if (const std::string cut = cut_header(path, row); !cut.empty()) {
+            const std::string format = row[Column::format];
+            row = Row();
+            row[Column::format] = format;
+            row[Column::problem] = cut;
+        }
+        if (!row[Column::problem].empty()) {
             all_dumped_ = false;
             progress_.clear();
-            complain(safe_name(path) + ": " + result.message);
+            complain(safe_name(path) + ": " + row[Column::problem]);
         }
         row[Column::file] = path;
         return row;

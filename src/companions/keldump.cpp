@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <strings.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -205,6 +206,15 @@ std::string opening_error(const std::string &path) {
     return "could not be opened";
 }
 
+// Why a file has no format, where its bytes are not the reason.
+std::string unknown_message(const std::string &path, const std::string &magic) {
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0) return std::strerror(errno);
+    if (S_ISDIR(status.st_mode)) return std::strerror(EISDIR);
+    if (S_ISREG(status.st_mode) && status.st_size == 0) return "empty";
+    return "unknown format, " + magic;
+}
+
 }  // namespace
 
 std::string find_keldump() {
@@ -250,7 +260,7 @@ DumpResult run_keldump(const std::string &keldump, const std::vector<std::string
     if (!wanted) return {DumpEnd::stopped, ""};
     if (waiting && verdict.is_unopened(start)) return {DumpEnd::unopened, opening_error(path)};
     if (waiting && verdict.is_unknown(start))
-        return {DumpEnd::unknown, "unknown format, " + verdict.magic(start)};
+        return {DumpEnd::unknown, unknown_message(path, verdict.magic(start))};
     if (waiting && !start.empty()) take(start);
     if (WIFSIGNALED(status))
         return {DumpEnd::failed, "keldump was ended by signal " + std::to_string(WTERMSIG(status))};

@@ -56,6 +56,14 @@ TEST(KeldumpDiff, PositionsDatesAndIdentifiersDoNotCount) {
     // The offset of a keycode and the labels of the registers do.
     EXPECT_EQ(differences("film\n offset           : '12'\n", "film\n offset           : '16'\n"),
               "film\n  offset: '12' -> '16'\n");
+    EXPECT_EQ(differences(" xoffset : 1\n data[0].offset=-1\n", " xoffset : 2\n data[0].offset=-2\n"),
+              "xoffset: 1 -> 2\ndata[0].offset: -1 -> -2\n");
+    EXPECT_EQ(differences("  Tag 0x40   3 filename   '/a'\n", "  Tag 0x40   3 filename   '/b'\n"),
+              "Tag 0x40: 3 filename   '/a' -> 3 filename   '/b'\n");
+    // A text of several lines is one value.
+    EXPECT_EQ(differences("  text  'one\ntwo: 2\n'\n x: 1\n", "  text  'one\ntwo: 3\n'\n x: 1\n"),
+              "text: 'one\\x0atwo: 2\\x0a' -> 'one\\x0atwo: 3\\x0a'\n");
+    EXPECT_EQ(differences("  text  'open\n x: 1\n", "  text  'open\n x: 2\n"), "x: 1 -> 2\n");
     EXPECT_NE(differences(" UL 06.0e.2b.34.01.01.01.01-0d.01.02.01.01.02.04.00\n",
                           " UL 06.0e.2b.34.01.01.01.01-0d.01.02.01.01.02.05.00\n"),
               "");

@@ -203,6 +203,17 @@ TEST(KeldumpTable, BuiltFiles) {
     SHOW(row_of(wave.zeros(65536).str(), "two-hours.wav"));
     SHOW(row_of("Fileformat:MXF\n00000000:stream 000001b3\n xsize: 5\n", "faked.txt"));
     SHOW(row_of("%PDF-1.4", "a"));
+    SHOW(row_of(dpx.substr(0, 1663), "cut.dpx"));
+    SHOW(row_of(dpx.substr(0, 2047), "cut.dpx"));
+    SHOW(row_of("<html>404", "download.mp4"));
+    // A description of several lines, and one whose quote is left open by the text itself.
+    const auto described = [&](const std::string &text) {
+        auto w = little().text("RIFF").u32(2000).text("WAVEfmt ").u32(16).u16(1).u16(1).u32(48000).u32(96000);
+        w.u16(2).u16(16).text("bext").u32(602).text(text, 256).text("maker", 82).u64(48000 * 3600).zeros(256);
+        return w.text("data").u32(4).zeros(64).str();
+    };
+    SHOW(row_of(described("sTAKE=1\r\nsSCENE=2\n\n Samples: 5"), "takes.wav"));
+    SHOW(row_of(described("'a\n'b"), "quotes.wav"));
 }
 
 // Fields from a movie with a drop frame timecode whose sample stands across two rows of a hex dump.
@@ -268,8 +279,12 @@ TEST(Values, Timecodes) {
     EXPECT_EQ(timecode_text(2589408 + 3600, 60, true), "12:01:00;04");
     EXPECT_EQ(timecode_text(86400 * 25 + 1, 25, false), "00:00:00:01");
     EXPECT_EQ(timecode_text(-1, 25, false) + timecode_text(1, 0, false), "");
-    EXPECT_EQ(as_bcd("0x01020344"), "01:02:03;04");
-    EXPECT_EQ(as_bcd("ffffffff") + as_bcd("0102030f") + as_bcd(""), "");
+    EXPECT_EQ(as_bcd("0x01020344"), "01020344");
+    EXPECT_EQ(as_bcd("ffffffff") + as_bcd("010203") + as_bcd(""), "");
+    EXPECT_EQ(bcd_timecode_text("01020344", 0), "01:02:03;04");
+    EXPECT_EQ(bcd_timecode_text("81828344", 30), "01:02:03;04");
+    EXPECT_EQ(bcd_timecode_text("01020345", 50), "01:02:03:45");
+    EXPECT_EQ(bcd_timecode_text("0102030f", 25) + bcd_timecode_text("", 25), "");
     EXPECT_EQ(as_rate("24000/1001") + " " + as_rate("60.000000") + " " + as_rate("1/0") + as_rate("nan"),
               "23.976 60 ");
 }

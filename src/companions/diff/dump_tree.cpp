@@ -1,8 +1,9 @@
 #include "companions/diff/dump_tree.h"
 
-#include <strings.h>
 #include <algorithm>
 #include <cctype>
+
+#include "companions/quoted_lines.h"
 
 namespace {
 
@@ -77,7 +78,10 @@ bool is_volatile(std::string_view label, std::string_view value) {
     if (contains(label, "creation") || contains(label, "modif") || contains(label, "date") ||
         contains(label, "timestamp") || contains(label, "filetime") || label == "Length")
         return true;
-    // A film's perforation offset is text.
+    // Places in a picture, in time and on a film (which are text) are none in the file.
+    for (const std::string_view real : {"xoffset", "yoffset", "timeoffset", "].offset"}) {
+        if (label.ends_with(real)) return false;
+    }
     const bool position = contains(label, "offset") || contains(label, "position") || label == "PTR" ||
                           (contains(label, "partition") && !contains(label, "header")) ||
                           contains(label, "bytecount");
@@ -89,25 +93,28 @@ struct Field {
     std::string_view value;
 };
 
-// The field of a line: "label=value", "label : value", "label: value", "label  value" or "label 12".
+// The field of a line: "label=value", "label : value", "label: value", "label  value", "label 12" or
+// "label 'text'". What stands in a text separates nothing.
 Field split(std::string_view line) {
     const auto at = [&](size_t place, size_t width) {
         return Field{trimmed(line.substr(0, place)), trimmed(line.substr(place + width))};
     };
-    const size_t equals = line.find('=');
-    const size_t blank = line.find(' ');
-    if (equals != std::string_view::npos && equals < blank) return at(equals, 1);
-    const size_t spaced = line.find(" : ");
+    const size_t quote = line.find(" '");
+    const std::string_view head = line.substr(0, quote == std::string_view::npos ? quote : quote + 1);
+    const size_t equals = head.find('=');
+    if (equals != std::string_view::npos && equals < head.find(' ')) return at(equals, 1);
+    const size_t spaced = head.find(" : ");
     if (spaced != std::string_view::npos) return at(spaced, 3);
-    if (line.ends_with(":")) return {trimmed(line.substr(0, line.find_last_not_of(" :") + 1)), {}};
-    const size_t colon = line.find(": ");
+    if (head.ends_with(":")) return {trimmed(head.substr(0, head.find_last_not_of(" :") + 1)), {}};
+    const size_t colon = head.find(": ");
     if (colon != std::string_view::npos) return at(colon, 2);
     if (line.starts_with("Fileformat:")) return at(10, 1);
-    const size_t gap = line.find("  ");
+    const size_t gap = head.find("  ");
     if (gap != std::string_view::npos) return at(gap, 2);
+    if (quote != std::string_view::npos) return at(quote, 1);
     const size_t last = line.rfind(' ');
     if (last != std::string_view::npos && last + 1 < line.size() &&
-        (is_digit(line[last + 1]) || line[last + 1] == '\'' || line[last + 1] == '-'))
+        (is_digit(line[last + 1]) || line[last + 1] == '-'))
         return at(last, 1);
     return {line, {}};
 }
@@ -121,7 +128,8 @@ DumpNode node_of(std::string_view line, bool everything) {
         remove_part(text, " (offset:", ")");
         remove_part(text, " offset=0x", "");
         remove_part(text, " @ 0x", " ");
-        if (text.starts_with("Tag ")) remove_part(text, "/", " ");  // the length of a set's item
+        // The length of a set's item, "Tag 3c0a/16 GUID".
+        if (text.starts_with("Tag ") && text.find('/') == 8) remove_part(text, "/", " ");
         text = without_identifiers(text);
     }
     if (atom) {
@@ -155,12 +163,9 @@ bool holds_positions(const DumpNode &parent, const DumpNode &node) {
 DumpNode parse_dump(std::string_view dump, bool everything) {
     DumpNode root;
     std::vector<std::pair<size_t, DumpNode *>> open;  // indentation of a line and its node
-    while (!dump.empty()) {
-        const size_t end = std::min(dump.find('\n'), dump.size());
-        const std::string_view line = dump.substr(0, end);
-        dump.remove_prefix(std::min(end + 1, dump.size()));
+    QuotedLines lines([&](std::string_view line) {
         const size_t indent = line.find_first_not_of(kBlanks);
-        if (indent == std::string_view::npos) continue;
+        if (indent == std::string_view::npos) return;
         while (!open.empty() && open.back().first >= indent) open.pop_back();
         DumpNode &parent = open.empty() ? root : *open.back().second;
         // Children of closed lines are complete: only the last child of each open node can grow.
@@ -168,6 +173,12 @@ DumpNode parse_dump(std::string_view dump, bool everything) {
         if (!everything && holds_positions(parent, parent.children.back()))
             parent.children.back().value.clear();
         open.emplace_back(indent, &parent.children.back());
+    });
+    while (!dump.empty()) {
+        const size_t end = std::min(dump.find('\n'), dump.size());
+        lines.add(dump.substr(0, end));
+        dump.remove_prefix(std::min(end + 1, dump.size()));
     }
+    lines.finish();
     return root;
 }

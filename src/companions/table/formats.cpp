@@ -72,7 +72,7 @@ constexpr DumpField kDpx[] = {
     {"film", "keycode", keycode, as_quoted},
     {"film", "framerate", frame_rate, as_rate},
     {"television", "framerate", frame_rate, as_rate},
-    {"television", "timecode", timecode, as_bcd},
+    {"television", "timecode", bcd, as_bcd},
     {"television", "reelname", reel, as_quoted},
 };
 
@@ -135,14 +135,14 @@ constexpr DumpField kCineon[] = {
 
 constexpr DumpField kWave[] = {
     {"", "Magic:", format, as_text},         {"FMT", "Format", codec, wave_codec},
-    {"FMT", "Channels", channels, as_count}, {"FMT", "Frequency", sample_rate, as_count},
+    {"FMT", "Channels", channels, as_count}, {"FMT", "Frequency", sample_rate, as_rate},
     {"FMT", "Bits", bit_depth, as_count},    {"Broadcast Wave", "timerreference", timecode, as_timecode},
     {"DATA", "Samples", samples, as_count},  {"DATA", "Length", first, clock_seconds},
 };
 constexpr DumpField kRf64[] = {
     {"FMT", "Format", codec, wave_codec},
     {"FMT", "Channels", channels, as_count},
-    {"FMT", "Frequency", sample_rate, as_count},
+    {"FMT", "Frequency", sample_rate, as_rate},
     {"FMT", "Bits", bit_depth, as_count},
     {"Broadcast Wave", "timerreference", timecode, as_timecode},
     {"DATA", "Length", first, clock_seconds},
@@ -175,7 +175,7 @@ constexpr DumpField kGxf[] = {
     {"map", "Tag 0x50   4 framerate", frame_rate,
      [](std::string_view value) { return as_rate(as_name(value)); }},
     {"map", "Tag 0x52   4 fields", third, as_count},
-    {"UMF Packet", "tcmarkin", timecode, as_bcd},
+    {"UMF Packet", "tcmarkin", bcd, as_bcd},
     {"UMF Packet", "audiotracks", channels, as_count},
 };
 
@@ -316,7 +316,7 @@ constexpr DumpField kArri[] = {
     {"", "Width", width, as_count},
     {"", "Height", height, as_count},
     {"", "ProjectFps", frame_rate, thousandths},
-    {"Master_TC:", "TimeCode", timecode, as_bcd},
+    {"Master_TC:", "TimeCode", bcd, as_bcd},
 };
 
 // The first line of a dump, and the table for it.

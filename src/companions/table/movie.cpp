@@ -14,6 +14,8 @@ using enum Column;
 constexpr size_t kDescriptionBytes = 80;
 constexpr uint64_t kLevels = 64;
 constexpr size_t kMostTracks = 1000;
+// What a movie's file consists of.
+constexpr const char *kFileAtoms[] = {"ftyp", "moov", "mdat", "moof", "styp", "free", "skip", "wide", "pnot"};
 
 struct Track {
     std::string kind;  // "vide", "soun", "tmcd"
@@ -78,6 +80,10 @@ class MovieReader : public DumpReader {
     }
 
     void finish(Row &row) override {
+        if (!known_) {  // whatever has such a name is dumped as a movie
+            row[problem] = "no QuickTime movie";
+            return;
+        }
         close_track();
         row.offer(format, "QuickTime");
         const double scale = static_cast<double>(timescale_);
@@ -99,6 +105,7 @@ class MovieReader : public DumpReader {
         const int64_t depth = number_in(text.substr(0, blank));
         if (blank == std::string_view::npos || depth < 0 || depth > static_cast<int64_t>(kLevels)) return;
         const std::string type(text.substr(blank + 1, 4));
+        known_ = known_ || (depth == 0 && std::ranges::find(kFileAtoms, type) != std::end(kFileAtoms));
         if (depth == 0 && seen_movie_) done_ = true;
         seen_movie_ = seen_movie_ || (depth == 0 && type == "moov");
         path_.resize(static_cast<size_t>(depth));
@@ -214,6 +221,7 @@ class MovieReader : public DumpReader {
     std::string atom_;
     bool wanted_ = false;
     bool described_ = false;
+    bool known_ = false;
     bool seen_movie_ = false;
     bool in_track_ = false;
     Track track_;

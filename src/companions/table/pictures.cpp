@@ -25,7 +25,7 @@ class ExrReader : public DumpReader {
         } else if (attribute_ == "framesPerSecond") {
             take_rate(text);
         } else if (attribute_ == "timeCode") {
-            row_.offer(timecode, as_bcd(turned_word(text)));
+            row_.offer(bcd, as_bcd(turned_word(text)));
         } else if (attribute_ == "keyCode") {
             take_keycode(text);
         }

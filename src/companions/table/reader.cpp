@@ -36,10 +36,10 @@ bool DumpLines::add(std::string_view piece) {
         if (end == std::string_view::npos || !rest_.empty()) {
             rest_.append(part.substr(0, kLongestLine - std::min(kLongestLine, rest_.size())));
             if (end == std::string_view::npos) return true;
-            take(rest_);
+            lines_.add(rest_);
             rest_.clear();
         } else {
-            take(part.substr(0, kLongestLine));
+            lines_.add(part.substr(0, kLongestLine));
         }
         if (reader_ && reader_->done()) return false;
         piece.remove_prefix(end + 1);
@@ -59,8 +59,12 @@ void DumpLines::take(std::string_view line) {
 }
 
 void DumpLines::finish(Row &row) {
-    if (!rest_.empty() && !(reader_ && reader_->done())) take(rest_);
+    if (!(reader_ && reader_->done())) {
+        if (!rest_.empty()) lines_.add(rest_);
+        lines_.finish();
+    }
     if (!reader_) reader_ = reader_for(first_, "");
     reader_->finish(row);
     compute_duration(row);
+    row.offer(Column::timecode, bcd_timecode_text(row[Column::bcd], ratio_in(row[Column::frame_rate])));
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "companions/quoted_lines.h"
 #include "companions/table/row.h"
 
 class DumpReader {
@@ -33,6 +34,10 @@ std::unique_ptr<DumpReader> reader_for(std::string_view first, std::string_view 
 // line is dropped.
 class DumpLines {
  public:
+    DumpLines() = default;
+    DumpLines(const DumpLines &) = delete;
+    DumpLines &operator=(const DumpLines &) = delete;
+
     // False when the reader has all that it wants.
     bool add(std::string_view piece);
     void finish(Row &row);
@@ -40,6 +45,7 @@ class DumpLines {
  private:
     void take(std::string_view line);
 
+    QuotedLines lines_{[this](std::string_view line) { take(line); }};
     std::string rest_;
     std::string first_;
     bool have_first_ = false;

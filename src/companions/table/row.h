@@ -23,6 +23,7 @@ enum class Column {
     // Not shown: what others are computed of.
     frames,
     samples,
+    bcd,  // a time code in eight digits, of which one shares a bit with the drop flag
     first,
     second,
     third,

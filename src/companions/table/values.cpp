@@ -86,6 +86,20 @@ std::string timecode_text(int64_t frames, int64_t base, bool drop) {
     return clock_text({seconds / 3600 % 24, seconds / 60 % 60, seconds % 60, frames % base}, drop);
 }
 
+std::string bcd_timecode_text(std::string_view digits, double rate) {
+    const int64_t word = digits.size() == 8 ? number_in(digits, 16) : -1;
+    if (word < 0) return "";
+    const bool has_flag = rate < 30.5;
+    const int64_t masks[] = {0x3F, 0x7F, 0x7F, has_flag ? 0x3F : 0x7F};
+    int64_t parts[4];
+    for (int i = 0; i < 4; i++) {
+        const int64_t bits = word >> (24 - 8 * i) & masks[i];
+        if ((bits & 15) > 9) return "";
+        parts[i] = (bits >> 4) * 10 + (bits & 15);
+    }
+    return clock_text(parts, has_flag && (word & 0x40));
+}
+
 std::string keycode_text(int64_t manufacturer, int64_t type, int64_t prefix, int64_t count,
                          int64_t perforations) {
     const auto within = [](int64_t number, int64_t highest) { return number >= 0 && number <= highest; };
@@ -125,16 +139,7 @@ std::string as_bcd(std::string_view value) {
     value = trimmed(value);
     if (value.starts_with("0x")) value.remove_prefix(2);
     const int64_t word = value.size() == 8 ? number_in(value, 16) : -1;
-    if (word < 0 || word == 0xFFFFFFFF) return "";
-    // The flags share the tens of the numbers (SMPTE 12M); those of the frames hold drop frame.
-    int64_t parts[4];
-    const int64_t masks[] = {0x3F, 0x7F, 0x7F, 0x3F};
-    for (int i = 0; i < 4; i++) {
-        const int64_t bits = word >> (24 - 8 * i) & masks[i];
-        if ((bits & 15) > 9) return "";
-        parts[i] = (bits >> 4) * 10 + (bits & 15);
-    }
-    return clock_text(parts, word & 0x40);
+    return word < 0 || word == 0xFFFFFFFF ? "" : std::string(value);
 }
 
 std::string as_timecode(std::string_view value) {
