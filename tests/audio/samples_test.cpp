@@ -71,6 +71,8 @@ TEST(AudioSamples, Hexadecimal) {
     EXPECT_EQ(dumped(little().raw(cut).at(40).u32(32).str(), {"-a"}).size(), 8U * 13);
     cut[40] = 30;
     EXPECT_EQ(lines_from(dumped(cut, {"-a"}), "  1111 1111 "), dumped(cut, {"-a"}));
+    EXPECT_EQ(dumped(wave(1, 1, "\x12\x34" + std::string(30, '\0')), {"-a"}).substr(0, 12), "  12 \n  34 \n");
+    EXPECT_EQ(dumped(wave(1, 9, "\x34\x12" + std::string(30, '\0')), {"-a"}).substr(0, 8), "  1234 \n");
 }
 
 TEST(AudioSamples, TimecodeInOneChannel) {

@@ -73,7 +73,7 @@ TEST(KeldumpAll, Mpeg4FilesAreMovies) {
 }
 
 class KeldumpAllSignal : public testing::TestWithParam<int> {};
-INSTANTIATE_TEST_SUITE_P(, KeldumpAllSignal, testing::Values(SIGINT, SIGTERM, SIGHUP));
+INSTANTIATE_TEST_SUITE_P(, KeldumpAllSignal, testing::Values(SIGINT, SIGTERM, SIGHUP, SIGQUIT));
 
 TEST_P(KeldumpAllSignal, LeavesNothingBehind) {
     const Workplace place;

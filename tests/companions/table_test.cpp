@@ -216,6 +216,30 @@ TEST(KeldumpTable, BuiltFiles) {
     SHOW(row_of(described("'a\n'b"), "quotes.wav"));
 }
 
+TEST(KeldumpTable, NamesOfCodes) {
+    const Workplace place;
+    for (const unsigned code : {1, 2, 3, 6, 7, 0x50, 0x55, 0xFF, 0xFFFE, 9}) {
+        auto w = little().text("RIFF").u32(60).text("WAVEfmt ").u32(16).u16(code).u16(1).u32(8000).u32(8000);
+        place.write(std::to_string(code) + ".wav", w.u16(1).u16(8).text("data").u32(4).zeros(64).str());
+    }
+    for (unsigned code = 0; code <= 6; code++)
+        place.write(std::to_string(code) + ".bmp", little().raw(kBitmap).at(30).u32(code).str());
+    for (unsigned code = 0; code <= 9; code++) {
+        place.write(std::to_string(code) + ".mpg",
+                    big().hex("000001B3 100100").u8(0x10 | code).zeros(8).hex("000001B7").str());
+    }
+    // Lines of serial digital video: EAV, SAV.
+    const auto capture = [](const std::string &eav, const std::string &sav, size_t at, size_t words) {
+        std::string line = hex(eav) + std::string(words, '\x80');
+        line = line.substr(0, at) + hex(sav) + std::string(words, '\x80');
+        return "STREAMERnbits 8\nsize 5\n\t" + line.substr(0, words) + line.substr(0, words) + line;
+    };
+    place.write("pal.sdi", capture("FF00009D", "FF000080", 100, 864));
+    place.write("hd.sdi", capture("FFFF000000009D9D", "FFFF000000008080", 560, 5280));
+    Transcript transcript;
+    SHOW(table(place, {"--csv", "."}).out);
+}
+
 // Fields from a movie with a drop frame timecode whose sample stands across two rows of a hex dump.
 TEST(KeldumpTable, MovieTimecode) {
     const auto atom = [](const std::string &type, const std::string &payload) {
@@ -238,8 +262,8 @@ TEST(KeldumpTable, MovieTimecode) {
 
 TEST(KeldumpTable, NamesAndTextsAreSafe) {
     const Workplace place;
-    const std::vector<std::string> names = {"-v",          "a, \"b\"\n.bmp", "100%s", "e\x1b\x7F\xC2\x9B",
-                                            "latin\xE9\\", "\xE2\x82\xAC"};
+    const std::vector<std::string> names = {
+        "-v", "a, \"b\"\n.bmp", "100%s", "e\x1b\x7F\xC2\x9B", "latin\xE9\\", "\xE2\x82\xAC\xC2\xA0"};
     std::vector<std::string> arguments = {"--csv", "--"};
     for (const std::string &name : names) {
         place.write(name, kBitmap);

@@ -57,6 +57,13 @@ std::string picture_lines(const std::string &timecode, const std::string &frame)
 
 }  // namespace
 
+// Fields that fill their places up to the next one.
+TEST(Dpx, Widths) {
+    Transcript transcript;
+    SHOW(dump_of(
+        little().raw(counting(2100)).at(0).text("XPDS").at(770).u16(2).at(1864).text("ARRI01").str()));
+}
+
 // Every name of coded values, two codes beyond each end.
 TEST(Dpx, NamesOfCodes) {
     Transcript transcript;
