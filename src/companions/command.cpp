@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "companions/alias.h"
+#include "companions/safe_text.h"
 
 namespace {
 
@@ -79,6 +80,11 @@ bool parse_jobs(int argc, char **argv, int &next, unsigned &jobs) {
     if (*text == '\0' || *end != '\0' || number < 1 || number > kMost) return false;
     jobs = static_cast<unsigned>(number);
     return true;
+}
+
+bool unknown_switch(const std::string &argument) {
+    complain("unknown or wrong switch " + safe_name(argument));
+    return false;
 }
 
 int usage_error(const char *usage) {

@@ -48,13 +48,13 @@ bool parse(int argc, char **argv, Request &request) {
             break;
         }
         if (argument.starts_with("-j")) {
-            if (!parse_jobs(argc, argv, next, request.jobs)) return false;
+            if (!parse_jobs(argc, argv, next, request.jobs)) return unknown_switch(argument);
         } else if (argument == "--raw") {
             request.raw = true;
         } else if (is_keldump_switch(argument)) {
             request.switches.push_back(argument);
         } else {
-            return false;
+            return unknown_switch(argument);
         }
     }
     request.operands.assign(argv + next, argv + argc);

@@ -45,7 +45,7 @@ bool parse(int argc, char **argv, Request &request) {
         } else if (argument == "-v") {
             request.switches.push_back(argument);
         } else {
-            return false;
+            return unknown_switch(argument);
         }
     }
     if (argc - next != 2) return false;

@@ -111,7 +111,7 @@ bool parse(int argc, char **argv, std::vector<std::string> &files, bool &complet
     if (next < argc && std::string(argv[next]) == "--") {
         next++;
     } else if (next < argc && argv[next][0] == '-') {
-        return false;
+        return unknown_switch(argv[next]);
     }
     if (next == argc) return false;
     for (; next < argc; next++) {

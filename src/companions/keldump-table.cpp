@@ -54,7 +54,7 @@ bool parse(int argc, char **argv, Request &request) {
         } else if (argument == "--json") {
             request.style = Style::json;
         } else if (!argument.starts_with("-j") || !parse_jobs(argc, argv, next, request.jobs)) {
-            return false;
+            return unknown_switch(argument);
         }
     }
     request.operands.assign(argv + next, argv + argc);
