@@ -148,7 +148,7 @@ TEST(KeldumpAll, Usage) {
         const Outcome run = all(place, wrong);
         EXPECT_EQ(run.status, 2);
         EXPECT_EQ(run.out, "");
-        EXPECT_TRUE(run.err.starts_with("usage: keldump-all"));
+        EXPECT_NE(run.err.find("usage: keldump-all"), std::string::npos);
     }
     EXPECT_TRUE(all(place, {"--help"}).out.starts_with("usage: keldump-all"));
     EXPECT_EQ(all(place, {"--version"}).out, "keldump-all 5.10.0.0\n");
