@@ -77,6 +77,12 @@ TEST(AudioSamples, Hexadecimal) {
 
 TEST(AudioSamples, TimecodeInOneChannel) {
     Transcript transcript;
+    // The sample on which a packet is complete counts for no other.
+    Samples twice = carrying(packet());
+    const Samples second = twice;
+    twice.pop_back();
+    twice.insert(twice.end(), second.begin(), second.end());
+    SHOW(dumped(wave(1, 16, interleaved({twice})), {"-t"}));
     const std::string at_start = interleaved({carrying(packet())});
     EXPECT_EQ(dumped(wave(1, 16, at_start), {"-t"}), "0.000000 01020304/42 \n");
     // The search starts 63 frames before the sample behind the last one that was no sync sample.

@@ -154,6 +154,8 @@ TEST(Tiff, ChainsAndSubDirectories) {
     SHOW(lines_from(dump_of(tiff(Order::little, {{330, 4, 1, little().u32(8).str()}})), "SUB"));
     SHOW(lines_from(dump_of(tiff(Order::little, {}, "", 5000)), " entries"));
     SHOW(lines_from(dump_of(little().text("II").u16(42).u32(9999).str()), " filesize"));
+    SHOW(lines_from(dump_of(little().text("II").u16(42).u32(8).u16(2).u16(256).u16(3).u32(1).u32(5).str()),
+                    " entries"));
 }
 
 TEST(Tiff, NestingEnds) {
