@@ -177,6 +177,11 @@ TEST(Mpeg, NamesOfStreams) {
         const uint32_t length = mpegstreamid(reader, name, id);
         names += hex_digits(id) + " " + std::to_string(length) + " " + name + "\n";
     }
+    mpeg_reader reader;
+    mpegbufferinit(reader, file, 0);
+    mpegbit(reader);
+    mpegbytes(reader, 0);  // finishes the byte
+    EXPECT_EQ(reader.position, 1);
     std::fclose(file);
     SHOW(names);
 }

@@ -90,7 +90,7 @@ TEST(Version1, FirstFramesAndPackets) {
 TEST(Version1, HexDumps) {
     Transcript transcript;
     const std::string file =
-        chunk("RED1", "") + chunk("X\x01", "a \x7F~0123456789") + chunk("RDVS", "", 5000) + chunk("RPAD", "");
+        chunk("RED1", "") + chunk("X\x01", "a \x7F~!123456789") + chunk("RDVS", "", 5000) + chunk("RPAD", "");
     SHOW(lines_from(verbose_dump(file, 2), "00000008/", 4));
     SHOW(lines_from(verbose_dump(file, 3), "0000100e", 4));
 }
