@@ -45,7 +45,7 @@ TEST(Map, EveryName) {
         codes.u8(0x50).u8(4).u32(code - 2).u8(0x51).u8(4).u32(code - 2);
     }
     auto tracks = big();
-    for (uint32_t type = 0; type <= 27; type++) tracks.u8(0x80 + type).u8(0xC0).u16(0).u8(0x60).u8(0);
+    for (uint32_t type = 0; type <= 27; type++) tracks.u8(0x80 + type).u8(0xC0).u16(2).u8(0x60).u8(0);
     const std::string material = section(codes);
     SHOW(dump_of(packet(0xBC, big().u8(0xE3).u8(0).raw(material).raw(section(tracks)).str()) + kEnd));
 }

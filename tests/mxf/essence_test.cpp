@@ -51,7 +51,8 @@ TEST(Essence, SystemItems) {
         rates += lines_from(dump, "MXFERROR", 1) + lines_from(dump, "   Framerate", 1);
     }
     SHOW(rates);
-    for (const char *type : {"80", "81", "82", "83", "84", "85", "86", "87", "88", "89", "66"}) {
+    for (const char *type : {"01", "20", "21", "22", "40", "41", "42", "80", "81", "82", "83", "84", "85",
+                             "86", "87", "88", "89", "66"}) {
         SHOW(detail(system_item("04010200", hex(type) + hex("0001 42"))));
     }
     std::string sets;
@@ -126,6 +127,19 @@ TEST(Walk, PositionsAndRunIn) {
     for (uint64_t i = 0; i < 5; i++) place.write_sparse("b.mxf", 5 * step + 70, i * step, filler);
     place.write_sparse("b.mxf", 5 * step + 70, 5 * step, element("15010501") + set("3B", local(0x9999, "a")));
     SHOW(lines_from(place.run({"-ml", "b.mxf"}).out, "0000000000"));
+}
+
+// Names are collected up to the first item that lies beyond 1,000,000 bytes.
+TEST(Walk, CollectionEnds) {
+    const std::string id = hex("00112233445566778899AABBCCDDEEFF");
+    const std::string reference = set("2F", local(0x3B03, id));
+    const std::string target = set("30", local(0x3C0A, id)) + item(kFiller, std::string(9, 'x'));
+    const auto names_target = [&](size_t first_set) {
+        const std::string filler = item(kFiller, std::string(first_set - 20, '\0'));
+        return plain(filler + reference + target).find("References Identification") != std::string::npos;
+    };
+    EXPECT_TRUE(names_target(1'000'000));
+    EXPECT_FALSE(names_target(1'000'001));
 }
 
 TEST(Walk, DamagedAndLargeItems) {

@@ -112,6 +112,9 @@ TEST(Values, ArraysAndBatches) {
     SHOW(value(0x3F09, big().u32(2).u32(3).text("abcdef").str()));
     SHOW(value(0x3F09, big().u32(2).u32(0).str()));
     EXPECT_LT(value(0x3F09, big().u32(0x7FFFFFFF).u32(0).str()).size(), 10'000);
+    std::string liars;  // each would list all that follow it
+    for (int i = 0; i < 1000; i++) liars += local(0x3F09, big().u32(0x7FFFFFFF).u32(1).str());
+    EXPECT_LT(plain(set("3B", liars)).size(), 2'000'000);
     const std::string entries =
         hex("00 FE 22 0000000000001000  FF 01 C0 FFFFFFFFFFFFFFFF  00 00 30 0000000000000001");
     SHOW(value(0x3F0A, big().u32(3).u32(11).raw(entries).str()));
