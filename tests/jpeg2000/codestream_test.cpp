@@ -204,6 +204,7 @@ TEST(Boxes, LastAndDamaged) {
     SHOW(behind_signature(big().u32(0x80000000).text("ftyp").zeros(20).str()));
     SHOW(behind_signature(box("ftyp", "jp2 " + hex("00000000"))));
     SHOW(behind_signature(box("jp2h", kImageHeader)).substr(0, 60));
+    SHOW(behind_signature(big().u32(100).text("jp2h").raw(kImageHeader).str()));
     SHOW(behind_signature(box("ihdr", hex("0A0B0C0D 0E0F1011 1213 14 09 15 16"))));
     std::string no_sot;  // the search for one goes over each byte once
     for (int i = 0; i < 50'000; i++) no_sot += box("jp2c", kSod);
