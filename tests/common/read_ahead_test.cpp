@@ -97,6 +97,7 @@ TEST(ReadAhead, Plans) {
     for (uint64_t i = 0; i < 24; i++) reads.push_back({i * 90'001 + i * i, 512});
     SHOW(plans(reads));
     SHOW(plans(reads, 1'700'000));
+    SHOW(plans({{0, 512}, {256, 256}, {300, 256}}));
     SHOW(plans({{0, 512}, {1'000'512, 512}, {2'001'025, 512}, {2'000'000, 512}, {2'001'000, 1 << 18}}));
     reads.clear();
     for (uint64_t i = 0; i < 5; i++) {

@@ -60,16 +60,18 @@ TEST(KeldumpAll, NamesAreSafe) {
 // With a name that QuickTime files do not have otherwise, and nothing left of the temporary one.
 TEST(KeldumpAll, Mpeg4FilesAreMovies) {
     const Workplace place;
-    mkdir(place.path("tmp").c_str(), 0700);
-    setenv("TMPDIR", place.path("tmp").c_str(), 1);
     const std::string movie = big().u32(8).text("free").str();
-    for (const char *name : {"a.mp4", "b.M4V", "c.m4a", "d%s.3gp"}) {
-        place.write(name, movie);
-        EXPECT_EQ(all(place, {name}).out,
-                  "==> " + std::string(name) + " <==\n" + dump_of(movie, "a.mov") + "\n");
+    for (const char *directory : {"tmp", "100%s"}) {  // the second one is no place for names without percent
+        mkdir(place.path(directory).c_str(), 0700);
+        setenv("TMPDIR", place.path(directory).c_str(), 1);
+        for (const char *name : {"a.mp4", "b.M4V", "c.m4a", "d%s.3gp"}) {
+            place.write(name, movie);
+            EXPECT_EQ(all(place, {name}).out,
+                      "==> " + std::string(name) + " <==\n" + dump_of(movie, "a.mov") + "\n");
+        }
+        EXPECT_TRUE(std::filesystem::is_empty(place.path(directory)));
+        unsetenv("TMPDIR");
     }
-    EXPECT_TRUE(std::filesystem::is_empty(place.path("tmp")));
-    unsetenv("TMPDIR");
 }
 
 class KeldumpAllSignal : public testing::TestWithParam<int> {};

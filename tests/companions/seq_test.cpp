@@ -186,6 +186,10 @@ TEST(KeldumpSeq, DropFrameWithoutRate) {
 
 TEST(KeldumpSeq, CutPictureAndTwins) {
     const Workplace place;
+    auto cineon = big().u32(0x802A5FD7).u32(2048).at(681).u8(5).at(2047).u8(0);
+    place.write("b.1.cin", cineon.str());
+    place.write("b.2.cin", cineon.at(681).u8(0xFF).str());
+    EXPECT_EQ(lines_from(seq(place, {"b.%d.cin"}).out, "", 1), "b.#.cin: frame 2: packing 5 -> not set\n");
     place.write("a.1.dpx", dpx(at_24(1), 1).at(16).u32(0xFFFFFFFF).str().substr(0, 4000));
     place.write("a.01.dpx", dpx(at_24(1), 1).str());
     EXPECT_EQ(lines_from(seq(place, {"a.1.dpx", "a.01.dpx", "a.1.dpx"}).out, "", 2),

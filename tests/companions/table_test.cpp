@@ -203,6 +203,8 @@ TEST(KeldumpTable, BuiltFiles) {
     SHOW(row_of(wave.zeros(65536).str(), "two-hours.wav"));
     SHOW(row_of("Fileformat:MXF\n00000000:stream 000001b3\n xsize: 5\n", "faked.txt"));
     SHOW(row_of("%PDF-1.4", "a"));
+    SHOW(row_of(big().u32(0x802A5FD7).at(193).u8(1).at(200).u32(0x01000020).u32(24).at(2047).u8(0).str(),
+                "wide.cin"));
     SHOW(row_of(dpx.substr(0, 1663), "cut.dpx"));
     SHOW(row_of(dpx.substr(0, 2047), "cut.dpx"));
     SHOW(row_of("<html>404", "download.mp4"));
@@ -303,6 +305,11 @@ TEST(Values, Timecodes) {
     EXPECT_EQ(timecode_text(2589408 + 3600, 60, true), "12:01:00;04");
     EXPECT_EQ(timecode_text(86400 * 25 + 1, 25, false), "00:00:00:01");
     EXPECT_EQ(timecode_text(-1, 25, false) + timecode_text(1, 0, false), "");
+    EXPECT_EQ(keycode_text(99, 99, 999999, 9999, 99), "99 99 999999 9999+99");
+    EXPECT_EQ(keycode_text(100, 0, 0, 1, 0) + keycode_text(1, 100, 0, 0, 0) +
+                  keycode_text(1, 0, 1000000, 0, 0) + keycode_text(1, 0, 0, 10000, 0) +
+                  keycode_text(1, 0, 0, 0, 100) + keycode_text(0, 0, 0, 0, 9),
+              "");
     EXPECT_EQ(as_bcd("0x01020344"), "01020344");
     EXPECT_EQ(as_bcd("ffffffff") + as_bcd("010203") + as_bcd(""), "");
     EXPECT_EQ(bcd_timecode_text("01020344", 0), "01:02:03;04");

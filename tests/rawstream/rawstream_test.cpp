@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "rawstream/detect.h"
 #include "support/bytes_of.h"
 #include "support/command.h"
 
@@ -58,6 +59,9 @@ TEST(RawStream, Rasters) {
     SHOW(dump_of(capture(ten, ten_bit(sd_lines(858, 5)))));
     SHOW(dump_of(capture(ten, ten_bit(hd_lines(5280, 3)))));
     SHOW(dump_of(capture(ten, ten_bit(hd_lines(6600, 3)))));
+    Words consistent = hd_lines(5280, 3);
+    consistent.resize(32768);
+    EXPECT_EQ(rawdump_formatdetect(consistent.data(), 32768), 1);
     std::string rasters;
     for (const int words : {858, 864, 1144, 1152})
         rasters += lines_from(dump_of(capture(ten, ten_bit(sd_lines(words, 5)))), "Raster", 1);

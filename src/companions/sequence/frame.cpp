@@ -63,6 +63,7 @@ void read_industry_header(OrderedBytes h, Frame &frame) {
     frame.rate = television_rate > 0 ? television_rate : rate_of(h, 1724);
     frame.timecode = h.u32(1920);
     frame.keycode.roll = text_of(h, 1664, 2) + text_of(h, 1666, 2) + text_of(h, 1670, 6);
+    if (frame.keycode.roll.find_first_not_of('0') == std::string::npos) frame.keycode.roll.clear();
     frame.keycode.count = number_in(text_of(h, 1676, 4));
     frame.keycode.offset = number_in(text_of(h, 1668, 2));
     frame.keycode.text = keycode;
@@ -92,7 +93,8 @@ void read_dpx(OrderedBytes h, Frame &frame) {
 
 void read_cineon(OrderedBytes h, Frame &frame) {
     frame.rate = rate_of(h, 1072);
-    if (h.u8(1024) != 0xFF) {
+    const bool zeros = h.u16(1024) == 0 && h.u32(1028) == 0 && h.u32(1032) == 0;
+    if (h.u8(1024) != 0xFF && !zeros) {
         frame.keycode.roll = std::to_string(h.u8(1024)) + "/" + std::to_string(h.u8(1025)) + "/" +
                              decimal(h.u32(1028), kUnset);
         frame.keycode.count = h.s32(1032);
