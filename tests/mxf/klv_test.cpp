@@ -93,6 +93,19 @@ TEST(Klv, FixedWidthLengthsAndTags) {
     EXPECT_STREQ(mxfklvtype(opts, Bytes(tag_long.data(), tag_long.size()), 0), "Local/Length-Long/Tag-Long");
 }
 
+TEST(Klv, NamesOfCodings) {
+    Transcript transcript;
+    DumpOptions opts{};
+    std::string names;
+    for (unsigned coding = 0; coding < 256; coding++) {
+        const std::string key = hex("060E2B3402" + hex_digits(coding));
+        std::string name;
+        printed([&] { name = mxfklvtype(opts, Bytes(key.data(), key.size()), 0); });
+        if (name != "unknown") names += hex_digits(coding) + " " + name + "\n";
+    }
+    SHOW(names);
+}
+
 // Two labels of 16 bytes behind their count and size, which are bytes of the value for the other kinds.
 TEST(Values, OfEveryKind) {
     Transcript transcript;
