@@ -21,7 +21,7 @@ bool answered(int argc, char **argv, const char *usage);
 // none from 1 to 1024.
 bool parse_jobs(int argc, char **argv, int &next, unsigned &jobs);
 
-// Says which switch is not known; false.
+// Says which switch is not known or lacks its number; false, for parsers to return.
 bool unknown_switch(const std::string &argument);
 
 // Both print to standard error and return kTrouble. The message is made safe by the caller (safe_name).

@@ -7,7 +7,6 @@
 #include <map>
 #include <set>
 #include <string>
-#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -79,31 +78,41 @@ std::vector<std::string> files_of_pattern(const std::string &pattern) {
     return files;
 }
 
-// The conversion of a pattern; a percent sign that stands for itself is none.
-bool is_decimal(const std::string &pattern) {
-    size_t at = pattern.find('%');
-    while (at != std::string::npos && pattern.compare(at, 2, "%%") == 0) at = pattern.find('%', at + 2);
-    const size_t end = at == std::string::npos ? at : pattern.find_first_of("diuxXo", at);
-    return end == std::string::npos || std::string_view("diu").find(pattern[end]) != std::string_view::npos;
+// Whether a pattern makes names whose last number, which counts the frames, is the one that is put in.
+bool counts_frames(const std::string &pattern) {
+    constexpr int32_t kProbe = 10;
+    char made[4096];
+    expand_name_pattern(made, sizeof made, pattern.c_str(), kProbe);
+    return take_apart(made).number == kProbe;
 }
 
-// The files that an operand stands for; a message where there are none.
-std::string add_operand(const std::string &operand, std::vector<std::string> &files) {
+// Adds the files that an operand stands for; false, behind a message, where some cannot be told.
+bool add_operand(const std::string &operand, std::vector<std::string> &files) {
+    const auto refuse = [&](const char *why) {
+        complain(safe_name(operand) + ": " + why);
+        return false;
+    };
     std::error_code ignored;
     const size_t before = files.size();
-    if (!fs::exists(operand, ignored)) {
-        if (operand.find('%') == std::string::npos || !valid_name_pattern(operand.c_str()))
-            return "No such file or directory";
-        if (!is_decimal(operand)) return "frames are counted by decimal numbers (%d)";
-        for (const std::string &file : files_of_pattern(operand)) files.push_back(file);
-    } else {
+    bool complete = true;
+    if (fs::exists(operand, ignored)) {
         const bool directory = fs::is_directory(operand, ignored);
         const FileList list = list_files({operand});
+        for (const std::string &problem : list.problems) {
+            complain(problem);
+            complete = false;
+        }
         std::copy_if(list.files.begin(), list.files.end(), std::back_inserter(files),
                      [&](const std::string &file) { return !directory || is_frame_name(file); });
-        if (!list.problems.empty()) return list.problems.front().substr(safe_name(operand).size() + 2);
+    } else if (operand.find('%') == std::string::npos || !valid_name_pattern(operand.c_str())) {
+        return refuse("No such file or directory");
+    } else if (!counts_frames(operand)) {
+        return refuse("its names do not end with a decimal number (%d)");
+    } else {
+        const std::vector<std::string> made = files_of_pattern(operand);
+        files.insert(files.end(), made.begin(), made.end());
     }
-    return files.size() == before ? "no frames" : "";
+    return files.size() == before && complete ? refuse("no frames") : complete;
 }
 
 bool parse(int argc, char **argv, std::vector<std::string> &files, bool &complete) {
@@ -115,10 +124,7 @@ bool parse(int argc, char **argv, std::vector<std::string> &files, bool &complet
     }
     if (next == argc) return false;
     for (; next < argc; next++) {
-        const std::string problem = add_operand(argv[next], files);
-        if (problem.empty()) continue;
-        complain(safe_name(argv[next]) + ": " + problem);
-        complete = false;
+        if (!add_operand(argv[next], files)) complete = false;
     }
     // A file counts once, however often it is named.
     std::set<std::string> seen;

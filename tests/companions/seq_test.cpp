@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "companions/sequence/timecode.h"
+#include "companions/timecode.h"
 #include "support/bytes_of.h"
 #include "support/command.h"
 
@@ -190,6 +190,8 @@ TEST(KeldumpSeq, CutPictureAndTwins) {
     place.write("b.1.cin", cineon.str());
     place.write("b.2.cin", cineon.at(681).u8(0xFF).str());
     EXPECT_EQ(lines_from(seq(place, {"b.%d.cin"}).out, "", 1), "b.#.cin: frame 2: packing 5 -> not set\n");
+    place.write("c.1.dpx", dpx(at_24(1), 1).at(803).u8(0xFF).str());  // of unknown depth
+    EXPECT_EQ(seq(place, {"c.%d.dpx"}).status, 0);
     place.write("a.1.dpx", dpx(at_24(1), 1).at(16).u32(0xFFFFFFFF).str().substr(0, 4000));
     place.write("a.01.dpx", dpx(at_24(1), 1).str());
     EXPECT_EQ(lines_from(seq(place, {"a.1.dpx", "a.01.dpx", "a.1.dpx"}).out, "", 2),
@@ -203,7 +205,7 @@ TEST(KeldumpSeq, Trouble) {
     EXPECT_EQ(seq(place, {"-x"}).status, 2);
     place.write("a.000a.dpx", dpx(0, 0).str());
     place.write("notes", "text");
-    for (const char *operand : {"none.%d.dpx", "a.%04x.dpx", "missing", "d*.dpx", "%s%s"}) {
+    for (const char *operand : {"none.%d.dpx", "a.%04x.dpx", "a.%d.v2.dpx", "missing", "d*.dpx", "%s%s"}) {
         const Outcome run = seq(place, {operand});
         EXPECT_TRUE(run.err.starts_with("keldump-seq: ")) << operand;
         EXPECT_EQ(run.status, 2) << run.out;

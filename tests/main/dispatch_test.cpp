@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <thread>
 
 #include "support/bytes_of.h"
@@ -34,52 +35,16 @@ TEST(Dispatch, FormatsThatAreOnlyNamed) {
 // Every magic number, and each with its last byte changed.
 TEST(Dispatch, MagicNumbers) {
     Transcript transcript;
+    std::istringstream magics(
+        "000001B3 B3010000 000001BA BA010000 762F3101 01312F76 060E2B34 41525249 49525241 53445058 58504453 "
+        "802A5FD7 D75F2A80 0003 424D 01DA 464F524D 52494646 52463634 53545245414D4552 4949 4D4D "
+        "0000000C6A5020200D0A870A 0000111152454431 0000111152454432 0000000001222222333333334444E1E2 "
+        "FF4FFF51 FFFFFFF0 FFD8 FFFE FFF0 7B5C727466 FEFF EFBBBF 255044462D 474946 89504E470D0A1A0A "
+        "8A4D4E470D0A1A0A 50310A 50360A 3C3F786D6C 5380F63440400000 504B");
     std::string names;
-    for (const char *magic : {"000001B3",
-                              "B3010000",
-                              "000001BA",
-                              "BA010000",
-                              "762F3101",
-                              "01312F76",
-                              "060E2B34",
-                              "41525249",
-                              "49525241",
-                              "53445058",
-                              "58504453",
-                              "802A5FD7",
-                              "D75F2A80",
-                              "0003",
-                              "424D",
-                              "01DA",
-                              "464F524D",
-                              "52494646",
-                              "52463634",
-                              "53545245414D4552",
-                              "4949",
-                              "4D4D",
-                              "0000000C6A5020200D0A870A",
-                              "0000111152454431",
-                              "0000111152454432",
-                              "0000000001222222333333334444E1E2",
-                              "FF4FFF51",
-                              "FFFFFFF0",
-                              "FFD8",
-                              "FFFE",
-                              "FFF0",
-                              "7B5C727466",
-                              "FEFF",
-                              "EFBBBF",
-                              "255044462D",
-                              "474946",
-                              "89504E470D0A1A0A",
-                              "8A4D4E470D0A1A0A",
-                              "50310A",
-                              "50360A",
-                              "3C3F786D6C",
-                              "5380F63440400000",
-                              "504B"}) {
+    for (std::string magic; magics >> magic;) {
         std::string bytes = hex(magic);
-        names += std::string(magic) + " " + first_line(bytes);
+        names += magic + " " + first_line(bytes);
         bytes.back() = static_cast<char>(bytes.back() ^ 0x80);
         names += " | " + first_line(bytes) + "\n";
     }

@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "companions/safe_text.h"
-#include "companions/sequence/timecode.h"
+#include "companions/timecode.h"
 
 namespace {
 
@@ -245,12 +245,13 @@ class Check {
         if (!a.frame.has_timecode() || !from || !to) return;
         const int64_t step = b.number - a.number;
         if (goes_on(*from, *to, step)) return;
-        const uint32_t expected = timecode_of(*from + (counting_.pairs ? (step + 1) / 2 : step), counting_);
         if (from == to) {
             find(b.number, "timecode stands at " + timecode_text(b.frame.timecode, counting_));
         } else if (is_count(*from, *to + step)) {
             find(b.number, "timecode runs backwards");
         } else {
+            const int64_t counts = counting_.pairs ? (step + 1) / 2 : step;
+            const uint32_t expected = timecode_of(*from + counts, counting_);
             find(b.number, "timecode " + timecode_text(a.frame.timecode, counting_) + " -> " +
                                timecode_text(b.frame.timecode, counting_) + ", expected " +
                                timecode_text(expected, counting_));

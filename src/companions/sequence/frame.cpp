@@ -136,22 +136,25 @@ uint32_t samples_of(uint8_t descriptor) {
     }
 }
 
-constexpr uint64_t kLargestSide = 1 << 20;  // of a picture; its bits are a number of 64 bits then
-
-uint64_t picture_bits(uint64_t width, uint64_t height, uint64_t bits) {
-    return width > kLargestSide || height > kLargestSide ? 0 : width * height * bits;
+// 0 where a number is not set, or beyond what any picture has.
+uint64_t picture_bits(uint64_t width, uint64_t height, uint64_t samples, uint64_t depth) {
+    constexpr uint64_t kLargestSide = 1 << 20;
+    constexpr uint64_t kDeepest = 64;
+    const bool known = width <= kLargestSide && height <= kLargestSide && depth <= kDeepest;
+    return known ? width * height * samples * depth : 0;
 }
 
-// The bytes that the picture takes at least: padding comes on top. 0 where it is compressed.
+// The bytes that the picture takes at least: padding comes on top. 0 where it is compressed, or not known.
 uint64_t picture_bytes(OrderedBytes h, bool dpx) {
     constexpr uint64_t kMostElements = 8;
-    const uint64_t elements = std::min<uint64_t>(dpx ? h.u16(770) : h.u8(193), kMostElements);
+    const uint64_t elements = dpx ? h.u16(770) : h.u8(193);
     uint64_t bits = 0;
+    if (elements > kMostElements) return 0;
     for (uint64_t i = 0; i < elements; i++) {
         const OrderedBytes e = h.from(dpx ? 780 + 72 * i : 196 + 28 * i);
         if (dpx && e.u16(26) != 0) return 0;
-        bits += dpx ? picture_bits(h.u32(772), h.u32(776), uint64_t{samples_of(e.u8(20))} * e.u8(23))
-                    : picture_bits(e.u32(4), e.u32(8), e.u8(2));
+        bits += dpx ? picture_bits(h.u32(772), h.u32(776), samples_of(e.u8(20)), e.u8(23))
+                    : picture_bits(e.u32(4), e.u32(8), 1, e.u8(2));
     }
     return bits / 8;
 }

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "companions/timecode.h"
+
 namespace {
 
 constexpr double kHighestRate = 1e9;
@@ -16,14 +18,6 @@ bool is_digit(char c) { return c >= '0' && c <= '9'; }
 std::string three_decimals(double number) {
     char text[64];
     std::snprintf(text, sizeof text, "%.3f", number);
-    return text;
-}
-
-std::string clock_text(const int64_t (&parts)[4], bool drop) {
-    char text[64];
-    std::snprintf(text, sizeof text, "%02d:%02d:%02d%c%02d", static_cast<int>(parts[0]),
-                  static_cast<int>(parts[1]), static_cast<int>(parts[2]), drop ? ';' : ':',
-                  static_cast<int>(parts[3]));
     return text;
 }
 
@@ -73,31 +67,22 @@ std::string seconds_text(double seconds) {
 
 std::string timecode_text(int64_t frames, int64_t base, bool drop) {
     if (frames < 0 || base < 1 || base > 1000) return "";
-    if (drop && base % 30 == 0) {
-        // Two numbers (four at 60) are left out each minute but each tenth one (SMPTE 12M).
-        const int64_t dropped = base / 15;
-        const int64_t minute = base * 60 - dropped;
-        const int64_t ten_minutes = minute * 10 + dropped;
-        const int64_t rest = frames % ten_minutes;
-        frames += frames / ten_minutes * 9 * dropped;
-        if (rest >= base * 60) frames += ((rest - base * 60) / minute + 1) * dropped;
-    }
-    const int64_t seconds = frames / base;
-    return clock_text({seconds / 3600 % 24, seconds / 60 % 60, seconds % 60, frames % base}, drop);
+    const int64_t number = frame_number(frames, {static_cast<uint32_t>(base), drop && base % 30 == 0});
+    const int64_t seconds = number / base;
+    char text[64];
+    std::snprintf(text, sizeof text, "%02d:%02d:%02d%c%02d", static_cast<int>(seconds / 3600),
+                  static_cast<int>(seconds / 60 % 60), static_cast<int>(seconds % 60), drop ? ';' : ':',
+                  static_cast<int>(number % base));
+    return text;
 }
 
 std::string bcd_timecode_text(std::string_view digits, double rate) {
     const int64_t word = digits.size() == 8 ? number_in(digits, 16) : -1;
     if (word < 0) return "";
-    const bool has_flag = rate < 30.5;
-    const int64_t masks[] = {0x3F, 0x7F, 0x7F, has_flag ? 0x3F : 0x7F};
-    int64_t parts[4];
-    for (int i = 0; i < 4; i++) {
-        const int64_t bits = word >> (24 - 8 * i) & masks[i];
-        if ((bits & 15) > 9) return "";
-        parts[i] = (bits >> 4) * 10 + (bits & 15);
-    }
-    return clock_text(parts, has_flag && (word & 0x40));
+    const uint32_t timecode = static_cast<uint32_t>(word);
+    Counting counting{rate < 30.5 ? 30U : 60U};
+    counting.drop = has_drop_flag(timecode, counting);
+    return has_digits(timecode, counting) ? timecode_text(timecode, counting) : "";
 }
 
 std::string keycode_text(int64_t manufacturer, int64_t type, int64_t prefix, int64_t count,

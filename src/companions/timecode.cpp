@@ -1,4 +1,4 @@
-#include "companions/sequence/timecode.h"
+#include "companions/timecode.h"
 
 #include <cstdio>
 
@@ -32,11 +32,17 @@ bool has_drop_flag(uint32_t timecode, const Counting &counting) {
     return counting.base == 30 && (timecode & kDropFlag);
 }
 
-std::optional<int64_t> frame_count(uint32_t timecode, const Counting &counting) {
+bool has_digits(uint32_t timecode, const Counting &counting) {
     const uint32_t digits = digits_of(timecode, counting);
     for (unsigned shift = 0; shift < 32; shift += 4) {
-        if ((digits >> shift & 15) > 9) return std::nullopt;
+        if ((digits >> shift & 15) > 9) return false;
     }
+    return true;
+}
+
+std::optional<int64_t> frame_count(uint32_t timecode, const Counting &counting) {
+    if (!has_digits(timecode, counting)) return std::nullopt;
+    const uint32_t digits = digits_of(timecode, counting);
     if (two_digits(digits, 24) > 23 || two_digits(digits, 16) > 59 || two_digits(digits, 8) > 59)
         return std::nullopt;
     const int64_t minutes = int64_t{two_digits(digits, 24)} * 60 + two_digits(digits, 16);
@@ -48,16 +54,19 @@ std::optional<int64_t> frame_count(uint32_t timecode, const Counting &counting) 
     return (minutes * 60 + seconds) * counting.base + frames - dropped * (minutes - minutes / 10);
 }
 
-uint32_t timecode_of(int64_t count, const Counting &counting) {
+int64_t frame_number(int64_t count, const Counting &counting) {
     const int64_t dropped = counting.dropped();
     const int64_t minute = int64_t{60} * counting.base - dropped;
     const int64_t ten_minutes = 10 * minute + dropped;
     count %= 144 * ten_minutes;
     // Back in go the numbers that were dropped: none in the first minute of ten.
-    const int64_t tens = count / ten_minutes;
     const int64_t rest = count % ten_minutes;
-    int64_t number = count + tens * 9 * dropped;
-    if (rest >= minute + dropped) number += dropped * ((rest - dropped) / minute);
+    const int64_t number = count + count / ten_minutes * 9 * dropped;
+    return rest < minute + dropped ? number : number + dropped * ((rest - dropped) / minute);
+}
+
+uint32_t timecode_of(int64_t count, const Counting &counting) {
+    const int64_t number = frame_number(count, counting);
     const int64_t seconds = number / counting.base;
     return bcd(seconds / 3600) << 24 | bcd(seconds / 60 % 60) << 16 | bcd(seconds % 60) << 8 |
            bcd(number % counting.base);

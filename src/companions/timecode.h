@@ -20,9 +20,15 @@ std::string timecode_text(uint32_t timecode, const Counting &counting = {});
 // Whether the time code says of itself that it drops numbers; those of rates above 30 have no room for that.
 bool has_drop_flag(uint32_t timecode, const Counting &counting);
 
+// Whether all digits of a time code are decimal.
+bool has_digits(uint32_t timecode, const Counting &counting);
+
 // The frame that a time code counts, from midnight on; nothing for one that is invalid, that has a number
 // beyond the base, or that the counting drops.
 std::optional<int64_t> frame_count(uint32_t timecode, const Counting &counting);
+
+// The number of a frame within its day, with the numbers before it that were dropped.
+int64_t frame_number(int64_t count, const Counting &counting);
 
 // The time code of a frame, midnight after a day.
 uint32_t timecode_of(int64_t count, const Counting &counting);
