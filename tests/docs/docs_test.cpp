@@ -25,10 +25,10 @@ class Shell {
  public:
     Shell() {
         fs::create_directory_symlink(KELDUMP_SAMPLES, place.path("samples"));
-        fs::create_symlink(KELDUMP_BINARY, place.path("run"));
+        fs::create_symlink(command_path(), place.path("run"));
     }
     std::string run(const std::string &command) const {
-        const std::string path = fs::path(KELDUMP_BINARY).parent_path().native() + ":" + std::getenv("PATH");
+        const std::string path = fs::path(command_path()).parent_path().native() + ":" + std::getenv("PATH");
         place.write("script",
                     "cd '" + place.path("") + "'\nPATH='" + path + "'\nexport TZ=UTC\n" + command + "\n");
         const std::string shell =

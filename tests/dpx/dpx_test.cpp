@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "dpx/timecode.h"
 #include "support/bytes_of.h"
 #include "support/command.h"
 
@@ -87,17 +86,6 @@ TEST(Dpx, NamesOfCodes) {
         }
     }
     SHOW(names);
-    std::string stocks;
-    for (const char *manufacturer : {"01", "02", "03", "04", "05", "12", "23"}) {
-        for (int type = 0; type < 100; type++) {
-            const std::string film = manufacturer + std::string(1, static_cast<char>('0' + type / 10)) +
-                                     static_cast<char>('0' + type % 10) + "001234567890";
-            char text[17];
-            formatdpxkeycode(text, Bytes(film.data(), film.size()));
-            stocks += std::string(text, 2) + (type % 20 == 19 ? "\n" : " ");
-        }
-    }
-    SHOW(stocks);
 }
 
 TEST(Dpx, EveryFieldInBothByteOrders) {

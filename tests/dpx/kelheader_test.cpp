@@ -2,7 +2,6 @@
 
 #include <sstream>
 
-#include "common/bytes.h"
 #include "support/bytes_of.h"
 #include "support/command.h"
 
@@ -60,7 +59,8 @@ TEST(KelHeader, EveryItemOfWords) {
         "AFD8 AFE8 AFP8 AFQ8 DLT8 DVT8 DVU8 HSH16 TCH4 TCK4 CPU8 VRX20");
     for (std::string name; names >> name;) {
         const auto size = static_cast<uint32_t>(std::stoi(name.substr(3)));
-        words.push_back(size << 24 | little32(Bytes(name.data(), 3)));
+        words.push_back(size << 24 | static_cast<uint32_t>(name[0]) | static_cast<uint32_t>(name[1]) << 8 |
+                        static_cast<uint32_t>(name[2]) << 16);
         for (uint32_t i = 0; i < size; i += 4) words.push_back(0x1000 + static_cast<uint32_t>(words.size()));
     }
     SHOW(items(words));

@@ -128,7 +128,7 @@ TEST(Pipes, StandardInput) {
     place.write("clip.mov", big().u32(8).text("free").str());
     const auto shell = [&](const std::string &command) {
         const std::string script = "cd '" + place.path("") + "' && " + command + " >out";
-        EXPECT_EQ(std::system(("k=" KELDUMP_BINARY "; " + script).c_str()), 0) << command;
+        EXPECT_EQ(std::system(("k=" + command_path() + "; " + script).c_str()), 0) << command;
         return place.read("out");
     };
     const std::string rows = place.run({"-h", "clip.mov"}).out;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "mpeg/names.h"
 #include "support/bytes_of.h"
 #include "support/command.h"
 
@@ -162,28 +161,6 @@ TEST(Mpeg, VideoHeaders) {
         code(0x00,
              Bits({{10, 5}, {3, 3}, {16, 77}, {1, 1}, {3, 2}, {1, 0}, {3, 4}, {1, 1}, {8, 9}, {1, 0}, {1, 0}})
                  .str())));
-}
-
-TEST(Mpeg, NamesOfStreams) {
-    Transcript transcript;
-    std::string names;
-    const Workplace place;
-    place.write("length", "xx");
-    std::FILE *file = std::fopen(place.path("length").c_str(), "rb");
-    for (unsigned id = 0; id < 256; id++) {
-        mpeg_reader reader;
-        mpegbufferinit(reader, file, 0);
-        char name[25];
-        const uint32_t length = mpegstreamid(reader, name, id);
-        names += hex_digits(id) + " " + std::to_string(length) + " " + name + "\n";
-    }
-    mpeg_reader reader;
-    mpegbufferinit(reader, file, 0);
-    mpegbit(reader);
-    mpegbytes(reader, 0);  // finishes the byte
-    EXPECT_EQ(reader.position, 1);
-    std::fclose(file);
-    SHOW(names);
 }
 
 // The start code behind a slice is found bit by bit, and seen whole.

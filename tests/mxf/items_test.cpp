@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "klv_items.h"
-#include "mxf/sets.h"
 
 namespace {
 
@@ -129,18 +128,6 @@ TEST(Sets, NamesAndReferences) {
                                      "clip.mxf");
     SHOW(lines_from(dump, "00000028 "));
     SHOW(lines_from(plain(target + set("2F", local(0x3B03, kGuid))), "    References"));
-}
-
-TEST(Sets, NamesOfClasses) {
-    Transcript transcript;
-    DumpOptions opts{};
-    std::string names;
-    for (unsigned set = 0; set < 256; set++) {
-        const std::string key = big().hex("060E2B34 02530101 0D010101 0101").u8(set).zeros(20).str();
-        const std::string name = mxf_metadata_key(opts, Bytes(key.data(), key.size()), 0, nullptr);
-        if (name != "unknown") names += name + " ";
-    }
-    SHOW(names);
 }
 
 TEST(Sets, DefinitionsNameTags) {

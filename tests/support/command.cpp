@@ -18,6 +18,11 @@ std::string content_of(const std::string &path) {
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
+std::string command_path(const std::string &command) {
+    const char *commands = std::getenv("KELDUMP_COMMANDS");
+    return fs::path(commands ? commands : KELDUMP_COMMANDS) / command;
+}
+
 Workplace::Workplace() {
     std::string pattern = (fs::temp_directory_path() / "keldump-test-XXXXXX").string();
     directory_ = mkdtemp(pattern.data());
@@ -51,9 +56,7 @@ std::string Workplace::read(const std::string &name) const { return content_of(p
 bool Workplace::exists(const std::string &name) const { return fs::exists(path(name)); }
 
 Outcome Workplace::run(const std::vector<std::string> &arguments, const std::string &command) const {
-    const char *commands = std::getenv("KELDUMP_COMMANDS");
-    const fs::path program =
-        (commands ? fs::path(commands) : fs::path(KELDUMP_BINARY).parent_path()) / command;
+    const std::string program = command_path(command);
     const std::string out = directory_ + "/.stdout";
     const std::string err = directory_ + "/.stderr";
     const pid_t child = fork();

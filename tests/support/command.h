@@ -29,8 +29,7 @@ class Workplace {
     bool exists(const std::string &name) const;
     std::string path(const std::string &name) const { return directory_ + "/" + name; }
 
-    // Runs keldump, or a command that is installed beside it; with KELDUMP_COMMANDS set in the environment
-    // those in that directory (builds for other machines).
+    // Runs keldump, or a command that is installed beside it.
     Outcome run(const std::vector<std::string> &arguments, const std::string &command = "keldump") const;
 
  private:
@@ -38,6 +37,10 @@ class Workplace {
 };
 
 std::string content_of(const std::string &path);
+
+// The path of a command as it was built; with KELDUMP_COMMANDS set in the environment that in that directory
+// (builds with sanitizers, or for other machines).
+std::string command_path(const std::string &command = "keldump");
 
 // The dump of a file with the given content and name, with switches before the name. The run must end with
 // status 0 and an empty standard error.

@@ -9,7 +9,6 @@
 #include <filesystem>
 #include <thread>
 
-#include "companions/files.h"
 #include "companions/safe_text.h"
 #include "support/bytes_of.h"
 #include "support/command.h"
@@ -83,7 +82,7 @@ TEST_P(KeldumpAllSignal, LeavesNothingBehind) {
     place.write("a.mp4", big().u32(0x110000).text("abcd").zeros(0x10FFF8).str());
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
-    const std::string program = std::filesystem::path(KELDUMP_BINARY).parent_path() / "keldump-all";
+    const std::string program = command_path("keldump-all");
     const pid_t child = fork();
     if (child == 0) {
         setenv("TMPDIR", place.path("tmp").c_str(), 1);
@@ -154,42 +153,6 @@ TEST(KeldumpAll, Usage) {
     }
     EXPECT_TRUE(all(place, {"--help"}).out.starts_with("usage: keldump-all"));
     EXPECT_EQ(all(place, {"--version"}).out, "keldump-all 5.10.0.0\n");
-}
-
-TEST(Files, NaturalOrder) {
-    const char *const ordered[] = {"",
-                                   "a",
-                                   "a/f9",
-                                   "a/f010",
-                                   "a/f10",
-                                   "a/f10b",
-                                   "a0b1",
-                                   "a01",
-                                   "a99999999999999999999998",
-                                   "a99999999999999999999999",
-                                   "b"};
-    for (size_t i = 0; i < std::size(ordered); i++) {
-        for (size_t j = 0; j < std::size(ordered); j++)
-            EXPECT_EQ(natural_less(ordered[i], ordered[j]), i < j) << i << " " << j;
-    }
-}
-
-// A text cut anywhere gives what it gives in one piece.
-TEST(SafeText, Pieces) {
-    const std::string text =
-        "a\r\n\tb\r\x1b\xC3\xA9\xC2\x85\xE2\x82\xAC\xED\xA0\x80\xF0\x9F\x98\x80\xF5\x80\xC0\xAF\xE2\x82";
-    const std::string safe =
-        "a\r\n\tb\\x0d\\x1b\xC3\xA9\\xc2\\x85\xE2\x82\xAC\\xed\\xa0\\x80\xF0\x9F\x98\x80\\xf5\\x80\\xc0\\xaf"
-        "\\xe2\\x82";
-    for (size_t cut = 0; cut <= text.size(); cut++) {
-        SafeText converter;
-        std::string out;
-        converter.add(std::string_view(text).substr(0, cut), out);
-        for (size_t i = cut; i < text.size(); i++) converter.add(std::string_view(text).substr(i, 1), out);
-        converter.finish(out);
-        EXPECT_EQ(out, safe) << cut;
-    }
-    EXPECT_EQ(safe_name("a\n\t\xFF"), "a\\x0a\\x09\\xff");
 }
 
 }  // namespace
