@@ -4,8 +4,7 @@
 #include "audio/audio.h"
 #include "audio/samples.h"
 #include "common/field_rows.h"
-#include "common/file_access.h"
-#include "common/file_image.h"
+#include "common/print.h"
 #include "common/values.h"
 
 namespace {
@@ -24,7 +23,7 @@ constexpr FieldRow kCommonRows[] = {
 
 struct Walk {
     DumpOptions &opts;
-    std::FILE *file;
+    Input &input;
     Budget budget;
     // From the common chunk; zeros before it.
     uint32_t channels = 0;
@@ -36,7 +35,7 @@ void print_common(Walk &walk, Bytes payload) {
     walk.channels = big16(payload, 0);
     walk.frames = big32(payload, 2);
     walk.bits = big16(payload, 6);
-    std::printf(" COMM\n");
+    print(" COMM\n");
     print_field_rows(big_endian(payload), kCommonRows);
 }
 
@@ -44,16 +43,16 @@ void print_common(Walk &walk, Bytes payload) {
 bool print_sound(Walk &walk, Bytes chunk, uint64_t position) {
     const int32_t offset = static_cast<int32_t>(big32(chunk, kChunkHeader));
     const int64_t samples = static_cast<int64_t>(position + kChunkHeader + kSoundHeader) + offset;
-    std::printf(" SSND\n");
-    std::printf("  Size     %d\n", static_cast<int32_t>(big32(chunk, 4)));
-    std::printf("  Offset   %d\n", offset);
-    std::printf("PTR %08x\n", static_cast<uint32_t>(samples));
+    print(" SSND\n");
+    print("  Size     %d\n", static_cast<int32_t>(big32(chunk, 4)));
+    print("  Offset   %d\n", offset);
+    print("PTR %08x\n", static_cast<uint32_t>(samples));
     if (!walk.opts.flag_a && !walk.opts.flag_t) return true;
-    if (!seek_to(walk.file, samples)) {
-        std::printf("Error: seek failed\n");
+    if (!walk.input.has_place(samples)) {
+        print("Error: seek failed\n");
         return false;
     }
-    audio_samplesdump(walk.opts, walk.file, static_cast<uint64_t>(samples), walk.frames, walk.channels,
+    audio_samplesdump(walk.opts, walk.input, static_cast<uint64_t>(samples), walk.frames, walk.channels,
                       walk.bits, 0, walk.budget);
     return true;
 }
@@ -62,14 +61,15 @@ void walk_chunks(Walk &walk, Bytes form) {
     for (uint64_t position = kFirstChunk; form.has(position, kChunkHeader);) {
         const Bytes chunk = form.from(position);
         const uint32_t size = big32(chunk, 4);
-        std::printf(" Elem %c%c%c%c length %d\n", chunk[0], chunk[1], chunk[2], chunk[3],
-                    static_cast<int32_t>(size));
+        if (position + kChunkHeader > walk.input.end()) return;
+        print(" Elem %c%c%c%c length %d\n", chunk[0], chunk[1], chunk[2], chunk[3],
+              static_cast<int32_t>(size));
         if (bytes_are(chunk, 0, "COMM")) {
             print_common(walk, chunk.from(kChunkHeader));
         } else if (bytes_are(chunk, 0, "SSND")) {
             if (!print_sound(walk, chunk, position)) return;
         } else {
-            std::printf("Unknown\n");
+            print("Unknown\n");
         }
         position += (uint64_t{size} + 9) & ~uint64_t{1};
     }
@@ -79,25 +79,24 @@ void walk_chunks(Walk &walk, Bytes form) {
 
 void aiffdump(DumpOptions &opts, Bytes header, const char *name) {
     const uint32_t size = big32(header, 4);
-    std::printf("Fileformat:AIFF\n");
-    std::printf(" Size:            %lld\n", static_cast<long long>(size));
-    std::printf(" Magic:           %c%c%c%c\n", header[8], header[9], header[10], header[11]);
-    const OpenFile file = open_again(name);
-    if (!file) {
-        std::printf("Error: Could not open file '%s'\n", name);
+    print("Fileformat:AIFF\n");
+    print(" Size:            %lld\n", static_cast<long long>(size));
+    print(" Magic:           %c%c%c%c\n", header[8], header[9], header[10], header[11]);
+    const NamedInput input(name);
+    if (!input) {
+        print("Error: Could not open file '%s'\n", name);
         return;
     }
-    FileImage image(file.get(), 0, size, 512);
-    if (!image.ok()) {
-        std::printf("Error: Failed to allocate buffer %lld bytes\n", static_cast<long long>(size));
+    if (!is_addressable(size)) {
+        print("Error: Failed to allocate buffer %lld bytes\n", static_cast<long long>(size));
         return;
     }
-    const uint64_t available = file_size(file.get());
+    const uint64_t available = input->size();
     if (available < size) {
-        std::printf("Error: Could only read %d bytes of %lld\n", static_cast<int>(available),
-                    static_cast<long long>(size));
+        print("Error: Could only read %d bytes of %lld\n", static_cast<int>(available),
+              static_cast<long long>(size));
         return;
     }
-    Walk walk{opts, file.get(), Budget(available)};
-    walk_chunks(walk, image.bytes());
+    Walk walk{opts, *input, Budget(available)};
+    walk_chunks(walk, input->bytes(0, size, 512));
 }

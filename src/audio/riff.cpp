@@ -5,8 +5,7 @@
 #include "audio/audio.h"
 #include "audio/samples.h"
 #include "common/field_rows.h"
-#include "common/file_access.h"
-#include "common/file_window.h"
+#include "common/print.h"
 #include "common/values.h"
 
 namespace {
@@ -15,6 +14,7 @@ constexpr int64_t kFirstChunk = 12;
 constexpr int64_t kChunkHeader = 8;
 constexpr int64_t kBufferSize = 65536;  // of a chunk's header and the payload that is looked at
 constexpr int64_t kMaxPayload = kBufferSize - kChunkHeader;
+constexpr uint32_t kSmallestRead = 512;
 constexpr int64_t kScanSize = 64;  // what the search for the format reads at each chunk
 constexpr uint32_t kUnknownSize = 0xFFFFFFFF;
 constexpr uint64_t kTable = 28;  // of the RF64 size chunk: sizes of further chunks
@@ -33,9 +33,7 @@ constexpr FieldRow kFormatRows[] = {
 
 struct Walk {
     DumpOptions &opts;
-    std::FILE *file;
-    FileWindow window;
-    int64_t file_bytes;
+    Input &input;
     bool rf64;
     bool cdxa;
     int64_t riff_size;
@@ -50,6 +48,12 @@ struct Walk {
     uint32_t bytes_per_second = 0;
     uint32_t block_size = 0;
     uint32_t bits = 0;
+
+    // Bytes from an offset on, and how many there are: below 0 behind the end.
+    Bytes at(int64_t offset, int64_t n) const {
+        return input.bytes(static_cast<uint64_t>(offset), static_cast<uint64_t>(n), kSmallestRead);
+    }
+    int64_t left_from(int64_t offset) const { return static_cast<int64_t>(input.end()) - offset; }
 };
 
 struct Chunk {
@@ -92,15 +96,15 @@ bool scan_format(Walk &walk) {
     CircleDetector circle;
     int64_t offset = kFirstChunk;
     do {
-        if (!seek_to(walk.file, offset)) {
-            std::printf("Error: Scanning for formattag, seek failed\n");
+        if (!walk.input.has_place(offset)) {
+            print("Error: Scanning for formattag, seek failed\n");
             return false;
         }
-        if (walk.file_bytes - offset < kScanSize) {
-            std::printf("Error: Scanning for formattag, read failed\n");
+        const Bytes chunk = walk.at(offset, kScanSize);
+        if (walk.left_from(offset) < kScanSize) {
+            print("Error: Scanning for formattag, read failed\n");
             return false;
         }
-        const Bytes chunk = walk.window.at(static_cast<uint64_t>(offset)).sub(0, kScanSize);
         const Bytes payload = chunk.from(kChunkHeader);
         if (bytes_are(chunk, 0, "fmt ")) {
             walk.rate = little32(payload, 4);
@@ -122,13 +126,13 @@ void print_format(Walk &walk, Bytes payload) {
     walk.bytes_per_second = little32(payload, 8);
     walk.block_size = little16(payload, 12);
     walk.bits = little16(payload, 14);
-    std::printf("  FMT\n");
+    print("  FMT\n");
     print_field_rows(little_endian(payload), kFormatRows);
 }
 
 void print_size64(const char *label, Bytes field, int64_t value) {
-    std::printf("%s%08x%08x (%lld)\n", label, little32(field, 4), little32(field, 0),
-                static_cast<long long>(value));
+    print("%s%08x%08x (%lld)\n", label, little32(field, 4), little32(field, 0),
+          static_cast<long long>(value));
 }
 
 void print_sizes(const Walk &walk, Bytes payload) {
@@ -136,37 +140,37 @@ void print_sizes(const Walk &walk, Bytes payload) {
     print_size64("   Size            ", payload, walk.riff_size64);
     print_size64("   Datasize        ", payload.from(8), walk.data_size);
     print_size64("   Samplecount     ", payload.from(16), walk.sample_count);
-    std::printf("   Tablelength     %d\n", entries);
+    print("   Tablelength     %d\n", entries);
     for (int32_t i = 0; i < entries; i++) {
         const uint64_t offset = kTable + kTableEntry * static_cast<uint64_t>(i);
         if (!payload.has(offset, kTableEntry)) return;
         const Bytes entry = payload.from(offset);
-        std::printf("    Elem           %c%c%c%c\n", entry[0], entry[1], entry[2], entry[3]);
+        print("    Elem           %c%c%c%c\n", entry[0], entry[1], entry[2], entry[3]);
         print_size64("    Size           ", entry.from(4), s64(entry, 4));
     }
 }
 
 void print_cdxa(const Chunk &chunk) {
-    std::printf("  CDXA\n");
-    std::printf("              %08x\n", chunk.size_field);
-    for (uint64_t i = 0; i < 6; i++) std::printf("              %08x\n", little32(chunk.payload, 4 * i));
+    print("  CDXA\n");
+    print("              %08x\n", chunk.size_field);
+    for (uint64_t i = 0; i < 6; i++) print("              %08x\n", little32(chunk.payload, 4 * i));
 }
 
 void print_play_length(int64_t length, uint32_t bytes_per_second) {
     const int64_t seconds = bytes_per_second ? length / bytes_per_second : 0;
     const int64_t milliseconds = bytes_per_second ? length % bytes_per_second * 1000 / bytes_per_second : 0;
-    std::printf("   Length          %02d:%02d:%02d.%03d\n", static_cast<int>(seconds / 3600),
-                static_cast<int>(seconds / 60 % 60), static_cast<int>(seconds % 60),
-                static_cast<int>(milliseconds));
+    print("   Length          %02d:%02d:%02d.%03d\n", static_cast<int>(seconds / 3600),
+          static_cast<int>(seconds / 60 % 60), static_cast<int>(seconds % 60),
+          static_cast<int>(milliseconds));
 }
 
 void print_data(Walk &walk, const Chunk &chunk) {
     const int64_t samples = walk.channels && walk.block_size ? chunk.length / walk.block_size : 0;
-    std::printf("  DATA\n");
-    std::printf("   Samples         %d\n", static_cast<int32_t>(samples));
+    print("  DATA\n");
+    print("   Samples         %d\n", static_cast<int32_t>(samples));
     print_play_length(chunk.length, walk.bytes_per_second);
     if (!walk.opts.flag_a && !walk.opts.flag_t) return;
-    audio_samplesdump(walk.opts, walk.file, static_cast<uint64_t>(chunk.offset + kChunkHeader), samples,
+    audio_samplesdump(walk.opts, walk.input, static_cast<uint64_t>(chunk.offset + kChunkHeader), samples,
                       walk.channels, walk.bits, 1, walk.budget);
 }
 
@@ -191,31 +195,30 @@ constexpr BextText kBextTexts[] = {
 
 void print_bext(const Walk &walk, const Chunk &chunk) {
     const Bytes payload = chunk.payload;
-    std::printf("  Broadcast Wave\n");
+    print("  Broadcast Wave\n");
     for (const BextText &row : kBextTexts) {
         if (chunk.length > row.longer_than) {
-            std::printf("%s%s\n", row.label, checkascii(payload.from(row.offset), row.width));
+            print("%s%s\n", row.label, checkascii(payload.from(row.offset), row.width));
         }
     }
     if (chunk.length >= 343 && walk.rate >= 1000) {
         const uint64_t reference = static_cast<uint64_t>(s64(payload, 338));
         const uint64_t seconds = reference / walk.rate;
-        std::printf("   timerreference     %02d:%02d:%02d.%03d\n", static_cast<int>(seconds / 3600 % 24),
-                    static_cast<int>(seconds / 60 % 60), static_cast<int>(seconds % 60),
-                    static_cast<int>(reference % walk.rate / (walk.rate / 1000)));
+        print("   timerreference     %02d:%02d:%02d.%03d\n", static_cast<int>(seconds / 3600 % 24),
+              static_cast<int>(seconds / 60 % 60), static_cast<int>(seconds % 60),
+              static_cast<int>(reference % walk.rate / (walk.rate / 1000)));
     }
-    if (chunk.length > 348) std::printf("   version            %d\n", little16(payload, 346));
+    if (chunk.length > 348) print("   version            %d\n", little16(payload, 346));
 }
 
 void print_ixml(Bytes payload) {
     const unsigned width = static_cast<unsigned>(std::min<uint64_t>(payload.size(), 255));
-    std::printf("%s\n", checkascii(payload, width));
+    print("%s\n", checkascii(payload, width));
 }
 
 void print_chunk(Walk &walk, const Chunk &chunk) {
-    std::printf(" Elem %c%c%c%c length %lld (offset:%16llx)\n", chunk.id[0], chunk.id[1], chunk.id[2],
-                chunk.id[3], static_cast<long long>(chunk.length),
-                static_cast<unsigned long long>(chunk.offset));
+    print(" Elem %c%c%c%c length %lld (offset:%16llx)\n", chunk.id[0], chunk.id[1], chunk.id[2], chunk.id[3],
+          static_cast<long long>(chunk.length), static_cast<unsigned long long>(chunk.offset));
     if (bytes_are(chunk.id, 0, "fmt ")) {
         print_format(walk, chunk.payload);
     } else if (bytes_are(chunk.id, 0, "ds64")) {
@@ -231,32 +234,32 @@ void print_chunk(Walk &walk, const Chunk &chunk) {
     } else if (bytes_are(chunk.id, 0, "bext")) {
         print_bext(walk, chunk);
     } else if (bytes_are(chunk.id, 0, "umid")) {
-        std::printf("  Unique Material Identifier\n");
+        print("  Unique Material Identifier\n");
     } else {
-        std::printf("  Unknown\n");
+        print("  Unknown\n");
     }
 }
 
 // Second pass: every chunk.
 void walk_chunks(Walk &walk) {
     for (int64_t offset = kFirstChunk; offset < walk.riff_size;) {
-        const int64_t available = walk.file_bytes - offset;
-        if (!seek_to(walk.file, offset)) {
-            std::printf("Error: seek failed\n");
+        if (!walk.input.has_place(offset)) {
+            print("Error: seek failed\n");
             return;
         }
+        const Bytes bytes = walk.at(offset, kBufferSize);
+        const int64_t available = walk.left_from(offset);
         if (available < kChunkHeader) {
-            std::printf("Error: read failed\n");
+            print("Error: read failed\n");
             return;
         }
-        const Bytes bytes = walk.window.at(static_cast<uint64_t>(offset));
         const uint32_t size_field = little32(bytes, 4);
         int64_t length = signed_size(size_field);
         if (size_field == kUnknownSize && bytes_are(bytes, 0, "data")) length = walk.data_size;
         const int64_t payload = std::min(length, kMaxPayload);
         if (length < 0 || available - kChunkHeader < payload) {
-            std::printf("Error: read failed %d @ %lld\n", static_cast<int>(kBufferSize),
-                        static_cast<long long>(offset));
+            print("Error: read failed %d @ %lld\n", static_cast<int>(kBufferSize),
+                  static_cast<long long>(offset));
             return;
         }
         print_chunk(walk, {offset, length, size_field, bytes.sub(0, 4),
@@ -270,29 +273,27 @@ void walk_chunks(Walk &walk) {
 
 void riffdump(DumpOptions &opts, Bytes header, const char *name, int rf64) {
     if (!name) {
-        std::printf("Error: riffdump, filename parameter is NULL\n");
+        print("Error: riffdump, filename parameter is NULL\n");
         return;
     }
-    const OpenFile file = open_again(name);
-    if (!file) {
-        std::printf("Error: Could not open file '%s'\n", name);
+    const NamedInput input(name);
+    if (!input) {
+        print("Error: Could not open file '%s'\n", name);
         return;
     }
     Walk walk{opts,
-              file.get(),
-              FileWindow(file.get(), kBufferSize, 512),
-              static_cast<int64_t>(file_size(file.get())),
+              *input,
               rf64 != 0,
               bytes_are(header, 8, "CDXA"),
               signed_size(little32(header, 4)),
-              Budget(file_size(file.get()))};
-    if (!walk.window.ok()) {
-        std::printf("Error: Failed to allocate buffer %lld bytes\n", static_cast<long long>(kBufferSize));
+              Budget(input->size())};
+    if (!is_addressable(input->size())) {
+        print("Error: Failed to allocate buffer %lld bytes\n", static_cast<long long>(kBufferSize));
         return;
     }
     if (!scan_format(walk)) return;
-    std::printf("Fileformat:%s\n", rf64 ? "RF64" : "RIFF");
-    std::printf(" Size:            %lld\n", static_cast<long long>(walk.riff_size));
-    std::printf(" Magic:           %c%c%c%c\n", header[8], header[9], header[10], header[11]);
+    print("Fileformat:%s\n", rf64 ? "RF64" : "RIFF");
+    print(" Size:            %lld\n", static_cast<long long>(walk.riff_size));
+    print(" Magic:           %c%c%c%c\n", header[8], header[9], header[10], header[11]);
     walk_chunks(walk);
 }

@@ -4,8 +4,6 @@
 #include <cstring>
 #include <vector>
 
-#include "common/file_access.h"
-#include "common/file_image.h"
 #include "common/hexrow.h"
 #include "common/line_buffer.h"
 #include "dpx/timecode.h"
@@ -183,10 +181,10 @@ void print_empty_frames(uint64_t frames, uint32_t channels, Budget &budget) {
 
 }  // namespace
 
-void audio_samplesdump(DumpOptions &opts, std::FILE *file, uint64_t position, int64_t frames,
-                       uint32_t channels, uint32_t bits, int little_endian, Budget &budget) {
+void audio_samplesdump(DumpOptions &opts, Input &input, uint64_t position, int64_t frames, uint32_t channels,
+                       uint32_t bits, int little_endian, Budget &budget) {
     const uint32_t sample_size = (bits + 7) / 8;
-    const uint64_t size = file_size(file);
+    const uint64_t size = input.end();
     if (frames <= 0 || budget.spent()) return;
     if (channels == 0 || sample_size == 0) {
         if (opts.flag_a) print_empty_frames(static_cast<uint64_t>(frames), channels, budget);
@@ -201,10 +199,9 @@ void audio_samplesdump(DumpOptions &opts, std::FILE *file, uint64_t position, in
 
     Dump dump(opts, channels, sample_size, little_endian);
     const uint64_t step = kBlock / sample_size * sample_size;
-    FileImage image(file, position, step);
     for (const uint64_t end = position + wanted; position < end; position += step) {
-        image.move_to(position);
-        dump.block(image.bytes().span(0, std::min(step, end - position)));
+        const Bytes block = input.present(position, std::min(step, end - position));
+        dump.block(block.span(0, block.size()));
     }
     dump.end();
 }

@@ -5,15 +5,21 @@
 #include <cstdint>
 #include <span>
 
-class FileImage;
+#include "common/block_cache.h"
 
-// A read-only window on memory or on a FileImage. Reading outside the window gives 0 and no offset can
+// A read-only window on memory or on an input's bytes. Reading outside the window gives 0 and no offset can
 // overflow, so that a damaged file cannot lead a reader outside; `has` tells where a cut file ends a list.
-// A window on an image must not outlive the image.
+// A window on an input must not outlive the input.
 class Bytes {
  public:
     constexpr Bytes() = default;
     Bytes(const void *data, uint64_t size) : data_(static_cast<const uint8_t *>(data)), size_(size) {}
+    // size bytes of an input from an offset on, read in blocks of at least `block` bytes (a power of two).
+    Bytes(BlockCache &cache, uint64_t start, uint64_t size, uint32_t block)
+        : start_(start),
+          size_(size < UINT64_MAX - start ? size : UINT64_MAX - start),
+          cache_(&cache),
+          block_(block) {}
 
     uint64_t size() const { return size_; }
     bool empty() const { return size_ == 0; }
@@ -21,8 +27,9 @@ class Bytes {
 
     uint8_t operator[](uint64_t i) const {
         if (i >= size_) return 0;
-        if (image_) load(i, 1);
-        return data_[i];
+        if (!cache_) return data_[i];
+        const uint8_t *byte = cache_->at(start_ + i, 1, block_);
+        return byte ? *byte : 0;
     }
 
     // The window's rest from an offset on, and n bytes from an offset on, both clamped to the window.
@@ -30,16 +37,22 @@ class Bytes {
     Bytes sub(uint64_t offset, uint64_t n) const {
         Bytes part = *this;
         const uint64_t start = offset < size_ ? offset : size_;
-        part.data_ = data_ + start;
+        if (cache_) {
+            part.start_ += start;
+        } else {
+            part.data_ += start;
+        }
         part.size_ = n < size_ - start ? n : size_ - start;
         return part;
     }
 
-    // The bytes of a range that lie inside the window, in memory: for rows, texts and comparisons.
+    // The bytes of a range that lie inside the window, in memory: for rows, texts and comparisons. Of an
+    // input's window a span is good until two more are taken.
     std::span<const uint8_t> span(uint64_t offset, uint64_t n) const {
         const Bytes part = sub(offset, n);
-        if (part.image_ && part.size_) part.load(0, part.size_);
-        return {part.data_, static_cast<size_t>(part.size_)};
+        const size_t size = static_cast<size_t>(part.size_);
+        if (part.cache_) return part.cache_->gather(part.start_, size, block_);
+        return {part.data_, size};
     }
 
     // n bytes (1 to 8) as an unsigned number; bytes outside the window count as 0.
@@ -63,21 +76,22 @@ class Bytes {
     }
 
  private:
-    friend class FileImage;
-
-    void load(uint64_t offset, uint64_t n) const;  // fills the image's blocks of a range of the window
+    // The bytes of a number in one piece; null where they are not.
     const uint8_t *loaded(uint64_t offset, unsigned n) const {
         if (!has(offset, n)) return nullptr;
-        if (image_) load(offset, n);
-        return data_ + offset;
+        return cache_ ? cache_->at(start_ + offset, n, block_) : data_ + offset;
     }
     uint8_t at(uint64_t offset, uint64_t i) const {
         return offset > UINT64_MAX - i ? 0 : (*this)[offset + i];
     }
 
-    const uint8_t *data_ = nullptr;
+    union {
+        const uint8_t *data_ = nullptr;
+        uint64_t start_;  // in the input
+    };
     uint64_t size_ = 0;
-    FileImage *image_ = nullptr;
+    BlockCache *cache_ = nullptr;
+    uint32_t block_ = 0;
 };
 
 inline uint16_t little16(Bytes b, uint64_t offset = 0) { return static_cast<uint16_t>(b.little(offset, 2)); }

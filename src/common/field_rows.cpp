@@ -1,7 +1,6 @@
 #include "common/field_rows.h"
 
-#include <cstdio>
-
+#include "common/print.h"
 #include "common/values.h"
 
 namespace {
@@ -13,11 +12,9 @@ struct Frame {
 };
 
 void print_number(const Frame &frame, uint32_t value) {
-    std::printf("%s%d%s", frame.before, static_cast<int32_t>(value), frame.after);
+    print("%s%d%s", frame.before, static_cast<int32_t>(value), frame.after);
 }
-void print_string(const Frame &frame, const char *text) {
-    std::printf("%s%s%s", frame.before, text, frame.after);
-}
+void print_string(const Frame &frame, const char *text) { print("%s%s%s", frame.before, text, frame.after); }
 
 uint64_t size_of(Field kind) {
     switch (kind) {
@@ -37,21 +34,20 @@ void print_value(OrderedBytes field, Field kind, const Frame &frame) {
     const uint32_t word = field.u32(0);
     switch (kind) {
         case Field::dec8: print_number(frame, field.u8(0)); break;
-        case Field::hex8: std::printf("%s%02x%s", frame.before, field.u8(0), frame.after); break;
+        case Field::hex8: print("%s%02x%s", frame.before, field.u8(0), frame.after); break;
         case Field::dec16: print_number(frame, field.u16(0)); break;
-        case Field::hex16: std::printf("%s%04x%s", frame.before, field.u16(0), frame.after); break;
+        case Field::hex16: print("%s%04x%s", frame.before, field.u16(0), frame.after); break;
         case Field::dec32: print_number(frame, word); break;
-        case Field::hex32: std::printf("%s%08x%s", frame.before, word, frame.after); break;
-        case Field::upper_hex32: std::printf("%s0x%08X%s", frame.before, word, frame.after); break;
+        case Field::hex32: print("%s%08x%s", frame.before, word, frame.after); break;
+        case Field::upper_hex32: print("%s0x%08X%s", frame.before, word, frame.after); break;
         case Field::dec64:
-            std::printf("%s%lld%s", frame.before, static_cast<long long>(field.s64(0)), frame.after);
+            print("%s%lld%s", frame.before, static_cast<long long>(field.s64(0)), frame.after);
             break;
         case Field::hex64:
-            std::printf("%s%016llx%s", frame.before, static_cast<unsigned long long>(field.u64(0)),
-                        frame.after);
+            print("%s%016llx%s", frame.before, static_cast<unsigned long long>(field.u64(0)), frame.after);
             break;
         case Field::real:
-            std::printf("%s%f%s", frame.before, static_cast<double>(float_of_bits(word)), frame.after);
+            print("%s%f%s", frame.before, static_cast<double>(float_of_bits(word)), frame.after);
             break;
         case Field::set_dec8: print_string(frame, checkuint8(field.u8(0))); break;
         case Field::set_dec16: print_string(frame, checkuint16(field.u16(0))); break;
@@ -79,11 +75,11 @@ void print_values(OrderedBytes field, const FieldRow &row) {
 
 void print_field_row(OrderedBytes field, const FieldRow &row) {
     if (row.kind == Field::ascii) {
-        std::printf("%s%s\n", row.label, checkascii(field.bytes, row.count));
+        print("%s%s\n", row.label, checkascii(field.bytes, row.count));
     } else if (row.kind == Field::text || row.kind == Field::quoted_text) {
         const Text text = text_at(field.bytes, 0, row.count);
         const char *quote = row.kind == Field::text ? "" : "'";
-        std::printf("%s%s%.*s%s\n", row.label, quote, text.length, text.start, quote);
+        print("%s%s%.*s%s\n", row.label, quote, text.length, text.start, quote);
     } else {
         print_values(field, row);
     }

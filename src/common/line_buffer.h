@@ -1,37 +1,26 @@
-// Output of dumps that print per byte or per sample: text is appended to a block that goes to standard
-// output when it is full, without a formatter call a piece.
+// Output of dumps that print per byte or per sample, without a formatter call a piece.
 #pragma once
 
 #include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
 #include <cstring>
 #include <span>
 #include <string_view>
 
-// Interleaves with printf as long as it is flushed (or destroyed) before the next printf.
+#include "common/print.h"
+
+// Appends to standard output, in turn with print.
 class LineBuffer {
  public:
-    LineBuffer() = default;
-    ~LineBuffer() { flush(); }
-    LineBuffer(const LineBuffer &) = delete;
-    LineBuffer &operator=(const LineBuffer &) = delete;
-
-    void flush() {
-        if (used_) std::fwrite(block_, 1, used_, stdout);
-        used_ = 0;
-    }
-
     void put(char c) { *claim(1) = c; }
     void text(std::string_view s) {
-        if (s.size() > kPiece) {
-            flush();
-            std::fwrite(s.data(), 1, s.size(), stdout);
-            return;
+        if (s.size() <= kPiece) {
+            std::memcpy(claim(s.size()), s.data(), s.size());
+        } else {
+            standard_output.write(s);
         }
-        std::memcpy(claim(s.size()), s.data(), s.size());
     }
     void bytes(std::span<const uint8_t> b) {
         for (; b.size() > kPiece; b = b.subspan(kPiece)) std::copy_n(b.data(), kPiece, claim(kPiece));
@@ -58,12 +47,7 @@ class LineBuffer {
     void signed_decimal(int64_t value, unsigned width = 1);
 
     // Room for n characters (64 KiB at most) at the end; the caller fills all of them.
-    char *claim(size_t n) {
-        if (sizeof block_ - used_ < n) flush();
-        char *room = block_ + used_;
-        used_ += n;
-        return room;
-    }
+    char *claim(size_t n) { return standard_output.claim(n); }
 
  private:
     static constexpr size_t kPiece = 4096;
@@ -99,7 +83,4 @@ class LineBuffer {
         for (unsigned i = 0; i < total - n; i++) room[i] = pad;
         for (unsigned i = 0; i < n; i++) room[total - 1 - i] = reversed[i];
     }
-
-    size_t used_ = 0;
-    char block_[80 * 1024];  // more than the stream's own buffer, so that a full block is not copied again
 };

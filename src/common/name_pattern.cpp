@@ -27,7 +27,13 @@ bool valid_name_pattern(const char *pattern) {
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
-void expand_name_pattern(char *name, size_t size, const char *pattern, int32_t number) {
-    std::snprintf(name, size, pattern, number);
+std::string name_from_pattern(const char *pattern, int32_t number) {
+    char name[256];
+    const int length = std::snprintf(name, sizeof name, pattern, number);
+    if (length < 0) return {};
+    if (static_cast<size_t>(length) < sizeof name) return name;
+    std::string long_name(static_cast<size_t>(length), '\0');
+    std::snprintf(long_name.data(), long_name.size() + 1, pattern, number);
+    return long_name;
 }
 #pragma GCC diagnostic pop

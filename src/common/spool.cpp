@@ -1,33 +1,23 @@
 #include "common/spool.h"
 
 #include <fcntl.h>
-#include <sys/mman.h>
+#include <poll.h>
 #include <sys/types.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
-#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <string>
-#include <vector>
-
-#include "common/file_access.h"
 
 namespace {
 
-constexpr size_t kBlock = 1 << 20;
-constexpr uint64_t kMostInMemory = uint64_t{256} << 20;
+constexpr uint64_t kBlock = 1 << 20;
+constexpr uint64_t kMostInMemory = uint64_t{1} << 30;
 
-int memory_file() {
-#ifdef MFD_CLOEXEC
-    return memfd_create("keldump input", MFD_CLOEXEC);
-#else
-    return -1;
-#endif
-}
-
-int disk_file() {
+int nameless_file() {
     const char *configured = std::getenv("TMPDIR");
     const std::string directory = configured && *configured ? configured : "/tmp";
 #ifdef O_TMPFILE
@@ -46,58 +36,81 @@ int disk_file() {
     return fd;
 }
 
-// Whether all n bytes were written at an offset.
-bool write_at(int fd, uint64_t offset, const uint8_t *data, size_t n) {
-    while (n > 0) {
-        const ssize_t count = pwrite(fd, data, n, static_cast<off_t>(offset));
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return false;
-        data += count;
-        offset += static_cast<uint64_t>(count);
-        n -= static_cast<size_t>(count);
+// Up to n bytes, waiting for them where the descriptor does not; 0 at the end or at an error.
+uint64_t read_some(int fd, uint8_t *data, uint64_t n) {
+    for (;;) {
+        const ssize_t count = ::read(fd, data, n);
+        if (count >= 0) return static_cast<uint64_t>(count);
+        if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            pollfd ready{fd, POLLIN, 0};
+            poll(&ready, 1, -1);
+        } else if (errno != EINTR) {
+            return 0;
+        }
     }
-    return true;
 }
 
-// Moves the bytes written so far to a file on disk; false, and all stays as it is, where it cannot hold them.
-bool move_to_disk(int &fd, uint64_t size) {
-    const int disk = disk_file();
-    if (disk < 0) return false;
-    std::vector<uint8_t> block(kBlock);
-    for (uint64_t done = 0; done < size;) {
-        const uint64_t count = read_at(fd, done, block.data(), block.size());
-        if (count == 0 || !write_at(disk, done, block.data(), count)) {
-            close(disk);
-            return false;
-        }
-        done += count;
+// The bytes written at an offset, fewer than n where no more could be.
+uint64_t write_at(int fd, uint64_t offset, const uint8_t *data, uint64_t n) {
+    uint64_t written = 0;
+    while (written < n) {
+        const ssize_t count = pwrite(fd, data + written, n - written, static_cast<off_t>(offset + written));
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        written += static_cast<uint64_t>(count);
     }
-    close(fd);
-    fd = disk;
-    return true;
+    return written;
 }
 
 }  // namespace
 
-int spool(int input) {
-    int fd = memory_file();
-    bool may_move = fd >= 0;
-    if (fd < 0) fd = disk_file();
-    if (fd < 0) return -1;
-    std::vector<uint8_t> block(kBlock);
-    uint64_t size = 0;
-    while (const uint64_t count = read_fully(input, block.data(), block.size())) {
-        bool written =
-            (!may_move || size + count <= kMostInMemory) && write_at(fd, size, block.data(), count);
-        if (!written && may_move) {
-            may_move = false;
-            written = move_to_disk(fd, size) && write_at(fd, size, block.data(), count);
-        }
-        if (!written) {
-            close(fd);
-            return -1;
-        }
-        size += count;
+std::unique_ptr<Spool> Spool::of(int pipe) {
+    std::unique_ptr<Spool> spool(new Spool);
+    spool->fd_ = nameless_file();
+    spool->disk_is_full_ = spool->fd_ < 0;
+    const auto block = std::make_unique_for_overwrite<uint8_t[]>(kBlock);
+    while (const uint64_t count = read_some(pipe, block.get(), kBlock)) {
+        if (!spool->add(block.get(), count)) return nullptr;
     }
-    return fd;
+    return spool;
+}
+
+Spool::~Spool() {
+    if (fd_ >= 0) close(fd_);
+}
+
+bool Spool::add(const uint8_t *data, uint64_t n) {
+    if (!disk_is_full_) {
+        const uint64_t written = write_at(fd_, on_disk_, data, n);
+        on_disk_ += written;
+        data += written;
+        n -= written;
+        disk_is_full_ = n > 0;
+    }
+    if (in_memory_ + n > kMostInMemory) return false;
+    while (n > 0) {
+        const uint64_t inside = in_memory_ % kBlock;
+        if (inside == 0) blocks_.push_back(std::make_unique_for_overwrite<uint8_t[]>(kBlock));
+        const uint64_t part = std::min(n, kBlock - inside);
+        std::memcpy(blocks_.back().get() + inside, data, part);
+        in_memory_ += part;
+        data += part;
+        n -= part;
+    }
+    return true;
+}
+
+int64_t Spool::read(uint64_t offset, void *data, uint64_t n) const {
+    if (offset < on_disk_) {
+        const uint64_t part = std::min(n, on_disk_ - offset);
+        for (;;) {
+            const ssize_t count = pread(fd_, data, part, static_cast<off_t>(offset));
+            if (count >= 0 || errno != EINTR) return count;
+        }
+    }
+    const uint64_t place = offset - on_disk_;
+    if (place >= in_memory_) return 0;
+    const uint64_t part = std::min({n, in_memory_ - place, kBlock - place % kBlock});
+    std::memcpy(data, blocks_[place / kBlock].get() + place % kBlock, part);
+    return static_cast<int64_t>(part);
 }

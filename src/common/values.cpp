@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "common/print.h"
+
 namespace {
 
 constexpr uint32_t kBuffers = 16;
@@ -84,7 +86,8 @@ uint64_t print_text(Bytes b, uint64_t offset) {
     Text text;
     do {
         text = text_at(b.from(offset), printed, kStep);
-        printed += std::fwrite(text.start, 1, static_cast<size_t>(text.length), stdout);
+        standard_output.write({text.start, static_cast<size_t>(text.length)});
+        printed += static_cast<uint64_t>(text.length);
     } while (text.length == kStep);
     return printed;
 }

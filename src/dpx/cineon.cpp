@@ -1,9 +1,9 @@
 // Cineon 4.5 header. The C before the colon of a label marks a core field.
-#include <cstdio>
 #include <span>
 
 #include "common/field_rows.h"
 #include "common/names.h"
+#include "common/print.h"
 #include "dpx/dpx.h"
 #include "dpx/names.h"
 
@@ -88,13 +88,13 @@ void print_rows(Bytes header, std::span<const FieldRow> rows) {
 }
 
 void print_image(Bytes header) {
-    std::printf("image\n");
-    std::printf(" orientation    C : %d %s\n", header[kOrientation],
-                name_at(table_orientation, header[kOrientation]));
-    std::printf(" channels       C : %d\n", header[kChannelCount]);
+    print("image\n");
+    print(" orientation    C : %d %s\n", header[kOrientation],
+          name_at(table_orientation, header[kOrientation]));
+    print(" channels       C : %d\n", header[kChannelCount]);
     // Counts beyond 8 show what follows the channel table.
     for (int i = 0; i < header[kChannelCount]; i++) {
-        std::printf(" channel-%d\n", i);
+        print(" channel-%d\n", i);
         print_rows(header.from(kChannels + kChannelSize * static_cast<uint64_t>(i)), kChannelRows);
     }
     print_rows(header, kColourRows);
@@ -104,13 +104,13 @@ void print_image(Bytes header) {
 
 void cineondump(DumpOptions &, Bytes bytes, uint32_t length) {
     const Bytes header = bytes.sub(0, length);
-    std::printf("file\n");
+    print("file\n");
     print_rows(header, kFileRows);
     print_image(header);
-    std::printf("data\n");
+    print("data\n");
     print_rows(header, kDataRows);
-    std::printf("source\n");
+    print("source\n");
     print_rows(header, kSourceRows);
-    std::printf("film\n");
+    print("film\n");
     print_rows(header, kFilmRows);
 }

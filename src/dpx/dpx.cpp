@@ -7,9 +7,8 @@
 #include <cstring>
 
 #include "common/field_rows.h"
-#include "common/file_access.h"
-#include "common/file_image.h"
 #include "common/names.h"
+#include "common/print.h"
 #include "common/values.h"
 #include "dpx/kelheader.h"
 #include "dpx/names.h"
@@ -191,7 +190,7 @@ bool wants_picture_timecode(const DumpOptions &opts, const Header &header) {
 }
 
 // Reads the timecode burned into the first lines of the picture; zeros when there is none.
-PictureTimecode read_picture_timecode(const Header &header, std::FILE *file) {
+PictureTimecode read_picture_timecode(const Header &header, Input &input) {
     constexpr uint64_t kBytesOfAPixel = 128;  // what is taken of the picture, a pixel of its width
     const uint64_t offset = header.u32(kImageOffset);
     const uint32_t width = header.u32(772);
@@ -206,10 +205,9 @@ PictureTimecode read_picture_timecode(const Header &header, std::FILE *file) {
         return {};
     }
     const uint64_t size = width * kBytesOfAPixel;
-    if (offset + size > file_size(file)) return {};
-    FileImage picture(file, offset, size);
+    if (offset + size > input.size()) return {};
     PictureTimecode found;
-    keltimecode_image(picture.bytes(), width, 0, layout, &found.timecode, &found.frame);
+    keltimecode_image(input.bytes(offset, size), width, 0, layout, &found.timecode, &found.frame);
     return found;
 }
 
@@ -217,37 +215,37 @@ void print_range_line(const DumpOptions &opts, const Header &header, const char 
                       PictureTimecode picture) {
     const char *timecode = checkuint32(header.u32(kTimecode), 1);
     if (opts.flag_t) {
-        std::printf(" %s : %08x %s\n", name, picture.timecode, timecode);
+        print(" %s : %08x %s\n", name, picture.timecode, timecode);
     } else {
-        std::printf(" %s : %s %s\n", name, timecode, checkuint32(header.u32(kUserBits), 1));
+        print(" %s : %s %s\n", name, timecode, checkuint32(header.u32(kUserBits), 1));
     }
 }
 
 void print_file(const Header &header) {
     const uint32_t magic = little32(header.bytes);
-    std::printf("file\n");
-    std::printf(" magic          C : %08x %s\n", magic,
-                magic == kLittleEndianMagic ? "Little Endian" : "Big Endian");
+    print("file\n");
+    print(" magic          C : %08x %s\n", magic,
+          magic == kLittleEndianMagic ? "Little Endian" : "Big Endian");
     print_field_rows(header, kFileRows);
 }
 
 void print_image_element(const Header &header, uint64_t i) {
     const Header element = header.from(kElements + kElementSize * i);
-    std::printf("imagechannel-%d\n", static_cast<int>(i));
+    print("imagechannel-%d\n", static_cast<int>(i));
     print_field_rows(element, kElementRangeRows);
     const uint32_t descriptor = element.u8(kElementDescriptor);
-    std::printf(" descriptor    C : %d %s\n", descriptor, name_of(kDescriptorNames, descriptor));
+    print(" descriptor    C : %d %s\n", descriptor, name_of(kDescriptorNames, descriptor));
     print_field_rows(element, kElementCodeRows);
-    std::printf(" packing       C : %d %s\n", element.u16(24), name_at(table_packing, element.u16(24)));
-    std::printf(" encoding      C : %s %s\n", checkuint16(element.u16(26)),
-                name_at(table_encoding, element.u16(26)));
+    print(" packing       C : %d %s\n", element.u16(24), name_at(table_packing, element.u16(24)));
+    print(" encoding      C : %s %s\n", checkuint16(element.u16(26)),
+          name_at(table_encoding, element.u16(26)));
     print_field_rows(element, kElementDataRows);
 }
 
 void print_image(const Header &header) {
     const uint32_t orientation = header.u16(768);
-    std::printf("image\n");
-    std::printf(" orientation    C : %d %s\n", orientation, name_at(table_orientation, orientation));
+    print("image\n");
+    print(" orientation    C : %d %s\n", orientation, name_at(table_orientation, orientation));
     print_field_rows(header, kImageRows);
     const uint64_t elements = std::min<uint64_t>(header.u16(770), kMaxElements);
     for (uint64_t i = 0; i < elements; i++) print_image_element(header, i);
@@ -259,36 +257,35 @@ const char *aspect_ratio(uint32_t horizontal, uint32_t vertical) {
 }
 
 void print_source(const Header &header) {
-    std::printf("source\n");
+    print("source\n");
     print_field_rows(header, kSourceRows);
-    std::printf(" aspectratio      : %s\n", aspect_ratio(header.u32(1628), header.u32(1632)));
+    print(" aspectratio      : %s\n", aspect_ratio(header.u32(1628), header.u32(1632)));
     print_field_rows(header, kAspectRows);
 }
 
 void print_arri_keycode(const Header &header) {
-    std::printf("arri keycode status\n");
+    print("arri keycode status\n");
     print_field_rows(header, kArriRows);
-    std::printf(" keycode filmtype : %s\n", name_of(kArriFilmTypes, header.u8(1883), "?"));
-    std::printf(" keycode status   : %s\n", name_of(kArriStatusNames, header.u8(1884), "?"));
+    print(" keycode filmtype : %s\n", name_of(kArriFilmTypes, header.u8(1883), "?"));
+    print(" keycode status   : %s\n", name_of(kArriStatusNames, header.u8(1884), "?"));
 }
 
 void print_film(const Header &header) {
     char keycode[17];
     formatdpxkeycode(keycode, header.bytes.from(kFilmHeader));
-    std::printf("film\n");
-    std::printf(" keycode          : '%s'\n", keycode);
+    print("film\n");
+    print(" keycode          : '%s'\n", keycode);
     print_field_rows(header, kFilmRows);
     if (bytes_are(header.bytes, kArriStatus, "ARRI01")) print_arri_keycode(header);
 }
 
 void print_television(const Header &header) {
     const uint32_t signal = header.u8(1930);
-    std::printf("television\n");
+    print("television\n");
     print_field_rows(header, kTelevisionRows);
-    std::printf(" videosignal      : %s %s\n", checkuint8(signal), name_of(kSignalNames, signal));
+    print(" videosignal      : %s %s\n", checkuint8(signal), name_of(kSignalNames, signal));
     print_field_rows(header, kSignalRows);
-    if (header.u8(1972) != 0xFF)
-        std::printf(" reelname         : %s\n", checkascii(header.bytes.from(1972), 76));
+    if (header.u8(1972) != 0xFF) print(" reelname         : %s\n", checkascii(header.bytes.from(1972), 76));
 }
 
 bool has_industry_header(const DumpOptions &opts, const Header &header) {
@@ -313,38 +310,37 @@ bool holds_user_data(const Header &header) {
 void print_user_data(const Header &header) {
     const Bytes user = header.bytes.from(kUserIdentification);
     if (user[0] == 0 || user[0] == 0xFF || header.u32(kUserDataSize) == 0) return;
-    std::printf("extendedheader\n");
-    std::printf(" type             : %s\n", checkascii(user, kUserIdentificationSize));
+    print("extendedheader\n");
+    print(" type             : %s\n", checkascii(user, kUserIdentificationSize));
     if (bytes_are(user, 0, "KEL Tessaron metadata\0")) {
         kelheaderdump(user.from(kUserIdentificationSize), nullptr, 1);
     } else if (begins_without_case(user, "philips") || begins_without_case(user, "thomson")) {
-        std::printf(holds_user_data(header)
-                        ? " Philips/Thomson metadata format, format needs to be analysed\n"
-                        : " Philips/Thomson metadata format, all default values\n");
+        print(holds_user_data(header) ? " Philips/Thomson metadata format, format needs to be analysed\n"
+                                      : " Philips/Thomson metadata format, all default values\n");
     } else if (bytes_are(user, 0, "discreet logic")) {
-        std::printf(holds_user_data(header) ? " Discreet Logic metadata found, format needs to be analysed\n"
-                                            : " Discreet Logic metadata found, all default values\n");
+        print(holds_user_data(header) ? " Discreet Logic metadata found, format needs to be analysed\n"
+                                      : " Discreet Logic metadata found, all default values\n");
     } else {
-        std::printf(" Unknown userdata format\n");
+        print(" Unknown userdata format\n");
     }
 }
 
 void print_picture_timecode(PictureTimecode picture) {
-    std::printf("kelimagetimecode\n");
-    std::printf(" timecode         : %08x\n", picture.timecode);
-    std::printf(" framenr          : %d\n", static_cast<int32_t>(picture.frame));
+    print("kelimagetimecode\n");
+    print(" timecode         : %08x\n", picture.timecode);
+    print(" framenr          : %d\n", static_cast<int32_t>(picture.frame));
 }
 
 }  // namespace
 
-void dpxdump(DumpOptions &opts, std::FILE *file, Bytes bytes, uint32_t length, const char *name,
+void dpxdump(DumpOptions &opts, Input &input, Bytes bytes, uint32_t length, const char *name,
              int range_flag) {
     const Bytes kept = bytes.sub(0, length);
     const Header header = little32(bytes) == kLittleEndianMagic ? little_endian(kept) : big_endian(kept);
     // A frame range shows the burned-in timecode only when it was asked for.
     const bool picture_timecode = range_flag ? opts.flag_t : wants_picture_timecode(opts, header);
     const PictureTimecode picture =
-        picture_timecode ? read_picture_timecode(header, file) : PictureTimecode{};
+        picture_timecode ? read_picture_timecode(header, input) : PictureTimecode{};
     if (range_flag) {
         print_range_line(opts, header, name, picture);
         return;

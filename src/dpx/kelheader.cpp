@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 
 #include "common/hexrow.h"
 #include "common/ordered_bytes.h"
+#include "common/print.h"
 #include "dpx/rp215.h"
 
 namespace {
@@ -109,12 +109,12 @@ struct Block {
 void print_word(Kind kind, const char *label, uint32_t word) {
     const int second_line = static_cast<int>(word >> 16 & 0xFF);
     switch (kind) {
-        case Kind::hex: std::printf("%s%08x\n", label, word); break;
-        case Kind::decimal: std::printf("%s%d\n", label, static_cast<int32_t>(word)); break;
+        case Kind::hex: print("%s%08x\n", label, word); break;
+        case Kind::decimal: print("%s%d\n", label, static_cast<int32_t>(word)); break;
         case Kind::line:
-            std::printf("%s%d", label, static_cast<int>(word & 0xFF));
-            if (second_line) std::printf("/%d", second_line);
-            std::printf("\n");
+            print("%s%d", label, static_cast<int>(word & 0xFF));
+            if (second_line) print("/%d", second_line);
+            print("\n");
             break;
     }
 }
@@ -130,7 +130,7 @@ bool print_item(uint32_t tag, const Data &data) {
 }
 
 void print_film_data(const char *title, const Data &data, uint32_t length) {
-    std::printf("%s\n", title);
+    print("%s\n", title);
     const Block block(data);
     rp215_dump(block.view(length), length, 0);
 }
@@ -138,8 +138,8 @@ void print_film_data(const char *title, const Data &data, uint32_t length) {
 // A captured ancillary-data packet, whose tag holds its line, kind and identification.
 void print_ancillary_packet(uint32_t tag, int field, const Data &data) {
     const uint32_t length = tag >> 24;
-    std::printf(" ancpacket %d %d %s did:%02x sdid:%02x size:%d\n", field, tag & 0x3F,
-                tag & 0x40 ? "VANC" : "HANC", tag >> 8 & 0xFF, tag >> 16 & 0xFF, length);
+    print(" ancpacket %d %d %s did:%02x sdid:%02x size:%d\n", field, tag & 0x3F, tag & 0x40 ? "VANC" : "HANC",
+          tag >> 8 & 0xFF, tag >> 16 & 0xFF, length);
     const Block block(data);
     LineBuffer out;
     put_hexrows(out, block.view(length), {}, [](LineBuffer &line, uint64_t i) {
@@ -151,10 +151,10 @@ void print_ancillary_packet(uint32_t tag, int field, const Data &data) {
 
 }  // namespace
 
-void kelheaderdump(Bytes header, KelHeaderRecord *, int print) {
+void kelheaderdump(Bytes header, KelHeaderRecord *, int print_items) {
     const Words words{little32(header) == kMagic ? little_endian(header) : big_endian(header)};
-    if (words[0] != kMagic || !print) return;
-    std::printf("kelheader\n");
+    if (words[0] != kMagic || !print_items) return;
+    print("kelheader\n");
 
     const uint32_t end = static_cast<uint32_t>(std::min<uint64_t>(header.size() / 4, kHeaderWords));
     int field = 0;
@@ -176,8 +176,8 @@ void kelheaderdump(Bytes header, KelHeaderRecord *, int print) {
             if (item & 0x80) {
                 print_ancillary_packet(item, field, data);
             } else {
-                std::printf("kelheaderdump: Unknown %08x/%c%c%c\n", item, static_cast<char>(item),
-                            static_cast<char>(item >> 8), static_cast<char>(item >> 16));
+                print("kelheaderdump: Unknown %08x/%c%c%c\n", item, static_cast<char>(item),
+                      static_cast<char>(item >> 8), static_cast<char>(item >> 16));
             }
         }
         i += count;

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <span>
 
 #include "common/hexrow.h"
+#include "common/print.h"
 #include "common/values.h"
 
 namespace {
@@ -134,65 +134,64 @@ constexpr Row kCameraRows[] = {
 // clang-format on
 
 void print_digits(Bytes packet, const Row &row, const char *between) {
-    for (uint64_t i = 0; i < row.size; i++) std::printf("%s%02x", i ? between : "", packet[row.offset + i]);
+    for (uint64_t i = 0; i < row.size; i++) print("%s%02x", i ? between : "", packet[row.offset + i]);
 }
 
 void print_row(Bytes packet, const Row &row) {
     const int32_t number = static_cast<int32_t>(packet.big(row.offset, std::min<uint8_t>(row.size, 4)));
-    std::printf("%s", row.label);
+    print("%s", row.label);
     switch (row.kind) {
         case Kind::hex:
             print_digits(packet, row, "");
-            std::printf("\n");
+            print("\n");
             break;
         case Kind::hex_number:
             print_digits(packet, row, "");
-            std::printf(" (%d)\n", number);
+            print(" (%d)\n", number);
             break;
         case Kind::hex_slash:
             print_digits(packet, row, "");
-            std::printf("/%d\n", number);
+            print("/%d\n", number);
             break;
         case Kind::time:
             print_digits(packet, row, ":");
-            std::printf("\n");
+            print("\n");
             break;
         case Kind::text: {
             char text[kMaxText + 1];
             getstring(text, row.size, packet.from(row.offset));
-            std::printf("'%s'\n", text);
+            print("'%s'\n", text);
             break;
         }
     }
 }
 
 void print_packet(const char *title, Bytes packet, std::span<const Row> rows) {
-    std::printf("%s\n", title);
+    print("%s\n", title);
     for (const Row &row : rows) print_row(packet, row);
 }
 
 // An angle: the full range of 16 bits is two half turns.
 void print_angle(const char *label, Bytes field) {
-    std::printf("%s%02x%02x/%06.2f\n", label, field[0], field[1], big16(field) * 180.0 / 32767);
+    print("%s%02x%02x/%06.2f\n", label, field[0], field[1], big16(field) * 180.0 / 32767);
 }
 
 void print_dolly(Bytes packet) {
     const Bytes p = packet;
-    std::printf("DOLLY\n");
-    std::printf(" lensid       %02x%02x%02x%02x\n", p[2], p[3], p[4], p[5]);
-    std::printf(" focallength  %02x%02x/%1.1fmm\n", p[6], p[7], rpfloat16(p.from(6)) * 1000);
-    std::printf(" focalpos     %02x%02x/%1.1fm\n", p[8], p[9], rpfloat16(p.from(8)));
-    std::printf(" iris         %02x%02x/F%1.1f\n", p[10], p[11],
-                std::pow(2.0, 8 * (1 - big16(p, 10) / 65536.0)));
-    std::printf(" camheight    %02x%02x%02x%02x/%06.2fm\n", p[12], p[13], p[14], p[15],
-                static_cast<double>(float_of_bits(little32(p, 12))));
+    print("DOLLY\n");
+    print(" lensid       %02x%02x%02x%02x\n", p[2], p[3], p[4], p[5]);
+    print(" focallength  %02x%02x/%1.1fmm\n", p[6], p[7], rpfloat16(p.from(6)) * 1000);
+    print(" focalpos     %02x%02x/%1.1fm\n", p[8], p[9], rpfloat16(p.from(8)));
+    print(" iris         %02x%02x/F%1.1f\n", p[10], p[11], std::pow(2.0, 8 * (1 - big16(p, 10) / 65536.0)));
+    print(" camheight    %02x%02x%02x%02x/%06.2fm\n", p[12], p[13], p[14], p[15],
+          static_cast<double>(float_of_bits(little32(p, 12))));
     print_angle(" camtilt      ", p.from(16));
     print_angle(" camroll      ", p.from(18));
     print_angle(" campan       ", p.from(20));
 }
 
 void print_user(Bytes packet, uint32_t size) {
-    std::printf("USER\n");
+    print("USER\n");
     // The rows show zeros for what a cut block lacks.
     uint8_t data[255];
     for (uint32_t i = 0; i < size; i++) data[i] = packet[2 + uint64_t{i}];
@@ -207,7 +206,7 @@ void print_user(Bytes packet, uint32_t size) {
 void print_packet(Bytes packet) {
     const uint32_t type = packet[0];
     const uint32_t size = packet[1];
-    std::printf("%02x/%d-", type, size);
+    print("%02x/%d-", type, size);
     switch (type) {
         case 0x10: print_packet("TEMPORAL", packet, kTemporalRows); break;
         case 0x11:
@@ -219,7 +218,7 @@ void print_packet(Bytes packet) {
         case 0x40: print_packet("CAMERA", packet, kCameraRows); break;
         case 0x50: print_dolly(packet); break;
         case 0xF0: print_user(packet, size); break;
-        default: std::printf("Unknown %02x\n", type);
+        default: print("Unknown %02x\n", type);
     }
 }
 
@@ -262,5 +261,5 @@ void rp215_dump(Bytes block, uint32_t length, int skip_crc) {
     if (skip_crc) return;
     const uint32_t computed = rp215_crc(block, length);
     const uint32_t stored = length >= kCrcSize ? big16(block, length - kCrcSize) : block[0];
-    if (computed != stored) std::printf("CRC Wrong Calc %04x != %04x\n", computed, stored);
+    if (computed != stored) print("CRC Wrong Calc %04x != %04x\n", computed, stored);
 }

@@ -6,8 +6,8 @@
 
 #include "common/budget.h"
 #include "common/field_rows.h"
-#include "common/file_image.h"
 #include "common/hexrow.h"
+#include "common/print.h"
 
 namespace {
 
@@ -39,30 +39,30 @@ void print_channels(Bytes value, Budget &budget) {
     for (uint64_t entry = 0; entry < value.size() && !budget.spent(); entry += kChannelEntry) {
         if (entry > 0 && value[entry] == 0) return;
         budget.spend(kChannelEntry);
-        std::printf("%c %d %d %d %d\n", value[entry], get_int32(value, entry + 2),
-                    get_int32(value, entry + 6), get_int32(value, entry + 10), get_int32(value, entry + 14));
+        print("%c %d %d %d %d\n", value[entry], get_int32(value, entry + 2), get_int32(value, entry + 6),
+              get_int32(value, entry + 10), get_int32(value, entry + 14));
     }
 }
 
 void print_string(Bytes value) {
-    std::printf("'");
+    print("'");
     for (uint64_t i = 0; i < value.size(); i += kTextStep) {
         const auto part = value.span(i, kTextStep);
-        std::fwrite(part.data(), 1, part.size(), stdout);
+        print_bytes(part);
     }
-    std::printf("'\n");
+    print("'\n");
 }
 
 void print_compression(Bytes value) {
     if (value[0] == 0) {
-        std::printf(" uncompressed\n");
+        print(" uncompressed\n");
     } else {
-        std::printf(" compression(%d)\n", value[0]);
+        print(" compression(%d)\n", value[0]);
     }
 }
 
 void print_unknown(Bytes value) {
-    std::printf("Hexdump of unknown tag\n");
+    print("Hexdump of unknown tag\n");
     LineBuffer out;
     for (uint64_t i = 0; i < value.size(); i += 16) {
         const auto row = value.span(i, 16);
@@ -80,7 +80,7 @@ void printentry(std::string_view type, Bytes value, uint64_t size, Budget &budge
     } else if (type == "string") {
         print_string(value.sub(0, size));
     } else if (type == "preview") {
-        std::printf("PreviewImage\n");
+        print("PreviewImage\n");
     } else if (type == "box2i") {
         print_field_rows(little_endian(value), kBoxRows);
     } else if (type == "compression") {
@@ -96,12 +96,11 @@ void printentry(std::string_view type, Bytes value, uint64_t size, Budget &budge
 
 }  // namespace
 
-void exrdump(DumpOptions &, std::FILE *file) {
-    FileImage image(file);
-    if (!check_buffer(image)) return;
-    const Bytes bytes = image.bytes();
+void exrdump(DumpOptions &, Input &input) {
+    if (!check_buffer(input.size())) return;
+    const Bytes bytes = input.bytes();
     Budget budget(bytes.size());
-    std::printf("Fileformat:EXR\n");
+    print("Fileformat:EXR\n");
     for (uint64_t offset = kFirstAttribute; bytes[offset] != 0;) {
         const Text name = text_at(bytes, offset, kMaxName);
         const uint64_t type_at = offset + static_cast<uint64_t>(name.length) + 1;
@@ -109,8 +108,8 @@ void exrdump(DumpOptions &, std::FILE *file) {
         const uint64_t size_at = type_at + static_cast<uint64_t>(type.length) + 1;
         const uint64_t value_at = size_at + 4;
         const int32_t size = get_int32(bytes, size_at);
-        std::printf("%05" PRIx64 " %-18.*s %-10.*s %d\n", offset, name.length, name.start, type.length,
-                    type.start, size);
+        print("%05" PRIx64 " %-18.*s %-10.*s %d\n", offset, name.length, name.start, type.length, type.start,
+              size);
         if (bytes[type_at - 1] != 0 || bytes[size_at - 1] != 0) return;  // no name is that long
         const uint64_t length = size > 0 ? static_cast<uint64_t>(size) : 0;
         printentry({type.start, static_cast<size_t>(type.length)}, bytes.from(value_at), length, budget);

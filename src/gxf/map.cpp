@@ -1,8 +1,8 @@
 // Map packets: what material and tracks the file holds, as sections of tagged values.
 #include <algorithm>
-#include <cstdio>
 
 #include "common/names.h"
+#include "common/print.h"
 #include "gxf/packets.h"
 #include "gxf/values.h"
 
@@ -65,15 +65,15 @@ void print_value(const MapTag &row, Bytes value, unsigned length) {
     const uint32_t word = gxfuint32(value, 0, false);
     const int32_t number = gxfint32(value, 0, false);
     const unsigned long long long_word = gxfint64(value, 0);
-    std::printf("%s", row.label);
+    print("%s", row.label);
     switch (row.value) {
-        case Value::number: std::printf("%d\n", number); break;
-        case Value::long_number: std::printf("%lld\n", static_cast<long long>(long_word)); break;
-        case Value::long_hex: std::printf("%16llx\n", long_word); break;
-        case Value::kib: std::printf("%lld\n", static_cast<long long>(word) * 1024); break;
-        case Value::text: std::printf("'%s'\n", gxfstring(value, 0, length)); break;
-        case Value::frame_rate: std::printf("%d %s\n", number, gxfframerate(word)); break;
-        case Value::lines: std::printf("%d %s\n", number, gxflinesperframe(word)); break;
+        case Value::number: print("%d\n", number); break;
+        case Value::long_number: print("%lld\n", static_cast<long long>(long_word)); break;
+        case Value::long_hex: print("%16llx\n", long_word); break;
+        case Value::kib: print("%lld\n", static_cast<long long>(word) * 1024); break;
+        case Value::text: print("'%s'\n", gxfstring(value, 0, length)); break;
+        case Value::frame_rate: print("%d %s\n", number, gxfframerate(word)); break;
+        case Value::lines: print("%d %s\n", number, gxflinesperframe(word)); break;
     }
 }
 
@@ -85,12 +85,12 @@ void gxfmaptags(int indent, Bytes bytes, uint64_t length) {
         if (!bytes.has(position, 2)) return;
         const uint8_t tag = bytes[position];
         const uint8_t size = bytes[position + 1];
-        std::printf("%*sTag 0x%02x% 4d ", indent, "", tag, size);
+        print("%*sTag 0x%02x% 4d ", indent, "", tag, size);
         const auto row = std::ranges::find(kMapTags, tag, &MapTag::tag);
         if (row != std::end(kMapTags)) {
             print_value(*row, bytes.from(position + 2), size);
         } else {
-            std::printf("\n");
+            print("\n");
         }
         position += uint64_t{2} + size;
     } while (position < length);
@@ -100,9 +100,9 @@ void print_tracks(Bytes payload, uint64_t start, uint64_t length) {
     for (uint64_t offset = start; offset < start + length && payload.has(offset, 4);) {
         const int32_t type = payload[offset] - 0x80;
         const uint16_t section = gxfint16(payload, offset + 2, false);
-        std::printf("  mediatype %d %s\n", type, gxftracktype(type));
-        std::printf("  trackid   %d\n", payload[offset + 1] - 0xC0);
-        std::printf("  length    %d\n", section);
+        print("  mediatype %d %s\n", type, gxftracktype(type));
+        print("  trackid   %d\n", payload[offset + 1] - 0xC0);
+        print("  length    %d\n", section);
         gxfmaptags(3, payload.from(offset + 4), section);
         offset += uint64_t{4} + section;
     }
@@ -113,18 +113,18 @@ void print_tracks(Bytes payload, uint64_t start, uint64_t length) {
 void gxfmap(Bytes rest, int64_t size) {
     Bytes payload;
     if (!payload_of(rest, size, payload)) {
-        std::printf("gxfmap: fread error\n");
+        print("gxfmap: fread error\n");
         return;
     }
-    std::printf(" Version %d\n", payload[0] & 0x1F);
-    if ((payload[0] & 0xE0) != 0xE0) std::printf("gxfmap: Error @ 0\n");
+    print(" Version %d\n", payload[0] & 0x1F);
+    if ((payload[0] & 0xE0) != 0xE0) print("gxfmap: Error @ 0\n");
     if (payload.size() <= 4) return;
 
     const uint64_t material = gxfint16(payload, 2, false);
-    std::printf(" sectionlength %d\n", static_cast<int>(material));
+    print(" sectionlength %d\n", static_cast<int>(material));
     gxfmaptags(2, payload.from(4), material);
     if (!payload.has(material + 4, 2)) return;
     const uint64_t tracks = gxfint16(payload, material + 4, false);
-    std::printf(" sectionlength %d\n", static_cast<int>(tracks));
+    print(" sectionlength %d\n", static_cast<int>(tracks));
     print_tracks(payload, material + 6, tracks);
 }

@@ -1,7 +1,7 @@
 // Media packets and field locator tables.
-#include <cstdio>
 
 #include "common/names.h"
+#include "common/print.h"
 #include "gxf/packets.h"
 #include "gxf/values.h"
 
@@ -56,9 +56,9 @@ bool is_timecode(uint8_t type) { return type == 7 || type == 8 || type == 24; }
 // Binary-coded decimal digits in the low nibbles, from the frames' units to the hours' tens, and a user bits
 // digit in each high nibble.
 void print_timecode(unsigned i, Bytes c) {
-    std::printf(" %3d %d%d:%d%d:%d%d:%d%d%c %x%x%x%x%x%x%x%x\n", i, c[7] & 3, c[6] & 15, c[5] & 7, c[4] & 15,
-                c[3] & 7, c[2] & 15, c[1] & 3, c[0] & 15, (c[7] | c[3]) & 0x08 ? '*' : ' ', c[7] >> 4,
-                c[6] >> 4, c[5] >> 4, c[4] >> 4, c[3] >> 4, c[2] >> 4, c[1] >> 4, c[0] >> 4);
+    print(" %3d %d%d:%d%d:%d%d:%d%d%c %x%x%x%x%x%x%x%x\n", i, c[7] & 3, c[6] & 15, c[5] & 7, c[4] & 15,
+          c[3] & 7, c[2] & 15, c[1] & 3, c[0] & 15, (c[7] | c[3]) & 0x08 ? '*' : ' ', c[7] >> 4, c[6] >> 4,
+          c[5] >> 4, c[4] >> 4, c[3] >> 4, c[2] >> 4, c[1] >> 4, c[0] >> 4);
 }
 
 void print_timecodes(Bytes payload, unsigned start, unsigned end) {
@@ -71,13 +71,13 @@ void print_timecodes(Bytes payload, unsigned start, unsigned end) {
 
 void print_info(uint8_t type, Bytes b) {
     switch (info_of(type)) {
-        case Info::range: std::printf(" info      start:%d end:%d\n", big16(b, 0), big16(b, 2)); break;
+        case Info::range: print(" info      start:%d end:%d\n", big16(b, 0), big16(b, 2)); break;
         case Info::mpeg:
-            std::printf(" info      length:%d %s\n", static_cast<int>(b.big(1, 3)),
-                        name_at(kMpegPictures, b[0] & 3));
+            print(" info      length:%d %s\n", static_cast<int>(b.big(1, 3)),
+                  name_at(kMpegPictures, b[0] & 3));
             break;
-        case Info::pages: std::printf(" info      length:%d\n", b[0] * 4096); break;
-        case Info::other: std::printf(" info      %d %d %d %d\n", b[0], b[1], b[2], b[3]); break;
+        case Info::pages: print(" info      length:%d\n", b[0] * 4096); break;
+        case Info::other: print(" info      %d %d %d %d\n", b[0], b[1], b[2], b[3]); break;
     }
 }
 
@@ -88,36 +88,36 @@ const char *gxftracktype(int32_t type) { return name_of(kTrackTypes, static_cast
 void gxfmedia(Bytes rest, int64_t size) {
     Bytes payload;
     if (!payload_of(rest, size, payload)) {
-        std::printf("gxfmedia: fread error\n");
+        print("gxfmedia: fread error\n");
         return;
     }
     const uint8_t type = payload[0];
     const Bytes info = payload.from(6);
-    std::printf(" track     %d %d-%s\n", payload[1], type, gxftracktype(type));
-    std::printf(" fieldnr   media:%d timeline:%d flags:%02x\n", gxfint32(payload, 2, false),
-                gxfint32(payload, 10, false), payload[14]);
+    print(" track     %d %d-%s\n", payload[1], type, gxftracktype(type));
+    print(" fieldnr   media:%d timeline:%d flags:%02x\n", gxfint32(payload, 2, false),
+          gxfint32(payload, 10, false), payload[14]);
     print_info(type, info);
     if (is_timecode(type)) print_timecodes(payload, big16(info, 0), big16(info, 2));
 }
 
 void gxflocator(Bytes rest, int64_t size) {
     if (size != kLocatorSize) {
-        std::printf("size != 4 + 4 + 4 * 1000\n");
+        print("size != 4 + 4 + 4 * 1000\n");
         return;
     }
     Bytes table;
     if (!payload_of(rest, size, table)) {
-        std::printf("gxflocator: fread error\n");
+        print("gxflocator: fread error\n");
         return;
     }
     const uint32_t fields = gxfuint32(table, 0, true);
-    std::printf(" fields per entry:  %d\n", static_cast<int>(fields));
-    std::printf(" number of entries: %d\n", gxfint32(table, 4, true));
+    print(" fields per entry:  %d\n", static_cast<int>(fields));
+    print(" number of entries: %d\n", gxfint32(table, 4, true));
     for (uint32_t i = 1; i < kLocatorEntries; i++) {
         const uint32_t kib = gxfuint32(table, 8 + 4 * uint64_t{i}, true);
         if (kib == 0) continue;
-        std::printf("  entry[%3d]: field %10d @ %10d KB [0x%08X] = 0x%16llx bytes\n", i,
-                    static_cast<int>(fields * i), static_cast<int>(kib), kib,
-                    static_cast<unsigned long long>(kib) * 1024);
+        print("  entry[%3d]: field %10d @ %10d KB [0x%08X] = 0x%16llx bytes\n", i,
+              static_cast<int>(fields * i), static_cast<int>(kib), kib,
+              static_cast<unsigned long long>(kib) * 1024);
     }
 }

@@ -2,8 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "common/file_access.h"
-#include "common/file_window.h"
+#include "common/print.h"
 #include "gxf/gxf.h"
 #include "gxf/packets.h"
 #include "gxf/values.h"
@@ -44,18 +43,18 @@ const PacketType *find_type(uint8_t type) {
 }
 
 // The packet whose header stands at an offset; a message and a length of 0 when there is none.
-Packet gxftag(std::FILE *file, uint64_t offset, Bytes header) {
-    if (!seek_to(file, static_cast<int64_t>(offset))) {
-        std::printf("gxftag: fseek error\n");
+Packet gxftag(Input &input, uint64_t offset, Bytes header) {
+    if (!input.has_place(static_cast<int64_t>(offset))) {
+        print("gxftag: fseek error\n");
         return {};
     }
     if (header.empty()) {
-        std::printf("gxftag: fread error\n");
+        print("gxftag: fread error\n");
         return {};
     }
     const PacketType *type = find_type(header[5]);
     if (!bytes_are(header, 0, "\0\0\0\0\x01") || !bytes_are(header, 10, "\0\0\0\0\xE1\xE2") || !type) {
-        std::printf("gxftag: Format wrong\n");
+        print("gxftag: Format wrong\n");
         return {};
     }
     return {gxfuint32(header, 6, false), type->name, type->kind};
@@ -74,24 +73,16 @@ void dump_payload(Kind kind, Bytes rest, int64_t size, UmfCollection &umf) {
 
 }  // namespace
 
-bool payload_of(Bytes rest, int64_t size, Bytes &payload) {
-    if (size < 0) return false;
-    const uint64_t wanted = std::min(static_cast<uint64_t>(size), kPayloadRead);
-    payload = rest.sub(0, wanted);
-    return payload.size() == wanted;
-}
-
-void gxfdump(DumpOptions &, std::FILE *file) {
-    std::printf("Fileformat:GXF\n");
-    const uint64_t end = file_size(file);
-    FileWindow window(file, kHeaderSize + kPayloadRead, kBlock);
+void gxfdump(DumpOptions &, Input &input) {
+    print("Fileformat:GXF\n");
     UmfCollection umf;
     for (uint64_t position = 0;;) {
-        const Bytes rest = window.at(position).sub(0, end - std::min(position, end));
-        const Packet packet = gxftag(file, position, rest.sub(0, kHeaderSize));
+        const Bytes held = input.bytes(position, kHeaderSize + kPayloadRead, kBlock);
+        const Bytes rest = held.sub(0, input.end() - std::min(position, input.end()));
+        const Packet packet = gxftag(input, position, rest.sub(0, kHeaderSize));
         if (packet.length == 0) return;
-        std::printf("%08x %s %d\n", static_cast<uint32_t>(position), packet.name,
-                    static_cast<int32_t>(packet.length));
+        print("%08x %s %d\n", static_cast<uint32_t>(position), packet.name,
+              static_cast<int32_t>(packet.length));
         const int64_t size = int64_t{packet.length} - int64_t{kHeaderSize};
         dump_payload(packet.kind, rest.from(kHeaderSize), size, umf);
         if (packet.kind == Kind::end_of_stream) return;

@@ -11,11 +11,6 @@
 #include "common/budget.h"
 #include "common/bytes.h"
 
-constexpr uint64_t kPayloadRead = 65536;  // bytes of a payload that a dump looks at
-
-// The part of a payload that a dump looks at; false when the file does not hold all of it.
-bool payload_of(Bytes rest, int64_t size, Bytes &payload);
-
 // Material and track descriptions: the sections and tags of a map packet (SMPTE 360M). Lists end with the
 // payload read.
 void gxfmap(Bytes rest, int64_t size);

@@ -1,10 +1,10 @@
 // UMF packets: the Unified Material Format description of the file's material.
 #include <algorithm>
-#include <cstdio>
 #include <span>
 
 #include "common/field_rows.h"
 #include "common/names.h"
+#include "common/print.h"
 #include "gxf/packets.h"
 #include "gxf/values.h"
 
@@ -116,22 +116,22 @@ Umf umf_of(const UmfCollection &collection) {
 }
 
 void print_tracks(const Umf &umf) {
-    std::printf(" Track Description\n");
+    print(" Track Description\n");
     for (int64_t offset = kTracks; umf.goes_on(offset, kTracks, umf.track_size); offset += 4) {
         const OrderedBytes entry = umf.entry(offset);
-        std::printf("  track       %c%c %s\n", gxfchar(entry.u8(1)), gxfchar(entry.u8(0)),
-                    name_of(kTrackKinds, entry.u8(1), "?"));
-        std::printf("  segments    %d\n", entry.u16(2));
+        print("  track       %c%c %s\n", gxfchar(entry.u8(1)), gxfchar(entry.u8(0)),
+              name_of(kTrackKinds, entry.u8(1), "?"));
+        print("  segments    %d\n", entry.u16(2));
     }
 }
 
 void print_media(const Umf &umf) {
-    std::printf(" Media Description\n");
+    print(" Media Description\n");
     const int64_t start = umf.media_start();
     for (int64_t offset = start; umf.goes_on(offset, start, umf.media_size);) {
         const OrderedBytes entry = umf.entry(offset);
         print_field_rows(entry, kMediaRows);
-        std::printf("  filename    '%s'\n", gxfstring(entry.bytes, kFileName, kFileNameSize));
+        print("  filename    '%s'\n", gxfstring(entry.bytes, kFileName, kFileNameSize));
         print_field_rows(entry, kMediaSampleRows);
         const uint16_t length = entry.u16(0);
         if (length == 0) return;
@@ -146,7 +146,7 @@ void print_xml(Bytes data, int64_t length, int64_t user_size) {
 }
 
 void print_user_data(const Umf &umf) {
-    std::printf(" User Data\n");
+    print(" User Data\n");
     const int64_t start = umf.user_start();
     int64_t user_size = umf.user_size;
     if (umf.user_offset != 0 && user_size == 0) user_size = umf.size - start;
@@ -162,9 +162,9 @@ void print_user_data(const Umf &umf) {
 
 void print_descriptions(const UmfCollection &collection) {
     const Umf umf = umf_of(collection);
-    std::printf("  Payload Description\n");
+    print("  Payload Description\n");
     print_field_rows(umf.data, kPayloadRows);
-    std::printf(" Material Description\n");
+    print(" Material Description\n");
     print_field_rows(umf.data, kMaterialRows);
     print_tracks(umf);
     print_media(umf);
@@ -176,7 +176,7 @@ void collect(UmfCollection &umf, std::span<const uint8_t> data) {
     const auto kept = data.first(std::min(data.size(), room));
     umf.data.insert(umf.data.end(), kept.begin(), kept.end());
     if (kept.size() == data.size() || umf.exceeded) return;
-    std::printf(" UMF data exceeds %d bytes\n", static_cast<int>(UmfCollection::kCapacity));
+    print(" UMF data exceeds %d bytes\n", static_cast<int>(UmfCollection::kCapacity));
     umf.exceeded = true;
 }
 
@@ -185,19 +185,18 @@ void collect(UmfCollection &umf, std::span<const uint8_t> data) {
 // The preamble's size counts, whatever the packet's length.
 void gxfumfpacket(Bytes rest, UmfCollection &umf) {
     if (!rest.has(0, kPreambleSize)) {
-        std::printf("gxfmap: fread error\n");
+        print("gxfmap: fread error\n");
         return;
     }
     const uint8_t flags = rest[0];
     const uint32_t size = gxfuint32(rest, 1, false);
-    std::printf(" preamble\n");
-    std::printf("  type      %s%s\n", flags & kFirstPacket ? "First " : "",
-                flags & kLastPacket ? "Last " : "");
-    std::printf("  size          %d\n", static_cast<int32_t>(size));
+    print(" preamble\n");
+    print("  type      %s%s\n", flags & kFirstPacket ? "First " : "", flags & kLastPacket ? "Last " : "");
+    print("  size          %d\n", static_cast<int32_t>(size));
 
     const uint32_t wanted = std::min(size, kPacketDataRead);
     if (!rest.has(kPreambleSize, wanted)) {
-        std::printf("gxfmap: fread error\n");
+        print("gxfmap: fread error\n");
         return;
     }
     collect(umf, rest.span(kPreambleSize, wanted));

@@ -23,3 +23,8 @@ inline char gxfchar(uint8_t byte) { return is_printable(byte) ? static_cast<char
 // A text of up to n bytes (255 at most) that ends early at a zero byte, bytes that are not printable ASCII as
 // "."; in a buffer of the print ring.
 const char *gxfstring(Bytes b, uint64_t offset, unsigned n);
+
+constexpr uint64_t kPayloadRead = 65536;  // bytes of a payload that a dump looks at
+
+// The part of a payload that a dump looks at; false when the file does not hold all of it.
+bool payload_of(Bytes rest, int64_t size, Bytes &payload);

@@ -3,8 +3,7 @@
 #include <span>
 
 #include "common/field_rows.h"
-#include "common/file_access.h"
-#include "common/file_image.h"
+#include "common/print.h"
 #include "images/images.h"
 
 namespace {
@@ -117,7 +116,7 @@ void print_rows(Bytes header, std::span<const FieldRow> rows) {
 }
 
 void print_section(const char *title, Bytes header, std::span<const FieldRow> rows) {
-    std::printf("%s\n", title);
+    print("%s\n", title);
     print_rows(header, rows);
 }
 
@@ -128,29 +127,28 @@ const char *byte_order_name(uint32_t mark) {
 void print_root(Bytes header) {
     const uint32_t magic = ari32(header, 0);
     const uint32_t byte_order = ari32(header, 4);
-    std::printf("Root Information\n");
-    std::printf("MagicNum:                  0x%08X%s\n", magic, magic == kMagic ? " ARRI_MAGIC" : "");
-    std::printf("ByteOrder:                 0x%08X%s\n", byte_order, byte_order_name(byte_order));
+    print("Root Information\n");
+    print("MagicNum:                  0x%08X%s\n", magic, magic == kMagic ? " ARRI_MAGIC" : "");
+    print("ByteOrder:                 0x%08X%s\n", byte_order, byte_order_name(byte_order));
     print_rows(header, kRootRows);
 }
 
 void print_timecode(const char *title, Bytes record) {
     const uint32_t base = ari32(record, kTimeBase);
-    std::printf("%s\n", title);
+    print("%s\n", title);
     print_rows(record, kTimecodeRows);
-    std::printf("    TimeBase:              %d\n", base & 0x7FFFFFFF);
-    std::printf("    DropFrameFlag:         %d\n", base >> 31);
+    print("    TimeBase:              %d\n", base & 0x7FFFFFFF);
+    print("    DropFrameFlag:         %d\n", base >> 31);
     print_rows(record, kUserBitsRows);
 }
 
 }  // namespace
 
-void aridump(DumpOptions &, std::FILE *file) {
-    if (file_size(file) < kHeaderSize) return;
-    FileImage image(file, 0, kHeaderSize);
-    const Bytes header = image.bytes();
+void aridump(DumpOptions &, Input &input) {
+    if (input.size() < kHeaderSize) return;
+    const Bytes header = input.bytes(0, kHeaderSize);
     const int32_t version = static_cast<int32_t>(ari32(header, 12));
-    std::printf("Fileformat:ARRIRAW V%d\n", version);
+    print("Fileformat:ARRIRAW V%d\n", version);
     if (version < 3) {
         print_rows(header, kShortRows);
         return;

@@ -1,8 +1,8 @@
 // Windows portable executables: the COFF file header behind the MZ header.
-#include <cstdio>
 #include <ctime>
 
 #include "common/names.h"
+#include "common/print.h"
 #include "images/images.h"
 
 namespace {
@@ -24,8 +24,8 @@ void exedump(Bytes header) {
     const uint32_t machine = exe16(header, pe + 4);
     const std::time_t stamp = static_cast<int32_t>(exe32(header, pe + 8));
     const uint32_t characteristics = exe16(header, pe + 22);
-    std::printf("Fileformat:%s\n", characteristics & kIsDll ? "DLL" : "EXE");
-    std::printf(" Platform         %s\n", name_of(kMachines, machine, "?"));
-    std::printf(" TimeDateStamp    %s", std::ctime(&stamp));
-    std::printf(" Characteristics  %04x\n", characteristics);
+    print("Fileformat:%s\n", characteristics & kIsDll ? "DLL" : "EXE");
+    print(" Platform         %s\n", name_of(kMachines, machine, "?"));
+    print(" TimeDateStamp    %s", std::ctime(&stamp));
+    print(" Characteristics  %04x\n", characteristics);
 }

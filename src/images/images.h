@@ -1,9 +1,8 @@
 // Simple image headers, raw YUV, ARRI raw and Windows executables.
 #pragma once
 
-#include <cstdio>
-
 #include "common/bytes.h"
+#include "common/input.h"
 #include "main/dump_options.h"
 
 // Headers that lie in the first bytes of the file, which `header` holds; fields beyond a short file are 0.
@@ -14,18 +13,18 @@ void softdump(DumpOptions &opts, Bytes header);  // Softimage PIC with its chann
 void exedump(Bytes header);                      // COFF header of a Windows PE image
 
 // Netpbm headers (PBM, PGM and PPM, plain and raw): the two header lines; numbers that are missing are 0.
-void ppmdump(DumpOptions &opts, std::FILE *file);
+void ppmdump(DumpOptions &opts, Input &input);
 
 // Chunks of a PNG file (ISO/IEC 15948) but IDAT, with -v their first bytes in hexadecimal. Ends with the
 // chunk that the file's end cuts. Of an MNG file only the format is named.
-void pngdump(DumpOptions &opts, std::FILE *file);
-void mngdump(DumpOptions &opts, std::FILE *file);
+void pngdump(DumpOptions &opts, Input &input);
+void mngdump(DumpOptions &opts, Input &input);
 
 // The raster in pixels guessed from the size of a file that holds nothing but 4:2:2 samples of 8, 10 or 16
 // bits.
-void yuvdump(DumpOptions &opts, std::FILE *file);
-void yuv10dump(DumpOptions &opts, std::FILE *file);
-void yuv16dump(DumpOptions &opts, std::FILE *file);
+void yuvdump(DumpOptions &opts, Input &input);
+void yuv10dump(DumpOptions &opts, Input &input);
+void yuv16dump(DumpOptions &opts, Input &input);
 
 // The 4096-byte header of an ARRI raw frame; nothing for a shorter file.
-void aridump(DumpOptions &opts, std::FILE *file);
+void aridump(DumpOptions &opts, Input &input);

@@ -2,10 +2,8 @@
 #include <algorithm>
 
 #include "common/field_rows.h"
-#include "common/file_access.h"
-#include "common/file_image.h"
-#include "common/file_window.h"
 #include "common/hexrow.h"
+#include "common/print.h"
 #include "common/values.h"
 #include "images/images.h"
 
@@ -41,25 +39,23 @@ int32_t png_int32(Bytes b, uint64_t offset) { return static_cast<int32_t>(big32(
 void print_pixel_dimensions(Bytes data) {
     print_field_rows(big_endian(data), kPixelDimensionRows);
     switch (data[8]) {
-        case 0: std::printf(" unit        unknown\n"); break;
-        case 1: std::printf(" unit        meter\n"); break;
-        default: std::printf(" unit        %d\n", data[8]);
+        case 0: print(" unit        unknown\n"); break;
+        case 1: print(" unit        meter\n"); break;
+        default: print(" unit        %d\n", data[8]);
     }
 }
 
-void hexdump_data(std::FILE *file, uint64_t start, uint64_t size) {
+void hexdump_data(Input &input, uint64_t start, uint64_t size) {
     LineBuffer out;
-    FileImage part(file, start, std::min(kStep, size));
     for (uint64_t done = 0; done < size; done += kStep) {
-        part.move_to(start + done);
-        put_hexrows(out, part.bytes().sub(0, size - done), kDataRow,
+        put_hexrows(out, input.present(start + done, std::min(kStep, size - done)), kDataRow,
                     [](LineBuffer &line, uint64_t) { line.text("     "); });
     }
 }
 
 void print_chunk(Bytes chunk, uint64_t position) {
-    std::printf("%08llx: %c%c%c%c %d\n", static_cast<unsigned long long>(position), tiffchar(chunk[4]),
-                tiffchar(chunk[5]), tiffchar(chunk[6]), tiffchar(chunk[7]), png_int32(chunk, 0));
+    print("%08llx: %c%c%c%c %d\n", static_cast<unsigned long long>(position), tiffchar(chunk[4]),
+          tiffchar(chunk[5]), tiffchar(chunk[6]), tiffchar(chunk[7]), png_int32(chunk, 0));
     const Bytes data = chunk.from(kChunkHeadSize);
     if (bytes_are(chunk, 4, "IHDR")) print_field_rows(big_endian(data), kImageHeaderRows);
     if (bytes_are(chunk, 4, "pHYs")) print_pixel_dimensions(data);
@@ -67,26 +63,22 @@ void print_chunk(Bytes chunk, uint64_t position) {
 
 }  // namespace
 
-void pngdump(DumpOptions &opts, std::FILE *file) {
-    const uint64_t size = file_size(file);
-    FileWindow window(file, kShownSize, kChunkHeadBlock);
-    if (!window.ok()) {
-        std::printf("malloc of buffer %d failed\n", static_cast<int32_t>(size));
-        return;
-    }
-    std::printf("Fileformat:PNG\n");
-    for (uint64_t position = kSignatureSize; position < size;) {
-        const Bytes chunk = window.at(position);
+void pngdump(DumpOptions &opts, Input &input) {
+    if (!check_buffer(input.size())) return;
+    print("Fileformat:PNG\n");
+    for (uint64_t position = kSignatureSize;;) {
+        const Bytes chunk = input.bytes(position, kShownSize, kChunkHeadBlock);
+        if (position >= input.end()) return;
         const int32_t length = png_int32(chunk, 0);
         const uint64_t data = position + kChunkHeadSize;
         if (!bytes_are(chunk, 4, "IDAT")) {
             print_chunk(chunk, position);
-            if (opts.verbose && length > 0 && data < size)
-                hexdump_data(file, data, std::min(static_cast<uint64_t>(length), size - data));
+            if (opts.verbose && length > 0 && data < input.end())
+                hexdump_data(input, data, std::min(static_cast<uint64_t>(length), input.end() - data));
         }
         if (length < 0) return;  // would lead backwards
         position = data + static_cast<uint64_t>(length) + kCrcSize;
     }
 }
 
-void mngdump(DumpOptions &, std::FILE *) { std::printf("Fileformat:MNG\n"); }
+void mngdump(DumpOptions &, Input &) { print("Fileformat:MNG\n"); }

@@ -2,8 +2,8 @@
 #include <climits>
 #include <cstdio>
 
-#include "common/file_image.h"
 #include "common/names.h"
+#include "common/print.h"
 #include "images/images.h"
 
 namespace {
@@ -63,15 +63,14 @@ class Scanner {
 
 }  // namespace
 
-void ppmdump(DumpOptions &, std::FILE *file) {
-    FileImage image(file, 0, kHeadSize);
-    Scanner scanner(image.bytes());
+void ppmdump(DumpOptions &, Input &input) {
+    Scanner scanner(input.bytes(0, kHeadSize));
     scanner.literal('P');
     const int32_t magic = scanner.number();
     const int32_t width = scanner.number();
     const int32_t height = scanner.number();
     const char *format = magic > 0 ? name_at(kFormats, static_cast<uint64_t>(magic), nullptr) : nullptr;
-    if (format) std::printf("%s\n", format);
-    std::printf(" xsize %d\n", width);
-    std::printf(" ysize %d\n", height);
+    if (format) print("%s\n", format);
+    print(" xsize %d\n", width);
+    print(" ysize %d\n", height);
 }

@@ -1,8 +1,8 @@
 // Formats whose header lies at a fixed place: BMP, TGA, SGI and Softimage.
-#include <cstdio>
 
 #include "common/field_rows.h"
 #include "common/names.h"
+#include "common/print.h"
 #include "images/images.h"
 
 namespace {
@@ -87,16 +87,16 @@ constexpr int kSoftimageMaxChannels = 8;
 
 void print_softimage_channel(Bytes channel, int i) {
     const uint32_t mask = channel[3];
-    std::printf("  ch%d nbits     %d\n", i, channel[1]);
-    std::printf("  ch%d type      %d %s\n", i, channel[2], name_at(kSoftimageTypes, channel[2], "?"));
-    std::printf("  ch%d channels  %s%s%s%s%s\n", i, mask & 0x80 ? "R" : "", mask & 0x40 ? "G" : "",
-                mask & 0x20 ? "B" : "", mask & 0x10 ? "A" : "", mask & 0x0F ? "?" : "");
+    print("  ch%d nbits     %d\n", i, channel[1]);
+    print("  ch%d type      %d %s\n", i, channel[2], name_at(kSoftimageTypes, channel[2], "?"));
+    print("  ch%d channels  %s%s%s%s%s\n", i, mask & 0x80 ? "R" : "", mask & 0x40 ? "G" : "",
+          mask & 0x20 ? "B" : "", mask & 0x10 ? "A" : "", mask & 0x0F ? "?" : "");
 }
 
 }  // namespace
 
 void bmpdump(DumpOptions &, Bytes header) {
-    std::printf("Fileformat:BMP\n");
+    print("Fileformat:BMP\n");
     print_field_rows(little_endian(header), kBmpFileRows);
     if (little32(header, 14) < kBmpInfoHeaderSize) {
         print_field_rows(little_endian(header), kBmpCoreRows);
@@ -106,20 +106,20 @@ void bmpdump(DumpOptions &, Bytes header) {
 }
 
 void tgadump(DumpOptions &, Bytes header) {
-    std::printf("Fileformat:TGA\n");
+    print("Fileformat:TGA\n");
     print_field_rows(little_endian(header), kTgaIdRows);
-    std::printf(" type:        %d %s\n", header[2], name_of(kTgaTypes, header[2]));
+    print(" type:        %d %s\n", header[2], name_of(kTgaTypes, header[2]));
     print_field_rows(little_endian(header), kTgaImageRows);
 }
 
 void sgidump(DumpOptions &, Bytes header) {
-    std::printf("Fileformat:SGI\n");
-    std::printf(" storage:         %d %s\n", header[2], name_of(kSgiStorages, header[2]));
+    print("Fileformat:SGI\n");
+    print(" storage:         %d %s\n", header[2], name_of(kSgiStorages, header[2]));
     print_field_rows(big_endian(header), kSgiRows);
 }
 
 void softdump(DumpOptions &, Bytes header) {
-    std::printf("Fileformat:Softimage\n");
+    print("Fileformat:Softimage\n");
     print_field_rows(big_endian(header), kSoftimageRows);
     for (int i = 0; i < kSoftimageMaxChannels; i++) {
         const Bytes channel =

@@ -3,7 +3,7 @@
 
 #include <cstdio>
 
-#include "common/file_access.h"
+#include "common/print.h"
 #include "images/images.h"
 
 namespace {
@@ -27,17 +27,17 @@ void print_raster(int32_t pixels, int bits) {
     uint32_t width = 0;
     uint32_t height = 0;
     if (!yuvguess(pixels, &width, &height)) {
-        std::printf("Fileformat:YUV %d bit without header, x/y size is unknown\n", bits);
+        print("Fileformat:YUV %d bit without header, x/y size is unknown\n", bits);
         return;
     }
-    std::printf("Fileformat:YUV %d bit without header\n", bits);
-    std::printf(" xsize:       %d\n", width);
-    std::printf(" ysize:       %d\n", height);
-    std::printf(" nbits:       %d\n", bits);
+    print("Fileformat:YUV %d bit without header\n", bits);
+    print(" xsize:       %d\n", width);
+    print(" ysize:       %d\n", height);
+    print(" nbits:       %d\n", bits);
 }
 
 // Sizes are taken in signed 32-bit arithmetic.
-int32_t size32(std::FILE *file) { return static_cast<int32_t>(static_cast<uint32_t>(file_size(file))); }
+int32_t size32(Input &input) { return static_cast<int32_t>(static_cast<uint32_t>(input.size())); }
 int32_t times3(int32_t n) { return static_cast<int32_t>(static_cast<uint32_t>(n) * 3); }
 
 }  // namespace
@@ -52,6 +52,6 @@ int yuvguess(int pixels, uint32_t *width, uint32_t *height) {
     return 0;
 }
 
-void yuvdump(DumpOptions &, std::FILE *file) { print_raster(size32(file) / 2, 8); }
-void yuv10dump(DumpOptions &, std::FILE *file) { print_raster(times3(size32(file)) / 8, 10); }
-void yuv16dump(DumpOptions &, std::FILE *file) { print_raster(size32(file) / 4, 16); }
+void yuvdump(DumpOptions &, Input &input) { print_raster(size32(input) / 2, 8); }
+void yuv10dump(DumpOptions &, Input &input) { print_raster(times3(size32(input)) / 8, 10); }
+void yuv16dump(DumpOptions &, Input &input) { print_raster(size32(input) / 4, 16); }

@@ -3,8 +3,7 @@
 #include <cstdio>
 
 #include "common/field_rows.h"
-#include "common/file_image.h"
-#include "common/hexrow.h"
+#include "common/print.h"
 #include "jpeg2000/codestream.h"
 #include "jpeg2000/jpeg2000.h"
 
@@ -41,12 +40,12 @@ struct Box {
 };
 
 void print_characters(const char *label, Bytes text) {
-    std::printf("%s'%c%c%c%c'\n", label, text[0], text[1], text[2], text[3]);
+    print("%s'%c%c%c%c'\n", label, text[0], text[1], text[2], text[3]);
 }
 
 void print_file_type(Bytes buf, const Box &box) {
     print_characters(" Brand       ", buf.from(box.offset + 8));
-    std::printf(" Version     %d\n", static_cast<int32_t>(jp2_getint32(buf, box.offset + 12)));
+    print(" Version     %d\n", static_cast<int32_t>(jp2_getint32(buf, box.offset + 12)));
     const int64_t entries = (int64_t{static_cast<int32_t>(box.length)} - 16) / 4;
     for (int64_t i = 0; i < entries; i++) {
         const uint64_t at = box.offset + 16 + 4 * static_cast<uint64_t>(i);
@@ -57,11 +56,11 @@ void print_file_type(Bytes buf, const Box &box) {
 
 void print_compression_type(uint32_t type) {
     switch (type) {
-        case 4: std::printf("  compression JBIG\n"); break;
-        case 5: std::printf("  compression JPEG\n"); break;
-        case 6: std::printf("  compression JPEG-LS\n"); break;
-        case 7: std::printf("  compression JPEG2000\n"); break;
-        default: std::printf("  compression %d/Unknown\n", type);
+        case 4: print("  compression JBIG\n"); break;
+        case 5: print("  compression JPEG\n"); break;
+        case 6: print("  compression JPEG-LS\n"); break;
+        case 7: print("  compression JPEG2000\n"); break;
+        default: print("  compression %d/Unknown\n", type);
     }
 }
 
@@ -81,7 +80,7 @@ void print_codestream(Bytes buf, const Box &box, int depth) {
         if (code == kEndOfCodestream || size == 0) break;
         p += size;
     }
-    std::printf(" - no valid codestream data available anymore\n");
+    print(" - no valid codestream data available anymore\n");
 }
 
 uint64_t jp2entry(Bytes buf, uint64_t offset, int depth, uint64_t room);
@@ -111,7 +110,7 @@ uint64_t print_contents(Bytes buf, const Box &box, int depth) {
         case kHeaderBox:
             if (depth < kMaxDepth) return print_superbox(buf, box, depth);
             break;
-        default: std::printf(" unknown box type \n");
+        default: print(" unknown box type \n");
     }
     return box.length;
 }
@@ -121,27 +120,18 @@ uint64_t print_contents(Bytes buf, const Box &box, int depth) {
 uint64_t jp2entry(Bytes buf, uint64_t offset, int depth, uint64_t room) {
     const uint32_t lbox = jp2_getint32(buf, offset);
     const Box box{offset, lbox ? lbox : room, jp2_getint32(buf, offset + 4)};
-    std::printf("%*s%08x: %c%c%c%c %08x/%d\n", depth, "", static_cast<uint32_t>(offset), buf[offset + 4],
-                buf[offset + 5], buf[offset + 6], buf[offset + 7], box.type,
-                static_cast<int32_t>(box.length));
+    print("%*s%08x: %c%c%c%c %08x/%d\n", depth, "", static_cast<uint32_t>(offset), buf[offset + 4],
+          buf[offset + 5], buf[offset + 6], buf[offset + 7], box.type, static_cast<int32_t>(box.length));
     const uint64_t size = print_contents(buf, box, depth);
     return lbox > 0 && lbox < kHeaderSize ? 0 : size;
 }
 
 }  // namespace
 
-void jp2_hexdump(Bytes buf, uint64_t offset, uint64_t length) {
-    constexpr uint64_t kMaxBytes = 32;
-    constexpr HexRow kRow{.columns = 8, .gap = " - ", .after_character = " "};
-    LineBuffer out;
-    put_hexrows(out, buf.sub(offset, std::min(length, kMaxBytes)), kRow, [](LineBuffer &, uint64_t) {});
-}
-
-void jp2dump(DumpOptions &, std::FILE *file) {
-    FileImage image(file);
-    if (!check_buffer(image)) return;
-    const Bytes buf = image.bytes();
-    std::printf("Fileformat:JP2\n");
+void jp2dump(DumpOptions &, Input &input) {
+    if (!check_buffer(input.size())) return;
+    const Bytes buf = input.bytes();
+    print("Fileformat:JP2\n");
     codestream.enter_file();
     uint64_t offset = 0;
     while (offset < buf.size()) {
@@ -149,5 +139,5 @@ void jp2dump(DumpOptions &, std::FILE *file) {
         if (size == 0) return;
         offset += size;
     }
-    if (offset > buf.size()) std::printf("ERROR during decoding\n");
+    if (offset > buf.size()) print("ERROR during decoding\n");
 }

@@ -4,7 +4,8 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "common/file_image.h"
+#include "common/print.h"
+#include "jpeg2000/hexdump.h"
 #include "jpeg2000/jpeg2000.h"
 
 namespace {
@@ -49,7 +50,7 @@ constexpr Marker kMarkers[] = {
 
 void check_place(uint32_t allowed, const char *name) {
     if (codestream.cs_state & allowed) return;
-    std::printf(" - failure !!! %s marker is not allowed at this position\n", name);
+    print(" - failure !!! %s marker is not allowed at this position\n", name);
 }
 
 bool is_valid_code(uint32_t code) {
@@ -58,9 +59,9 @@ bool is_valid_code(uint32_t code) {
 }
 
 void print_sot(const Segment &s) {
-    std::printf(" tile %d\n", s.u16(4));
-    std::printf(" over all length %d\n", static_cast<int32_t>(s.u32(6)));
-    std::printf(" tilepart %d of %d tileparts\n", s.u8(10) + 1, s.u8(11));
+    print(" tile %d\n", s.u16(4));
+    print(" over all length %d\n", static_cast<int32_t>(s.u32(6)));
+    print(" tilepart %d of %d tileparts\n", s.u8(10) + 1, s.u8(11));
 }
 
 void print_fields(uint32_t code, const Segment &segment) {
@@ -90,8 +91,8 @@ void check_marker(const Marker &marker) {
 }
 
 void print_segment(const Marker &marker, const Segment &segment) {
-    std::printf("%08x: %s/%d - %s\n", static_cast<uint32_t>(segment.offset), marker.title,
-                static_cast<int>(segment.size), marker.rest);
+    print("%08x: %s/%d - %s\n", static_cast<uint32_t>(segment.offset), marker.title,
+          static_cast<int>(segment.size), marker.rest);
     if (is_checked_first(marker.code)) check_marker(marker);
     print_fields(marker.code, segment);
     if (!is_checked_first(marker.code)) check_marker(marker);
@@ -121,12 +122,12 @@ uint64_t find_sot(Bytes buf, uint64_t offset) {
 uint64_t tile_part_rest(Bytes buf, uint64_t offset, uint64_t end) {
     const uint64_t sot = find_sot(buf, offset);
     if (sot == 0) {
-        std::printf("found no SOT before the SOD marker\n");
+        print("found no SOT before the SOD marker\n");
         return end;
     }
     const uint64_t tile_part = jp2_getint32(buf, sot + 6);
     if (tile_part == 0) {
-        std::printf(" - End of tile undefined\n");
+        print(" - End of tile undefined\n");
         return end > offset + kMarkerSize ? end - offset - kMarkerSize : 0;
     }
     // A tile-part that ends before its data leads back. Over markers that would go on for ever.
@@ -135,8 +136,7 @@ uint64_t tile_part_rest(Bytes buf, uint64_t offset, uint64_t end) {
 }
 
 uint64_t print_sod(Bytes buf, uint64_t offset, uint64_t end) {
-    std::printf("%08x: SOD/%d - Start of data\n", static_cast<uint32_t>(offset),
-                static_cast<int>(kMarkerSize));
+    print("%08x: SOD/%d - Start of data\n", static_cast<uint32_t>(offset), static_cast<int>(kMarkerSize));
     const uint64_t size = tile_part_rest(buf, offset, end);
     if (offset == 0) return end;
     check_place(kTilePartHeader, "SOD");
@@ -149,24 +149,24 @@ uint64_t print_delimiter(Bytes buf, uint64_t offset, uint32_t code, uint64_t siz
     const uint32_t at = static_cast<uint32_t>(offset);
     switch (code) {
         case 0x4F:
-            std::printf("%08x: SOC/%d - Start of codestream\n", at, static_cast<int>(kMarkerSize));
+            print("%08x: SOC/%d - Start of codestream\n", at, static_cast<int>(kMarkerSize));
             if (codestream.cs_state != kBeforeStart) {
-                std::printf(" - failure !!! This marker is mot allowed in this Position !!!\n");
+                print(" - failure !!! This marker is mot allowed in this Position !!!\n");
             }
             codestream.cs_state = kMainHeader;
             return kMarkerSize;
         case 0x91:
             // The line shows the size and the packet's number.
-            std::printf("%08x: SOP/%d - start of packet header \n", static_cast<uint32_t>(size),
-                        jp2_getint16(buf, offset + 4) + 1);
+            print("%08x: SOP/%d - start of packet header \n", static_cast<uint32_t>(size),
+                  jp2_getint16(buf, offset + 4) + 1);
             check_place(kTileData, "SOP");
             return size;
         case 0x92:
-            std::printf("%08x: EPH/%d - end of packet header\n", at, static_cast<int>(kMarkerSize));
+            print("%08x: EPH/%d - end of packet header\n", at, static_cast<int>(kMarkerSize));
             check_place(kTileData, "EPH");
             return kMarkerSize;
         default:
-            std::printf("%08x: EOC/%d - End of codestream\n", at, static_cast<int>(kMarkerSize));
+            print("%08x: EOC/%d - End of codestream\n", at, static_cast<int>(kMarkerSize));
             if (codestream.cs_state != kTileData) check_place(0, "EOC");
             codestream.cs_state = kAfterEnd;
             return kMarkerSize;
@@ -181,11 +181,11 @@ uint64_t jp2ffentry(Bytes buf, uint64_t offset, int, uint64_t end) {
     const uint32_t at = static_cast<uint32_t>(offset);
     const uint32_t code = buf[offset + 1];
     if (buf[offset] != 0xFF) {
-        std::printf("%08x: Expected 0xff, got %02x\n", at, buf[offset]);
+        print("%08x: Expected 0xff, got %02x\n", at, buf[offset]);
         return end;
     }
     if (!is_valid_code(code)) {
-        std::printf("%08x: invalid marker code %02x\n", at, code);
+        print("%08x: invalid marker code %02x\n", at, code);
         return end;
     }
     const uint64_t size = kMarkerSize + jp2_getint16(buf, offset + 2);
@@ -200,19 +200,18 @@ uint64_t jp2ffentry(Bytes buf, uint64_t offset, int, uint64_t end) {
         return size;
     }
     if (code == 0x79) {
-        std::printf("%08x: ??? / %d - \n", at, static_cast<int>(size));
+        print("%08x: ??? / %d - \n", at, static_cast<int>(size));
     } else {
-        std::printf("%08x: %08x: 0xff%02x Unknown marker /%d \n", at, code, code, static_cast<int>(size));
+        print("%08x: %08x: 0xff%02x Unknown marker /%d \n", at, code, code, static_cast<int>(size));
     }
     jp2_hexdump(buf, offset, size);
     return size;
 }
 
-void jpcdump(DumpOptions &, std::FILE *file, int skip_prefix) {
-    FileImage image(file);
-    if (!check_buffer(image)) return;
-    const Bytes buf = image.bytes();
-    std::printf("Fileformat: unwrapped JPEG2000 codestream \n");
+void jpcdump(DumpOptions &, Input &input, int skip_prefix) {
+    if (!check_buffer(input.size())) return;
+    const Bytes buf = input.bytes();
+    print("Fileformat: unwrapped JPEG2000 codestream \n");
     codestream.enter_file();
     codestream.enter_codestream();
     uint64_t p = skip_prefix ? kPrefixSize : 0;
@@ -221,11 +220,11 @@ void jpcdump(DumpOptions &, std::FILE *file, int skip_prefix) {
         if (size == 0) break;
         p += size;
         if (buf[p] < 0xFF) {
-            std::printf("%08x: Expected to get 0xff, got %02x\n", static_cast<uint32_t>(p), buf[p]);
+            print("%08x: Expected to get 0xff, got %02x\n", static_cast<uint32_t>(p), buf[p]);
         } else if (buf[p + 1] == kEndOfCodestream) {
-            std::printf("%08x: EOF/2 - End of file\n", static_cast<uint32_t>(p));
+            print("%08x: EOF/2 - End of file\n", static_cast<uint32_t>(p));
             break;
         }
     }
-    if (p > buf.size()) std::printf("ERROR during decoding\n");
+    if (p > buf.size()) print("ERROR during decoding\n");
 }

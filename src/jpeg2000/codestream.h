@@ -12,9 +12,6 @@ inline uint32_t jp2_getint32(Bytes buf, uint64_t offset) { return big32(buf, off
 
 inline constexpr uint32_t kEndOfCodestream = 0xD9;  // marker code of EOC
 
-// Prints the first 32 bytes of a range in rows of 8, as far as the file has them.
-void jp2_hexdump(Bytes buf, uint64_t offset, uint64_t length);
-
 // Prints the marker segment at an offset of a codestream that ends at `end`; returns the bytes to the next
 // marker, through `end` or beyond when there is none, 0 when it cannot be told.
 uint64_t jp2ffentry(Bytes buf, uint64_t offset, int depth, uint64_t end);

@@ -3,10 +3,11 @@
 #include <cstdio>
 
 #include "common/field_rows.h"
-#include "common/file_image.h"
 #include "common/names.h"
+#include "common/print.h"
 #include "common/values.h"
 #include "jpeg2000/codestream.h"
+#include "jpeg2000/hexdump.h"
 #include "jpeg2000/jpeg2000.h"
 #include "tiff/tiff.h"
 
@@ -49,12 +50,11 @@ constexpr FieldRow kJfifRows[] = {
 // clang-format on
 
 void print_header(uint64_t offset, const char *name, uint32_t code, uint64_t size) {
-    std::printf("%08x: %s/%02x %d\n", static_cast<uint32_t>(offset), name, code, static_cast<int>(size));
+    print("%08x: %s/%02x %d\n", static_cast<uint32_t>(offset), name, code, static_cast<int>(size));
 }
 
 void print_numbered_header(uint64_t offset, const char *name, uint32_t number, uint32_t code, uint64_t size) {
-    std::printf("%08x: %s%d/%02x %d\n", static_cast<uint32_t>(offset), name, number, code,
-                static_cast<int>(size));
+    print("%08x: %s%d/%02x %d\n", static_cast<uint32_t>(offset), name, number, code, static_cast<int>(size));
 }
 
 void print_frame(Bytes segment) {
@@ -62,35 +62,35 @@ void print_frame(Bytes segment) {
     print_field_rows(big_endian(segment), kFrameRows);
     for (uint32_t i = 0; i < components; i++) {
         const Bytes c = segment.from(10 + uint64_t{3} * i);
-        std::printf(" component%d\n", i);
-        std::printf("  id        %d\n", c[0]);
-        std::printf("  sampling  %d %d\n", c[1] >> 4, c[1] & 15);
-        std::printf("  tableno   %d\n", c[2]);
+        print(" component%d\n", i);
+        print("  id        %d\n", c[0]);
+        print("  sampling  %d %d\n", c[1] >> 4, c[1] & 15);
+        print("  tableno   %d\n", c[2]);
     }
 }
 
 void print_scan(Bytes segment) {
     const uint32_t components = segment[4];
-    std::printf(" components %d\n", components);
+    print(" components %d\n", components);
     for (uint32_t i = 0; i < components; i++) {
         const Bytes c = segment.from(5 + uint64_t{2} * i);
-        std::printf(" component%d\n", i);
-        std::printf("  index     %d\n", c[0]);
-        std::printf("  ac/dc     %d/%d\n", c[1] >> 4, c[1] & 15);
+        print(" component%d\n", i);
+        print("  index     %d\n", c[0]);
+        print("  ac/dc     %d/%d\n", c[1] >> 4, c[1] & 15);
     }
     const Bytes rest = segment.from(5 + uint64_t{2} * components);
-    std::printf(" ss         %d\n", rest[0]);
-    std::printf(" se         %d\n", rest[1]);
-    std::printf(" a          %d %d\n", rest[2] >> 4, rest[2] & 15);
+    print(" ss         %d\n", rest[0]);
+    print(" se         %d\n", rest[1]);
+    print(" a          %d %d\n", rest[2] >> 4, rest[2] & 15);
 }
 
 void print_jfif(Bytes segment) {
     constexpr const char *kUnits[] = {"none", "inch", "cm"};
-    std::printf(" version    %d.%d\n", segment[9], segment[10]);
+    print(" version    %d.%d\n", segment[9], segment[10]);
     if (const char *unit = name_at(kUnits, segment[11], nullptr)) {
-        std::printf(" units      %s\n", unit);
+        print(" units      %s\n", unit);
     } else {
-        std::printf(" units      %02x - unknown\n", segment[11]);
+        print(" units      %02x - unknown\n", segment[11]);
     }
     print_field_rows(big_endian(segment), kJfifRows);
 }
@@ -102,7 +102,7 @@ void print_exif(DumpOptions &opts, Bytes tiff, Budget &budget) {
     if (little_endian || big_endian) {
         tiffdumpifd(opts, tiff, tiffuint32(tiff.from(4), big_endian), big_endian, budget);
     } else {
-        std::printf(" Unknown type\n");
+        print(" Unknown type\n");
     }
 }
 
@@ -110,17 +110,17 @@ void print_application(DumpOptions &opts, Bytes segment, uint64_t size, Budget &
     constexpr uint64_t kIdentifier = 4;
     const Text id = text_at(segment, kIdentifier, size);
     const uint64_t length = static_cast<uint64_t>(id.length);
-    std::printf(" blockid    ");
-    for (uint64_t i = 0; i < length; i++) std::printf("%02x", segment[kIdentifier + i]);
-    std::printf(" '");
-    for (uint64_t i = 0; i < length; i++) std::printf("%c", tiffchar(segment[kIdentifier + i]));
-    std::printf("'\n");
+    print(" blockid    ");
+    for (uint64_t i = 0; i < length; i++) print("%02x", segment[kIdentifier + i]);
+    print(" '");
+    for (uint64_t i = 0; i < length; i++) print("%c", tiffchar(segment[kIdentifier + i]));
+    print("'\n");
     if (bytes_are(segment, kIdentifier, "JFIF\0")) {
         print_jfif(segment);
     } else if (bytes_are(segment, kIdentifier, "Exif\0")) {
         print_exif(opts, segment.from(kIdentifier + length + 2), budget);
     } else {
-        std::printf(" Unknown type\n");
+        print(" Unknown type\n");
     }
 }
 
@@ -132,7 +132,7 @@ uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint64_t s
                                          [&](const Title &t) { return t.code == code; });
         title != std::end(kTitles)) {
         print_header(offset, title->name, code, size);
-        std::printf("%s", title->line);
+        print("%s", title->line);
         return size;
     }
     if (code >= 0xC0 && code <= 0xCF) {
@@ -159,16 +159,15 @@ uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint64_t s
         case 0xF0:
         case 0xFD: print_numbered_header(offset, "JPG", code - 0xF0, code, size); return size;
         default:
-            std::printf("%08x: %08x: 0xff%02x Unknown marker /%d \n", static_cast<uint32_t>(offset), code,
-                        code, static_cast<int>(size));
+            print("%08x: %08x: 0xff%02x Unknown marker /%d \n", static_cast<uint32_t>(offset), code, code,
+                  static_cast<int>(size));
             return size;
     }
 }
 
 uint64_t jpegentry(DumpOptions &opts, Bytes buf, uint64_t offset, Budget &budget) {
     if (buf[offset] != 0xFF) {
-        std::printf("%08x:  Expected to find 0xff, found 0x%02x\n:", static_cast<uint32_t>(offset),
-                    buf[offset]);
+        print("%08x:  Expected to find 0xff, found 0x%02x\n:", static_cast<uint32_t>(offset), buf[offset]);
         return 0;
     }
     const uint64_t size = kMarkerSize + big16(buf, offset + 2);
@@ -179,17 +178,16 @@ uint64_t jpegentry(DumpOptions &opts, Bytes buf, uint64_t offset, Budget &budget
 
 }  // namespace
 
-void jpgdump(DumpOptions &opts, std::FILE *file) {
-    FileImage image(file);
-    if (!check_buffer(image)) return;
-    const Bytes buf = image.bytes();
+void jpgdump(DumpOptions &opts, Input &input) {
+    if (!check_buffer(input.size())) return;
+    const Bytes buf = input.bytes();
     Budget budget(buf.size());
-    std::printf("Fileformat:JPEG\n");
+    print("Fileformat:JPEG\n");
     uint64_t offset = 0;
     while (offset < buf.size()) {
         const uint64_t size = jpegentry(opts, buf, offset, budget);
         if (size == 0) break;
         offset += size;
     }
-    if (offset > buf.size()) std::printf("ERROR during decoding\n");
+    if (offset > buf.size()) print("ERROR during decoding\n");
 }

@@ -1,11 +1,12 @@
 // The fields of codestream marker segments (ISO/IEC 15444-1, annex A).
 #include <climits>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 
+#include "common/end_of_run.h"
 #include "common/field_rows.h"
 #include "common/names.h"
+#include "common/print.h"
 #include "common/values.h"
 #include "jpeg2000/codestream.h"
 
@@ -49,48 +50,47 @@ int32_t power_of_two(uint32_t exponent) { return exponent < 31 ? 1 << exponent :
 uint64_t component_size(const CodestreamState &state) { return state.cs_numComponents <= 256 ? 1 : 2; }
 
 void print_partition(uint32_t style) {
-    std::printf(style & 1 ? " - entropy encoder with partition (precincts)\n"
-                          : " - entropy encoder without partition (precincts)\n");
+    print(style & 1 ? " - entropy encoder with partition (precincts)\n"
+                    : " - entropy encoder without partition (precincts)\n");
 }
 
 void print_sop_and_eph(uint32_t style) {
-    std::printf(style & 2 ? " - SOP marker segments are used\n" : " - No SOP marker segments are used\n");
-    std::printf(style & 4 ? " - EPH marker segments are used\n" : " - No EPH mmarker segments are used\n");
+    print(style & 2 ? " - SOP marker segments are used\n" : " - No SOP marker segments are used\n");
+    print(style & 4 ? " - EPH marker segments are used\n" : " - No EPH mmarker segments are used\n");
 }
 
 // The fields that COD and COC share, from the decomposition levels on; returns the number of precinct sizes.
 uint32_t print_coding_fields(CodestreamState &state, const Segment &segment, uint64_t at) {
     state.cs_numLevels = segment.u8(at);
-    std::printf(" decomposition level   %d\n", state.cs_numLevels);
-    std::printf(" codeblock width       %d\n", power_of_two(segment.u8(at + 1) + 2));
-    std::printf(" codeblock height      %d\n", power_of_two(segment.u8(at + 2) + 2));
+    print(" decomposition level   %d\n", state.cs_numLevels);
+    print(" codeblock width       %d\n", power_of_two(segment.u8(at + 1) + 2));
+    print(" codeblock height      %d\n", power_of_two(segment.u8(at + 2) + 2));
     const uint32_t modes = segment.u8(at + 3);
-    std::printf(" - mode switches       0x%02x\n", modes);
-    for (const Mode &mode : kModes) std::printf("%s%s\n", mode.label, modes & mode.bit ? "on" : "off");
-    std::printf(" DWT transform         %s\n", name_at(kTransforms, segment.u8(at + 4), "unknown"));
+    print(" - mode switches       0x%02x\n", modes);
+    for (const Mode &mode : kModes) print("%s%s\n", mode.label, modes & mode.bit ? "on" : "off");
+    print(" DWT transform         %s\n", name_at(kTransforms, segment.u8(at + 4), "unknown"));
     uint32_t precincts = 0;
     for (at += 5; segment.has(at); at++, precincts++) {
         const uint32_t exponents = segment.u8(at);
-        std::printf(" precinct size [%d]     %d x %d\n", precincts, power_of_two(exponents & 15),
-                    power_of_two(exponents >> 4));
+        print(" precinct size [%d]     %d x %d\n", precincts, power_of_two(exponents & 15),
+              power_of_two(exponents >> 4));
     }
     return precincts;
 }
 
 void check_precincts(const CodestreamState &state, uint32_t precincts) {
     if (precincts <= state.cs_numLevels + 1) return;
-    std::printf(
-        " - failure !!! -> No of precint dimensions (%d) are greater than assumed no of dwt-levels (%d)\n",
-        precincts, state.cs_numLevels);
+    print(" - failure !!! -> No of precint dimensions (%d) are greater than assumed no of dwt-levels (%d)\n",
+          precincts, state.cs_numLevels);
 }
 
 // Prints the component that a COC or QCC segment is for; ends the program when the image does not have it.
 void print_component(const CodestreamState &state, const Segment &segment) {
     const uint32_t component = component_size(state) == 1 ? segment.u8(4) : segment.u16(4);
-    std::printf(" data for component %d\n", component);
+    print(" data for component %d\n", component);
     if (component <= state.cs_numComponents) return;
-    std::printf(" - failure !!! - max component = %d\n", state.cs_numComponents);
-    std::exit(kFatalStatus);
+    print(" - failure !!! - max component = %d\n", state.cs_numComponents);
+    end_run(kFatalStatus);
 }
 
 // The level and band of the values of a quantization list, in their order: 0LL, 1HL, 1LH, 1HH, 2HL, ...
@@ -108,12 +108,12 @@ double step_size(uint32_t value) {
 }
 
 void print_quantization_style(uint32_t style) {
-    std::printf(" - guardbits           %d\n", style >> 5);
+    print(" - guardbits           %d\n", style >> 5);
     switch (style & 0x1F) {
-        case 0: std::printf(" - sQCD                No Quantization\n"); break;
-        case 1: std::printf(" - sQCD                Scalar Implicit\n"); break;
-        case 2: std::printf(" - sQCD                Scalar Explicit\n"); break;
-        default: std::printf(" - sQCD                ?/0x%02x\n", style);
+        case 0: print(" - sQCD                No Quantization\n"); break;
+        case 1: print(" - sQCD                Scalar Implicit\n"); break;
+        case 2: print(" - sQCD                Scalar Explicit\n"); break;
+        default: print(" - sQCD                ?/0x%02x\n", style);
     }
 }
 
@@ -121,15 +121,15 @@ void print_quantization_style(uint32_t style) {
 void print_exponents(const Segment &segment, uint64_t at, uint64_t count) {
     for (uint32_t k = 0; k < count && segment.buf.has(segment.offset + at + k, 1); k++) {
         const Subband s = subband(k);
-        std::printf(" - value %d%s           0x%02x\n", s.level, s.name, segment.u8(at + k));
+        print(" - value %d%s           0x%02x\n", s.level, s.name, segment.u8(at + k));
     }
 }
 
 // 16-bit values as long as their byte index is below `limit`.
 template <typename Print>
-void print_steps(const Segment &segment, uint64_t at, uint64_t limit, Print print) {
+void print_steps(const Segment &segment, uint64_t at, uint64_t limit, Print print_step) {
     for (uint32_t j = 0; j < limit && segment.buf.has(segment.offset + at + j, 1); j += 2) {
-        print(subband(j / 2), segment.u16(at + j));
+        print_step(subband(j / 2), segment.u16(at + j));
     }
 }
 
@@ -142,26 +142,26 @@ void print_siz(CodestreamState &state, const Segment &s) {
     state.cs_numComponents = s.u16(38);
     int component = 0;
     for (uint64_t at = 40; s.has(at); at += 3, component++) {
-        std::printf(" Ssize[%02d]  %d bit - %s\n", component, (s.u8(at) & 0x7F) + 1,
-                    s.u8(at) & 0x80 ? "signed" : "unsigned");
-        std::printf(" XRsize[%02d] %d\n", component, s.u8(at + 1));
-        std::printf(" YRsize[%02d] %d\n", component, s.u8(at + 2));
+        print(" Ssize[%02d]  %d bit - %s\n", component, (s.u8(at) & 0x7F) + 1,
+              s.u8(at) & 0x80 ? "signed" : "unsigned");
+        print(" XRsize[%02d] %d\n", component, s.u8(at + 1));
+        print(" YRsize[%02d] %d\n", component, s.u8(at + 2));
     }
 }
 
 void print_cod(CodestreamState &state, const Segment &s) {
     const uint32_t style = s.u8(4);
-    std::printf(" Scod                  0x%02x\n", style);
-    if (style > 31) std::printf(" - probably illegal Scod codeword\n");
+    print(" Scod                  0x%02x\n", style);
+    if (style > 31) print(" - probably illegal Scod codeword\n");
     print_partition(style);
     print_sop_and_eph(style);
-    std::printf(" progression order     %d - %s\n", s.u8(5),
-                name_at(kProgressions, s.u8(5), "unknown progression"));
-    std::printf(" number of layers      %d\n", s.u16(6));
-    std::printf(" multiple component    %d\n", s.u8(8));
+    print(" progression order     %d - %s\n", s.u8(5),
+          name_at(kProgressions, s.u8(5), "unknown progression"));
+    print(" number of layers      %d\n", s.u16(6));
+    print(" multiple component    %d\n", s.u8(8));
     const uint32_t precincts = print_coding_fields(state, s, 9);
     if (precincts && !(style & 1)) {
-        std::printf(" - failure !!! -> No Precinct defined in Scod but Presinct sizes are defined\n");
+        print(" - failure !!! -> No Precinct defined in Scod but Presinct sizes are defined\n");
     }
     check_precincts(state, precincts);
 }
@@ -170,9 +170,9 @@ void print_coc(CodestreamState &state, const Segment &s) {
     print_component(state, s);
     const uint64_t at = 4 + component_size(state);
     const uint32_t style = s.u8(at);
-    std::printf(" Scod                  0x%02x\n", style);
+    print(" Scod                  0x%02x\n", style);
     if (style > 1) {
-        std::printf(" - probably illegal Scod codeword\n");
+        print(" - probably illegal Scod codeword\n");
     } else {
         print_partition(style);
     }
@@ -183,36 +183,35 @@ void print_coc(CodestreamState &state, const Segment &s) {
 void print_tlm(const Segment &s) {
     const uint32_t index_size = s.u8(5) >> 4 & 3;
     const uint32_t length_size = s.u8(5) & 0x40 ? 4 : 2;
-    std::printf(" TLM index           %d\n", s.u8(4));
-    std::printf(" tile index length   %d bytes \n", index_size);
-    std::printf(" length information  %d bytes \n", length_size);
+    print(" TLM index           %d\n", s.u8(4));
+    print(" tile index length   %d bytes \n", index_size);
+    print(" length information  %d bytes \n", length_size);
     const int pair = static_cast<int>(index_size + length_size);
     const int pairs = static_cast<int>(s.size) - 6;
     if (pairs % pair != 0) {
-        std::printf(" - failure !!! incorrect marker length or tilpart data \n");
+        print(" - failure !!! incorrect marker length or tilpart data \n");
     } else {
-        std::printf(" tileparts           %d\n", pairs / pair);
+        print(" tileparts           %d\n", pairs / pair);
     }
     if (s.size < 7) return;
     uint64_t at = 6;
     for (int n = 1; s.has(at); n++) {
-        std::printf(" tilepart %d:\n", n);
+        print(" tilepart %d:\n", n);
         if (index_size == 3) {
-            std::printf(" - failure !!! incorrect tilepart index lenght definition\n");
+            print(" - failure !!! incorrect tilepart index lenght definition\n");
             break;
         }
         if (index_size == 0) {
-            std::printf(" tile index          not defined \n");
+            print(" tile index          not defined \n");
         } else {
-            std::printf(" tile index          %d\n", index_size == 1 ? s.u8(at) : s.u16(at));
+            print(" tile index          %d\n", index_size == 1 ? s.u8(at) : s.u16(at));
         }
         if (!s.has(at + index_size)) break;
         at += index_size;
-        std::printf(" tilepart length     %d\n",
-                    static_cast<int32_t>(length_size == 4 ? s.u32(at) : s.u16(at)));
+        print(" tilepart length     %d\n", static_cast<int32_t>(length_size == 4 ? s.u32(at) : s.u16(at)));
         at += length_size;
     }
-    if (at < s.size) std::printf(" - failure !!! incorrect tilepart lenght definition\n");
+    if (at < s.size) print(" - failure !!! incorrect tilepart lenght definition\n");
 }
 
 void print_qcd(const Segment &s) {
@@ -223,8 +222,7 @@ void print_qcd(const Segment &s) {
         return;
     }
     print_steps(s, 5, minus(s.size, 6), [](Subband sub, uint32_t value) {
-        std::printf(" - value %d%s           0x%08x - %09.6f\n", sub.level, sub.name, value,
-                    step_size(value));
+        print(" - value %d%s           0x%08x - %09.6f\n", sub.level, sub.name, value, step_size(value));
     });
 }
 
@@ -238,13 +236,13 @@ void print_qcc(const CodestreamState &state, const Segment &s) {
         return;
     }
     print_steps(s, at + 1, minus(s.size, 6), [](Subband sub, uint32_t value) {
-        std::printf(" - value %d%s           %g\n", sub.level, sub.name, step_size(value));
+        print(" - value %d%s           %g\n", sub.level, sub.name, step_size(value));
     });
 }
 
 void print_poc(const CodestreamState &state, const Segment &s) {
     if (s.size % 2 != 0) {
-        std::printf(" - failure !!! POC marker wrong length\n");
+        print(" - failure !!! POC marker wrong length\n");
         return;
     }
     const uint64_t width = state.cs_numComponents < 257 ? 1 : 2;
@@ -252,21 +250,21 @@ void print_poc(const CodestreamState &state, const Segment &s) {
     uint64_t at = 4;
     for (int n = 1; s.has(at); n++, at += 5 + 2 * width) {
         const uint64_t layers = at + 1 + width;
-        std::printf(" progression %d:\n", n);
-        std::printf(" - comp  %d - %d\n", component(at + 1), component(layers + 3));
-        std::printf(" - res   %d - %d\n", s.u8(at), s.u8(layers + 2));
-        std::printf(" - layer %d\n", s.u16(layers));
-        std::printf(" - order %s\n", name_at(kProgressions, s.u8(layers + 3 + width)));
+        print(" progression %d:\n", n);
+        print(" - comp  %d - %d\n", component(at + 1), component(layers + 3));
+        print(" - res   %d - %d\n", s.u8(at), s.u8(layers + 2));
+        print(" - layer %d\n", s.u16(layers));
+        print(" - order %s\n", name_at(kProgressions, s.u8(layers + 3 + width)));
     }
 }
 
 void print_cme(const Segment &s) {
     if (s.u16(4) == 0) {
-        std::printf(" coding     binary Comment Data\n");
+        print(" coding     binary Comment Data\n");
         return;
     }
-    std::printf(" coding     IS 8859-15:1999(Latin)\n");
-    std::printf(" comment    '");
-    for (uint64_t at = 6; s.has(at); at++) std::printf("%c", tiffchar(s.u8(at)));
-    std::printf("'\n");
+    print(" coding     IS 8859-15:1999(Latin)\n");
+    print(" comment    '");
+    for (uint64_t at = 6; s.has(at); at++) print("%c", tiffchar(s.u8(at)));
+    print("'\n");
 }

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "common/name_pattern.h"
+#include "common/print.h"
 
 namespace {
 
@@ -70,7 +71,7 @@ bool check_name(const char *name) {
         } else if (watching && *p >= '0' && *p <= '9') {
             watching = false;
         } else if (watching && (*p == 's' || *p == 'S')) {
-            std::printf("keldump: %%s in string not allowed\n");
+            print("keldump: %%s in string not allowed\n");
             accepted = false;
         }
     }
@@ -80,14 +81,14 @@ bool check_name(const char *name) {
 // Refuses a pattern that would put anything but a number into a name.
 bool check_pattern(const char *pattern) {
     if (valid_name_pattern(pattern)) return true;
-    std::printf("keldump: bad name pattern '%s'\n", pattern);
+    print("keldump: bad name pattern '%s'\n", pattern);
     return false;
 }
 
 }  // namespace
 
 void usage() {
-    std::printf(
+    print(
         "usage:    keldump filename             Dumps all known header fields\n"
         "          keldump filename start end   Dumps default timecodes in dpx files.\n"
         "\n"
@@ -116,7 +117,7 @@ int parse_command_line(int argc, char **argv, CommandLine &line) {
         return kUsageStatus;
     }
     if (strcasecmp(argv[1], "verify") == 0) {
-        std::printf("keldump: " KELDUMP_VERSION "\n");
+        print("keldump: " KELDUMP_VERSION "\n");
         return 0;
     }
     // The last argument is the file name, whatever it begins with.

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "audio/audio.h"
-#include "common/file_access.h"
+#include "common/print.h"
 #include "dpx/dpx.h"
 #include "exr/exr.h"
 #include "gxf/gxf.h"
@@ -28,9 +28,9 @@ using namespace std::string_view_literals;
 constexpr size_t kClockText = 32;
 
 // A file to be recognised, and all that a format's entry may need.
-struct Input {
+struct File {
     DumpOptions &opts;
-    std::FILE *file;
+    Input &input;
     const char *name;
     int range_flag;
     Bytes head;  // kDetectionSize bytes
@@ -39,8 +39,8 @@ struct Input {
 // A format is recognised by its file's first bytes, a further condition, or both.
 struct Format {
     std::string_view magic;
-    void (*dump)(const Input &);
-    bool (*condition)(const Input &) = nullptr;
+    void (*dump)(const File &);
+    bool (*condition)(const File &) = nullptr;
 };
 
 bool begins_with(Bytes head, std::string_view magic) {
@@ -50,11 +50,11 @@ bool begins_with(Bytes head, std::string_view magic) {
     return true;
 }
 
-bool recognises(const Format &format, const Input &in) {
+bool recognises(const Format &format, const File &in) {
     return begins_with(in.head, format.magic) && (!format.condition || format.condition(in));
 }
 
-bool is_named(const Input &in, std::initializer_list<const char *> extensions) {
+bool is_named(const File &in, std::initializer_list<const char *> extensions) {
     const char *dot = std::strrchr(in.name, '.');
     for (const char *extension : extensions) {
         if (dot && strcasecmp(dot, extension) == 0) return true;
@@ -62,37 +62,37 @@ bool is_named(const Input &in, std::initializer_list<const char *> extensions) {
     return false;
 }
 
-void dump_mpeg(const Input &in) {
+void dump_mpeg(const File &in) {
     char clock[kClockText];
-    mpegdump(in.opts, in.file, 0, clock);
+    mpegdump(in.opts, in.input, 0, clock);
 }
 
-void dump_transport_stream(const Input &in) {
+void dump_transport_stream(const File &in) {
     char clock[kClockText];
-    tsdump(in.opts, in.file, 0, clock);
+    tsdump(in.opts, in.input, 0, clock);
 }
 
-void dump_exr(const Input &in) { exrdump(in.opts, in.file); }
-void dump_arri(const Input &in) { aridump(in.opts, in.file); }
-void dump_dpx(const Input &in) { dpxdump(in.opts, in.file, in.head, kDetectionSize, in.name, in.range_flag); }
-void dump_cineon(const Input &in) { cineondump(in.opts, in.head, kDetectionSize); }
-void dump_tiff(const Input &in) { tiffdump(in.opts, in.file); }
-void dump_text(const Input &in) { dumpfile(in.opts, in.file); }
-void dump_xml(const Input &in) {
-    xmldump(in.opts, in.file);
-    dumpfile(in.opts, in.file);
+void dump_exr(const File &in) { exrdump(in.opts, in.input); }
+void dump_arri(const File &in) { aridump(in.opts, in.input); }
+void dump_dpx(const File &in) { dpxdump(in.opts, in.input, in.head, kDetectionSize, in.name, in.range_flag); }
+void dump_cineon(const File &in) { cineondump(in.opts, in.head, kDetectionSize); }
+void dump_tiff(const File &in) { tiffdump(in.opts, in.input); }
+void dump_text(const File &in) { dumpfile(in.opts, in.input); }
+void dump_xml(const File &in) {
+    xmldump(in.opts, in.input);
+    dumpfile(in.opts, in.input);
 }
 
-bool is_executable(const Input &in) {
+bool is_executable(const File &in) {
     const uint64_t pe_header = little32(in.head, 60);
     return pe_header + 4 <= kDetectionSize && bytes_are(in.head, pe_header, "PE\0\0");
 }
 
-bool is_transport_stream(const Input &in) {
+bool is_transport_stream(const File &in) {
     return in.head[188] == 0x47 && in.head[376] == 0x47 && in.head[564] == 0x47;
 }
 
-bool is_portable_map(const Input &in) { return in.head[1] >= '1' && in.head[1] <= '6' && in.head[2] == '\n'; }
+bool is_portable_map(const File &in) { return in.head[1] >= '1' && in.head[1] <= '6' && in.head[2] == '\n'; }
 
 // The first format that recognises a file dumps it. Those told by their names' extensions come last.
 // clang-format off
@@ -104,7 +104,7 @@ constexpr Format kFormats[] = {
     {"\xBA\x01\x00\x00"sv, dump_mpeg},
     {"\x76\x2F\x31\x01"sv, dump_exr},
     {"\x01\x31\x2F\x76"sv, dump_exr},
-    {"\x06\x0E\x2B\x34"sv, [](const Input &in) { mxfdump(in.opts, in.file); }},  // SMPTE universal label
+    {"\x06\x0E\x2B\x34"sv, [](const File &in) { mxfdump(in.opts, in.input); }},  // SMPTE universal label
     {"ARRI"sv, dump_arri},
     {"IRRA"sv, dump_arri},
     {"SDPX"sv, dump_dpx},
@@ -112,75 +112,72 @@ constexpr Format kFormats[] = {
     {"\x80\x2A\x5F\xD7"sv, dump_cineon},
     {"\xD7\x5F\x2A\x80"sv, dump_cineon},
 
-    {"\x00\x03"sv, [](const Input &in) { fontdump(in.opts, in.file); }},
-    {"BM"sv, [](const Input &in) { bmpdump(in.opts, in.head); }},
-    {"\x01\xDA"sv, [](const Input &in) { sgidump(in.opts, in.head); }},
-    {"FORM"sv, [](const Input &in) { aiffdump(in.opts, in.head, in.name); }},
-    {"RIFF"sv, [](const Input &in) { riffdump(in.opts, in.head, in.name, 0); }},
-    {"RF64"sv, [](const Input &in) { riffdump(in.opts, in.head, in.name, 1); }},
-    {"STREAMER"sv, [](const Input &in) { rawdump(in.opts, in.name); }},
+    {"\x00\x03"sv, [](const File &in) { fontdump(in.opts, in.input); }},
+    {"BM"sv, [](const File &in) { bmpdump(in.opts, in.head); }},
+    {"\x01\xDA"sv, [](const File &in) { sgidump(in.opts, in.head); }},
+    {"FORM"sv, [](const File &in) { aiffdump(in.opts, in.head, in.name); }},
+    {"RIFF"sv, [](const File &in) { riffdump(in.opts, in.head, in.name, 0); }},
+    {"RF64"sv, [](const File &in) { riffdump(in.opts, in.head, in.name, 1); }},
+    {"STREAMER"sv, [](const File &in) { rawdump(in.opts, in.name); }},
 
     {"II"sv, dump_tiff},
     {"MM"sv, dump_tiff},
-    {"MZ"sv, [](const Input &in) { exedump(in.head); }, is_executable},
+    {"MZ"sv, [](const File &in) { exedump(in.head); }, is_executable},
 
     // Files that begin with a 32-bit size or a leader whose first bytes are zero.
-    {"\x00\x00\x00\x0CjP  \r\n\x87\n"sv, [](const Input &in) { jp2dump(in.opts, in.file); }},
-    {"\x00\x00"sv, [](const Input &in) { reddumpv1(in.opts, in.file); },
-     [](const Input &in) { return bytes_are(in.head, 4, "RED1"); }},
-    {"\x00\x00"sv, [](const Input &in) { reddumpv2(in.opts, in.file); },
-     [](const Input &in) { return bytes_are(in.head, 4, "RED2"); }},
-    {"\x00\x00\x00\x00\x01"sv, [](const Input &in) { gxfdump(in.opts, in.file); },
-     [](const Input &in) { return bytes_are(in.head, 14, "\xE1\xE2"); }},
+    {"\x00\x00\x00\x0CjP  \r\n\x87\n"sv, [](const File &in) { jp2dump(in.opts, in.input); }},
+    {"\x00\x00"sv, [](const File &in) { reddumpv1(in.opts, in.input); },
+     [](const File &in) { return bytes_are(in.head, 4, "RED1"); }},
+    {"\x00\x00"sv, [](const File &in) { reddumpv2(in.opts, in.input); },
+     [](const File &in) { return bytes_are(in.head, 4, "RED2"); }},
+    {"\x00\x00\x00\x00\x01"sv, [](const File &in) { gxfdump(in.opts, in.input); },
+     [](const File &in) { return bytes_are(in.head, 14, "\xE1\xE2"); }},
 
-    {"\xFF\x4F\xFF\x51"sv, [](const Input &in) { jpcdump(in.opts, in.file, 0); }},
-    {"\xFF\xFF\xFF\xF0"sv, [](const Input &in) { jpcdump(in.opts, in.file, 1); }},
-    {"\xFF\xD8"sv, [](const Input &in) { jpgdump(in.opts, in.file); }},
+    {"\xFF\x4F\xFF\x51"sv, [](const File &in) { jpcdump(in.opts, in.input, 0); }},
+    {"\xFF\xFF\xFF\xF0"sv, [](const File &in) { jpcdump(in.opts, in.input, 1); }},
+    {"\xFF\xD8"sv, [](const File &in) { jpgdump(in.opts, in.input); }},
     {"\xFF\xFE"sv, dump_text},  // UTF-16, little-endian
-    {"\xFF"sv, [](const Input &) { std::printf("Fileformat:MP3\n"); },
-     [](const Input &in) { return (in.head[1] & 0xF0) == 0xF0; }},
+    {"\xFF"sv, [](const File &) { print("Fileformat:MP3\n"); },
+     [](const File &in) { return (in.head[1] & 0xF0) == 0xF0; }},
 
-    {"{\\rtf"sv, [](const Input &) { std::printf("Fileformat:RTF - Rich Text Format\n"); }},
+    {"{\\rtf"sv, [](const File &) { print("Fileformat:RTF - Rich Text Format\n"); }},
     {"\xFE\xFF"sv, dump_text},      // UTF-16, big-endian
     {"\xEF\xBB\xBF"sv, dump_text},  // UTF-8
-    {"%PDF-"sv, [](const Input &) { std::printf("Fileformat:PDF\n"); }},
-    {"GIF"sv, [](const Input &) { std::printf("Fileformat:GIF\n"); }},
+    {"%PDF-"sv, [](const File &) { print("Fileformat:PDF\n"); }},
+    {"GIF"sv, [](const File &) { print("Fileformat:GIF\n"); }},
     {"G"sv, dump_transport_stream, is_transport_stream},
-    {"\x89PNG\r\n\x1A\n"sv, [](const Input &in) { pngdump(in.opts, in.file); }},
-    {"\x8AMNG\r\n\x1A\n"sv, [](const Input &in) { mngdump(in.opts, in.file); }},
-    {"P"sv, [](const Input &in) { ppmdump(in.opts, in.file); }, is_portable_map},
+    {"\x89PNG\r\n\x1A\n"sv, [](const File &in) { pngdump(in.opts, in.input); }},
+    {"\x8AMNG\r\n\x1A\n"sv, [](const File &in) { mngdump(in.opts, in.input); }},
+    {"P"sv, [](const File &in) { ppmdump(in.opts, in.input); }, is_portable_map},
     {"<?xml"sv, dump_xml},
-    {"S\x80\xF6\x34\x40\x40\x00\x00"sv, [](const Input &in) { softdump(in.opts, in.head); }},
+    {"S\x80\xF6\x34\x40\x40\x00\x00"sv, [](const File &in) { softdump(in.opts, in.head); }},
 
-    {""sv, [](const Input &in) { qtdump(in.name); },
-     [](const Input &in) { return is_named(in, {".mov", ".qt"}); }},
-    {""sv, [](const Input &in) { tgadump(in.opts, in.head); },
-     [](const Input &in) { return is_named(in, {".tga", ".targa"}); }},
-    {""sv, [](const Input &in) { yuvdump(in.opts, in.file); },
-     [](const Input &in) { return is_named(in, {".yuv8", ".yuv", ".qtl", ".qnt"}); }},
-    {""sv, [](const Input &in) { yuv10dump(in.opts, in.file); },
-     [](const Input &in) { return is_named(in, {".yuv10"}); }},
-    {""sv, [](const Input &in) { yuv16dump(in.opts, in.file); },
-     [](const Input &in) { return is_named(in, {".yuv16"}); }},
+    {""sv, [](const File &in) { qtdump(in.name); },
+     [](const File &in) { return is_named(in, {".mov", ".qt"}); }},
+    {""sv, [](const File &in) { tgadump(in.opts, in.head); },
+     [](const File &in) { return is_named(in, {".tga", ".targa"}); }},
+    {""sv, [](const File &in) { yuvdump(in.opts, in.input); },
+     [](const File &in) { return is_named(in, {".yuv8", ".yuv", ".qtl", ".qnt"}); }},
+    {""sv, [](const File &in) { yuv10dump(in.opts, in.input); },
+     [](const File &in) { return is_named(in, {".yuv10"}); }},
+    {""sv, [](const File &in) { yuv16dump(in.opts, in.input); },
+     [](const File &in) { return is_named(in, {".yuv16"}); }},
     {""sv, dump_text,
-     [](const Input &in) { return is_named(in, {".3dl", ".txt", ".scc", ".lut", ".edl", ".vamc"}); }},
-    {"PK"sv, [](const Input &) { std::printf("Fileformat:ZIP\n"); }},
+     [](const File &in) { return is_named(in, {".3dl", ".txt", ".scc", ".lut", ".edl", ".vamc"}); }},
+    {"PK"sv, [](const File &) { print("Fileformat:ZIP\n"); }},
 };
 // clang-format on
 
 }  // namespace
 
-void dispatch(DumpOptions &opts, std::FILE *file, const char *name, int range_flag) {
-    uint8_t buffer[kDetectionSize];
-    const uint64_t got = read_at(fileno(file), 0, buffer, sizeof buffer);
-    std::memset(buffer + got, 0, sizeof buffer - got);
-    const Input in{opts, file, name, range_flag, Bytes(buffer, sizeof buffer)};
+void dispatch(DumpOptions &opts, Input &input, const char *name, int range_flag) {
+    const File in{opts, input, name, range_flag, input.bytes(0, kDetectionSize)};
     for (const Format &format : kFormats) {
         if (recognises(format, in)) {
             format.dump(in);
             return;
         }
     }
-    std::printf("Unknown fileformat of file '%s' %02x %02x %02x %02x\n", name, in.head[0], in.head[1],
-                in.head[2], in.head[3]);
+    print("Unknown fileformat of file '%s' %02x %02x %02x %02x\n", name, in.head[0], in.head[1], in.head[2],
+          in.head[3]);
 }

@@ -1,8 +1,7 @@
 // Format recognition.
 #pragma once
 
-#include <cstdio>
-
+#include "common/input.h"
 #include "main/dump_options.h"
 
 // Bytes of the file's head that recognition reads and that header-only dumps work on.
@@ -10,4 +9,4 @@ constexpr uint32_t kDetectionSize = 16384;
 
 // Recognises the file by its first bytes, or by its name's extension where they say nothing, and calls the
 // format's dump. Bytes beyond the end of a short file count as 0.
-void dispatch(DumpOptions &opts, std::FILE *file, const char *name, int range_flag);
+void dispatch(DumpOptions &opts, Input &input, const char *name, int range_flag);

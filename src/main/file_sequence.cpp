@@ -1,58 +1,63 @@
 #include "main/file_sequence.h"
 
-#include <cstdio>
+#include <string>
 
-#include "common/file_access.h"
+#include "common/input.h"
+#include "common/link.h"
 #include "common/name_pattern.h"
+#include "common/print.h"
 #include "main/dispatch.h"
 #include "raw/raw.h"
 
 namespace {
 
-constexpr size_t kNameSize = 4096;
-
-void dump_file(DumpOptions &opts, const char *name, int range_flag, const char *next_name) {
-    const OpenFile file = open_input(name);
-    if (next_name) announce_input(next_name);
-    if (!file) {
-        std::printf("Could not open file '%s'\n", name);
-    } else if (opts.hex_dump) {
-        hexdumpfile(opts, file.get(), opts.hex_start, opts.hex_length);
+void dump_file(DumpOptions &opts, Input &input, int range_flag) {
+    if (opts.hex_dump) {
+        hexdumpfile(opts, input, opts.hex_start, opts.hex_length);
     } else if (opts.file_dump) {
-        dumpfile(opts, file.get());
+        dumpfile(opts, input);
     } else if (opts.string_search) {
-        stringsearchfile(opts, file.get());
+        stringsearchfile(opts, input);
     } else {
-        dispatch(opts, file.get(), name, range_flag);
+        dispatch(opts, input, input.name(), range_flag);
+    }
+}
+
+// The head is read first where the format is to be recognised.
+void dump_named(DumpOptions &opts, const char *name, int range_flag, Link &link, const char *next_name) {
+    const bool raw = opts.hex_dump || opts.file_dump || opts.string_search;
+    Input input(name, &link);
+    if (next_name) link.announce_file(next_name, kDetectionSize);
+    if (input.open(raw ? 0 : kDetectionSize)) {
+        dump_file(opts, input, range_flag);
+    } else {
+        print("Could not open file '%s'\n", name);
     }
 }
 
 // The range's second number counts from the first; negative ones stand for a single frame.
-void dump_range(CommandLine &line) {
-    char names[2][kNameSize];  // of the frame and of the next one, in turn
+void dump_range(CommandLine &line, Link &link) {
     const auto name_of_frame = [&](int32_t counter) {
         const uint32_t frame = static_cast<uint32_t>(line.start) + static_cast<uint32_t>(counter);
-        char *name = names[counter & 1];
-        expand_name_pattern(name, kNameSize, line.name, static_cast<int32_t>(frame));
-        return name;
+        return name_from_pattern(line.name, static_cast<int32_t>(frame));
     };
-    const char *name = name_of_frame(0);
-    for (int32_t counter = 0;; counter++) {
-        const char *next = counter < line.end ? name_of_frame(counter + 1) : nullptr;
-        dump_file(line.opts, name, 1, next);
-        if (!next) return;
-        name = next;
+    std::string name = name_of_frame(0);
+    for (int32_t counter = 0; counter < line.end; counter++) {
+        std::string next = name_of_frame(counter + 1);
+        dump_named(line.opts, name.c_str(), 1, link, next.c_str());
+        name.swap(next);
     }
+    dump_named(line.opts, name.c_str(), 1, link, nullptr);
 }
 
 }  // namespace
 
 void dump_files(CommandLine &line) {
+    standard_output.goes_on_without(line.opts.save_frames != 0);
+    Link link;
     if (line.range_flag) {
-        dump_range(line);
-        return;
+        dump_range(line, link);
+    } else {
+        dump_named(line.opts, line.name, 0, link, nullptr);
     }
-    char name[kNameSize];
-    std::snprintf(name, sizeof name, "%s", line.name);
-    dump_file(line.opts, name, 0, nullptr);
 }

@@ -1,10 +1,10 @@
 #include "mpeg/headers.h"
 
-#include <cstdio>
+#include "common/print.h"
 
 uint32_t print_bits(mpeg_reader &reader, const char *label, int count) {
     const uint32_t value = mpegbits(reader, count);
-    std::printf("%s%d\n", label, static_cast<int32_t>(value));
+    print("%s%d\n", label, static_cast<int32_t>(value));
     return value;
 }
 

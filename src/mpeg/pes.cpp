@@ -1,6 +1,6 @@
 // PES packet headers (ISO/IEC 13818-1, 2.4.3.6).
-#include <cstdio>
 
+#include "common/print.h"
 #include "common/values.h"
 #include "mpeg/headers.h"
 
@@ -40,7 +40,7 @@ unsigned long long read_stamp(mpeg_reader &reader) {
 
 void print_stamp(mpeg_reader &reader, const char *label, uint32_t expected) {
     markerbits(reader, 4, expected);
-    std::printf("%s%08llx\n", label, read_stamp(reader));
+    print("%s%08llx\n", label, read_stamp(reader));
 }
 
 Status print_stamps(mpeg_reader &reader, uint32_t flags) {
@@ -61,7 +61,7 @@ void print_escr(mpeg_reader &reader) {
     const unsigned long long base = read_stamp(reader);
     const uint32_t extension = mpegbits(reader, 9);
     markerbit(reader);
-    std::printf("  ECSR           %08llx %d\n", base, extension);
+    print("  ECSR           %08llx %d\n", base, extension);
 }
 
 // clang-format off
@@ -116,8 +116,8 @@ void print_private_data(mpeg_reader &reader) {
     for (int row = 0; row < 2; row++) {
         uint32_t b[8];
         for (uint32_t &byte : b) byte = mpegbits(reader, 8);
-        std::printf("  privatedata     %02x %02x %02x %02x %02x %02x %02x %02x\n", b[7], b[6], b[5], b[4],
-                    b[3], b[2], b[1], b[0]);
+        print("  privatedata     %02x %02x %02x %02x %02x %02x %02x %02x\n", b[7], b[6], b[5], b[4], b[3],
+              b[2], b[1], b[0]);
     }
 }
 
@@ -127,9 +127,9 @@ void print_extension_field(mpeg_reader &reader) {
     for (uint32_t i = 0; i < length; i++) {
         const uint32_t byte = mpegbits(reader, 8);
         if (is_printable(byte)) {
-            std::printf("  reserved        %02x %c\n", byte, static_cast<char>(byte));
+            print("  reserved        %02x %c\n", byte, static_cast<char>(byte));
         } else {
-            std::printf("  reserved        %02x\n", byte);
+            print("  reserved        %02x\n", byte);
         }
     }
 }
@@ -159,7 +159,7 @@ Status print_pes_header(const DumpOptions &opts, mpeg_reader &reader) {
     for (int i = 0; i < kFlags; i++) flags[i] = mpegbits(reader, kPesFlags[i].bits);
     if (opts.verbose > 1) {
         for (int i = 0; i < kFlags; i++) {
-            if (flags[i]) std::printf("%s%d\n", kPesFlags[i].label, flags[i]);
+            if (flags[i]) print("%s%d\n", kPesFlags[i].label, flags[i]);
         }
     }
     const Status status = print_stamps(reader, flags[kTimeStamps]);

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "common/print.h"
 #include "mpeg/headers.h"
 #include "mpeg/mpeg.h"
 #include "mpeg/names.h"
@@ -63,7 +64,7 @@ void skip_slice(mpeg_reader &reader) {
 }
 
 void print_line(const StartCode &code, const char *clock, const char *end) {
-    std::printf("stream %08x/%04d - %s - %s%s\n", 0x100 + code.id, code.length, clock, code.name, end);
+    print("stream %08x/%04d - %s - %s%s\n", 0x100 + code.id, code.length, clock, code.name, end);
 }
 
 Status dump_system_code(const DumpOptions &opts, mpeg_reader &reader, const StartCode &code,
@@ -98,18 +99,17 @@ bool has_pes_header(uint32_t id) {
 
 Status dump_pes_packet(const DumpOptions &opts, mpeg_reader &reader, const StartCode &code,
                        const char *clock) {
-    std::printf("stream %08x/%04d - %s - %s %d\n", 0x100 + code.id, code.length, clock, code.name,
-                code.length);
+    print("stream %08x/%04d - %s - %s %d\n", 0x100 + code.id, code.length, clock, code.name, code.length);
     return has_pes_header(code.id) ? print_pes_header(opts, reader) : Status::go_on;
 }
 
 }  // namespace
 
-void mpegdump(DumpOptions &opts, std::FILE *file, int64_t start, char *text) {
-    std::printf("Fileformat:MPEG\n");
+void mpegdump(DumpOptions &opts, Input &input, int64_t start, char *text) {
+    print("Fileformat:MPEG\n");
     const auto owned = std::make_unique_for_overwrite<mpeg_reader>();
     mpeg_reader &reader = *owned;
-    mpegbufferinit(reader, file, start);
+    mpegbufferinit(reader, input, start);
     double system_time = 0;
     while (find_start_code(reader)) {
         StartCode code{};
@@ -118,7 +118,7 @@ void mpegdump(DumpOptions &opts, std::FILE *file, int64_t start, char *text) {
         code.length = mpegstreamid(reader, code.name, code.id);
         int64_t end = code.length ? mpegoffset(reader, code.length) : 0;
         mpegsystemtime2string(text, system_time);
-        std::printf("%08x:", static_cast<uint32_t>(code.position));
+        print("%08x:", static_cast<uint32_t>(code.position));
         Status status = Status::go_on;
         if (code.id >= kFirstPesId) {
             status = dump_pes_packet(opts, reader, code, text);

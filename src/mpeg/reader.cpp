@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "common/file_access.h"
+#include "common/print.h"
 
 namespace {
 
@@ -19,9 +19,8 @@ bool hold_position(mpeg_reader &reader) {
     const int64_t wanted =
         sequential ? std::min<int64_t>(reader.block_size * 2, sizeof reader.block) : kSmallestRead;
     reader.block_start = reader.position;
-    reader.block_size =
-        static_cast<int64_t>(read_at(fileno(reader.file), static_cast<uint64_t>(reader.position),
-                                     reader.block, static_cast<uint64_t>(wanted)));
+    reader.block_size = static_cast<int64_t>(reader.file->read(static_cast<uint64_t>(reader.position),
+                                                               reader.block, static_cast<uint64_t>(wanted)));
     return reader.block_size > 0;
 }
 
@@ -44,8 +43,8 @@ void next_byte(mpeg_reader &reader) {
 
 }  // namespace
 
-void mpegbufferinit(mpeg_reader &reader, std::FILE *file, int64_t offset) {
-    reader.file = file;
+void mpegbufferinit(mpeg_reader &reader, Input &input, int64_t offset) {
+    reader.file = &input;
     reader.block_size = 0;
     mpegseek(reader, offset);
 }
@@ -91,13 +90,13 @@ bool mpegbytes(mpeg_reader &reader, int64_t count) {
 
 uint32_t markerbit(mpeg_reader &reader) {
     const uint32_t bit = mpegbit(reader);
-    if (bit != 1) std::printf("Error marker bit not 1\n");
+    if (bit != 1) print("Error marker bit not 1\n");
     return bit;
 }
 
 uint32_t markerbits(mpeg_reader &reader, int count, uint32_t expected) {
     const uint32_t bits = mpegbits(reader, count);
-    if (bits != expected) std::printf("Error marker bits not %d is %d\n", expected, bits);
+    if (bits != expected) print("Error marker bits not %d is %d\n", expected, bits);
     return bits;
 }
 
@@ -105,7 +104,7 @@ int64_t mpegoffset(const mpeg_reader &reader, int64_t n) { return reader.positio
 bool mpegendoffile(const mpeg_reader &reader) { return reader.ended; }
 
 int mpegerror(const mpeg_reader &reader, const char *text) {
-    std::printf("ERROR:%08x:%s\n", static_cast<uint32_t>(reader.position), text);
+    print("ERROR:%08x:%s\n", static_cast<uint32_t>(reader.position), text);
     return 4;
 }
 

@@ -2,14 +2,15 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
+
+#include "common/input.h"
 
 // A position in a file, read through a block of fixed size. Past the end of the file one byte reads as all
 // ones, which sets the end-of-file state, and zeros follow.
 struct mpeg_reader {
     int64_t position = 0;  // file offset of the byte in `current`
     int32_t bit = 0;       // consumed bits of `current`, 0 to 7
-    std::FILE *file = nullptr;
+    Input *file = nullptr;
     int current = 0;
 
     // The block around the position, and the end-of-file state.
@@ -20,7 +21,7 @@ struct mpeg_reader {
 };
 
 // Begin at an offset, or move there; mpegseek returns the end-of-file state.
-void mpegbufferinit(mpeg_reader &reader, std::FILE *file, int64_t offset);
+void mpegbufferinit(mpeg_reader &reader, Input &input, int64_t offset);
 bool mpegseek(mpeg_reader &reader, int64_t offset);
 
 uint32_t mpegbit(mpeg_reader &reader);

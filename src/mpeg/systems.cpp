@@ -1,6 +1,6 @@
 // Pack, system and program stream map headers after ISO/IEC 11172-1 and 13818-1.
-#include <cstdio>
 
+#include "common/print.h"
 #include "mpeg/headers.h"
 #include "mpeg/names.h"
 
@@ -41,10 +41,10 @@ constexpr BitRow kStreamMapRows[] = {
 // Descriptor bytes as characters, 15 a line; the last line stays open.
 void print_characters(mpeg_reader &reader, uint32_t count) {
     constexpr uint32_t kColumns = 15;
-    std::printf(" info:            '");
+    print(" info:            '");
     for (uint32_t i = 1; i <= count; i++) {
-        std::printf("%c", static_cast<char>(mpegbits(reader, 8)));
-        if (i % kColumns == 0) std::printf("'\n                  '");
+        print("%c", static_cast<char>(mpegbits(reader, 8)));
+        if (i % kColumns == 0) print("'\n                  '");
     }
 }
 
@@ -53,12 +53,12 @@ void print_characters(mpeg_reader &reader, uint32_t count) {
 Status print_pack_header(const DumpOptions &opts, mpeg_reader &reader, double &system_time, char *text) {
     const uint32_t mode = mpegbits(reader, 2);
     if (mode == 0) {
-        std::printf(" mpeg 1 ?\n");
+        print(" mpeg 1 ?\n");
         mpegbytes(reader, 7);
         return Status::go_on;
     }
     if (mode != 1) {
-        std::printf("mode == %d ?\n", mode);
+        print("mode == %d ?\n", mode);
         return Status::go_on;
     }
     uint64_t base = mpegbits(reader, 3);
@@ -70,18 +70,18 @@ Status print_pack_header(const DumpOptions &opts, mpeg_reader &reader, double &s
     system_time = seconds * 1000000;
     mpegsystemtime2string(text, system_time);
     const bool shown = opts.verbose > 1;
-    if (shown) std::printf(" systemclock:     %s - %1.6f\n", text, seconds);
+    if (shown) print(" systemclock:     %s - %1.6f\n", text, seconds);
     markerbit(reader);
     const uint32_t extension = mpegbits(reader, 9);
-    if (shown) std::printf(" bits :           %d\n", extension);
+    if (shown) print(" bits :           %d\n", extension);
     markerbit(reader);
     const uint32_t rate = mpegbits(reader, 22);
-    if (shown) std::printf(" muxrate:         %d bytes/s\n", static_cast<int32_t>(rate * 50));
+    if (shown) print(" muxrate:         %d bytes/s\n", static_cast<int32_t>(rate * 50));
     markerbit(reader);
     markerbit(reader);
     mpegbits(reader, 5);
     const uint32_t stuffing = mpegbits(reader, 3);
-    if (shown) std::printf(" packbytes:       %d\n", stuffing);
+    if (shown) print(" packbytes:       %d\n", stuffing);
     mpegbytes(reader, stuffing);
     return Status::go_on;
 }
@@ -90,7 +90,7 @@ Status print_system_header(mpeg_reader &reader) {
     if (!mpegbitpeek(reader)) return Status::go_on;
     print_bit_rows(reader, kSystemRows);
     while (mpegbitpeek(reader)) {
-        std::printf(" streamid:        %02x\n", mpegbits(reader, 8));
+        print(" streamid:        %02x\n", mpegbits(reader, 8));
         print_bit_rows(reader, kStreamBoundRows);
     }
     return Status::go_on;
@@ -100,16 +100,16 @@ Status print_program_stream_map(mpeg_reader &reader) {
     print_bit_rows(reader, kStreamMapRows);
     const uint32_t info = print_bits(reader, " infolength:      ", 16);
     print_characters(reader, info);
-    std::printf("'\n");
+    print("'\n");
     const uint32_t map = print_bits(reader, " infolength:      ", 16);
     for (uint32_t used = 0; used < map;) {
         print_bits(reader, " stream_type:     ", 8);
-        std::printf(" stream_id:       %02x\n", mpegbits(reader, 8));
+        print(" stream_id:       %02x\n", mpegbits(reader, 8));
         const uint32_t length = print_bits(reader, " infolength:      ", 16);
         print_characters(reader, length);
         used += 4 + length;
     }
-    if (map) std::printf("'\n");
-    std::printf(" CRC32:            %08x\n", mpegbits(reader, 32));
+    if (map) print("'\n");
+    print(" CRC32:            %08x\n", mpegbits(reader, 32));
     return Status::go_on;
 }

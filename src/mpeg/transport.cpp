@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "common/line_buffer.h"
+#include "common/print.h"
 #include "mpeg/mpeg.h"
 #include "mpeg/reader.h"
 
@@ -63,10 +64,10 @@ void put_packet(LineBuffer &out, mpeg_reader &reader) {
 
 }  // namespace
 
-void tsdump(DumpOptions &, std::FILE *file, int64_t start, char *) {
-    std::printf("Fileformat:TransportStream\n");
+void tsdump(DumpOptions &, Input &input, int64_t start, char *) {
+    print("Fileformat:TransportStream\n");
     const auto reader = std::make_unique_for_overwrite<mpeg_reader>();
-    mpegbufferinit(*reader, file, start);
+    mpegbufferinit(*reader, input, start);
     LineBuffer out;
     while (mpegbits(*reader, 8) == kSyncByte) put_packet(out, *reader);
 }

@@ -1,7 +1,7 @@
 // Video headers after ISO/IEC 11172-2 and 13818-2.
-#include <cstdio>
 
 #include "common/names.h"
+#include "common/print.h"
 #include "mpeg/headers.h"
 
 namespace {
@@ -93,24 +93,24 @@ constexpr CodeName kNamedExtensions[] = {
 // A matrix is there when its flag bit says so. Its line is printed and its values are passed over.
 void print_matrix(mpeg_reader &reader, const char *line) {
     if (!mpegbit(reader)) return;
-    std::printf("%s\n", line);
+    print("%s\n", line);
     mpegbits(reader, kMatrixBits);
 }
 
 void print_sequence_extension(mpeg_reader &reader) {
-    std::printf(" Sequence Extension\n");
+    print(" Sequence Extension\n");
     print_bit_rows(reader, kSequenceExtensionRows);
 }
 
 void print_sequence_display_extension(mpeg_reader &reader) {
-    std::printf(" Sequence Display Extension\n");
+    print(" Sequence Display Extension\n");
     print_bits(reader, " videoformat:     ", 3);
     if (print_bits(reader, " colordesc:       ", 1)) print_bit_rows(reader, kColourRows);
     print_bit_rows(reader, kDisplaySizeRows);
 }
 
 void print_picture_coding_extension(mpeg_reader &reader) {
-    std::printf(" Picture Coding Extension\n");
+    print(" Picture Coding Extension\n");
     print_bit_rows(reader, kPictureCodingRows);
     if (print_bits(reader, " compositeflag:   ", 1)) print_bit_rows(reader, kCompositeRows);
     mpegbits(reader, 4);
@@ -119,7 +119,7 @@ void print_picture_coding_extension(mpeg_reader &reader) {
 }  // namespace
 
 Status print_group_of_pictures(mpeg_reader &reader) {
-    std::printf(" timecode:        %08x\n", mpegbits(reader, 25));
+    print(" timecode:        %08x\n", mpegbits(reader, 25));
     print_bit_rows(reader, kGroupRows);
     return Status::go_on;
 }
@@ -133,7 +133,7 @@ Status print_sequence_header(mpeg_reader &reader) {
 
 Status print_extension(mpeg_reader &reader) {
     const uint32_t identifier = mpegbits(reader, 4);
-    std::printf(" identifier:      %d ", identifier);
+    print(" identifier:      %d ", identifier);
     switch (identifier) {
         case 1: print_sequence_extension(reader); return Status::go_on;
         case 2: print_sequence_display_extension(reader); return Status::go_on;
@@ -141,9 +141,9 @@ Status print_extension(mpeg_reader &reader) {
         default: break;
     }
     if (const char *name = name_of(kNamedExtensions, identifier, nullptr)) {
-        std::printf("%s\n", name);
+        print("%s\n", name);
     } else {
-        std::printf("Unknown profile %d\n", identifier);
+        print("Unknown profile %d\n", identifier);
     }
     return Status::unsupported;
 }

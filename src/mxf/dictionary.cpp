@@ -6,6 +6,8 @@
 #include <cstring>
 #include <span>
 
+#include "common/print.h"
+
 namespace {
 
 constexpr size_t kVersionByte = 7;
@@ -47,14 +49,14 @@ void printuuid(DumpOptions &opts, Bytes ul) {
         *p++ = digits[ul[i] >> 4];
         *p++ = digits[ul[i] & 15];
     }
-    std::fwrite(text, 1, static_cast<size_t>(p - text), stdout);
+    standard_output.write({text, static_cast<size_t>(p - text)});
 }
 
 int printrp224(Bytes ul) {
     const int row = find_row(std::span(rp224_by_label, rp224_count), label_at(ul),
                              [](uint16_t i) { return std::to_array(rp224[i].ul); });
     if (row < 0) return 0;
-    std::printf("RP224/%s", rp224[row].name);
+    print("RP224/%s", rp224[row].name);
     return 1;
 }
 
@@ -74,10 +76,10 @@ int printidentifier(DumpOptions &opts, Bytes ul) {
     if (printrp224(ul)) return 1;
     const rp210_entry *row = mxf_find_rp210(opts, ul, 0);
     if (!row) return 0;
-    std::printf(row->kind == ValueKind::node ? "RP210/Node/%s" : "RP210/%s", row->name);
+    print(row->kind == ValueKind::node ? "RP210/Node/%s" : "RP210/%s", row->name);
     return 1;
 }
 
 void print_name_or_unknown(DumpOptions &opts, Bytes ul) {
-    if (!printidentifier(opts, ul)) std::printf("unknown identifier");
+    if (!printidentifier(opts, ul)) print("unknown identifier");
 }

@@ -1,11 +1,11 @@
 // Body items: system items and essence elements of the generic container (SMPTE 379M, 385M), XML and legacy
 // items.
 #include <algorithm>
-#include <cstdio>
 #include <span>
 
 #include "common/line_buffer.h"
 #include "common/names.h"
+#include "common/print.h"
 #include "mxf/frames.h"
 #include "mxf/items.h"
 #include "mxf/klv.h"
@@ -110,7 +110,7 @@ bool print_element(DumpOptions &opts, Bytes buffer, uint64_t offset, std::span<c
                    uint32_t code, const char *error) {
     for (const CodeName &line : lines) {
         if (line.code != code) continue;
-        std::printf("%s\n", line.name);
+        print("%s\n", line.name);
         return true;
     }
     mxferror(opts, buffer, offset, "%s", error);
@@ -120,11 +120,11 @@ bool print_element(DumpOptions &opts, Bytes buffer, uint64_t offset, std::span<c
 void print_bitmap(uint8_t bitmap) {
     constexpr const char *kWords[] = {"Label ", "CreationTime ", "UserTime ", "Video ",
                                       "Audio ", "Aux ",          "Control "};
-    std::printf("   Bitmap         %02x ", bitmap);
+    print("   Bitmap         %02x ", bitmap);
     for (unsigned i = 0; i < std::size(kWords); i++) {
-        if (bitmap & 0x40U >> i) std::printf("%s", kWords[i]);
+        if (bitmap & 0x40U >> i) print("%s", kWords[i]);
     }
-    std::printf("\n");
+    print("\n");
 }
 
 // A date and time stamp of the system item: an element, or zeros where the bitmap says that there is none.
@@ -136,12 +136,12 @@ uint32_t print_stamp(DumpOptions &opts, Bytes buffer, uint64_t offset, bool pres
 void print_content_package(DumpOptions &opts, Bytes buffer, uint64_t start) {
     const Bytes value = buffer.from(start);
     const uint8_t bitmap = value[0];
-    std::printf("  Content Package System Item\n");
+    print("  Content Package System Item\n");
     print_bitmap(bitmap);
-    std::printf("   Framerate      %1.2f\n", smpte326_cpp_rate(opts, buffer, start + 1));
-    std::printf("   CPT            %02x\n", value[2]);
-    std::printf("   Channel Handle %02x\n", mxfuint16(value.from(3)));
-    std::printf("   Continty Count %04x\n", mxfuint16(value.from(5)));
+    print("   Framerate      %1.2f\n", smpte326_cpp_rate(opts, buffer, start + 1));
+    print("   CPT            %02x\n", value[2]);
+    print("   Channel Handle %02x\n", mxfuint16(value.from(3)));
+    print("   Continty Count %04x\n", mxfuint16(value.from(5)));
     if (bitmap & 0x40) {
         mxf_print_rp210data(opts, buffer, start + 7, 16, ValueKind::universal_label);
     } else {
@@ -153,11 +153,11 @@ void print_content_package(DumpOptions &opts, Bytes buffer, uint64_t start) {
 }
 
 void print_system_metadata(DumpOptions &opts, Bytes buffer, uint64_t offset, uint64_t start) {
-    std::printf("  System metadata pack\n");
+    print("  System metadata pack\n");
     switch (buffer[offset + 12]) {
-        case 0x02: std::printf("  Essence container kind\n"); break;
+        case 0x02: print("  Essence container kind\n"); break;
         case 0x04: print_content_package(opts, buffer, start); break;
-        case kGcSystem: std::printf("  Generic Container System Item\n"); break;
+        case kGcSystem: print("  Generic Container System Item\n"); break;
         default: mxferror(opts, buffer, offset, "mxf_generic_container, wrong type");
     }
 }
@@ -188,17 +188,17 @@ void print_document(Bytes text) {
 
 uint64_t mxf_generic_container(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
                                const char *name) {
-    std::printf("%s\n", name);
+    print("%s\n", name);
     const ItemValue item = print_length_line(opts, file_position, buffer, offset);
     if (item.length == 0) return item.end() - offset;
     const uint32_t element = buffer[offset + 14];
     if (element == 1) {
         print_system_metadata(opts, buffer, offset, item.start);
     } else if (element == 2) {
-        std::printf("  Package metadata set\n");
+        print("  Package metadata set\n");
         mxf_print_smpte326(opts, buffer, item.start);
     } else if (const char *title = name_of(kMetadataSetTitles, element, nullptr)) {
-        std::printf("%s\n", title);
+        print("%s\n", title);
     } else {
         mxferror(opts, buffer, offset, "mxf_generic_container, wrong type");
     }
@@ -207,7 +207,7 @@ uint64_t mxf_generic_container(DumpOptions &opts, uint64_t file_position, Bytes 
 
 uint64_t mxf_generic_data(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
                           const char *name) {
-    std::printf("%s\n", name);
+    print("%s\n", name);
     const ItemValue item = print_length_line(opts, file_position, buffer, offset);
     if (item.length == 0) return item.end() - offset;
     const uint32_t code = buffer[offset + 12];
@@ -217,7 +217,7 @@ uint64_t mxf_generic_data(DumpOptions &opts, uint64_t file_position, Bytes buffe
         mxferror(opts, buffer, offset, "mxf_generic_data");
         return item.end() - offset;
     }
-    std::printf("%s\n", type->title);
+    print("%s\n", type->title);
     if (!type->error) return item.end() - offset;
     const uint32_t element = buffer[offset + type->element_byte];
     const bool known = print_element(opts, buffer, offset, type->elements, element, type->error);
@@ -233,7 +233,7 @@ uint64_t mxf_generic_data(DumpOptions &opts, uint64_t file_position, Bytes buffe
 uint64_t mxf_xml_data(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
                       const char *) {
     constexpr int64_t kMaxText = 16384;
-    std::printf("XML Document Text\n");
+    print("XML Document Text\n");
     ItemValue item = read_item_length(opts, buffer, offset);
     item.length = std::min(item.length, kMaxText);
     print_length_line(opts, file_position, item, " Length             ");
@@ -244,7 +244,7 @@ uint64_t mxf_xml_data(DumpOptions &opts, uint64_t file_position, Bytes buffer, u
 uint64_t mxf_generic_unknown(DumpOptions &opts, uint64_t, Bytes buffer, uint64_t offset, const char *) {
     constexpr int64_t kMaxDump = 256;
     const ItemValue item = read_item_length(opts, buffer, offset);
-    std::printf("\n");
+    print("\n");
     mxfhexdump(buffer, offset, static_cast<uint64_t>(std::clamp<int64_t>(item.length, 0, kMaxDump)));
     return item.end() - offset;
 }

@@ -1,8 +1,8 @@
 #include "mxf/items.h"
 
 #include <algorithm>
-#include <cstdio>
 
+#include "common/print.h"
 #include "mxf/klv.h"
 #include "mxf/registry.h"
 #include "mxf/value.h"
@@ -14,9 +14,9 @@ ItemValue read_item_length(DumpOptions &opts, Bytes buffer, uint64_t offset) {
 }
 
 void print_length_line(DumpOptions &opts, uint64_t file_position, const ItemValue &value, const char *label) {
-    std::printf("%s0x%08x", label, static_cast<uint32_t>(value.length));
-    if (!opts.mxf_flag_c) std::printf(" (until 0x%08x)", static_cast<uint32_t>(file_position + value.end()));
-    std::printf("\n");
+    print("%s0x%08x", label, static_cast<uint32_t>(value.length));
+    if (!opts.mxf_flag_c) print(" (until 0x%08x)", static_cast<uint32_t>(file_position + value.end()));
+    print("\n");
 }
 
 ItemValue print_length_line(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
@@ -35,7 +35,7 @@ void print_local_set(DumpOptions &opts, Bytes buffer, const ItemValue &value) {
         const uint32_t length = static_cast<uint32_t>(mxfuint16(buffer.from(at + 2)));
         ValueKind kind{};
         const char *name = mxffindlabel(opts, tag, &kind);
-        std::printf("  Tag %04x/%d %s\n", tag, length, name);
+        print("  Tag %04x/%d %s\n", tag, length, name);
         mxf_print_rp210data(opts, buffer, at + 4, length, kind, budget);
         at += 4 + uint64_t{length};
     }

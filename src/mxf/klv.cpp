@@ -6,6 +6,7 @@
 
 #include "common/hexrow.h"
 #include "common/names.h"
+#include "common/print.h"
 
 namespace {
 
@@ -132,7 +133,7 @@ void mxferror(DumpOptions &, Bytes, uint64_t offset, const char *format, ...) {
     va_start(arguments, format);
     std::vsnprintf(line + start, sizeof line - static_cast<size_t>(start), format, arguments);
     va_end(arguments);
-    std::printf("%s\n", line);
+    print("%s\n", line);
 }
 
 void mxfhexdump(Bytes buffer, uint64_t offset, uint64_t length) {

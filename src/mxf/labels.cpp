@@ -1,7 +1,7 @@
 // The structural keys and who dumps their items.
-#include <cstdio>
 #include <iterator>
 
+#include "common/print.h"
 #include "mxf/items.h"
 #include "mxf/klv.h"
 
@@ -61,7 +61,7 @@ uint64_t mxfdumplabel(DumpOptions &opts, uint64_t file_position, Bytes buffer, u
     for (const mxflabel_entry &row : mxflabels) {
         if (!matches(row, buffer, offset)) continue;
         if (row.handler) return row.handler(opts, file_position, buffer, offset, row.name);
-        std::printf("%s\n", row.name);
+        print("%s\n", row.name);
         return kKeySize;
     }
     return 0;

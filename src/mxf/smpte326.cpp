@@ -1,8 +1,7 @@
 #include "mxf/smpte326.h"
 
-#include <cstdio>
-
 #include "common/names.h"
+#include "common/print.h"
 #include "mxf/klv.h"
 
 namespace {
@@ -39,17 +38,17 @@ uint32_t mxf_print_smpte326(DumpOptions &opts, Bytes buffer, uint64_t offset) {
     const uint32_t type = e[0];
     const char *name = name_of(kElementNames, type, nullptr);
     if (name) {
-        std::printf("   %s\n", name);
+        print("   %s\n", name);
     } else {
         mxferror(opts, buffer, offset, "mxf_print_smpte326 elementype %d not known", type);
     }
     switch (type) {
         case kTimecodeType:
-            std::printf("    Timecode %02x:%02x:%02x:%02x UB %02x%02x%02x%02x", e[4] & 0x3F, e[3] & 0x7F,
-                        e[2] & 0x7F, e[1] & 0x3F, e[8], e[7], e[6], e[5]);
+            print("    Timecode %02x:%02x:%02x:%02x UB %02x%02x%02x%02x", e[4] & 0x3F, e[3] & 0x7F,
+                  e[2] & 0x7F, e[1] & 0x3F, e[8], e[7], e[6], e[5]);
             return kTimecodeSize;
         case kUmidType: return 3 + static_cast<uint32_t>(mxfuint16(e.from(1)));
-        case kDelayType: std::printf("    Delay %d\n", mxfuint16(e.from(1))); return 3;
+        case kDelayType: print("    Delay %d\n", mxfuint16(e.from(1))); return 3;
         default: mxferror(opts, buffer, offset, "mxf_print_smpte326 - not implemented"); return 1;
     }
 }

@@ -1,8 +1,8 @@
 // Structural items after SMPTE 377M.
 #include <algorithm>
-#include <cstdio>
 
 #include "common/field_rows.h"
+#include "common/print.h"
 #include "mxf/dictionary.h"
 #include "mxf/items.h"
 #include "mxf/klv.h"
@@ -42,19 +42,19 @@ constexpr uint64_t kPrimerItemSize = 18;
 
 void print_partition_status(DumpOptions &opts, Bytes buffer, uint64_t offset) {
     switch (buffer[offset + 14]) {
-        case 1: std::printf(" Open and Incomplete\n"); break;
-        case 2: std::printf(" Closed and Incomplete\n"); break;
-        case 3: std::printf(" Open and Complete\n"); break;
-        case 4: std::printf(" Closed and Complete\n"); break;
+        case 1: print(" Open and Incomplete\n"); break;
+        case 2: print(" Closed and Incomplete\n"); break;
+        case 3: print(" Open and Complete\n"); break;
+        case 4: print(" Closed and Complete\n"); break;
         default: mxferror(opts, buffer, offset, "Unknown entry for open/close");
     }
 }
 
 // Prints the label of a primer item whose tag is declared here.
 void print_primer_tag(DumpOptions &opts, uint32_t tag, Bytes ul) {
-    std::printf("  Tag %04x - ", tag);
+    print("  Tag %04x - ", tag);
     printuuid(opts, ul);
-    std::printf(" - ");
+    print(" - ");
 }
 
 void print_primer_item(DumpOptions &opts, Bytes buffer, uint64_t offset) {
@@ -71,16 +71,16 @@ void print_primer_item(DumpOptions &opts, Bytes buffer, uint64_t offset) {
     } else if (const rp210_entry *row = mxf_find_rp210(opts, u, 0)) {
         mxfaddlabel(opts, tag, row->name, row->kind);
         print_primer_tag(opts, tag, u);
-        std::printf("%s\n", row->name);
+        print("%s\n", row->name);
         if (!dynamic && row->local_tag && row->local_tag != tag) {
-            std::printf("Local tag def %04x != %04x\n", tag, row->local_tag);
+            print("Local tag def %04x != %04x\n", tag, row->local_tag);
             mxferror(opts, buffer, at, "mxf_primer_pack - tag id missmatch");
         }
     } else if (dynamic) {
         print_primer_tag(opts, tag, u);
         const mxf_guid_node *set = mxf_guid_find(opts, u);
         if (set) mxfaddlabel(opts, tag, addmxfstring(set->text), ValueKind::unknown);
-        std::printf("%s\n", set ? set->text : "UNKNOWN");
+        print("%s\n", set ? set->text : "UNKNOWN");
     } else {
         mxferror(opts, buffer, at, "mxf_primer_pack - label not found");
         printuuid(opts, u);
@@ -91,41 +91,41 @@ void print_primer_item(DumpOptions &opts, Bytes buffer, uint64_t offset) {
 
 uint64_t mxf_partition_header(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
                               const char *name) {
-    std::printf("%s\n", name);
+    print("%s\n", name);
     print_partition_status(opts, buffer, offset);
     const ItemValue item = print_length_line(opts, file_position, buffer, offset);
     const Bytes value = buffer.from(item.start);
     print_field_rows(big_endian(value), kPartitionRows);
     const Bytes pattern = value.from(kOperationalPattern);
-    std::printf(" OperationalPattern ");
+    print(" OperationalPattern ");
     printuuid(opts, pattern);
-    std::printf(" - ");
+    print(" - ");
     printidentifier(opts, pattern);
-    std::printf("\n");
+    print("\n");
     print_field_rows(big_endian(value), kContainerRows);
     const int32_t count = static_cast<int32_t>(mxfuint32(value.from(80)));
     uint64_t at = item.start + kContainers;
     for (int32_t i = 0; i < count && at < buffer.size(); i++, at += kLabelSize) {
-        std::printf("                    ");
+        print("                    ");
         printuuid(opts, buffer.from(at));
-        std::printf(" - ");
+        print(" - ");
         printrp224(buffer.from(at));
-        std::printf("\n");
+        print("\n");
     }
     return at - offset;
 }
 
 uint64_t mxf_primer_pack(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
                          const char *name) {
-    std::printf("%s\n", name);
-    std::printf(" Version            %d\n", buffer[offset + 6]);
-    std::printf(" Designator         %d\n", buffer[offset + 7]);
+    print("%s\n", name);
+    print(" Version            %d\n", buffer[offset + 6]);
+    print(" Designator         %d\n", buffer[offset + 7]);
     const ItemValue item = print_length_line(opts, file_position, buffer, offset);
     const Bytes value = buffer.from(item.start);
     const uint32_t count = mxfuint32(value);
     const uint32_t size = mxfuint32(value.from(4));
-    std::printf(" Itemcount          %d\n", static_cast<int32_t>(count));
-    std::printf(" Itemlength         %d\n", static_cast<int32_t>(size));
+    print(" Itemcount          %d\n", static_cast<int32_t>(count));
+    print(" Itemlength         %d\n", static_cast<int32_t>(size));
     if (uint64_t{size} * count + kPrimerItems != static_cast<uint64_t>(item.length)) {
         mxferror(opts, buffer, offset, "mxf_primer_pack - itemcount * itemsize does not match length");
     }
@@ -139,18 +139,18 @@ uint64_t mxf_primer_pack(DumpOptions &opts, uint64_t file_position, Bytes buffer
 
 uint64_t mxf_index_table(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
                          const char *name) {
-    std::printf("%s\n", name);
+    print("%s\n", name);
     return mxf_klv(opts, file_position, buffer, offset);
 }
 
 uint64_t mxf_randomindex_table(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
                                const char *name) {
-    std::printf("%s\n", name);
+    print("%s\n", name);
     const ItemValue item = print_length_line(opts, file_position, buffer, offset);
     for (uint64_t at = item.start; at + 4 < item.end() && at < buffer.size(); at += 12) {
-        std::printf(" bodysid %d\n", static_cast<int32_t>(mxfuint32(buffer.from(at))));
-        std::printf(" offset  %08llx\n", static_cast<unsigned long long>(mxfuint64(buffer.from(at + 4))));
+        print(" bodysid %d\n", static_cast<int32_t>(mxfuint32(buffer.from(at))));
+        print(" offset  %08llx\n", static_cast<unsigned long long>(mxfuint64(buffer.from(at + 4))));
     }
-    std::printf(" length  %d\n", static_cast<int32_t>(mxfuint32(buffer.from(item.end() - 4))));
+    print(" length  %d\n", static_cast<int32_t>(mxfuint32(buffer.from(item.end() - 4))));
     return item.end() - offset;
 }

@@ -1,6 +1,6 @@
 // Encrypted triplets (SMPTE 429-6), printed and saved as stored.
-#include <cstdio>
 
+#include "common/print.h"
 #include "mxf/frames.h"
 #include "mxf/items.h"
 #include "mxf/klv.h"
@@ -31,21 +31,21 @@ class TripletReader {
 };
 
 void print_identifier(const char *label, Bytes id) {
-    std::printf("%s%02x", label, id[0]);
-    for (uint64_t i = 1; i < 16; i++) std::printf(".%02x", id[i]);
-    std::printf("\n");
+    print("%s%02x", label, id[0]);
+    for (uint64_t i = 1; i < 16; i++) print(".%02x", id[i]);
+    print("\n");
 }
 
 // The low half of a 64-bit number.
 void print_number(const char *label, Bytes number) {
-    std::printf("%s0x%02x%02x%02x%02x\n", label, number[4], number[5], number[6], number[7]);
+    print("%s0x%02x%02x%02x%02x\n", label, number[4], number[5], number[6], number[7]);
 }
 
 }  // namespace
 
 uint64_t mxf_encrypted_triplet(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
                                const char *name) {
-    std::printf("%s\n", name);
+    print("%s\n", name);
     const ItemValue item =
         print_length_line(opts, file_position, buffer, offset, " Length                         ");
     if (item.length == 0) return item.end() - offset;
@@ -56,7 +56,7 @@ uint64_t mxf_encrypted_triplet(DumpOptions &opts, uint64_t file_position, Bytes 
     print_number(" Source Length                  ", reader.next());
     uint32_t payload = 0;
     reader.next(&payload);
-    std::printf(" Payload                        0x%08x\n", payload);
+    print(" Payload                        0x%08x\n", payload);
     if (opts.save_frames) save_triplet(opts, item.in(buffer));
     return item.end() - offset;
 }

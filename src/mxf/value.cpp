@@ -1,9 +1,9 @@
 #include "mxf/value.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "common/hexrow.h"
+#include "common/print.h"
 #include "common/values.h"
 #include "mxf/dictionary.h"
 #include "mxf/klv.h"
@@ -28,7 +28,7 @@ void put_cells(LineBuffer &out, Bytes bytes, uint64_t n) {
 }
 
 void print_unknown(Bytes value, uint32_t length) {
-    std::printf("   Unknown\n");
+    print("   Unknown\n");
     LineBuffer out;
     const uint64_t shown = std::min(length, kMaxUnknown);
     for (uint64_t i = 0; i < shown; i += 16) {
@@ -40,7 +40,7 @@ void print_unknown(Bytes value, uint32_t length) {
 
 // Characters of `unit` bytes of which the last one is shown, up to a character of zero bytes.
 void print_text(const char *title, Bytes value, uint32_t length, uint32_t unit) {
-    std::printf("   %s '", title);
+    print("   %s '", title);
     LineBuffer out;
     for (uint64_t i = 0; i + unit <= length && value.big(i, unit) != 0; i += unit) {
         out.put(tiffchar(value[i + unit - 1]));
@@ -51,26 +51,26 @@ void print_text(const char *title, Bytes value, uint32_t length, uint32_t unit) 
 void print_rational(Bytes value) {
     const int32_t numerator = s32(value, 0);
     const int32_t denominator = s32(value, 4);
-    std::printf("   Rational %d/%d", numerator, denominator);
-    if (denominator != 0) std::printf(" %g", static_cast<double>(numerator) / denominator);
-    std::printf("\n");
+    print("   Rational %d/%d", numerator, denominator);
+    if (denominator != 0) print(" %g", static_cast<double>(numerator) / denominator);
+    print("\n");
 }
 
 // Year, month, day, hour, minute, second and quarters of 4 milliseconds (SMPTE 377M, 3.3).
 void print_timestamp(const char *label, Bytes value) {
-    std::printf("%s%04d.%02d.%02d %02d:%02d:%02d-%04d\n", label, mxfuint16(value), value[2], value[3],
-                value[4], value[5], value[6], value[7] * 4);
+    print("%s%04d.%02d.%02d %02d:%02d:%02d-%04d\n", label, mxfuint16(value), value[2], value[3], value[4],
+          value[5], value[6], value[7] * 4);
 }
 
 // UMID (SMPTE 330M), basic or extended.
 void print_package_id(DumpOptions &opts, Bytes buffer, uint64_t offset) {
     const Bytes umid = buffer.from(offset);
-    std::printf("   Label    %02x", umid[0]);
-    for (uint64_t i = 1; i < 12; i++) std::printf(".%02x", umid[i]);
-    std::printf(" Len %d Version %d\n", umid[12] + 13, static_cast<int>(umid.big(13, 3)));
-    std::printf("   Material ");
+    print("   Label    %02x", umid[0]);
+    for (uint64_t i = 1; i < 12; i++) print(".%02x", umid[i]);
+    print(" Len %d Version %d\n", umid[12] + 13, static_cast<int>(umid.big(13, 3)));
+    print("   Material ");
     printuuid(opts, umid.from(16));
-    std::printf("\n");
+    print("\n");
     switch (umid[12]) {
         case 0x00:
         case 0x13: return;
@@ -78,34 +78,33 @@ void print_package_id(DumpOptions &opts, Bytes buffer, uint64_t offset) {
         default: mxferror(opts, buffer, offset, "Wrong length of packageid"); return;
     }
     print_timestamp("   Timestamp    ", umid.from(32));
-    std::printf("   Cordinates   %08x %08x %08x\n", mxfuint32(umid.from(40)), mxfuint32(umid.from(44)),
-                mxfuint32(umid.from(48)));
-    std::printf("   Country      %d/%08x\n", s32(umid, 52), mxfuint32(umid.from(52)));
-    std::printf("   Organization %d/%08x\n", s32(umid, 56), mxfuint32(umid.from(56)));
-    std::printf("   User         %d/%08x\n", s32(umid, 60), mxfuint32(umid.from(60)));
+    print("   Cordinates   %08x %08x %08x\n", mxfuint32(umid.from(40)), mxfuint32(umid.from(44)),
+          mxfuint32(umid.from(48)));
+    print("   Country      %d/%08x\n", s32(umid, 52), mxfuint32(umid.from(52)));
+    print("   Organization %d/%08x\n", s32(umid, 56), mxfuint32(umid.from(56)));
+    print("   User         %d/%08x\n", s32(umid, 60), mxfuint32(umid.from(60)));
 }
 
 // One 16-bit number a pair of bytes, the first behind a blank, the others behind full stops.
 void print_version_numbers(Bytes value, uint32_t length) {
-    std::printf("   VersionType");
-    for (uint64_t i = 0; i + 2 <= length; i += 2)
-        std::printf("%c%d", i ? '.' : ' ', mxfuint16(value.from(i)));
-    std::printf("\n");
+    print("   VersionType");
+    for (uint64_t i = 0; i + 2 <= length; i += 2) print("%c%d", i ? '.' : ' ', mxfuint16(value.from(i)));
+    print("\n");
 }
 
 // A label with what it refers to: `before` the label, `between` it and the name.
 void print_named(DumpOptions &opts, const char *before, Bytes ul, const char *between) {
-    std::printf("%s", before);
+    print("%s", before);
     printuuid(opts, ul);
-    std::printf("%s", between);
+    print("%s", between);
     print_name_or_unknown(opts, ul);
-    std::printf("\n");
+    print("\n");
 }
 
 void print_strong_reference(DumpOptions &opts, const char *before, Bytes ul, const char *between) {
-    std::printf("%s", before);
+    print("%s", before);
     printuuid(opts, ul);
-    std::printf("%s%s\n", between, mxf_guid_string(opts, ul));
+    print("%s%s\n", between, mxf_guid_string(opts, ul));
 }
 
 // Arrays and batches: element count, element size, elements.
@@ -193,14 +192,14 @@ void print_labels(DumpOptions &opts, Bytes buffer, uint64_t offset, const Array 
 void print_array(DumpOptions &opts, Bytes buffer, uint64_t offset, ValueKind kind, const char *title,
                  Budget &budget) {
     const Array array(buffer.from(offset), budget);
-    std::printf("   %s\n", title);
-    if (array.count == 0) std::printf("    Empty\n");
+    print("   %s\n", title);
+    if (array.count == 0) print("    Empty\n");
     if (kind == ValueKind::index_entry_array) {
         LineBuffer out;
         for (int32_t i = 0; array.take(i); i++) put_index_entry(out, i, array);
     } else if (kind == ValueKind::generic_array || kind == ValueKind::generic_batch) {
-        std::printf("    Count %d\n", array.count);
-        std::printf("    Size  %d\n", static_cast<int32_t>(array.size));
+        print("    Count %d\n", array.count);
+        print("    Size  %d\n", static_cast<int32_t>(array.size));
         LineBuffer out;
         for (int32_t i = 0; array.take(i); i++) put_element(out, "     ", i, array);
     } else {
@@ -220,29 +219,29 @@ void mxf_print_rp210data(DumpOptions &opts, Bytes buffer, uint64_t offset, uint3
     const Bytes value = buffer.from(offset);
     const auto array = [&](const char *title) { print_array(opts, buffer, offset, kind, title, budget); };
     switch (kind) {
-        case ValueKind::node: std::printf("   Node\n"); break;
+        case ValueKind::node: print("   Node\n"); break;
         case ValueKind::unknown: print_unknown(value, length); break;
         case ValueKind::ascii: print_text("Ascii", value, length, 1); break;
         case ValueKind::unicode: print_text("Unicode", value, length, 2); break;
-        case ValueKind::boolean: std::printf("   Boolean %s\n", value[0] ? "True" : "False"); break;
-        case ValueKind::uint16: std::printf("   Uint16 %d/%04x\n", mxfuint16(value), mxfuint16(value)); break;
-        case ValueKind::uint32: std::printf("   Uint32 %d/%08x\n", s32(value, 0), mxfuint32(value)); break;
-        case ValueKind::uint8: std::printf("   Uint8  %d/%02x\n", value[0], value[0]); break;
+        case ValueKind::boolean: print("   Boolean %s\n", value[0] ? "True" : "False"); break;
+        case ValueKind::uint16: print("   Uint16 %d/%04x\n", mxfuint16(value), mxfuint16(value)); break;
+        case ValueKind::uint32: print("   Uint32 %d/%08x\n", s32(value, 0), mxfuint32(value)); break;
+        case ValueKind::uint8: print("   Uint8  %d/%02x\n", value[0], value[0]); break;
         case ValueKind::strong_reference:
             print_strong_reference(opts, "   StrongReference ", value, "\n    References ");
             break;
         case ValueKind::rational: print_rational(value); break;
         case ValueKind::uint64: {
             const unsigned long long number = mxfuint64(value);
-            std::printf("   Uint64 %lld/%016llx\n", static_cast<long long>(number), number);
+            print("   Uint64 %lld/%016llx\n", static_cast<long long>(number), number);
             break;
         }
         case ValueKind::uuid:
-            std::printf("   UUID   ");
+            print("   UUID   ");
             printuuid(opts, value);
-            std::printf("\n");
+            print("\n");
             break;
-        case ValueKind::version_type: std::printf("   VersionType %d.%d\n", value[0], value[1]); break;
+        case ValueKind::version_type: print("   VersionType %d.%d\n", value[0], value[1]); break;
         case ValueKind::timestamp: print_timestamp("   Timestamp ", value); break;
         case ValueKind::package_id: print_package_id(opts, buffer, offset); break;
         case ValueKind::weak_reference:
@@ -252,9 +251,9 @@ void mxf_print_rp210data(DumpOptions &opts, Bytes buffer, uint64_t offset, uint3
         case ValueKind::weak_reference_array: array("WeakReferenceArray"); break;
         case ValueKind::strong_reference_array: array("StrongReferenceArray"); break;
         case ValueKind::guid:
-            std::printf("   GUID   ");
+            print("   GUID   ");
             printuuid(opts, value);
-            std::printf("\n");
+            print("\n");
             break;
         case ValueKind::auid: print_named(opts, "   AUID   ", value, "  "); break;
         case ValueKind::auid_array: array("AUIDArray"); break;

@@ -3,8 +3,7 @@
 #include <cstdio>
 #include <optional>
 
-#include "common/file_access.h"
-#include "common/file_window.h"
+#include "common/print.h"
 #include "mxf/dictionary.h"
 #include "mxf/items.h"
 #include "mxf/klv.h"
@@ -26,8 +25,7 @@ constexpr uint32_t kSmallestRead = 512;        // key and length of an essence e
 
 struct Walk {
     DumpOptions &opts;
-    FileWindow &window;
-    uint64_t file_size;
+    Input &input;
     uint64_t limit;  // of what may be loaded at once
     uint64_t first_key;
 };
@@ -42,8 +40,8 @@ struct Item {
 };
 
 // Position of the first label; false when the head of the file has none.
-bool find_first_key(FileWindow &window, uint64_t &position) {
-    const Bytes head = window.at(0).sub(0, kHeadSize);
+bool find_first_key(Input &input, uint64_t &position) {
+    const Bytes head = input.bytes(0, kHeadSize, kSmallestRead);
     for (position = 0; position + kNextHeader <= kHeadSize; position++) {
         if (is_smpte_label(head, position)) return true;
     }
@@ -72,25 +70,25 @@ void collect_name(const Walk &walk, const Item &item) {
 
 void print_position(const Walk &walk, uint64_t position) {
     if (walk.opts.mxf_flag_c) return;
-    if (walk.file_size > UINT32_MAX) std::printf("%08x", static_cast<uint32_t>(position >> 32));
-    std::printf("%08x ", static_cast<uint32_t>(position));
+    if (walk.input.size() > UINT32_MAX) print("%08x", static_cast<uint32_t>(position >> 32));
+    print("%08x ", static_cast<uint32_t>(position));
 }
 
 void print_group(const Walk &walk, const Item &item) {
     const char *kind = "";
     const char *name = mxf_metadata_key(walk.opts, item.bytes, 0, &kind);
-    std::printf("%s %s\n", kind, name);
-    if (walk.opts.verbose) std::printf("KLV %s\n", mxfklvtype(walk.opts, item.bytes, 0));
+    print("%s %s\n", kind, name);
+    if (walk.opts.verbose) print("KLV %s\n", mxfklvtype(walk.opts, item.bytes, 0));
     mxf_klv(walk.opts, item.position, item.bytes, 0);
 }
 
 void print_unknown_label(const Walk &walk, const Item &item) {
     switch (item.bytes[4]) {
-        case 1: std::printf("RP210/Unknown\n"); break;
+        case 1: print("RP210/Unknown\n"); break;
         case 2: print_group(walk, item); break;
-        case 3: std::printf("Wrapper/Unknown\n"); break;
-        case 4: std::printf("RP224/Unknown\n"); break;
-        default: std::printf("Unknown\n");
+        case 3: print("Wrapper/Unknown\n"); break;
+        case 4: print("RP224/Unknown\n"); break;
+        default: print("Unknown\n");
     }
 }
 
@@ -99,17 +97,17 @@ bool print_item(const Walk &walk, const Item &item) {
     bool recognised = true;
     print_position(walk, item.position);
     printuuid(walk.opts, item.bytes);
-    std::printf(" - ");
+    print(" - ");
     if (mxfdumplabel(walk.opts, item.position, item.bytes, 0) || printidentifier(walk.opts, item.bytes)) {
-        std::printf("\n");
+        print("\n");
     } else if (is_smpte_label(item.bytes, 0)) {
         print_unknown_label(walk, item);
     } else {
-        std::printf("Could not find KLV at expected position. %08x\n", 0);
+        print("Could not find KLV at expected position. %08x\n", 0);
         recognised = false;
     }
     if (walk.opts.verbose) mxfhexdump(item.bytes, 0, std::min(item.size, kMaxVerboseDump));
-    std::printf("\n");
+    print("\n");
     return recognised;
 }
 
@@ -123,29 +121,30 @@ struct Place {
 // The item at a position; nothing, behind a message, where its length cannot be followed or loaded. `is_last`
 // is set where the file ends with it.
 std::optional<Item> item_at(const Walk &walk, uint64_t position, bool collecting, bool &is_last) {
-    const Bytes window = walk.window.at(position);
+    const Bytes window = walk.input.bytes(position, walk.limit, kSmallestRead);
+    const uint64_t end = walk.input.end();
     uint32_t value = kKeySize;
     const uint64_t length = mxfber(walk.opts, window, kKeySize, &value);
     const uint64_t size = value + length;
     if (static_cast<int64_t>(size) <= 0) {
-        std::printf("Invalid length (%lld)\n", static_cast<long long>(size));
+        print("Invalid length (%lld)\n", static_cast<long long>(size));
         return std::nullopt;
     }
     uint64_t load = size + kNextHeader;
-    is_last = position + load >= walk.file_size;
-    if (is_last && position + size > walk.file_size) {
-        std::printf("Could not load the last part of the file\n");
+    is_last = position + load >= end;
+    if (is_last && position + size > end) {
+        print("Could not load the last part of the file\n");
     } else if (is_last) {
         load = size;
     }
     if (load > walk.limit) {
         if (!collecting) {
-            std::printf("The filepart to load next exceeds the allocated memory (%lld)\n",
-                        static_cast<long long>(load));
+            print("The filepart to load next exceeds the allocated memory (%lld)\n",
+                  static_cast<long long>(load));
         }
         return std::nullopt;
     }
-    const uint64_t available = walk.file_size > position ? walk.file_size - position : 0;
+    const uint64_t available = end > position ? end - position : 0;
     return Item{position, value, length, size, window.sub(0, std::min(size, available))};
 }
 
@@ -154,7 +153,7 @@ void run_pass(const Walk &walk, bool collecting) {
     Place place{walk.first_key, walk.first_key, kHeadSize};
     for (bool is_last = false; !is_last;) {
         if (place.key + kNextHeader > std::min(walk.limit, place.loaded)) {
-            std::printf("Internal error\n");
+            print("Internal error\n");
             return;
         }
         const std::optional<Item> item = item_at(walk, place.start, collecting, is_last);
@@ -171,15 +170,14 @@ void run_pass(const Walk &walk, bool collecting) {
 
 }  // namespace
 
-void mxfdump(DumpOptions &opts, std::FILE *file) {
+void mxfdump(DumpOptions &opts, Input &input) {
     const uint64_t limit = opts.mxf_flag_l ? kLargeItemLimit : kItemLimit;
-    FileWindow window(file, limit, kSmallestRead);
-    if (!window.ok()) {
-        std::printf("malloc of buffer %d failed\n", static_cast<int>(limit));
+    if (!is_addressable(input.size())) {
+        print("malloc of buffer %d failed\n", static_cast<int>(limit));
         return;
     }
-    Walk walk{opts, window, file_size(file), limit, 0};
-    if (!find_first_key(window, walk.first_key)) return;
+    Walk walk{opts, input, limit, 0};
+    if (!find_first_key(input, walk.first_key)) return;
     run_pass(walk, true);
     run_pass(walk, false);
 }

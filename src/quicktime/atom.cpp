@@ -1,11 +1,8 @@
 #include "quicktime/atom.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <string_view>
 
-#include "common/file_access.h"
 #include "common/hexrow.h"
 #include "common/line_buffer.h"
 
@@ -19,25 +16,19 @@ constexpr uint64_t kFarthest = INT64_MAX;  // that a position of a file can be
 constexpr uint64_t kMostReturns = 16;
 
 uint64_t bytes_left(const QtFile &file) {
-    return file.position < file.length ? file.length - file.position : 0;
+    return file.position < file.end() ? file.end() - file.position : 0;
 }
 
 // The next n bytes, which may not exceed the area; fewer where the file ends.
 Bytes next_bytes(QtFile &file, uint64_t n) {
-    n = std::min(n, bytes_left(file));
-    return n ? file.area.at(file.position).sub(0, n) : Bytes();
+    if (bytes_left(file) == 0) return {};
+    const Bytes bytes = file.input->bytes(file.position, n);
+    return bytes.sub(0, bytes_left(file));
 }
 
 }  // namespace
 
-QtFile::QtFile(const char *name)
-    : fd(open_descriptor_again(name)),
-      length(fd < 0 ? 0 : std::min(file_size(fd), kFarthest)),
-      area(fd, kAreaSize) {}
-
-QtFile::~QtFile() {
-    if (fd >= 0) close(fd);
-}
+uint64_t QtFile::end() const { return std::min(input->end(), kFarthest); }
 
 QtAtom qt_atom_init(QtFile &file, const QtAtom *parent) {
     QtAtom atom;
@@ -101,10 +92,10 @@ void qt_move(QtFile &file, int32_t distance) {
     }
     const uint64_t back = static_cast<uint64_t>(-int64_t{distance});
     if (back > file.position) return;
-    const uint64_t from = std::min(file.position, file.length);
+    const uint64_t from = std::min(file.position, file.end());
     file.position -= back;
     if (file.position < from) file.moved_back += from - file.position;
-    if (file.moved_back / kMostReturns > file.length + FileImage::kBlock) file.ended = true;
+    if (file.moved_back / kMostReturns > file.end() + Input::kBlock) file.ended = true;
 }
 
 void qt_hexdump(Bytes bytes, int indent, const char *label) {

@@ -4,24 +4,19 @@
 #include <cstdint>
 
 #include "common/bytes.h"
-#include "common/file_window.h"
+#include "common/input.h"
 #include "common/values.h"
 
-// What one walk shares: the movie and the place in it. All reads go through one area of address space that
-// slides over the file, so that nesting costs no memory: bytes got from an atom are to be used before its
-// children are read.
+// What one walk shares: the movie and the place in it.
 struct QtFile {
-    static constexpr uint64_t kAreaSize = 0x2000000;
+    static constexpr uint32_t kAreaSize = 0x2000000;
     static constexpr uint32_t kFileNotFound = 0x20;
 
-    explicit QtFile(const char *name);
-    ~QtFile();
-    QtFile(const QtFile &) = delete;
-    QtFile &operator=(const QtFile &) = delete;
+    explicit QtFile(const char *name) : input(name) {}
 
-    int fd;
-    uint64_t length;  // in bytes
-    FileWindow area;
+    uint64_t end() const;  // where the movie's bytes end
+
+    NamedInput input;
     uint64_t position = 0;      // may lie beyond the end
     uint64_t moved_back = 0;    // bytes of the file that the walk went back over, in sum
     uint32_t problems = 0;      // bit set
@@ -31,8 +26,8 @@ struct QtFile {
 };
 
 struct QtAtom {
-    // Bytes of a payload that are looked at, at most: the area less 48 bytes, the size of a record that
-    // precedes the data in a buffer of that size.
+    // Bytes of a payload that are looked at, at most: an area of 32 MiB less 48 bytes, the size of a record
+    // that precedes the data in it.
     static constexpr uint32_t capacity = QtFile::kAreaSize - 48;
 
     QtFile *file = nullptr;

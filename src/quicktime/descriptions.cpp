@@ -1,9 +1,9 @@
 // Sample descriptions: entries of an "stsd" atom, whose types are data formats.
 #include <algorithm>
-#include <cstdio>
 #include <span>
 
 #include "common/names.h"
+#include "common/print.h"
 #include "quicktime/fields.h"
 #include "quicktime/printers.h"
 
@@ -154,16 +154,16 @@ QtRead print_video(QtAtom &atom) {
 void print_format_flags(const QtAtom &atom) {
     const uint32_t flags = big32(atom.data, 24);
     for (const CodeName &flag : kFormatFlags) {
-        if (flags & flag.code) std::printf("%*s\t%s\n", atom.indent(), "", flag.name);
+        if (flags & flag.code) print("%*s\t%s\n", atom.indent(), "", flag.name);
     }
     for (const CodeName &flag : kLosslessFlags) {
-        if (flags == flag.code) std::printf("%*s\t%s\n", atom.indent(), "", flag.name);
+        if (flags == flag.code) print("%*s\t%s\n", atom.indent(), "", flag.name);
     }
 }
 
 void print_linear_audio(const QtAtom &atom) {
     print_qt_rows(atom, kStructSize);
-    std::printf("%*saudioSampleRate=%f\n", atom.indent(), "", swap64_double(atom.data, 4));
+    print("%*saudioSampleRate=%f\n", atom.indent(), "", swap64_double(atom.data, 4));
     print_qt_rows(atom, kLinearAudio);
     print_format_flags(atom);
     print_qt_rows(atom, kPackets);

@@ -1,6 +1,6 @@
 #include "quicktime/fields.h"
 
-#include <cstdio>
+#include "common/print.h"
 
 namespace {
 
@@ -14,37 +14,37 @@ unsigned width_of(QtField kind) { return kind == QtField::u8 ? 1 : kind == QtFie
 void print_array(Bytes data, int indent, const QtRow &row) {
     for (unsigned i = 0; i < row.count; i++) {
         const uint32_t value = unsigned_value(data, row.offset + i * width_of(row.kind), row.kind);
-        std::printf("%*s%s[%d]=%u (0x%X)\n", indent, "", row.label, static_cast<int>(i), value, value);
+        print("%*s%s[%d]=%u (0x%X)\n", indent, "", row.label, static_cast<int>(i), value, value);
     }
 }
 
 void print_version_flags(Bytes data, int indent, const QtRow &row) {
     const uint32_t version = data[row.offset];
-    std::printf("%*sversion=%u (0x%X)\n", indent, "", version, version);
+    print("%*sversion=%u (0x%X)\n", indent, "", version, version);
     for (int i = 0; i < 3; i++) {
         const uint32_t flags = data[row.offset + 1U + static_cast<unsigned>(i)];
-        std::printf("%*sflags[%d]=%u (0x%X)\n", indent, "", i, flags, flags);
+        print("%*sflags[%d]=%u (0x%X)\n", indent, "", i, flags, flags);
     }
 }
 
 void print_matrix(Bytes data, int indent, const QtRow &row) {
     for (int i = 0; i < 3; i++) {
         const Bytes line = data.from(row.offset + 12U * static_cast<unsigned>(i));
-        std::printf("%*smatrix[%d]= 0x%08X 0x%08X 0x%08X\n", indent, "", i, big32(line, 0), big32(line, 4),
-                    big32(line, 8));
+        print("%*smatrix[%d]= 0x%08X 0x%08X 0x%08X\n", indent, "", i, big32(line, 0), big32(line, 4),
+              big32(line, 8));
     }
 }
 
 void print_fourcc(Bytes data, int indent, const QtRow &row) {
     char characters[4];
     for (unsigned i = 0; i < 4; i++) characters[i] = static_cast<char>(data[row.offset + i]);
-    std::printf("%*s%s=%4.4s (0x%05X)\n", indent, "", row.label, characters, qt_type(characters));
+    print("%*s%s=%4.4s (0x%05X)\n", indent, "", row.label, characters, qt_type(characters));
 }
 
 void print_pstring(Bytes data, int indent, const QtRow &row) {
     const int length = data[row.offset];
     const Text text = text_at(data, row.offset + 1U, static_cast<uint64_t>(length));
-    std::printf("%*s%s=%*.*s\n", indent, "", row.label, length, text.length, text.start);
+    print("%*s%s=%*.*s\n", indent, "", row.label, length, text.length, text.start);
 }
 
 void print_hexdump(Bytes data, int indent, const QtRow &row) {
@@ -56,11 +56,11 @@ void print_hexdump(Bytes data, int indent, const QtRow &row) {
 void print_number(Bytes data, int indent, const QtRow &row) {
     const uint32_t value = unsigned_value(data, row.offset, row.kind);
     if (row.kind == QtField::d32) {
-        std::printf("%*s%s=%d (0x%X)\n", indent, "", row.label, static_cast<int32_t>(value), value);
+        print("%*s%s=%d (0x%X)\n", indent, "", row.label, static_cast<int32_t>(value), value);
     } else if (row.kind == QtField::fixed) {
-        std::printf("%*s%s=%f (0x%X)\n", indent, "", row.label, static_cast<double>(qt_fixed(value)), value);
+        print("%*s%s=%f (0x%X)\n", indent, "", row.label, static_cast<double>(qt_fixed(value)), value);
     } else {
-        std::printf("%*s%s=%u (0x%X)\n", indent, "", row.label, value, value);
+        print("%*s%s=%u (0x%X)\n", indent, "", row.label, value, value);
     }
 }
 

@@ -1,8 +1,8 @@
 // Atoms that are no more than a run of fields.
 #include <algorithm>
-#include <cstdio>
 #include <span>
 
+#include "common/print.h"
 #include "quicktime/fields.h"
 #include "quicktime/printers.h"
 
@@ -213,11 +213,11 @@ uint64_t print_channel_layout(QtAtom &atom) {
         const Bytes description = atom.data.from(at);
         const uint32_t label = big32(description, 0);
         const uint32_t flags = big32(description, 4);
-        std::printf("%*sdesc[i].label=%u (0x%X)\n", indent, "", label, label);
-        std::printf("%*sdesc[i].flags=%u (0x%X)\n", indent, "", flags, flags);
+        print("%*sdesc[i].label=%u (0x%X)\n", indent, "", label, label);
+        print("%*sdesc[i].flags=%u (0x%X)\n", indent, "", flags, flags);
         for (int axis = 0; axis < 3; axis++) {
             const float coordinate = swap32_float(description, 8 + 4 * static_cast<unsigned>(axis));
-            std::printf("%*sdesc[i].coordinates[%d]=%f\n", indent, "", axis, static_cast<double>(coordinate));
+            print("%*sdesc[i].coordinates[%d]=%f\n", indent, "", axis, static_cast<double>(coordinate));
         }
     }
     return count;

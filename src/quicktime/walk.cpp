@@ -1,8 +1,8 @@
 // The walk over the atoms of a movie: a line for each atom, then its fields, its children or a hex dump.
 #include <algorithm>
-#include <cstdio>
 #include <initializer_list>
 
+#include "common/print.h"
 #include "quicktime/atom.h"
 #include "quicktime/fields.h"
 #include "quicktime/printers.h"
@@ -25,18 +25,17 @@ bool is_one_of(const QtAtom &atom, std::initializer_list<const char *> types) {
 
 void print_user_data_end(const QtAtom &atom, uint32_t end) {
     if (end == 0) {
-        std::printf("%*sOptional ending 00000000 in udta\n", atom.indent(), "");
+        print("%*sOptional ending 00000000 in udta\n", atom.indent(), "");
     } else {
-        std::printf("%*sWarning: optional ending in udta is %08X\n", atom.indent(), "", end);
+        print("%*sWarning: optional ending in udta is %08X\n", atom.indent(), "", end);
     }
 }
 
 void print_extensions_end(const QtAtom &atom, uint32_t end) {
     if (end == 0) {
-        std::printf("%*sEnd of sample description extension list\n", atom.indent(), "");
+        print("%*sEnd of sample description extension list\n", atom.indent(), "");
     } else {
-        std::printf("%*sWarning: ending in sample description extension list is %08X\n", atom.indent(), "",
-                    end);
+        print("%*sWarning: ending in sample description extension list is %08X\n", atom.indent(), "", end);
     }
 }
 
@@ -53,8 +52,8 @@ uint64_t read_terminator(const QtAtom &atom, ListEnd list_end) {
 uint64_t adjust_to_end(const QtAtom &atom, uint64_t consumed) {
     const uint64_t walked = consumed + atom.header_size;
     if (walked == atom.size) return 0;
-    std::printf("Warning: incorrect size(%lld != %lld). Pointer adjusted\n", static_cast<long long>(walked),
-                static_cast<long long>(atom.size));
+    print("Warning: incorrect size(%lld != %lld). Pointer adjusted\n", static_cast<long long>(walked),
+          static_cast<long long>(atom.size));
     const int32_t distance = static_cast<int32_t>(atom.size - walked);
     qt_move(*atom.file, distance);
     return static_cast<uint64_t>(int64_t{distance});
@@ -64,7 +63,7 @@ uint64_t adjust_to_end(const QtAtom &atom, uint64_t consumed) {
 // then consumed.
 uint64_t walk_children(const QtAtom &atom, uint64_t consumed, ListEnd list_end) {
     if (atom.depth + 1 >= kLevels) {
-        std::printf("allocation failed");
+        print("allocation failed");
         return consumed;
     }
     const uint64_t payload = atom.payload_size();
@@ -103,7 +102,7 @@ uint64_t dump_entry_list(QtAtom &atom) {
 }
 
 uint64_t dump_unknown(QtAtom &atom) {
-    std::printf("%*s*** UNKNOWN ***\n", atom.indent(), "");
+    print("%*s*** UNKNOWN ***\n", atom.indent(), "");
     if (atom.size32 == 0) return 0;
     const uint64_t count = qt_atom_read_data(atom);
     qt_hexdump(atom.data, atom.indent(), "data");
@@ -120,7 +119,7 @@ uint64_t dump_rogue_bytes(QtAtom &atom, uint64_t consumed) {
     if (atom.size32 <= consumed + kSmallestAtom) return 0;
     const uint64_t rest = atom.size32 - consumed - kSmallestAtom;
     const uint64_t count = qt_atom_read_more(atom, rest);
-    std::printf("%*s*** %d rogue bytes ***:\n", atom.indent(), "", static_cast<int32_t>(rest));
+    print("%*s*** %d rogue bytes ***:\n", atom.indent(), "", static_cast<int32_t>(rest));
     qt_hexdump(atom.data, atom.indent(), "data");
     return count;
 }
@@ -135,9 +134,9 @@ uint64_t dump_fields(QtAtom &atom) {
 }
 
 void print_atom_line(const QtAtom &atom) {
-    std::printf("%*sATOM %d %4.4s (0x%05X) size=%-9u (0x%07X) offset=0x%16llx\n", atom.indent() - 2, "",
-                static_cast<int>(atom.depth), atom.type, qt_type(atom.type), atom.size32, atom.size32,
-                static_cast<unsigned long long>(atom.offset));
+    print("%*sATOM %d %4.4s (0x%05X) size=%-9u (0x%07X) offset=0x%16llx\n", atom.indent() - 2, "",
+          static_cast<int>(atom.depth), atom.type, qt_type(atom.type), atom.size32, atom.size32,
+          static_cast<unsigned long long>(atom.offset));
 }
 
 // Prints the atom whose header has just been read; the payload bytes consumed.
@@ -161,28 +160,28 @@ void walk_file(QtFile &file) {
     do {
         if (!qt_atom_read_header(atom)) return;
         qt_atom_dump(atom);
-    } while (!file.ended && !atom.shorter_than_header() && file.position < file.length);
+    } while (!file.ended && !atom.shorter_than_header() && file.position < file.end());
 }
 
 }  // namespace
 
 int qtdump(const char *name) {
     QtFile file(name);
-    if (!file.area.ok()) {
-        std::printf("allocation failed");
+    if (file.input && !is_addressable(file.input->size())) {
+        print("allocation failed");
         return 1;
     }
-    std::printf("Fileformat: QT\n");
-    if (file.fd < 0) {
+    print("Fileformat: QT\n");
+    if (!file.input) {
         file.problems |= QtFile::kFileNotFound;
     } else {
         walk_file(file);
     }
     if (file.problems) {
-        std::printf("\nWARNING: Has been detected some possible problems in this QT file:\n");
-        if (file.problems & QtFile::kFileNotFound) std::printf("\tFile not found\n");
+        print("\nWARNING: Has been detected some possible problems in this QT file:\n");
+        if (file.problems & QtFile::kFileNotFound) print("\tFile not found\n");
     } else {
-        std::printf("\nNo problems found.\n");
+        print("\nNo problems found.\n");
     }
     return 0;
 }

@@ -2,7 +2,7 @@
 #include <cstdio>
 
 #include "common/field_rows.h"
-#include "common/file_image.h"
+#include "common/print.h"
 #include "common/values.h"
 #include "raw/raw.h"
 
@@ -58,9 +58,9 @@ constexpr uint64_t kGlyphSize = 6;
 // The text at a text's offset; an offset of 0 has none.
 void print_text_offset(Bytes font, uint64_t at, const char *label) {
     const uint32_t offset = little32(font, at);
-    std::printf("%s%08x '", label, offset);
+    print("%s%08x '", label, offset);
     if (offset) print_text(font, offset);
-    std::printf("'\n");
+    print("'\n");
 }
 
 void print_header(Bytes font) {
@@ -75,16 +75,15 @@ void print_glyphs(Bytes font) {
     for (uint32_t c = first; c <= font[kLastChar]; c++) {
         const uint64_t offset = kGlyphs + kGlyphSize * (c - first);
         if (offset >= font.size()) return;
-        std::printf("char %4d %04x - %d %04x : %04x\n", c, static_cast<uint32_t>(offset),
-                    little16(font, offset), little16(font, offset + 2), little16(font, offset + 4));
+        print("char %4d %04x - %d %04x : %04x\n", c, static_cast<uint32_t>(offset), little16(font, offset),
+              little16(font, offset + 2), little16(font, offset + 4));
     }
 }
 
 }  // namespace
 
-void fontdump(DumpOptions &, std::FILE *file) {
-    FileImage image(file);
-    if (!check_buffer(image)) return;
-    print_header(image.bytes());
-    print_glyphs(image.bytes());
+void fontdump(DumpOptions &, Input &input) {
+    if (!check_buffer(input.size())) return;
+    print_header(input.bytes());
+    print_glyphs(input.bytes());
 }

@@ -1,7 +1,5 @@
 #include <algorithm>
 
-#include "common/file_access.h"
-#include "common/file_image.h"
 #include "common/hexrow.h"
 #include "raw/raw.h"
 
@@ -28,30 +26,27 @@ void put_rows(LineBuffer &out, const DumpOptions &opts, Bytes bytes, uint64_t ad
 
 }  // namespace
 
-void hexdump(DumpOptions &opts, std::FILE *file, Bytes memory, int64_t address, int64_t length) {
+void hexdump(DumpOptions &opts, Input *input, Bytes memory, int64_t address, int64_t length) {
     if (length < 1 || address > INT64_MAX - length) return;
     const bool wide = address + length > kWideOffsets;
     const uint64_t start = static_cast<uint64_t>(address);
     LineBuffer out;
-    if (!file) {
+    if (!input) {
         put_rows(out, opts, memory.sub(0, static_cast<uint64_t>(length)), start, wide);
         return;
     }
     // In steps, so that a dump of 100 GB stays in a few pages.
     const uint64_t total = static_cast<uint64_t>(length);
-    const uint64_t step = std::min(kStep, total);
-    FileImage part(file, start, step);
-    for (uint64_t done = 0; done < total; done += step) {
-        part.move_to(start + done);
-        put_rows(out, opts, part.bytes().sub(0, total - done), start + done, wide);
+    for (uint64_t done = 0; done < total; done += kStep) {
+        put_rows(out, opts, input->present(start + done, std::min(kStep, total - done)), start + done, wide);
     }
 }
 
-void hexdumpfile(DumpOptions &opts, std::FILE *file, int64_t start, int64_t length) {
-    const int64_t size = static_cast<int64_t>(file_size(file));
+void hexdumpfile(DumpOptions &opts, Input &input, int64_t start, int64_t length) {
+    const int64_t size = static_cast<int64_t>(input.size());
     if (start < 0 || length < 0) return;
     start -= start % kRowSize;
     if (length == 0) length = kDefaultLength;
     if (start > INT64_MAX - length || start + length > size) length = size - start;
-    hexdump(opts, file, Bytes(), start, length);
+    hexdump(opts, &input, Bytes(), start, length);
 }

@@ -2,7 +2,6 @@
 #include <memory>
 #include <span>
 
-#include "common/file_access.h"
 #include "common/line_buffer.h"
 #include "raw/raw.h"
 
@@ -93,12 +92,12 @@ void search_block(LineBuffer &out, OpenRun &run, Search &search, size_t size) {
 
 }  // namespace
 
-void stringsearchfile(DumpOptions &, std::FILE *file) {
+void stringsearchfile(DumpOptions &, Input &input) {
     const auto search = std::make_unique_for_overwrite<Search>();
     LineBuffer out;
     OpenRun run;
     uint64_t position = 0;
-    while (const uint64_t got = read_at(fileno(file), position, search->bytes, kBlock)) {
+    while (const uint64_t got = input.read(position, search->bytes, kBlock)) {
         search_block(out, run, *search, static_cast<size_t>(got));
         position += got;
     }

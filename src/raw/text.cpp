@@ -1,9 +1,8 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "common/file_access.h"
-#include "common/file_image.h"
 #include "common/line_buffer.h"
+#include "common/print.h"
 #include "raw/raw.h"
 
 namespace {
@@ -94,17 +93,16 @@ void put_ascii(LineBuffer &out, uint32_t code) {
 
 }  // namespace
 
-void dumpfile(DumpOptions &opts, std::FILE *file) {
-    uint64_t size = file_size(file);
+void dumpfile(DumpOptions &opts, Input &input) {
+    uint64_t size = input.size();
     if (size > kMaxSize) {
-        std::printf("Max filesize set to 0x100000\n");
+        print("Max filesize set to 0x100000\n");
         size = kMaxSize;
     }
-    FileImage image(file, 0, size);
-    if (!check_buffer(image)) return;
-    const Bytes text = image.bytes();
+    if (!check_buffer(size)) return;
+    const Bytes text = input.bytes(0, size);
     const Mark mark = find_mark(text);
-    if (mark.name) std::printf("Fileformat: %s\n", mark.name);
+    if (mark.name) print("Fileformat: %s\n", mark.name);
     LineBuffer out;
     if (mark.name && opts.flag_u) out.text("\xEF\xBB\xBF");
     const Block characters = text.span(mark.size, size);
@@ -115,4 +113,4 @@ void dumpfile(DumpOptions &opts, std::FILE *file) {
     }
 }
 
-void xmldump(DumpOptions &, std::FILE *) { std::printf("Fileformat:XML\n"); }
+void xmldump(DumpOptions &, Input &) { print("Fileformat:XML\n"); }

@@ -1,8 +1,7 @@
 #include "rawstream/detect.h"
 
-#include <cstdio>
-
 #include "common/names.h"
+#include "common/print.h"
 
 namespace {
 
@@ -73,24 +72,24 @@ Timing find_timing(const uint16_t *words, int limit, int interleave) {
 int name_sd_raster(int line) {
     const char *raster = name_of(kSdRasters, static_cast<uint32_t>(line), nullptr);
     if (!raster) {
-        std::printf("Warning: Unknown raster linelength %d\n", line);
+        print("Warning: Unknown raster linelength %d\n", line);
         return 0;
     }
-    std::printf("%s\n", raster);
+    print("%s\n", raster);
     return 1;
 }
 
 int name_hd_raster(const uint16_t *words, const Timing &timing, int line) {
     const char *raster = name_of(kHdRasters, static_cast<uint32_t>(line / 2), nullptr);
     if (!raster) {
-        std::printf("Warning: Unknown raster linelength %d\n", line);
+        print("Warning: Unknown raster linelength %d\n", line);
         return 0;
     }
-    std::printf("%s\n", raster);
+    print("%s\n", raster);
     const uint16_t *eav = words + timing.last_eav;
     const uint16_t *sav = words + timing.sav_after;
     if (eav[6] == eav[7] && sav[6] == sav[7]) return 1;
-    std::printf("Warning: EAV XYZ code different, probably recorded DF in NDF raster\n");
+    print("Warning: EAV XYZ code different, probably recorded DF in NDF raster\n");
     return 0;
 }
 
@@ -100,12 +99,12 @@ int rawdump_formatdetect(const uint16_t *words, int count) {
     const int limit = count - kMargin;
     const int interleave = limit < 1 ? 0 : find_interleave(words, limit);
     if (interleave == 0) {
-        std::printf("Warning: Could not find SAV and EAV\n");
+        print("Warning: Could not find SAV and EAV\n");
         return 0;
     }
     const Timing timing = find_timing(words, limit, interleave);
     if (!timing.complete()) {
-        std::printf("Warning: Could not find SAV and EAV for line length detect\n");
+        print("Warning: Could not find SAV and EAV for line length detect\n");
         return 0;
     }
     const int line = timing.last_eav - timing.previous_eav;

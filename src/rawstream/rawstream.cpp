@@ -1,12 +1,11 @@
 #include "rawstream/rawstream.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <vector>
 
-#include "common/file_access.h"
-#include "common/file_image.h"
+#include "common/input.h"
 #include "common/line_buffer.h"
+#include "common/print.h"
 #include "common/values.h"
 #include "rawstream/detect.h"
 
@@ -47,9 +46,9 @@ int64_t decimal(Bytes text) {
 }
 
 void print_unknown_tag(Bytes line) {
-    std::printf("Warning: Unknown tag '");
+    print("Warning: Unknown tag '");
     print_text(line, 0);
-    std::printf("'\n");
+    print("'\n");
 }
 
 void apply_line(Header &header, Bytes line) {
@@ -145,26 +144,25 @@ void rawdump_hexdump(const uint16_t *words, int count) {
     out.put('\n');
 }
 
-void print_unreadable() { std::printf("Warning: Could not read file\n"); }
+void print_unreadable() { print("Warning: Could not read file\n"); }
 
 }  // namespace
 
 void rawdump(DumpOptions &opts, const char *name) {
-    std::printf("Format: SDI Streamer\n");
-    const OpenFile file = open_again(name);
-    if (!file) {
-        std::printf("Warning: Could not open '%s'\n", name);
+    print("Format: SDI Streamer\n");
+    const NamedInput input(name);
+    if (!input) {
+        print("Warning: Could not open '%s'\n", name);
         print_unreadable();
         return;
     }
-    FileImage image(file.get());
-    if (!image.ok()) {
+    if (!is_addressable(input->size())) {
         print_unreadable();
         return;
     }
-    const Bytes bytes = image.bytes();
+    const Bytes bytes = input->bytes();
     if (!bytes_are(bytes, 0, "STREAMER")) {
-        std::printf("Warning: Streamer mode magic (STREAMER) wrong\n");
+        print("Warning: Streamer mode magic (STREAMER) wrong\n");
         print_unreadable();
         return;
     }
@@ -178,6 +176,6 @@ void rawdump(DumpOptions &opts, const char *name) {
     if (opts.verbose) {
         rawdump_hexdump(words.data(), kWords);
     } else if (!consistent) {
-        std::printf("Use option -v to hexdump data\n");
+        print("Use option -v to hexdump data\n");
     }
 }

@@ -3,10 +3,9 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 
 #include "common/bytes.h"
-#include "common/file_window.h"
+#include "common/input.h"
 #include "main/dump_options.h"
 
 constexpr uint32_t kChunkHeader = 8;
@@ -30,7 +29,7 @@ bool is_type(const RedChunk &chunk, const char (&type)[N]) {
 class ChunkReader {
  public:
     // `most`: payload bytes that a walk looks at.
-    ChunkReader(std::FILE *file, uint32_t most);
+    ChunkReader(Input &input, uint32_t most) : input_(input), most_(most) {}
 
     // The header at a position; false when the file holds no whole one.
     bool read_header(uint64_t position, RedChunk &chunk);
@@ -38,9 +37,8 @@ class ChunkReader {
     bool read_payload(RedChunk &chunk);
 
  private:
-    uint64_t end_;
+    Input &input_;
     uint32_t most_;
-    FileWindow window_;
 };
 
 // Prints the metadata records of a header or frame chunk. A block's records begin where the first record of

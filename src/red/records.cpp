@@ -1,7 +1,7 @@
 // Metadata records: a length that counts these 3 bytes, a type and an id of a byte each, then the value.
-#include <cstdio>
 
 #include "common/names.h"
+#include "common/print.h"
 #include "red/chunks.h"
 #include "red/values.h"
 
@@ -35,14 +35,14 @@ const char *value_text(const Record &record, Bytes value) {
 }
 
 void print_record_line(const Record &record, const char *text) {
-    std::printf("%08x %d %2d %2d '%s'\n", record.position, record.type, record.length, record.id, text);
+    print("%08x %d %2d %2d '%s'\n", record.position, record.type, record.length, record.id, text);
 }
 
 void print_timecode(uint8_t id, const char *text) {
     switch (id) {
-        case 0: std::printf(" timecode_edge      : %s\n", text); break;
-        case 1: std::printf(" timecode_absolute  : %s\n", text); break;
-        case 41: std::printf(" timecode_start     : %s\n", text); break;
+        case 0: print(" timecode_edge      : %s\n", text); break;
+        case 1: print(" timecode_absolute  : %s\n", text); break;
+        case 41: print(" timecode_start     : %s\n", text); break;
         default: break;
     }
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "common/field_rows.h"
+#include "common/print.h"
 #include "red/chunks.h"
 #include "red/red.h"
 #include "red/values.h"
@@ -64,21 +65,21 @@ struct Walk {
 
 void print_header(Bytes chunk) {
     print_field_rows(big_endian(chunk), kSizeRows);
-    std::printf(" fps      %d/%d\n", static_cast<int32_t>(red32(chunk, 60)), red16(chunk, 64));
+    print(" fps      %d/%d\n", static_cast<int32_t>(red32(chunk, 60)), red16(chunk, 64));
 }
 
 void print_frame(Walk &walk, const RedChunk &chunk) {
     const unsigned index = walk.frames.seen;
     walk.frames.add(chunk);
     if (!walk.opts.verbose && index >= kFramesShown) return;
-    std::printf("frame %d\n", index);
+    print("frame %d\n", index);
     redinfodump(walk.opts, chunk.held.from(kChunkHeader), chunk.size);
 }
 
 void print_packet(Walk &walk, const RedChunk &chunk) {
     const unsigned index = walk.packets.seen;
     walk.packets.add(chunk);
-    if (walk.opts.verbose || index < kPacketsShown) std::printf("packet %d\n", index);
+    if (walk.opts.verbose || index < kPacketsShown) print("packet %d\n", index);
 }
 
 // The entries of a table that have a frame or packet to be compared with.
@@ -91,9 +92,9 @@ void print_offsets(const RedChunk &chunk, const Track &track) {
         const uint32_t offset = red32(chunk.held, kChunkHeader + 4 * i);
         const uint32_t found = track.places[i].offset;
         if (offset == found) {
-            std::printf(" Frame %06d Offset %08x\n", static_cast<int>(i), found);
+            print(" Frame %06d Offset %08x\n", static_cast<int>(i), found);
         } else {
-            std::printf(" Frame %06d Offset %08x File %08x !\n", static_cast<int>(i), offset, found);
+            print(" Frame %06d Offset %08x File %08x !\n", static_cast<int>(i), offset, found);
         }
     }
 }
@@ -103,10 +104,9 @@ void print_sizes(const RedChunk &chunk, const Track &track) {
         const uint32_t size = red32(chunk.held, kChunkHeader + 4 * i);
         const uint32_t found = track.places[i].size;
         if (size == found) {
-            std::printf(" Frame %06d Size %08x / %d\n", static_cast<int>(i), found,
-                        static_cast<int32_t>(found));
+            print(" Frame %06d Size %08x / %d\n", static_cast<int>(i), found, static_cast<int32_t>(found));
         } else {
-            std::printf(" Frame %06d Size %08x File %08x !\n", static_cast<int>(i), size, found);
+            print(" Frame %06d Size %08x File %08x !\n", static_cast<int>(i), size, found);
         }
     }
 }
@@ -115,8 +115,8 @@ void print_end(Bytes chunk) {
     const uint32_t max_video = red32(chunk, 36);
     const uint32_t max_audio = red32(chunk, 40);
     print_field_rows(big_endian(chunk), kEndRows);
-    std::printf(" MaxVideo     %08x/%d\n", max_video, static_cast<int32_t>(max_video));
-    std::printf(" MaxAudio     %08x/%d\n", max_audio, static_cast<int32_t>(max_audio));
+    print(" MaxVideo     %08x/%d\n", max_video, static_cast<int32_t>(max_video));
+    print(" MaxAudio     %08x/%d\n", max_audio, static_cast<int32_t>(max_audio));
 }
 
 // Prints what is known of a chunk; false for the types that a hex dump is of use for.
@@ -161,23 +161,22 @@ void print_chunk(Walk &walk, const RedChunk &chunk) {
 }
 
 void print_missing(const Walk &walk) {
-    if (!walk.frame_offsets) std::printf("Marker RDVO missing\n");
-    if (!walk.frame_sizes) std::printf("Marker RDVS missing\n");
-    if (!walk.packet_offsets) std::printf("Marker RDAO missing\n");
-    if (!walk.packet_sizes) std::printf("Marker RDAS missing\n");
-    if (!walk.end_marker) std::printf("Marker REOB/REOF/REOS missing\n");
+    if (!walk.frame_offsets) print("Marker RDVO missing\n");
+    if (!walk.frame_sizes) print("Marker RDVS missing\n");
+    if (!walk.packet_offsets) print("Marker RDAO missing\n");
+    if (!walk.packet_sizes) print("Marker RDAS missing\n");
+    if (!walk.end_marker) print("Marker REOB/REOF/REOS missing\n");
 }
 
 }  // namespace
 
-void reddumpv1(DumpOptions &opts, std::FILE *file) {
-    std::printf("Fileformat:R3D\n");
-    ChunkReader reader(file, kPayloadRead);
+void reddumpv1(DumpOptions &opts, Input &input) {
+    print("Fileformat:R3D\n");
+    ChunkReader reader(input, kPayloadRead);
     Walk walk{.opts = opts};
     RedChunk chunk;
     for (uint64_t position = 0; reader.read_header(position, chunk); position += chunk.size) {
-        std::printf("%08x/%s %d\n", chunk.offset(), redstring(4, chunk.held, 4),
-                    static_cast<int32_t>(chunk.size));
+        print("%08x/%s %d\n", chunk.offset(), redstring(4, chunk.held, 4), static_cast<int32_t>(chunk.size));
         if (!reader.read_payload(chunk)) break;
         print_chunk(walk, chunk);
         if (chunk.size == 0) break;

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "common/print.h"
 #include "red/chunks.h"
 #include "red/red.h"
 #include "red/values.h"
@@ -19,16 +20,16 @@ constexpr unsigned kIndexHeader = 17;  // 32-bit values before the first entry's
 constexpr unsigned kIndexEntry = 3;
 
 void print_header(const DumpOptions &opts, const RedChunk &chunk) {
-    std::printf(" xsize    %d\n", static_cast<int32_t>(red32(chunk.held, 76)));
-    std::printf(" ysize    %d\n", static_cast<int32_t>(red32(chunk.held, 80)));
-    std::printf(" fps      %d/%d\n", static_cast<int32_t>(red32(chunk.held, 88)), red16(chunk.held, 86));
+    print(" xsize    %d\n", static_cast<int32_t>(red32(chunk.held, 76)));
+    print(" ysize    %d\n", static_cast<int32_t>(red32(chunk.held, 80)));
+    print(" fps      %d/%d\n", static_cast<int32_t>(red32(chunk.held, 88)), red16(chunk.held, 86));
     redinfodump(opts, chunk.held, chunk.size);
 }
 
 void print_frame(const DumpOptions &opts, const RedChunk &chunk, unsigned &frames) {
     if (frames < kFramesCounted) frames++;
     if (!opts.verbose && frames > kFramesShown) return;
-    std::printf("frame               : %d\n", frames);
+    print("frame               : %d\n", frames);
     redinfodump(opts, chunk.held, chunk.size);
 }
 
@@ -37,18 +38,18 @@ void print_index(const RedChunk &chunk, unsigned frames) {
     for (unsigned k = 0; kIndexHeader + kIndexEntry * k < values; k++) {
         const uint64_t entry = 68 + 12 * uint64_t{k};
         const uint32_t size = red32(chunk.held, entry + 8);
-        std::printf(" Frame %06d Offset:%08x000 %08x size:0x%08x/%d\n", k, red32(chunk.held, entry),
-                    red32(chunk.held, entry + 4), size, static_cast<int32_t>(size));
+        print(" Frame %06d Offset:%08x000 %08x size:0x%08x/%d\n", k, red32(chunk.held, entry),
+              red32(chunk.held, entry + 4), size, static_cast<int32_t>(size));
     }
 }
 
 void print_end(const DumpOptions &opts, const RedChunk &chunk) {
     const unsigned long long file_size = red64(chunk.held, 64);
-    std::printf(" filesize    %16llx / %lld\n", file_size, static_cast<long long>(file_size));
-    std::printf(" table_rii   00000%08x000\n", red32(chunk.held, 84));
-    std::printf(" maxvideo    %08x\n", red32(chunk.held, 88));
-    std::printf(" videoframes %d\n", static_cast<int32_t>(red32(chunk.held, 92)));
-    std::printf(" infosize    %d\n", red16(chunk.held, 104));
+    print(" filesize    %16llx / %lld\n", file_size, static_cast<long long>(file_size));
+    print(" table_rii   00000%08x000\n", red32(chunk.held, 84));
+    print(" maxvideo    %08x\n", red32(chunk.held, 88));
+    print(" videoframes %d\n", static_cast<int32_t>(red32(chunk.held, 92)));
+    print(" infosize    %d\n", red16(chunk.held, 104));
     redinfodump(opts, chunk.held, chunk.size);
 }
 
@@ -65,14 +66,13 @@ void print_chunk(const DumpOptions &opts, const RedChunk &chunk, unsigned &frame
 
 }  // namespace
 
-void reddumpv2(DumpOptions &opts, std::FILE *file) {
-    std::printf("Fileformat:R3D/V2\n");
-    ChunkReader reader(file, kPayloadRead);
+void reddumpv2(DumpOptions &opts, Input &input) {
+    print("Fileformat:R3D/V2\n");
+    ChunkReader reader(input, kPayloadRead);
     unsigned frames = 0;
     RedChunk chunk;
     for (uint64_t position = 0; reader.read_header(position, chunk);) {
-        std::printf("%08x/%s %d\n", chunk.offset(), redstring(3, chunk.held, 4),
-                    static_cast<int32_t>(chunk.size));
+        print("%08x/%s %d\n", chunk.offset(), redstring(3, chunk.held, 4), static_cast<int32_t>(chunk.size));
         if (!reader.read_payload(chunk)) return;
         print_chunk(opts, chunk, frames);
         if (chunk.size == 0) return;

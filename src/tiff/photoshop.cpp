@@ -1,7 +1,7 @@
 // Photoshop image resources, which TIFF files carry in tag 34377 or behind the image source data.
-#include <cstdio>
 
 #include "common/hexrow.h"
+#include "common/print.h"
 #include "common/values.h"
 #include "tiff/directory.h"
 
@@ -12,9 +12,9 @@ constexpr uint32_t kThumbnail = 1033;
 constexpr uint32_t kThumbnailNewer = 1036;
 
 void print_name(Bytes name) {
-    std::printf("   name  '");
-    for (uint64_t i = 1; i <= name[0]; i++) std::printf("%c", tiffchar(name[i]));
-    std::printf("'\n");
+    print("   name  '");
+    for (uint64_t i = 1; i <= name[0]; i++) print("%c", tiffchar(name[i]));
+    print("'\n");
 }
 
 void print_data(Bytes data) {
@@ -26,12 +26,12 @@ void print_data(Bytes data) {
 }  // namespace
 
 void photoshoptag(DumpOptions &opts, Bytes data, int64_t length, Budget &budget) {
-    std::printf("\n");
+    print("\n");
     for (uint64_t p = 0; length > 0 && p < static_cast<uint64_t>(length) && !budget.spent();) {
         const Bytes block = data.from(p);
         if (big32(block) != kSignature) {
-            std::printf("   magic %c%c%c%c wrong\n", tiffchar(block[0]), tiffchar(block[1]),
-                        tiffchar(block[2]), tiffchar(block[3]));
+            print("   magic %c%c%c%c wrong\n", tiffchar(block[0]), tiffchar(block[1]), tiffchar(block[2]),
+                  tiffchar(block[3]));
             return;
         }
         const uint32_t id = big16(block, 4);
@@ -39,8 +39,8 @@ void photoshoptag(DumpOptions &opts, Bytes data, int64_t length, Budget &budget)
         const Bytes sized = block.from(6 + name_size);
         const int32_t size = static_cast<int32_t>(big32(sized));
         print_name(block.from(6));
-        std::printf("    id   %d\n", id);
-        std::printf("    size %d\n", size);
+        print("    id   %d\n", id);
+        print("    size %d\n", size);
         if (size < 0) return;
         const uint64_t data_size = static_cast<uint64_t>(size);
         const bool thumbnail = id == kThumbnail || id == kThumbnailNewer;

@@ -1,5 +1,5 @@
-#include <cstdio>
 
+#include "common/print.h"
 #include "common/values.h"
 #include "tiff/directory.h"
 
@@ -8,7 +8,7 @@ namespace {
 constexpr int kPixels = 100;
 
 void print_pixel(uint32_t red, uint32_t green, uint32_t blue) {
-    std::printf("rgb : %04x %04x %04x\n", red, green, blue);
+    print("rgb : %04x %04x %04x\n", red, green, blue);
 }
 
 void print_pixels8(Bytes strip) {
@@ -45,6 +45,6 @@ void print_pixels(const DumpOptions &opts, Bytes file) {
         case 8: print_pixels8(strip); break;
         case 12: print_pixels12(strip); break;
         case 16: print_pixels16(strip, opts.tiff_big_endian); break;
-        default: std::printf("Unknown pixel depth %d\n", opts.tiff_bits_per_sample);
+        default: print("Unknown pixel depth %d\n", opts.tiff_bits_per_sample);
     }
 }

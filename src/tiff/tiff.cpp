@@ -4,8 +4,8 @@
 #include <unordered_set>
 #include <vector>
 
-#include "common/file_image.h"
 #include "common/ordered_bytes.h"
+#include "common/print.h"
 #include "common/values.h"
 #include "tiff/directory.h"
 
@@ -54,7 +54,7 @@ void print_directories(Walk &walk, uint32_t offset, int depth);
 // outside the file or too deep ends the line only.
 void print_sub_directory(Walk &walk, uint32_t offset, int depth) {
     if (depth >= kMaxDepth || offset >= walk.bytes().size() || walk.is_open(offset) || walk.budget.spent()) {
-        std::printf("\n");
+        print("\n");
     } else {
         print_directories(walk, offset, depth + 1);
     }
@@ -63,7 +63,7 @@ void print_sub_directory(Walk &walk, uint32_t offset, int depth) {
 void print_sub_directories(Walk &walk, const Entry &entry, const char *single, const char *numbered,
                            int depth) {
     if (entry.count == 1) {
-        std::printf("%s", single);
+        print("%s", single);
         print_sub_directory(walk, entry.value, depth);
         return;
     }
@@ -71,7 +71,7 @@ void print_sub_directories(Walk &walk, const Entry &entry, const char *single, c
         const uint64_t at = entry.value + uint64_t{4} * i;
         if (!walk.bytes().has(at, 4) || walk.budget.spent()) return;
         walk.budget.spend(4);
-        std::printf("%s%d", numbered, i);
+        print("%s%d", numbered, i);
         print_sub_directory(walk, walk.base.u32(at), depth);
     }
 }
@@ -80,12 +80,12 @@ void print_image_source_data(const Walk &walk, const Entry &entry) {
     constexpr char kMagic[] = "Adobe Photoshop Document Data Block\0";
     constexpr uint32_t kMagicSize = sizeof kMagic - 1;
     const Bytes data = walk.bytes().from(entry.value);
-    std::printf("\n   magic   '");
+    print("\n   magic   '");
     walk.budget.spend(print_text(data, 0));
-    std::printf("'");
+    print("'");
     if (!bytes_are(data, 0, kMagic)) return;
     if (entry.count == kMagicSize) {
-        std::printf("\n    Empty data tag\n");
+        print("\n    Empty data tag\n");
     } else {
         photoshoptag(walk.opts, data.from(kMagicSize), static_cast<int32_t>(entry.count - kMagicSize),
                      walk.budget);
@@ -99,7 +99,7 @@ void print_value(const Walk &walk, Entry &entry) {
         case kStripByteCounts:
         case kMakerNote:
             if (!walk.opts.verbose) {
-                std::printf("(Use verbose mode to dump field)\n");
+                print("(Use verbose mode to dump field)\n");
                 return;
             }
             break;
@@ -112,7 +112,7 @@ void print_value(const Walk &walk, Entry &entry) {
     }
     const char *text =
         tifftype(walk.bytes(), entry.type, entry.count, entry.value, walk.base.is_big(), &entry.first);
-    std::printf("%s\n", text);
+    print("%s\n", text);
     walk.budget.spend(std::strlen(text) / kSharedText);
 }
 
@@ -130,18 +130,18 @@ void keep_image_state(DumpOptions &opts, const Entry &entry) {
 void print_entry(Walk &walk, uint64_t offset, int depth) {
     Entry entry{walk.base.u16(offset), walk.base.u16(offset + 2), walk.base.u32(offset + 4),
                 walk.base.u32(offset + 8)};
-    std::printf("  tag     : %04x %s ", entry.tag, tifftag(entry.tag, entry.value, walk.base.is_big()));
+    print("  tag     : %04x %s ", entry.tag, tifftag(entry.tag, entry.value, walk.base.is_big()));
     print_value(walk, entry);
-    std::printf("   type   : %04x\n", entry.type);
-    std::printf("   count  : %08x\n", entry.count);
-    std::printf("   value  : %08x\n", entry.value);
+    print("   type   : %04x\n", entry.type);
+    print("   count  : %08x\n", entry.count);
+    print("   value  : %08x\n", entry.value);
     keep_image_state(walk.opts, entry);
     if (entry.tag == kSubIfds) print_sub_directories(walk, entry, "SUB IFD", "SUB IFD ", depth);
     if (entry.tag == kExifIfd) print_sub_directories(walk, entry, "EXIF IFD ", "EXIF IFD ", depth);
 }
 
 void print_directory(Walk &walk, uint32_t offset, uint64_t entries, int depth) {
-    std::printf(" entries: %d\n", static_cast<int>(entries));
+    print(" entries: %d\n", static_cast<int>(entries));
     const uint64_t first = uint64_t{offset} + 2;
     for (uint64_t i = 0; i < entries && first + kEntrySize * i < walk.bytes().size(); i++) {
         if (walk.budget.spent()) return;
@@ -161,7 +161,7 @@ void print_directories(Walk &walk, uint32_t offset, int depth) {
         const uint64_t entries = walk.base.u16(offset);
         print_directory(walk, offset, entries, depth);
         offset = walk.base.u32(uint64_t{offset} + 2 + kEntrySize * entries);
-        std::printf(" offset  : %08x\n", offset);
+        print(" offset  : %08x\n", offset);
     } while (offset != 0 && offset < walk.bytes().size() && !walk.is_open(offset) && !walk.budget.spent());
     for (const uint32_t walked : chain) walk.open_directories.erase(walked);
 }
@@ -173,25 +173,24 @@ void tiffdumpifd(DumpOptions &opts, Bytes base, uint32_t ifd_offset, int big_end
     if (ifd_offset < base.size()) print_directories(walk, ifd_offset, 0);
 }
 
-void tiffdump(DumpOptions &opts, std::FILE *file) {
-    FileImage image(file);
-    if (!check_buffer(image)) return;
-    const Bytes bytes = image.bytes();
+void tiffdump(DumpOptions &opts, Input &input) {
+    if (!check_buffer(input.size())) return;
+    const Bytes bytes = input.bytes();
     const uint32_t fileid = little16(bytes);
     const bool is_big = fileid == kBigEndianId;
     const OrderedBytes header = is_big ? big_endian(bytes) : little_endian(bytes);
     const uint32_t version = header.u16(2);
     const uint32_t offset = header.u32(4);
     opts.tiff_big_endian = is_big;
-    std::printf("Fileformat:TIFF\n");
-    std::printf(" fileid    : %04x %s %s\n", fileid, is_big ? "Big Endian" : "Little Endian",
-                is_big ? "(Swapping)" : "");
-    std::printf(" version   : %04x '%s'\n", version,
-                version == kStandardVersion  ? "Standard TIFF"
-                : version == kBigTiffVersion ? "BIG TIFF"
-                                             : "unknown format");
-    std::printf(" offset    : %08x\n", offset);
-    std::printf(" filesize  : %d\n", static_cast<int32_t>(bytes.size()));
+    print("Fileformat:TIFF\n");
+    print(" fileid    : %04x %s %s\n", fileid, is_big ? "Big Endian" : "Little Endian",
+          is_big ? "(Swapping)" : "");
+    print(" version   : %04x '%s'\n", version,
+          version == kStandardVersion  ? "Standard TIFF"
+          : version == kBigTiffVersion ? "BIG TIFF"
+                                       : "unknown format");
+    print(" offset    : %08x\n", offset);
+    print(" filesize  : %d\n", static_cast<int32_t>(bytes.size()));
     Budget budget(bytes.size());
     if (version == kStandardVersion) tiffdumpifd(opts, bytes, offset, is_big, budget);
     if (opts.flag_p) print_pixels(opts, bytes);

@@ -1,0 +1,126 @@
+#include "common/block_cache.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <map>
+#include <new>
+#include <vector>
+
+#include "common/input.h"
+
+namespace {
+
+constexpr uint64_t kLargestRun = 256 * 1024;          // bytes of one sequential read at most
+constexpr uint64_t kMostResident = 64 * 1024 * 1024;  // bytes in memory before the oldest are given back
+constexpr uint64_t kOverhead = 128;                   // of a run, in bytes
+
+uint8_t *allocate(uint64_t n) {
+    void *memory = std::malloc(static_cast<size_t>(n));
+    if (!memory) throw std::bad_alloc();
+    return static_cast<uint8_t *>(memory);
+}
+
+}  // namespace
+
+struct BlockCache::Runs {
+    std::map<uint64_t, Run> by_start;  // none lies on another
+    std::deque<uint64_t> by_age;       // starts, what was read longest ago first
+    std::vector<uint8_t> gathered[2];
+    unsigned next = 0;
+};
+
+BlockCache::~BlockCache() {
+    if (!runs_) return;
+    for (const auto &[start, run] : runs_->by_start) std::free(run.data);
+    delete runs_;
+}
+
+BlockCache::Runs &BlockCache::runs() {
+    if (!runs_) runs_ = new Runs;
+    return *runs_;
+}
+
+// Makes the run that holds an offset the last one; false where there is none.
+bool BlockCache::select(uint64_t offset) {
+    const auto behind = runs().by_start.upper_bound(offset);
+    if (behind == runs().by_start.begin()) return false;
+    const Run &run = std::prev(behind)->second;
+    if (offset - run.start >= run.size) return false;
+    last_ = run;
+    return true;
+}
+
+const uint8_t *BlockCache::find(uint64_t offset, uint64_t n, uint32_t block) {
+    if (!select(offset) && !read(offset & ~(uint64_t{block} - 1), offset, n, block)) return nullptr;
+    const uint64_t inside = offset - last_.start;
+    return n <= last_.size - inside ? last_.data + inside : nullptr;
+}
+
+uint64_t BlockCache::load(uint64_t offset, uint64_t needed, uint32_t block) {
+    const bool is_there =
+        offset - last_.start < last_.size || select(offset) || read(offset, offset, needed, block);
+    return is_there ? last_.size - (offset - last_.start) : 0;
+}
+
+// Reads a run from `start` on, or from the end of the run before it, that holds `needed` bytes at an offset
+// as far as one read may; false where the bytes end before the offset.
+bool BlockCache::read(uint64_t start, uint64_t offset, uint64_t needed, uint32_t block) {
+    if (offset >= input_.read_end()) return false;
+    const auto next = runs().by_start.upper_bound(offset);
+    bool sequential = false;
+    if (next != runs().by_start.begin()) {
+        const Run &before = std::prev(next)->second;
+        start = std::max(start, before.start + before.size);
+        sequential = start == before.start + before.size;
+    }
+    const uint64_t border = block - 1;  // of a block that begins with the run
+    uint64_t size = std::min(offset - start + std::min(needed, kLargestRun), kLargestRun);
+    size = std::max<uint64_t>((size + border) & ~border, sequential ? ahead_ : block);
+    size = std::min({size, std::max<uint64_t>(kLargestRun, block), input_.read_end() - start});
+    if (next != runs().by_start.end()) size = std::min(size, next->first - start);
+    ahead_ = std::min(2 * size, kLargestRun);
+
+    if (resident_ > kMostResident) drop_oldest();
+    uint8_t *data = allocate(size);
+    const uint64_t got = input_.read(start, data, size);
+    if (got == 0) {
+        std::free(data);
+        return false;
+    }
+    last_ = {start, got, data};
+    runs().by_start.emplace_hint(next, start, last_);
+    runs().by_age.push_back(start);
+    resident_ += got + kOverhead;
+    return offset - start < got;
+}
+
+// Down to half of what may stay.
+void BlockCache::drop_oldest() {
+    while (!runs().by_age.empty() && resident_ > kMostResident / 2) {
+        const auto oldest = runs().by_start.find(runs().by_age.front());
+        runs().by_age.pop_front();
+        resident_ -= std::min(resident_, oldest->second.size + kOverhead);
+        std::free(oldest->second.data);
+        runs().by_start.erase(oldest);
+    }
+    last_ = {};
+}
+
+std::span<const uint8_t> BlockCache::gather(uint64_t offset, size_t n, uint32_t block) {
+    if (n == 0) return {};
+    if (const uint8_t *whole = at(offset, n, block)) return {whole, n};
+    std::vector<uint8_t> &range = runs().gathered[runs().next];
+    runs().next ^= 1;
+    range.assign(n, 0);
+    for (size_t done = 0; done < n;) {
+        at(offset + done, n - done, block);
+        const uint64_t inside = offset + done - last_.start;
+        if (inside >= last_.size) break;  // the bytes end
+        const size_t part = static_cast<size_t>(std::min<uint64_t>(n - done, last_.size - inside));
+        std::memcpy(range.data() + done, last_.data + inside, part);
+        done += part;
+    }
+    return range;
+}

@@ -1,0 +1,48 @@
+// All that keldump prints.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+// Prints as printf does. The format is literal text of ours, so that each line of output can be found in the
+// source; the arguments are the file's.
+[[gnu::format(printf, 1, 2)]] void print(const char *format, ...);
+
+// Prints bytes of the file as they are.
+void print_bytes(std::span<const uint8_t> bytes);
+
+// Standard output: a block that goes out when it is full. Where nothing more can be written (the reader is
+// gone, the disk is full) the run ends, or what is printed from then on is dropped.
+class Output {
+ public:
+    static constexpr size_t kLargestPiece = 64 * 1024;
+
+    // Room for n characters (kLargestPiece at most) at the end; the caller fills all of them.
+    char *claim(size_t n) {
+        if (sizeof block_ - used_ < n) flush();
+        char *room = block_ + used_;
+        used_ += n;
+        return room;
+    }
+    // The room that is left, and how much of it was then used.
+    std::span<char> room() { return {block_ + used_, sizeof block_ - used_}; }
+    void use(size_t n) { used_ += n; }
+
+    void write(std::string_view text);
+    void flush();
+
+    // Whether the run goes on without output when that fails, for what else it makes.
+    void goes_on_without(bool yes) { goes_on_ = yes; }
+
+ private:
+    void write_block(const char *data, size_t n);
+
+    size_t used_ = 0;
+    bool failed_ = false;
+    bool goes_on_ = false;
+    char block_[kLargestPiece + 16 * 1024] = {};
+};
+
+extern Output standard_output;
