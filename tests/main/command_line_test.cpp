@@ -18,11 +18,13 @@ TEST(CommandLine, UsageAndVersion) {
     const Workplace place;
     place.write("verify", "");
     const std::string usage = place.run({}).out;
-    SHOW(usage);
+    std::string of_any_version = usage;
+    of_any_version.replace(usage.rfind(KELDUMP_VERSION), sizeof KELDUMP_VERSION - 1, "VERSION");
+    SHOW(of_any_version);
     EXPECT_EQ(place.run({}).status, 255);
     for (const char *request : {"verify", "VERIFY", "Verify"}) {
         const Outcome run = place.run({request, "file"});
-        EXPECT_EQ(run.out, "keldump: 5.10.0.0\n");
+        EXPECT_EQ(run.out, "keldump: " KELDUMP_VERSION "\n");
         EXPECT_EQ(run.status, 0);
     }
     for (const char *bad : {"-x", "-mq", "-m", "-", "-w", "-A", "-b"}) {
