@@ -1,8 +1,10 @@
 // The examples of the papers are what the commands print today.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <regex>
 #include <sstream>
 
 #include "support/command.h"
@@ -84,6 +86,110 @@ void check_paper(const std::string &paper, size_t least) {
     EXPECT_GE(checked, least) << paper;
 }
 
+// A command line of the papers, without the examples behind "$ ", and what shows that it works, which is run
+// in a copy of the tree: the command itself where that is quick ("").
+struct Command {
+    const char *line;
+    const char *check = "";
+};
+
+constexpr Command kCommands[] = {
+    // In this order, from a fresh clone to the package: see Shell::run for what builds here.
+    {"./run", "! test -e build && ./run | grep -q magic"},
+    {"./run [options] FILE", "./run -v samples/images/raw.ppm | grep -q xsize"},
+    {"cmake --build build"},
+    {"cmake --install build --prefix DIR",
+     "cmake --install build --prefix DIR && DIR/bin/keldump-all README.md && cd DIR/share && "
+     "ls zsh/site-functions/_keldump bash-completion/completions/keldump-seq doc/keldump/docs/recipes.md"},
+    {"cpack --config build/CPackConfig.cmake",  // which as Ninja's does not compile first
+     "command -v dpkg-shlibdeps || exit 0; cpack -D CPACK_CMAKE_GENERATOR=Ninja --config "
+     "build/CPackConfig.cmake; "
+     "dpkg-deb -c keldump_*.deb | grep usr/share/zsh/vendor-completions/_keldump"},
+    {"./check",  // the script's own steps
+     "mkdir none; for tool in cmake ctest clang-format clang-tidy shellcheck; do ln -s /bin/true none/$tool; "
+     "done; "
+     "PATH=$PWD/none:$PATH; hash -r; ./check"},
+    {"cmake -S . -B build-check -DKELDUMP_TESTS=ON -DKELDUMP_WERROR=ON -DCMAKE_BUILD_TYPE=Release"},
+    {"cmake --build build-check"},
+    {"ctest --test-dir build-check", "ctest --test-dir build-check -N -R dpx | grep 'Total Tests: 1'"},
+    {"KELDUMP_RECORD=1 ctest --test-dir build-check", "grep KELDUMP_RECORD tests/support/command.cpp"},
+    {"samples/dump.sh",
+     "samples/dump.sh && diff -r samples $root/samples && touch src/main/main.cpp && ! samples/dump.sh && "
+     "! KELDUMP=none samples/dump.sh images/raw.ppm && diff -r samples $root/samples && touch build/keldump"},
+    {"samples/dump.sh NAME/FILE", "samples/dump.sh images/raw.ppm && ! samples/dump.sh images/none.ppm"},
+    {"tools/compare OLD NEW", "tools/compare build/keldump $built/keldump samples/images --damaged 0"},
+    {"tools/mutate", "tools/mutate --help"},
+    {"tools/cross", "tools/cross none 2>&1 | grep neither"},
+    {"bench/run", "echo 'timed one 1 run true' >bench/cases/none.sh; bench/run none | grep run/s"},
+    {"bench/run share", "bash -n bench/cases/share.sh"},
+    {"clang-format -i", "ls .clang-format"},
+    {"build-sanitize/tests/robustness --rounds 500 --seconds 3600 samples build-sanitize/corpus",
+     "$built/tests/robustness --rounds 1 --seconds 1 samples/images"},
+    {"cmake -S . -B build-fuzz -DKELDUMP_FUZZ=ON -DCMAKE_CXX_COMPILER=clang++",
+     "cmake -S . -B build-fuzz -DKELDUMP_FUZZ=ON"},
+    {"cmake --build build-fuzz --target fuzz_dispatch"},
+    {"fuzz/make-corpus corpus samples build-sanitize/corpus",
+     "fuzz/make-corpus corpus samples/images && ls corpus/*"},
+    {"build-fuzz/fuzz_dispatch -dict=fuzz/magics.dict -max_len=4096 -entropic_scale_per_exec_time=1 "
+     "-reload=0 "
+     "-print_funcs=0 -timeout=10 -detect_leaks=0 corpus",
+     "ls fuzz/magics.dict"},
+    {"apt install clang libclang-rt-14-dev", "true"},
+    {"grep -rn 'label' src"},
+    {"grep -rn 'void gxfdump' src"},
+    {"grep -rnw flag_a src"},
+    {"keldump verify"},
+    {"keldump FILE", "keldump samples/images/raw.ppm"},
+    {"keldump [options] FILE", "keldump -v -v -p samples/tiff/little.tif | grep rgb"},
+    {"keldump [options] PATTERN START END", "keldump samples/dpx/film%d-big.dpx 10 0 | grep -v Could"},
+    {"gzip -dc shot.dpx.gz | keldump /dev/stdin",
+     "gzip -c samples/dpx/rgb8-big.dpx >a && gzip -dc a | keldump /dev/stdin"},
+    {"keldump <(ssh store cat clip.mxf)", "keldump <(cat samples/mxf/dv.mxf) | grep Preface"},
+    {"find . -name '*.dpx' -print0 | parallel -0 -n 500 -k --sshloginfile hosts keldump-all -- > all.txt",
+     "find . -name '*.dpx' -print0 | xargs -0 -n 500 keldump-all -- > all.txt"},
+};
+
+// What begins with a program of the tree, of a build or of the tools that our papers need.
+bool is_command(const std::string &text, bool alone) {
+    static const std::regex kTools(
+        "([A-Z_]+=\\S+ )*(cmake|ctest|cpack|clang-format|apt|grep|gzip|find|keldump(-[a-z]+)?)( .*)?");
+    if (std::regex_match(text, kTools)) return alone || text.find(' ') != std::string::npos;
+    const std::string program = text.substr(0, text.find(' '));
+    if (program.find('/') == std::string::npos) return false;
+    if (program.starts_with("build-")) return text.find(' ') != std::string::npos;
+    const fs::path path = kRoot / program;
+    return fs::is_regular_file(path) &&
+           (fs::status(path).permissions() & fs::perms::owner_exec) != fs::perms::none;
+}
+
+// The command lines of a paper's indented blocks, without the explanations beside them, and of its inline
+// code.
+std::vector<std::string> commands_of(const std::string &paper) {
+    static const std::regex kCode("`([^`]+)`");
+    std::vector<std::string> found;
+    std::string prose, block;
+    bool example = false;
+    for (const std::string &line : lines_of(paper)) {
+        if (!line.starts_with("    ")) {
+            example = example && line.empty();
+            prose += line + " ";
+            continue;
+        }
+        example = example || line.starts_with("    $ ");
+        block += line.substr(block.empty() ? 4 : line.find_first_not_of(' '));
+        if (block.ends_with(" \\")) {
+            block.pop_back();
+            continue;
+        }
+        block.erase(std::min(block.find("  "), block.size()));
+        if (!example && is_command(block, true)) found.push_back(block);
+        block.clear();
+    }
+    for (std::sregex_iterator code(prose.begin(), prose.end(), kCode), end; code != end; ++code)
+        if (is_command((*code)[1], false)) found.push_back((*code)[1]);
+    return found;
+}
+
 }  // namespace
 
 TEST(Docs, ExamplesOfThePapers) {
@@ -144,4 +250,46 @@ TEST(Docs, ExamplesOfTheManPages) {
         }
     }
     EXPECT_GE(checked, 10U);
+}
+
+// All other command lines of the papers. What would compile takes the programs of this build instead: of
+// those that a dry run of the real build says it would link.
+TEST(Docs, CommandsOfThePapers) {
+    std::vector<std::string> found = commands_of(content_of((kRoot / "README.md").native()));
+    for (const auto &entry : fs::directory_iterator(kRoot / "docs"))
+        for (const std::string &line : commands_of(content_of(entry.path().native()))) found.push_back(line);
+    for (const std::string &line : found)
+        EXPECT_TRUE(std::any_of(std::begin(kCommands), std::end(kCommands),
+                                [&](const Command &command) { return line == command.line; }))
+            << "not in kCommands: " << line;
+
+    const Shell shell;
+    const std::string prepare = "root='" + kRoot.native() + "'\nbuilt='" +
+                                fs::path(KELDUMP_BINARY).parent_path().native() +
+                                "'\nexport MAKEFLAGS=\nPATH=$PWD/bin:$PATH\n";
+    shell.run(prepare + R"(mkdir bin tree
+cat >bin/cmake <<end
+#!/usr/bin/env bash
+set -o pipefail
+[ "\$1" = --build ] || exec $(PATH=${PATH#*:} command -v cmake) "\$@"
+$(PATH=${PATH#*:} command -v cmake) "\$@" -- -n | sed -n 's/.*Linking CXX executable \([-a-z_]*\).*/\1/p' |
+    while read -r name; do cp $built/\$name \$2/ || touch \$2/\$name; done
+end
+chmod +x bin/cmake
+cd "$root" && cp -r $(ls -A | grep -vE '^(build.*|\.git)$') "$OLDPWD/tree")");
+    for (const auto &[line, check] : kCommands) {
+        EXPECT_NE(std::find(found.begin(), found.end(), line), found.end()) << "in no paper: " << line;
+        const std::string out =
+            shell.run(prepare + "cd tree\nset -e -o pipefail\n" + (*check ? check : line));
+        EXPECT_EQ(shell.status, 0) << line << "\n" << out << shell.errors();
+    }
+}
+
+TEST(Docs, TheVersionStandsOnce) {
+    EXPECT_TRUE(
+        content_of((kRoot / "CHANGELOG.md").native()).starts_with("# Changes\n\n## " KELDUMP_VERSION "\n"));
+    const Shell shell;
+    shell.run("cd '" + kRoot.native() +
+              "' && grep -rlF " KELDUMP_VERSION " $(ls -A | grep -vE '^(build.*|\\.git)$')");
+    EXPECT_EQ(shell.place.read("out"), "CHANGELOG.md\nCMakeLists.txt\n");
 }
