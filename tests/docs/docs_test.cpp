@@ -1,5 +1,6 @@
 // The examples of the papers are what the commands print today.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -94,23 +95,21 @@ struct Command {
 };
 
 constexpr Command kCommands[] = {
-    // In this order, from a fresh clone to the package: see Shell::run for what builds here.
-    {"./run", "! test -e build && ./run | grep -q magic"},
-    {"./run [options] FILE", "./run -v samples/images/raw.ppm | grep -q xsize"},
+    // In this order, from a fresh clone to the package.
+    {"./run [options] FILE", "! test -e build && ./run -v samples/images/raw.ppm | grep -q xsize"},
     {"cmake --build build"},
     {"cmake --install build --prefix DIR",
-     "cmake --install build --prefix DIR && DIR/bin/keldump-all README.md && cd DIR/share && "
+     "cmake --install build --prefix DIR && DIR/bin/keldump-all samples/images/raw.ppm && cd DIR/share && "
      "ls zsh/site-functions/_keldump bash-completion/completions/keldump-seq doc/keldump/docs/recipes.md"},
-    {"cpack --config build/CPackConfig.cmake",  // which as Ninja's does not compile first
-     "command -v dpkg-shlibdeps || exit 0; cpack -D CPACK_CMAKE_GENERATOR=Ninja --config "
-     "build/CPackConfig.cmake; "
+    {"cpack --config build/CPackConfig.cmake",
+     "command -v dpkg-shlibdeps || exit 0; cpack --config build/CPackConfig.cmake; "
      "dpkg-deb -c keldump_*.deb | grep usr/share/zsh/vendor-completions/_keldump"},
     {"./check",  // the script's own steps
      "mkdir none; for tool in cmake ctest clang-format clang-tidy shellcheck; do ln -s /bin/true none/$tool; "
      "done; "
      "PATH=$PWD/none:$PATH; hash -r; ./check"},
     {"cmake -S . -B build-check -DKELDUMP_TESTS=ON -DKELDUMP_WERROR=ON -DCMAKE_BUILD_TYPE=Release"},
-    {"cmake --build build-check"},
+    {"cmake --build build-check", "cmake --build build-check --target help | grep test_dpx"},
     {"ctest --test-dir build-check", "ctest --test-dir build-check -N -R dpx | grep 'Total Tests: 1'"},
     {"KELDUMP_RECORD=1 ctest --test-dir build-check", "grep KELDUMP_RECORD tests/support/command.cpp"},
     {"samples/dump.sh",
@@ -119,7 +118,7 @@ constexpr Command kCommands[] = {
     {"samples/dump.sh NAME/FILE", "samples/dump.sh images/raw.ppm && ! samples/dump.sh images/none.ppm"},
     {"tools/compare OLD NEW", "tools/compare build/keldump $built/keldump samples/images --damaged 0"},
     {"tools/mutate", "tools/mutate --help"},
-    {"tools/cross", "tools/cross none 2>&1 | grep neither"},
+    {"tools/cross", "(tools/cross none 2>&1 || true) | grep neither"},
     {"bench/run", "echo 'timed one 1 run true' >bench/cases/none.sh; bench/run none | grep run/s"},
     {"bench/run share", "bash -n bench/cases/share.sh"},
     {"clang-format -i", "ls .clang-format"},
@@ -127,7 +126,8 @@ constexpr Command kCommands[] = {
      "$built/tests/robustness --rounds 1 --seconds 1 samples/images"},
     {"cmake -S . -B build-fuzz -DKELDUMP_FUZZ=ON -DCMAKE_CXX_COMPILER=clang++",
      "cmake -S . -B build-fuzz -DKELDUMP_FUZZ=ON"},
-    {"cmake --build build-fuzz --target fuzz_dispatch"},
+    {"cmake --build build-fuzz --target fuzz_dispatch",
+     "cmake --build build-fuzz --target help | grep fuzz_dispatch"},
     {"fuzz/make-corpus corpus samples build-sanitize/corpus",
      "fuzz/make-corpus corpus samples/images && ls corpus/*"},
     {"build-fuzz/fuzz_dispatch -dict=fuzz/magics.dict -max_len=4096 -entropic_scale_per_exec_time=1 "
@@ -150,26 +150,23 @@ constexpr Command kCommands[] = {
 };
 
 // What begins with a program of the tree, of a build or of the tools that our papers need.
-bool is_command(const std::string &text, bool alone) {
+bool is_command(const std::string &text) {
     static const std::regex kTools(
-        "([A-Z_]+=\\S+ )*(cmake|ctest|cpack|clang-format|apt|grep|gzip|find|keldump(-[a-z]+)?)( .*)?");
-    if (std::regex_match(text, kTools)) return alone || text.find(' ') != std::string::npos;
-    const std::string program = text.substr(0, text.find(' '));
-    if (program.find('/') == std::string::npos) return false;
-    if (program.starts_with("build-")) return text.find(' ') != std::string::npos;
-    const fs::path path = kRoot / program;
-    return fs::is_regular_file(path) &&
-           (fs::status(path).permissions() & fs::perms::owner_exec) != fs::perms::none;
+        "([A-Z_]+=\\S+ "
+        ")*(cmake|ctest|cpack|clang-format|apt|grep|gzip|find|keldump|keldump-[a-z]+|build-\\S+/.*)( .*)?");
+    const fs::path program = kRoot / text.substr(0, text.find(' '));
+    return std::regex_match(text, kTools) ||
+           (fs::is_regular_file(program) && access(program.c_str(), X_OK) == 0);
 }
 
 // The command lines of a paper's indented blocks, without the explanations beside them, and of its inline
 // code.
-std::vector<std::string> commands_of(const std::string &paper) {
+std::vector<std::string> commands_of(const fs::path &paper) {
     static const std::regex kCode("`([^`]+)`");
     std::vector<std::string> found;
     std::string prose, block;
     bool example = false;
-    for (const std::string &line : lines_of(paper)) {
+    for (const std::string &line : lines_of(content_of(kRoot / paper))) {
         if (!line.starts_with("    ")) {
             example = example && line.empty();
             prose += line + " ";
@@ -182,11 +179,11 @@ std::vector<std::string> commands_of(const std::string &paper) {
             continue;
         }
         block.erase(std::min(block.find("  "), block.size()));
-        if (!example && is_command(block, true)) found.push_back(block);
+        if (!example && is_command(block)) found.push_back(block);
         block.clear();
     }
     for (std::sregex_iterator code(prose.begin(), prose.end(), kCode), end; code != end; ++code)
-        if (is_command((*code)[1], false)) found.push_back((*code)[1]);
+        if (code->str().find(' ') != std::string::npos && is_command((*code)[1])) found.push_back((*code)[1]);
     return found;
 }
 
@@ -252,35 +249,35 @@ TEST(Docs, ExamplesOfTheManPages) {
     EXPECT_GE(checked, 10U);
 }
 
-// All other command lines of the papers. What would compile takes the programs of this build instead: of
-// those that a dry run of the real build says it would link.
+// All other command lines of the papers, in a copy of the tree that CMake configures and builds with a
+// launcher which takes the programs of this build instead of compiling.
 TEST(Docs, CommandsOfThePapers) {
-    std::vector<std::string> found = commands_of(content_of((kRoot / "README.md").native()));
+    std::vector<std::string> found = commands_of("README.md");
     for (const auto &entry : fs::directory_iterator(kRoot / "docs"))
-        for (const std::string &line : commands_of(content_of(entry.path().native()))) found.push_back(line);
+        for (const std::string &line : commands_of("docs" / entry.path().filename())) found.push_back(line);
     for (const std::string &line : found)
         EXPECT_TRUE(std::any_of(std::begin(kCommands), std::end(kCommands),
                                 [&](const Command &command) { return line == command.line; }))
             << "not in kCommands: " << line;
 
+    if (std::getenv("KELDUMP_CORPUS")) GTEST_SKIP() << "done by the release build";
     const Shell shell;
-    const std::string prepare = "root='" + kRoot.native() + "'\nbuilt='" +
-                                fs::path(KELDUMP_BINARY).parent_path().native() +
-                                "'\nexport MAKEFLAGS=\nPATH=$PWD/bin:$PATH\n";
-    shell.run(prepare + R"(mkdir bin tree
-cat >bin/cmake <<end
-#!/usr/bin/env bash
-set -o pipefail
-[ "\$1" = --build ] || exec $(PATH=${PATH#*:} command -v cmake) "\$@"
-$(PATH=${PATH#*:} command -v cmake) "\$@" -- -n | sed -n 's/.*Linking CXX executable \([-a-z_]*\).*/\1/p' |
-    while read -r name; do cp $built/\$name \$2/ || touch \$2/\$name; done
+    const std::string prepare =
+        "root='" + kRoot.native() + "'\nexport built=$(dirname $(realpath run))\n" +
+        "export CMAKE_CXX_COMPILER_LAUNCHER=$PWD/launcher CMAKE_CXX_LINKER_LAUNCHER=$PWD/launcher\n" +
+        "set -e -o pipefail\n";
+    shell.run(prepare + R"(mkdir tree
+cat >launcher <<'end'
+#!/bin/sh
+case $PWD in */CMakeFiles/*) exec "$@" ;; esac
+while [ "$1" != -o ]; do shift; done
+[ -x "$built/$2" ] && cp "$built/$2" "$2" || : >"$2"
 end
-chmod +x bin/cmake
-cd "$root" && cp -r $(ls -A | grep -vE '^(build.*|\.git)$') "$OLDPWD/tree")");
+chmod +x launcher
+cp -r $(ls -d "$root"/{*,.cl*} | grep -v '/build[^/]*$') tree)");
     for (const auto &[line, check] : kCommands) {
         EXPECT_NE(std::find(found.begin(), found.end(), line), found.end()) << "in no paper: " << line;
-        const std::string out =
-            shell.run(prepare + "cd tree\nset -e -o pipefail\n" + (*check ? check : line));
+        const std::string out = shell.run(prepare + "cd tree\n" + (*check ? check : line));
         EXPECT_EQ(shell.status, 0) << line << "\n" << out << shell.errors();
     }
 }
