@@ -94,7 +94,7 @@ void check_paper(const std::string &paper, size_t least) {
 std::vector<std::string> commands_of(const fs::path &paper) {
     static const std::regex kTools(
         "([A-Z_]+=\\S+ )*(cmake|ctest|cpack|clang-format|apt|grep|gzip|find|keldump|"
-        "keldump-[a-z]+|build-\\S+/.*)( .*)?");
+        "keldump-[a-z]+|(build-\\S+|tools|bench|fuzz)/.*)( .*)?");
     static const std::regex kCode("`([^`]+)`");
     std::vector<std::string> found;
     const auto add = [&found](const std::string &text) {
