@@ -8,7 +8,7 @@ for command in keldump keldump-all
     complete -c $command -o mc -d 'MXF without file positions'
     complete -c $command -o ml -d 'MXF items up to 1 GiB'
     complete -c $command -o mx -d 'MXF labels as separate bytes'
-    complete -c $command -o p -d 'First pixels of a TIFF'
+    complete -c $command -o p -d 'With -v: first pixels of a TIFF'
     complete -c $command -o s -d 'Strings'
     complete -c $command -o t -d 'Timecode in pictures and samples'
     complete -c $command -o u -d 'Text as UTF-8'

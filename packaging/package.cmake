@@ -24,7 +24,14 @@ foreach(command keldump ${KELDUMP_COMPANIONS})
     install(FILES ${COMPLETIONS}/keldump.fish
         DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d RENAME ${command}.fish)
 endforeach()
-install(FILES ${COMPLETIONS}/_keldump DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/vendor-completions)
+# Below /usr, where the Debian package goes, zsh looks in vendor-completions, elsewhere in site-functions.
+install(CODE "
+    set(functions site-functions)
+    if(CMAKE_INSTALL_PREFIX MATCHES \"/usr/*$\")
+        set(functions vendor-completions)
+    endif()
+    file(INSTALL \"${COMPLETIONS}/_keldump\"
+        DESTINATION \"\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/zsh/\${functions}\")")
 
 # The papers link to each other as they do in the source tree.
 install(FILES ${PROJECT_SOURCE_DIR}/README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})

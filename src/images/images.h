@@ -15,7 +15,7 @@ void exedump(Bytes header);                      // COFF header of a Windows PE 
 // Netpbm headers (PBM, PGM and PPM, plain and raw): the two header lines; numbers that are missing are 0.
 void ppmdump(DumpOptions &opts, Input &input);
 
-// Chunks of a PNG file (ISO/IEC 15948) but IDAT, with -v their first bytes in hexadecimal. Ends with the
+// Chunks of a PNG file (ISO/IEC 15948) but IDAT, with -v their bytes in hexadecimal. Ends with the
 // chunk that the file's end cuts. Of an MNG file only the format is named.
 void pngdump(DumpOptions &opts, Input &input);
 void mngdump(DumpOptions &opts, Input &input);

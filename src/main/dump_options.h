@@ -13,7 +13,7 @@ struct DumpOptions {
     int64_t hex_start;       // -h=addr
     int64_t hex_length;      // -h=addr,length; 0: the default length
     int32_t hex_no_offsets;  // -hn
-    int32_t flag_p;          // -p: first pixels of a TIFF
+    int32_t flag_p;          // -p: with -v first pixels of a TIFF
     int32_t string_search;   // -s
     int32_t mxf_first_pass;  // 1 while the MXF walk collects names, 0 while it prints
     int32_t flag_u;          // -u: text output as UTF-8

@@ -8,8 +8,8 @@
 #include "common/input.h"
 #include "main/dump_options.h"
 
-// File header and every directory of a TIFF file, offsets in bytes; with -p the first pixels. Values beyond
-// the file are 0, and entries end with it.
+// File header and every directory of a TIFF file, offsets in bytes; with -v -p the first pixels. Values
+// beyond the file are 0, and entries end with it.
 void tiffdump(DumpOptions &opts, Input &input);
 
 // One chain of directories with the sub-directories reached from it. Offsets count from the start of `base`.

@@ -152,7 +152,7 @@ TEST(KeldumpAll, Usage) {
         EXPECT_NE(run.err.find("usage: keldump-all"), std::string::npos);
     }
     EXPECT_TRUE(all(place, {"--help"}).out.starts_with("usage: keldump-all"));
-    EXPECT_EQ(all(place, {"--version"}).out, "keldump-all 5.10.0.0\n");
+    EXPECT_EQ(all(place, {"--version"}).out, "keldump-all " KELDUMP_VERSION "\n");
 }
 
 }  // namespace

@@ -1,8 +1,12 @@
 // The examples of the papers are what the commands print today.
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <regex>
+#include <set>
 #include <sstream>
 
 #include "support/command.h"
@@ -84,6 +88,43 @@ void check_paper(const std::string &paper, size_t least) {
     EXPECT_GE(checked, least) << paper;
 }
 
+// The command lines of a paper's indented blocks but those of examples, without the explanations beside them,
+// and of its inline code: what begins with a program of the tree, of a build, or of the tools that the papers
+// need.
+std::vector<std::string> commands_of(const fs::path &paper) {
+    static const std::regex kTools(
+        "([A-Z_]+=\\S+ )*(cmake|ctest|cpack|clang-format|apt|grep|gzip|find|keldump|"
+        "keldump-[a-z]+|(build-\\S+|tools|bench|fuzz)/.*)( .*)?");
+    static const std::regex kCode("`([^`]+)`");
+    std::vector<std::string> found;
+    const auto add = [&found](const std::string &text) {
+        const fs::path program = kRoot / text.substr(0, text.find(' '));
+        if (std::regex_match(text, kTools) ||
+            (fs::is_regular_file(program) && access(program.c_str(), X_OK) == 0))
+            found.push_back(text);
+    };
+    std::string prose, block;
+    bool example = false;
+    for (const std::string &line : lines_of(content_of(kRoot / paper))) {
+        if (!line.starts_with("    ")) {
+            example = example && line.empty();
+            prose += line + " ";
+            continue;
+        }
+        example = example || line.starts_with("    $ ");
+        block += line.substr(block.empty() ? 4 : line.find_first_not_of(' '));
+        if (block.ends_with(" \\")) {
+            block.pop_back();
+            continue;
+        }
+        if (!example) add(block.substr(0, block.find("  ")));
+        block.clear();
+    }
+    for (std::sregex_iterator code(prose.begin(), prose.end(), kCode), end; code != end; ++code)
+        if (code->str().find(' ') != std::string::npos) add((*code)[1]);
+    return found;
+}
+
 }  // namespace
 
 TEST(Docs, ExamplesOfThePapers) {
@@ -144,4 +185,59 @@ TEST(Docs, ExamplesOfTheManPages) {
         }
     }
     EXPECT_GE(checked, 10U);
+}
+
+// For a shell: the files of the tree, without what builds and their users leave there.
+const std::string kFiles = "root='" + kRoot.native() + R"('
+files() {
+    ls -d "$root"/{*.md,CMake*,.clang-format,bench,check,completions,doc,docs,fuzz,packaging,run,samples,src,tests,tools}
+}
+)";
+
+// All other command lines of the papers, as commands.txt has them, in a copy of the tree that CMake
+// configures and builds with a launcher which takes the programs of this build instead of compiling.
+TEST(Docs, CommandsOfThePapers) {
+    std::vector<std::pair<std::string, std::string>> commands;
+    for (const std::string &line : lines_of(content_of(std::string(KELDUMP_TESTS) + "/docs/commands.txt"))) {
+        if (line.starts_with("    "))
+            commands.back().second += line + "\n";
+        else if (!line.starts_with('#'))
+            commands.emplace_back(line, "");
+    }
+    std::set<std::string> known, found;
+    for (const auto &[line, check] : commands) known.insert(line);
+    for (const std::string &line : commands_of("README.md")) found.insert(line);
+    for (const auto &entry : fs::directory_iterator(kRoot / "docs"))
+        for (const std::string &line : commands_of("docs" / entry.path().filename())) found.insert(line);
+    std::vector<std::string> unequal;  // in the papers or in the table only
+    std::ranges::set_symmetric_difference(known, found, std::back_inserter(unequal));
+    EXPECT_EQ(unequal, std::vector<std::string>());
+    if (std::getenv("KELDUMP_CORPUS")) return;  // what the sanitized build does once more
+
+    const Shell shell;
+    const std::string prepare =
+        kFiles + "export built=$(dirname $(realpath run))\n" +
+        "export CMAKE_CXX_COMPILER_LAUNCHER=$PWD/launcher CMAKE_CXX_LINKER_LAUNCHER=$PWD/launcher\n";
+    shell.run(prepare + R"(mkdir tree
+cp -r $(files) tree
+cat >launcher <<'end'
+#!/bin/sh
+case $PWD in */CMakeFiles/*) exec "$@" ;; esac
+while [ "$1" != -o ]; do shift; done
+[ -x "$built/src/$2" ] && cp "$built/src/$2" "$2" || : >"$2"
+end
+chmod +x launcher)");
+    for (const auto &[line, check] : commands) {
+        const std::string out =
+            shell.run(prepare + "cd tree\nset -e -o pipefail\n" + (check.empty() ? line : check));
+        EXPECT_EQ(shell.status, 0) << line << "\n" << out << shell.errors();
+    }
+}
+
+TEST(Docs, TheVersionStandsOnce) {
+    EXPECT_TRUE(
+        content_of((kRoot / "CHANGELOG.md").native()).starts_with("# Changes\n\n## " KELDUMP_VERSION "\n"));
+    const Shell shell;
+    EXPECT_EQ(shell.run(kFiles + "grep -rlF " KELDUMP_VERSION " $(files)"),
+              (kRoot / "CHANGELOG.md").native() + "\n" + (kRoot / "CMakeLists.txt").native() + "\n");
 }

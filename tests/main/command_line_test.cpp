@@ -18,11 +18,13 @@ TEST(CommandLine, UsageAndVersion) {
     const Workplace place;
     place.write("verify", "");
     const std::string usage = place.run({}).out;
-    SHOW(usage);
+    std::string of_any_version = usage;
+    of_any_version.replace(usage.rfind(KELDUMP_VERSION), sizeof KELDUMP_VERSION - 1, "VERSION");
+    SHOW(of_any_version);
     EXPECT_EQ(place.run({}).status, 255);
     for (const char *request : {"verify", "VERIFY", "Verify"}) {
         const Outcome run = place.run({request, "file"});
-        EXPECT_EQ(run.out, "keldump: 5.10.0.0\n");
+        EXPECT_EQ(run.out, "keldump: " KELDUMP_VERSION "\n");
         EXPECT_EQ(run.status, 0);
     }
     for (const char *bad : {"-x", "-mq", "-m", "-", "-w", "-A", "-b"}) {
@@ -38,7 +40,7 @@ TEST(CommandLine, TheLastArgumentIsTheFile) {
     EXPECT_EQ(place.run({"-av", "-hn=1,2", "-mhx", "-h"}).out, missing("-h"));
     EXPECT_EQ(place.run({"name.%d", "5"}).out, missing("name.%d"));
     EXPECT_EQ(place.run({"a%b", "1", "2", "3"}).out, missing("a%b"));
-    EXPECT_EQ(place.run({std::string(5000, 'n')}).out, missing(std::string(4095, 'n')));
+    EXPECT_EQ(place.run({std::string(5000, 'n')}).out, missing(std::string(5000, 'n')));
 }
 
 TEST(CommandLine, FrameRanges) {

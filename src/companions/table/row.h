@@ -34,8 +34,6 @@ enum class Column {
     count,
 };
 
-constexpr size_t kShownColumns = static_cast<size_t>(Column::problem) + 1;
-
 // Texts as the dump has them, numbers in decimal without unit: rates with up to three decimals, the duration
 // in seconds with three. Empty where the dump says nothing.
 class Row {
