@@ -30,6 +30,10 @@ class Output {
     std::span<char> room() { return {block_ + used_, sizeof block_ - used_}; }
     void use(size_t n) { used_ += n; }
 
+    // What has not gone out yet; and without it.
+    std::string_view held() const { return {block_, used_}; }
+    void drop() { used_ = 0; }
+
     void write(std::string_view text);
     void flush();
 
