@@ -1,5 +1,4 @@
 // JPEG markers (ISO/IEC 10918-1) with JFIF and EXIF segments.
-#include <algorithm>
 #include <cstdio>
 
 #include "common/field_rows.h"
@@ -128,9 +127,7 @@ void print_application(DumpOptions &opts, Bytes segment, uint64_t size, Budget &
 uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint64_t size, Budget &budget) {
     const Bytes segment = buf.from(offset);
     const uint32_t code = segment[1];
-    if (const auto *title = std::find_if(std::begin(kTitles), std::end(kTitles),
-                                         [&](const Title &t) { return t.code == code; });
-        title != std::end(kTitles)) {
+    if (const Title *title = row_of(kTitles, code, &Title::code)) {
         print_header(offset, title->name, code, size);
         print("%s", title->line);
         return size;

@@ -50,12 +50,13 @@ int32_t power_of_two(uint32_t exponent) { return exponent < 31 ? 1 << exponent :
 uint64_t component_size(const CodestreamState &state) { return state.cs_numComponents <= 256 ? 1 : 2; }
 
 void print_partition(uint32_t style) {
-    print(" - entropy encoder %s partition (precincts)\n", style & 1 ? "with" : "without");
+    print("%s\n", style & 1 ? " - entropy encoder with partition (precincts)"
+                            : " - entropy encoder without partition (precincts)");
 }
 
 void print_sop_and_eph(uint32_t style) {
-    print(" - %sSOP marker segments are used\n", style & 2 ? "" : "No ");
-    print(" - %s segments are used\n", style & 4 ? "EPH marker" : "No EPH mmarker");
+    print("%s\n", style & 2 ? " - SOP marker segments are used" : " - No SOP marker segments are used");
+    print("%s\n", style & 4 ? " - EPH marker segments are used" : " - No EPH mmarker segments are used");
 }
 
 // The fields that COD and COC share, from the decomposition levels on; returns the number of precinct sizes.
