@@ -96,10 +96,9 @@ void print_jfif(Bytes segment) {
 
 // The TIFF structure of an EXIF segment.
 void print_exif(DumpOptions &opts, Bytes tiff, Budget &budget) {
-    const bool little_endian = tiff[0] == 'I' && tiff[2] == '*';
-    const bool big_endian = tiff[0] == 'M' && tiff[3] == '*';
-    if (little_endian || big_endian) {
-        tiffdumpifd(opts, tiff, tiffuint32(tiff.from(4), big_endian), big_endian, budget);
+    const OrderedBytes base = tiff[0] == 'M' ? big_endian(tiff) : little_endian(tiff);
+    if (tiff[base.is_big() ? 3 : 2] == '*' && (base.is_big() || tiff[0] == 'I')) {
+        tiffdumpifd(opts, base, base.u32(4), budget);
     } else {
         print(" Unknown type\n");
     }
