@@ -1,7 +1,6 @@
 #include "audio/samples.h"
 
 #include <algorithm>
-#include <cstring>
 #include <vector>
 
 #include "common/hexrow.h"
@@ -131,9 +130,7 @@ class Dump {
     void write_sample(char *p, const uint8_t *sample) const {
         const uint8_t *byte = little_endian_ ? sample + sample_size_ - 1 : sample;
         const std::ptrdiff_t step = little_endian_ ? -1 : 1;
-        for (uint32_t i = 0; i < sample_size_; i++, p += 2, byte += step) {
-            std::memcpy(p, kHexCells[*byte].data(), 2);
-        }
+        for (uint32_t i = 0; i < sample_size_; i++, byte += step) p = write_hex(p, *byte);
         *p = ' ';
     }
 

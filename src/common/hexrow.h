@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -30,6 +31,12 @@ inline constexpr auto kHexCells = [] {
     for (unsigned i = 0; i < 256; i++) cells[i] = {digits[i >> 4], digits[i & 15], ' ', ' '};
     return cells;
 }();
+
+// Writes a byte's two digits; the place behind them.
+inline char *write_hex(char *p, uint8_t byte) {
+    std::memcpy(p, kHexCells[byte].data(), 2);
+    return p + 2;
+}
 
 // Appends n bytes as "%02x " each, without a line feed.
 void put_hexcells(LineBuffer &out, std::span<const uint8_t> bytes);

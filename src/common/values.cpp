@@ -1,5 +1,6 @@
 #include "common/values.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdio>
@@ -102,6 +103,30 @@ const char *checkascii(Bytes field, unsigned width) {
     const Text found = text_at(field, 0, width);
     std::snprintf(text, kBufferSize, "'%.*s'", found.length, found.start);
     return text;
+}
+
+const char *printable_text(Bytes b, uint64_t most, char other) {
+    char *text = get_buffer();
+    size_t n = 0;
+    for (const uint8_t byte : b.span(0, std::min<uint64_t>(most, kBufferSize - 1))) {
+        if (byte == 0) break;
+        text[n++] = is_printable(byte) ? static_cast<char>(byte) : other;
+    }
+    text[n] = '\0';
+    return text;
+}
+
+const char *clock_text(int hours, int minutes, int seconds) {
+    char *text = get_buffer();
+    std::snprintf(text, kBufferSize, "%02d:%02d:%02d", hours, minutes, seconds);
+    return text;
+}
+
+void getstring(char *text, uint32_t n, Bytes source) {
+    uint32_t i = 0;
+    for (; i < n && source[i]; i++) text[i] = static_cast<char>(source[i]);
+    for (; i < n; i++) text[i] = ' ';
+    text[n] = '\0';
 }
 
 uint64_t print_text(Bytes b, uint64_t offset) {

@@ -26,6 +26,15 @@ const char *cineonreal(float value);               // "%g"; Cineon marks an unse
 // with NUL, "Error, 0xff in ascii data" when it starts with 0xFF. Bytes beyond the window count as NUL.
 const char *checkascii(Bytes field, unsigned width);
 
+// Up to `most` characters (8191 at most) up to a NUL or the window's end; each byte that is not printable
+// ASCII as `other`.
+const char *printable_text(Bytes b, uint64_t most, char other);
+// "hh:mm:ss".
+const char *clock_text(int hours, int minutes, int seconds);
+// Copies up to n characters or up to a zero byte, filled up with blanks to n, and a NUL: n + 1 bytes of
+// `text`.
+void getstring(char *text, uint32_t n, Bytes source);
+
 // Prints the text at an offset up to its first NUL or the window's end, however long it is; the bytes
 // printed.
 uint64_t print_text(Bytes b, uint64_t offset);

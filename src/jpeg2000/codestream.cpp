@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "common/names.h"
 #include "common/print.h"
 #include "common/run.h"
 #include "jpeg2000/hexdump.h"
@@ -194,9 +195,7 @@ uint64_t jp2ffentry(Bytes buf, uint64_t offset, int, uint64_t end) {
     if (code == 0x4F || code == 0x91 || code == 0x92 || code == kEndOfCodestream) {
         return print_delimiter(buf, offset, code, size);
     }
-    const auto *marker = std::find_if(std::begin(kMarkers), std::end(kMarkers),
-                                      [&](const Marker &m) { return m.code == code; });
-    if (marker != std::end(kMarkers)) {
+    if (const Marker *marker = row_of(kMarkers, code, &Marker::code)) {
         print_segment(*marker, {buf, offset, size});
         return size;
     }

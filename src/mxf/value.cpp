@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/hexrow.h"
+#include "common/ordered_bytes.h"
 #include "common/print.h"
 #include "common/values.h"
 #include "mxf/dictionary.h"
@@ -16,8 +17,6 @@ constexpr uint32_t kMaxElement = 32;   // bytes shown of an array element
 constexpr uint32_t kLabelSize = 16;
 constexpr uint64_t kArrayHeader = 8;
 constexpr int32_t kMostEmpty = 256;  // elements without bytes that are listed of an array
-
-int32_t s32(Bytes b, uint64_t offset) { return static_cast<int32_t>(mxfuint32(b.from(offset))); }
 
 // The first n bytes as "%02x " each; bytes beyond the item are 0.
 void put_cells(LineBuffer &out, Bytes bytes, uint64_t n) {
@@ -49,8 +48,8 @@ void print_text(const char *title, Bytes value, uint32_t length, uint32_t unit) 
 }
 
 void print_rational(Bytes value) {
-    const int32_t numerator = s32(value, 0);
-    const int32_t denominator = s32(value, 4);
+    const int32_t numerator = big_endian(value).s32(0);
+    const int32_t denominator = big_endian(value).s32(4);
     print("   Rational %d/%d", numerator, denominator);
     if (denominator != 0) print(" %g", static_cast<double>(numerator) / denominator);
     print("\n");
@@ -58,8 +57,8 @@ void print_rational(Bytes value) {
 
 // Year, month, day, hour, minute, second and quarters of 4 milliseconds (SMPTE 377M, 3.3).
 void print_timestamp(const char *label, Bytes value) {
-    print("%s%04d.%02d.%02d %02d:%02d:%02d-%04d\n", label, mxfuint16(value), value[2], value[3], value[4],
-          value[5], value[6], value[7] * 4);
+    print("%s%04d.%02d.%02d %s-%04d\n", label, mxfuint16(value), value[2], value[3],
+          clock_text(value[4], value[5], value[6]), value[7] * 4);
 }
 
 // UMID (SMPTE 330M), basic or extended.
@@ -80,9 +79,9 @@ void print_package_id(DumpOptions &opts, Bytes buffer, uint64_t offset) {
     print_timestamp("   Timestamp    ", umid.from(32));
     print("   Cordinates   %08x %08x %08x\n", mxfuint32(umid.from(40)), mxfuint32(umid.from(44)),
           mxfuint32(umid.from(48)));
-    print("   Country      %d/%08x\n", s32(umid, 52), mxfuint32(umid.from(52)));
-    print("   Organization %d/%08x\n", s32(umid, 56), mxfuint32(umid.from(56)));
-    print("   User         %d/%08x\n", s32(umid, 60), mxfuint32(umid.from(60)));
+    print("   Country      %d/%08x\n", big_endian(umid).s32(52), mxfuint32(umid.from(52)));
+    print("   Organization %d/%08x\n", big_endian(umid).s32(56), mxfuint32(umid.from(56)));
+    print("   User         %d/%08x\n", big_endian(umid).s32(60), mxfuint32(umid.from(60)));
 }
 
 // One 16-bit number a pair of bytes, the first behind a blank, the others behind full stops.
@@ -118,7 +117,7 @@ struct Array {
     Array(Bytes value, Budget &elements_budget)
         : elements(value.from(kArrayHeader)),
           whole(value.has(0, kArrayHeader)),
-          count(s32(value, 0)),
+          count(big_endian(value).s32(0)),
           size(mxfuint32(value.from(4))),
           budget(elements_budget) {}
 
@@ -225,7 +224,9 @@ void mxf_print_rp210data(DumpOptions &opts, Bytes buffer, uint64_t offset, uint3
         case ValueKind::unicode: print_text("Unicode", value, length, 2); break;
         case ValueKind::boolean: print("   Boolean %s\n", value[0] ? "True" : "False"); break;
         case ValueKind::uint16: print("   Uint16 %d/%04x\n", mxfuint16(value), mxfuint16(value)); break;
-        case ValueKind::uint32: print("   Uint32 %d/%08x\n", s32(value, 0), mxfuint32(value)); break;
+        case ValueKind::uint32:
+            print("   Uint32 %d/%08x\n", big_endian(value).s32(0), mxfuint32(value));
+            break;
         case ValueKind::uint8: print("   Uint8  %d/%02x\n", value[0], value[0]); break;
         case ValueKind::strong_reference:
             print_strong_reference(opts, "   StrongReference ", value, "\n    References ");

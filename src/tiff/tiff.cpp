@@ -4,7 +4,7 @@
 #include <unordered_set>
 #include <vector>
 
-#include "common/ordered_bytes.h"
+#include "common/field_rows.h"
 #include "common/print.h"
 #include "common/values.h"
 #include "tiff/directory.h"
@@ -13,7 +13,7 @@ namespace {
 
 constexpr uint32_t kBigEndianId = 0x4D4D;  // "MM"
 constexpr uint32_t kStandardVersion = 42;
-constexpr uint32_t kBigTiffVersion = 43;
+constexpr CodeName kVersionNames[] = {{kStandardVersion, "Standard TIFF"}, {43, "BIG TIFF"}};
 constexpr uint64_t kEntrySize = 12;
 constexpr uint64_t kDirectoryFrame = 6;  // the count before the entries and the offset behind them
 constexpr int kMaxDepth = 512;           // of sub-directories in sub-directories, each a level of the stack
@@ -29,6 +29,14 @@ constexpr uint16_t kPhotoshop = 34377;
 constexpr uint16_t kExifIfd = 34665;
 constexpr uint16_t kMakerNote = 37500;
 constexpr uint16_t kImageSourceData = 37724;
+
+// clang-format off
+constexpr FieldRow kEntryRows[] = {
+    {2, Field::hex16, "   type   : "},
+    {4, Field::hex32, "   count  : "},
+    {8, Field::hex32, "   value  : "},
+};
+// clang-format on
 
 struct Walk {
     DumpOptions &opts;
@@ -110,8 +118,7 @@ void print_value(const Walk &walk, Entry &entry) {
         case kImageSourceData: print_image_source_data(walk, entry); return;
         default: break;
     }
-    const char *text =
-        tifftype(walk.bytes(), entry.type, entry.count, entry.value, walk.base.is_big(), &entry.first);
+    const char *text = tifftype(walk.base, entry.type, entry.count, entry.value, &entry.first);
     print("%s\n", text);
     walk.budget.spend(std::strlen(text) / kSharedText);
 }
@@ -130,11 +137,9 @@ void keep_image_state(DumpOptions &opts, const Entry &entry) {
 void print_entry(Walk &walk, uint64_t offset, int depth) {
     Entry entry{walk.base.u16(offset), walk.base.u16(offset + 2), walk.base.u32(offset + 4),
                 walk.base.u32(offset + 8)};
-    print("  tag     : %04x %s ", entry.tag, tifftag(entry.tag, entry.value, walk.base.is_big()));
+    print("  tag     : %04x %s ", entry.tag, tifftag(entry.tag, entry.value, walk.base.order));
     print_value(walk, entry);
-    print("   type   : %04x\n", entry.type);
-    print("   count  : %08x\n", entry.count);
-    print("   value  : %08x\n", entry.value);
+    print_field_rows(walk.base.from(offset), kEntryRows);
     keep_image_state(walk.opts, entry);
     if (entry.tag == kSubIfds) print_sub_directories(walk, entry, "SUB IFD", "SUB IFD ", depth);
     if (entry.tag == kExifIfd) print_sub_directories(walk, entry, "EXIF IFD ", "EXIF IFD ", depth);
@@ -168,30 +173,26 @@ void print_directories(Walk &walk, uint32_t offset, int depth) {
 
 }  // namespace
 
-void tiffdumpifd(DumpOptions &opts, Bytes base, uint32_t ifd_offset, int big_endian, Budget &budget) {
-    Walk walk{opts, {base, big_endian ? ByteOrder::big : ByteOrder::little}, budget, {}};
-    if (ifd_offset < base.size()) print_directories(walk, ifd_offset, 0);
+void tiffdumpifd(DumpOptions &opts, OrderedBytes base, uint32_t ifd_offset, Budget &budget) {
+    Walk walk{opts, base, budget, {}};
+    if (ifd_offset < base.bytes.size()) print_directories(walk, ifd_offset, 0);
 }
 
 void tiffdump(DumpOptions &opts, Input &input) {
     if (!check_buffer(input.size())) return;
     const Bytes bytes = input.bytes();
     const uint32_t fileid = little16(bytes);
-    const bool is_big = fileid == kBigEndianId;
-    const OrderedBytes header = is_big ? big_endian(bytes) : little_endian(bytes);
+    const OrderedBytes header = fileid == kBigEndianId ? big_endian(bytes) : little_endian(bytes);
     const uint32_t version = header.u16(2);
     const uint32_t offset = header.u32(4);
-    opts.tiff_big_endian = is_big;
+    opts.tiff_big_endian = header.is_big();
     print("Fileformat:TIFF\n");
-    print(" fileid    : %04x %s %s\n", fileid, is_big ? "Big Endian" : "Little Endian",
-          is_big ? "(Swapping)" : "");
-    print(" version   : %04x '%s'\n", version,
-          version == kStandardVersion  ? "Standard TIFF"
-          : version == kBigTiffVersion ? "BIG TIFF"
-                                       : "unknown format");
+    print(" fileid    : %04x %s %s\n", fileid, header.is_big() ? "Big Endian" : "Little Endian",
+          header.is_big() ? "(Swapping)" : "");
+    print(" version   : %04x '%s'\n", version, name_of(kVersionNames, version, "unknown format"));
     print(" offset    : %08x\n", offset);
     print(" filesize  : %d\n", static_cast<int32_t>(bytes.size()));
     Budget budget(bytes.size());
-    if (version == kStandardVersion) tiffdumpifd(opts, bytes, offset, is_big, budget);
-    if (opts.flag_p) print_pixels(opts, bytes);
+    if (version == kStandardVersion) tiffdumpifd(opts, header, offset, budget);
+    if (opts.flag_p) print_pixels(opts, header);
 }
