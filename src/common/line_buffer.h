@@ -41,6 +41,11 @@ class LineBuffer {
         for (; b.size() > kPiece; b = b.subspan(kPiece)) std::copy_n(b.data(), kPiece, claim(kPiece));
         std::copy(b.begin(), b.end(), claim(b.size()));
     }
+    // Padding of ours.
+    void blanks(size_t n) {
+        fill(' ', n);
+        if (listening) tell({.kind = Piece::literal}, n);
+    }
     void fill(char c, size_t n) {
         for (; n > kPiece; n -= kPiece) std::memset(claim(kPiece), c, kPiece);
         std::memset(claim(n), c, n);

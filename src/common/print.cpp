@@ -39,6 +39,14 @@ void print(const char *format, ...) {
     va_end(arguments);
 }
 
+void print_own(std::string_view text) {
+    if (listening) {
+        print_own_heard(text);
+    } else {
+        standard_output.write(text);
+    }
+}
+
 void print_bytes(std::span<const uint8_t> bytes) {
     standard_output.write({reinterpret_cast<const char *>(bytes.data()), bytes.size()});
 }

@@ -10,6 +10,12 @@
 // source; the arguments are the file's.
 [[gnu::format(printf, 1, 2)]] void print(const char *format, ...);
 
+// Prints text of ours that is no literal of a print call: labels of rows, what frames values. Its line ends
+// are line ends.
+void print_own(std::string_view text);
+// Prints a text of the file, or a header value as a buffer of the ring holds it.
+inline void print_value(const char *text) { print("%s", text); }
+
 // Prints bytes of the file as they are.
 void print_bytes(std::span<const uint8_t> bytes);
 

@@ -110,8 +110,8 @@ void add_read(uint64_t offset, uint64_t n) {
 
 void set_exact(const Bytes &bytes) {
     const FileRange range = bytes.file_range();
-    state.reads.clear();
-    if (range.size) state.reads.push_back(range);
+    if (!range.size) return;  // a copy in memory
+    state.reads.assign(1, range);
     state.exact = true;
 }
 

@@ -82,13 +82,13 @@ void put_value(LineBuffer &out, Bytes field, QtField kind) {
 }
 
 void put_label(LineBuffer &out, int indent, const QtLabel &label, uint64_t index) {
-    out.fill(' ', static_cast<size_t>(indent));
-    out.text(label.before);
+    out.blanks(static_cast<size_t>(indent));
+    out.own(label.before);
     if (label.is_indexed()) {
         out.signed_decimal(static_cast<int32_t>(index));
-        out.text(label.after);
+        out.own(label.after);
     }
-    out.put('=');
+    out.literal("=");
 }
 
 void print_hexdump(Bytes data, int indent, const QtRow &row) {
@@ -103,9 +103,11 @@ void put_row(LineBuffer &out, Bytes data, int indent, const QtRow &row, uint64_t
         return put_qt_rows(out, data.from(row.offset), indent, kVersionFlags);
     }
     for (unsigned i = 0; i < row.count; i++) {
+        const Bytes field = data.from(row.offset + uint64_t{i} * width_of(row.kind));
+        from(field.sub(0, width_of(row.kind)));
         put_label(out, indent, row.label, index + i);
-        put_value(out, data.from(row.offset + uint64_t{i} * width_of(row.kind)), row.kind);
-        out.put('\n');
+        put_value(out, field, row.kind);
+        out.end_line();
     }
 }
 
