@@ -1,5 +1,7 @@
 #include "common/field_rows.h"
 
+#include <algorithm>
+
 #include "common/print.h"
 #include "common/stream.h"
 #include "common/values.h"
@@ -70,6 +72,7 @@ const char *padded(Bytes field, unsigned width) {
 
 void put_text(Bytes field, Field kind, unsigned width) {
     const Text text = text_at(field, 0, width);
+    from(field.sub(0, std::min<uint64_t>(static_cast<uint64_t>(text.length) + 1, width)));
     switch (kind) {
         case Field::text: print("%.*s", text.length, text.start); break;
         case Field::quoted_text: print("'%.*s'", text.length, text.start); break;

@@ -120,6 +120,9 @@ void clear_reads() {
     state.exact = false;
 }
 
+// The line is of exactly what was looked at so far.
+void keep_reads() { state.exact = true; }
+
 void add_own(const char *text) {
     if (state.own_count < kMostOwn) state.own[state.own_count++] = text;
 }

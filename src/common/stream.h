@@ -22,6 +22,7 @@ struct Piece {
         character,
         unset,
         numbers,  // several, apart by blanks
+        words,    // the same, of texts
     };
 
     Kind kind = literal;
@@ -86,6 +87,7 @@ void add_read(uint64_t offset, uint64_t n);
 void add_own(const char *text);
 void set_exact(const Bytes &bytes);
 void clear_reads();
+void keep_reads();
 void mark_position();
 void mark_label(bool is_own);
 void mark_label_end();

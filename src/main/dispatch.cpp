@@ -178,6 +178,7 @@ bool dispatch(DumpOptions &opts, Input &input, const char *name, int range_flag)
     for (const Format &format : kFormats) {
         forget();
         if (!recognises(format, in)) continue;
+        if (listening) stream::keep_reads();  // the magic number is the first line's
         stream::tell_format(format.name);
         format.dump(in);
         return true;

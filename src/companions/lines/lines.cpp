@@ -63,10 +63,11 @@ bool is_finite_number(const Piece &piece) {
     return piece.kind == Piece::real && piece.value - piece.value == 0;
 }
 
-void add_numbers(std::string_view text, std::vector<FieldValue> &values) {
+// Values that one text holds, apart by blanks.
+void add_several(std::string_view text, bool numbers, std::vector<FieldValue> &values) {
     for (text = trimmed(text, " "); !text.empty(); text = trimmed(text, " ")) {
         const std::string_view one = text.substr(0, text.find(' '));
-        const bool is_number = one.find_first_not_of("0123456789+-.e") == std::string_view::npos;
+        const bool is_number = numbers && one.find_first_not_of("0123456789+-.e") == std::string_view::npos;
         values.push_back({is_number ? FieldValue::number : FieldValue::text, one});
         text.remove_prefix(one.size());
     }
@@ -76,7 +77,8 @@ void add_value(const Line &line, const Piece &piece, std::vector<FieldValue> &va
     const std::string_view text = text_of(line, piece);
     switch (piece.kind) {
         case Piece::unset: values.push_back({FieldValue::unset, {}}); break;
-        case Piece::numbers: add_numbers(text, values); break;
+        case Piece::numbers: add_several(text, true, values); break;
+        case Piece::words: add_several(text, false, values); break;
         case Piece::text: values.push_back({FieldValue::text, trimmed(without_quotes(text), " ")}); break;
         default:
             values.push_back({is_finite_number(piece) ? FieldValue::number : FieldValue::text, text});
