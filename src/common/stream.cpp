@@ -10,6 +10,12 @@ namespace {
 constexpr size_t kMostRanges = 4096;  // of a line before those that touch are joined
 constexpr size_t kMostOwn = 16;       // marked arguments of a print call
 
+// A part of a copy in memory, and where it comes from.
+struct CopiedPart {
+    uint64_t start;
+    FileRange range;
+};
+
 // What is known of the line that is being printed; its text is what standard output holds.
 struct State {
     Listener *listener = nullptr;
@@ -17,6 +23,8 @@ struct State {
     std::vector<Piece> pieces;
     std::vector<FileRange> reads;
     bool exact = false;
+    std::vector<FileRange> also;  // ranges that are told, whatever was read
+    std::vector<CopiedPart> copied;
     const char *own[kMostOwn];
     size_t own_count = 0;
 };
@@ -38,10 +46,46 @@ void normalize(std::vector<FileRange> &ranges) {
     ranges.resize(kept);
 }
 
+// Adds a range, to the last one where they touch.
+void add_to(std::vector<FileRange> &ranges, FileRange range) {
+    if (!ranges.empty() && range.offset >= ranges.back().offset && range.offset <= ranges.back().end()) {
+        FileRange &last = ranges.back();
+        last.size = std::max(last.end(), range.end()) - last.offset;
+        return;
+    }
+    if (ranges.size() >= kMostRanges) normalize(ranges);
+    ranges.push_back(range);
+}
+
+// Adds a range of the copy, if one is looked at, as those of the file that it was made of.
+void add_bytes(std::vector<FileRange> &ranges, FileRange range) {
+    if (state.copied.empty()) return add_to(ranges, range);
+    auto part = std::ranges::upper_bound(state.copied, range.offset, {}, &CopiedPart::start);
+    if (part != state.copied.begin()) part--;
+    for (; part != state.copied.end() && part->start < range.end(); part++) {
+        const uint64_t first = std::max(range.offset, part->start);
+        const uint64_t end = std::min(range.end(), part->start + part->range.size);
+        if (first < end) add_to(ranges, {part->range.offset + first - part->start, end - first});
+    }
+}
+
 uint32_t length() { return static_cast<uint32_t>(standard_output.held().size()); }
 
+// What no piece covers is text of the file.
+void cover(std::vector<Piece> &pieces, uint32_t end) {
+    uint32_t at = 0;
+    for (size_t i = 0; i < pieces.size(); at = pieces[i].start + pieces[i].size, i++) {
+        if (pieces[i].start <= at) continue;
+        const Piece text{.kind = Piece::text, .start = at, .size = pieces[i].start - at};
+        pieces.insert(pieces.begin() + static_cast<ptrdiff_t>(i), text);
+    }
+    if (at < end) pieces.push_back({.kind = Piece::text, .start = at, .size = end - at});
+}
+
 void tell(bool ends) {
+    state.reads.insert(state.reads.end(), state.also.begin(), state.also.end());
     normalize(state.reads);
+    if (!state.line.is_listing) cover(state.pieces, length());
     state.line.text = standard_output.held();
     state.line.pieces = state.pieces;
     state.line.at = state.reads;
@@ -97,27 +141,32 @@ void add(const Piece &piece) {
 }
 
 void add_read(uint64_t offset, uint64_t n) {
-    if (state.exact) return;
-    std::vector<FileRange> &reads = state.reads;
-    if (!reads.empty() && offset >= reads.back().offset && offset <= reads.back().end()) {
-        FileRange &last = reads.back();
-        last.size = std::max(last.end(), offset + n) - last.offset;
-        return;
-    }
-    if (reads.size() >= kMostRanges) normalize(reads);
-    reads.push_back({offset, n});
+    if (!state.exact) add_bytes(state.reads, {offset, n});
 }
+
+void add_also(FileRange range) { add_bytes(state.also, range); }
 
 void set_exact(const Bytes &bytes) {
     const FileRange range = bytes.file_range();
     if (!range.size) return;  // a copy in memory
-    state.reads.assign(1, range);
+    state.reads.clear();
+    add_bytes(state.reads, range);
     state.exact = true;
 }
 
 void clear_reads() {
     state.reads.clear();
+    state.also.clear();
     state.exact = false;
+}
+
+void set_copied(std::span<const FileRange> parts) {
+    state.copied.clear();
+    uint64_t start = 0;
+    for (const FileRange &part : parts) {
+        state.copied.push_back({start, part});
+        start += part.size;
+    }
 }
 
 // The line is of exactly what was looked at so far.

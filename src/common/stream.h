@@ -86,6 +86,8 @@ void forget_own();
 void add_read(uint64_t offset, uint64_t n);
 void add_own(const char *text);
 void set_exact(const Bytes &bytes);
+void add_also(FileRange range);
+void set_copied(std::span<const FileRange> parts);
 void clear_reads();
 void keep_reads();
 void mark_position();
@@ -111,13 +113,26 @@ inline void from(const Bytes &bytes) {
     if (listening) stream::set_exact(bytes);
 }
 
-// The line is of this range too, which was looked at before.
+// The line is of this range too, which was looked at before, or is not looked at through Bytes.
 inline void also(FileRange range) {
-    if (listening && range.size) stream::add_read(range.offset, range.size);
+    if (listening && range.size) stream::add_also(range);
 }
 inline void also(const Bytes &bytes) {
     if (listening) also(bytes.file_range());
 }
+
+// While it lives, what is looked at is a copy of these ranges of the file, one behind the other.
+class Copied {
+ public:
+    explicit Copied(std::span<const FileRange> parts) {
+        if (listening) stream::set_copied(parts);
+    }
+    ~Copied() {
+        if (listening) stream::set_copied({});
+    }
+    Copied(const Copied &) = delete;
+    Copied &operator=(const Copied &) = delete;
+};
 
 // What the line has so far is a position or a level.
 inline void behind_position() {

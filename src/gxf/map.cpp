@@ -1,6 +1,7 @@
 // Map packets: what material and tracks the file holds, as sections of tagged values.
 #include "common/field_rows.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "gxf/packets.h"
 #include "gxf/values.h"
 
@@ -57,10 +58,12 @@ void gxfmaptags(int indent, Bytes bytes, uint64_t length) {
         if (!bytes.has(position, 2)) return;
         const uint8_t tag = bytes[position];
         const uint8_t size = bytes[position + 1];
+        also(bytes.sub(position, 2));
         print("%*sTag 0x%02x% 4d ", indent, "", tag, size);
         if (const TaggedRow *known = row_of(kMapTags, tag, &TaggedRow::tag)) {
             FieldRow row = known->row;
             if (row.kind == Field::printable_text) row.count = size;
+            label_begins();
             print_field_row(big_endian(bytes.from(position + 2)), row);
         } else {
             print("\n");
@@ -71,8 +74,9 @@ void gxfmaptags(int indent, Bytes bytes, uint64_t length) {
 
 void print_tracks(Bytes payload, uint64_t start, uint64_t length) {
     for (uint64_t offset = start; offset < start + length && payload.has(offset, 4);) {
-        const int32_t type = payload[offset] - 0x80;
         const uint16_t section = gxfint16(payload, offset + 2, false);
+        forget();
+        const int32_t type = payload[offset] - 0x80;
         print("  mediatype %d %s\n", type, gxftracktype(type));
         print("  trackid   %d\n", payload[offset + 1] - 0xC0);
         print_field_row(big_endian(payload.from(offset)), {2, Field::dec16, "  length    "});
@@ -89,8 +93,9 @@ void gxfmap(Bytes rest, int64_t size) {
         print("gxfmap: fread error\n");
         return;
     }
-    print(" Version %d\n", payload[0] & 0x1F);
-    if ((payload[0] & 0xE0) != 0xE0) print("gxfmap: Error @ 0\n");
+    const uint8_t version = payload[0];
+    print(" Version %d\n", version & 0x1F);
+    if ((version & 0xE0) != 0xE0) print("gxfmap: Error @ 0\n");
     if (payload.size() <= 4) return;
 
     const uint64_t material = gxfint16(payload, 2, false);

@@ -2,6 +2,7 @@
 
 #include "common/field_rows.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "gxf/packets.h"
 #include "gxf/values.h"
 
@@ -76,15 +77,22 @@ void print_timecodes(Bytes payload, unsigned start, unsigned end) {
     }
 }
 
+// Prints a label whose values have names.
+void print_label(const char *label) {
+    label_begins();
+    print_own(label);
+    label_ends();
+}
+
 void print_info(uint8_t type, Bytes b) {
+    print_label(" info      ");
     switch (info_of(type)) {
-        case Info::range: print(" info      start:%d end:%d\n", big16(b, 0), big16(b, 2)); break;
+        case Info::range: print("start:%d end:%d\n", big16(b, 0), big16(b, 2)); break;
         case Info::mpeg:
-            print(" info      length:%d %s\n", static_cast<int>(b.big(1, 3)),
-                  name_at(kMpegPictures, b[0] & 3));
+            print("length:%d %s\n", static_cast<int>(b.big(1, 3)), name_at(kMpegPictures, b[0] & 3));
             break;
-        case Info::pages: print(" info      length:%d\n", b[0] * 4096); break;
-        case Info::other: print(" info      %d %d %d %d\n", b[0], b[1], b[2], b[3]); break;
+        case Info::pages: print("length:%d\n", b[0] * 4096); break;
+        case Info::other: print("%d %d %d %d\n", b[0], b[1], b[2], b[3]); break;
     }
 }
 
@@ -101,10 +109,14 @@ void gxfmedia(Bytes rest, int64_t size) {
     const uint8_t type = payload[0];
     const Bytes info = payload.from(6);
     print(" track     %d %d-%s\n", payload[1], type, gxftracktype(type));
-    print(" fieldnr   media:%d timeline:%d flags:%02x\n", gxfint32(payload, 2, false),
-          gxfint32(payload, 10, false), payload[14]);
+    print_label(" fieldnr   ");
+    print("media:%d timeline:%d flags:%02x\n", gxfint32(payload, 2, false), gxfint32(payload, 10, false),
+          payload[14]);
     print_info(type, info);
-    if (is_timecode(type)) print_timecodes(payload, big16(info, 0), big16(info, 2));
+    if (!is_timecode(type)) return;
+    const unsigned start = big16(info, 0), end = big16(info, 2);
+    forget();
+    print_timecodes(payload, start, end);
 }
 
 void gxflocator(Bytes rest, int64_t size) {
@@ -121,7 +133,10 @@ void gxflocator(Bytes rest, int64_t size) {
     print_field_rows(little_endian(table), kLocatorRows);
     for (uint32_t i = 1; i < kLocatorEntries; i++) {
         const uint32_t kib = gxfuint32(table, 8 + 4 * uint64_t{i}, true);
-        if (kib == 0) continue;
+        if (kib == 0) {
+            forget();
+            continue;
+        }
         print("  entry[%3d]: field %10d @ %10d KB [0x%08X] = 0x%16llx bytes\n", i,
               static_cast<int>(fields * i), static_cast<int>(kib), kib,
               static_cast<unsigned long long>(kib) * 1024);

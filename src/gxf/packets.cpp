@@ -3,6 +3,7 @@
 
 #include "common/names.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "gxf/gxf.h"
 #include "gxf/packets.h"
 #include "gxf/values.h"
@@ -76,8 +77,9 @@ void gxfdump(DumpOptions &, Input &input) {
         const Bytes rest = held.sub(0, input.end() - std::min(position, input.end()));
         const Packet packet = gxftag(input, position, rest.sub(0, kHeaderSize));
         if (packet.length == 0) return;
-        print("%08x %s %d\n", static_cast<uint32_t>(position), packet.name,
-              static_cast<int32_t>(packet.length));
+        print("%08x ", static_cast<uint32_t>(position));
+        behind_position();
+        print("%s %d\n", own(packet.name), static_cast<int32_t>(packet.length));
         const int64_t size = int64_t{packet.length} - int64_t{kHeaderSize};
         dump_payload(packet.kind, rest.from(kHeaderSize), size, umf);
         if (packet.kind == Kind::end_of_stream) return;

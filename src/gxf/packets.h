@@ -31,7 +31,8 @@ struct UmfCollection {
     static constexpr uint64_t kMostDescribed = 64 * 1024 * 1024 + 1;
 
     std::vector<uint8_t> data;
-    bool exceeded = false;  // data had to be dropped, and this was reported
+    std::vector<FileRange> places;  // of the data, packet by packet
+    bool exceeded = false;          // data had to be dropped, and this was reported
     // A file has one last packet; one that had thousands would describe the whole collection as often.
     Budget budget = Budget::of_bytes(kMostDescribed);
 };

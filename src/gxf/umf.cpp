@@ -3,8 +3,10 @@
 #include <span>
 
 #include "common/field_rows.h"
+#include "common/input.h"
 #include "common/names.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "gxf/packets.h"
 #include "gxf/values.h"
 
@@ -102,8 +104,7 @@ struct Umf {
 // payload size without its lowest or its highest byte.
 bool is_little(Bytes data) { return gxfint32(data, 1, false) <= gxfint32(data, 5, true); }
 
-Umf umf_of(const UmfCollection &collection) {
-    const Bytes data(collection.data.data(), collection.data.size());
+Umf umf_of(Bytes data) {
     const OrderedBytes umf = is_little(data) ? little_endian(data) : big_endian(data);
     return {.data = umf,
             .fill = static_cast<int64_t>(data.size()),
@@ -129,8 +130,8 @@ void print_media(const Umf &umf) {
     const int64_t start = umf.media_start();
     for (int64_t offset = start; umf.goes_on(offset, start, umf.media_size);) {
         const OrderedBytes entry = umf.entry(offset);
-        print_field_rows(entry, kMediaRows);
         const uint16_t length = entry.u16(0);
+        print_field_rows(entry, kMediaRows);
         if (length == 0) return;
         offset += length;
     }
@@ -143,14 +144,15 @@ void print_xml(Bytes data, int64_t length, int64_t user_size) {
 }
 
 void print_user_data(const Umf &umf) {
+    forget();
     print(" User Data\n");
     const int64_t start = umf.user_start();
     int64_t user_size = umf.user_size;
     if (umf.user_offset != 0 && user_size == 0) user_size = umf.size - start;
     for (int64_t offset = start; umf.goes_on(offset, start, user_size);) {
         const OrderedBytes entry = umf.entry(offset);
-        print_field_rows(entry, kUserRows);
         const int32_t length = entry.s32(0);
+        print_field_rows(entry, kUserRows);
         print_xml(entry.bytes.from(kUserHeader), length, user_size);
         if (length <= 0) return;
         offset += length;
@@ -158,7 +160,10 @@ void print_user_data(const Umf &umf) {
 }
 
 void print_descriptions(const UmfCollection &collection) {
-    const Umf umf = umf_of(collection);
+    Input copy("", collection.data.data(), collection.data.size());
+    const Copied copied(collection.places);
+    const Umf umf = umf_of(copy.bytes());
+    forget();
     print("  Payload Description\n");
     print_field_rows(umf.data, kPayloadRows);
     print(" Material Description\n");
@@ -168,9 +173,12 @@ void print_descriptions(const UmfCollection &collection) {
     print_user_data(umf);
 }
 
-void collect(UmfCollection &umf, std::span<const uint8_t> data) {
+void collect(UmfCollection &umf, Bytes packet) {
+    const std::span<const uint8_t> data = packet.span(0, packet.size());
     const size_t room = UmfCollection::kCapacity - umf.data.size();
     const auto kept = data.first(std::min(data.size(), room));
+    if (listening && !kept.empty()) umf.places.push_back(packet.sub(0, kept.size()).file_range());
+    forget();
     umf.data.insert(umf.data.end(), kept.begin(), kept.end());
     if (kept.size() == data.size() || umf.exceeded) return;
     print(" UMF data exceeds %d bytes\n", static_cast<int>(UmfCollection::kCapacity));
@@ -185,10 +193,10 @@ void gxfumfpacket(Bytes rest, UmfCollection &umf) {
         print("gxfmap: fread error\n");
         return;
     }
-    const uint8_t flags = rest[0];
-    const uint32_t size = gxfuint32(rest, 1, false);
     print(" preamble\n");
+    const uint8_t flags = rest[0];
     print("  type      %s%s\n", flags & kFirstPacket ? "First " : "", flags & kLastPacket ? "Last " : "");
+    const uint32_t size = gxfuint32(rest, 1, false);
     print("  size          %d\n", static_cast<int32_t>(size));
 
     const uint32_t wanted = std::min(size, kPacketDataRead);
@@ -196,7 +204,7 @@ void gxfumfpacket(Bytes rest, UmfCollection &umf) {
         print("gxfmap: fread error\n");
         return;
     }
-    collect(umf, rest.span(kPreambleSize, wanted));
+    collect(umf, rest.sub(kPreambleSize, wanted));
     if (!(flags & kLastPacket) || umf.budget.spent()) return;
     umf.budget.spend(umf.data.size());
     print_descriptions(umf);

@@ -1,11 +1,15 @@
 #include "mpeg/headers.h"
 
 #include "common/print.h"
+#include "common/stream.h"
 
 uint32_t print_bits(mpeg_reader &reader, const BitRow &row) {
     if (!row.bits) return markerbit(reader);
     const uint32_t value = mpegbits(reader, row.bits);
-    if (!row.label) return value;
+    if (!row.label) {
+        forget();
+        return value;
+    }
     print_own(row.label);
     if (row.digits) {
         print("%0*x\n", row.digits, value);

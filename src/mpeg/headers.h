@@ -16,9 +16,12 @@ Status print_sequence_header(mpeg_reader &reader);
 Status print_extension(mpeg_reader &reader);
 Status print_picture_header(mpeg_reader &reader);
 
-// Systems (ISO/IEC 11172-1, 13818-1). The pack header sets the system time, in microseconds, and writes its
-// text to `text`.
-Status print_pack_header(const DumpOptions &opts, mpeg_reader &reader, double &system_time, char *text);
+// Systems (ISO/IEC 11172-1, 13818-1). The pack header sets the system time and writes its text to `text`.
+struct SystemTime {
+    double microseconds = 0;
+    FileRange bytes = {};  // that it was read from
+};
+Status print_pack_header(const DumpOptions &opts, mpeg_reader &reader, SystemTime &system_time, char *text);
 Status print_system_header(mpeg_reader &reader);
 Status print_program_stream_map(mpeg_reader &reader);
 Status print_pes_header(const DumpOptions &opts, mpeg_reader &reader);

@@ -1,6 +1,7 @@
 // PES packet headers (ISO/IEC 13818-1, 2.4.3.6).
 
 #include "common/print.h"
+#include "common/stream.h"
 #include "common/values.h"
 #include "mpeg/headers.h"
 
@@ -40,7 +41,7 @@ unsigned long long read_stamp(mpeg_reader &reader) {
 
 void print_stamp(mpeg_reader &reader, const char *label, uint32_t expected) {
     markerbits(reader, 4, expected);
-    print("%s%08llx\n", label, read_stamp(reader));
+    print("%s%08llx\n", own(label), read_stamp(reader));
 }
 
 Status print_stamps(mpeg_reader &reader, uint32_t flags) {
@@ -156,18 +157,29 @@ void print_pes_extension(mpeg_reader &reader) {
 Status print_pes_header(const DumpOptions &opts, mpeg_reader &reader) {
     markerbits(reader, 2, 2);
     uint32_t flags[kFlags];
-    for (int i = 0; i < kFlags; i++) flags[i] = mpegbits(reader, kPesFlags[i].bits);
+    int64_t places[kFlags];
+    for (int i = 0; i < kFlags; i++) {
+        places[i] = mpegoffset(reader, 0);
+        flags[i] = mpegbits(reader, kPesFlags[i].bits);
+    }
+    // What is printed next depends on the flag.
+    const auto is_set = [&](int i) {
+        also(FileRange{static_cast<uint64_t>(places[i]), 1});
+        return flags[i] != 0;
+    };
+    forget();
     if (opts.verbose > 1) {
         for (int i = 0; i < kFlags; i++) {
-            if (flags[i]) print("%s%d\n", kPesFlags[i].label, flags[i]);
+            if (is_set(i)) print("%s%d\n", own(kPesFlags[i].label), flags[i]);
+            forget();
         }
     }
-    const Status status = print_stamps(reader, flags[kTimeStamps]);
-    if (flags[kEscr]) print_escr(reader);
-    if (flags[kEsRate]) print_bit_rows(reader, kEsRateRows);
-    if (flags[kTrickMode]) print_trick_mode(reader);
-    if (flags[kCopyInfo]) print_bit_rows(reader, kCopyInfoRows);
-    if (flags[kCrc]) print_bits(reader, {16, "  pescrc         "});
-    if (flags[kExtension]) print_pes_extension(reader);
+    const Status status = print_stamps(reader, is_set(kTimeStamps) ? flags[kTimeStamps] : 0);
+    if (is_set(kEscr)) print_escr(reader);
+    if (is_set(kEsRate)) print_bit_rows(reader, kEsRateRows);
+    if (is_set(kTrickMode)) print_trick_mode(reader);
+    if (is_set(kCopyInfo)) print_bit_rows(reader, kCopyInfoRows);
+    if (is_set(kCrc)) print_bits(reader, {16, "  pescrc         "});
+    if (is_set(kExtension)) print_pes_extension(reader);
     return status;
 }

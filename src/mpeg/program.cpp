@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "common/print.h"
+#include "common/stream.h"
 #include "mpeg/headers.h"
 #include "mpeg/mpeg.h"
 #include "mpeg/names.h"
@@ -64,11 +65,11 @@ void skip_slice(mpeg_reader &reader) {
 }
 
 void print_line(const StartCode &code, const char *clock, const char *end) {
-    print("stream %08x/%04d - %s - %s%s\n", 0x100 + code.id, code.length, clock, code.name, end);
+    print("stream %08x/%04d - %s - %s%s\n", 0x100 + code.id, code.length, clock, code.name, own(end));
 }
 
 Status dump_system_code(const DumpOptions &opts, mpeg_reader &reader, const StartCode &code,
-                        double &system_time, char *clock) {
+                        SystemTime &system_time, char *clock) {
     print_line(code, clock, " ");
     switch (code.id) {
         case 0x00: return print_picture_header(reader);
@@ -110,15 +111,19 @@ void mpegdump(DumpOptions &opts, Input &input, int64_t start, char *text) {
     const auto owned = std::make_unique_for_overwrite<mpeg_reader>();
     mpeg_reader &reader = *owned;
     mpegbufferinit(reader, input, start);
-    double system_time = 0;
+    SystemTime system_time;
     while (find_start_code(reader)) {
         StartCode code{};
         code.position = mpegoffset(reader, -3);
+        forget();
+        also(mpegrange(reader, code.position));
+        also(system_time.bytes);
         code.id = mpegbits(reader, 8);
         code.length = mpegstreamid(reader, code.name, code.id);
         int64_t end = code.length ? mpegoffset(reader, code.length) : 0;
-        mpegsystemtime2string(text, system_time);
+        mpegsystemtime2string(text, system_time.microseconds);
         print("%08x:", static_cast<uint32_t>(code.position));
+        behind_position();
         Status status = Status::go_on;
         if (code.id >= kFirstPesId) {
             status = dump_pes_packet(opts, reader, code, text);

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "common/print.h"
+#include "common/stream.h"
 
 namespace {
 
@@ -41,6 +42,28 @@ void next_byte(mpeg_reader &reader) {
     load(reader);
 }
 
+uint32_t take_bits(mpeg_reader &reader, int count) {
+    uint32_t value = 0;
+    while (count > 0) {
+        const int left = 8 - reader.bit;
+        const int taken = std::min(left, count);
+        const uint32_t byte = static_cast<uint32_t>(reader.current) & 0xFF;
+        value = value << taken | (byte >> (left - taken) & ((1U << taken) - 1));
+        reader.bit += taken;
+        count -= taken;
+        if (reader.bit == 8) next_byte(reader);
+    }
+    return value;
+}
+
+// Bits that are no part of a field's bytes, unless they are not as expected.
+uint32_t take_marker(mpeg_reader &reader, int count, uint32_t expected) {
+    const int64_t start = reader.position;
+    const uint32_t bits = take_bits(reader, count);
+    if (listening && bits != expected) also(mpegrange(reader, start));
+    return bits;
+}
+
 }  // namespace
 
 void mpegbufferinit(mpeg_reader &reader, Input &input, int64_t offset) {
@@ -64,16 +87,9 @@ uint32_t mpegbitpeek(const mpeg_reader &reader) {
 uint32_t mpegbit(mpeg_reader &reader) { return mpegbits(reader, 1); }
 
 uint32_t mpegbits(mpeg_reader &reader, int count) {
-    uint32_t value = 0;
-    while (count > 0) {
-        const int left = 8 - reader.bit;
-        const int taken = std::min(left, count);
-        const uint32_t byte = static_cast<uint32_t>(reader.current) & 0xFF;
-        value = value << taken | (byte >> (left - taken) & ((1U << taken) - 1));
-        reader.bit += taken;
-        count -= taken;
-        if (reader.bit == 8) next_byte(reader);
-    }
+    const int64_t start = reader.position;
+    const uint32_t value = take_bits(reader, count);
+    if (listening) also(mpegrange(reader, start));
     return value;
 }
 
@@ -89,22 +105,28 @@ bool mpegbytes(mpeg_reader &reader, int64_t count) {
 }
 
 uint32_t markerbit(mpeg_reader &reader) {
-    const uint32_t bit = mpegbit(reader);
+    const uint32_t bit = take_marker(reader, 1, 1);
     if (bit != 1) print("Error marker bit not 1\n");
     return bit;
 }
 
 uint32_t markerbits(mpeg_reader &reader, int count, uint32_t expected) {
-    const uint32_t bits = mpegbits(reader, count);
+    const uint32_t bits = take_marker(reader, count, expected);
     if (bits != expected) print("Error marker bits not %d is %d\n", expected, bits);
     return bits;
+}
+
+FileRange mpegrange(const mpeg_reader &reader, int64_t start) {
+    const int64_t taken = reader.position + (reader.bit > 0 ? 1 : 0);
+    const int64_t end = std::min(taken, static_cast<int64_t>(reader.file->size()));
+    return {static_cast<uint64_t>(start), static_cast<uint64_t>(std::max(start, end) - start)};
 }
 
 int64_t mpegoffset(const mpeg_reader &reader, int64_t n) { return reader.position + n; }
 bool mpegendoffile(const mpeg_reader &reader) { return reader.ended; }
 
 int mpegerror(const mpeg_reader &reader, const char *text) {
-    print("ERROR:%08x:%s\n", static_cast<uint32_t>(reader.position), text);
+    print("ERROR:%08x:%s\n", static_cast<uint32_t>(reader.position), own(text));
     return 4;
 }
 

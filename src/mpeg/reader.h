@@ -26,16 +26,19 @@ bool mpegseek(mpeg_reader &reader, int64_t offset);
 
 uint32_t mpegbit(mpeg_reader &reader);
 uint32_t mpegbitpeek(const mpeg_reader &reader);
-// The next `count` bits as a number: of more than 32 the last 32, 0 for a count below 1.
+// The next `count` bits as a number, which the line that is printed next is made of: of more than 32 the last
+// 32, 0 for a count below 1.
 uint32_t mpegbits(mpeg_reader &reader, int count);
 
 // Finishes a partly consumed byte, then skips `count` bytes; returns the end-of-file state.
 bool mpegbytes(mpeg_reader &reader, int64_t count);
 
-// Read marker bits and print a line when they are not as expected.
+// Read marker bits and print a line when they are not as expected; no line but that is made of them.
 uint32_t markerbit(mpeg_reader &reader);
 uint32_t markerbits(mpeg_reader &reader, int count, uint32_t expected);
 
+// The bytes of the file from an offset up to the position, of a partly consumed byte all of it.
+FileRange mpegrange(const mpeg_reader &reader, int64_t start);
 int64_t mpegoffset(const mpeg_reader &reader, int64_t n);
 bool mpegendoffile(const mpeg_reader &reader);
 

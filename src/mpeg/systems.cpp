@@ -51,7 +51,8 @@ void print_characters(mpeg_reader &reader, uint32_t count) {
 
 }  // namespace
 
-Status print_pack_header(const DumpOptions &opts, mpeg_reader &reader, double &system_time, char *text) {
+Status print_pack_header(const DumpOptions &opts, mpeg_reader &reader, SystemTime &system_time, char *text) {
+    const int64_t start = mpegoffset(reader, 0);
     const uint32_t mode = mpegbits(reader, 2);
     if (mode == 0) {
         print(" mpeg 1 ?\n");
@@ -68,8 +69,8 @@ Status print_pack_header(const DumpOptions &opts, mpeg_reader &reader, double &s
         base = base << 15 | mpegbits(reader, 15);
     }
     const double seconds = static_cast<double>(base) / kClock;
-    system_time = seconds * 1000000;
-    mpegsystemtime2string(text, system_time);
+    system_time = {.microseconds = seconds * 1000000, .bytes = mpegrange(reader, start)};
+    mpegsystemtime2string(text, system_time.microseconds);
     const bool shown = opts.verbose > 1;
     if (shown) print(" systemclock:     %s - %1.6f\n", text, seconds);
     markerbit(reader);

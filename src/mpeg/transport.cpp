@@ -10,6 +10,7 @@
 namespace {
 
 constexpr uint32_t kSyncByte = 0x47;
+constexpr int64_t kHeader = 4;
 constexpr int64_t kPayload = 184;    // bytes of a packet behind its header
 constexpr int64_t kShownBytes = 16;  // of the payload
 
@@ -27,7 +28,7 @@ int64_t put_adaptation_field(LineBuffer &out, mpeg_reader &reader, uint32_t pid)
         out.literal("Control packet");
         out.end_row();
     }
-    out.put(' ');
+    out.literal(" ");
     out.decimal(static_cast<uint64_t>(length), 2, '0');
     for (int i = 7; i >= 0; i--) put_digit(out, flags >> i & 1U);
     out.end_row();
@@ -44,10 +45,12 @@ void put_packet(LineBuffer &out, mpeg_reader &reader) {
     const uint32_t adaptation = mpegbits(reader, 1);
     const uint32_t payload_flag = mpegbits(reader, 1);
     const uint32_t counter = mpegbits(reader, 4);
+    if (listening)
+        also(reader.file->bytes().sub(static_cast<uint64_t>(reader.position - kHeader), kHeader + kPayload));
     out.hex(static_cast<uint64_t>(reader.position) & 0xFFFFFFFF, 8);
-    out.text(": PACKET ");
+    out.literal(": PACKET ");
     out.hex(pid, 3);
-    out.put('/');
+    out.literal("/");
     out.decimal(pid, 4, '0');
     for (const uint32_t field : {error, start, priority, scrambling, adaptation, payload_flag, counter}) {
         put_digit(out, field);
@@ -58,7 +61,7 @@ void put_packet(LineBuffer &out, mpeg_reader &reader) {
     // packet.
     const int64_t shown = payload < 1 ? kShownBytes : std::min(payload, kShownBytes);
     for (int64_t i = 0; i < shown; i++) {
-        out.put(' ');
+        out.literal(" ");
         out.hex(mpegbits(reader, 8), 2);
     }
     out.end_row();

@@ -2,6 +2,7 @@
 
 #include "common/names.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "mpeg/headers.h"
 
 namespace {
@@ -94,24 +95,25 @@ constexpr CodeName kNamedExtensions[] = {
 // A matrix is there when its flag bit says so. Its line is printed and its values are passed over.
 void print_matrix(mpeg_reader &reader, const char *line) {
     if (!mpegbit(reader)) return;
-    print("%s\n", line);
+    print("%s\n", own(line));
     mpegbits(reader, kMatrixBits);
+    forget();
 }
 
 void print_sequence_extension(mpeg_reader &reader) {
-    print(" Sequence Extension\n");
+    print(" %s\n", "Sequence Extension");
     print_bit_rows(reader, kSequenceExtensionRows);
 }
 
 void print_sequence_display_extension(mpeg_reader &reader) {
-    print(" Sequence Display Extension\n");
+    print(" %s\n", "Sequence Display Extension");
     print_bits(reader, {3, " videoformat:     "});
     if (print_bits(reader, {1, " colordesc:       "})) print_bit_rows(reader, kColourRows);
     print_bit_rows(reader, kDisplaySizeRows);
 }
 
 void print_picture_coding_extension(mpeg_reader &reader) {
-    print(" Picture Coding Extension\n");
+    print(" %s\n", "Picture Coding Extension");
     print_bit_rows(reader, kPictureCodingRows);
     if (print_bits(reader, {1, " compositeflag:   "})) print_bit_rows(reader, kCompositeRows);
     mpegbits(reader, 4);

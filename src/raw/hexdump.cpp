@@ -20,7 +20,7 @@ void put_rows(LineBuffer &out, const DumpOptions &opts, Bytes bytes, uint64_t ad
         } else {
             line.hex((address + i) & 0xFFFFFFFF, 8);
         }
-        line.text(": ");
+        line.literal(": ");
     });
 }
 

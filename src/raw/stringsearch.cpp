@@ -25,6 +25,7 @@ struct Search {
 
 // A run that the end of a block cuts.
 struct OpenRun {
+    FileRange bytes = {};
     size_t held = 0;        // characters waiting while the run is shorter than kShortest
     bool printing = false;  // the run is long enough: its characters go out as they come
     char start[kShortest];
@@ -48,8 +49,10 @@ size_t run_end(const Search &search, size_t from) {
     return from;
 }
 
-// Takes the characters at the start of a block that go on with the open run.
-void extend(LineBuffer &out, OpenRun &run, Block characters) {
+// Takes the characters of a block that go on with the open run.
+void extend(LineBuffer &out, OpenRun &run, uint64_t position, Block characters) {
+    if (run.bytes.size == 0) run.bytes.offset = position;
+    run.bytes.size += characters.size();
     for (const uint8_t c : characters) {
         if (run.printing) {
             out.put(static_cast<char>(c));
@@ -63,16 +66,22 @@ void extend(LineBuffer &out, OpenRun &run, Block characters) {
     }
 }
 
+void end_run(LineBuffer &out, FileRange bytes) {
+    also(bytes);
+    out.end_line();
+}
+
 void close(LineBuffer &out, OpenRun &run) {
-    if (run.printing) out.end_line();
+    if (run.printing) end_run(out, run.bytes);
     run = {};
 }
 
-void search_block(LineBuffer &out, OpenRun &run, Search &search, size_t size) {
+// A block that begins at a position of the file.
+void search_block(LineBuffer &out, OpenRun &run, uint64_t position, Search &search, size_t size) {
     classify(search, size);
     const Block block(search.bytes, size);
     size_t done = run_end(search, 0);
-    extend(out, run, block.first(done));
+    extend(out, run, position, block.first(done));
     if (done == size) return;
     close(out, run);
 
@@ -81,13 +90,13 @@ void search_block(LineBuffer &out, OpenRun &run, Search &search, size_t size) {
         const size_t end = run_end(search, start);
         if (end == size) break;
         out.bytes(block.subspan(start, end - start));
-        out.end_line();
+        end_run(out, {position + start, end - start});
         done = end;
     }
     // What may be a run at the block's end stays open.
     size_t start = size;
     while (start > done && search.in_run[start - 1]) start--;
-    extend(out, run, block.subspan(start));
+    extend(out, run, position + start, block.subspan(start));
 }
 
 }  // namespace
@@ -96,9 +105,10 @@ void stringsearchfile(DumpOptions &, Input &input) {
     const auto search = std::make_unique_for_overwrite<Search>();
     LineBuffer out;
     OpenRun run;
+    forget();
     uint64_t position = 0;
     while (const uint64_t got = input.read(position, search->bytes, kBlock)) {
-        search_block(out, run, *search, static_cast<size_t>(got));
+        search_block(out, run, position, *search, static_cast<size_t>(got));
         position += got;
     }
     close(out, run);

@@ -44,32 +44,30 @@ size_t utf8_character(Block text, uint32_t &code) {
     return size;
 }
 
+// `put` gets each character and the place behind it.
 template <typename Put>
 void for_each_character(Block text, Encoding encoding, Put put) {
     switch (encoding) {
         case Encoding::bytes:
-            for (const uint8_t byte : text) put(byte);
+            for (const uint8_t &byte : text) put(byte, &byte + 1);
             break;
         case Encoding::utf8:
-            for (uint32_t code = 0; !text.empty(); put(code)) text = text.subspan(utf8_character(text, code));
+            for (uint32_t code = 0; !text.empty(); put(code, text.data()))
+                text = text.subspan(utf8_character(text, code));
             break;
         case Encoding::utf16_little:
             for (; text.size() >= 2; text = text.subspan(2))
-                put(text[0] | static_cast<uint32_t>(text[1]) << 8);
+                put(text[0] | static_cast<uint32_t>(text[1]) << 8, text.data() + 2);
             break;
         case Encoding::utf16_big:
             for (; text.size() >= 2; text = text.subspan(2))
-                put(text[1] | static_cast<uint32_t>(text[0]) << 8);
+                put(text[1] | static_cast<uint32_t>(text[0]) << 8, text.data() + 2);
             break;
     }
 }
 
 void put_utf8(LineBuffer &out, uint32_t code) {
     const auto put = [&](uint32_t byte) { out.put(static_cast<char>(byte)); };
-    if (code == '\n') {
-        out.end_line();
-        return;
-    }
     if (code < 0x80) {
         put(code);
         return;
@@ -91,12 +89,23 @@ void put_utf8(LineBuffer &out, uint32_t code) {
 // Printable ASCII with TAB and LF; CR is left out, anything else (the space, too) is ".".
 void put_ascii(LineBuffer &out, uint32_t code) {
     if (code == '\r') return;
-    if (code == '\n') {
-        out.end_line();
-        return;
-    }
     const bool shown = code == '\t' || (code > 32 && code < 128);
     out.put(shown ? static_cast<char>(code) : '.');
+}
+
+// Line feeds end lines, each of which is made of its characters.
+template <typename Put>
+void put_lines(LineBuffer &out, Bytes text, Encoding encoding, Put put) {
+    const Block characters = text.span(0, text.size());
+    uint64_t start = 0;
+    for_each_character(characters, encoding, [&](uint32_t code, const uint8_t *behind) {
+        if (code != '\n') return put(out, code);
+        const uint64_t end = static_cast<uint64_t>(behind - characters.data());
+        from(text.sub(start, end - start));
+        start = end;
+        out.end_line();
+    });
+    from(text.from(start));
 }
 
 }  // namespace
@@ -112,12 +121,11 @@ void dumpfile(DumpOptions &opts, Input &input) {
     const Mark mark = find_mark(text);
     if (mark.name) print("Fileformat: %s\n", mark.name);
     LineBuffer out;
-    if (mark.name && opts.flag_u) out.text("\xEF\xBB\xBF");
-    const Block characters = text.span(mark.size, size);
+    if (mark.name && opts.flag_u) out.literal("\xEF\xBB\xBF");
     if (opts.flag_u) {
-        for_each_character(characters, mark.encoding, [&](uint32_t code) { put_utf8(out, code); });
+        put_lines(out, text.from(mark.size), mark.encoding, put_utf8);
     } else {
-        for_each_character(characters, mark.encoding, [&](uint32_t code) { put_ascii(out, code); });
+        put_lines(out, text.from(mark.size), mark.encoding, put_ascii);
     }
 }
 

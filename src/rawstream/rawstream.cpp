@@ -6,6 +6,7 @@
 #include "common/input.h"
 #include "common/line_buffer.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "common/values.h"
 #include "rawstream/detect.h"
 
@@ -46,6 +47,7 @@ int64_t decimal(Bytes text) {
 }
 
 void print_unknown_tag(Bytes line) {
+    from(line);
     print("Warning: Unknown tag '");
     print_text(line, 0);
     print("'\n");
@@ -132,12 +134,12 @@ void rawdump_hexdump(const uint16_t *words, int count) {
     for (int row = 0; row < count; row += kColumns) {
         const int end = std::min(row + kColumns, count);
         out.hex(static_cast<uint64_t>(row), 6);
-        out.text("::");
+        out.literal("::");
         for (int i = row; i < end; i++) {
-            out.put(' ');
+            out.literal(" ");
             out.hex(words[i], 3);
         }
-        out.text(" - '");
+        out.literal(" - '");
         for (int i = row; i < end; i++) out.put(mark(words[i]));
         out.literal("'");
         out.end_row();

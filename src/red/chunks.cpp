@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "common/print.h"
+#include "common/stream.h"
 #include "red/values.h"
 
 namespace {
@@ -22,4 +24,13 @@ bool ChunkReader::read_payload(RedChunk &chunk) {
     const uint64_t wanted = kChunkHeader + uint64_t{std::min(chunk.size - kChunkHeader, most_)};
     chunk.held = input_.present(chunk.position, wanted, kBlock);
     return chunk.held.size() == wanted;
+}
+
+void print_chunk_line(const RedChunk &chunk, int characters) {
+    print("%08x/", chunk.offset());
+    behind_position();
+    label_begins(false);
+    print("%s", redstring(characters, chunk.held, 4));
+    label_ends();
+    print(" %d\n", static_cast<int32_t>(chunk.size));
 }

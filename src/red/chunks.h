@@ -41,6 +41,9 @@ class ChunkReader {
     uint32_t most_;
 };
 
+// Prints a chunk's line: its offset, the first characters of its type, and its size.
+void print_chunk_line(const RedChunk &chunk, int characters);
+
 // Prints the metadata records of a header or frame chunk. A block's records begin where the first record of
 // a run, 15 bytes long with type 0x10 and id 0, is found in its first 256 bytes. `size` is the chunk's size.
 // Records are printed from verbosity 1 on, the timecodes among them always.

@@ -7,6 +7,7 @@
 
 #include "common/field_rows.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "red/chunks.h"
 #include "red/red.h"
 #include "red/values.h"
@@ -170,7 +171,7 @@ void reddumpv1(DumpOptions &opts, Input &input) {
     Walk walk{.opts = opts};
     RedChunk chunk;
     for (uint64_t position = 0; reader.read_header(position, chunk); position += chunk.size) {
-        print("%08x/%s %d\n", chunk.offset(), redstring(4, chunk.held, 4), static_cast<int32_t>(chunk.size));
+        print_chunk_line(chunk, 4);
         if (!reader.read_payload(chunk)) break;
         print_chunk(walk, chunk);
         if (chunk.size == 0) break;

@@ -3,6 +3,7 @@
 
 #include "common/field_rows.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "red/chunks.h"
 #include "red/red.h"
 #include "red/values.h"
@@ -50,7 +51,7 @@ void print_index(const RedChunk &chunk, unsigned frames) {
     for (unsigned k = 0; kIndexHeader + kIndexEntry * k < values; k++) {
         const uint64_t entry = 68 + 12 * uint64_t{k};
         const uint32_t size = red32(chunk.held, entry + 8);
-        print(" Frame %06d Offset:%08x000 %08x size:0x%08x/%d\n", k, red32(chunk.held, entry),
+        print(" Frame %06d Offset:%08x%s %08x size:0x%08x/%d\n", k, red32(chunk.held, entry), "000",
               red32(chunk.held, entry + 4), size, static_cast<int32_t>(size));
     }
 }
@@ -58,7 +59,7 @@ void print_index(const RedChunk &chunk, unsigned frames) {
 void print_end(const DumpOptions &opts, const RedChunk &chunk) {
     const unsigned long long file_size = red64(chunk.held, 64);
     print(" filesize    %16llx / %lld\n", file_size, static_cast<long long>(file_size));
-    print(" table_rii   00000%08x000\n", red32(chunk.held, 84));
+    print(" table_rii   %s%08x%s\n", "00000", red32(chunk.held, 84), "000");
     print_field_rows(big_endian(chunk.held), kEndRows);
     redinfodump(opts, chunk.held, chunk.size);
 }
@@ -82,7 +83,7 @@ void reddumpv2(DumpOptions &opts, Input &input) {
     unsigned frames = 0;
     RedChunk chunk;
     for (uint64_t position = 0; reader.read_header(position, chunk);) {
-        print("%08x/%s %d\n", chunk.offset(), redstring(3, chunk.held, 4), static_cast<int32_t>(chunk.size));
+        print_chunk_line(chunk, 3);
         if (!reader.read_payload(chunk)) return;
         print_chunk(opts, chunk, frames);
         if (chunk.size == 0) return;

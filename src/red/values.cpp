@@ -13,20 +13,25 @@ const char *redstring(int most, Bytes b, uint64_t offset) {
 const char *redint16(int length, Bytes b, uint64_t offset) {
     uint32_t size;
     char *text = get_buffer(&size);
-    std::snprintf(text, size, "%d", length < 2 ? 0 : static_cast<int16_t>(red16(b, offset)));
+    const int16_t value = length < 2 ? int16_t{0} : static_cast<int16_t>(red16(b, offset));
+    std::snprintf(text, size, "%d", value);
+    ring_holds(integer_piece(value));
     return text;
 }
 
 const char *redfloat(int length, Bytes b, uint64_t offset) {
     uint32_t size;
     char *text = get_buffer(&size);
-    std::snprintf(text, size, "%f", static_cast<double>(length < 4 ? 0 : float_of_bits(red32(b, offset))));
+    const double value = static_cast<double>(length < 4 ? 0 : float_of_bits(red32(b, offset)));
+    std::snprintf(text, size, "%f", value);
+    ring_holds({.kind = Piece::real, .value = value});
     return text;
 }
 
 const char *redhexscan(int length, Bytes b, uint64_t offset) {
     constexpr int kMost = 256;
     char *text = get_buffer();
+    ring_holds({.kind = Piece::words});
     char *p = text;
     unsigned n = 0;
     for (const uint8_t byte : b.span(offset, static_cast<uint64_t>(std::clamp(length, 0, kMost)))) {
@@ -44,6 +49,6 @@ void redhexdump(Bytes b, uint32_t base) {
     LineBuffer out;
     put_hexrows(out, b, kRow, [&](LineBuffer &row, uint64_t i) {
         row.hex(base + static_cast<uint32_t>(i), 8);
-        row.put(' ');
+        row.literal(" ");
     });
 }

@@ -157,8 +157,9 @@ void LinePlaces::place(const Line &line, FieldLine &field) {
         const std::string_view text = line.text.substr(line.behind_position, end - line.behind_position);
         element.name = label_of(text);
         rest = {first, rest.end()};
+        const bool in_bracket = trimmed(text, " ").ends_with('[');  // "[  1]"
         const bool indexes = !rest.empty() && first->kind == Piece::integer && !element.name.empty() &&
-                             kIndexing.find(text.back()) != std::string_view::npos;
+                             (in_bracket || kIndexing.find(text.back()) != std::string_view::npos);
         if (indexes) {
             field.index.push_back(first->number);
             while (element.name.ends_with('-') || element.name.ends_with('#')) element.name.pop_back();
