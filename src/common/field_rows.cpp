@@ -98,6 +98,7 @@ bool is_text(Field kind) { return kind >= Field::text; }
 void print_field_row(OrderedBytes header, const FieldRow &row) {
     const OrderedBytes field = header.from(row.offset);
     from(field.bytes.sub(0, uint64_t{row.count} * (is_text(row.kind) ? 1 : size_of(row.kind))));
+    only_field();
     print_own(row.label);
     if (is_text(row.kind)) {
         put_text(field.bytes, row.kind, row.count);

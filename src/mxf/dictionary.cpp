@@ -48,7 +48,7 @@ void printuuid(DumpOptions &opts, Bytes ul) {
         }
         p = write_hex(p, ul[i]);
     }
-    standard_output.write({text, static_cast<size_t>(p - text)});
+    print_value({text, static_cast<size_t>(p - text)});
 }
 
 int printrp224(Bytes ul) {

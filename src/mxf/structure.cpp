@@ -34,6 +34,10 @@ constexpr FieldRow kContainerRows[] = {
     {80, Field::dec32, " ContainerCount     "},
     {84, Field::dec32, " ContainerSize      "},
 };
+constexpr FieldRow kPrimerRows[] = {
+    {0, Field::dec32, " Itemcount          "},
+    {4, Field::dec32, " Itemlength         "},
+};
 // clang-format on
 constexpr uint64_t kContainers = 88;
 
@@ -71,6 +75,7 @@ void print_primer_item(DumpOptions &opts, Bytes buffer, uint64_t offset) {
     } else if (const rp210_entry *row = mxf_find_rp210(opts, u, 0)) {
         mxfaddlabel(opts, tag, row->name, row->kind);
         print_primer_tag(opts, tag, u);
+        label_begins();
         print("%s\n", row->name);
         if (!dynamic && row->local_tag && row->local_tag != tag) {
             print("Local tag def %04x != %04x\n", tag, row->local_tag);
@@ -80,6 +85,7 @@ void print_primer_item(DumpOptions &opts, Bytes buffer, uint64_t offset) {
         print_primer_tag(opts, tag, u);
         const mxf_guid_node *set = mxf_guid_find(opts, u);
         if (set) mxfaddlabel(opts, tag, addmxfstring(set->text), ValueKind::unknown);
+        label_begins(false);
         print("%s\n", set ? set->text : "UNKNOWN");
     } else {
         mxferror(opts, buffer, at, "mxf_primer_pack - label not found");
@@ -122,10 +128,10 @@ uint64_t mxf_primer_pack(DumpOptions &opts, uint64_t file_position, Bytes buffer
     print(" Designator         %d\n", buffer[offset + 7]);
     const ItemValue item = print_length_line(opts, file_position, buffer, offset);
     const Bytes value = buffer.from(item.start);
+    print_field_rows(big_endian(value), kPrimerRows);
     const uint32_t count = mxfuint32(value);
     const uint32_t size = mxfuint32(value.from(4));
-    print(" Itemcount          %d\n", static_cast<int32_t>(count));
-    print(" Itemlength         %d\n", static_cast<int32_t>(size));
+    forget();
     if (uint64_t{size} * count + kPrimerItems != static_cast<uint64_t>(item.length)) {
         mxferror(opts, buffer, offset, "mxf_primer_pack - itemcount * itemsize does not match length");
     }

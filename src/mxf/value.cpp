@@ -39,7 +39,7 @@ void print_unknown(Bytes value, uint32_t length) {
 
 // Characters of `unit` bytes of which the last one is shown, up to a character of zero bytes.
 void print_text(const char *title, Bytes value, uint32_t length, uint32_t unit) {
-    print("   %s '", title);
+    print("   %s '", own(title));
     LineBuffer out;
     for (uint64_t i = 0; i + unit <= length && value.big(i, unit) != 0; i += unit) {
         out.put(tiffchar(value[i + unit - 1]));
@@ -58,7 +58,7 @@ void print_rational(Bytes value) {
 
 // Year, month, day, hour, minute, second and quarters of 4 milliseconds (SMPTE 377M, 3.3).
 void print_timestamp(const char *label, Bytes value) {
-    print("%s%04d.%02d.%02d %s-%04d\n", label, mxfuint16(value), value[2], value[3],
+    print("%s%04d.%02d.%02d %s-%04d\n", own(label), mxfuint16(value), value[2], value[3],
           clock_text(value[4], value[5], value[6]), value[7] * 4);
 }
 
@@ -94,17 +94,21 @@ void print_version_numbers(Bytes value, uint32_t length) {
 
 // A label with what it refers to: `before` the label, `between` it and the name.
 void print_named(DumpOptions &opts, const char *before, Bytes ul, const char *between) {
-    print("%s", before);
+    print("%s", own(before));
     printuuid(opts, ul);
-    print("%s", between);
+    print("%s", own(between));
+    if (*between == '\n') label_ends();
+    also(ul.sub(0, kLabelSize));
     print_name_or_unknown(opts, ul);
     print("\n");
 }
 
 void print_strong_reference(DumpOptions &opts, const char *before, Bytes ul, const char *between) {
-    print("%s", before);
+    print("%s", own(before));
     printuuid(opts, ul);
-    print("%s%s\n", between, mxf_guid_string(opts, ul));
+    print("%s", own(between));
+    also(ul.sub(0, kLabelSize));
+    print("%s\n", mxf_guid_string(opts, ul));
 }
 
 // Arrays and batches: element count, element size, elements.
@@ -192,7 +196,7 @@ void print_labels(DumpOptions &opts, Bytes buffer, uint64_t offset, const Array 
 void print_array(DumpOptions &opts, Bytes buffer, uint64_t offset, ValueKind kind, const char *title,
                  Budget &budget) {
     const Array array(buffer.from(offset), budget);
-    print("   %s\n", title);
+    print("   %s\n", own(title));
     if (array.count == 0) print("    Empty\n");
     if (kind == ValueKind::index_entry_array) {
         LineBuffer out;
