@@ -110,7 +110,7 @@ inline void forget() {
     if (listening) stream::clear_reads();
 }
 
-// The line that is being printed is of exactly this range, whatever else is looked at.
+// The line that is being printed is of exactly this range, whatever else is looked at; also() adds to it.
 inline void from(const Bytes &bytes) {
     if (listening) stream::set_exact(bytes);
 }

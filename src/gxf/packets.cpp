@@ -73,6 +73,7 @@ void gxfdump(DumpOptions &, Input &input) {
     print("Fileformat:GXF\n");
     UmfCollection umf;
     for (uint64_t position = 0;;) {
+        forget();
         const Bytes held = input.bytes(position, kHeaderSize + kPayloadRead, kBlock);
         const Bytes rest = held.sub(0, input.end() - std::min(position, input.end()));
         const Packet packet = gxftag(input, position, rest.sub(0, kHeaderSize));

@@ -66,11 +66,11 @@ void for_each_character(Block text, Encoding encoding, Put put) {
     }
 }
 
-void put_utf8(LineBuffer &out, uint32_t code) {
+bool put_utf8(LineBuffer &out, uint32_t code) {
     const auto put = [&](uint32_t byte) { out.put(static_cast<char>(byte)); };
     if (code < 0x80) {
         put(code);
-        return;
+        return true;
     }
     if (code < 0x800) {
         put(0xC0 | code >> 6);
@@ -84,28 +84,33 @@ void put_utf8(LineBuffer &out, uint32_t code) {
         put(0x80 | (code >> 6 & 0x3F));
     }
     put(0x80 | (code & 0x3F));
+    return true;
 }
 
-// Printable ASCII with TAB and LF; CR is left out, anything else (the space, too) is ".".
-void put_ascii(LineBuffer &out, uint32_t code) {
-    if (code == '\r') return;
+// Printable ASCII with TAB and LF; CR is left out, anything else (the space, too) is ".": false for such.
+bool put_ascii(LineBuffer &out, uint32_t code) {
+    if (code == '\r') return true;
     const bool shown = code == '\t' || (code > 32 && code < 128);
     out.put(shown ? static_cast<char>(code) : '.');
+    return shown;
 }
 
-// Line feeds end lines, each of which is made of its characters.
+// Line feeds end lines, each of which is made of its characters: of those that can be told from the line, not
+// of what is a full stop like any other.
 template <typename Put>
 void put_lines(LineBuffer &out, Bytes text, Encoding encoding, Put put) {
     const Block characters = text.span(0, text.size());
-    uint64_t start = 0;
+    forget();
+    const uint8_t *start = characters.data();
     for_each_character(characters, encoding, [&](uint32_t code, const uint8_t *behind) {
-        if (code != '\n') return put(out, code);
-        const uint64_t end = static_cast<uint64_t>(behind - characters.data());
-        from(text.sub(start, end - start));
-        start = end;
-        out.end_line();
+        const bool shown = code == '\n' || put(out, code);
+        if (listening && shown) {
+            const uint64_t offset = static_cast<uint64_t>(start - characters.data());
+            also(text.sub(offset, static_cast<uint64_t>(behind - start)));
+        }
+        start = behind;
+        if (code == '\n') out.end_line();
     });
-    from(text.from(start));
 }
 
 }  // namespace

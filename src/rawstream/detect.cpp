@@ -2,10 +2,12 @@
 
 #include "common/names.h"
 #include "common/print.h"
+#include "common/stream.h"
 
 namespace {
 
-constexpr int kMargin = 32;  // words behind a position that a timing reference may need
+constexpr int kMargin = 32;    // words behind a position that a timing reference may need
+constexpr int kReference = 4;  // words
 constexpr int kNone = -1;
 constexpr uint16_t kHigh = 0x3FF;
 constexpr uint16_t kEndOfActiveVideo = 0x40;  // H bit of the XYZ word
@@ -95,7 +97,14 @@ int name_hd_raster(const uint16_t *words, const Timing &timing, int line) {
 
 }  // namespace
 
-int rawdump_formatdetect(const uint16_t *words, int count) {
+void WordPlaces::tell(int first, int n) const {
+    const uint64_t from = static_cast<uint64_t>(first), to = static_cast<uint64_t>(first + n);
+    const uint64_t start = in_bytes ? from : from / 3 * 4;
+    const uint64_t end = in_bytes ? to : (to + 2) / 3 * 4;
+    also(data.sub(start, end - start));
+}
+
+int rawdump_formatdetect(const uint16_t *words, int count, const WordPlaces &places) {
     const int limit = count - kMargin;
     const int interleave = limit < 1 ? 0 : find_interleave(words, limit);
     if (interleave == 0) {
@@ -107,6 +116,8 @@ int rawdump_formatdetect(const uint16_t *words, int count) {
         print("Warning: Could not find SAV and EAV for line length detect\n");
         return 0;
     }
+    for (const int reference : {timing.previous_eav, timing.sav_before, timing.last_eav, timing.sav_after})
+        places.tell(reference, kReference * interleave);
     const int line = timing.last_eav - timing.previous_eav;
     return interleave == 1 ? name_sd_raster(line) : name_hd_raster(words, timing, line);
 }

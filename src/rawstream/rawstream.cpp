@@ -128,11 +128,12 @@ char mark(uint16_t word) {
     }
 }
 
-void rawdump_hexdump(const uint16_t *words, int count) {
+void rawdump_hexdump(const uint16_t *words, int count, const WordPlaces &places) {
     constexpr int kColumns = 8;
     LineBuffer out;
     for (int row = 0; row < count; row += kColumns) {
         const int end = std::min(row + kColumns, count);
+        if (listening) places.tell(row, end - row);
         out.hex(static_cast<uint64_t>(row), 6);
         out.literal("::");
         for (int i = row; i < end; i++) {
@@ -175,9 +176,11 @@ void rawdump(DumpOptions &opts, const char *name) {
         return;
     }
     const std::vector<uint16_t> words = unpack(header, bytes.from(header.data));
-    const int consistent = rawdump_formatdetect(words.data(), kWords);
+    const WordPlaces places{bytes.from(header.data), header.bits == kEightBits};
+    forget();
+    const int consistent = rawdump_formatdetect(words.data(), kWords, places);
     if (opts.verbose) {
-        rawdump_hexdump(words.data(), kWords);
+        rawdump_hexdump(words.data(), kWords, places);
     } else if (!consistent) {
         print("Use option -v to hexdump data\n");
     }

@@ -13,6 +13,7 @@ constexpr uint32_t kBlock = 512;
 }  // namespace
 
 bool ChunkReader::read_header(uint64_t position, RedChunk &chunk) {
+    forget();
     chunk.position = position;
     chunk.held = input_.present(position, kChunkHeader, kBlock);
     chunk.size = red32(chunk.held, 0);

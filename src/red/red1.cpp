@@ -67,6 +67,7 @@ struct Walk {
 };
 
 void print_header(Bytes chunk) {
+    forget();
     print_field_rows(big_endian(chunk), kSizeRows);
     print(" fps      %d/%d\n", static_cast<int32_t>(red32(chunk, 60)), red16(chunk, 64));
 }
@@ -91,6 +92,7 @@ size_t compared_entries(const RedChunk &chunk, const Track &track) {
 }
 
 void print_offsets(const RedChunk &chunk, const Track &track) {
+    forget();
     for (size_t i = 0; i < compared_entries(chunk, track); i++) {
         const uint32_t offset = red32(chunk.held, kChunkHeader + 4 * i);
         const uint32_t found = track.places[i].offset;
@@ -103,6 +105,7 @@ void print_offsets(const RedChunk &chunk, const Track &track) {
 }
 
 void print_sizes(const RedChunk &chunk, const Track &track) {
+    forget();
     for (size_t i = 0; i < compared_entries(chunk, track); i++) {
         const uint32_t size = red32(chunk.held, kChunkHeader + 4 * i);
         const uint32_t found = track.places[i].size;

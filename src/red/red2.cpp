@@ -34,6 +34,7 @@ constexpr FieldRow kEndRows[] = {
 // clang-format on
 
 void print_header(const DumpOptions &opts, const RedChunk &chunk) {
+    forget();
     print_field_rows(big_endian(chunk.held), kSizeRows);
     print(" fps      %d/%d\n", static_cast<int32_t>(red32(chunk.held, 88)), red16(chunk.held, 86));
     redinfodump(opts, chunk.held, chunk.size);
@@ -47,6 +48,7 @@ void print_frame(const DumpOptions &opts, const RedChunk &chunk, unsigned &frame
 }
 
 void print_index(const RedChunk &chunk, unsigned frames) {
+    forget();
     const unsigned values = std::min(chunk.payload_held() / 4, frames);
     for (unsigned k = 0; kIndexHeader + kIndexEntry * k < values; k++) {
         const uint64_t entry = 68 + 12 * uint64_t{k};
@@ -57,6 +59,7 @@ void print_index(const RedChunk &chunk, unsigned frames) {
 }
 
 void print_end(const DumpOptions &opts, const RedChunk &chunk) {
+    forget();
     const unsigned long long file_size = red64(chunk.held, 64);
     print(" filesize    %16llx / %lld\n", file_size, static_cast<long long>(file_size));
     print(" table_rii   %s%08x%s\n", "00000", red32(chunk.held, 84), "000");
