@@ -81,7 +81,7 @@ int name_sd_raster(int line) {
     return 1;
 }
 
-int name_hd_raster(const uint16_t *words, const Timing &timing, int line) {
+int name_hd_raster(const uint16_t *words, const Timing &timing, int line, const WordPlaces &places) {
     const char *raster = name_of(kHdRasters, static_cast<uint32_t>(line / 2), nullptr);
     if (!raster) {
         print("Warning: Unknown raster linelength %d\n", line);
@@ -91,6 +91,7 @@ int name_hd_raster(const uint16_t *words, const Timing &timing, int line) {
     const uint16_t *eav = words + timing.last_eav;
     const uint16_t *sav = words + timing.sav_after;
     if (eav[6] == eav[7] && sav[6] == sav[7]) return 1;
+    for (const int reference : {timing.last_eav, timing.sav_after}) places.tell(reference, 2 * kReference);
     print("Warning: EAV XYZ code different, probably recorded DF in NDF raster\n");
     return 0;
 }
@@ -116,8 +117,6 @@ int rawdump_formatdetect(const uint16_t *words, int count, const WordPlaces &pla
         print("Warning: Could not find SAV and EAV for line length detect\n");
         return 0;
     }
-    for (const int reference : {timing.previous_eav, timing.sav_before, timing.last_eav, timing.sav_after})
-        places.tell(reference, kReference * interleave);
     const int line = timing.last_eav - timing.previous_eav;
-    return interleave == 1 ? name_sd_raster(line) : name_hd_raster(words, timing, line);
+    return interleave == 1 ? name_sd_raster(line) : name_hd_raster(words, timing, line, places);
 }

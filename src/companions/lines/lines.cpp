@@ -79,6 +79,13 @@ void add_value(const Line &line, const Piece &piece, std::vector<FieldValue> &va
     switch (piece.kind) {
         case Piece::unset: values.push_back({FieldValue::unset, {}}); break;
         case Piece::numbers: add_several(text, true, values); break;
+        case Piece::integer: {
+            const bool is_padded = text.size() > 1 && text[0] == '0' && is_finite_number(piece);
+            const size_t zeros = is_padded ? std::min(text.find_first_not_of('0'), text.size() - 1) : 0;
+            values.push_back(
+                {is_finite_number(piece) ? FieldValue::number : FieldValue::text, text.substr(zeros)});
+            break;
+        }
         case Piece::words: add_several(text, false, values); break;
         case Piece::text: values.push_back({FieldValue::text, trimmed(without_quotes(text), " ")}); break;
         default:
