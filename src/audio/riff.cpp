@@ -139,7 +139,7 @@ void print_sizes(const Walk &walk, Bytes payload) {
     print_size64("   Size            ", payload, walk.riff_size64);
     print_size64("   Datasize        ", payload.from(8), walk.data_size);
     print_size64("   Samplecount     ", payload.from(16), walk.sample_count);
-    print("   Tablelength     %d\n", entries);
+    print_field_row(little_endian(payload), {24, Field::dec32, "   Tablelength     "});
     for (int32_t i = 0; i < entries; i++) {
         const uint64_t offset = kTable + kTableEntry * static_cast<uint64_t>(i);
         if (!payload.has(offset, kTableEntry)) return;

@@ -190,7 +190,7 @@ void tiffdump(DumpOptions &opts, Input &input) {
     print(" fileid    : %04x %s %s\n", fileid, header.is_big() ? "Big Endian" : "Little Endian",
           header.is_big() ? "(Swapping)" : "");
     print(" version   : %04x '%s'\n", version, name_of(kVersionNames, version, "unknown format"));
-    print(" offset    : %08x\n", offset);
+    print_field_row(header, {4, Field::hex32, " offset    : "});
     print(" filesize  : %d\n", static_cast<int32_t>(bytes.size()));
     Budget budget(bytes.size());
     if (version == kStandardVersion) tiffdumpifd(opts, header, offset, budget);
