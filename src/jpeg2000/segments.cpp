@@ -190,7 +190,7 @@ void print_coc(CodestreamState &state, const Segment &s) {
 void print_tlm(const Segment &s) {
     const uint32_t index_size = s.u8(5) >> 4 & 3;
     const uint32_t length_size = s.u8(5) & 0x40 ? 4 : 2;
-    print(" TLM index           %d\n", s.u8(4));
+    print_field_row(big_endian(s.buf.from(s.offset)), {4, Field::dec8, " TLM index           "});
     print(" tile index length   %d bytes \n", index_size);
     print(" length information  %d bytes \n", length_size);
     const int pair = static_cast<int>(index_size + length_size);
