@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr QtRow kVersionFlags[] = {{0, QtField::u8, "version"}, {1, QtField::u8, "flags[]", 3}};
+constexpr QtRow kVersionFlags[] = {{0, QtField::u8, "version="}, {1, QtField::u8, "flags[]=", 3}};
 
 unsigned width_of(QtField kind) {
     switch (kind) {
@@ -26,7 +26,7 @@ double fixed_point(uint32_t value) {
 void put_hex(LineBuffer &out, uint32_t value) {
     out.text(" (0x");
     out.upper_hex(value);
-    out.put(')');
+    out.text(")\n");
 }
 
 void put_unsigned(LineBuffer &out, uint32_t value) {
@@ -41,41 +41,44 @@ void put_halves(LineBuffer &out, uint32_t high, uint32_t low) {
     out.text(" (0x");
     out.upper_hex(high);
     out.upper_hex(low);
-    out.put(')');
+    out.text(")\n");
 }
 
 void put_fourcc(Bytes field) {
     char characters[4];
     for (unsigned i = 0; i < 4; i++) characters[i] = static_cast<char>(field[i]);
-    print("%4.4s (0x%05X)", characters, qt_type(characters));
+    print("%4.4s (0x%05X)\n", characters, qt_type(characters));
 }
 
 void put_pstring(Bytes field) {
     const int length = field[0];
     const Text text = text_at(field, 1, static_cast<uint64_t>(length));
-    print("%*.*s", length, text.length, text.start);
+    print("%*.*s\n", length, text.length, text.start);
 }
 
-void put_value(LineBuffer &out, Bytes field, QtField kind) {
-    const uint32_t word = big32(field);
+// The value and the line's end.
+void put_value(LineBuffer &out, Bytes data, uint64_t at, QtField kind) {
+    const uint32_t word = big32(data, at);
     switch (kind) {
-        case QtField::u8: put_unsigned(out, field[0]); break;
-        case QtField::u16: put_unsigned(out, big16(field)); break;
+        case QtField::u8: put_unsigned(out, data[at]); break;
+        case QtField::u16: put_unsigned(out, big16(data, at)); break;
         case QtField::u32: put_unsigned(out, word); break;
         case QtField::d32:
             out.signed_decimal(static_cast<int32_t>(word));
             put_hex(out, word);
             break;
-        case QtField::halves: put_halves(out, word, big32(field, 4)); break;
+        case QtField::halves: put_halves(out, word, big32(data, at + 4)); break;
         case QtField::fixed:
             print("%f", fixed_point(word));
             put_hex(out, word);
             break;
-        case QtField::real32: print("%f", static_cast<double>(swap32_float(field, 0))); break;
-        case QtField::real64: print("%f", swap64_double(field, 0)); break;
-        case QtField::fourcc: put_fourcc(field); break;
-        case QtField::pstring: put_pstring(field); break;
-        case QtField::matrix: print(" 0x%08X 0x%08X 0x%08X", word, big32(field, 4), big32(field, 8)); break;
+        case QtField::real32: print("%f\n", static_cast<double>(swap32_float(data, at))); break;
+        case QtField::real64: print("%f\n", swap64_double(data, at)); break;
+        case QtField::fourcc: put_fourcc(data.from(at)); break;
+        case QtField::pstring: put_pstring(data.from(at)); break;
+        case QtField::matrix:
+            print(" 0x%08X 0x%08X 0x%08X\n", word, big32(data, at + 4), big32(data, at + 8));
+            break;
         case QtField::version_flags:
         case QtField::hexdump: break;
     }
@@ -88,7 +91,6 @@ void put_label(LineBuffer &out, int indent, const QtLabel &label, uint64_t index
         out.signed_decimal(static_cast<int32_t>(index));
         out.text(label.after);
     }
-    out.put('=');
 }
 
 void print_hexdump(Bytes data, int indent, const QtRow &row) {
@@ -102,10 +104,10 @@ void put_row(LineBuffer &out, Bytes data, int indent, const QtRow &row, uint64_t
     if (row.kind == QtField::version_flags) {
         return put_qt_rows(out, data.from(row.offset), indent, kVersionFlags);
     }
-    for (unsigned i = 0; i < row.count; i++) {
+    uint64_t at = row.offset;
+    for (unsigned i = 0; i < row.count; i++, at += width_of(row.kind)) {
         put_label(out, indent, row.label, index + i);
-        put_value(out, data.from(row.offset + uint64_t{i} * width_of(row.kind)), row.kind);
-        out.put('\n');
+        put_value(out, data, at, row.kind);
     }
 }
 
