@@ -1,5 +1,4 @@
 // AIFF and AIFF-C: a chunk walk in big-endian order.
-#include <cstdio>
 
 #include "audio/audio.h"
 #include "audio/samples.h"

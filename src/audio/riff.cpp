@@ -1,6 +1,5 @@
 // RIFF (WAVE, AVI, CDXA, ...) and its 64-bit variant RF64 (EBU Tech 3306): a chunk walk in two passes.
 #include <algorithm>
-#include <cstdio>
 
 #include "audio/audio.h"
 #include "audio/samples.h"

@@ -1,6 +1,5 @@
 // JP2 boxes (ISO/IEC 15444-1, annex I).
 #include <algorithm>
-#include <cstdio>
 
 #include "common/field_rows.h"
 #include "common/print.h"

@@ -1,5 +1,4 @@
 // JPEG markers (ISO/IEC 10918-1) with JFIF and EXIF segments.
-#include <cstdio>
 
 #include "common/field_rows.h"
 #include "common/names.h"
