@@ -5,6 +5,7 @@
 #include "audio/samples.h"
 #include "common/field_rows.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "common/values.h"
 
 namespace {
@@ -155,7 +156,7 @@ void print_cdxa(const Chunk &chunk) {
 }
 
 void print_time(const char *label, int64_t seconds, int64_t milliseconds) {
-    print("%s%s.%03d\n", label,
+    print("%s%s.%03d\n", own(label),
           clock_text(static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60 % 60),
                      static_cast<int>(seconds % 60)),
           static_cast<int>(milliseconds));

@@ -95,7 +95,7 @@ class Dump {
     }
 
     void end_frame() {
-        if (opts_.flag_a || timecode_in_line_) out_.put('\n');
+        if (opts_.flag_a || timecode_in_line_) out_.end_row();
         timecode_in_line_ = false;
         channel_ = 0;
         frame_++;
@@ -108,7 +108,9 @@ class Dump {
 
     size_t frame_size() const { return size_t{channel_count_} * sample_size_; }
     // Whether the next frame is to be listed and nothing else: then it is one piece of text.
-    bool is_text_only() const { return !opts_.flag_t && channel_ == 0 && frame_size() <= kWholeFrame; }
+    bool is_text_only() const {
+        return !listening && !opts_.flag_t && channel_ == 0 && frame_size() <= kWholeFrame;
+    }
 
     void put_frame(std::span<const uint8_t> frame) {
         const size_t sample_text = 2 * size_t{sample_size_} + 1;
@@ -171,7 +173,7 @@ void print_empty_frames(uint64_t frames, uint32_t channels, Budget &budget) {
     LineBuffer out;
     for (; frames > 0 && !budget.spent(); frames--) {
         out.fill(' ', size_t{2} + channels);
-        out.put('\n');
+        out.end_row();
         budget.spend(channels + 1);
     }
 }
@@ -197,7 +199,7 @@ void audio_samplesdump(DumpOptions &opts, Input &input, uint64_t position, int64
     Dump dump(opts, channels, sample_size, little_endian);
     const uint64_t step = kBlock / sample_size * sample_size;
     for (const uint64_t end = position + wanted; position < end; position += step) {
-        const Bytes block = input.present(position, std::min(step, end - position));
+        const Bytes block = input.next_step(position, std::min(step, end - position));
         dump.block(block.span(0, block.size()));
     }
     dump.end();

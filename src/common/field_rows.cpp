@@ -1,6 +1,9 @@
 #include "common/field_rows.h"
 
+#include <algorithm>
+
 #include "common/print.h"
+#include "common/stream.h"
 #include "common/values.h"
 
 namespace {
@@ -22,8 +25,6 @@ unsigned size_of(Field kind) {
         default: return 4;
     }
 }
-
-void put(const char *text) { standard_output.write(text); }
 
 void put_lines(uint32_t word) {
     const uint32_t second = word >> 16 & 0xFF;
@@ -54,12 +55,12 @@ void put_value(OrderedBytes field, Field kind) {
         case Field::kib32: print("%lld", static_cast<long long>(number) * 1024); break;
         case Field::real: print("%f", real); break;
         case Field::lines: put_lines(word); break;
-        case Field::set_dec8: put(checkuint8(word)); break;
-        case Field::set_dec16: put(checkuint16(word)); break;
-        case Field::set_dec32: put(checkuint32(word, 0)); break;
-        case Field::set_hex32: put(checkuint32(word, 1)); break;
-        case Field::set_real: put(checkreal(float_of_bits(word))); break;
-        case Field::set_cineon_real: put(cineonreal(float_of_bits(word))); break;
+        case Field::set_dec8: print_value(checkuint8(word)); break;
+        case Field::set_dec16: print_value(checkuint16(word)); break;
+        case Field::set_dec32: print_value(checkuint32(word, 0)); break;
+        case Field::set_hex32: print_value(checkuint32(word, 1)); break;
+        case Field::set_real: print_value(checkreal(float_of_bits(word))); break;
+        case Field::set_cineon_real: print_value(cineonreal(float_of_bits(word))); break;
         default: break;
     }
 }
@@ -72,19 +73,20 @@ const char *padded(Bytes field, unsigned width) {
 
 void put_text(Bytes field, Field kind, unsigned width) {
     const Text text = text_at(field, 0, width);
+    from(field.sub(0, std::min<uint64_t>(static_cast<uint64_t>(text.length) + 1, width)));
     switch (kind) {
         case Field::text: print("%.*s", text.length, text.start); break;
         case Field::quoted_text: print("'%.*s'", text.length, text.start); break;
         case Field::padded_text: print("'%s'", padded(field, width)); break;
         case Field::printable_text: print("'%s'", printable_text(field, width, '.')); break;
-        default: put(checkascii(field, width));
+        default: print_value(checkascii(field, width));
     }
 }
 
 void put_values(OrderedBytes field, const FieldRow &row) {
     for (unsigned i = 0; i < row.count; i++) {
         const bool group_ends = row.between.group && i % row.between.group == 0;
-        if (i > 0) put(group_ends ? row.between.groups : row.between.values);
+        if (i > 0) print_own(group_ends ? row.between.groups : row.between.values);
         put_value(field.from(uint64_t{i} * size_of(row.kind)), row.kind);
     }
 }
@@ -96,17 +98,19 @@ bool is_text(Field kind) { return kind >= Field::text; }
 
 void print_field_row(OrderedBytes header, const FieldRow &row) {
     const OrderedBytes field = header.from(row.offset);
-    put(row.label);
+    from(field.bytes.sub(0, uint64_t{row.count} * (is_text(row.kind) ? 1 : size_of(row.kind))));
+    print_own(row.label);
     if (is_text(row.kind)) {
         put_text(field.bytes, row.kind, row.count);
     } else {
         put_values(field, row);
     }
     if (!row.names.empty()) {
-        if (!is_name(row.kind)) put(" ");
-        put(row.names[field.number(0, size_of(row.kind))]);
+        const char *name = row.names[field.number(0, size_of(row.kind))];
+        if (!is_name(row.kind)) print_own(" ");
+        if (*name) print_value(name);
     }
-    put("\n");
+    print_own("\n");
 }
 
 void print_field_rows(OrderedBytes header, std::span<const FieldRow> rows) {

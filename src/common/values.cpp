@@ -7,38 +7,61 @@
 #include <cstring>
 
 #include "common/print.h"
+#include "common/run.h"
 
 namespace {
 
 constexpr uint32_t kBuffers = 16;
 constexpr uint32_t kBufferSize = 8192;
 
+struct Ring {
+    char buffers[kBuffers][kBufferSize];
+    Piece values[kBuffers];  // what the texts stand for
+    uint32_t position = 0;
+};
+
 const char *empty_text() {
     char *text = get_buffer();
     text[0] = '\0';
+    ring_holds({.kind = Piece::unset});
     return text;
 }
 
 const char *decimal_text(int32_t value) {
     char *text = get_buffer();
     std::snprintf(text, kBufferSize, "%d", value);
+    ring_holds(integer_piece(value));
     return text;
 }
 
 const char *real_text(float value) {
     char *text = get_buffer();
     std::snprintf(text, kBufferSize, "%g", static_cast<double>(value));
+    ring_holds({.kind = Piece::real, .value = static_cast<double>(value)});
     return text;
 }
 
 }  // namespace
 
 char *get_buffer(uint32_t *size) {
-    static char ring[kBuffers][kBufferSize];
-    static uint32_t position = 0;
-    position = position + 1 < kBuffers ? position + 1 : 0;
+    Ring &ring = Run::state<Ring>();
+    ring.position = ring.position + 1 < kBuffers ? ring.position + 1 : 0;
+    ring.values[ring.position] = {.kind = Piece::text};
     if (size) *size = kBufferSize;
-    return ring[position];
+    return ring.buffers[ring.position];
+}
+
+void ring_holds(const Piece &value) {
+    Ring &ring = Run::state<Ring>();
+    ring.values[ring.position] = value;
+}
+
+Piece ring_value(const char *text) {
+    const Ring &ring = Run::state<Ring>();
+    for (uint32_t i = 0; i < kBuffers; i++) {
+        if (text == ring.buffers[i]) return ring.values[i];
+    }
+    return {.kind = Piece::text};
 }
 
 const char *checkuint8(uint32_t value) {
@@ -54,6 +77,7 @@ const char *checkuint32(uint32_t value, int hex) {
     if (!hex) return decimal_text(static_cast<int32_t>(value));
     char *text = get_buffer();
     std::snprintf(text, kBufferSize, "%08x", value);
+    ring_holds({.kind = Piece::hexadecimal, .number = value});
     return text;
 }
 

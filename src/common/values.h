@@ -4,10 +4,16 @@
 #include <cstdint>
 
 #include "common/bytes.h"
+#include "common/stream.h"
 
 // Hands out 16 buffers of 8192 bytes in turn, so that a text stays valid until 16 further calls: one print
 // call can carry at most 16 rendered values. Stores 8192 through `size` when it is given.
 char *get_buffer(uint32_t *size = nullptr);
+
+// What the text of a ring buffer stands for, by its address: Piece::text for any other text.
+Piece ring_value(const char *text);
+// Says so of the buffer handed out last.
+void ring_holds(const Piece &value);
 
 // Header values as text, each in a buffer of the ring. A value whose bits are all ones is not set and
 // renders as empty text.

@@ -66,9 +66,9 @@ void print_unknown(Bytes value) {
     for (uint64_t i = 0; i < value.size(); i += 16) {
         const auto row = value.span(i, 16);
         put_hexcells(out, row);
-        if (row.size() == 16) out.put('\n');
+        if (row.size() == 16) out.end_row();
     }
-    out.put('\n');
+    out.end_row();
 }
 
 // The rendering of one attribute value. `value` goes on to the end of the file: the fields of a known type

@@ -6,7 +6,7 @@ uint32_t print_bits(mpeg_reader &reader, const BitRow &row) {
     if (!row.bits) return markerbit(reader);
     const uint32_t value = mpegbits(reader, row.bits);
     if (!row.label) return value;
-    standard_output.write(row.label);
+    print_own(row.label);
     if (row.digits) {
         print("%0*x\n", row.digits, value);
     } else {

@@ -164,7 +164,7 @@ void print_system_metadata(DumpOptions &opts, Bytes buffer, uint64_t offset, uin
 void print_document(Bytes text) {
     LineBuffer out;
     size_t blanks = 0;
-    out.text("  ");
+    out.literal("  ");
     for (uint64_t i = 0; i < text.size(); i++) {
         const char c = static_cast<char>(text[i]);
         if (c == ' ') {
@@ -179,7 +179,7 @@ void print_document(Bytes text) {
         }
         blanks = 0;
     }
-    out.put('\n');
+    out.end_line();
 }
 
 }  // namespace

@@ -45,9 +45,9 @@ void print_unknown(Bytes value, uint32_t length) {
     LineBuffer out;
     const uint64_t shown = std::min(length, kMaxUnknown);
     for (uint64_t i = 0; i < shown; i += 16) {
-        out.text("    ");
+        out.literal("    ");
         put_cells(out, value.from(i), std::min<uint64_t>(16, shown - i));
-        out.put('\n');
+        out.end_row();
     }
 }
 
@@ -58,7 +58,8 @@ void print_text(const char *title, Bytes value, uint32_t length, uint32_t unit) 
     for (uint64_t i = 0; i + unit <= length && value.big(i, unit) != 0; i += unit) {
         out.put(tiffchar(value[i + unit - 1]));
     }
-    out.text("'\n");
+    out.literal("'");
+    out.end_line();
 }
 
 void print_rational(Bytes value) {
@@ -143,11 +144,11 @@ struct Array {
 };
 
 void put_element(LineBuffer &out, const char *indent, int32_t i, const Array &array) {
-    out.text(indent);
+    out.own(indent);
     out.decimal(static_cast<uint64_t>(i), 8, '0');
-    out.put(' ');
+    out.literal(" ");
     put_cells(out, array[i], std::min(array.size, kMaxElement));
-    out.put('\n');
+    out.end_row();
 }
 
 const char *frame_type(uint8_t flags) {
@@ -163,19 +164,19 @@ void put_index_entry(LineBuffer &out, int32_t i, const Array &array) {
     const Bytes entry = array[i];
     const uint8_t flags = entry[2];
     put_element(out, "    ", i, array);
-    out.text("             ");
+    out.literal("             ");
     out.hex(mxfuint64(entry.from(3)), 16, ' ');
     for (uint64_t k = 0; k < 2; k++) {
         const int offset = static_cast<int8_t>(entry[k]);
-        out.text(k ? " " : "  ");
-        if (offset >= 0) out.put(' ');
+        out.own(k ? " " : "  ");
+        if (offset >= 0) out.literal(" ");
         out.signed_decimal(offset);
     }
-    out.put(' ');
+    out.literal(" ");
     out.text(frame_type(flags));
     if (flags & 0x80) out.text(" Random");
     if (flags & 0x40) out.text(" Header");
-    out.put('\n');
+    out.end_row();
 }
 
 void print_labels(DumpOptions &opts, Bytes buffer, uint64_t offset, const Array &array, ValueKind kind) {

@@ -26,7 +26,7 @@ double fixed_point(uint32_t value) {
 void put_hex(LineBuffer &out, uint32_t value) {
     out.text(" (0x");
     out.upper_hex(value);
-    out.text(")\n");
+    out.put(')');
 }
 
 void put_unsigned(LineBuffer &out, uint32_t value) {
@@ -41,22 +41,21 @@ void put_halves(LineBuffer &out, uint32_t high, uint32_t low) {
     out.text(" (0x");
     out.upper_hex(high);
     out.upper_hex(low);
-    out.text(")\n");
+    out.put(')');
 }
 
 void put_fourcc(Bytes field) {
     char characters[4];
     for (unsigned i = 0; i < 4; i++) characters[i] = static_cast<char>(field[i]);
-    print("%4.4s (0x%05X)\n", characters, qt_type(characters));
+    print("%4.4s (0x%05X)", characters, qt_type(characters));
 }
 
 void put_pstring(Bytes field) {
     const int length = field[0];
     const Text text = text_at(field, 1, static_cast<uint64_t>(length));
-    print("%*.*s\n", length, text.length, text.start);
+    print("%*.*s", length, text.length, text.start);
 }
 
-// The value and the line's end.
 void put_value(LineBuffer &out, Bytes data, uint64_t at, QtField kind) {
     const uint32_t word = big32(data, at);
     switch (kind) {
@@ -72,12 +71,12 @@ void put_value(LineBuffer &out, Bytes data, uint64_t at, QtField kind) {
             print("%f", fixed_point(word));
             put_hex(out, word);
             break;
-        case QtField::real32: print("%f\n", static_cast<double>(swap32_float(data, at))); break;
-        case QtField::real64: print("%f\n", swap64_double(data, at)); break;
+        case QtField::real32: print("%f", static_cast<double>(swap32_float(data, at))); break;
+        case QtField::real64: print("%f", swap64_double(data, at)); break;
         case QtField::fourcc: put_fourcc(data.from(at)); break;
         case QtField::pstring: put_pstring(data.from(at)); break;
         case QtField::matrix:
-            print(" 0x%08X 0x%08X 0x%08X\n", word, big32(data, at + 4), big32(data, at + 8));
+            print(" 0x%08X 0x%08X 0x%08X", word, big32(data, at + 4), big32(data, at + 8));
             break;
         case QtField::version_flags:
         case QtField::hexdump: break;
@@ -85,11 +84,11 @@ void put_value(LineBuffer &out, Bytes data, uint64_t at, QtField kind) {
 }
 
 void put_label(LineBuffer &out, int indent, const QtLabel &label, uint64_t index) {
-    out.fill(' ', static_cast<size_t>(indent));
-    out.text(label.before);
+    out.blanks(static_cast<size_t>(indent));
+    out.own(label.before);
     if (label.is_indexed()) {
         out.signed_decimal(static_cast<int32_t>(index));
-        out.text(label.after);
+        out.own(label.after);
     }
 }
 
@@ -106,8 +105,10 @@ void put_row(LineBuffer &out, Bytes data, int indent, const QtRow &row, uint64_t
     }
     uint64_t at = row.offset;
     for (unsigned i = 0; i < row.count; i++, at += width_of(row.kind)) {
+        from(data.sub(at, width_of(row.kind)));
         put_label(out, indent, row.label, index + i);
         put_value(out, data, at, row.kind);
+        out.end_line();
     }
 }
 

@@ -112,17 +112,17 @@ constexpr Flag kDependencies[] = {
 };
 
 void put_dependency(LineBuffer &out, uint64_t index, uint8_t flags) {
-    out.text("            data[");
+    out.literal("            data[");
     out.signed_decimal(static_cast<int32_t>(index));
-    out.text("]=");
+    out.literal("]=");
     out.decimal(flags, 2);
-    out.text(flags < 16 ? " (0x0" : " (0x");
+    out.own(flags < 16 ? " (0x0" : " (0x");
     out.upper_hex(flags);
-    out.text(")\t");
+    out.literal(")\t");
     for (const Flag &flag : kDependencies) {
         if (flags & flag.bit) out.text(flag.name);
     }
-    out.put('\n');
+    out.end_row();
 }
 
 // One byte a sample up to the atom's end.

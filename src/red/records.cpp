@@ -2,6 +2,7 @@
 
 #include "common/names.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "red/chunks.h"
 #include "red/values.h"
 
@@ -45,7 +46,7 @@ void print_record_line(const Record &record, const char *text) {
 }
 
 void print_timecode(uint8_t id, const char *text) {
-    if (const char *label = name_of(kTimecodeLabels, id, nullptr)) print("%s%s\n", label, text);
+    if (const char *label = name_of(kTimecodeLabels, id, nullptr)) print("%s%s\n", own(label), text);
 }
 
 void print_record(const DumpOptions &opts, const Record &record, Bytes value) {

@@ -15,6 +15,9 @@ const char *tifftag(uint16_t tag, uint32_t value, ByteOrder order);
 // passes them; stores the first value (0 where the type has none). Values beyond the file are 0.
 const char *tifftype(OrderedBytes base, uint32_t type, uint32_t count, uint32_t value, uint32_t *first);
 
+// Bytes of the value field that hold values or their offset.
+uint64_t tiff_field_used(uint32_t type, uint32_t count);
+
 // Prints a run of Photoshop image resource blocks of `length` bytes, big-endian whatever the file's order.
 void photoshoptag(DumpOptions &opts, Bytes data, int64_t length, Budget &budget);
 

@@ -6,6 +6,7 @@
 
 #include "common/field_rows.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "common/values.h"
 #include "tiff/directory.h"
 
@@ -71,7 +72,7 @@ void print_sub_directory(Walk &walk, uint32_t offset, int depth) {
 void print_sub_directories(Walk &walk, const Entry &entry, const char *single, const char *numbered,
                            int depth) {
     if (entry.count == 1) {
-        print("%s", single);
+        print("%s", own(single));
         print_sub_directory(walk, entry.value, depth);
         return;
     }
@@ -79,7 +80,7 @@ void print_sub_directories(Walk &walk, const Entry &entry, const char *single, c
         const uint64_t at = entry.value + uint64_t{4} * i;
         if (!walk.bytes().has(at, 4) || walk.budget.spent()) return;
         walk.budget.spend(4);
-        print("%s%d", numbered, i);
+        print("%s%d", own(numbered), i);
         print_sub_directory(walk, walk.base.u32(at), depth);
     }
 }
@@ -134,10 +135,24 @@ void keep_image_state(DumpOptions &opts, const Entry &entry) {
     }
 }
 
+// Of the value field only what holds a value, or its place, is told.
+void print_tag(const Walk &walk, const Entry &entry, uint64_t offset) {
+    forget();
+    also(walk.bytes().sub(offset, 8 + tiff_field_used(entry.type, entry.count)));
+    const std::string_view name = tifftag(entry.tag, entry.value, walk.base.order);
+    const size_t label = std::min(name.find(" - "), name.size());
+    print("  tag     : %04x ", entry.tag);
+    if (name != "?") label_begins();
+    print_own(name.substr(0, label));
+    label_ends();
+    if (label < name.size()) print(" - %s", name.data() + label + 3);
+    print(" ");
+}
+
 void print_entry(Walk &walk, uint64_t offset, int depth) {
     Entry entry{walk.base.u16(offset), walk.base.u16(offset + 2), walk.base.u32(offset + 4),
                 walk.base.u32(offset + 8)};
-    print("  tag     : %04x %s ", entry.tag, tifftag(entry.tag, entry.value, walk.base.order));
+    print_tag(walk, entry, offset);
     print_value(walk, entry);
     print_field_rows(walk.base.from(offset), kEntryRows);
     keep_image_state(walk.opts, entry);
@@ -146,6 +161,7 @@ void print_entry(Walk &walk, uint64_t offset, int depth) {
 }
 
 void print_directory(Walk &walk, uint32_t offset, uint64_t entries, int depth) {
+    from(walk.bytes().sub(offset, 2));
     print(" entries: %d\n", static_cast<int>(entries));
     const uint64_t first = uint64_t{offset} + 2;
     for (uint64_t i = 0; i < entries && first + kEntrySize * i < walk.bytes().size(); i++) {
@@ -165,6 +181,7 @@ void print_directories(Walk &walk, uint32_t offset, int depth) {
         walk.budget.spend(kDirectoryFrame);
         const uint64_t entries = walk.base.u16(offset);
         print_directory(walk, offset, entries, depth);
+        forget();
         offset = walk.base.u32(uint64_t{offset} + 2 + kEntrySize * entries);
         print(" offset  : %08x\n", offset);
     } while (offset != 0 && offset < walk.bytes().size() && !walk.is_open(offset) && !walk.budget.spent());
@@ -187,8 +204,10 @@ void tiffdump(DumpOptions &opts, Input &input) {
     const uint32_t offset = header.u32(4);
     opts.tiff_big_endian = header.is_big();
     print("Fileformat:TIFF\n");
+    from(bytes.sub(0, 2));
     print(" fileid    : %04x %s %s\n", fileid, header.is_big() ? "Big Endian" : "Little Endian",
           header.is_big() ? "(Swapping)" : "");
+    from(bytes.sub(2, 2));
     print(" version   : %04x '%s'\n", version, name_of(kVersionNames, version, "unknown format"));
     print_field_row(header, {4, Field::hex32, " offset    : "});
     print(" filesize  : %d\n", static_cast<int32_t>(bytes.size()));

@@ -95,6 +95,8 @@ uint32_t append_element(Output &out, uint32_t type, OrderedBytes element) {
     return value;
 }
 
+bool is_hexadecimal(uint32_t type) { return type == kUndefined || type == kSShort; }
+
 // The value field as it stands in the file.
 OrderedBytes field_bytes(uint8_t (&bytes)[kFieldSize], uint32_t value, ByteOrder order) {
     for (unsigned i = 0; i < kFieldSize; i++) {
@@ -104,6 +106,11 @@ OrderedBytes field_bytes(uint8_t (&bytes)[kFieldSize], uint32_t value, ByteOrder
 }
 
 }  // namespace
+
+uint64_t tiff_field_used(uint32_t type, uint32_t count) {
+    const uint64_t size = type_size(type) * count;
+    return size <= kFieldSize ? size : kFieldSize;
+}
 
 const char *tifftype(OrderedBytes base, uint32_t type, uint32_t count, uint32_t value, uint32_t *first) {
     uint32_t size = 0;
@@ -121,6 +128,7 @@ const char *tifftype(OrderedBytes base, uint32_t type, uint32_t count, uint32_t 
         const Text text = text_at(values.bytes, 0, size);
         out.length = std::snprintf(out.text, size, "'%.*s'", text.length, text.start);
     } else {
+        ring_holds({.kind = is_hexadecimal(type) ? Piece::words : Piece::numbers});
         *first = append_element(out, type, values);
         for (uint32_t i = 1; i < count && !out.is_full(); i++) {
             append_element(out, type, values.from(i * element_size));
