@@ -11,7 +11,9 @@
 
 namespace {
 
-void dump_file(DumpOptions &opts, Input &input, int range_flag) {
+bool is_raw_view(const DumpOptions &opts) { return opts.hex_dump || opts.file_dump || opts.string_search; }
+
+void dump_open(DumpOptions &opts, Input &input, int range_flag) {
     if (opts.hex_dump) {
         hexdumpfile(opts, input, opts.hex_start, opts.hex_length);
     } else if (opts.file_dump) {
@@ -23,16 +25,10 @@ void dump_file(DumpOptions &opts, Input &input, int range_flag) {
     }
 }
 
-// The head is read first where the format is to be recognised.
 void dump_named(DumpOptions &opts, const char *name, int range_flag, Link &link, const char *next_name) {
-    const bool raw = opts.hex_dump || opts.file_dump || opts.string_search;
     Input input(name, &link);
     if (next_name) link.announce_file(next_name, kDetectionSize);
-    if (input.open(raw ? 0 : kDetectionSize)) {
-        dump_file(opts, input, range_flag);
-    } else {
-        print("Could not open file '%s'\n", name);
-    }
+    dump_input(opts, input, range_flag);
 }
 
 // The range's second number counts from the first; negative ones stand for a single frame.
@@ -51,6 +47,15 @@ void dump_range(CommandLine &line, Link &link) {
 }
 
 }  // namespace
+
+// The head is read first where the format is to be recognised.
+void dump_input(DumpOptions &opts, Input &input, int range_flag) {
+    if (input.open(is_raw_view(opts) ? 0 : kDetectionSize)) {
+        dump_open(opts, input, range_flag);
+    } else {
+        print("Could not open file '%s'\n", input.name());
+    }
+}
 
 void dump_files(CommandLine &line) {
     standard_output.goes_on_without(line.opts.save_frames != 0);
