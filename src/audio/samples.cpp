@@ -200,7 +200,7 @@ void audio_samplesdump(DumpOptions &opts, Input &input, uint64_t position, int64
     Dump dump(opts, channels, sample_size, little_endian);
     const uint64_t step = kBlock / sample_size * sample_size;
     for (const uint64_t end = position + wanted; position < end; position += step) {
-        const Bytes block = input.present(position, std::min(step, end - position));
+        const Bytes block = input.next_step(position, std::min(step, end - position));
         dump.block(block.span(0, block.size()));
     }
     dump.end();

@@ -33,9 +33,17 @@ struct BlockCache::Runs {
 };
 
 BlockCache::~BlockCache() {
+    clear();
+    delete runs_;
+}
+
+void BlockCache::clear() {
     if (!runs_) return;
     for (const auto &[start, run] : runs_->by_start) std::free(run.data);
-    delete runs_;
+    runs_->by_start.clear();
+    runs_->by_age.clear();
+    resident_ = 0;
+    last_ = {};
 }
 
 BlockCache::Runs &BlockCache::runs() {

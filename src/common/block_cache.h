@@ -30,6 +30,9 @@ class BlockCache {
     // two more are.
     std::span<const uint8_t> gather(uint64_t offset, size_t n, uint32_t block);
 
+    // Gives back all memory.
+    void clear();
+
     // How many bytes from an offset on are in one piece; 0 where the bytes end. Where the first is not there,
     // `needed` bytes are read from there on, and not from a block's border.
     uint64_t load(uint64_t offset, uint64_t needed, uint32_t block);

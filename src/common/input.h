@@ -43,6 +43,11 @@ class Input {
     Bytes bytes(uint64_t start, uint64_t size, uint32_t block = kBlock);
     // What there is of a range, which is read whole: it ends where the bytes do.
     Bytes present(uint64_t start, uint64_t n, uint32_t block = kBlock);
+    // The same for one step after the other of a dump of all: what was read before is given back.
+    Bytes next_step(uint64_t start, uint64_t n) {
+        cache_.clear();
+        return present(start, n);
+    }
     // All of the file.
     Bytes bytes(uint32_t block = kBlock) { return {cache_, 0, size(), block}; }
 

@@ -38,7 +38,8 @@ void hexdump(DumpOptions &opts, Input *input, Bytes memory, int64_t address, int
     // In steps, so that a dump of 100 GB stays in a few pages.
     const uint64_t total = static_cast<uint64_t>(length);
     for (uint64_t done = 0; done < total; done += kStep) {
-        put_rows(out, opts, input->present(start + done, std::min(kStep, total - done)), start + done, wide);
+        put_rows(out, opts, input->next_step(start + done, std::min(kStep, total - done)), start + done,
+                 wide);
     }
 }
 
