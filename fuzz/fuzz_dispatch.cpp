@@ -6,8 +6,8 @@
 #include "common/end_of_run.h"
 #include "common/input.h"
 #include "common/print.h"
+#include "common/run.h"
 #include "main/file_sequence.h"
-#include "mxf/registry.h"
 
 namespace {
 
@@ -28,22 +28,22 @@ class Choices {
     unsigned number_;
 };
 
-struct Run {
+struct Choice {
     DumpOptions opts{};
     const char *name = "";
     int range_flag = 0;
 };
 
-Run chosen_run(Choices choices) {
-    Run run;
-    DumpOptions &opts = run.opts;
+Choice chosen(Choices choices) {
+    Choice choice;
+    DumpOptions &opts = choice.opts;
     opts.verbose = choices.next(2);
     opts.flag_a = opts.flag_t = choices.next(1);
     opts.flag_p = opts.mxf_flag_x = choices.next(1);
     opts.mxf_flag_l = choices.next(1);
-    run.name = kNames[choices.next(3)];
+    choice.name = kNames[choices.next(3)];
 
-    run.range_flag = choices.next(1);
+    choice.range_flag = choices.next(1);
     opts.mxf_flag_c = choices.next(1);
     opts.save_frames = choices.next(1);
     std::snprintf(opts.frame_name_pattern, sizeof opts.frame_name_pattern, "/dev/null");
@@ -54,7 +54,7 @@ Run chosen_run(Choices choices) {
         case 3: opts.string_search = 1; break;
         default: break;
     }
-    return run;
+    return choice;
 }
 
 }  // namespace
@@ -66,18 +66,18 @@ extern "C" const char *__asan_default_options() {
 }
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-    standard_output.drop();
+    standard_output.discard();
     return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (size < kSwitchBytes) return 0;
-    Run run = chosen_run(Choices(data[0] | unsigned{data[1]} << 8));
-    Input input(run.name, data + kSwitchBytes, size - kSwitchBytes);
+    Choice choice = chosen(Choices(data[0] | unsigned{data[1]} << 8));
+    const Run run;
+    Input input(choice.name, data + kSwitchBytes, size - kSwitchBytes);
     try {
-        dump_input(run.opts, input, run.range_flag);
+        dump_input(choice.opts, input, choice.range_flag);
     } catch (const EndOfRun &) {
     }
-    mxffreedata();
     return 0;
 }

@@ -64,8 +64,6 @@ struct Chunk {
     Bytes payload;  // what was read of it
 };
 
-int64_t s64(Bytes b, uint64_t offset) { return static_cast<int64_t>(little64(b, offset)); }
-
 // The next chunk starts at an even place behind the payload.
 int64_t after_chunk(int64_t offset, int64_t length) { return offset + ((length + 9) & ~int64_t{1}); }
 
@@ -111,9 +109,10 @@ bool scan_format(Walk &walk) {
             return true;
         }
         if (walk.rf64 && bytes_are(chunk, 0, "ds64")) {
-            walk.riff_size64 = s64(payload, 0);
-            walk.data_size = s64(payload, 8);
-            walk.sample_count = s64(payload, 16);
+            const OrderedBytes sizes = little_endian(payload);
+            walk.riff_size64 = sizes.s64(0);
+            walk.data_size = sizes.s64(8);
+            walk.sample_count = sizes.s64(16);
             if (walk.riff_size == -1) walk.riff_size = walk.riff_size64;
         }
         offset = after_chunk(offset, signed_size(little32(chunk, 4)));
@@ -146,7 +145,7 @@ void print_sizes(const Walk &walk, Bytes payload) {
         if (!payload.has(offset, kTableEntry)) return;
         const Bytes entry = payload.from(offset);
         print("    Elem           %c%c%c%c\n", entry[0], entry[1], entry[2], entry[3]);
-        print_size64("    Size           ", entry.from(4), s64(entry, 4));
+        print_size64("    Size           ", entry.from(4), little_endian(entry).s64(4));
     }
 }
 
@@ -156,12 +155,17 @@ void print_cdxa(const Chunk &chunk) {
     for (uint64_t i = 0; i < 6; i++) print("              %08x\n", little32(chunk.payload, 4 * i));
 }
 
+void print_time(const char *label, int64_t seconds, int64_t milliseconds) {
+    print("%s%s.%03d\n", label,
+          clock_text(static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60 % 60),
+                     static_cast<int>(seconds % 60)),
+          static_cast<int>(milliseconds));
+}
+
 void print_play_length(int64_t length, uint32_t bytes_per_second) {
     const int64_t seconds = bytes_per_second ? length / bytes_per_second : 0;
     const int64_t milliseconds = bytes_per_second ? length % bytes_per_second * 1000 / bytes_per_second : 0;
-    print("   Length          %02d:%02d:%02d.%03d\n", static_cast<int>(seconds / 3600),
-          static_cast<int>(seconds / 60 % 60), static_cast<int>(seconds % 60),
-          static_cast<int>(milliseconds));
+    print_time("   Length          ", seconds, milliseconds);
 }
 
 void print_data(Walk &walk, const Chunk &chunk) {
@@ -174,41 +178,32 @@ void print_data(Walk &walk, const Chunk &chunk) {
                       walk.channels, walk.bits, 1, walk.budget);
 }
 
-struct BextText {
-    int64_t longer_than;  // the chunk's length from which on the line is printed
-    uint64_t offset;
-    unsigned width;
-    const char *label;
-};
-
 // Broadcast Wave extension (EBU Tech 3285).
 // clang-format off
-constexpr BextText kBextTexts[] = {
-    {64, 0, 64, "   description        "},
-    {256, 64, 192, "   description (long) "},
-    {288, 256, 32, "   orginator          "},
-    {320, 288, 32, "   orginatorreference "},
-    {330, 320, 10, "   orginatordate      "},
-    {338, 330, 8, "   orginatortime      "},
+constexpr FieldRow kBextTexts[] = {
+    {0, Field::ascii, "   description        ", 64},
+    {64, Field::ascii, "   description (long) ", 192},
+    {256, Field::ascii, "   orginator          ", 32},
+    {288, Field::ascii, "   orginatorreference ", 32},
+    {320, Field::ascii, "   orginatordate      ", 10},
+    {330, Field::ascii, "   orginatortime      ", 8},
 };
+constexpr FieldRow kBextVersion = {346, Field::dec16, "   version            "};
 // clang-format on
 
 void print_bext(const Walk &walk, const Chunk &chunk) {
-    const Bytes payload = chunk.payload;
+    const OrderedBytes payload = little_endian(chunk.payload);
     print("  Broadcast Wave\n");
-    for (const BextText &row : kBextTexts) {
-        if (chunk.length > row.longer_than) {
-            print("%s%s\n", row.label, checkascii(payload.from(row.offset), row.width));
-        }
+    for (const FieldRow &row : kBextTexts) {
+        if (chunk.length > row.offset + row.count) print_field_row(payload, row);
     }
     if (chunk.length >= 343 && walk.rate >= 1000) {
-        const uint64_t reference = static_cast<uint64_t>(s64(payload, 338));
+        const uint64_t reference = payload.u64(338);
         const uint64_t seconds = reference / walk.rate;
-        print("   timerreference     %02d:%02d:%02d.%03d\n", static_cast<int>(seconds / 3600 % 24),
-              static_cast<int>(seconds / 60 % 60), static_cast<int>(seconds % 60),
-              static_cast<int>(reference % walk.rate / (walk.rate / 1000)));
+        print_time("   timerreference     ", static_cast<int64_t>(seconds % 86400),
+                   static_cast<int64_t>(reference % walk.rate / (walk.rate / 1000)));
     }
-    if (chunk.length > 348) print("   version            %d\n", little16(payload, 346));
+    if (chunk.length > 348) print_field_row(payload, kBextVersion);
 }
 
 void print_ixml(Bytes payload) {

@@ -1,7 +1,6 @@
 #include "audio/samples.h"
 
 #include <algorithm>
-#include <cstring>
 #include <vector>
 
 #include "common/hexrow.h"
@@ -96,7 +95,7 @@ class Dump {
     }
 
     void end_frame() {
-        if (opts_.flag_a || timecode_in_line_) out_.put('\n');
+        if (opts_.flag_a || timecode_in_line_) out_.end_row();
         timecode_in_line_ = false;
         channel_ = 0;
         frame_++;
@@ -109,7 +108,9 @@ class Dump {
 
     size_t frame_size() const { return size_t{channel_count_} * sample_size_; }
     // Whether the next frame is to be listed and nothing else: then it is one piece of text.
-    bool is_text_only() const { return !opts_.flag_t && channel_ == 0 && frame_size() <= kWholeFrame; }
+    bool is_text_only() const {
+        return !listening && !opts_.flag_t && channel_ == 0 && frame_size() <= kWholeFrame;
+    }
 
     void put_frame(std::span<const uint8_t> frame) {
         const size_t sample_text = 2 * size_t{sample_size_} + 1;
@@ -131,9 +132,7 @@ class Dump {
     void write_sample(char *p, const uint8_t *sample) const {
         const uint8_t *byte = little_endian_ ? sample + sample_size_ - 1 : sample;
         const std::ptrdiff_t step = little_endian_ ? -1 : 1;
-        for (uint32_t i = 0; i < sample_size_; i++, p += 2, byte += step) {
-            std::memcpy(p, kHexCells[*byte].data(), 2);
-        }
+        for (uint32_t i = 0; i < sample_size_; i++, byte += step) p = write_hex(p, *byte);
         *p = ' ';
     }
 
@@ -174,7 +173,7 @@ void print_empty_frames(uint64_t frames, uint32_t channels, Budget &budget) {
     LineBuffer out;
     for (; frames > 0 && !budget.spent(); frames--) {
         out.fill(' ', size_t{2} + channels);
-        out.put('\n');
+        out.end_row();
         budget.spend(channels + 1);
     }
 }

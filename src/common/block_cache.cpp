@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "common/input.h"
+#include "common/stream.h"
 
 namespace {
 
@@ -43,7 +44,7 @@ void BlockCache::clear() {
     runs_->by_start.clear();
     runs_->by_age.clear();
     resident_ = 0;
-    last_ = {};
+    select({});
 }
 
 BlockCache::Runs &BlockCache::runs() {
@@ -51,26 +52,33 @@ BlockCache::Runs &BlockCache::runs() {
     return *runs_;
 }
 
-// Makes the run that holds an offset the last one; false where there is none.
-bool BlockCache::select(uint64_t offset) {
+void BlockCache::select(const Run &run) {
+    found_ = run;
+    last_ = listening ? Run{} : run;
+}
+
+// Makes the run that holds an offset the one found; false where there is none.
+bool BlockCache::look_up(uint64_t offset) {
+    if (offset - found_.start < found_.size) return true;
     const auto behind = runs().by_start.upper_bound(offset);
     if (behind == runs().by_start.begin()) return false;
     const Run &run = std::prev(behind)->second;
     if (offset - run.start >= run.size) return false;
-    last_ = run;
+    select(run);
     return true;
 }
 
 const uint8_t *BlockCache::find(uint64_t offset, uint64_t n, uint32_t block) {
-    if (!select(offset) && !read(offset & ~(uint64_t{block} - 1), offset, n, block)) return nullptr;
-    const uint64_t inside = offset - last_.start;
-    return n <= last_.size - inside ? last_.data + inside : nullptr;
+    if (!look_up(offset) && !read(offset & ~(uint64_t{block} - 1), offset, n, block)) return nullptr;
+    const uint64_t inside = offset - found_.start;
+    if (n > found_.size - inside) return nullptr;
+    if (listening) stream::add_read(offset, n);
+    return found_.data + inside;
 }
 
 uint64_t BlockCache::load(uint64_t offset, uint64_t needed, uint32_t block) {
-    const bool is_there =
-        offset - last_.start < last_.size || select(offset) || read(offset, offset, needed, block);
-    return is_there ? last_.size - (offset - last_.start) : 0;
+    const bool is_there = look_up(offset) || read(offset, offset, needed, block);
+    return is_there ? found_.size - (offset - found_.start) : 0;
 }
 
 // Reads a run from `start` on, or from the end of a run that ends near it, that holds `needed` bytes at an
@@ -99,8 +107,8 @@ bool BlockCache::read(uint64_t start, uint64_t offset, uint64_t needed, uint32_t
         std::free(data);
         return false;
     }
-    last_ = {start, got, data};
-    runs().by_start.emplace_hint(next, start, last_);
+    select({start, got, data});
+    runs().by_start.emplace_hint(next, start, found_);
     runs().by_age.push_back(start);
     resident_ += got + kOverhead;
     return offset - start < got;
@@ -115,7 +123,7 @@ void BlockCache::drop_oldest() {
         std::free(oldest->second.data);
         runs().by_start.erase(oldest);
     }
-    last_ = {};
+    select({});
 }
 
 std::span<const uint8_t> BlockCache::gather(uint64_t offset, size_t n, uint32_t block) {
@@ -126,11 +134,12 @@ std::span<const uint8_t> BlockCache::gather(uint64_t offset, size_t n, uint32_t 
     range.assign(n, 0);
     for (size_t done = 0; done < n;) {
         at(offset + done, n - done, block);
-        const uint64_t inside = offset + done - last_.start;
-        if (inside >= last_.size) break;  // the bytes end
-        const size_t part = static_cast<size_t>(std::min<uint64_t>(n - done, last_.size - inside));
-        std::memcpy(range.data() + done, last_.data + inside, part);
+        if (!look_up(offset + done)) break;  // the bytes end
+        const uint64_t inside = offset + done - found_.start;
+        const size_t part = static_cast<size_t>(std::min<uint64_t>(n - done, found_.size - inside));
+        std::memcpy(range.data() + done, found_.data + inside, part);
         done += part;
     }
+    if (listening) stream::add_read(offset, n);
     return range;
 }

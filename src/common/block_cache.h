@@ -47,12 +47,15 @@ class BlockCache {
 
     Runs &runs();
     const uint8_t *find(uint64_t offset, uint64_t n, uint32_t block);
-    bool select(uint64_t offset);
+    bool look_up(uint64_t offset);
     bool read(uint64_t start, uint64_t offset, uint64_t needed, uint32_t block);
     void drop_oldest();
 
+    void select(const Run &run);
+
     Input &input_;
-    Run last_;  // the run found last
+    Run found_;  // the run found last
+    Run last_;   // the same, but while somebody listens: then each look at bytes comes to be told
     Runs *runs_ = nullptr;
     uint64_t resident_ = 0;
     uint64_t ahead_ = 0;  // bytes of the next sequential read

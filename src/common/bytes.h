@@ -6,6 +6,7 @@
 #include <span>
 
 #include "common/block_cache.h"
+#include "common/file_range.h"
 
 // A read-only window on memory or on an input's bytes. Reading outside the window gives 0 and no offset can
 // overflow, so that a damaged file cannot lead a reader outside; `has` tells where a cut file ends a list.
@@ -45,6 +46,9 @@ class Bytes {
         part.size_ = n < size_ - start ? n : size_ - start;
         return part;
     }
+
+    // Where the window lies in its file; nothing for one on memory.
+    FileRange file_range() const { return cache_ ? FileRange{start_, size_} : FileRange{}; }
 
     // The bytes of a range that lie inside the window, in memory: for rows, texts and comparisons. Of an
     // input's window a span is good until two more are taken.

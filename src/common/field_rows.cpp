@@ -1,92 +1,117 @@
 #include "common/field_rows.h"
 
+#include <algorithm>
+
 #include "common/print.h"
+#include "common/stream.h"
 #include "common/values.h"
 
 namespace {
 
-// What stands before and behind a value in its line.
-struct Frame {
-    const char *before;
-    const char *after;
-};
-
-void print_number(const Frame &frame, uint32_t value) {
-    print("%s%d%s", frame.before, static_cast<int32_t>(value), frame.after);
-}
-void print_string(const Frame &frame, const char *text) { print("%s%s%s", frame.before, text, frame.after); }
-
-uint64_t size_of(Field kind) {
+unsigned size_of(Field kind) {
     switch (kind) {
         case Field::dec8:
         case Field::hex8:
+        case Field::hex8_slash:
+        case Field::name8:
         case Field::set_dec8: return 1;
         case Field::dec16:
         case Field::hex16:
+        case Field::name16:
         case Field::set_dec16: return 2;
         case Field::dec64:
-        case Field::hex64: return 8;
+        case Field::hex64:
+        case Field::blank_hex64: return 8;
         default: return 4;
     }
 }
 
-void print_value(OrderedBytes field, Field kind, const Frame &frame) {
-    const uint32_t word = field.u32(0);
+void put_lines(uint32_t word) {
+    const uint32_t second = word >> 16 & 0xFF;
+    print("%d", word & 0xFF);
+    if (second) print("/%d", second);
+}
+
+void put_value(OrderedBytes field, Field kind) {
+    const unsigned long long number = field.number(0, size_of(kind));
+    const uint32_t word = static_cast<uint32_t>(number);
+    const int32_t signed_word = static_cast<int32_t>(word);
+    const double real = static_cast<double>(float_of_bits(word));
     switch (kind) {
-        case Field::dec8: print_number(frame, field.u8(0)); break;
-        case Field::hex8: print("%s%02x%s", frame.before, field.u8(0), frame.after); break;
-        case Field::dec16: print_number(frame, field.u16(0)); break;
-        case Field::hex16: print("%s%04x%s", frame.before, field.u16(0), frame.after); break;
-        case Field::dec32: print_number(frame, word); break;
-        case Field::hex32: print("%s%08x%s", frame.before, word, frame.after); break;
-        case Field::upper_hex32: print("%s0x%08X%s", frame.before, word, frame.after); break;
-        case Field::dec64:
-            print("%s%lld%s", frame.before, static_cast<long long>(field.s64(0)), frame.after);
-            break;
-        case Field::hex64:
-            print("%s%016llx%s", frame.before, static_cast<unsigned long long>(field.u64(0)), frame.after);
-            break;
-        case Field::real:
-            print("%s%f%s", frame.before, static_cast<double>(float_of_bits(word)), frame.after);
-            break;
-        case Field::set_dec8: print_string(frame, checkuint8(field.u8(0))); break;
-        case Field::set_dec16: print_string(frame, checkuint16(field.u16(0))); break;
-        case Field::set_dec32: print_string(frame, checkuint32(word, 0)); break;
-        case Field::set_hex32: print_string(frame, checkuint32(word, 1)); break;
-        case Field::set_real: print_string(frame, checkreal(float_of_bits(word))); break;
-        case Field::set_cineon_real: print_string(frame, cineonreal(float_of_bits(word))); break;
-        case Field::text:
-        case Field::quoted_text:
-        case Field::ascii: break;
+        case Field::dec8:
+        case Field::dec16:
+        case Field::dec32: print("%d", signed_word); break;
+        case Field::dec64: print("%lld", static_cast<long long>(number)); break;
+        case Field::hex8: print("%02x", word); break;
+        case Field::hex16: print("%04x", word); break;
+        case Field::hex32: print("%08x", word); break;
+        case Field::hex64: print("%016llx", number); break;
+        case Field::blank_hex64: print("%16llx", number); break;
+        case Field::upper_hex32: print("0x%08X", word); break;
+        case Field::hex32_dec: print("%08x (%d)", word, signed_word); break;
+        case Field::hex8_slash: print("%02x/%d", word, signed_word); break;
+        case Field::hex32_slash: print("%08x/%d", word, signed_word); break;
+        case Field::kib32: print("%lld", static_cast<long long>(number) * 1024); break;
+        case Field::real: print("%f", real); break;
+        case Field::lines: put_lines(word); break;
+        case Field::set_dec8: print_value(checkuint8(word)); break;
+        case Field::set_dec16: print_value(checkuint16(word)); break;
+        case Field::set_dec32: print_value(checkuint32(word, 0)); break;
+        case Field::set_hex32: print_value(checkuint32(word, 1)); break;
+        case Field::set_real: print_value(checkreal(float_of_bits(word))); break;
+        case Field::set_cineon_real: print_value(cineonreal(float_of_bits(word))); break;
+        default: break;
     }
 }
 
-const char *between(const FieldRow &row, unsigned i) {
-    const bool group_ends = row.between.group && i % row.between.group == 0;
-    return group_ends ? row.between.groups : row.between.values;
+const char *padded(Bytes field, unsigned width) {
+    char *text = get_buffer();
+    getstring(text, width, field);
+    return text;
 }
 
-void print_values(OrderedBytes field, const FieldRow &row) {
+void put_text(Bytes field, Field kind, unsigned width) {
+    const Text text = text_at(field, 0, width);
+    from(field.sub(0, std::min<uint64_t>(static_cast<uint64_t>(text.length) + 1, width)));
+    switch (kind) {
+        case Field::text: print("%.*s", text.length, text.start); break;
+        case Field::quoted_text: print("'%.*s'", text.length, text.start); break;
+        case Field::padded_text: print("'%s'", padded(field, width)); break;
+        case Field::printable_text: print("'%s'", printable_text(field, width, '.')); break;
+        default: print_value(checkascii(field, width));
+    }
+}
+
+void put_values(OrderedBytes field, const FieldRow &row) {
     for (unsigned i = 0; i < row.count; i++) {
-        const Frame frame{i == 0 ? row.label : between(row, i), i + 1 < row.count ? "" : "\n"};
-        print_value(field.from(i * size_of(row.kind)), row.kind, frame);
+        const bool group_ends = row.between.group && i % row.between.group == 0;
+        if (i > 0) print_own(group_ends ? row.between.groups : row.between.values);
+        put_value(field.from(uint64_t{i} * size_of(row.kind)), row.kind);
     }
 }
 
-void print_field_row(OrderedBytes field, const FieldRow &row) {
-    if (row.kind == Field::ascii) {
-        print("%s%s\n", row.label, checkascii(field.bytes, row.count));
-    } else if (row.kind == Field::text || row.kind == Field::quoted_text) {
-        const Text text = text_at(field.bytes, 0, row.count);
-        const char *quote = row.kind == Field::text ? "" : "'";
-        print("%s%s%.*s%s\n", row.label, quote, text.length, text.start, quote);
-    } else {
-        print_values(field, row);
-    }
-}
+bool is_name(Field kind) { return kind == Field::name8 || kind == Field::name16; }
+bool is_text(Field kind) { return kind >= Field::text; }
 
 }  // namespace
 
+void print_field_row(OrderedBytes header, const FieldRow &row) {
+    const OrderedBytes field = header.from(row.offset);
+    from(field.bytes.sub(0, uint64_t{row.count} * (is_text(row.kind) ? 1 : size_of(row.kind))));
+    print_own(row.label);
+    if (is_text(row.kind)) {
+        put_text(field.bytes, row.kind, row.count);
+    } else {
+        put_values(field, row);
+    }
+    if (!row.names.empty()) {
+        const char *name = row.names[field.number(0, size_of(row.kind))];
+        if (!is_name(row.kind)) print_own(" ");
+        if (*name) print_value(name);
+    }
+    print_own("\n");
+}
+
 void print_field_rows(OrderedBytes header, std::span<const FieldRow> rows) {
-    for (const FieldRow &row : rows) print_field_row(header.from(row.offset), row);
+    for (const FieldRow &row : rows) print_field_row(header, row);
 }

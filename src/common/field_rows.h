@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
+#include "common/names.h"
 #include "common/ordered_bytes.h"
 
 // What a field prints and its width in bits. Those named set_ are empty when all bits of the field are ones
@@ -18,17 +20,27 @@ enum class Field {
     hex16,
     hex32,
     hex64,
+    blank_hex64,  // blanks instead of leading zeros
     upper_hex32,  // 0x and upper-case digits
+    hex32_dec,    // hexadecimal, and signed decimal in parentheses
+    hex8_slash,   // hexadecimal, and decimal behind a slash
+    hex32_slash,  // the same, signed
+    kib32,        // in KiB: the bytes, decimal
     real,         // float with six decimals
+    name8,        // its name only
+    name16,
+    lines,  // 32 bits: the lowest byte, and behind a slash the third one where it is not 0
     set_dec8,
     set_dec16,
     set_dec32,  // signed
     set_hex32,
     set_real,  // float
     set_cineon_real,
-    text,         // up to its first zero byte
-    quoted_text,  // the same in quotes
-    ascii,        // the same, checked: empty, or a note of bytes that are no text (checkascii)
+    text,            // up to its first zero byte
+    quoted_text,     // the same in quotes
+    padded_text,     // in quotes, filled up with blanks (getstring)
+    printable_text,  // in quotes, full stops for what is no printable ASCII
+    ascii,           // in quotes, checked: empty, or a note of bytes that are no text (checkascii)
 };
 
 // What stands between the values of a row that has several: every `group` values something else.
@@ -39,12 +51,37 @@ struct Between {
 };
 
 struct FieldRow {
+    constexpr FieldRow(uint16_t at, Field what, const char *before, uint16_t n = 1, Between with = {})
+        : offset(at), kind(what), label(before), count(n), between(with) {}
+    // A coded value: its name follows behind a blank.
+    constexpr FieldRow(uint16_t at, Field what, const char *before, Names codes)
+        : offset(at), kind(what), label(before), names(codes) {}
+
     uint16_t offset;
     Field kind;
     const char *label;   // the line up to its value
     uint16_t count = 1;  // of values behind each other; of a text, its width in bytes
     Between between = {};
+    Names names = {};
+};
+
+// A field that stands alone behind a tag.
+struct TaggedRow {
+    uint32_t tag;
+    FieldRow row;
 };
 
 // Prints one line a row; offsets count from the start of `header`.
 void print_field_rows(OrderedBytes header, std::span<const FieldRow> rows);
+void print_field_row(OrderedBytes header, const FieldRow &row);
+
+// The offset of a field by the name in its label, for what is not only printed.
+template <size_t N>
+consteval uint16_t offset_of(const FieldRow (&rows)[N], std::string_view name) {
+    for (const FieldRow &row : rows) {
+        std::string_view label = row.label;
+        while (label.starts_with(' ')) label.remove_prefix(1);
+        if (label.starts_with(name) && label.substr(name.size()).starts_with(' ')) return row.offset;
+    }
+    throw "no row has that name";
+}

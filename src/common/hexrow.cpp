@@ -80,7 +80,8 @@ void put_hexcells(LineBuffer &out, std::span<const uint8_t> bytes) {
 }
 
 void put_hexrow(LineBuffer &out, std::span<const uint8_t> bytes, const HexRow &row) {
-    if (bytes.size() >= 16 && row.columns == 16 && row.characters && row.after_character.empty()) {
+    if (!listening && bytes.size() >= 16 && row.columns == 16 && row.characters &&
+        row.after_character.empty()) {
         put_full_row(out, bytes.first<16>(), row);
         return;
     }
@@ -95,5 +96,5 @@ void put_hexrow(LineBuffer &out, std::span<const uint8_t> bytes, const HexRow &r
             out.text(row.after_character);
         }
     }
-    out.put('\n');
+    out.end_row();
 }

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -31,6 +32,12 @@ inline constexpr auto kHexCells = [] {
     return cells;
 }();
 
+// Writes a byte's two digits; the place behind them.
+inline char *write_hex(char *p, uint8_t byte) {
+    std::memcpy(p, kHexCells[byte].data(), 2);
+    return p + 2;
+}
+
 // Appends n bytes as "%02x " each, without a line feed.
 void put_hexcells(LineBuffer &out, std::span<const uint8_t> bytes);
 
@@ -45,6 +52,7 @@ void put_hexrows(LineBuffer &out, Bytes bytes, const HexRow &row, StartRow start
     for (uint64_t done = 0; done < bytes.size(); done += chunk) {
         const std::span<const uint8_t> rows = bytes.span(done, chunk);
         for (size_t i = 0; i < rows.size(); i += row.columns) {
+            from(bytes.sub(done + i, row.columns));
             start_row(out, done + i);
             put_hexrow(out, rows.subspan(i), row);
         }

@@ -3,11 +3,13 @@
 void LineBuffer::decimal(uint64_t value, unsigned width, char pad) {
     char reversed[24];
     unsigned n = 0;
+    const uint64_t number = value;
     do {
         reversed[n++] = static_cast<char>('0' + value % 10);
         value /= 10;
     } while (value);
     finish(reversed, n, width, pad);
+    if (listening) tell({.kind = Piece::integer, .number = number}, pad == '0' ? std::max(n, width) : n);
 }
 
 void LineBuffer::signed_decimal(int64_t value, unsigned width) {
@@ -18,4 +20,5 @@ void LineBuffer::signed_decimal(int64_t value, unsigned width) {
         reversed[n++] = static_cast<char>('0' + rest % 10);
     if (value < 0) reversed[n++] = '-';
     finish(reversed, n, width, ' ');
+    if (listening) tell(integer_piece(value), n);
 }

@@ -10,10 +10,25 @@
 #include <string_view>
 
 #include "common/print.h"
+#include "common/stream.h"
 
 // Appends to standard output, in turn with print.
 class LineBuffer {
  public:
+    // Text of ours.
+    template <size_t N>
+    void literal(const char (&text)[N]) {
+        own({text, N - 1});
+    }
+    void own(std::string_view s) {
+        text(s);
+        if (listening) tell({.kind = Piece::literal}, s.size());
+    }
+    // The end of a line, and of a row of a listing.
+    void end_line() { end(false); }
+    void end_row() { end(true); }
+
+    // Characters and texts of the file.
     void put(char c) { *claim(1) = c; }
     void text(std::string_view s) {
         if (s.size() <= kPiece) {
@@ -25,6 +40,11 @@ class LineBuffer {
     void bytes(std::span<const uint8_t> b) {
         for (; b.size() > kPiece; b = b.subspan(kPiece)) std::copy_n(b.data(), kPiece, claim(kPiece));
         std::copy(b.begin(), b.end(), claim(b.size()));
+    }
+    // Padding of ours.
+    void blanks(size_t n) {
+        fill(' ', n);
+        if (listening) tell({.kind = Piece::literal}, n);
     }
     void fill(char c, size_t n) {
         for (; n > kPiece; n -= kPiece) std::memset(claim(kPiece), c, kPiece);
@@ -38,9 +58,13 @@ class LineBuffer {
         } else {
             digits(value, "0123456789abcdef", width, pad);
         }
+        if (listening) tell({.kind = Piece::hexadecimal, .number = value}, digits_of(value, width, pad));
     }
     // Upper-case hexadecimal without leading zeros ("%X").
-    void upper_hex(uint64_t value) { digits(value, "0123456789ABCDEF", 1, '0'); }
+    void upper_hex(uint64_t value) {
+        digits(value, "0123456789ABCDEF", 1, '0');
+        if (listening) tell({.kind = Piece::hexadecimal, .number = value}, digits_of(value, 1, '0'));
+    }
     // Decimal ("%u", "%03u", "%4u").
     void decimal(uint64_t value, unsigned width = 1, char pad = ' ');
     // Signed decimal ("%d", "%4d").
@@ -51,6 +75,20 @@ class LineBuffer {
 
  private:
     static constexpr size_t kPiece = 4096;
+
+    void end(bool is_row) {
+        if (listening) {
+            stream::end_line(is_row);
+        } else {
+            put('\n');
+        }
+    }
+    // Tells the last n characters.
+    static void tell(Piece piece, size_t n) {
+        piece.size = static_cast<uint32_t>(std::min(n, standard_output.held().size()));
+        piece.start = static_cast<uint32_t>(standard_output.held().size()) - piece.size;
+        stream::add(piece);
+    }
 
     // "%08x": the offsets of hex dumps, without a branch: the nibbles are spread over eight bytes, and those
     // above 9 become letters.
@@ -65,6 +103,10 @@ class LineBuffer {
         for (unsigned i = 0; i < 8; i++) room[i] = static_cast<char>(x >> (56 - 8 * i));
     }
 
+    static size_t digits_of(uint64_t value, unsigned width, char pad) {
+        const size_t n = (static_cast<size_t>(std::bit_width(value | 1)) + 3) / 4;
+        return pad == '0' ? std::max<size_t>(n, width) : n;
+    }
     void digits(uint64_t value, const char *alphabet, unsigned width, char pad) {
         unsigned n = (static_cast<unsigned>(std::bit_width(value | 1)) + 3) / 4;
         if (n < width) {

@@ -15,6 +15,7 @@ struct OrderedBytes {
     }
     bool is_big() const { return order == ByteOrder::big; }
     OrderedBytes from(uint64_t offset) const { return {bytes.from(offset), order}; }
+    OrderedBytes sub(uint64_t offset, uint64_t n) const { return {bytes.sub(offset, n), order}; }
 
     uint8_t u8(uint64_t offset) const { return bytes[offset]; }
     uint16_t u16(uint64_t offset) const { return static_cast<uint16_t>(number(offset, 2)); }

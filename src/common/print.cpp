@@ -10,12 +10,19 @@
 #include <string>
 
 #include "common/end_of_run.h"
+#include "common/heard.h"
+#include "common/stream.h"
 
 constinit Output standard_output;
 
 void print(const char *format, ...) {
     va_list arguments;
     va_start(arguments, format);
+    if (listening) {
+        print_heard(format, arguments);
+        va_end(arguments);
+        return;
+    }
     va_list again;
     va_copy(again, arguments);
     const std::span<char> room = standard_output.room();
@@ -32,20 +39,34 @@ void print(const char *format, ...) {
     va_end(arguments);
 }
 
+void print_own(std::string_view text) {
+    if (listening) {
+        print_own_heard(text);
+    } else {
+        standard_output.write(text);
+    }
+}
+
 void print_bytes(std::span<const uint8_t> bytes) {
     standard_output.write({reinterpret_cast<const char *>(bytes.data()), bytes.size()});
 }
 
 void Output::write(std::string_view text) {
-    if (text.size() > kLargestPiece) {
+    if (text.size() > kLargestPiece && !listening) {
         flush();
         write_block(text.data(), text.size());
-    } else if (!text.empty()) {
-        std::memcpy(claim(text.size()), text.data(), text.size());
+        return;
     }
+    for (; text.size() > kLargestPiece; text.remove_prefix(kLargestPiece))
+        std::memcpy(claim(kLargestPiece), text.data(), kLargestPiece);
+    if (!text.empty()) std::memcpy(claim(text.size()), text.data(), text.size());
 }
 
 void Output::flush() {
+    if (listening) {
+        stream::end_part();
+        return;
+    }
     const size_t n = used_;
     used_ = 0;
     if (n > 0) write_block(block_, n);

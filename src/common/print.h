@@ -10,6 +10,12 @@
 // source; the arguments are the file's.
 [[gnu::format(printf, 1, 2)]] void print(const char *format, ...);
 
+// Prints text of ours that is no literal of a print call: labels of rows, what frames values. Its line ends
+// are line ends.
+void print_own(std::string_view text);
+// Prints a text of the file, or a header value as a buffer of the ring holds it.
+inline void print_value(const char *text) { print("%s", text); }
+
 // Prints bytes of the file as they are.
 void print_bytes(std::span<const uint8_t> bytes);
 
@@ -30,13 +36,17 @@ class Output {
     std::span<char> room() { return {block_ + used_, sizeof block_ - used_}; }
     void use(size_t n) { used_ += n; }
 
+    // What has not gone out yet; and without it.
+    std::string_view held() const { return {block_, used_}; }
+    void drop() { used_ = 0; }
+
     void write(std::string_view text);
     void flush();
 
     // Whether the run goes on without output when that fails, for what else it makes.
     void goes_on_without(bool yes) { goes_on_ = yes; }
     // Nothing is written from now on.
-    void drop() { failed_ = goes_on_ = true; }
+    void discard() { failed_ = goes_on_ = true; }
 
  private:
     void write_block(const char *data, size_t n);

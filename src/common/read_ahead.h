@@ -8,6 +8,8 @@
 #include <span>
 #include <vector>
 
+#include "common/file_range.h"
+
 // What requests to a file's place cost, as measured: a small read's time is a round trip, what a large one
 // takes beyond that gives the bandwidth. Before anything was measured a link counts as fast.
 class LinkCost {
@@ -26,14 +28,6 @@ class LinkCost {
 
     double round_trip_ = 0;
     double bandwidth_ = 1e9;
-};
-
-struct FileRange {
-    uint64_t offset;
-    uint64_t size;
-
-    uint64_t end() const { return offset + size; }
-    bool operator==(const FileRange &) const = default;
 };
 
 // Follows the reads of one file and plans what to announce. A walk whose steps repeat (frames of constant

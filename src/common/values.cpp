@@ -1,43 +1,67 @@
 #include "common/values.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 
 #include "common/print.h"
+#include "common/run.h"
 
 namespace {
 
 constexpr uint32_t kBuffers = 16;
 constexpr uint32_t kBufferSize = 8192;
 
+struct Ring {
+    char buffers[kBuffers][kBufferSize];
+    Piece values[kBuffers];  // what the texts stand for
+    uint32_t position = 0;
+};
+
 const char *empty_text() {
     char *text = get_buffer();
     text[0] = '\0';
+    ring_holds({.kind = Piece::unset});
     return text;
 }
 
 const char *decimal_text(int32_t value) {
     char *text = get_buffer();
     std::snprintf(text, kBufferSize, "%d", value);
+    ring_holds(integer_piece(value));
     return text;
 }
 
 const char *real_text(float value) {
     char *text = get_buffer();
     std::snprintf(text, kBufferSize, "%g", static_cast<double>(value));
+    ring_holds({.kind = Piece::real, .value = static_cast<double>(value)});
     return text;
 }
 
 }  // namespace
 
 char *get_buffer(uint32_t *size) {
-    static char ring[kBuffers][kBufferSize];
-    static uint32_t position = 0;
-    position = position + 1 < kBuffers ? position + 1 : 0;
+    Ring &ring = Run::state<Ring>();
+    ring.position = ring.position + 1 < kBuffers ? ring.position + 1 : 0;
+    ring.values[ring.position] = {.kind = Piece::text};
     if (size) *size = kBufferSize;
-    return ring[position];
+    return ring.buffers[ring.position];
+}
+
+void ring_holds(const Piece &value) {
+    Ring &ring = Run::state<Ring>();
+    ring.values[ring.position] = value;
+}
+
+Piece ring_value(const char *text) {
+    const Ring &ring = Run::state<Ring>();
+    for (uint32_t i = 0; i < kBuffers; i++) {
+        if (text == ring.buffers[i]) return ring.values[i];
+    }
+    return {.kind = Piece::text};
 }
 
 const char *checkuint8(uint32_t value) {
@@ -53,6 +77,7 @@ const char *checkuint32(uint32_t value, int hex) {
     if (!hex) return decimal_text(static_cast<int32_t>(value));
     char *text = get_buffer();
     std::snprintf(text, kBufferSize, "%08x", value);
+    ring_holds({.kind = Piece::hexadecimal, .number = value});
     return text;
 }
 
@@ -78,6 +103,30 @@ const char *checkascii(Bytes field, unsigned width) {
     const Text found = text_at(field, 0, width);
     std::snprintf(text, kBufferSize, "'%.*s'", found.length, found.start);
     return text;
+}
+
+const char *printable_text(Bytes b, uint64_t most, char other) {
+    char *text = get_buffer();
+    size_t n = 0;
+    for (const uint8_t byte : b.span(0, std::min<uint64_t>(most, kBufferSize - 1))) {
+        if (byte == 0) break;
+        text[n++] = is_printable(byte) ? static_cast<char>(byte) : other;
+    }
+    text[n] = '\0';
+    return text;
+}
+
+const char *clock_text(int hours, int minutes, int seconds) {
+    char *text = get_buffer();
+    std::snprintf(text, kBufferSize, "%02d:%02d:%02d", hours, minutes, seconds);
+    return text;
+}
+
+void getstring(char *text, uint32_t n, Bytes source) {
+    uint32_t i = 0;
+    for (; i < n && source[i]; i++) text[i] = static_cast<char>(source[i]);
+    for (; i < n; i++) text[i] = ' ';
+    text[n] = '\0';
 }
 
 uint64_t print_text(Bytes b, uint64_t offset) {

@@ -4,10 +4,16 @@
 #include <cstdint>
 
 #include "common/bytes.h"
+#include "common/stream.h"
 
 // Hands out 16 buffers of 8192 bytes in turn, so that a text stays valid until 16 further calls: one print
 // call can carry at most 16 rendered values. Stores 8192 through `size` when it is given.
 char *get_buffer(uint32_t *size = nullptr);
+
+// What the text of a ring buffer stands for, by its address: Piece::text for any other text.
+Piece ring_value(const char *text);
+// Says so of the buffer handed out last.
+void ring_holds(const Piece &value);
 
 // Header values as text, each in a buffer of the ring. A value whose bits are all ones is not set and
 // renders as empty text.
@@ -19,6 +25,15 @@ const char *cineonreal(float value);               // "%g"; Cineon marks an unse
 // A fixed-width text field (1 to 255 bytes) in single quotes up to its first NUL; empty text when it starts
 // with NUL, "Error, 0xff in ascii data" when it starts with 0xFF. Bytes beyond the window count as NUL.
 const char *checkascii(Bytes field, unsigned width);
+
+// Up to `most` characters (8191 at most) up to a NUL or the window's end; each byte that is not printable
+// ASCII as `other`.
+const char *printable_text(Bytes b, uint64_t most, char other);
+// "hh:mm:ss".
+const char *clock_text(int hours, int minutes, int seconds);
+// Copies up to n characters or up to a zero byte, filled up with blanks to n, and a NUL: n + 1 bytes of
+// `text`.
+void getstring(char *text, uint32_t n, Bytes source);
 
 // Prints the text at an offset up to its first NUL or the window's end, however long it is; the bytes
 // printed.

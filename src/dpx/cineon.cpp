@@ -2,15 +2,12 @@
 #include <span>
 
 #include "common/field_rows.h"
-#include "common/names.h"
 #include "common/print.h"
 #include "dpx/dpx.h"
 #include "dpx/names.h"
 
 namespace {
 
-constexpr uint64_t kOrientation = 192;
-constexpr uint64_t kChannelCount = 193;
 constexpr uint64_t kChannels = 196;
 constexpr uint64_t kChannelSize = 28;
 
@@ -25,6 +22,11 @@ constexpr FieldRow kFileRows[] = {
     {24, Field::ascii, " version        C : ", 8},
     {32, Field::ascii, " filename         : ", 100},
     {132, Field::ascii, " creationdate     : ", 24},
+};
+
+constexpr FieldRow kImageRows[] = {
+    {192, Field::dec8, " orientation    C : ", table_orientation},
+    {193, Field::dec8, " channels       C : "},
 };
 
 constexpr FieldRow kChannelRows[] = {
@@ -89,11 +91,9 @@ void print_rows(Bytes header, std::span<const FieldRow> rows) {
 
 void print_image(Bytes header) {
     print("image\n");
-    print(" orientation    C : %d %s\n", header[kOrientation],
-          name_at(table_orientation, header[kOrientation]));
-    print(" channels       C : %d\n", header[kChannelCount]);
+    print_rows(header, kImageRows);
     // Counts beyond 8 show what follows the channel table.
-    for (int i = 0; i < header[kChannelCount]; i++) {
+    for (int i = 0; i < header[offset_of(kImageRows, "channels")]; i++) {
         print(" channel-%d\n", i);
         print_rows(header.from(kChannels + kChannelSize * static_cast<uint64_t>(i)), kChannelRows);
     }

@@ -7,7 +7,6 @@
 #include <cstring>
 
 #include "common/field_rows.h"
-#include "common/names.h"
 #include "common/print.h"
 #include "common/values.h"
 #include "dpx/kelheader.h"
@@ -19,22 +18,55 @@ namespace {
 constexpr uint32_t kLittleEndianMagic = 0x53445058;  // "XPDS" read little-endian
 constexpr uint32_t kUnset = 0xFFFFFFFF;
 
-constexpr uint64_t kImageOffset = 4;
-constexpr uint64_t kIndustryHeaderSize = 28;
-constexpr uint64_t kUserDataSize = 32;
-constexpr uint64_t kCreator = 160;
 constexpr uint64_t kElements = 780;
 constexpr uint64_t kElementSize = 72;
 constexpr uint64_t kMaxElements = 8;
-constexpr uint64_t kElementDescriptor = 20;
 constexpr uint64_t kFilmHeader = 1664;
 constexpr uint64_t kArriStatus = 1864;
-constexpr uint64_t kTimecode = 1920;
-constexpr uint64_t kUserBits = 1924;
 constexpr uint64_t kUserIdentification = 2048;
 constexpr uint64_t kUserIdentificationSize = 32;
 
+constexpr CodeName kByteOrders[] = {{kLittleEndianMagic, "Little Endian"}};
+constexpr const char *table_packing[] = {"", "10:10:10:2", "2:10:10:10", "", "", "", "", ""};
+constexpr const char *table_encoding[] = {"", "RLL", "", "", "", "", "", ""};
+
+constexpr uint32_t kDescriptorRgb = 50;
+constexpr uint32_t kDescriptorYuv422 = 100;
+constexpr CodeName kDescriptorNames[] = {
+    {1, "Red"},      {2, "Green"},     {3, "Blue"},     {4, "Alpha"},     {6, "Luma"},
+    {7, "CbCr"},     {8, "Depth"},     {50, "RGB"},     {51, "RGBA"},     {52, "RGBA"},
+    {100, "YUV422"}, {101, "YUV422A"}, {102, "YUV444"}, {103, "YUV444A"}, {9, "CompositeVideo"},
+};
+
+constexpr CodeName kSignalNames[] = {
+    {1, "NTSC"},
+    {2, "PAL"},
+    {3, "NTSC-M"},
+    {4, "SECAM"},
+    {50, "CCIR601/525 2:1 4x3"},
+    {51, "CCIR601/625 2:1 4x3"},
+    {100, "CCIR601/525 2:1 16x9"},
+    {101, "CCIR601/625 2:1 16x9"},
+    {150, "YCbCr-1050 2:1 16x9"},
+    {151, "YCbCr-1125 2:1 16x9 (SMPTE274)"},
+    {152, "YCbCr-1250 2:1 16x9"},
+    {153, "YCbCr-1125 2:1 16x9 (SMPTE240)"},
+    {200, "YCbCr-525 1:1 16x9"},
+    {201, "YCbCr-625 1:1 16x9"},
+    {202, "YCbCr-750 1:1 16x9 (SMPTE296)"},
+    {203, "YCbCr-1125 1:1 16x9 (SMPTE274)"},
+};
+
+constexpr CodeName kArriFilmTypes[] = {
+    {'1', "16mm"}, {'2', "35mm 2perf"}, {'3', "35mm 3perf"}, {'4', "35mm 4perf"}};
+constexpr CodeName kArriStatusNames[] = {{'0', "Detection error"},
+                                         {'1', "Interpolated"},
+                                         {'2', "Extrapolated"},
+                                         {'3', "In splice region"},
+                                         {'4', "Position uncertain"}};
+
 // clang-format off
+constexpr FieldRow kMagicRow = {0, Field::hex32, " magic          C : ", {kByteOrders, "Big Endian"}};
 constexpr FieldRow kFileRows[] = {
     {4, Field::hex32, " offsetimage    C : "},
     {8, Field::ascii, " version        C : ", 8},
@@ -52,25 +84,24 @@ constexpr FieldRow kFileRows[] = {
 };
 
 constexpr FieldRow kImageRows[] = {
+    {768, Field::dec16, " orientation    C : ", table_orientation},
     {770, Field::dec16, " channels       C : "},
     {772, Field::dec32, " pixelsperline  C : "},
     {776, Field::dec32, " linesperimage  C : "},
 };
 
-// Image element, before and after the coded values.
-constexpr FieldRow kElementRangeRows[] = {
+constexpr FieldRow kElementRows[] = {
     {0, Field::dec32, " signed        C : "},
     {4, Field::set_dec32, " lowdata         : "},
     {8, Field::set_real, " lowquantity     : "},
     {12, Field::set_dec32, " highdata        : "},
     {16, Field::set_real, " highquantity    : "},
-};
-constexpr FieldRow kElementCodeRows[] = {
+    {20, Field::dec8, " descriptor    C : ", kDescriptorNames},
     {21, Field::dec8, " transfer      C : "},
     {22, Field::dec8, " colorimetric  C : "},
     {23, Field::dec8, " bitdepth      C : "},
-};
-constexpr FieldRow kElementDataRows[] = {
+    {24, Field::dec16, " packing       C : ", table_packing},
+    {26, Field::set_dec16, " encoding      C : ", table_encoding},
     {28, Field::set_hex32, " dataoffset    C : "},
     {32, Field::set_dec32, " endoflinepad    : "},
     {36, Field::set_dec32, " endofimagepad   : "},
@@ -118,6 +149,8 @@ constexpr FieldRow kArriRows[] = {
     {1876, Field::ascii, " keycode feet     : ", 4},
     {1880, Field::ascii, " keycode frames   : ", 2},
     {1882, Field::ascii, " keycode perfpos  : ", 1},
+    {1883, Field::name8, " keycode filmtype : ", {kArriFilmTypes, "?"}},
+    {1884, Field::name8, " keycode status   : ", {kArriStatusNames, "?"}},
 };
 
 constexpr FieldRow kTelevisionRows[] = {
@@ -125,8 +158,7 @@ constexpr FieldRow kTelevisionRows[] = {
     {1924, Field::set_hex32, " userbytes        : "},
     {1928, Field::set_dec8, " interlace        : "},
     {1929, Field::set_dec8, " fieldnumber      : "},
-};
-constexpr FieldRow kSignalRows[] = {
+    {1930, Field::set_dec8, " videosignal      : ", kSignalNames},
     {1932, Field::set_real, " horizontalfreq   : "},
     {1936, Field::set_real, " verticalfreq     : "},
     {1940, Field::set_real, " framerate        : "},
@@ -138,45 +170,22 @@ constexpr FieldRow kSignalRows[] = {
     {1964, Field::set_real, " whitelevel       : "},
     {1968, Field::set_real, " integrationtime  : "},
 };
+constexpr FieldRow kReelRow = {1972, Field::ascii, " reelname         : ", 76};
 // clang-format on
 
-constexpr const char *table_packing[] = {"", "10:10:10:2", "2:10:10:10", "", "", "", "", ""};
-constexpr const char *table_encoding[] = {"", "RLL", "", "", "", "", "", ""};
-
-constexpr uint32_t kDescriptorRgb = 50;
-constexpr uint32_t kDescriptorYuv422 = 100;
-constexpr CodeName kDescriptorNames[] = {
-    {1, "Red"},      {2, "Green"},     {3, "Blue"},     {4, "Alpha"},     {6, "Luma"},
-    {7, "CbCr"},     {8, "Depth"},     {50, "RGB"},     {51, "RGBA"},     {52, "RGBA"},
-    {100, "YUV422"}, {101, "YUV422A"}, {102, "YUV444"}, {103, "YUV444A"}, {9, "CompositeVideo"},
-};
-
-constexpr CodeName kSignalNames[] = {
-    {1, "NTSC"},
-    {2, "PAL"},
-    {3, "NTSC-M"},
-    {4, "SECAM"},
-    {50, "CCIR601/525 2:1 4x3"},
-    {51, "CCIR601/625 2:1 4x3"},
-    {100, "CCIR601/525 2:1 16x9"},
-    {101, "CCIR601/625 2:1 16x9"},
-    {150, "YCbCr-1050 2:1 16x9"},
-    {151, "YCbCr-1125 2:1 16x9 (SMPTE274)"},
-    {152, "YCbCr-1250 2:1 16x9"},
-    {153, "YCbCr-1125 2:1 16x9 (SMPTE240)"},
-    {200, "YCbCr-525 1:1 16x9"},
-    {201, "YCbCr-625 1:1 16x9"},
-    {202, "YCbCr-750 1:1 16x9 (SMPTE296)"},
-    {203, "YCbCr-1125 1:1 16x9 (SMPTE274)"},
-};
-
-constexpr CodeName kArriFilmTypes[] = {
-    {'1', "16mm"}, {'2', "35mm 2perf"}, {'3', "35mm 3perf"}, {'4', "35mm 4perf"}};
-constexpr CodeName kArriStatusNames[] = {{'0', "Detection error"},
-                                         {'1', "Interpolated"},
-                                         {'2', "Extrapolated"},
-                                         {'3', "In splice region"},
-                                         {'4', "Position uncertain"}};
+// Fields that are looked at, too.
+constexpr uint64_t kImageOffset = offset_of(kFileRows, "offsetimage");
+constexpr uint64_t kIndustryHeaderSize = offset_of(kFileRows, "size_industry");
+constexpr uint64_t kUserDataSize = offset_of(kFileRows, "size_user");
+constexpr uint64_t kCreator = offset_of(kFileRows, "creator");
+constexpr uint64_t kChannels = offset_of(kImageRows, "channels");
+constexpr uint64_t kWidth = offset_of(kImageRows, "pixelsperline");
+constexpr uint64_t kDescriptor = offset_of(kElementRows, "descriptor");
+constexpr uint64_t kBitDepth = offset_of(kElementRows, "bitdepth");
+constexpr uint64_t kAspectHorizontal = offset_of(kAspectRows, "aspecthorizontal");
+constexpr uint64_t kAspectVertical = offset_of(kAspectRows, "aspectvertical");
+constexpr uint64_t kTimecode = offset_of(kTelevisionRows, "timecode");
+constexpr uint64_t kUserBits = offset_of(kTelevisionRows, "userbytes");
 
 using Header = OrderedBytes;
 
@@ -193,9 +202,9 @@ bool wants_picture_timecode(const DumpOptions &opts, const Header &header) {
 PictureTimecode read_picture_timecode(const Header &header, Input &input) {
     constexpr uint64_t kBytesOfAPixel = 128;  // what is taken of the picture, a pixel of its width
     const uint64_t offset = header.u32(kImageOffset);
-    const uint32_t width = header.u32(772);
-    const uint32_t descriptor = header.u8(kElements + kElementDescriptor);
-    const bool ten_bit = header.u8(kElements + 23) == 10;
+    const uint32_t width = header.u32(kWidth);
+    const uint32_t descriptor = header.u8(kElements + kDescriptor);
+    const bool ten_bit = header.u8(kElements + kBitDepth) == 10;
     uint32_t layout = 0;
     if (descriptor == kDescriptorRgb) {
         layout = ten_bit ? kLayoutRgb10 : kLayoutRgb8;
@@ -222,32 +231,20 @@ void print_range_line(const DumpOptions &opts, const Header &header, const char 
 }
 
 void print_file(const Header &header) {
-    const uint32_t magic = little32(header.bytes);
     print("file\n");
-    print(" magic          C : %08x %s\n", magic,
-          magic == kLittleEndianMagic ? "Little Endian" : "Big Endian");
+    print_field_row(little_endian(header.bytes), kMagicRow);
     print_field_rows(header, kFileRows);
 }
 
 void print_image_element(const Header &header, uint64_t i) {
-    const Header element = header.from(kElements + kElementSize * i);
     print("imagechannel-%d\n", static_cast<int>(i));
-    print_field_rows(element, kElementRangeRows);
-    const uint32_t descriptor = element.u8(kElementDescriptor);
-    print(" descriptor    C : %d %s\n", descriptor, name_of(kDescriptorNames, descriptor));
-    print_field_rows(element, kElementCodeRows);
-    print(" packing       C : %d %s\n", element.u16(24), name_at(table_packing, element.u16(24)));
-    print(" encoding      C : %s %s\n", checkuint16(element.u16(26)),
-          name_at(table_encoding, element.u16(26)));
-    print_field_rows(element, kElementDataRows);
+    print_field_rows(header.from(kElements + kElementSize * i), kElementRows);
 }
 
 void print_image(const Header &header) {
-    const uint32_t orientation = header.u16(768);
     print("image\n");
-    print(" orientation    C : %d %s\n", orientation, name_at(table_orientation, orientation));
     print_field_rows(header, kImageRows);
-    const uint64_t elements = std::min<uint64_t>(header.u16(770), kMaxElements);
+    const uint64_t elements = std::min<uint64_t>(header.u16(kChannels), kMaxElements);
     for (uint64_t i = 0; i < elements; i++) print_image_element(header, i);
 }
 
@@ -259,15 +256,9 @@ const char *aspect_ratio(uint32_t horizontal, uint32_t vertical) {
 void print_source(const Header &header) {
     print("source\n");
     print_field_rows(header, kSourceRows);
-    print(" aspectratio      : %s\n", aspect_ratio(header.u32(1628), header.u32(1632)));
+    print(" aspectratio      : %s\n",
+          aspect_ratio(header.u32(kAspectHorizontal), header.u32(kAspectVertical)));
     print_field_rows(header, kAspectRows);
-}
-
-void print_arri_keycode(const Header &header) {
-    print("arri keycode status\n");
-    print_field_rows(header, kArriRows);
-    print(" keycode filmtype : %s\n", name_of(kArriFilmTypes, header.u8(1883), "?"));
-    print(" keycode status   : %s\n", name_of(kArriStatusNames, header.u8(1884), "?"));
 }
 
 void print_film(const Header &header) {
@@ -276,16 +267,15 @@ void print_film(const Header &header) {
     print("film\n");
     print(" keycode          : '%s'\n", keycode);
     print_field_rows(header, kFilmRows);
-    if (bytes_are(header.bytes, kArriStatus, "ARRI01")) print_arri_keycode(header);
+    if (!bytes_are(header.bytes, kArriStatus, "ARRI01")) return;
+    print("arri keycode status\n");
+    print_field_rows(header, kArriRows);
 }
 
 void print_television(const Header &header) {
-    const uint32_t signal = header.u8(1930);
     print("television\n");
     print_field_rows(header, kTelevisionRows);
-    print(" videosignal      : %s %s\n", checkuint8(signal), name_of(kSignalNames, signal));
-    print_field_rows(header, kSignalRows);
-    if (header.u8(1972) != 0xFF) print(" reelname         : %s\n", checkascii(header.bytes.from(1972), 76));
+    if (header.u8(kReelRow.offset) != 0xFF) print_field_row(header, kReelRow);
 }
 
 bool has_industry_header(const DumpOptions &opts, const Header &header) {
@@ -298,13 +288,13 @@ bool begins_without_case(Bytes bytes, const char *with) {
     return static_cast<size_t>(text.length) == n && strncasecmp(text.start, with, n) == 0;
 }
 
-// Whether any byte of the user data is not 0xFF.
-bool holds_user_data(const Header &header) {
+// Whether all bytes of the user data are 0xFF.
+const char *user_data_note(const Header &header) {
     const Bytes user = header.bytes.sub(kUserIdentification, header.u32(kUserDataSize));
     for (uint64_t i = kUserIdentificationSize; i < user.size(); i++) {
-        if (user[i] != 0xFF) return true;
+        if (user[i] != 0xFF) return "format needs to be analysed";
     }
-    return false;
+    return "all default values";
 }
 
 void print_user_data(const Header &header) {
@@ -315,11 +305,9 @@ void print_user_data(const Header &header) {
     if (bytes_are(user, 0, "KEL Tessaron metadata\0")) {
         kelheaderdump(user.from(kUserIdentificationSize), nullptr, 1);
     } else if (begins_without_case(user, "philips") || begins_without_case(user, "thomson")) {
-        print(holds_user_data(header) ? " Philips/Thomson metadata format, format needs to be analysed\n"
-                                      : " Philips/Thomson metadata format, all default values\n");
+        print(" Philips/Thomson metadata format, %s\n", user_data_note(header));
     } else if (bytes_are(user, 0, "discreet logic")) {
-        print(holds_user_data(header) ? " Discreet Logic metadata found, format needs to be analysed\n"
-                                      : " Discreet Logic metadata found, all default values\n");
+        print(" Discreet Logic metadata found, %s\n", user_data_note(header));
     } else {
         print(" Unknown userdata format\n");
     }

@@ -1,9 +1,9 @@
 #include "dpx/rp215.h"
 
-#include <algorithm>
 #include <cmath>
 #include <span>
 
+#include "common/field_rows.h"
 #include "common/hexrow.h"
 #include "common/print.h"
 #include "common/values.h"
@@ -11,164 +11,115 @@
 namespace {
 
 constexpr uint32_t kCrcSize = 2;
-constexpr uint32_t kMaxText = 40;
 
-// How the bytes of a field print. Offsets count from the packet's type byte.
-enum class Kind {
-    hex,         // the bytes as digits
-    hex_number,  // and " (%d)" of the 32-bit number
-    hex_slash,   // and "/%d" of the number
-    time,        // four bytes with colons between them
-    text,        // in quotes, filled with blanks
-};
-
-struct Row {
-    uint8_t offset;
-    uint8_t size;
-    Kind kind;
-    const char *label;
-};
-
+// Offsets count from the packet's type byte.
 // clang-format off
-constexpr Row kTemporalRows[] = {
-    {2, 4, Kind::time, " videotc      "},
-    {6, 4, Kind::hex_number, " videoub      "},
-    {10, 4, Kind::time, " audiotc      "},
-    {14, 4, Kind::hex_number, " audioub      "},
-    {18, 1, Kind::hex, " audiophase   "},
-    {19, 1, Kind::hex, " kkmfg        "},
-    {20, 1, Kind::hex, " kkemulsion   "},
-    {21, 8, Kind::hex, " kk           "},
-    {29, 4, Kind::hex, " inkprefix    "},
-    {33, 3, Kind::hex, " ink          "},
-    {36, 1, Kind::hex, " pulldown     "},
-    {37, 1, Kind::hex, " sequence     "},
-    {38, 4, Kind::hex_number, " absframes    "},
-    {42, 1, Kind::hex, " videoformat  "},
-    {43, 1, Kind::hex, " audiomod     "},
-    {44, 1, Kind::hex, " filmformat   "},
-    {45, 1, Kind::hex, " filmrate     "},
+constexpr FieldRow kTemporalRows[] = {
+    {2, Field::hex8, " videotc      ", 4, {":"}},
+    {6, Field::hex32_dec, " videoub      "},
+    {10, Field::hex8, " audiotc      ", 4, {":"}},
+    {14, Field::hex32_dec, " audioub      "},
+    {18, Field::hex8, " audiophase   "},
+    {19, Field::hex8, " kkmfg        "},
+    {20, Field::hex8, " kkemulsion   "},
+    {21, Field::hex64, " kk           "},
+    {29, Field::hex32, " inkprefix    "},
+    {33, Field::hex8, " ink          ", 3, {""}},
+    {36, Field::hex8, " pulldown     "},
+    {37, Field::hex8, " sequence     "},
+    {38, Field::hex32_dec, " absframes    "},
+    {42, Field::hex8, " videoformat  "},
+    {43, Field::hex8, " audiomod     "},
+    {44, Field::hex8, " filmformat   "},
+    {45, Field::hex8, " filmrate     "},
 };
 
-constexpr Row kShortTemporalRows[] = {
-    {2, 4, Kind::time, " videotc      "},
-    {6, 4, Kind::hex_number, " videoub      "},
-    {10, 4, Kind::time, " audiotc      "},
-    {14, 4, Kind::hex_number, " audioub      "},
-    {18, 1, Kind::hex, " audiophase   "},
-    {19, 1, Kind::hex, " audiomod     "},
+constexpr FieldRow kShortTemporalRows[] = {
+    {2, Field::hex8, " videotc      ", 4, {":"}},
+    {6, Field::hex32_dec, " videoub      "},
+    {10, Field::hex8, " audiotc      ", 4, {":"}},
+    {14, Field::hex32_dec, " audioub      "},
+    {18, Field::hex8, " audiophase   "},
+    {19, Field::hex8, " audiomod     "},
 };
 
-constexpr Row kMaterialRows[] = {
-    {2, 4, Kind::hex, " tags         "},
-    {6, 3, Kind::hex, " flags        "},
-    {9, 4, Kind::text, " equipid      "},
-    {13, 4, Kind::hex, " proddate     "},
-    {17, 8, Kind::text, " dailyroll    "},
-    {25, 8, Kind::text, " camroll      "},
-    {33, 8, Kind::text, " soundroll    "},
-    {41, 8, Kind::text, " labroll      "},
-    {49, 8, Kind::text, " scene        "},
-    {57, 4, Kind::text, " take         "},
-    {61, 8, Kind::text, " slate        "},
+constexpr FieldRow kMaterialRows[] = {
+    {2, Field::hex32, " tags         "},
+    {6, Field::hex8, " flags        ", 3, {""}},
+    {9, Field::padded_text, " equipid      ", 4},
+    {13, Field::hex32, " proddate     "},
+    {17, Field::padded_text, " dailyroll    ", 8},
+    {25, Field::padded_text, " camroll      ", 8},
+    {33, Field::padded_text, " soundroll    ", 8},
+    {41, Field::padded_text, " labroll      ", 8},
+    {49, Field::padded_text, " scene        ", 8},
+    {57, Field::padded_text, " take         ", 4},
+    {61, Field::padded_text, " slate        ", 8},
 };
 
-constexpr Row kShortMaterialRows[] = {
-    {2, 4, Kind::hex, " tags         "},
-    {6, 2, Kind::hex, " syncmark     "},
-    {8, 4, Kind::hex, " proddate     "},
-    {12, 8, Kind::text, " camroll      "},
-    {20, 8, Kind::text, " soundroll    "},
-    {28, 8, Kind::text, " scene        "},
-    {36, 4, Kind::text, " take         "},
-    {40, 8, Kind::text, " slate        "},
+constexpr FieldRow kShortMaterialRows[] = {
+    {2, Field::hex32, " tags         "},
+    {6, Field::hex16, " syncmark     "},
+    {8, Field::hex32, " proddate     "},
+    {12, Field::padded_text, " camroll      ", 8},
+    {20, Field::padded_text, " soundroll    ", 8},
+    {28, Field::padded_text, " scene        ", 8},
+    {36, Field::padded_text, " take         ", 4},
+    {40, Field::padded_text, " slate        ", 8},
 };
 
-constexpr Row kLabelRows[] = {
-    {2, 8, Kind::text, " vtroll       "},
-    {10, 20, Kind::text, " title        "},
-    {30, 8, Kind::text, " episode      "},
-    {38, 20, Kind::text, " facility     "},
-    {58, 40, Kind::text, " misc         "},
+constexpr FieldRow kLabelRows[] = {
+    {2, Field::padded_text, " vtroll       ", 8},
+    {10, Field::padded_text, " title        ", 20},
+    {30, Field::padded_text, " episode      ", 8},
+    {38, Field::padded_text, " facility     ", 20},
+    {58, Field::padded_text, " misc         ", 40},
 };
 
-constexpr Row kShortLabelRows[] = {
-    {2, 20, Kind::text, " title        "},
-    {22, 8, Kind::text, " episode      "},
-    {30, 4, Kind::text, " crewid       "},
-    {34, 4, Kind::text, " operatorid   "},
-    {38, 4, Kind::text, " directorid   "},
-    {42, 4, Kind::text, " producerid   "},
+constexpr FieldRow kShortLabelRows[] = {
+    {2, Field::padded_text, " title        ", 20},
+    {22, Field::padded_text, " episode      ", 8},
+    {30, Field::padded_text, " crewid       ", 4},
+    {34, Field::padded_text, " operatorid   ", 4},
+    {38, Field::padded_text, " directorid   ", 4},
+    {42, Field::padded_text, " producerid   ", 4},
 };
 
-constexpr Row kCameraRows[] = {
-    {2, 2, Kind::hex, " modelcode    "},
-    {4, 4, Kind::hex, " serialnumber "},
-    {8, 4, Kind::hex_slash, " framenumber  "},
-    {12, 1, Kind::hex_slash, " cameraformat "},
-    {13, 1, Kind::hex_slash, " stepshutter  "},
-    {14, 1, Kind::hex_slash, " mastergain   "},
-    {15, 1, Kind::hex_slash, " ndfilter     "},
-    {16, 1, Kind::hex_slash, " ccfilter     "},
-    {17, 1, Kind::hex_slash, " gamma        "},
-    {18, 1, Kind::hex_slash, " presetmatrix "},
-    {19, 1, Kind::hex_slash, " gammatable   "},
-    {20, 1, Kind::hex_slash, " gammastd     "},
-    {21, 1, Kind::hex_slash, " gammauser    "},
-    {22, 1, Kind::hex_slash, " lfeframerate "},
-    {23, 1, Kind::hex_slash, " switch1      "},
-    {24, 1, Kind::hex_slash, " switch2      "},
-    {25, 2, Kind::hex, " whitegain_r  "},
-    {27, 2, Kind::hex, " whitegain_g  "},
-    {29, 2, Kind::hex, " whitegain_b  "},
-    {31, 2, Kind::hex, " gammablack   "},
-    {33, 2, Kind::hex, " masterkneept "},
-    {35, 2, Kind::hex, " masterkneesl "},
-    {37, 2, Kind::hex, " mastergamma  "},
-    {39, 2, Kind::hex, " detaillevel  "},
-    {41, 2, Kind::hex, " blackmaster  "},
-    {43, 2, Kind::hex, " blackgain_r  "},
-    {45, 2, Kind::hex, " blackgain_g  "},
-    {47, 2, Kind::hex, " blackgain_b  "},
+constexpr FieldRow kCameraRows[] = {
+    {2, Field::hex16, " modelcode    "},
+    {4, Field::hex32, " serialnumber "},
+    {8, Field::hex32_slash, " framenumber  "},
+    {12, Field::hex8_slash, " cameraformat "},
+    {13, Field::hex8_slash, " stepshutter  "},
+    {14, Field::hex8_slash, " mastergain   "},
+    {15, Field::hex8_slash, " ndfilter     "},
+    {16, Field::hex8_slash, " ccfilter     "},
+    {17, Field::hex8_slash, " gamma        "},
+    {18, Field::hex8_slash, " presetmatrix "},
+    {19, Field::hex8_slash, " gammatable   "},
+    {20, Field::hex8_slash, " gammastd     "},
+    {21, Field::hex8_slash, " gammauser    "},
+    {22, Field::hex8_slash, " lfeframerate "},
+    {23, Field::hex8_slash, " switch1      "},
+    {24, Field::hex8_slash, " switch2      "},
+    {25, Field::hex16, " whitegain_r  "},
+    {27, Field::hex16, " whitegain_g  "},
+    {29, Field::hex16, " whitegain_b  "},
+    {31, Field::hex16, " gammablack   "},
+    {33, Field::hex16, " masterkneept "},
+    {35, Field::hex16, " masterkneesl "},
+    {37, Field::hex16, " mastergamma  "},
+    {39, Field::hex16, " detaillevel  "},
+    {41, Field::hex16, " blackmaster  "},
+    {43, Field::hex16, " blackgain_r  "},
+    {45, Field::hex16, " blackgain_g  "},
+    {47, Field::hex16, " blackgain_b  "},
 };
 // clang-format on
 
-void print_digits(Bytes packet, const Row &row, const char *between) {
-    for (uint64_t i = 0; i < row.size; i++) print("%s%02x", i ? between : "", packet[row.offset + i]);
-}
-
-void print_row(Bytes packet, const Row &row) {
-    const int32_t number = static_cast<int32_t>(packet.big(row.offset, std::min<uint8_t>(row.size, 4)));
-    print("%s", row.label);
-    switch (row.kind) {
-        case Kind::hex:
-            print_digits(packet, row, "");
-            print("\n");
-            break;
-        case Kind::hex_number:
-            print_digits(packet, row, "");
-            print(" (%d)\n", number);
-            break;
-        case Kind::hex_slash:
-            print_digits(packet, row, "");
-            print("/%d\n", number);
-            break;
-        case Kind::time:
-            print_digits(packet, row, ":");
-            print("\n");
-            break;
-        case Kind::text: {
-            char text[kMaxText + 1];
-            getstring(text, row.size, packet.from(row.offset));
-            print("'%s'\n", text);
-            break;
-        }
-    }
-}
-
-void print_packet(const char *title, Bytes packet, std::span<const Row> rows) {
+void print_packet(const char *title, Bytes packet, std::span<const FieldRow> rows) {
     print("%s\n", title);
-    for (const Row &row : rows) print_row(packet, row);
+    print_field_rows(big_endian(packet), rows);
 }
 
 // An angle: the full range of 16 bits is two half turns.
@@ -223,13 +174,6 @@ void print_packet(Bytes packet) {
 }
 
 }  // namespace
-
-void getstring(char *text, uint32_t n, Bytes source) {
-    uint32_t i = 0;
-    for (; i < n && source[i]; i++) text[i] = static_cast<char>(source[i]);
-    for (; i < n; i++) text[i] = ' ';
-    text[n] = '\0';
-}
 
 double rpfloat16(Bytes bytes) {
     const int exponent = bytes[0] >> 4;

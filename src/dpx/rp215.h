@@ -4,14 +4,11 @@
 #include <cstdint>
 
 #include "common/bytes.h"
+#include "common/values.h"
 
 // Prints the packets of a block of `length` bytes, of which the last two are its CRC, and a line when the CRC
 // does not match (not with `skip_crc`). What lies beyond the window reads as zero.
 void rp215_dump(Bytes block, uint32_t length, int skip_crc);
-
-// Copies up to n characters or up to a zero byte, filled up with blanks to n, and a NUL: n + 1 bytes of
-// `text`.
-void getstring(char *text, uint32_t n, Bytes source);
 
 // Two bytes as a decimal float: a signed 4-bit exponent to 10, then a 12-bit mantissa.
 double rpfloat16(Bytes bytes);

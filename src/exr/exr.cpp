@@ -16,8 +16,6 @@ constexpr uint64_t kChannelEntry = 18;  // of a channel with a name of one chara
 constexpr uint64_t kTextStep = 64 * 1024;
 constexpr uint64_t kMaxName = 64 * 1024;  // names of the format have 255 characters at most
 
-int32_t get_int32(Bytes b, uint64_t offset) { return static_cast<int32_t>(little32(b, offset)); }
-
 // clang-format off
 constexpr FieldRow kBoxRows[] = {
     {0, Field::dec32, " xstart "},
@@ -39,8 +37,9 @@ void print_channels(Bytes value, Budget &budget) {
     for (uint64_t entry = 0; entry < value.size() && !budget.spent(); entry += kChannelEntry) {
         if (entry > 0 && value[entry] == 0) return;
         budget.spend(kChannelEntry);
-        print("%c %d %d %d %d\n", value[entry], get_int32(value, entry + 2), get_int32(value, entry + 6),
-              get_int32(value, entry + 10), get_int32(value, entry + 14));
+        const OrderedBytes channel = little_endian(value.from(entry));
+        print("%c %d %d %d %d\n", channel.u8(0), channel.s32(2), channel.s32(6), channel.s32(10),
+              channel.s32(14));
     }
 }
 
@@ -67,9 +66,9 @@ void print_unknown(Bytes value) {
     for (uint64_t i = 0; i < value.size(); i += 16) {
         const auto row = value.span(i, 16);
         put_hexcells(out, row);
-        if (row.size() == 16) out.put('\n');
+        if (row.size() == 16) out.end_row();
     }
-    out.put('\n');
+    out.end_row();
 }
 
 // The rendering of one attribute value. `value` goes on to the end of the file: the fields of a known type
@@ -107,7 +106,7 @@ void exrdump(DumpOptions &, Input &input) {
         const Text type = text_at(bytes, type_at, kMaxName);
         const uint64_t size_at = type_at + static_cast<uint64_t>(type.length) + 1;
         const uint64_t value_at = size_at + 4;
-        const int32_t size = get_int32(bytes, size_at);
+        const int32_t size = little_endian(bytes).s32(size_at);
         print("%05" PRIx64 " %-18.*s %-10.*s %d\n", offset, name.length, name.start, type.length, type.start,
               size);
         if (bytes[type_at - 1] != 0 || bytes[size_at - 1] != 0) return;  // no name is that long

@@ -1,7 +1,5 @@
 // Map packets: what material and tracks the file holds, as sections of tagged values.
-#include <algorithm>
-
-#include "common/names.h"
+#include "common/field_rows.h"
 #include "common/print.h"
 #include "gxf/packets.h"
 #include "gxf/values.h"
@@ -30,52 +28,26 @@ constexpr CodeName kLinesPerFrame[] = {
     {6, "720"},
 };
 
-const char *gxfframerate(uint32_t code) { return name_of(kFrameRates, code, "?"); }
-const char *gxflinesperframe(uint32_t code) { return name_of(kLinesPerFrame, code, "?"); }
-
-enum class Value { number, long_number, long_hex, kib, text, frame_rate, lines };
-
-struct MapTag {
-    uint8_t tag;
-    Value value;
-    const char *label;
-};
-
+// What follows a tag and the value's length.
 // clang-format off
-constexpr MapTag kMapTags[] = {
-    {0x40, Value::text, "filename   "},
-    {0x41, Value::number, "firstfield "},
-    {0x42, Value::number, "lastfield  "},
-    {0x43, Value::number, "markin     "},
-    {0x44, Value::number, "markout    "},
-    {0x45, Value::kib, "filesize   "},
-    {0x46, Value::number, "reserved   "},
-    {0x47, Value::long_number, "reserved   "},
-    {0x4C, Value::text, "filename   "},
-    {0x4D, Value::long_hex, "auxinfo    "},
-    {0x4E, Value::number, "version    "},
-    {0x4F, Value::text, "mpeginfo   "},
-    {0x50, Value::frame_rate, "framerate  "},
-    {0x51, Value::lines, "lines      "},
-    {0x52, Value::number, "fields     "},
+constexpr TaggedRow kMapTags[] = {
+    {0x40, {0, Field::printable_text, "filename   "}},
+    {0x41, {0, Field::dec32, "firstfield "}},
+    {0x42, {0, Field::dec32, "lastfield  "}},
+    {0x43, {0, Field::dec32, "markin     "}},
+    {0x44, {0, Field::dec32, "markout    "}},
+    {0x45, {0, Field::kib32, "filesize   "}},
+    {0x46, {0, Field::dec32, "reserved   "}},
+    {0x47, {0, Field::dec64, "reserved   "}},
+    {0x4C, {0, Field::printable_text, "filename   "}},
+    {0x4D, {0, Field::blank_hex64, "auxinfo    "}},
+    {0x4E, {0, Field::dec32, "version    "}},
+    {0x4F, {0, Field::printable_text, "mpeginfo   "}},
+    {0x50, {0, Field::dec32, "framerate  ", {kFrameRates, "?"}}},
+    {0x51, {0, Field::dec32, "lines      ", {kLinesPerFrame, "?"}}},
+    {0x52, {0, Field::dec32, "fields     "}},
 };
 // clang-format on
-
-void print_value(const MapTag &row, Bytes value, unsigned length) {
-    const uint32_t word = gxfuint32(value, 0, false);
-    const int32_t number = gxfint32(value, 0, false);
-    const unsigned long long long_word = gxfint64(value, 0);
-    print("%s", row.label);
-    switch (row.value) {
-        case Value::number: print("%d\n", number); break;
-        case Value::long_number: print("%lld\n", static_cast<long long>(long_word)); break;
-        case Value::long_hex: print("%16llx\n", long_word); break;
-        case Value::kib: print("%lld\n", static_cast<long long>(word) * 1024); break;
-        case Value::text: print("'%s'\n", gxfstring(value, 0, length)); break;
-        case Value::frame_rate: print("%d %s\n", number, gxfframerate(word)); break;
-        case Value::lines: print("%d %s\n", number, gxflinesperframe(word)); break;
-    }
-}
 
 // The tags of a section of the given length at the start of `bytes`, which reach to the end of the payload.
 // A section of length 0 still has one tag; a value may be shorter than what its tag shows of it.
@@ -86,9 +58,10 @@ void gxfmaptags(int indent, Bytes bytes, uint64_t length) {
         const uint8_t tag = bytes[position];
         const uint8_t size = bytes[position + 1];
         print("%*sTag 0x%02x% 4d ", indent, "", tag, size);
-        const auto row = std::ranges::find(kMapTags, tag, &MapTag::tag);
-        if (row != std::end(kMapTags)) {
-            print_value(*row, bytes.from(position + 2), size);
+        if (const TaggedRow *known = row_of(kMapTags, tag, &TaggedRow::tag)) {
+            FieldRow row = known->row;
+            if (row.kind == Field::printable_text) row.count = size;
+            print_field_row(big_endian(bytes.from(position + 2)), row);
         } else {
             print("\n");
         }

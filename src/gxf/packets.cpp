@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "common/names.h"
 #include "common/print.h"
 #include "gxf/gxf.h"
 #include "gxf/packets.h"
@@ -37,11 +38,6 @@ constexpr PacketType kPacketTypes[] = {
     {0xFF, Kind::map, "reserved"},
 };
 
-const PacketType *find_type(uint8_t type) {
-    const auto row = std::ranges::find(kPacketTypes, type, &PacketType::type);
-    return row == std::end(kPacketTypes) ? nullptr : row;
-}
-
 // The packet whose header stands at an offset; a message and a length of 0 when there is none.
 Packet gxftag(Input &input, uint64_t offset, Bytes header) {
     if (!input.has_place(static_cast<int64_t>(offset))) {
@@ -52,7 +48,7 @@ Packet gxftag(Input &input, uint64_t offset, Bytes header) {
         print("gxftag: fread error\n");
         return {};
     }
-    const PacketType *type = find_type(header[5]);
+    const PacketType *type = row_of(kPacketTypes, header[5], &PacketType::type);
     if (!bytes_are(header, 0, "\0\0\0\0\x01") || !bytes_are(header, 10, "\0\0\0\0\xE1\xE2") || !type) {
         print("gxftag: Format wrong\n");
         return {};

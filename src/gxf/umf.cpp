@@ -18,8 +18,6 @@ constexpr uint32_t kPacketDataRead = 32768;
 constexpr int64_t kTracks = 104;     // offset of the track descriptions
 constexpr int64_t kListTail = 128;   // an entry is listed when more than this follows its start
 constexpr int64_t kUserHeader = 16;  // bytes of a user data entry before its data
-constexpr uint64_t kFileName = 24;   // in a media description
-constexpr unsigned kFileNameSize = 88;
 
 // clang-format off
 constexpr FieldRow kPayloadRows[] = {
@@ -57,8 +55,7 @@ constexpr FieldRow kMediaRows[] = {
     {8, Field::dec32, "  fieldcnt    "},
     {16, Field::dec32, "  markin      "},
     {20, Field::dec32, "  markout     "},
-};
-constexpr FieldRow kMediaSampleRows[] = {
+    {24, Field::printable_text, "  filename    ", 88},
     {112, Field::dec32, "  type        "},
     {116, Field::dec32, "  sampling    "},
     {120, Field::dec32, "  size        "},
@@ -131,8 +128,6 @@ void print_media(const Umf &umf) {
     for (int64_t offset = start; umf.goes_on(offset, start, umf.media_size);) {
         const OrderedBytes entry = umf.entry(offset);
         print_field_rows(entry, kMediaRows);
-        print("  filename    '%s'\n", gxfstring(entry.bytes, kFileName, kFileNameSize));
-        print_field_rows(entry, kMediaSampleRows);
         const uint16_t length = entry.u16(0);
         if (length == 0) return;
         offset += length;

@@ -46,9 +46,9 @@ unsigned depth_after(const XmlLine &line, unsigned depth) {
 
 // An opening tag stands where its element does, a closing tag below it, an empty one below its parent.
 void print_line(LineBuffer &out, const XmlLine &line, unsigned depth) {
-    out.fill(' ', depth + (line.closing_tag ? 1 : 0) - (line.inside_tag ? 1 : 0));
+    out.blanks(depth + (line.closing_tag ? 1 : 0) - (line.inside_tag ? 1 : 0));
     out.text({line.text, line.length});
-    out.put('\n');
+    out.end_line();
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 // Windows portable executables: the COFF file header behind the MZ header.
 #include <ctime>
 
-#include "common/names.h"
+#include "common/field_rows.h"
 #include "common/print.h"
 #include "images/images.h"
 
@@ -21,11 +21,11 @@ uint32_t exe32(Bytes b, uint64_t offset) { return little32(b, offset); }
 
 void exedump(Bytes header) {
     const uint64_t pe = exe32(header, 0x3C);
-    const uint32_t machine = exe16(header, pe + 4);
+    const OrderedBytes fields = little_endian(header.from(pe));
     const std::time_t stamp = static_cast<int32_t>(exe32(header, pe + 8));
     const uint32_t characteristics = exe16(header, pe + 22);
     print("Fileformat:%s\n", characteristics & kIsDll ? "DLL" : "EXE");
-    print(" Platform         %s\n", name_of(kMachines, machine, "?"));
+    print_field_row(fields, {4, Field::name16, " Platform         ", {kMachines, "?"}});
     print(" TimeDateStamp    %s", std::ctime(&stamp));
-    print(" Characteristics  %04x\n", characteristics);
+    print_field_row(fields, {22, Field::hex16, " Characteristics  "});
 }

@@ -34,8 +34,6 @@ constexpr FieldRow kPixelDimensionRows[] = {
 };
 // clang-format on
 
-int32_t png_int32(Bytes b, uint64_t offset) { return static_cast<int32_t>(big32(b, offset)); }
-
 void print_pixel_dimensions(Bytes data) {
     print_field_rows(big_endian(data), kPixelDimensionRows);
     switch (data[8]) {
@@ -55,7 +53,7 @@ void hexdump_data(Input &input, uint64_t start, uint64_t size) {
 
 void print_chunk(Bytes chunk, uint64_t position) {
     print("%08llx: %c%c%c%c %d\n", static_cast<unsigned long long>(position), tiffchar(chunk[4]),
-          tiffchar(chunk[5]), tiffchar(chunk[6]), tiffchar(chunk[7]), png_int32(chunk, 0));
+          tiffchar(chunk[5]), tiffchar(chunk[6]), tiffchar(chunk[7]), big_endian(chunk).s32(0));
     const Bytes data = chunk.from(kChunkHeadSize);
     if (bytes_are(chunk, 4, "IHDR")) print_field_rows(big_endian(data), kImageHeaderRows);
     if (bytes_are(chunk, 4, "pHYs")) print_pixel_dimensions(data);
@@ -69,7 +67,7 @@ void pngdump(DumpOptions &opts, Input &input) {
     for (uint64_t position = kSignatureSize;;) {
         const Bytes chunk = input.bytes(position, kShownSize, kChunkHeadBlock);
         if (position >= input.end()) return;
-        const int32_t length = png_int32(chunk, 0);
+        const int32_t length = big_endian(chunk).s32(0);
         const uint64_t data = position + kChunkHeadSize;
         if (!bytes_are(chunk, 4, "IDAT")) {
             print_chunk(chunk, position);

@@ -34,12 +34,17 @@ constexpr FieldRow kBmpInfoRows[] = {
 };
 constexpr uint32_t kBmpInfoHeaderSize = 40;
 
-// TGA (Truevision): identification and colour map type, type, colour map and image fields.
-constexpr FieldRow kTgaIdRows[] = {
+// TGA (Truevision).
+constexpr CodeName kTgaTypes[] = {
+    {1, "Uncompressed Colormap"},
+    {2, "Uncompressed RGB"},
+    {9, "Runlength Encoded Colormap"},
+    {10, "Runlength Encoded RGB"},
+};
+constexpr FieldRow kTgaRows[] = {
     {0, Field::dec8, " idlength:    "},
     {1, Field::dec8, " cmap:        "},
-};
-constexpr FieldRow kTgaImageRows[] = {
+    {2, Field::dec8, " type:        ", kTgaTypes},
     {3, Field::dec16, " cmap_index:  "},
     {5, Field::dec16, " cmap_length: "},
     {7, Field::dec8, " cmap_size:   "},
@@ -50,15 +55,11 @@ constexpr FieldRow kTgaImageRows[] = {
     {16, Field::dec8, " depth:       "},
     {17, Field::dec8, " flag:        "},
 };
-constexpr CodeName kTgaTypes[] = {
-    {1, "Uncompressed Colormap"},
-    {2, "Uncompressed RGB"},
-    {9, "Runlength Encoded Colormap"},
-    {10, "Runlength Encoded RGB"},
-};
 
 // SGI image file format.
+constexpr CodeName kSgiStorages[] = {{0, "Uncompressed"}, {1, "RLE"}};
 constexpr FieldRow kSgiRows[] = {
+    {2, Field::dec8, " storage:         ", kSgiStorages},
     {3, Field::dec8, " bpc:             "},
     {4, Field::dec16, " dimension:       "},
     {6, Field::dec16, " xsize:           "},
@@ -69,7 +70,6 @@ constexpr FieldRow kSgiRows[] = {
     {24, Field::text, " name:            ", 79},
     {104, Field::dec32, " colormap:        "},
 };
-constexpr CodeName kSgiStorages[] = {{0, "Uncompressed"}, {1, "RLE"}};
 
 // Softimage PIC.
 constexpr FieldRow kSoftimageRows[] = {
@@ -107,14 +107,11 @@ void bmpdump(DumpOptions &, Bytes header) {
 
 void tgadump(DumpOptions &, Bytes header) {
     print("Fileformat:TGA\n");
-    print_field_rows(little_endian(header), kTgaIdRows);
-    print(" type:        %d %s\n", header[2], name_of(kTgaTypes, header[2]));
-    print_field_rows(little_endian(header), kTgaImageRows);
+    print_field_rows(little_endian(header), kTgaRows);
 }
 
 void sgidump(DumpOptions &, Bytes header) {
     print("Fileformat:SGI\n");
-    print(" storage:         %d %s\n", header[2], name_of(kSgiStorages, header[2]));
     print_field_rows(big_endian(header), kSgiRows);
 }
 

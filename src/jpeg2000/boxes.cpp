@@ -73,7 +73,7 @@ void print_image_header(Bytes buf, const Box &box) {
 
 void print_codestream(Bytes buf, const Box &box, int depth) {
     const uint64_t end = box.offset + box.length;
-    codestream.enter_codestream();
+    codestream().enter_codestream();
     for (uint64_t p = box.offset + kHeaderSize; p < end && buf[p] == 0xFF;) {
         const uint32_t code = buf[p + 1];
         const uint64_t size = jp2ffentry(buf, p, depth + 1, end);
@@ -132,7 +132,7 @@ void jp2dump(DumpOptions &, Input &input) {
     if (!check_buffer(input.size())) return;
     const Bytes buf = input.bytes();
     print("Fileformat:JP2\n");
-    codestream.enter_file();
+    codestream().enter_file();
     uint64_t offset = 0;
     while (offset < buf.size()) {
         const uint64_t size = jp2entry(buf, offset, 0, buf.size() - offset);

@@ -4,7 +4,9 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "common/names.h"
 #include "common/print.h"
+#include "common/run.h"
 #include "jpeg2000/hexdump.h"
 #include "jpeg2000/jpeg2000.h"
 
@@ -49,7 +51,7 @@ constexpr Marker kMarkers[] = {
 };
 
 void check_place(uint32_t allowed, const char *name) {
-    if (codestream.cs_state & allowed) return;
+    if (codestream().cs_state & allowed) return;
     print(" - failure !!! %s marker is not allowed at this position\n", name);
 }
 
@@ -66,13 +68,13 @@ void print_sot(const Segment &s) {
 
 void print_fields(uint32_t code, const Segment &segment) {
     switch (code) {
-        case 0x51: print_siz(codestream, segment); break;
-        case 0x52: print_cod(codestream, segment); break;
-        case 0x53: print_coc(codestream, segment); break;
+        case 0x51: print_siz(codestream(), segment); break;
+        case 0x52: print_cod(codestream(), segment); break;
+        case 0x53: print_coc(codestream(), segment); break;
         case 0x55: print_tlm(segment); break;
         case 0x5C: print_qcd(segment); break;
-        case 0x5D: print_qcc(codestream, segment); break;
-        case 0x5F: print_poc(codestream, segment); break;
+        case 0x5D: print_qcc(codestream(), segment); break;
+        case 0x5F: print_poc(codestream(), segment); break;
         case 0x64: print_cme(segment); break;
         case 0x90: print_sot(segment); break;
         default: break;
@@ -84,7 +86,7 @@ bool is_checked_first(uint32_t code) { return code == 0x5C || code == 0x5D || co
 
 void check_marker(const Marker &marker) {
     if (marker.code == 0x90) {
-        if (codestream.cs_state == kTilePartHeader) check_place(0, marker.failure);
+        if (codestream().cs_state == kTilePartHeader) check_place(0, marker.failure);
     } else if (marker.allowed) {
         check_place(marker.allowed, marker.failure);
     }
@@ -97,8 +99,8 @@ void print_segment(const Marker &marker, const Segment &segment) {
     print_fields(marker.code, segment);
     if (!is_checked_first(marker.code)) check_marker(marker);
     if (marker.code == 0x90) {
-        codestream.cs_state = kTilePartHeader;
-        codestream.nearest_sot = {segment.offset, segment.offset};
+        codestream().cs_state = kTilePartHeader;
+        codestream().nearest_sot = {segment.offset, segment.offset};
     }
     jp2_hexdump(segment.buf, segment.offset, segment.size);
 }
@@ -107,14 +109,14 @@ void print_segment(const Marker &marker, const Segment &segment) {
 // they stand; of what was not yet searched, the last 16 MiB are.
 uint64_t find_sot(Bytes buf, uint64_t offset) {
     const uint64_t reach = offset > kSearchLimit ? offset - kSearchLimit : 0;
-    const uint64_t lowest = std::max(codestream.nearest_sot.searched_to, reach);
+    const uint64_t lowest = std::max(codestream().nearest_sot.searched_to, reach);
     for (uint64_t t = offset; t > lowest; t--) {
         if (buf[t] != 0xFF || buf[t + 1] != 0x90) continue;
-        codestream.nearest_sot.offset = t;
+        codestream().nearest_sot.offset = t;
         break;
     }
-    codestream.nearest_sot.searched_to = offset;
-    return codestream.nearest_sot.offset;
+    codestream().nearest_sot.searched_to = offset;
+    return codestream().nearest_sot.offset;
 }
 
 // Bytes from the SOD marker to the end of its tile-part, through `end` where no SOT marker says where that
@@ -140,7 +142,7 @@ uint64_t print_sod(Bytes buf, uint64_t offset, uint64_t end) {
     const uint64_t size = tile_part_rest(buf, offset, end);
     if (offset == 0) return end;
     check_place(kTilePartHeader, "SOD");
-    codestream.cs_state = kTileData;
+    codestream().cs_state = kTileData;
     return size;
 }
 
@@ -150,10 +152,10 @@ uint64_t print_delimiter(Bytes buf, uint64_t offset, uint32_t code, uint64_t siz
     switch (code) {
         case 0x4F:
             print("%08x: SOC/%d - Start of codestream\n", at, static_cast<int>(kMarkerSize));
-            if (codestream.cs_state != kBeforeStart) {
+            if (codestream().cs_state != kBeforeStart) {
                 print(" - failure !!! This marker is mot allowed in this Position !!!\n");
             }
-            codestream.cs_state = kMainHeader;
+            codestream().cs_state = kMainHeader;
             return kMarkerSize;
         case 0x91:
             // The line shows the size and the packet's number.
@@ -167,15 +169,15 @@ uint64_t print_delimiter(Bytes buf, uint64_t offset, uint32_t code, uint64_t siz
             return kMarkerSize;
         default:
             print("%08x: EOC/%d - End of codestream\n", at, static_cast<int>(kMarkerSize));
-            if (codestream.cs_state != kTileData) check_place(0, "EOC");
-            codestream.cs_state = kAfterEnd;
+            if (codestream().cs_state != kTileData) check_place(0, "EOC");
+            codestream().cs_state = kAfterEnd;
             return kMarkerSize;
     }
 }
 
 }  // namespace
 
-CodestreamState codestream;
+CodestreamState &codestream() { return Run::state<CodestreamState>(); }
 
 uint64_t jp2ffentry(Bytes buf, uint64_t offset, int, uint64_t end) {
     const uint32_t at = static_cast<uint32_t>(offset);
@@ -193,9 +195,7 @@ uint64_t jp2ffentry(Bytes buf, uint64_t offset, int, uint64_t end) {
     if (code == 0x4F || code == 0x91 || code == 0x92 || code == kEndOfCodestream) {
         return print_delimiter(buf, offset, code, size);
     }
-    const auto *marker = std::find_if(std::begin(kMarkers), std::end(kMarkers),
-                                      [&](const Marker &m) { return m.code == code; });
-    if (marker != std::end(kMarkers)) {
+    if (const Marker *marker = row_of(kMarkers, code, &Marker::code)) {
         print_segment(*marker, {buf, offset, size});
         return size;
     }
@@ -212,8 +212,8 @@ void jpcdump(DumpOptions &, Input &input, int skip_prefix) {
     if (!check_buffer(input.size())) return;
     const Bytes buf = input.bytes();
     print("Fileformat: unwrapped JPEG2000 codestream \n");
-    codestream.enter_file();
-    codestream.enter_codestream();
+    codestream().enter_file();
+    codestream().enter_codestream();
     uint64_t p = skip_prefix ? kPrefixSize : 0;
     while (p < buf.size() && buf[p] == 0xFF) {
         const uint64_t size = jp2ffentry(buf, p, 0, buf.size());

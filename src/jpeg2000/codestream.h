@@ -46,7 +46,8 @@ struct CodestreamState {
     void enter_file() { nearest_sot = {}; }
     void enter_codestream() { cs_state = 0; }
 };
-extern CodestreamState codestream;
+// Of the run: it goes on from file to file.
+CodestreamState &codestream();
 
 void print_siz(CodestreamState &state, const Segment &segment);
 void print_cod(CodestreamState &state, const Segment &segment);

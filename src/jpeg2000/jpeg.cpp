@@ -1,5 +1,4 @@
 // JPEG markers (ISO/IEC 10918-1) with JFIF and EXIF segments.
-#include <algorithm>
 #include <cstdio>
 
 #include "common/field_rows.h"
@@ -97,10 +96,9 @@ void print_jfif(Bytes segment) {
 
 // The TIFF structure of an EXIF segment.
 void print_exif(DumpOptions &opts, Bytes tiff, Budget &budget) {
-    const bool little_endian = tiff[0] == 'I' && tiff[2] == '*';
-    const bool big_endian = tiff[0] == 'M' && tiff[3] == '*';
-    if (little_endian || big_endian) {
-        tiffdumpifd(opts, tiff, tiffuint32(tiff.from(4), big_endian), big_endian, budget);
+    const OrderedBytes base = tiff[0] == 'M' ? big_endian(tiff) : little_endian(tiff);
+    if (tiff[base.is_big() ? 3 : 2] == '*' && (base.is_big() || tiff[0] == 'I')) {
+        tiffdumpifd(opts, base, base.u32(4), budget);
     } else {
         print(" Unknown type\n");
     }
@@ -128,9 +126,7 @@ void print_application(DumpOptions &opts, Bytes segment, uint64_t size, Budget &
 uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint64_t size, Budget &budget) {
     const Bytes segment = buf.from(offset);
     const uint32_t code = segment[1];
-    if (const auto *title = std::find_if(std::begin(kTitles), std::end(kTitles),
-                                         [&](const Title &t) { return t.code == code; });
-        title != std::end(kTitles)) {
+    if (const Title *title = row_of(kTitles, code, &Title::code)) {
         print_header(offset, title->name, code, size);
         print("%s", title->line);
         return size;

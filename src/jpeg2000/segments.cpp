@@ -50,13 +50,13 @@ int32_t power_of_two(uint32_t exponent) { return exponent < 31 ? 1 << exponent :
 uint64_t component_size(const CodestreamState &state) { return state.cs_numComponents <= 256 ? 1 : 2; }
 
 void print_partition(uint32_t style) {
-    print(style & 1 ? " - entropy encoder with partition (precincts)\n"
-                    : " - entropy encoder without partition (precincts)\n");
+    print("%s\n", style & 1 ? " - entropy encoder with partition (precincts)"
+                            : " - entropy encoder without partition (precincts)");
 }
 
 void print_sop_and_eph(uint32_t style) {
-    print(style & 2 ? " - SOP marker segments are used\n" : " - No SOP marker segments are used\n");
-    print(style & 4 ? " - EPH marker segments are used\n" : " - No EPH mmarker segments are used\n");
+    print("%s\n", style & 2 ? " - SOP marker segments are used" : " - No SOP marker segments are used");
+    print("%s\n", style & 4 ? " - EPH marker segments are used" : " - No EPH mmarker segments are used");
 }
 
 // The fields that COD and COC share, from the decomposition levels on; returns the number of precinct sizes.

@@ -45,22 +45,6 @@ bool parse_mxf_switch(DumpOptions &opts, const char *arg) {
     }
 }
 
-// A switch is known by its second character alone.
-bool parse_switch(DumpOptions &opts, const char *arg) {
-    switch (arg[1]) {
-        case 'a': opts.flag_a = 1; return true;
-        case 'd': opts.file_dump = 1; return true;
-        case 'h': parse_hex_switch(opts, arg); return true;
-        case 'm': return parse_mxf_switch(opts, arg);
-        case 'p': opts.flag_p = 1; return true;
-        case 's': opts.string_search = 1; return true;
-        case 't': opts.flag_t = 1; return true;
-        case 'u': opts.flag_u = 1; return true;
-        case 'v': opts.verbose += 1; return true;
-        default: return false;
-    }
-}
-
 // Refuses a name in which an s follows a % without a digit between them, with one line a refused character.
 bool check_name(const char *name) {
     bool accepted = true;
@@ -86,6 +70,21 @@ bool check_pattern(const char *pattern) {
 }
 
 }  // namespace
+
+bool parse_switch(DumpOptions &opts, const char *arg) {
+    switch (arg[1]) {
+        case 'a': opts.flag_a = 1; return true;
+        case 'd': opts.file_dump = 1; return true;
+        case 'h': parse_hex_switch(opts, arg); return true;
+        case 'm': return parse_mxf_switch(opts, arg);
+        case 'p': opts.flag_p = 1; return true;
+        case 's': opts.string_search = 1; return true;
+        case 't': opts.flag_t = 1; return true;
+        case 'u': opts.flag_u = 1; return true;
+        case 'v': opts.verbose += 1; return true;
+        default: return false;
+    }
+}
 
 void usage() {
     print(

@@ -17,5 +17,8 @@ struct CommandLine {
 // whose text (version, usage or refused name) has then been printed.
 int parse_command_line(int argc, char **argv, CommandLine &line);
 
+// Sets what a switch sets; false for one that is none. A switch is known by its second character alone.
+bool parse_switch(DumpOptions &opts, const char *arg);
+
 // Prints the usage text.
 void usage();

@@ -8,6 +8,7 @@
 
 #include "audio/audio.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "dpx/dpx.h"
 #include "exr/exr.h"
 #include "gxf/gxf.h"
@@ -36,8 +37,10 @@ struct File {
     Bytes head;  // kDetectionSize bytes
 };
 
-// A format is recognised by its file's first bytes, a further condition, or both.
+// A format is recognised by its file's first bytes, a further condition, or both. Its name is what data about
+// a file calls it.
 struct Format {
+    const char *name;
     std::string_view magic;
     void (*dump)(const File &);
     bool (*condition)(const File &) = nullptr;
@@ -98,86 +101,89 @@ bool is_portable_map(const File &in) { return in.head[1] >= '1' && in.head[1] <=
 // clang-format off
 constexpr Format kFormats[] = {
     // Magic numbers that files hold in either byte order.
-    {"\x00\x00\x01\xB3"sv, dump_mpeg},  // sequence header
-    {"\xB3\x01\x00\x00"sv, dump_mpeg},
-    {"\x00\x00\x01\xBA"sv, dump_mpeg},  // pack header
-    {"\xBA\x01\x00\x00"sv, dump_mpeg},
-    {"\x76\x2F\x31\x01"sv, dump_exr},
-    {"\x01\x31\x2F\x76"sv, dump_exr},
-    {"\x06\x0E\x2B\x34"sv, [](const File &in) { mxfdump(in.opts, in.input); }},  // SMPTE universal label
-    {"ARRI"sv, dump_arri},
-    {"IRRA"sv, dump_arri},
-    {"SDPX"sv, dump_dpx},
-    {"XPDS"sv, dump_dpx},
-    {"\x80\x2A\x5F\xD7"sv, dump_cineon},
-    {"\xD7\x5F\x2A\x80"sv, dump_cineon},
+    {"MPEG", "\x00\x00\x01\xB3"sv, dump_mpeg},  // sequence header
+    {"MPEG", "\xB3\x01\x00\x00"sv, dump_mpeg},
+    {"MPEG", "\x00\x00\x01\xBA"sv, dump_mpeg},  // pack header
+    {"MPEG", "\xBA\x01\x00\x00"sv, dump_mpeg},
+    {"OpenEXR", "\x76\x2F\x31\x01"sv, dump_exr},
+    {"OpenEXR", "\x01\x31\x2F\x76"sv, dump_exr},
+    {"MXF", "\x06\x0E\x2B\x34"sv, [](const File &in) { mxfdump(in.opts, in.input); }},  // SMPTE universal label
+    {"ARRI", "ARRI"sv, dump_arri},
+    {"ARRI", "IRRA"sv, dump_arri},
+    {"DPX", "SDPX"sv, dump_dpx},
+    {"DPX", "XPDS"sv, dump_dpx},
+    {"Cineon", "\x80\x2A\x5F\xD7"sv, dump_cineon},
+    {"Cineon", "\xD7\x5F\x2A\x80"sv, dump_cineon},
 
-    {"\x00\x03"sv, [](const File &in) { fontdump(in.opts, in.input); }},
-    {"BM"sv, [](const File &in) { bmpdump(in.opts, in.head); }},
-    {"\x01\xDA"sv, [](const File &in) { sgidump(in.opts, in.head); }},
-    {"FORM"sv, [](const File &in) { aiffdump(in.opts, in.head, in.name); }},
-    {"RIFF"sv, [](const File &in) { riffdump(in.opts, in.head, in.name, 0); }},
-    {"RF64"sv, [](const File &in) { riffdump(in.opts, in.head, in.name, 1); }},
-    {"STREAMER"sv, [](const File &in) { rawdump(in.opts, in.name); }},
+    {"FNT", "\x00\x03"sv, [](const File &in) { fontdump(in.opts, in.input); }},
+    {"BMP", "BM"sv, [](const File &in) { bmpdump(in.opts, in.head); }},
+    {"SGI", "\x01\xDA"sv, [](const File &in) { sgidump(in.opts, in.head); }},
+    {"AIFF", "FORM"sv, [](const File &in) { aiffdump(in.opts, in.head, in.name); }},
+    {"RIFF", "RIFF"sv, [](const File &in) { riffdump(in.opts, in.head, in.name, 0); }},
+    {"RF64", "RF64"sv, [](const File &in) { riffdump(in.opts, in.head, in.name, 1); }},
+    {"SDI", "STREAMER"sv, [](const File &in) { rawdump(in.opts, in.name); }},
 
-    {"II"sv, dump_tiff},
-    {"MM"sv, dump_tiff},
-    {"MZ"sv, [](const File &in) { exedump(in.head); }, is_executable},
+    {"TIFF", "II"sv, dump_tiff},
+    {"TIFF", "MM"sv, dump_tiff},
+    {"PE", "MZ"sv, [](const File &in) { exedump(in.head); }, is_executable},
 
     // Files that begin with a 32-bit size or a leader whose first bytes are zero.
-    {"\x00\x00\x00\x0CjP  \r\n\x87\n"sv, [](const File &in) { jp2dump(in.opts, in.input); }},
-    {"\x00\x00"sv, [](const File &in) { reddumpv1(in.opts, in.input); },
+    {"JP2", "\x00\x00\x00\x0CjP  \r\n\x87\n"sv, [](const File &in) { jp2dump(in.opts, in.input); }},
+    {"R3D", "\x00\x00"sv, [](const File &in) { reddumpv1(in.opts, in.input); },
      [](const File &in) { return bytes_are(in.head, 4, "RED1"); }},
-    {"\x00\x00"sv, [](const File &in) { reddumpv2(in.opts, in.input); },
+    {"R3D", "\x00\x00"sv, [](const File &in) { reddumpv2(in.opts, in.input); },
      [](const File &in) { return bytes_are(in.head, 4, "RED2"); }},
-    {"\x00\x00\x00\x00\x01"sv, [](const File &in) { gxfdump(in.opts, in.input); },
+    {"GXF", "\x00\x00\x00\x00\x01"sv, [](const File &in) { gxfdump(in.opts, in.input); },
      [](const File &in) { return bytes_are(in.head, 14, "\xE1\xE2"); }},
 
-    {"\xFF\x4F\xFF\x51"sv, [](const File &in) { jpcdump(in.opts, in.input, 0); }},
-    {"\xFF\xFF\xFF\xF0"sv, [](const File &in) { jpcdump(in.opts, in.input, 1); }},
-    {"\xFF\xD8"sv, [](const File &in) { jpgdump(in.opts, in.input); }},
-    {"\xFF\xFE"sv, dump_text},  // UTF-16, little-endian
-    {"\xFF"sv, [](const File &) { print("Fileformat:MP3\n"); },
+    {"JPEG 2000", "\xFF\x4F\xFF\x51"sv, [](const File &in) { jpcdump(in.opts, in.input, 0); }},
+    {"JPEG 2000", "\xFF\xFF\xFF\xF0"sv, [](const File &in) { jpcdump(in.opts, in.input, 1); }},
+    {"JPEG", "\xFF\xD8"sv, [](const File &in) { jpgdump(in.opts, in.input); }},
+    {"text", "\xFF\xFE"sv, dump_text},  // UTF-16, little-endian
+    {"MP3", "\xFF"sv, [](const File &) { print("Fileformat:MP3\n"); },
      [](const File &in) { return (in.head[1] & 0xF0) == 0xF0; }},
 
-    {"{\\rtf"sv, [](const File &) { print("Fileformat:RTF - Rich Text Format\n"); }},
-    {"\xFE\xFF"sv, dump_text},      // UTF-16, big-endian
-    {"\xEF\xBB\xBF"sv, dump_text},  // UTF-8
-    {"%PDF-"sv, [](const File &) { print("Fileformat:PDF\n"); }},
-    {"GIF"sv, [](const File &) { print("Fileformat:GIF\n"); }},
-    {"G"sv, dump_transport_stream, is_transport_stream},
-    {"\x89PNG\r\n\x1A\n"sv, [](const File &in) { pngdump(in.opts, in.input); }},
-    {"\x8AMNG\r\n\x1A\n"sv, [](const File &in) { mngdump(in.opts, in.input); }},
-    {"P"sv, [](const File &in) { ppmdump(in.opts, in.input); }, is_portable_map},
-    {"<?xml"sv, dump_xml},
-    {"S\x80\xF6\x34\x40\x40\x00\x00"sv, [](const File &in) { softdump(in.opts, in.head); }},
+    {"RTF", "{\\rtf"sv, [](const File &) { print("Fileformat:RTF - Rich Text Format\n"); }},
+    {"text", "\xFE\xFF"sv, dump_text},      // UTF-16, big-endian
+    {"text", "\xEF\xBB\xBF"sv, dump_text},  // UTF-8
+    {"PDF", "%PDF-"sv, [](const File &) { print("Fileformat:PDF\n"); }},
+    {"GIF", "GIF"sv, [](const File &) { print("Fileformat:GIF\n"); }},
+    {"MPEG-TS", "G"sv, dump_transport_stream, is_transport_stream},
+    {"PNG", "\x89PNG\r\n\x1A\n"sv, [](const File &in) { pngdump(in.opts, in.input); }},
+    {"MNG", "\x8AMNG\r\n\x1A\n"sv, [](const File &in) { mngdump(in.opts, in.input); }},
+    {"Netpbm", "P"sv, [](const File &in) { ppmdump(in.opts, in.input); }, is_portable_map},
+    {"XML", "<?xml"sv, dump_xml},
+    {"Softimage", "S\x80\xF6\x34\x40\x40\x00\x00"sv, [](const File &in) { softdump(in.opts, in.head); }},
 
-    {""sv, [](const File &in) { qtdump(in.name); },
+    {"QuickTime", ""sv, [](const File &in) { qtdump(in.name); },
      [](const File &in) { return is_named(in, {".mov", ".qt"}); }},
-    {""sv, [](const File &in) { tgadump(in.opts, in.head); },
+    {"TGA", ""sv, [](const File &in) { tgadump(in.opts, in.head); },
      [](const File &in) { return is_named(in, {".tga", ".targa"}); }},
-    {""sv, [](const File &in) { yuvdump(in.opts, in.input); },
+    {"YUV", ""sv, [](const File &in) { yuvdump(in.opts, in.input); },
      [](const File &in) { return is_named(in, {".yuv8", ".yuv", ".qtl", ".qnt"}); }},
-    {""sv, [](const File &in) { yuv10dump(in.opts, in.input); },
+    {"YUV", ""sv, [](const File &in) { yuv10dump(in.opts, in.input); },
      [](const File &in) { return is_named(in, {".yuv10"}); }},
-    {""sv, [](const File &in) { yuv16dump(in.opts, in.input); },
+    {"YUV", ""sv, [](const File &in) { yuv16dump(in.opts, in.input); },
      [](const File &in) { return is_named(in, {".yuv16"}); }},
-    {""sv, dump_text,
+    {"text", ""sv, dump_text,
      [](const File &in) { return is_named(in, {".3dl", ".txt", ".scc", ".lut", ".edl", ".vamc"}); }},
-    {"PK"sv, [](const File &) { print("Fileformat:ZIP\n"); }},
+    {"ZIP", "PK"sv, [](const File &) { print("Fileformat:ZIP\n"); }},
 };
 // clang-format on
 
 }  // namespace
 
-void dispatch(DumpOptions &opts, Input &input, const char *name, int range_flag) {
+bool dispatch(DumpOptions &opts, Input &input, const char *name, int range_flag) {
     const File in{opts, input, name, range_flag, input.bytes(0, kDetectionSize)};
     for (const Format &format : kFormats) {
-        if (recognises(format, in)) {
-            format.dump(in);
-            return;
-        }
+        forget();
+        if (!recognises(format, in)) continue;
+        if (listening) stream::keep_reads();  // the magic number is the first line's
+        stream::tell_format(format.name);
+        format.dump(in);
+        return true;
     }
     print("Unknown fileformat of file '%s' %02x %02x %02x %02x\n", name, in.head[0], in.head[1], in.head[2],
           in.head[3]);
+    return false;
 }

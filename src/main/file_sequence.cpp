@@ -2,18 +2,20 @@
 
 #include <string>
 
+#include "common/end_of_run.h"
 #include "common/input.h"
 #include "common/link.h"
 #include "common/name_pattern.h"
 #include "common/print.h"
+#include "common/run.h"
 #include "main/dispatch.h"
+#include "main/dump.h"
 #include "raw/raw.h"
 
 namespace {
 
-bool is_raw_view(const DumpOptions &opts) { return opts.hex_dump || opts.file_dump || opts.string_search; }
-
-void dump_open(DumpOptions &opts, Input &input, int range_flag) {
+// False, behind a line that says so, for a format that is not known.
+bool dump_open(DumpOptions &opts, Input &input, int range_flag) {
     if (opts.hex_dump) {
         hexdumpfile(opts, input, opts.hex_start, opts.hex_length);
     } else if (opts.file_dump) {
@@ -21,8 +23,15 @@ void dump_open(DumpOptions &opts, Input &input, int range_flag) {
     } else if (opts.string_search) {
         stringsearchfile(opts, input);
     } else {
-        dispatch(opts, input, input.name(), range_flag);
+        return dispatch(opts, input, input.name(), range_flag);
     }
+    return true;
+}
+
+// The head is read first where the format is to be recognised.
+bool open_for_dump(const DumpOptions &opts, Input &input) {
+    const bool raw = opts.hex_dump || opts.file_dump || opts.string_search;
+    return input.open(raw ? 0 : kDetectionSize);
 }
 
 void dump_named(DumpOptions &opts, const char *name, int range_flag, Link &link, const char *next_name) {
@@ -48,16 +57,34 @@ void dump_range(CommandLine &line, Link &link) {
 
 }  // namespace
 
-// The head is read first where the format is to be recognised.
 void dump_input(DumpOptions &opts, Input &input, int range_flag) {
-    if (input.open(is_raw_view(opts) ? 0 : kDetectionSize)) {
+    if (open_for_dump(opts, input)) {
         dump_open(opts, input, range_flag);
     } else {
         print("Could not open file '%s'\n", input.name());
     }
 }
 
+DumpOutcome dump(const char *path, const DumpOptions &options, Listener *listener) {
+    const Run run;
+    Listening listening_to(listener);
+    DumpOptions opts = options;
+    DumpOutcome outcome;
+    Link link;
+    Input input(path, &link);
+    try {
+        if (!open_for_dump(opts, input)) return {DumpOutcome::unopened};
+        if (!dump_open(opts, input, 0)) outcome.end = DumpOutcome::unknown;
+        listening_to.finish();
+    } catch (const EndOfRun &end) {
+        outcome.status = end.status;
+        listening_to.finish();
+    }
+    return outcome;
+}
+
 void dump_files(CommandLine &line) {
+    const Run run;
     standard_output.goes_on_without(line.opts.save_frames != 0);
     Link link;
     if (line.range_flag) {

@@ -8,6 +8,6 @@
 // dump of the recognised format.
 void dump_files(CommandLine &line);
 
-// The same for one input; range_flag is 1 for a frame of a range. One that could not be opened gives a line
-// that says so.
+// The same for one input, in the current run; range_flag is 1 for a frame of a range. One that could not be
+// opened gives a line that says so.
 void dump_input(DumpOptions &opts, Input &input, int range_flag);

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "common/names.h"
+#include "common/values.h"
 
 namespace {
 
@@ -74,8 +75,8 @@ uint32_t mpegstreamid(mpeg_reader &reader, char *text, uint32_t id) {
 }
 
 void mpegsystemtime2string(char *text, double time) {
-    std::snprintf(text, kTimeText, "%02d:%02d:%02d:%06d", static_cast<int>(time / 3600000000.0),
-                  static_cast<int>(std::fmod(time / 60000000.0, 60)),
-                  static_cast<int>(std::fmod(time / 1000000.0, 60)),
-                  static_cast<int>(std::fmod(time, 1000000.0)));
+    const char *clock =
+        clock_text(static_cast<int>(time / 3600000000.0), static_cast<int>(std::fmod(time / 60000000.0, 60)),
+                   static_cast<int>(std::fmod(time / 1000000.0, 60)));
+    std::snprintf(text, kTimeText, "%s:%06d", clock, static_cast<int>(std::fmod(time, 1000000.0)));
 }

@@ -14,7 +14,7 @@ constexpr int64_t kPayload = 184;    // bytes of a packet behind its header
 constexpr int64_t kShownBytes = 16;  // of the payload
 
 void put_digit(LineBuffer &out, uint32_t value) {
-    out.put(' ');
+    out.literal(" ");
     out.decimal(value);
 }
 
@@ -23,11 +23,14 @@ int64_t put_adaptation_field(LineBuffer &out, mpeg_reader &reader, uint32_t pid)
     const int64_t length = mpegbits(reader, 8);
     const uint32_t flags = mpegbits(reader, 8);
     if (length > 1) mpegbytes(reader, length - 1);
-    if (pid < 16 || pid > 8190) out.text("Control packet\n");
+    if (pid < 16 || pid > 8190) {
+        out.literal("Control packet");
+        out.end_row();
+    }
     out.put(' ');
     out.decimal(static_cast<uint64_t>(length), 2, '0');
     for (int i = 7; i >= 0; i--) put_digit(out, flags >> i & 1U);
-    out.put('\n');
+    out.end_row();
     // A field of length 0 has no flags: what was read as such is the payload's first byte.
     return kPayload - 1 - std::max<int64_t>(length, 1);
 }
@@ -49,7 +52,7 @@ void put_packet(LineBuffer &out, mpeg_reader &reader) {
     for (const uint32_t field : {error, start, priority, scrambling, adaptation, payload_flag, counter}) {
         put_digit(out, field);
     }
-    out.put('\n');
+    out.end_row();
     const int64_t payload = adaptation ? put_adaptation_field(out, reader, pid) : kPayload;
     // A packet that is all adaptation field has no payload; the bytes shown are then those of the next
     // packet.
@@ -58,7 +61,7 @@ void put_packet(LineBuffer &out, mpeg_reader &reader) {
         out.put(' ');
         out.hex(mpegbits(reader, 8), 2);
     }
-    out.put('\n');
+    out.end_row();
     if (payload > shown) mpegbytes(reader, payload - shown);
 }
 

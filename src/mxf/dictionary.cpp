@@ -6,6 +6,7 @@
 #include <cstring>
 #include <span>
 
+#include "common/hexrow.h"
 #include "common/print.h"
 
 namespace {
@@ -37,7 +38,6 @@ int find_row(std::span<const uint16_t> numbers, const Key &key, KeyOf key_of) {
 }  // namespace
 
 void printuuid(DumpOptions &opts, Bytes ul) {
-    static constexpr char digits[] = "0123456789abcdef";
     char text[16 * 5];
     char *p = text;
     for (uint64_t i = 0; i < 16; i++) {
@@ -46,8 +46,7 @@ void printuuid(DumpOptions &opts, Bytes ul) {
             *p++ = '0';
             *p++ = 'x';
         }
-        *p++ = digits[ul[i] >> 4];
-        *p++ = digits[ul[i] & 15];
+        p = write_hex(p, ul[i]);
     }
     standard_output.write({text, static_cast<size_t>(p - text)});
 }
@@ -76,7 +75,7 @@ int printidentifier(DumpOptions &opts, Bytes ul) {
     if (printrp224(ul)) return 1;
     const rp210_entry *row = mxf_find_rp210(opts, ul, 0);
     if (!row) return 0;
-    print(row->kind == ValueKind::node ? "RP210/Node/%s" : "RP210/%s", row->name);
+    print("RP210/%s%s", row->kind == ValueKind::node ? "Node/" : "", row->name);
     return 1;
 }
 

@@ -1,7 +1,6 @@
 // Body items: system items and essence elements of the generic container (SMPTE 379M, 385M), XML and legacy
 // items.
 #include <algorithm>
-#include <span>
 
 #include "common/line_buffer.h"
 #include "common/names.h"
@@ -24,7 +23,6 @@ constexpr CodeName kMetadataSetTitles[] = {
     {6, "  Data metadata set"},    {7, "  Control metadata set"},
 };
 
-constexpr CodeName kNoElements[] = {{0, ""}};
 constexpr CodeName kEssenceContainers[] = {
     {4, "   MPEG - ES"},
     {7, "   MPEG - PES"},
@@ -89,32 +87,32 @@ struct ItemType {
     uint32_t code;
     const char *title;
     uint64_t element_byte;
-    std::span<const CodeName> elements;
+    Names elements;
     const char *error;
 };
 constexpr ItemType kItemTypes[] = {
-    {0x00, "  DataFormatUndefined", 0, kNoElements, nullptr},
-    {0x02, "  Essence Container", 13, kEssenceContainers, "mxf_generic_data - essence container"},
-    {0x05, "  CP Picture", 14, kCpPictures, "mxf_generic_data"},
-    {0x06, "  CP Sound", 14, kCpSounds, "mxf_generic_data"},
-    {0x07, "  CP Data", 0, kNoElements, nullptr},
-    {kGcSystem, "  GC System Item", 13, kLineWrappedSystems, "mxf_generic_data"},
-    {kGcPicture, "  GC Picture", 14, kGcPictures, "mxf_generic_data - gc picture"},
-    {0x16, "  GC Sound", 14, kGcSounds, "mxf_generic_data - gc sound"},
-    {0x17, "  GC Data", 14, kGcDatas, "mxf_generic_data - gc data"},
-    {0x18, "  GC Compound", 14, kGcCompounds, "mxf_generic_data - gc compound - dv"},
+    {0x00, "  DataFormatUndefined", 0, {}, nullptr},
+    {0x02, "  Essence Container", 13, {kEssenceContainers, nullptr}, "mxf_generic_data - essence container"},
+    {0x05, "  CP Picture", 14, {kCpPictures, nullptr}, "mxf_generic_data"},
+    {0x06, "  CP Sound", 14, {kCpSounds, nullptr}, "mxf_generic_data"},
+    {0x07, "  CP Data", 0, {}, nullptr},
+    {kGcSystem, "  GC System Item", 13, {kLineWrappedSystems, nullptr}, "mxf_generic_data"},
+    {kGcPicture, "  GC Picture", 14, {kGcPictures, nullptr}, "mxf_generic_data - gc picture"},
+    {0x16, "  GC Sound", 14, {kGcSounds, nullptr}, "mxf_generic_data - gc sound"},
+    {0x17, "  GC Data", 14, {kGcDatas, nullptr}, "mxf_generic_data - gc data"},
+    {0x18, "  GC Compound", 14, {kGcCompounds, nullptr}, "mxf_generic_data - gc compound - dv"},
 };
 
 // Prints the line of an element; false after the error of one that has none.
-bool print_element(DumpOptions &opts, Bytes buffer, uint64_t offset, std::span<const CodeName> lines,
-                   uint32_t code, const char *error) {
-    for (const CodeName &line : lines) {
-        if (line.code != code) continue;
-        print("%s\n", line.name);
-        return true;
+bool print_element(DumpOptions &opts, Bytes buffer, uint64_t offset, Names lines, uint32_t code,
+                   const char *error) {
+    const char *line = lines[code];
+    if (line) {
+        print("%s\n", line);
+    } else {
+        mxferror(opts, buffer, offset, "%s", error);
     }
-    mxferror(opts, buffer, offset, "%s", error);
-    return false;
+    return line;
 }
 
 void print_bitmap(uint8_t bitmap) {
@@ -166,7 +164,7 @@ void print_system_metadata(DumpOptions &opts, Bytes buffer, uint64_t offset, uin
 void print_document(Bytes text) {
     LineBuffer out;
     size_t blanks = 0;
-    out.text("  ");
+    out.literal("  ");
     for (uint64_t i = 0; i < text.size(); i++) {
         const char c = static_cast<char>(text[i]);
         if (c == ' ') {
@@ -181,7 +179,7 @@ void print_document(Bytes text) {
         }
         blanks = 0;
     }
-    out.put('\n');
+    out.end_line();
 }
 
 }  // namespace
@@ -211,9 +209,8 @@ uint64_t mxf_generic_data(DumpOptions &opts, uint64_t file_position, Bytes buffe
     const ItemValue item = print_length_line(opts, file_position, buffer, offset);
     if (item.length == 0) return item.end() - offset;
     const uint32_t code = buffer[offset + 12];
-    const auto *type = std::find_if(std::begin(kItemTypes), std::end(kItemTypes),
-                                    [&](const ItemType &t) { return t.code == code; });
-    if (type == std::end(kItemTypes)) {
+    const ItemType *type = row_of(kItemTypes, code, &ItemType::code);
+    if (!type) {
         mxferror(opts, buffer, offset, "mxf_generic_data");
         return item.end() - offset;
     }
@@ -222,7 +219,7 @@ uint64_t mxf_generic_data(DumpOptions &opts, uint64_t file_position, Bytes buffe
     const uint32_t element = buffer[offset + type->element_byte];
     const bool known = print_element(opts, buffer, offset, type->elements, element, type->error);
     if (known && code == kGcSystem) {
-        print_element(opts, buffer, offset, kLineWrappedStarts, buffer[offset + 15], type->error);
+        print_element(opts, buffer, offset, {kLineWrappedStarts, nullptr}, buffer[offset + 15], type->error);
     }
     if (code == kGcPicture && element == kFrameWrappedJpeg2000 && opts.save_frames) {
         save_jpeg2000_frame(opts, item.in(buffer));

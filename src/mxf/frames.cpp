@@ -9,8 +9,15 @@
 #include "common/end_of_run.h"
 #include "common/name_pattern.h"
 #include "common/print.h"
+#include "common/run.h"
 
 namespace {
+
+// How many files a run wrote.
+struct Saved {
+    int32_t frames = 0;
+    int32_t triplets = 0;
+};
 
 // Whether all bytes were written.
 bool write_all(int fd, std::span<const uint8_t> bytes) {
@@ -45,11 +52,7 @@ void save(const DumpOptions &opts, int32_t number, Bytes value) {
 }  // namespace
 
 void save_jpeg2000_frame(const DumpOptions &opts, Bytes value) {
-    static int32_t index = 0;
-    save(opts, index++, value);
+    save(opts, Run::state<Saved>().frames++, value);
 }
 
-void save_triplet(const DumpOptions &opts, Bytes value) {
-    static int32_t index = 0;
-    save(opts, index++, value);
-}
+void save_triplet(const DumpOptions &opts, Bytes value) { save(opts, Run::state<Saved>().triplets++, value); }

@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 
+#include "common/run.h"
 #include "mxf/dictionary.h"
 
 namespace {
@@ -28,10 +29,7 @@ struct Registry {
     int32_t guidcount = 0;
 };
 
-Registry &registry() {
-    static Registry one;
-    return one;
-}
+Registry &registry() { return Run::state<Registry>(); }
 
 Guid guid_at(Bytes bytes) {
     Guid guid;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/hexrow.h"
+#include "common/ordered_bytes.h"
 #include "common/print.h"
 #include "common/values.h"
 #include "mxf/dictionary.h"
@@ -17,8 +18,6 @@ constexpr uint32_t kLabelSize = 16;
 constexpr uint64_t kArrayHeader = 8;
 constexpr int32_t kMostEmpty = 256;  // elements without bytes that are listed of an array
 
-int32_t s32(Bytes b, uint64_t offset) { return static_cast<int32_t>(mxfuint32(b.from(offset))); }
-
 // The first n bytes as "%02x " each; bytes beyond the item are 0.
 void put_cells(LineBuffer &out, Bytes bytes, uint64_t n) {
     for (uint64_t i = 0; i < n; i++) {
@@ -32,9 +31,9 @@ void print_unknown(Bytes value, uint32_t length) {
     LineBuffer out;
     const uint64_t shown = std::min(length, kMaxUnknown);
     for (uint64_t i = 0; i < shown; i += 16) {
-        out.text("    ");
+        out.literal("    ");
         put_cells(out, value.from(i), std::min<uint64_t>(16, shown - i));
-        out.put('\n');
+        out.end_row();
     }
 }
 
@@ -45,12 +44,13 @@ void print_text(const char *title, Bytes value, uint32_t length, uint32_t unit) 
     for (uint64_t i = 0; i + unit <= length && value.big(i, unit) != 0; i += unit) {
         out.put(tiffchar(value[i + unit - 1]));
     }
-    out.text("'\n");
+    out.literal("'");
+    out.end_line();
 }
 
 void print_rational(Bytes value) {
-    const int32_t numerator = s32(value, 0);
-    const int32_t denominator = s32(value, 4);
+    const int32_t numerator = big_endian(value).s32(0);
+    const int32_t denominator = big_endian(value).s32(4);
     print("   Rational %d/%d", numerator, denominator);
     if (denominator != 0) print(" %g", static_cast<double>(numerator) / denominator);
     print("\n");
@@ -58,8 +58,8 @@ void print_rational(Bytes value) {
 
 // Year, month, day, hour, minute, second and quarters of 4 milliseconds (SMPTE 377M, 3.3).
 void print_timestamp(const char *label, Bytes value) {
-    print("%s%04d.%02d.%02d %02d:%02d:%02d-%04d\n", label, mxfuint16(value), value[2], value[3], value[4],
-          value[5], value[6], value[7] * 4);
+    print("%s%04d.%02d.%02d %s-%04d\n", label, mxfuint16(value), value[2], value[3],
+          clock_text(value[4], value[5], value[6]), value[7] * 4);
 }
 
 // UMID (SMPTE 330M), basic or extended.
@@ -80,9 +80,9 @@ void print_package_id(DumpOptions &opts, Bytes buffer, uint64_t offset) {
     print_timestamp("   Timestamp    ", umid.from(32));
     print("   Cordinates   %08x %08x %08x\n", mxfuint32(umid.from(40)), mxfuint32(umid.from(44)),
           mxfuint32(umid.from(48)));
-    print("   Country      %d/%08x\n", s32(umid, 52), mxfuint32(umid.from(52)));
-    print("   Organization %d/%08x\n", s32(umid, 56), mxfuint32(umid.from(56)));
-    print("   User         %d/%08x\n", s32(umid, 60), mxfuint32(umid.from(60)));
+    print("   Country      %d/%08x\n", big_endian(umid).s32(52), mxfuint32(umid.from(52)));
+    print("   Organization %d/%08x\n", big_endian(umid).s32(56), mxfuint32(umid.from(56)));
+    print("   User         %d/%08x\n", big_endian(umid).s32(60), mxfuint32(umid.from(60)));
 }
 
 // One 16-bit number a pair of bytes, the first behind a blank, the others behind full stops.
@@ -118,7 +118,7 @@ struct Array {
     Array(Bytes value, Budget &elements_budget)
         : elements(value.from(kArrayHeader)),
           whole(value.has(0, kArrayHeader)),
-          count(s32(value, 0)),
+          count(big_endian(value).s32(0)),
           size(mxfuint32(value.from(4))),
           budget(elements_budget) {}
 
@@ -134,11 +134,11 @@ struct Array {
 };
 
 void put_element(LineBuffer &out, const char *indent, int32_t i, const Array &array) {
-    out.text(indent);
+    out.own(indent);
     out.decimal(static_cast<uint64_t>(i), 8, '0');
-    out.put(' ');
+    out.literal(" ");
     put_cells(out, array[i], std::min(array.size, kMaxElement));
-    out.put('\n');
+    out.end_row();
 }
 
 const char *frame_type(uint8_t flags) {
@@ -154,19 +154,19 @@ void put_index_entry(LineBuffer &out, int32_t i, const Array &array) {
     const Bytes entry = array[i];
     const uint8_t flags = entry[2];
     put_element(out, "    ", i, array);
-    out.text("             ");
+    out.literal("             ");
     out.hex(mxfuint64(entry.from(3)), 16, ' ');
     for (uint64_t k = 0; k < 2; k++) {
         const int offset = static_cast<int8_t>(entry[k]);
-        out.text(k ? " " : "  ");
-        if (offset >= 0) out.put(' ');
+        out.own(k ? " " : "  ");
+        if (offset >= 0) out.literal(" ");
         out.signed_decimal(offset);
     }
-    out.put(' ');
+    out.literal(" ");
     out.text(frame_type(flags));
     if (flags & 0x80) out.text(" Random");
     if (flags & 0x40) out.text(" Header");
-    out.put('\n');
+    out.end_row();
 }
 
 void print_labels(DumpOptions &opts, Bytes buffer, uint64_t offset, const Array &array, ValueKind kind) {
@@ -225,7 +225,9 @@ void mxf_print_rp210data(DumpOptions &opts, Bytes buffer, uint64_t offset, uint3
         case ValueKind::unicode: print_text("Unicode", value, length, 2); break;
         case ValueKind::boolean: print("   Boolean %s\n", value[0] ? "True" : "False"); break;
         case ValueKind::uint16: print("   Uint16 %d/%04x\n", mxfuint16(value), mxfuint16(value)); break;
-        case ValueKind::uint32: print("   Uint32 %d/%08x\n", s32(value, 0), mxfuint32(value)); break;
+        case ValueKind::uint32:
+            print("   Uint32 %d/%08x\n", big_endian(value).s32(0), mxfuint32(value));
+            break;
         case ValueKind::uint8: print("   Uint8  %d/%02x\n", value[0], value[0]); break;
         case ValueKind::strong_reference:
             print_strong_reference(opts, "   StrongReference ", value, "\n    References ");

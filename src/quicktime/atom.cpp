@@ -1,7 +1,6 @@
 #include "quicktime/atom.h"
 
 #include <algorithm>
-#include <string_view>
 
 #include "common/hexrow.h"
 #include "common/line_buffer.h"
@@ -98,12 +97,11 @@ void qt_move(QtFile &file, int32_t distance) {
     if (file.moved_back / kMostReturns > file.end() + Input::kBlock) file.ended = true;
 }
 
-void qt_hexdump(Bytes bytes, int indent, const char *label) {
+void qt_hexdump(Bytes bytes, int indent, std::string_view label) {
     LineBuffer out;
-    const std::string_view name = label;
     put_hexrows(out, bytes, {}, [&](LineBuffer &row, uint64_t offset) {
         row.fill(' ', static_cast<size_t>(indent));
-        row.text(name);
+        row.text(label);
         row.put(' ');
         row.hex(offset, 4);
         row.text(": ");

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "common/bytes.h"
 #include "common/input.h"
@@ -75,7 +76,7 @@ void qt_skip(QtFile &file, uint64_t n);
 void qt_move(QtFile &file, int32_t distance);
 
 // Rows of 16 bytes with offsets, each behind the indentation and a label.
-void qt_hexdump(Bytes bytes, int indent, const char *label);
+void qt_hexdump(Bytes bytes, int indent, std::string_view label);
 
 // Big-endian values beyond the plain integers.
 inline uint64_t swap64(Bytes b, uint64_t offset) { return big64(b, offset); }

@@ -31,7 +31,7 @@ constexpr const char kAudioFormats[][5] = {
 };
 
 constexpr QtRow kVideo[] = {
-    {0, u8, "res1", 6},
+    {0, u8, "res1[]", 6},
     {6, u16, "drefindex"},
     {8, u16, "version"},
     {10, u16, "revlevel"},
@@ -52,7 +52,7 @@ constexpr QtRow kVideo[] = {
 constexpr uint64_t kVideoSize = 78;
 
 constexpr QtRow kAudio[] = {
-    {0, u8, "res1", 6},
+    {0, u8, "res1[]", 6},
     {6, u16, "drefindex"},
     {8, u16, "version"},
     {10, u16, "revlevel"},
@@ -83,8 +83,9 @@ constexpr QtRow kSoundVersion2[] = {
     {22, u16, "always0"},
     {24, u32, "always65536"},
 };
-constexpr QtRow kStructSize[] = {{0, u32, "sizeOfStructOnly"}};
 constexpr QtRow kLinearAudio[] = {
+    {0, u32, "sizeOfStructOnly"},
+    {4, real64, "audioSampleRate"},
     {12, u32, "numAudioChannels"},
     {16, d32, "always7F000000"},
     {20, u32, "constBitsPerChannel"},
@@ -116,7 +117,7 @@ constexpr CodeName kLosslessFlags[] = {
 };
 
 constexpr QtRow kTimecode[] = {
-    {0, u8, "reserved", 6},
+    {0, u8, "reserved[]", 6},
     {6, u16, "drefindex"},
     {8, u32, "flags"},
     {12, u32, "timecode_flags"},
@@ -133,7 +134,7 @@ constexpr uint64_t kTimecodeSize = 26;
 constexpr uint64_t kTimecodePaddedSize = 28;
 
 constexpr QtRow kCaptions[] = {
-    {0, u8, "res1", 6},
+    {0, u8, "res1[]", 6},
     {6, u16, "drefindex"},
 };
 constexpr uint64_t kCaptionsSize = 8;
@@ -162,8 +163,6 @@ void print_format_flags(const QtAtom &atom) {
 }
 
 void print_linear_audio(const QtAtom &atom) {
-    print_qt_rows(atom, kStructSize);
-    print("%*saudioSampleRate=%f\n", atom.indent(), "", swap64_double(atom.data, 4));
     print_qt_rows(atom, kLinearAudio);
     print_format_flags(atom);
     print_qt_rows(atom, kPackets);

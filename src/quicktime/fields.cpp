@@ -4,88 +4,120 @@
 
 namespace {
 
-uint32_t unsigned_value(Bytes data, uint64_t offset, QtField kind) {
-    if (kind == QtField::u8) return data[offset];
-    return kind == QtField::u16 ? big16(data, offset) : big32(data, offset);
-}
+constexpr QtRow kVersionFlags[] = {{0, QtField::u8, "version"}, {1, QtField::u8, "flags[]", 3}};
 
-unsigned width_of(QtField kind) { return kind == QtField::u8 ? 1 : kind == QtField::u16 ? 2 : 4; }
-
-void print_array(Bytes data, int indent, const QtRow &row) {
-    for (unsigned i = 0; i < row.count; i++) {
-        const uint32_t value = unsigned_value(data, row.offset + i * width_of(row.kind), row.kind);
-        print("%*s%s[%d]=%u (0x%X)\n", indent, "", row.label, static_cast<int>(i), value, value);
+unsigned width_of(QtField kind) {
+    switch (kind) {
+        case QtField::u8: return 1;
+        case QtField::u16: return 2;
+        case QtField::halves:
+        case QtField::real64: return 8;
+        case QtField::matrix: return 12;
+        default: return 4;
     }
 }
 
-void print_version_flags(Bytes data, int indent, const QtRow &row) {
-    const uint32_t version = data[row.offset];
-    print("%*sversion=%u (0x%X)\n", indent, "", version, version);
-    for (int i = 0; i < 3; i++) {
-        const uint32_t flags = data[row.offset + 1U + static_cast<unsigned>(i)];
-        print("%*sflags[%d]=%u (0x%X)\n", indent, "", i, flags, flags);
-    }
+// A 16.16 fixed-point number in single precision.
+double fixed_point(uint32_t value) {
+    return static_cast<double>(static_cast<float>(value >> 16) +
+                               static_cast<float>(value & 0xFFFF) / 65536.0F);
 }
 
-void print_matrix(Bytes data, int indent, const QtRow &row) {
-    for (int i = 0; i < 3; i++) {
-        const Bytes line = data.from(row.offset + 12U * static_cast<unsigned>(i));
-        print("%*smatrix[%d]= 0x%08X 0x%08X 0x%08X\n", indent, "", i, big32(line, 0), big32(line, 4),
-              big32(line, 8));
-    }
+void put_hex(LineBuffer &out, uint32_t value) {
+    out.text(" (0x");
+    out.upper_hex(value);
+    out.put(')');
 }
 
-void print_fourcc(Bytes data, int indent, const QtRow &row) {
+void put_unsigned(LineBuffer &out, uint32_t value) {
+    out.decimal(value);
+    put_hex(out, value);
+}
+
+void put_halves(LineBuffer &out, uint32_t high, uint32_t low) {
+    out.decimal(high);
+    out.put('_');
+    out.decimal(low);
+    out.text(" (0x");
+    out.upper_hex(high);
+    out.upper_hex(low);
+    out.put(')');
+}
+
+void put_fourcc(Bytes field) {
     char characters[4];
-    for (unsigned i = 0; i < 4; i++) characters[i] = static_cast<char>(data[row.offset + i]);
-    print("%*s%s=%4.4s (0x%05X)\n", indent, "", row.label, characters, qt_type(characters));
+    for (unsigned i = 0; i < 4; i++) characters[i] = static_cast<char>(field[i]);
+    print("%4.4s (0x%05X)", characters, qt_type(characters));
 }
 
-void print_pstring(Bytes data, int indent, const QtRow &row) {
-    const int length = data[row.offset];
-    const Text text = text_at(data, row.offset + 1U, static_cast<uint64_t>(length));
-    print("%*s%s=%*.*s\n", indent, "", row.label, length, text.length, text.start);
+void put_pstring(Bytes field) {
+    const int length = field[0];
+    const Text text = text_at(field, 1, static_cast<uint64_t>(length));
+    print("%*.*s", length, text.length, text.start);
+}
+
+void put_value(LineBuffer &out, Bytes field, QtField kind) {
+    const uint32_t word = big32(field);
+    switch (kind) {
+        case QtField::u8: put_unsigned(out, field[0]); break;
+        case QtField::u16: put_unsigned(out, big16(field)); break;
+        case QtField::u32: put_unsigned(out, word); break;
+        case QtField::d32:
+            out.signed_decimal(static_cast<int32_t>(word));
+            put_hex(out, word);
+            break;
+        case QtField::halves: put_halves(out, word, big32(field, 4)); break;
+        case QtField::fixed:
+            print("%f", fixed_point(word));
+            put_hex(out, word);
+            break;
+        case QtField::real32: print("%f", static_cast<double>(swap32_float(field, 0))); break;
+        case QtField::real64: print("%f", swap64_double(field, 0)); break;
+        case QtField::fourcc: put_fourcc(field); break;
+        case QtField::pstring: put_pstring(field); break;
+        case QtField::matrix: print(" 0x%08X 0x%08X 0x%08X", word, big32(field, 4), big32(field, 8)); break;
+        case QtField::version_flags:
+        case QtField::hexdump: break;
+    }
+}
+
+void put_label(LineBuffer &out, int indent, const QtLabel &label, uint64_t index) {
+    out.blanks(static_cast<size_t>(indent));
+    out.own(label.before);
+    if (label.is_indexed()) {
+        out.signed_decimal(static_cast<int32_t>(index));
+        out.own(label.after);
+    }
+    out.literal("=");
 }
 
 void print_hexdump(Bytes data, int indent, const QtRow &row) {
     uint8_t bytes[UINT8_MAX];
     for (unsigned i = 0; i < row.count; i++) bytes[i] = data[row.offset + i];
-    qt_hexdump({bytes, row.count}, indent, row.label);
+    qt_hexdump({bytes, row.count}, indent, row.label.before);
 }
 
-void print_number(Bytes data, int indent, const QtRow &row) {
-    const uint32_t value = unsigned_value(data, row.offset, row.kind);
-    if (row.kind == QtField::d32) {
-        print("%*s%s=%d (0x%X)\n", indent, "", row.label, static_cast<int32_t>(value), value);
-    } else if (row.kind == QtField::fixed) {
-        print("%*s%s=%f (0x%X)\n", indent, "", row.label, static_cast<double>(qt_fixed(value)), value);
-    } else {
-        print("%*s%s=%u (0x%X)\n", indent, "", row.label, value, value);
+void put_row(LineBuffer &out, Bytes data, int indent, const QtRow &row, uint64_t index) {
+    if (row.kind == QtField::hexdump) return print_hexdump(data, indent, row);
+    if (row.kind == QtField::version_flags) {
+        return put_qt_rows(out, data.from(row.offset), indent, kVersionFlags);
     }
-}
-
-void print_row(Bytes data, int indent, const QtRow &row) {
-    switch (row.kind) {
-        case QtField::version_flags: return print_version_flags(data, indent, row);
-        case QtField::matrix: return print_matrix(data, indent, row);
-        case QtField::fourcc: return print_fourcc(data, indent, row);
-        case QtField::pstring: return print_pstring(data, indent, row);
-        case QtField::hexdump: return print_hexdump(data, indent, row);
-        case QtField::u8:
-        case QtField::u16:
-        case QtField::u32:
-        case QtField::d32:
-        case QtField::fixed:
-            return row.count ? print_array(data, indent, row) : print_number(data, indent, row);
+    for (unsigned i = 0; i < row.count; i++) {
+        const Bytes field = data.from(row.offset + uint64_t{i} * width_of(row.kind));
+        from(field.sub(0, width_of(row.kind)));
+        put_label(out, indent, row.label, index + i);
+        put_value(out, field, row.kind);
+        out.end_line();
     }
 }
 
 }  // namespace
 
-float qt_fixed(uint32_t value) {
-    return static_cast<float>(value >> 16) + static_cast<float>(value & 0xFFFF) / 65536.0F;
+void put_qt_rows(LineBuffer &out, Bytes data, int indent, std::span<const QtRow> rows, uint64_t index) {
+    for (const QtRow &row : rows) put_row(out, data, indent, row, index);
 }
 
 void print_qt_rows(const QtAtom &atom, std::span<const QtRow> rows) {
-    for (const QtRow &row : rows) print_row(atom.data, atom.indent(), row);
+    LineBuffer out;
+    put_qt_rows(out, atom.data, atom.indent(), rows);
 }

@@ -1,8 +1,7 @@
 // Atoms that are no more than a run of fields.
-#include <algorithm>
 #include <span>
 
-#include "common/print.h"
+#include "common/names.h"
 #include "quicktime/fields.h"
 #include "quicktime/printers.h"
 
@@ -19,8 +18,8 @@ constexpr QtRow kMovieHeader[] = {
     {16, u32, "duration"},
     {20, fixed, "rate"},
     {24, u16, "volume"},
-    {26, u8, "res1", 10},
-    {36, matrix},
+    {26, u8, "res1[]", 10},
+    {36, matrix, "matrix[]", 3},
     {72, u32, "preview_time"},
     {76, u32, "preview_dur"},
     {80, u32, "poster_time"},
@@ -37,12 +36,12 @@ constexpr QtRow kTrackHeader[] = {
     {12, u32, "trackid"},
     {16, u32, "res1"},
     {20, u32, "duration"},
-    {24, u32, "res2", 2},
+    {24, u32, "res2[]", 2},
     {32, u16, "layer"},
     {34, u16, "alt_group"},
     {36, u16, "volume"},
     {38, u16, "res3"},
-    {40, matrix},
+    {40, matrix, "matrix[]", 3},
     {76, fixed, "track_width"},
     {80, fixed, "track_height"},
 };
@@ -70,7 +69,7 @@ constexpr QtRow kHandlerReference[] = {
 constexpr QtRow kVideoHeader[] = {
     {0, version_flags},
     {4, u16, "grmode"},
-    {6, u16, "opcolor", 3},
+    {6, u16, "opcolor[]", 3},
 };
 
 constexpr QtRow kSoundHeader[] = {
@@ -82,7 +81,7 @@ constexpr QtRow kSoundHeader[] = {
 constexpr QtRow kBaseMediaInformation[] = {
     {0, version_flags},
     {4, u16, "grmode"},
-    {6, u16, "opcolor", 3},
+    {6, u16, "opcolor[]", 3},
     {12, u16, "balance"},
     {14, u16, "reserved"},
 };
@@ -93,8 +92,8 @@ constexpr QtRow kTimecodeInformation[] = {
     {6, u16, "textface"},
     {8, u16, "textsize"},
     {10, u16, "reserved"},
-    {12, u16, "textcolor", 3},
-    {18, u16, "backgroundcolor", 3},
+    {12, u16, "textcolor[]", 3},
+    {18, u16, "backgroundcolor[]", 3},
     {24, pstring, "fontname"},
 };
 
@@ -160,6 +159,11 @@ constexpr QtRow kChannelLayout[] = {
     {8, u32, "bitmap"},
     {12, u32, "count"},
 };
+constexpr QtRow kChannelDescription[] = {
+    {0, u32, "desc[i].label"},
+    {4, u32, "desc[i].flags"},
+    {8, real32, "desc[i].coordinates[]", 3},
+};
 // clang-format on
 
 struct Layout {
@@ -208,17 +212,9 @@ uint64_t print_channel_layout(QtAtom &atom) {
     const uint64_t count = qt_atom_read_data(atom);
     print_qt_rows(atom, kChannelLayout);
     const uint32_t descriptions = big32(atom.data, 12);
-    const int indent = atom.indent();
+    LineBuffer out;
     for (uint64_t i = 0, at = 16; i < descriptions && atom.data.has(at, 20); i++, at += 20) {
-        const Bytes description = atom.data.from(at);
-        const uint32_t label = big32(description, 0);
-        const uint32_t flags = big32(description, 4);
-        print("%*sdesc[i].label=%u (0x%X)\n", indent, "", label, label);
-        print("%*sdesc[i].flags=%u (0x%X)\n", indent, "", flags, flags);
-        for (int axis = 0; axis < 3; axis++) {
-            const float coordinate = swap32_float(description, 8 + 4 * static_cast<unsigned>(axis));
-            print("%*sdesc[i].coordinates[%d]=%f\n", indent, "", axis, static_cast<double>(coordinate));
-        }
+        put_qt_rows(out, atom.data.from(at), atom.indent(), kChannelDescription);
     }
     return count;
 }
@@ -229,8 +225,8 @@ std::optional<QtRead> qt_print_header(QtAtom &atom) {
     const uint32_t type = qt_type(atom.type);
     if (type == qt_type("name")) return QtRead{print_name(atom)};
     if (type == qt_type("chan")) return QtRead{print_channel_layout(atom)};
-    const auto *layout = std::ranges::find(kLayouts, type, [](const Layout &l) { return qt_type(l.type); });
-    if (layout == std::end(kLayouts)) return std::nullopt;
+    const Layout *layout = row_of(kLayouts, type, [](const Layout &l) { return qt_type(l.type); });
+    if (!layout) return std::nullopt;
     const uint64_t count = layout->fixed ? qt_atom_read_more(atom, layout->fixed) : qt_atom_read_data(atom);
     print_qt_rows(atom, layout->rows);
     return QtRead{count};

@@ -64,7 +64,7 @@ void extend(LineBuffer &out, OpenRun &run, Block characters) {
 }
 
 void close(LineBuffer &out, OpenRun &run) {
-    if (run.printing) out.put('\n');
+    if (run.printing) out.end_line();
     run = {};
 }
 
@@ -81,7 +81,7 @@ void search_block(LineBuffer &out, OpenRun &run, Search &search, size_t size) {
         const size_t end = run_end(search, start);
         if (end == size) break;
         out.bytes(block.subspan(start, end - start));
-        out.put('\n');
+        out.end_line();
         done = end;
     }
     // What may be a run at the block's end stays open.

@@ -66,6 +66,10 @@ void for_each_character(Block text, Encoding encoding, Put put) {
 
 void put_utf8(LineBuffer &out, uint32_t code) {
     const auto put = [&](uint32_t byte) { out.put(static_cast<char>(byte)); };
+    if (code == '\n') {
+        out.end_line();
+        return;
+    }
     if (code < 0x80) {
         put(code);
         return;
@@ -87,7 +91,11 @@ void put_utf8(LineBuffer &out, uint32_t code) {
 // Printable ASCII with TAB and LF; CR is left out, anything else (the space, too) is ".".
 void put_ascii(LineBuffer &out, uint32_t code) {
     if (code == '\r') return;
-    const bool shown = code == '\t' || code == '\n' || (code > 32 && code < 128);
+    if (code == '\n') {
+        out.end_line();
+        return;
+    }
+    const bool shown = code == '\t' || (code > 32 && code < 128);
     out.put(shown ? static_cast<char>(code) : '.');
 }
 

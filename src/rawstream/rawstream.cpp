@@ -139,9 +139,10 @@ void rawdump_hexdump(const uint16_t *words, int count) {
         }
         out.text(" - '");
         for (int i = row; i < end; i++) out.put(mark(words[i]));
-        out.text("'\n");
+        out.literal("'");
+        out.end_row();
     }
-    out.put('\n');
+    out.end_line();
 }
 
 void print_unreadable() { print("Warning: Could not read file\n"); }

@@ -33,6 +33,8 @@ constexpr FieldRow kEndRows[] = {
     {24, Field::dec32, " Videoframes  "},
     {28, Field::dec32, " Audioframes  "},
     {32, Field::hex32, " EOF          "},
+    {36, Field::hex32_slash, " MaxVideo     "},
+    {40, Field::hex32_slash, " MaxAudio     "},
 };
 // clang-format on
 
@@ -111,14 +113,6 @@ void print_sizes(const RedChunk &chunk, const Track &track) {
     }
 }
 
-void print_end(Bytes chunk) {
-    const uint32_t max_video = red32(chunk, 36);
-    const uint32_t max_audio = red32(chunk, 40);
-    print_field_rows(big_endian(chunk), kEndRows);
-    print(" MaxVideo     %08x/%d\n", max_video, static_cast<int32_t>(max_video));
-    print(" MaxAudio     %08x/%d\n", max_audio, static_cast<int32_t>(max_audio));
-}
-
 // Prints what is known of a chunk; false for the types that a hex dump is of use for.
 bool describe(Walk &walk, const RedChunk &chunk) {
     if (is_type(chunk, "RED1")) {
@@ -147,7 +141,7 @@ void print_tables(Walk &walk, const RedChunk &chunk) {
         print_sizes(chunk, walk.packets);
         walk.packet_sizes = true;
     } else if (is_type(chunk, "REOB") || is_type(chunk, "REOF") || is_type(chunk, "REOS")) {
-        print_end(chunk.held);
+        print_field_rows(big_endian(chunk.held), kEndRows);
         walk.end_marker = true;
     }
 }

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "common/field_rows.h"
 #include "common/print.h"
 #include "red/chunks.h"
 #include "red/red.h"
@@ -19,9 +20,21 @@ constexpr unsigned kFramesShown = 9;  // without -v
 constexpr unsigned kIndexHeader = 17;  // 32-bit values before the first entry's last one
 constexpr unsigned kIndexEntry = 3;
 
+// clang-format off
+// Header and end marker, from the chunk's first byte on.
+constexpr FieldRow kSizeRows[] = {
+    {76, Field::dec32, " xsize    "},
+    {80, Field::dec32, " ysize    "},
+};
+constexpr FieldRow kEndRows[] = {
+    {88, Field::hex32, " maxvideo    "},
+    {92, Field::dec32, " videoframes "},
+    {104, Field::dec16, " infosize    "},
+};
+// clang-format on
+
 void print_header(const DumpOptions &opts, const RedChunk &chunk) {
-    print(" xsize    %d\n", static_cast<int32_t>(red32(chunk.held, 76)));
-    print(" ysize    %d\n", static_cast<int32_t>(red32(chunk.held, 80)));
+    print_field_rows(big_endian(chunk.held), kSizeRows);
     print(" fps      %d/%d\n", static_cast<int32_t>(red32(chunk.held, 88)), red16(chunk.held, 86));
     redinfodump(opts, chunk.held, chunk.size);
 }
@@ -47,9 +60,7 @@ void print_end(const DumpOptions &opts, const RedChunk &chunk) {
     const unsigned long long file_size = red64(chunk.held, 64);
     print(" filesize    %16llx / %lld\n", file_size, static_cast<long long>(file_size));
     print(" table_rii   00000%08x000\n", red32(chunk.held, 84));
-    print(" maxvideo    %08x\n", red32(chunk.held, 88));
-    print(" videoframes %d\n", static_cast<int32_t>(red32(chunk.held, 92)));
-    print(" infosize    %d\n", red16(chunk.held, 104));
+    print_field_rows(big_endian(chunk.held), kEndRows);
     redinfodump(opts, chunk.held, chunk.size);
 }
 

@@ -20,7 +20,7 @@ void print_name(Bytes name) {
 void print_data(Bytes data) {
     LineBuffer out;
     put_hexrows(out, data, {.padded = false, .characters = false},
-                [](LineBuffer &line, uint64_t) { line.text("     "); });
+                [](LineBuffer &line, uint64_t) { line.literal("     "); });
 }
 
 }  // namespace

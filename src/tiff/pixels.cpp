@@ -1,6 +1,5 @@
 
 #include "common/print.h"
-#include "common/values.h"
 #include "tiff/directory.h"
 
 namespace {
@@ -17,11 +16,9 @@ void print_pixels8(Bytes strip) {
     }
 }
 
-void print_pixels16(Bytes strip, int big_endian) {
-    for (uint64_t i = 0; i < kPixels && strip.has(6 * i, 6); i++) {
-        const Bytes pixel = strip.from(6 * i);
-        print_pixel(tiffuint16(pixel, big_endian), tiffuint16(pixel.from(2), big_endian),
-                    tiffuint16(pixel.from(4), big_endian));
+void print_pixels16(OrderedBytes strip) {
+    for (uint64_t i = 0; i < kPixels && strip.bytes.has(6 * i, 6); i++) {
+        print_pixel(strip.u16(6 * i), strip.u16(6 * i + 2), strip.u16(6 * i + 4));
     }
 }
 
@@ -39,12 +36,12 @@ void print_pixels12(Bytes strip) {
 
 }  // namespace
 
-void print_pixels(const DumpOptions &opts, Bytes file) {
-    const Bytes strip = file.from(static_cast<uint32_t>(opts.tiff_strip_offset));
+void print_pixels(const DumpOptions &opts, OrderedBytes file) {
+    const OrderedBytes strip = file.from(static_cast<uint32_t>(opts.tiff_strip_offset));
     switch (opts.tiff_bits_per_sample) {
-        case 8: print_pixels8(strip); break;
-        case 12: print_pixels12(strip); break;
-        case 16: print_pixels16(strip, opts.tiff_big_endian); break;
+        case 8: print_pixels8(strip.bytes); break;
+        case 12: print_pixels12(strip.bytes); break;
+        case 16: print_pixels16(strip); break;
         default: print("Unknown pixel depth %d\n", opts.tiff_bits_per_sample);
     }
 }

@@ -253,8 +253,8 @@ constexpr CodeName kSampleFormatNames[] = {
 
 }  // namespace
 
-const char *tifftag(uint16_t tag, uint32_t value, int big_endian) {
-    const uint32_t first = big_endian ? value >> 16 : value & 0xFFFF;
+const char *tifftag(uint16_t tag, uint32_t value, ByteOrder order) {
+    const uint32_t first = order == ByteOrder::big ? value >> 16 : value & 0xFFFF;
     switch (tag) {
         case kCompressionTag: return name_of(kCompressionNames, first, "Compression - ?");
         case kPhotometricTag: return name_of(kPhotometricNames, first, "PhotometricInterpretation - ?");

@@ -4,8 +4,9 @@
 #include <unordered_set>
 #include <vector>
 
-#include "common/ordered_bytes.h"
+#include "common/field_rows.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "common/values.h"
 #include "tiff/directory.h"
 
@@ -13,7 +14,7 @@ namespace {
 
 constexpr uint32_t kBigEndianId = 0x4D4D;  // "MM"
 constexpr uint32_t kStandardVersion = 42;
-constexpr uint32_t kBigTiffVersion = 43;
+constexpr CodeName kVersionNames[] = {{kStandardVersion, "Standard TIFF"}, {43, "BIG TIFF"}};
 constexpr uint64_t kEntrySize = 12;
 constexpr uint64_t kDirectoryFrame = 6;  // the count before the entries and the offset behind them
 constexpr int kMaxDepth = 512;           // of sub-directories in sub-directories, each a level of the stack
@@ -29,6 +30,14 @@ constexpr uint16_t kPhotoshop = 34377;
 constexpr uint16_t kExifIfd = 34665;
 constexpr uint16_t kMakerNote = 37500;
 constexpr uint16_t kImageSourceData = 37724;
+
+// clang-format off
+constexpr FieldRow kEntryRows[] = {
+    {2, Field::hex16, "   type   : "},
+    {4, Field::hex32, "   count  : "},
+    {8, Field::hex32, "   value  : "},
+};
+// clang-format on
 
 struct Walk {
     DumpOptions &opts;
@@ -63,7 +72,7 @@ void print_sub_directory(Walk &walk, uint32_t offset, int depth) {
 void print_sub_directories(Walk &walk, const Entry &entry, const char *single, const char *numbered,
                            int depth) {
     if (entry.count == 1) {
-        print("%s", single);
+        print("%s", own(single));
         print_sub_directory(walk, entry.value, depth);
         return;
     }
@@ -71,7 +80,7 @@ void print_sub_directories(Walk &walk, const Entry &entry, const char *single, c
         const uint64_t at = entry.value + uint64_t{4} * i;
         if (!walk.bytes().has(at, 4) || walk.budget.spent()) return;
         walk.budget.spend(4);
-        print("%s%d", numbered, i);
+        print("%s%d", own(numbered), i);
         print_sub_directory(walk, walk.base.u32(at), depth);
     }
 }
@@ -110,8 +119,7 @@ void print_value(const Walk &walk, Entry &entry) {
         case kImageSourceData: print_image_source_data(walk, entry); return;
         default: break;
     }
-    const char *text =
-        tifftype(walk.bytes(), entry.type, entry.count, entry.value, walk.base.is_big(), &entry.first);
+    const char *text = tifftype(walk.base, entry.type, entry.count, entry.value, &entry.first);
     print("%s\n", text);
     walk.budget.spend(std::strlen(text) / kSharedText);
 }
@@ -127,20 +135,33 @@ void keep_image_state(DumpOptions &opts, const Entry &entry) {
     }
 }
 
+// Of the value field only what holds a value, or its place, is told.
+void print_tag(const Walk &walk, const Entry &entry, uint64_t offset) {
+    forget();
+    also(walk.bytes().sub(offset, 8 + tiff_field_used(entry.type, entry.count)));
+    const std::string_view name = tifftag(entry.tag, entry.value, walk.base.order);
+    const size_t label = std::min(name.find(" - "), name.size());
+    print("  tag     : %04x ", entry.tag);
+    if (name != "?") label_begins();
+    print_own(name.substr(0, label));
+    label_ends();
+    if (label < name.size()) print(" - %s", name.data() + label + 3);
+    print(" ");
+}
+
 void print_entry(Walk &walk, uint64_t offset, int depth) {
     Entry entry{walk.base.u16(offset), walk.base.u16(offset + 2), walk.base.u32(offset + 4),
                 walk.base.u32(offset + 8)};
-    print("  tag     : %04x %s ", entry.tag, tifftag(entry.tag, entry.value, walk.base.is_big()));
+    print_tag(walk, entry, offset);
     print_value(walk, entry);
-    print("   type   : %04x\n", entry.type);
-    print("   count  : %08x\n", entry.count);
-    print("   value  : %08x\n", entry.value);
+    print_field_rows(walk.base.from(offset), kEntryRows);
     keep_image_state(walk.opts, entry);
     if (entry.tag == kSubIfds) print_sub_directories(walk, entry, "SUB IFD", "SUB IFD ", depth);
     if (entry.tag == kExifIfd) print_sub_directories(walk, entry, "EXIF IFD ", "EXIF IFD ", depth);
 }
 
 void print_directory(Walk &walk, uint32_t offset, uint64_t entries, int depth) {
+    from(walk.bytes().sub(offset, 2));
     print(" entries: %d\n", static_cast<int>(entries));
     const uint64_t first = uint64_t{offset} + 2;
     for (uint64_t i = 0; i < entries && first + kEntrySize * i < walk.bytes().size(); i++) {
@@ -160,6 +181,7 @@ void print_directories(Walk &walk, uint32_t offset, int depth) {
         walk.budget.spend(kDirectoryFrame);
         const uint64_t entries = walk.base.u16(offset);
         print_directory(walk, offset, entries, depth);
+        forget();
         offset = walk.base.u32(uint64_t{offset} + 2 + kEntrySize * entries);
         print(" offset  : %08x\n", offset);
     } while (offset != 0 && offset < walk.bytes().size() && !walk.is_open(offset) && !walk.budget.spent());
@@ -168,30 +190,29 @@ void print_directories(Walk &walk, uint32_t offset, int depth) {
 
 }  // namespace
 
-void tiffdumpifd(DumpOptions &opts, Bytes base, uint32_t ifd_offset, int big_endian, Budget &budget) {
-    Walk walk{opts, {base, big_endian ? ByteOrder::big : ByteOrder::little}, budget, {}};
-    if (ifd_offset < base.size()) print_directories(walk, ifd_offset, 0);
+void tiffdumpifd(DumpOptions &opts, OrderedBytes base, uint32_t ifd_offset, Budget &budget) {
+    Walk walk{opts, base, budget, {}};
+    if (ifd_offset < base.bytes.size()) print_directories(walk, ifd_offset, 0);
 }
 
 void tiffdump(DumpOptions &opts, Input &input) {
     if (!check_buffer(input.size())) return;
     const Bytes bytes = input.bytes();
     const uint32_t fileid = little16(bytes);
-    const bool is_big = fileid == kBigEndianId;
-    const OrderedBytes header = is_big ? big_endian(bytes) : little_endian(bytes);
+    const OrderedBytes header = fileid == kBigEndianId ? big_endian(bytes) : little_endian(bytes);
     const uint32_t version = header.u16(2);
     const uint32_t offset = header.u32(4);
-    opts.tiff_big_endian = is_big;
+    opts.tiff_big_endian = header.is_big();
     print("Fileformat:TIFF\n");
-    print(" fileid    : %04x %s %s\n", fileid, is_big ? "Big Endian" : "Little Endian",
-          is_big ? "(Swapping)" : "");
-    print(" version   : %04x '%s'\n", version,
-          version == kStandardVersion  ? "Standard TIFF"
-          : version == kBigTiffVersion ? "BIG TIFF"
-                                       : "unknown format");
+    from(bytes.sub(0, 2));
+    print(" fileid    : %04x %s %s\n", fileid, header.is_big() ? "Big Endian" : "Little Endian",
+          header.is_big() ? "(Swapping)" : "");
+    from(bytes.sub(2, 2));
+    print(" version   : %04x '%s'\n", version, name_of(kVersionNames, version, "unknown format"));
+    from(bytes.sub(4, 4));
     print(" offset    : %08x\n", offset);
     print(" filesize  : %d\n", static_cast<int32_t>(bytes.size()));
     Budget budget(bytes.size());
-    if (version == kStandardVersion) tiffdumpifd(opts, bytes, offset, is_big, budget);
-    if (opts.flag_p) print_pixels(opts, bytes);
+    if (version == kStandardVersion) tiffdumpifd(opts, header, offset, budget);
+    if (opts.flag_p) print_pixels(opts, header);
 }

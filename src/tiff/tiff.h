@@ -4,8 +4,8 @@
 #include <cstdint>
 
 #include "common/budget.h"
-#include "common/bytes.h"
 #include "common/input.h"
+#include "common/ordered_bytes.h"
 #include "main/dump_options.h"
 
 // File header and every directory of a TIFF file, offsets in bytes; with -v -p the first pixels. Values
@@ -14,4 +14,4 @@ void tiffdump(DumpOptions &opts, Input &input);
 
 // One chain of directories with the sub-directories reached from it. Offsets count from the start of `base`.
 // The directories of one file share a budget.
-void tiffdumpifd(DumpOptions &opts, Bytes base, uint32_t ifd_offset, int big_endian, Budget &budget);
+void tiffdumpifd(DumpOptions &opts, OrderedBytes base, uint32_t ifd_offset, Budget &budget);

@@ -46,70 +46,73 @@ void append_ratio(Output &out, double numerator, double denominator) {
 }
 
 // Appends one element and returns it as a number, 0 for the types without one.
-uint32_t append_element(Output &out, uint32_t type, Bytes element, int big_endian) {
+uint32_t append_element(Output &out, uint32_t type, OrderedBytes element) {
     char *p = out.text + out.length;
     const size_t room = static_cast<size_t>(out.room());
     const auto as_signed = [](uint32_t v) { return static_cast<int32_t>(v); };
     uint32_t value = 0;
     switch (type) {
         case kByte:
-            value = element[0];
+            value = element.u8(0);
             out.length += std::snprintf(p, room, "%d ", as_signed(value));
             break;
         case kShort:
-            value = tiffuint16(element, big_endian);
+            value = element.u16(0);
             out.length += std::snprintf(p, room, "%d ", as_signed(value));
             break;
         case kLong:
-            value = tiffuint32(element, big_endian);
+            value = element.u32(0);
             out.length += std::snprintf(p, room, "%d ", as_signed(value));
             break;
-        case kRational:
-            append_ratio(out, tiffuint32(element, big_endian), tiffuint32(element.from(4), big_endian));
-            break;
+        case kRational: append_ratio(out, element.u32(0), element.u32(4)); break;
         case kSByte:
-            value = static_cast<uint32_t>(static_cast<int8_t>(element[0]));
+            value = static_cast<uint32_t>(static_cast<int8_t>(element.u8(0)));
             out.length += std::snprintf(p, room, "%d ", as_signed(value));
             break;
         case kUndefined:
-            value = element[0];
+            value = element.u8(0);
             out.length += std::snprintf(p, room, "%02x ", value);
             break;
         // The signed integers and the floats are read little-endian in either kind of file.
         case kSShort:
-            value = tiffuint16(element, 0);
+            value = little16(element.bytes);
             out.length += std::snprintf(p, room, "%04x ", value);
             break;
         case kSLong:
-            value = tiffuint32(element, 0);
+            value = little32(element.bytes);
             out.length += std::snprintf(p, room, "%d ", as_signed(value));
             break;
-        case kSRational:
-            append_ratio(out, as_signed(tiffuint32(element, big_endian)),
-                         as_signed(tiffuint32(element.from(4), big_endian)));
-            break;
+        case kSRational: append_ratio(out, element.s32(0), element.s32(4)); break;
         case kFloat:
             out.length +=
-                std::snprintf(p, room, "%g ", static_cast<double>(float_of_bits(little32(element))));
+                std::snprintf(p, room, "%g ", static_cast<double>(float_of_bits(little32(element.bytes))));
             break;
-        case kDouble: out.length += std::snprintf(p, room, "%g ", double_of_bits(little64(element))); break;
+        case kDouble:
+            out.length += std::snprintf(p, room, "%g ", double_of_bits(little64(element.bytes)));
+            break;
         default: break;
     }
     return value;
 }
 
+bool is_hexadecimal(uint32_t type) { return type == kUndefined || type == kSShort; }
+
 // The value field as it stands in the file.
-Bytes field_bytes(uint8_t (&bytes)[kFieldSize], uint32_t value, int big_endian) {
+OrderedBytes field_bytes(uint8_t (&bytes)[kFieldSize], uint32_t value, ByteOrder order) {
     for (unsigned i = 0; i < kFieldSize; i++) {
-        bytes[i] = static_cast<uint8_t>(value >> (8 * (big_endian ? kFieldSize - 1 - i : i)));
+        bytes[i] = static_cast<uint8_t>(value >> (8 * (order == ByteOrder::big ? kFieldSize - 1 - i : i)));
     }
-    return Bytes(bytes, kFieldSize);
+    return {Bytes(bytes, kFieldSize), order};
 }
 
 }  // namespace
 
-const char *tifftype(Bytes base, uint32_t type, uint32_t count, uint32_t value, int big_endian,
-                     uint32_t *first) {
+uint64_t tiff_field_used(uint32_t type, uint32_t count) {
+    const uint64_t size = type_size(type) * count;
+    return size <= kFieldSize ? size : kFieldSize;
+}
+
+const char *tifftype(OrderedBytes base, uint32_t type, uint32_t count, uint32_t value, uint32_t *first) {
     uint32_t size = 0;
     Output out{get_buffer(&size), static_cast<int>(size)};
     out.text[0] = '\0';
@@ -120,14 +123,15 @@ const char *tifftype(Bytes base, uint32_t type, uint32_t count, uint32_t value, 
     uint8_t field[kFieldSize];
     const uint64_t element_size = type_size(type);
     const bool inside = element_size * count <= kFieldSize;
-    const Bytes values = inside ? field_bytes(field, value, big_endian) : base.from(value);
+    const OrderedBytes values = inside ? field_bytes(field, value, base.order) : base.from(value);
     if (type == kAscii) {
-        const Text text = text_at(values, 0, size);
+        const Text text = text_at(values.bytes, 0, size);
         out.length = std::snprintf(out.text, size, "'%.*s'", text.length, text.start);
     } else {
-        *first = append_element(out, type, values, big_endian);
+        ring_holds({.kind = is_hexadecimal(type) ? Piece::words : Piece::numbers});
+        *first = append_element(out, type, values);
         for (uint32_t i = 1; i < count && !out.is_full(); i++) {
-            append_element(out, type, values.from(i * element_size), big_endian);
+            append_element(out, type, values.from(i * element_size));
         }
     }
     if (out.is_full() && out.room() > kNoteReserve) {

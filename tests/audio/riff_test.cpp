@@ -67,6 +67,7 @@ TEST(Riff, BroadcastWave) {
         }
     }
     EXPECT_EQ(lines_from(bext(whole, 999), "   timer"), "");
+    EXPECT_NE(lines_from(bext(whole, 1000), "   timer"), "");
     EXPECT_EQ(lines_from(bext(whole, 999), "   version"), "   version            2\n");
 }
 
@@ -110,6 +111,40 @@ TEST(Riff, DamagedFiles) {
     SHOW(dump_of(little().raw(riff(chunk("junk", std::string(80, 'x')))).at(16).u32(-100).str()));
 }
 
+// A chunk begins below the RIFF's size, whose header is whole, of whose payload 65528 bytes are there.
+TEST(Riff, EdgesOfChunks) {
+    const std::string good = riff(format() + chunk("data", std::string(100, 'x')));
+    const auto last = [&](uint32_t beyond, const std::string &tail) {
+        const std::string dump = dump_of(little().raw(good + tail).at(4).u32(good.size() + beyond).str());
+        return dump.substr(dump.find('\n', dump.find("   Length ")) + 1);
+    };
+    const std::string listed = " Elem junk length 0 (offset:              90)\n  Unknown\n";
+    const std::string empty = little().text("junk").u32(0).str();
+    EXPECT_EQ(last(0, empty), "");
+    EXPECT_EQ(last(1, empty), listed);
+    EXPECT_EQ(last(1, empty.substr(0, 7)), "Error: read failed\n");
+    EXPECT_EQ(last(1, little().text("junk").u32(-1U).zeros(9).str()), "Error: read failed 65536 @ 144\n");
+    const std::string long_chunk = little().text("junk").u32(70000).zeros(65536 - 8).str();
+    EXPECT_EQ(last(9, long_chunk), " Elem junk length 70000 (offset:              90)\n  Unknown\n");
+    EXPECT_EQ(last(9, long_chunk.substr(0, 65535)), "Error: read failed 65536 @ 144\n");
+    // The search for the format wants 64 bytes.
+    const std::string shortest = riff(format() + chunk("data", std::string(64 - 24 - 8, 'x')));
+    EXPECT_NE(lines_from(dump_of(shortest), "   Length"), "");
+    EXPECT_EQ(dump_of(shortest.substr(0, shortest.size() - 1)),
+              "Error: Scanning for formattag, read failed\n");
+    for (const auto &[count, bytes, shown] : {std::tuple{1, 24, 1}, {2, 23, 1}, {2, 24, 2}}) {
+        const std::string sizes =
+            little().zeros(24).u32(static_cast<uint32_t>(count)).zeros(static_cast<size_t>(bytes)).str();
+        const std::string dump = dump_of(
+            little().text("RF64").u32(200).text("WAVE").raw(chunk("ds64", sizes) + format()).zeros(80).str());
+        const std::string table = lines_from(dump, "    Elem");
+        EXPECT_EQ(std::count(table.begin(),
+                             table.begin() + static_cast<std::ptrdiff_t>(table.find(" Elem fmt")), '\n'),
+                  2 * shown)
+            << bytes;
+    }
+}
+
 TEST(Aiff, ChunksAndDamage) {
     Transcript transcript;
     const std::string common = big().text("COMM").u32(18).u16(2).u32(480).u16(24).zeros(10).str();
@@ -122,6 +157,11 @@ TEST(Aiff, ChunksAndDamage) {
     SHOW(lines_from(dump_of(form("AIFF" + sound + common), "a", {"-a"}), "PTR", 2));
     SHOW(dump_of(form("AIFF" + common).substr(0, 30)));
     SHOW(lines_from(dump_of(form("AIFF" + common).substr(0, 29)), "Error"));
+    // What is looked at ends with the size of the form, counted from the file's first byte.
+    const std::string last = common + big().text("last").u32(0).str();
+    EXPECT_EQ(lines_from(dump_of(form("AIFF" + last + "8 behind")), " Elem last"),
+              " Elem last length 0\nUnknown\n");
+    EXPECT_EQ(lines_from(dump_of(form("AIFF" + last + "7 bytes")), " Elem last"), "");
     SHOW(lines_from(dump_of(big().raw(form("AIFF" + common + sound)).at(42).u32(0xFFFFFFFF).str()),
                     " Elem SSND", 1));
 }

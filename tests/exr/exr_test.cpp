@@ -55,3 +55,41 @@ TEST(Exr, DamagedHeadersEndTheWalk) {
     EXPECT_EQ(dump_of(exr().fill('A', 200000).str()).substr(0, 30), title + "00008 AAAAAAAAA");
     EXPECT_EQ(lines_from(dump_of(exr().fill('A', 200000).str()), "Hexdump"), "");
 }
+
+TEST(Exr, EdgesOfValuesAndNames) {
+    const std::string title = "Fileformat:EXR\n";
+    const auto attribute = [](const std::string &type, uint32_t size, const std::string &value) {
+        return exr().text("n").u8(0).text(type).u8(0).u32(size).raw(value).str();
+    };
+    const auto shown = [&](const std::string &type, uint32_t size, const std::string &value) {
+        return lines_from(dump_of(attribute(type, size, value)), "00008");
+    };
+    // A list of channels: without a byte, with one byte of a channel, with an empty first channel.
+    const std::string list = "00008 n                  chlist     ";
+    EXPECT_EQ(shown("chlist", 0, ""), list + "0\n");
+    EXPECT_EQ(shown("chlist", 1, "R"), list + "1\nR 0 0 0 0\n");
+    const std::string nameless = little().u8(0).u8(0).u32(1).u32(2).u32(3).u32(4).str();
+    EXPECT_EQ(shown("chlist", 19, nameless + channel('G').str()),
+              list + "19\n" + '\0' + " 1 2 3 4\nG 1 0 2 -1\n");
+    EXPECT_EQ(shown("string", 1, "a"), "00008 n                  string     1\n'a'\n");
+    // Any negative size is the last; behind a size of 0 the walk goes on.
+    const std::string next = little().text("m").u8(0).text("string").u8(0).u32(1).text("b").str();
+    for (const int size : {-1, -2, INT32_MIN}) {
+        EXPECT_EQ(shown("string", static_cast<uint32_t>(size), next),
+                  "00008 n                  string     " + std::to_string(size) + "\n''\n");
+    }
+    EXPECT_EQ(lines_from(dump_of(attribute("string", 0, next)), "00015"),
+              "00015 m                  string     1\n'b'\n");
+    // Names have 64 KiB at most, of attributes and of types.
+    constexpr size_t kLongest = 64 * 1024;
+    for (const size_t length : {kLongest, kLongest + 1}) {
+        const std::string text = length > kLongest ? "" : "'v'\n";
+        const std::string name(length, 'A');
+        EXPECT_EQ(
+            lines_from(dump_of(exr().text(name).u8(0).text("string").u8(0).u32(1).text("v").str()), "'"),
+            text);
+        const std::string type(length, 'T');
+        EXPECT_EQ(lines_from(shown(type, 1, "v"), "Hexdump", 1),
+                  text.empty() ? "" : "Hexdump of unknown tag\n");
+    }
+}

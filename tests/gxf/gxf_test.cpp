@@ -205,4 +205,84 @@ TEST(Xml, DeepTagsAndLongLines) {
     EXPECT_EQ(xml_lines(utf16(text + "</d>")), lines + std::string(15, ' ') + "</d>\n");
 }
 
+size_t count_of(const std::string &dump, const std::string &text) {
+    size_t n = 0;
+    for (size_t at = 0; (at = dump.find(text, at)) != std::string::npos; at++) n++;
+    return n;
+}
+
+// Sections, tags and tracks that end with their section or payload, or a byte before or behind.
+TEST(Map, EdgesOfSections) {
+    const auto count = [](const std::string &payload, const std::string &text) {
+        return count_of(dump_of(packet(0xBC, hex(payload)) + kEnd), text);
+    };
+    for (const auto &[payload, sections, tags, tracks] :
+         std::initializer_list<std::tuple<const char *, size_t, size_t, size_t>>{
+             {"E0000000", 0, 0, 0},
+             {"E000000060", 1, 0, 0},
+             {"E0000002 6000", 1, 1, 0},
+             {"E0000003 6000 6000", 1, 2, 0},
+             {"E0000002 6000 00", 1, 1, 0},
+             {"E0000002 6000 0000", 2, 1, 0},
+             {"E0000002 6000 0000 80C00000", 2, 1, 0},
+             {"E0000002 6000 0001 80C00000", 2, 1, 1},
+             {"E0000002 6000 0002 80C000", 2, 1, 0},
+             {"E0000002 6000 0006 80C00002 6000 80C00000", 2, 2, 1},
+             {"E0000002 6000 0007 80C00002 6000 80C00000", 2, 2, 2}}) {
+        EXPECT_EQ(count(payload, " sectionlength"), sections) << payload;
+        EXPECT_EQ(count(payload, " Tag "), tags) << payload;
+        EXPECT_EQ(count(payload, "  mediatype"), tracks) << payload;
+    }
+}
+
+// A payload of nothing is one, a length below the header's none; of a long payload 64 KiB must be there.
+TEST(Walk, EdgesOfPayloads) {
+    EXPECT_EQ(lines_from(dump_of(packet(0xBC, "")), " Version", 1), " Version 0\n");
+    const std::string below = big().raw(packet(0xBC, std::string(70000, '\0'))).at(6).u32(15).str();
+    EXPECT_EQ(lines_from(dump_of(below), "gxf", 1), "gxfmap: fread error\n");
+    const std::string large = packet(0xBF, std::string(70000, '\0'));
+    EXPECT_EQ(lines_from(dump_of(large.substr(0, 16 + 65536)), "gxf"), "gxftag: fread error\n");
+    EXPECT_EQ(lines_from(dump_of(large.substr(0, 16 + 65535)), "gxf", 1), "gxfmedia: fread error\n");
+    for (const size_t bytes : {15, 16, 23, 24}) {
+        const std::string dump = dump_of(media(8, "00000003", std::string(bytes, '\0')));
+        EXPECT_EQ(count_of(dump, " 00:00:00:00"), bytes / 8) << bytes;
+    }
+}
+
+TEST(Umf, EdgesOfPackets) {
+    EXPECT_EQ(lines_from(dump_of(umf_packet(0, "")), "gxf"), "gxftag: fread error\n");
+    EXPECT_EQ(lines_from(dump_of(umf_packet(0, "").substr(0, 20)), "0", 2),
+              "00000000 UMF Packet 21\ngxfmap: fread error\n");
+    EXPECT_EQ(lines_from(dump_of(umf_packet(0, "abc").substr(0, 23)), "gxf", 1), "gxfmap: fread error\n");
+    // The values that tell the byte order: equal, or the first larger by one.
+    const auto size = [](const std::string &start) {
+        return lines_from(dump_of(umf_packet(2, hex(start))), "   size", 1);
+    };
+    EXPECT_EQ(size("01000000 00000000 00"), "   size          1\n");
+    EXPECT_EQ(size("01000000 01000000 00"), "   size          16777216\n");
+}
+
+// An entry of a list is shown when the list has a byte for it and more than 128 bytes of the data follow.
+TEST(Umf, EdgesOfLists) {
+    const auto dump = [](uint32_t track_size, size_t fill) {
+        auto umf = little().u32(1).zeros(fill - 4).at(16).u32(track_size);
+        return dump_of(umf_packet(2, umf.str()));
+    };
+    for (const auto &[track_size, fill, tracks] : std::initializer_list<std::tuple<uint32_t, size_t, size_t>>{
+             {0, 400, 0}, {1, 400, 1}, {4, 400, 1}, {5, 400, 2}, {4, 232, 0}, {4, 233, 1}}) {
+        EXPECT_EQ(count_of(dump(track_size, fill), "  track       "), tracks) << track_size << " " << fill;
+    }
+    auto before = little().u32(1).zeros(396).at(16).u32(-105U).at(28).u32(8);  // the media begin at -1
+    EXPECT_EQ(lines_from(dump_of(umf_packet(2, before.str())), " Media", 2),
+              " Media Description\n User Data\n");
+    auto named = description(ByteWriter::Order::little, 0).zeros(400).at(136).fill('x', 100);
+    EXPECT_EQ(lines_from(dump_of(umf_packet(2, named.str())), "  filename", 1),
+              "  filename    '" + std::string(88, 'x') + "'\n");
+}
+
+TEST(Xml, ClosingTagsBeyondTheRootAndHalfAUnit) {
+    EXPECT_EQ(xml_lines(utf16("<?x></a></b></c></d>")), " <?x>\n </a>\n</b>\n</c>\n</d>\n");
+    EXPECT_EQ(xml_lines(utf16("<?x></a") + ">"), " <?x>\n");
+}
+
 }  // namespace

@@ -49,6 +49,24 @@ TEST(Ppm, NumbersAsFormattedInputReadsThem) {
               "Fileformat:PBM - Portable Bitmap\n xsize 0\n ysize 0\n");
 }
 
+// The neighbours of white space and digits, of the largest number, and of the end of what is read.
+TEST(Ppm, EdgesOfCharactersAndNumbers) {
+    const auto size = [](const std::string &text) { return lines_from(dump_of("P6\n" + text), " xsize", 1); };
+    EXPECT_EQ(size("\t\r7"), " xsize 7\n");
+    for (const char *other : {"\b7",
+                              "\x0E"
+                              "7",
+                              "/7", ":7"})
+        EXPECT_EQ(size(other), " xsize 0\n") << other;
+    EXPECT_EQ(lines_from(dump_of("P6\n12:9 5"), " xsize"), " xsize 12\n ysize 0\n");
+    EXPECT_EQ(lines_from(dump_of("P6\n12/9 5"), " xsize"), " xsize 12\n ysize 0\n");
+    EXPECT_EQ(size(" 9223372036854775800"), " xsize -8\n");
+    EXPECT_EQ(size(" 9223372036854775810"), " xsize -1\n");
+    constexpr size_t kHeadSize = 64 * 1024;
+    EXPECT_EQ(size(std::string(kHeadSize - 4, ' ') + "12"), " xsize 1\n");
+    EXPECT_EQ(size(std::string(kHeadSize - 3, ' ') + "12"), " xsize 0\n");
+}
+
 namespace {
 
 ByteWriter png() { return big().hex("89504E470D0A1A0A"); }
@@ -80,6 +98,10 @@ TEST(Png, LengthsThatLeadOutside) {
     const std::string negative = png().u32(0xFFFFFFF4).text("tEXt").zeros(20).str();
     EXPECT_EQ(dump_of(negative, "file.png", {"-v"}), "Fileformat:PNG\n00000008: tEXt -12\n");
     EXPECT_EQ(dump_of(png().str()), "Fileformat:PNG\n");
+    EXPECT_EQ(dump_of(png().u8(1).str()), "Fileformat:PNG\n00000008: .... 16777216\n");
+    const std::string empty = png().u32(0).text("tEXt").u32(0).u32(9).text("tEXt").u8(0x7F).str();
+    EXPECT_EQ(dump_of(empty, "file.png", {"-v"}),
+              "Fileformat:PNG\n00000008: tEXt 0\n00000014: tEXt 9\n     7f \n");
 }
 
 TEST(Png, FileBeyond4GiB) {

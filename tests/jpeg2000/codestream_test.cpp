@@ -213,3 +213,61 @@ TEST(Boxes, LastAndDamaged) {
     for (int i = 0; i < 100; i++) nested = box("jp2h", nested);
     EXPECT_NE(behind_signature(nested).find(std::string(64, ' ') + "0000020c: jp2h"), std::string::npos);
 }
+
+// Both sides of the numbers that decide, and lists that the file cuts.
+TEST(Codestream, EdgesOfFields) {
+    const auto style = [](const std::string &digits) { return one(marker("52", hex(digits))); };
+    EXPECT_EQ(lines_from(style("00 00 0001 00 00 1C 1D 00 05"), " codeblock", 2),
+              " codeblock width       1073741824\n codeblock height      -2147483648\n");
+    EXPECT_EQ(style("1F 00 0001 00 00 00 00 00 05").find("illegal"), std::string::npos);
+    EXPECT_EQ(style("01 00 0001 00 01 00 00 00 05 11 11").find("failure"), std::string::npos);
+    EXPECT_NE(style("01 00 0001 00 01 00 00 00 05 11 11 11").find("failure"), std::string::npos);
+    EXPECT_NE(one(marker("53", hex("00 02 01 00 00 00 00"))).find("illegal"), std::string::npos);
+    // Components have one byte up to 256 of them.
+    EXPECT_EQ(lines_from(one(marker("53", hex("00 02 00 00 00 00 00")), 256), " data", 1),
+              " data for component 0\n");
+    EXPECT_EQ(lines_from(one(marker("53", hex("00 02 00 00 00 00 00")), 257), " data", 1),
+              " data for component 2\n");
+    EXPECT_EQ(lines_from(one(marker("5F", hex("00 04 0002 06 07 01 00")), 256), " - comp", 1),
+              " - comp  4 - 7\n");
+    EXPECT_NE(lines_from(one(marker("55", hex("00 10 01"))), " tilepart 1:"), "");
+    const auto left = [](const std::string &last, size_t cut, const std::string &text) {
+        const std::string content = kSoc + siz(3) + last;
+        const std::string dump = dump_of(content.substr(0, content.size() - cut));
+        size_t n = 0;
+        for (size_t at = 0; (at = dump.find(text, at)) != std::string::npos; at++) n++;
+        return n;
+    };
+    const std::string exponents = marker("5C", hex("00 08 08"));
+    const std::string steps = marker("5C", hex("42 6F00 6EE0"));
+    for (const size_t cut : {0, 1}) {
+        EXPECT_EQ(left(exponents, cut, " - value"), 2 - cut);
+        EXPECT_EQ(left(steps, 2 * cut, " - value"), 2 - cut);
+        EXPECT_EQ(left(exponents, cut, "ERROR"), cut);
+    }
+    EXPECT_EQ(left(steps, 1, " - value"), 2U);
+    EXPECT_EQ(left(marker("5C", hex("00 08")), 0, " - value"), 1U);
+    EXPECT_EQ(left(marker("64", hex("0001") + "made"), 2, "'ma'"), 1U);
+    EXPECT_EQ(left("\xFF", 0, "invalid marker code 00"), 1U);
+    EXPECT_EQ(left("\xFE", 0, "Expected to get 0xff, got fe"), 1U);
+}
+
+TEST(Boxes, EdgesOfLengths) {
+    const std::string signature = hex("0000000C 6A502020 0D0A870A");
+    const auto count = [&](const std::string &boxes, const std::string &text) {
+        const std::string dump = dump_of(signature + boxes);
+        size_t n = 0;
+        for (size_t at = 0; (at = dump.find(text, at)) != std::string::npos; at++) n++;
+        return n;
+    };
+    EXPECT_EQ(count(std::string(1, '\0'), "unknown box"), 1U);
+    EXPECT_EQ(count(hex("00000008 61626364 00000008 61626364"), "unknown box"), 2U);
+    EXPECT_EQ(count(hex("00000009 61626364 00"), "ERROR"), 0U);
+    EXPECT_EQ(count(hex("00000009 61626364"), "ERROR"), 1U);
+    const std::string type = hex("00000018 66747970 61626364 00000000 61626364");
+    EXPECT_EQ(count(type, " Compability"), 1U);
+    EXPECT_EQ(count(type + "x", " Compability"), 2U);
+    std::string nested;
+    for (int i = 0; i < 70; i++) nested += hex("00000000 6A703268");
+    EXPECT_EQ(count(nested, "jp2h"), 64U + 1);  // the last one without what is in it
+}

@@ -27,6 +27,12 @@ TEST(Jpeg, Segments) {
                  "scan"));
 }
 
+TEST(Jpeg, SegmentAtTheEndOfTheFile) {
+    const std::string whole = kSoi + segment("DB", "q");
+    EXPECT_EQ(dump_of(whole).find("ERROR"), std::string::npos);
+    EXPECT_NE(dump_of(whole.substr(0, whole.size() - 1)).find("ERROR during decoding\n"), std::string::npos);
+}
+
 TEST(Jpeg, EveryOtherMarker) {
     Transcript transcript;
     std::string every;

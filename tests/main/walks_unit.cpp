@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "common/input.h"
+#include "common/run.h"
 #include "main/file_sequence.h"
 #include "support/bytes_of.h"
 #include "support/command.h"
@@ -29,6 +30,7 @@ struct Walk {
     std::string dump(Input &input) const {
         DumpOptions opts{};
         choose(opts);
+        const Run run;
         return printed([&] { dump_input(opts, input, 0); });
     }
 };

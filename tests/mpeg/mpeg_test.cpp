@@ -185,6 +185,41 @@ TEST(Mpeg, Slices) {
               dump_of(kSequence).size() + expected("24930", "").size());
 }
 
+// Start codes at every place around the end of what is read at first, behind a packet and behind a slice.
+TEST(Mpeg, StartCodesAcrossReads) {
+    constexpr size_t kFirstRead = 4096;
+    for (size_t at = kFirstRead - 5; at <= kFirstRead + 2; at++) {
+        const std::string end =
+            "0000" + hex_digits(static_cast<unsigned>(at >> 8)) + hex_digits(at & 0xFF) + ":";
+        const std::string packets = pack() + packet(0xBE, std::string(at - 14 - 6, 'x')) + code(0xB9, "");
+        const std::string slices = kSequence + code(0x01, std::string(at - 12 - 4, 'x')) + code(0xB9, "");
+        for (const std::string &content : {packets, slices}) {
+            std::string dump = dump_of(content);
+            for (char &c : dump) c = static_cast<char>(std::toupper(c));
+            EXPECT_NE(lines_from(dump, end), "") << at;
+        }
+    }
+}
+
+TEST(Mpeg, EdgesOfCodesAndFields) {
+    EXPECT_EQ(dumped(hex("0001B9")), "");  // a prefix has two zero bytes
+    EXPECT_NE(dumped(code(0xB0, "")).find("Unknown TAG"), std::string::npos);
+    EXPECT_EQ(dumped(code(0xAF, "xyz")).find("Unknown TAG"), std::string::npos);
+    // An intra matrix has 512 bits; its last one is set, the flag behind it is not.
+    const std::string matrix = Bits({{62, 0}, {1, 1}, {511, 0}, {1, 1}, {1, 0}, {8, 0xFF}}).str();
+    EXPECT_EQ(dump_of(code(0xB3, matrix)).find(" nonintramatrix"), std::string::npos);
+    const std::string map = Bits({{1, 1}, {2, 0}, {5, 9}, {7, 0}, {1, 1}}).str() +
+                            big().u16(0).u16(5).u8(2).u8(0xE0).u16(0).u8(3).u8(0xC0).u16(0).u32(1).str();
+    EXPECT_NE(dumped(packet(0xBC, map)).find("stream_id:       c0"), std::string::npos);
+    // Without -v the dump ends with the packet that ends at 1 MiB.
+    for (const size_t end : {0x100000 - 1, 0x100000}) {
+        std::string content = pack();
+        while (end - content.size() > 60'000) content += packet(0xBE, std::string(50'000, 'x'));
+        content += packet(0xBE, std::string(end - content.size() - 6, 'x')) + packet(0xBF, "");
+        EXPECT_EQ(dump_of(content).find("private_stream_2") == std::string::npos, end == 0x100000) << end;
+    }
+}
+
 TEST(Mpeg, EndsOfTheDump) {
     Transcript transcript;
     const std::string empty = packet(0xE0, pes_flags(0).str());
@@ -224,4 +259,21 @@ TEST(TransportStream, Packets) {
         SHOW(first(ts_packet(16, long_field(n), 0xAA), 4));
     SHOW(first(ts_packet(16, hex("B7 00"), 0xAA), 9));
     SHOW(lines_from(dump_of((plain + rest).substr(0, 188 * 3 + 10)), "00000238"));
+}
+
+TEST(TransportStream, EdgesOfPacketsAndFields) {
+    const std::string plain = ts_packet(0x100, "", 0xAA);
+    const auto dumped_behind = [&](uint32_t pid, uint8_t length) {
+        const std::string field = big().u8(length).zeros(length).str();
+        const std::string dump = dump_of(plain + ts_packet(pid, field, 0xAA) + plain + plain);
+        return dump.substr(dump.find("000000c0"));
+    };
+    for (const uint8_t length : {1, 2, 3, 165, 166}) {  // the next packet is found
+        EXPECT_NE(lines_from(dumped_behind(100, length), "0000017c: PACKET 100"), "") << int{length};
+    }
+    for (const auto &[pid, control] : {std::pair{15U, true}, {16U, false}, {8190U, false}, {8191U, true}})
+        EXPECT_EQ(dumped_behind(pid, 7).find("Control") != std::string::npos, control) << pid;
+    // A field that the file cuts: what follows are zeros.
+    const std::string cut = dump_of(plain + plain + plain + plain + hex("47410037 03 00 11"));
+    EXPECT_EQ(cut.substr(cut.size() - 49), std::string(" 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00\n"));
 }

@@ -52,6 +52,14 @@ TEST(QuicktimeWalk, SizesThatDoNotFit) {
     SHOW(fields_of("gmin", counting(24)).substr(fields_of("gmin", counting(16)).size()));
 }
 
+TEST(QuicktimeWalk, OneByteTooMany) {
+    EXPECT_EQ(fields_of("gmin", counting(16)).find("rogue"), std::string::npos);
+    EXPECT_NE(fields_of("gmin", counting(17)).find("*** 1 rogue bytes ***"), std::string::npos);
+    const std::string flags = fields_of("sdtp", big().u32(0).u8(15).u8(16).str());
+    EXPECT_NE(flags.find("=15 (0x0F)"), std::string::npos);
+    EXPECT_NE(flags.find("=16 (0x10)"), std::string::npos);
+}
+
 TEST(QuicktimeWalk, SizeForms) {
     Transcript transcript;
     const std::string wide_payload = big().u32(1).text("mdhd").u64(16 + 28).raw(counting(28)).str();

@@ -12,11 +12,12 @@ TEST(HexDump, RowsRangesAndOffsets) {
     SHOW(dump_of(content, "f", {"-h=12,1"}));
     EXPECT_EQ(dump_of(content, "f", {"-hn=10", "-d"}), second);  // hexadecimal wins over text
     SHOW(dump_of(content, "f", {"-h=10", "-h=10,1", "-h"}));
-    for (const char *nothing : {"-h=20", "-h=-10", "-h=0,-1", "-h=7fffffffffffffff", "-h=0,-7fffffffffffffff",
-                                "-h=fffffffffffffffffff,1"}) {
+    for (const char *nothing : {"-h=20", "-h=-10", "-h=-1", "-h=0,-1", "-h=7fffffffffffffff",
+                                "-h=0,-7fffffffffffffff", "-h=fffffffffffffffffff,1"}) {
         EXPECT_EQ(dump_of(content, "f", {nothing}), "") << nothing;
     }
-    EXPECT_EQ(dump_of(content, "f", {"-h=10,7fffffffffffffff"}), "00000010: " + second);
+    for (const char *all : {"-h=10,5", "-h=10,7ffffffffffffff0", "-h=10,7fffffffffffffff"})
+        EXPECT_EQ(dump_of(content, "f", {all}), "00000010: " + second) << all;
     EXPECT_EQ(dump_of(content, "f", {"-hn=10,fffffffffffffffff"}), second);
     EXPECT_EQ(dump_of("", "f", {"-h"}), "");
 }
@@ -27,6 +28,11 @@ TEST(HexDump, TheDefaultIs64KiB) {
     EXPECT_EQ(lines_from(dump, "00010000: "), "");
     EXPECT_EQ(lines_from(dump_of(std::string(70000, 'x'), "f", {"-h=fff5"}), "00011160: ", 1).substr(0, 13),
               "00011160: 78 ");
+    // Rows stay whole over all steps of a long dump.
+    const std::string row = dump_of(std::string(16, 'x'), "f", {"-hn"});
+    const std::string rows = dump_of(std::string(600'000, 'x'), "f", {"-hn=0,927c0"});
+    EXPECT_EQ(rows.size(), 600'000 / 16 * row.size());
+    EXPECT_EQ(rows.substr(rows.size() - row.size()), row);
 }
 
 TEST(HexDump, OffsetsBeyond4GiB) {
@@ -35,6 +41,7 @@ TEST(HexDump, OffsetsBeyond4GiB) {
     place.write_sparse("f", 0x100000020, 0x100000010, "tail");
     SHOW(place.run({"-h=fffffff0,10", "f"}).out);
     SHOW(place.run({"-h=ffffffff,30", "f"}).out);
+    EXPECT_EQ(place.run({"-h=fffffff0,11", "f"}).out.substr(0, 18), "        fffffff0: ");
 }
 
 TEST(StringSearch, RunsOfLettersAndDigits) {
@@ -46,6 +53,10 @@ TEST(StringSearch, RunsOfLettersAndDigits) {
                 "f", {"-s"}));
     EXPECT_EQ(dump_of("abcdef", "f", {"-s"}), "abcdef\n");
     EXPECT_EQ(dump_of("abcde", "f", {"-s"}), "");
+    for (const char in : std::string("azAZ09"))
+        EXPECT_EQ(dump_of(std::string("-abc") + in + "de-", "f", {"-s"}), std::string("abc") + in + "de\n");
+    for (const char out : std::string("`{@[/:"))
+        EXPECT_EQ(dump_of(std::string("-abc") + out + "de-", "f", {"-s"}), "") << out;
 }
 
 // Runs of every length at every place around the border of the blocks that the search reads.
@@ -70,11 +81,20 @@ TEST(StringSearch, RunsAcrossBlocks) {
 TEST(TextDump, Encodings) {
     Transcript transcript;
     EXPECT_EQ(dump_of("a\tb c\r\n\x01\x7F\x80\xE9", "a.txt"), "a\tb.c\n.\x7F..");
+    EXPECT_EQ(dump_of(" !~\x7F\x80", "a.txt"), ".!~\x7F.");
     EXPECT_EQ(dump_of("a\rb\x01 \xE9", "a.txt", {"-u"}), "a\rb\x01 \xC3\xA9");
     const std::string little_text =
         little().u16(0xFEFF).u16('A').u16(' ').u16(0xE9).u16('\r').u16('\n').u16(0x4E2D).u16(0x20AC).str();
     EXPECT_EQ(dump_of(little_text), "Fileformat: UTF-16 (LE)\nA..\n..");
     SHOW(dump_of(little_text, "f", {"-u"}));
+    EXPECT_EQ(dump_of(std::string("\xFF\xFE"
+                                  "A\0B",
+                                  5)),
+              "Fileformat: UTF-16 (LE)\nA");
+    // The last character of each length in UTF-8 and the first of the next: U+007F, 0080, 07FF, 0800, FFFF,
+    // 10000.
+    const std::string edges = "\xEF\xBB\xBF\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80";
+    EXPECT_EQ(dump_of(edges, "f", {"-u"}), "Fileformat: UTF-8\n" + edges);
     // Surrogates stay apart, and half a unit at the end is no character.
     SHOW(dump_of(big().u16(0xFEFF).u16(0xD83D).u16(0xDE00).u8(0).str(), "f", {"-u"}));
 }

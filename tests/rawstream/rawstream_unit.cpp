@@ -106,3 +106,47 @@ TEST(RawStream, WordsInHexadecimal) {
         dump_of(capture("nbits 8\nsize 5\n", std::string("\x00\xFF\x01\xFE", 4)), "f", {"-v"});
     EXPECT_EQ(lines_from(eight, "000000::", 1), "000000:: 000 3ff 004 3f8 000 000 000 000 - '**..****'\n");
 }
+
+// The search for timing references ends 32 words before the last of the words looked at.
+TEST(RawStream, LastReferenceAndWord) {
+    constexpr size_t kWords = 32768;
+    constexpr size_t kLast = kWords - 32 - 1;
+    const auto put = [](Words &words, size_t at, uint16_t xyz) {
+        const Words reference{0x3FF, 0, 0, xyz};
+        std::copy(reference.begin(), reference.end(), words.begin() + static_cast<std::ptrdiff_t>(at));
+    };
+    const auto dumped = [](const Words &words) {
+        return lines_from(dump_of(capture("nbits 8\nsize 5\n", eight_bit(words))).substr(kStart.size()), "",
+                          1);
+    };
+    for (const size_t sav : {kLast, kLast + 1}) {
+        Words one(kWords, 0x200);
+        put(one, sav, 0x200);
+        const std::string detected = sav == kLast ? " for line length detect" : "";
+        EXPECT_EQ(dumped(one), "Warning: Could not find SAV and EAV" + detected + "\n");
+        put(one, sav - 100, 0x274);
+        put(one, sav - 800, 0x200);
+        put(one, sav - 100 - 858, 0x274);
+        EXPECT_EQ(dumped(one), sav == kLast ? "Raster is SDTV - NTSC 720x486 30Hz\n"
+                                            : "Warning: Could not find SAV and EAV for line length detect\n");
+    }
+    const auto last_row = [](const std::string &header, const std::string &data) {
+        return lines_from(dump_of(capture(header + "size 5\n", data), "f", {"-v"}), "007ff8::", 1);
+    };
+    EXPECT_EQ(last_row("nbits 8\n", std::string(kWords + 1, '\x11')),
+              "007ff8:: 044 044 044 044 044 044 044 044 - '........'\n");
+    // Words in groups of three: the last two of 32768 stay 0.
+    EXPECT_EQ(last_row("nbits10kel\nnbits 10\n", std::string(kWords * 4, '\x95')),
+              "007ff8:: 256 255 255 256 255 255 000 000 - '......**'\n");
+}
+
+TEST(RawStream, EdgesOfNumbers) {
+    const auto is_read = [](const std::string &bits) {
+        return dump_of(capture("nbits " + bits + "\nsize 5\n", "")) != kStart + kUnreadable;
+    };
+    for (const char *number : {"9", "08", "\r8", "\v8"}) EXPECT_TRUE(is_read(number)) << number;
+    for (const char *other : {":", "/", "\b8",
+                              "\x0E"
+                              "8"})
+        EXPECT_FALSE(is_read(other)) << other;
+}

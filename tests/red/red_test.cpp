@@ -63,6 +63,37 @@ TEST(Records, WhereRunsBeginAndEnd) {
     SHOW(lines_from(of_frame(large, 20000), "00003ffc"));
 }
 
+// The last place where a run, or a record of a run, may begin; the last type that a run goes on behind;
+// values that are too short for their type.
+TEST(Records, Edges) {
+    const auto of_frame = [](const std::string &payload, size_t size) {
+        const std::string dump = verbose_dump(chunk("RED1", "") + chunk("REDV", payload, size), 1);
+        return dump.substr(dump.find("frame 0") + 8, dump.find("Marker") - dump.find("frame 0") - 8);
+    };
+    const auto lines = [&](const std::string &payload, size_t size) {
+        const std::string text = of_frame(payload, size);
+        return std::count(text.begin(), text.end(), '\n');
+    };
+    EXPECT_EQ(lines(big().at(255).raw(kEdgeCode).str(), 400),
+              3);  // with its timecode and the record of zeros
+    EXPECT_EQ(lines(big().at(256).raw(kEdgeCode).str(), 400), 0);
+    for (const size_t tail : {16, 17})
+        EXPECT_EQ(lines(kEdgeCode + record(0x40, 9, "ab"), 15 + tail), tail == 16 ? 2 : 3) << tail;
+    EXPECT_EQ(lines(kEdgeCode + record(0x60, 1, "") + record(0x40, 2, "ab"), 200), 5);
+    const std::string values =
+        kEdgeCode + record(0x40, 9, "a") + record(0x20, 8, "abc") + record(0x61, 7, "");
+    EXPECT_EQ(lines_from(of_frame(values, 200), "0000000f"),
+              "0000000f 64  4  9 '0'\n00000013 32  6  8 '0.000000'\n00000019 97  3  7 ''\n");
+    // Of a large chunk 16384 bytes are held: records begin there up to the last one.
+    for (const size_t last : {16383, 16384}) {
+        std::string run = kEdgeCode + record(0x61 - 1, 1, std::string(last - 15 * 1091 - 3, 'x'));
+        for (int i = 0; i < 1090; i++) run += kEdgeCode;
+        const std::string end = of_frame(run + kEdgeCode + kEdgeCode, 20000);
+        EXPECT_EQ(lines_from(end, "00003fff"), last == 16383 ? "00003fff 0 15  0 ''\n" : "");
+        EXPECT_EQ(lines_from(end, "00004000"), "");
+    }
+}
+
 TEST(Version1, TablesAndEnd) {
     Transcript transcript;
     const std::string file =
@@ -84,6 +115,7 @@ TEST(Version1, FirstFramesAndPackets) {
     std::string file = chunk("RED1", "");
     for (int i = 0; i < 12; i++) file += chunk("REDV", kEdgeCode) + chunk("REDA", "");
     SHOW(lines_from(dump_of(file), "frame 8", 9));
+    EXPECT_EQ(lines_from(dump_of(file), "packet 10"), "");
     EXPECT_EQ(lines_from(verbose_dump(file, 1), "packet 11"), "packet 11\n" + kMissing);
 }
 
@@ -92,6 +124,8 @@ TEST(Version1, HexDumps) {
     const std::string file =
         chunk("RED1", "") + chunk("X\x01", "a \x7F~!123456789") + chunk("RDVS", "", 5000) + chunk("RPAD", "");
     SHOW(lines_from(verbose_dump(file, 2), "00000008/", 4));
+    EXPECT_EQ(lines_from(verbose_dump(file, 1), "00000008 "), "");
+    EXPECT_EQ(lines_from(verbose_dump(file, 2), "00000000 "), "");
     SHOW(lines_from(verbose_dump(file, 3), "0000100e", 4));
 }
 
@@ -127,6 +161,36 @@ TEST(Version2, HeaderFramesIndexAndEnd) {
     // Frames are never dumped in hexadecimal, other chunks from the second -v on, described or not.
     SHOW(lines_from(verbose_dump(file, 2), "00000ff0", 3));
     SHOW(lines_from(verbose_dump(file, 2), "00017080"));
+}
+
+// An entry is listed when the last of its values has a number below that of the frames and lies in the chunk.
+TEST(Version2, IndexByFramesAndSize) {
+    const auto entries = [](int frames, size_t values) {
+        std::string file = aligned(chunk("RED2", ""));
+        for (int i = 0; i < frames; i++) file += aligned(chunk("RDI", ""));
+        const std::string dump = dump_of(file + chunk("RII", std::string(values, '\x01')));
+        const std::string listed = lines_from(dump, " Frame ");
+        return std::count(listed.begin(), listed.end(), '\n');
+    };
+    for (const auto &[frames, listed] : {std::pair{17, 0}, {18, 1}, {20, 1}, {21, 2}})
+        EXPECT_EQ(entries(frames, 400), listed) << frames;
+    EXPECT_EQ(entries(30, 4 * 18), 1);
+    EXPECT_EQ(entries(30, 4 * 18 - 1), 0);
+}
+
+// Frames are counted up to 8192; what a walk looks at of a chunk must be there, 16376 bytes behind its
+// header.
+TEST(Version2, ManyFramesAndCutChunks) {
+    std::string file = aligned(chunk("RED2", ""));
+    for (int i = 0; i < 8193; i++) file += aligned(chunk("RDI", ""));
+    const std::string dump = verbose_dump(file, 1);
+    EXPECT_EQ(lines_from(dump, "frame               : 8191", 6),
+              "frame               : 8191\n02000000/RDI 8\nframe               : 8192\n"
+              "02001000/RDI 8\nframe               : 8192\n");
+    EXPECT_EQ(lines_from(dump, "00000000 "), "");
+    const std::string large = chunk("RED2", "", 20000);
+    EXPECT_NE(lines_from(dump_of(large.substr(0, 16384)), " xsize"), "");
+    EXPECT_EQ(lines_from(dump_of(large.substr(0, 16383)), " xsize"), "");
 }
 
 }  // namespace

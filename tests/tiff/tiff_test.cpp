@@ -34,6 +34,19 @@ std::string tiff(Order order, const std::vector<Entry> &entries, const std::stri
     return w.at(1000).raw(data).str();
 }
 
+// A file that ends behind its directory.
+std::string file_with(const std::vector<Entry> &entries) {
+    return little().text("II").u16(42).u32(8).raw(directory(Order::little, entries)).str();
+}
+
+// How often a text stands in the dump of a file.
+size_t count_in_dump(const std::string &content, const std::string &text) {
+    const std::string dump = dump_of(content);
+    size_t n = 0;
+    for (size_t at = 0; (at = dump.find(text, at)) != std::string::npos; at++) n++;
+    return n;
+}
+
 // The first line of an entry behind its tag name.
 std::string value_line(Order order, uint32_t type, uint32_t count, const std::string &value,
                        const std::string &data = "", const std::vector<std::string> &switches = {}) {
@@ -184,6 +197,52 @@ TEST(Tiff, NestingEnds) {
     EXPECT_LT(std::count(shown.begin(), shown.end(), '\n'), 30'000);
 }
 
+// Offsets of directories to the last byte of a file and behind it, and what is left of one that a file cuts.
+TEST(Tiff, EdgesOfTheFile) {
+    const auto file = [](const std::string &rest) { return little().text("II").u16(42).raw(rest).str(); };
+    EXPECT_EQ(count_in_dump(file(little().u32(7).str()), " entries: 0"), 1U);
+    EXPECT_EQ(count_in_dump(file(little().u32(8).str()), " entries: 0"), 0U);
+    const auto chain = [&](uint32_t next) { return file(little().u32(8).u16(0).u32(next).str()); };
+    EXPECT_EQ(count_in_dump(chain(13), " entries: 0"), 2U);
+    EXPECT_EQ(count_in_dump(chain(14), " entries: 0"), 1U);
+    const auto sub = [](uint32_t at) { return file_with({{330, 4, 1, little().u32(at).str()}}); };
+    EXPECT_EQ(count_in_dump(sub(25), "SUB IFD entries: 0"), 1U);
+    EXPECT_EQ(count_in_dump(sub(26), "SUB IFD\n"), 1U);
+    const std::string offsets = little().u32(9999).u32(9999).str();
+    for (const size_t size : {7, 8}) {
+        EXPECT_EQ(count_in_dump(file_with({{330, 4, 2, little().u32(26).str()}}) + offsets.substr(0, size),
+                                "SUB IFD "),
+                  size - 6);
+        EXPECT_EQ(count_in_dump(file(little().u32(8).u16(2).zeros(size + 4).str()), "  tag  "), 1U);
+    }
+    EXPECT_EQ(count_in_dump(file(little().u32(8).u16(2).zeros(12).str()), "  tag  "), 1U);
+    EXPECT_EQ(count_in_dump(file(little().u32(8).u16(2).zeros(13).str()), "  tag  "), 2U);
+}
+
+// Of a file's budget, 8 bytes a byte and 64 KiB, a directory takes 6 bytes, an entry 12, an offset in a list
+// 4, and a value's text a 16th of its length.
+TEST(Tiff, CostsOfWhatIsShared) {
+    // 200 entries with the same list of 500 offsets of an empty directory; a type that there is not has no
+    // text.
+    const uint32_t empty = 8 + 6 + 12 * 200;
+    ByteWriter lists = little().text("II").u16(42).u32(8);
+    lists.raw(
+        directory(Order::little, std::vector<Entry>(200, {330, 0, 500, little().u32(empty + 6).str()})));
+    lists.zeros(6);
+    for (int i = 0; i < 500; i++) lists.u32(empty);
+    const size_t left = 8 * lists.size() + 65536 - 6;
+    const size_t whole = left / (12 + 500 * (4 + 6));  // entries whose list is shown to its end
+    const size_t rest = left % (12 + 500 * (4 + 6)) - 12;
+    EXPECT_EQ(count_in_dump(lists.str(), " entries: 0"), 500 * whole + (rest + 9) / 10);
+
+    ByteWriter texts = little().text("II").u16(42).u32(8);
+    const uint32_t text = 8 + 6 + 12 * 1000;
+    texts.raw(directory(Order::little, std::vector<Entry>(1000, {271, 2, 4798, little().u32(text).str()})));
+    texts.text(std::string(4798, 'x'));  // in quotes 4800
+    const size_t cost = 12 + 4800 / 16;
+    EXPECT_EQ(count_in_dump(texts.str(), "  tag  "), (8 * texts.size() + 65536 - 6 + cost - 1) / cost);
+}
+
 TEST(Tiff, PhotoshopResources) {
     Transcript transcript;
     ByteWriter w = big();
@@ -194,6 +253,23 @@ TEST(Tiff, PhotoshopResources) {
     const std::string content = tiff(Order::little, {{34377, 1, size, kAt1000Little}}, resources);
     SHOW(lines_from(dump_of(content), "  tag"));
     EXPECT_EQ(lines_from(dump_of(content, "a", {"-v"}), "    size 2", 2), "    size 2\n     74 68 \n");
+
+    // Blocks begin up to the last byte of the value; a size of 0 is one, a negative size ends the run.
+    const std::string block = big().text("8BIM").u16(1).u16(0).u32(0).str();
+    const auto blocks = [&](uint32_t count, const std::string &first) {
+        return count_in_dump(tiff(Order::little, {{34377, 1, count, kAt1000Little}}, first + block),
+                             "    id   1\n");
+    };
+    EXPECT_EQ(blocks(0, block), 0U);
+    EXPECT_EQ(blocks(1, block), 1U);
+    EXPECT_EQ(blocks(12, block), 1U);
+    EXPECT_EQ(blocks(13, block), 2U);
+    const auto negative = [](uint32_t size) { return big().text("8BIM").u16(1).u16(0).u32(size).str(); };
+    EXPECT_EQ(blocks(24, negative(0xFFFFFFFF)), 1U);
+    EXPECT_EQ(lines_from(
+                  dump_of(tiff(Order::little, {{34377, 1, 24, kAt1000Little}}, negative(0xFFFFFFFF) + block)),
+                  "    size", 2),
+              "    size -1\n   type   : 0001\n");
 
     const std::string magic("Adobe Photoshop Document Data Block\0", 36);
     const auto source = [&](uint32_t count, const std::string &data) {
@@ -218,6 +294,18 @@ TEST(Tiff, FirstPixels) {
     EXPECT_EQ(pixels(Order::little, 16, "abcdef", {"-v", "-p"}), "rgb : 6261 6463 6665\n");
     SHOW(pixels(Order::little, 12, "\x12\x34\x56\x78\x9A\xBC\xDE\xF1\x23", {"-v", "-p"}));
     EXPECT_EQ(pixels(Order::little, 8, std::string(400, 'x'), {"-v", "-p"}).size(), 100U * 21);
+    // The last pixel of a strip that ends with it, or a byte before.
+    const auto count = [&](uint32_t bits, size_t size) {
+        return pixels(Order::little, bits, std::string(size, 'x'), {"-v", "-p"}).size() / 21;
+    };
+    for (const auto &[bits, first, second] : {std::tuple{8, 3, 6}, {12, 5, 9}, {16, 6, 12}}) {
+        const uint32_t depth = static_cast<uint32_t>(bits);
+        for (const int size : {first, second}) {
+            EXPECT_EQ(count(depth, static_cast<size_t>(size)), size == first ? 1U : 2U) << bits;
+            EXPECT_EQ(count(depth, static_cast<size_t>(size) - 1), size == first ? 0U : 1U) << bits;
+        }
+        EXPECT_EQ(count(depth, 1000), 100U) << bits;
+    }
     SHOW(pixels(Order::little, 8, "", {"-p"}).substr(0, 21));  // offset not read
     EXPECT_EQ(lines_from(dump_of(tiff(Order::big, {}), "a", {"-p"}), "Unknown"), "Unknown pixel depth 0\n");
 }

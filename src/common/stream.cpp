@@ -1,0 +1,150 @@
+#include "common/stream.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "common/print.h"
+
+namespace {
+
+constexpr size_t kMostRanges = 4096;  // of a line before those that touch are joined
+constexpr size_t kMostOwn = 16;       // marked arguments of a print call
+
+// What is known of the line that is being printed; its text is what standard output holds.
+struct State {
+    Listener *listener = nullptr;
+    Line line;
+    std::vector<Piece> pieces;
+    std::vector<FileRange> reads;
+    bool exact = false;
+    const char *own[kMostOwn];
+    size_t own_count = 0;
+};
+
+State state;
+
+// In order, those that touch joined.
+void normalize(std::vector<FileRange> &ranges) {
+    std::ranges::sort(ranges, {}, &FileRange::offset);
+    size_t kept = 0;
+    for (const FileRange &range : ranges) {
+        if (kept > 0 && range.offset <= ranges[kept - 1].end()) {
+            FileRange &last = ranges[kept - 1];
+            last.size = std::max(last.end(), range.end()) - last.offset;
+        } else {
+            ranges[kept++] = range;
+        }
+    }
+    ranges.resize(kept);
+}
+
+uint32_t length() { return static_cast<uint32_t>(standard_output.held().size()); }
+
+void tell(bool ends) {
+    normalize(state.reads);
+    state.line.text = standard_output.held();
+    state.line.pieces = state.pieces;
+    state.line.at = state.reads;
+    state.line.ends = ends;
+    state.listener->line(state.line);
+    state.line = {};
+    state.pieces.clear();
+    standard_output.drop();
+}
+
+}  // namespace
+
+Listening::Listening(Listener *listener) {
+    listening = listener != nullptr;
+    state = {};
+    state.listener = listener;
+}
+
+Listening::~Listening() {
+    standard_output.drop();
+    listening = false;
+    state = {};
+}
+
+void Listening::finish() {
+    if (listening && length() > 0) tell(false);
+}
+
+namespace stream {
+
+void end_line(bool is_listing) {
+    state.line.is_listing = is_listing;
+    tell(true);
+    clear_reads();
+}
+
+// A part of a line that is longer than the block.
+void end_part() {
+    state.line.goes_on = true;
+    tell(false);
+}
+
+void add(const Piece &piece) {
+    if (piece.size == 0 && piece.kind == Piece::literal) return;
+    if (!state.pieces.empty() && piece.kind == Piece::literal) {
+        Piece &last = state.pieces.back();
+        if (last.kind == Piece::literal && last.start + last.size == piece.start) {
+            last.size += piece.size;
+            return;
+        }
+    }
+    state.pieces.push_back(piece);
+}
+
+void add_read(uint64_t offset, uint64_t n) {
+    if (state.exact) return;
+    std::vector<FileRange> &reads = state.reads;
+    if (!reads.empty() && offset >= reads.back().offset && offset <= reads.back().end()) {
+        FileRange &last = reads.back();
+        last.size = std::max(last.end(), offset + n) - last.offset;
+        return;
+    }
+    if (reads.size() >= kMostRanges) normalize(reads);
+    reads.push_back({offset, n});
+}
+
+void set_exact(const Bytes &bytes) {
+    const FileRange range = bytes.file_range();
+    if (!range.size) return;  // a copy in memory
+    state.reads.assign(1, range);
+    state.exact = true;
+}
+
+void clear_reads() {
+    state.reads.clear();
+    state.exact = false;
+}
+
+// The line is of exactly what was looked at so far.
+void keep_reads() { state.exact = true; }
+
+void add_own(const char *text) {
+    if (state.own_count < kMostOwn) state.own[state.own_count++] = text;
+}
+
+bool is_own(const char *text) {
+    return std::find(state.own, state.own + state.own_count, text) != state.own + state.own_count;
+}
+
+void forget_own() { state.own_count = 0; }
+
+void mark_position() { state.line.behind_position = length(); }
+
+void mark_label(bool is_own) {
+    state.line.label_is_marked = true;
+    state.line.label_start = length();
+    state.line.label_is_own = is_own;
+}
+
+void mark_label_end() { state.line.label_end = length(); }
+
+void tell_format(const char *name) {
+    if (listening) state.listener->format(name);
+}
+
+}  // namespace stream

@@ -1,0 +1,225 @@
+#include "companions/lines/lines.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::string_view kPadding = " :='\"[]()\t";
+constexpr std::string_view kJoining = ":.-;_";
+constexpr std::string_view kIndexing = "-[#";
+
+bool is_value(const Piece &piece) { return piece.kind != Piece::literal; }
+
+std::string_view text_of(const Line &line, const Piece &piece) {
+    return line.text.substr(piece.start, piece.size);
+}
+
+std::string_view trimmed(std::string_view text, std::string_view what) {
+    const size_t first = text.find_first_not_of(what);
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(what) + 1 - first);
+}
+
+// Without padding, quotes and brackets, and without the mark of core fields (" C :").
+std::string_view label_of(std::string_view text) {
+    const bool has_colon = !trimmed(text, " ").empty() && trimmed(text, " ").ends_with(':');
+    text = trimmed(text, kPadding);
+    if (has_colon && text.ends_with(" C")) text = trimmed(text.substr(0, text.size() - 2), kPadding);
+    return text;
+}
+
+// The pieces of a line from a place on.
+std::span<const Piece> pieces_from(const Line &line, uint32_t start) {
+    const auto first =
+        std::ranges::find_if(line.pieces, [&](const Piece &p) { return p.start + p.size > start; });
+    return {first, line.pieces.end()};
+}
+
+// Blanks that literals print at the start, behind a position.
+uint32_t depth_of(const Line &line) {
+    uint32_t at = line.behind_position;
+    for (const Piece &piece : pieces_from(line, at)) {
+        if (is_value(piece) || piece.start > at) break;
+        while (at < piece.start + piece.size && line.text[at] == ' ') at++;
+        if (at < piece.start + piece.size) break;
+    }
+    return at - line.behind_position;
+}
+
+// Whether what stands between two values makes them one.
+bool joins(std::string_view between) {
+    return between.empty() || (between.size() == 1 && kJoining.find(between[0]) != std::string_view::npos);
+}
+
+std::string_view without_quotes(std::string_view text) {
+    if (text.size() >= 2 && text.front() == '\'' && text.back() == '\'')
+        return text.substr(1, text.size() - 2);
+    return text;
+}
+
+bool is_finite_number(const Piece &piece) {
+    constexpr uint64_t kExact = uint64_t{1} << 53;
+    if (piece.kind == Piece::integer) return piece.number <= kExact;
+    return piece.kind == Piece::real && piece.value - piece.value == 0;
+}
+
+// Values that one text holds, apart by blanks.
+void add_several(std::string_view text, bool numbers, std::vector<FieldValue> &values) {
+    for (text = trimmed(text, " "); !text.empty(); text = trimmed(text, " ")) {
+        const std::string_view one = text.substr(0, text.find(' '));
+        const bool is_number = numbers && one.find_first_not_of("0123456789+-.e") == std::string_view::npos;
+        values.push_back({is_number ? FieldValue::number : FieldValue::text, one});
+        text.remove_prefix(one.size());
+    }
+}
+
+void add_value(const Line &line, const Piece &piece, std::vector<FieldValue> &values) {
+    const std::string_view text = text_of(line, piece);
+    switch (piece.kind) {
+        case Piece::unset: values.push_back({FieldValue::unset, {}}); break;
+        case Piece::numbers: add_several(text, true, values); break;
+        case Piece::words: add_several(text, false, values); break;
+        case Piece::text: values.push_back({FieldValue::text, trimmed(without_quotes(text), " ")}); break;
+        default:
+            values.push_back({is_finite_number(piece) ? FieldValue::number : FieldValue::text, text});
+            break;
+    }
+}
+
+// The values of pieces; what joins is one text.
+void add_values(const Line &line, std::span<const Piece> pieces, std::vector<FieldValue> &values) {
+    const Piece *first = nullptr;  // of the values that are one
+    const Piece *last = nullptr;
+    const auto finish = [&] {
+        if (!first) return;
+        if (first == last) {
+            add_value(line, *first, values);
+        } else {
+            const std::string_view joined =
+                line.text.substr(first->start, last->start + last->size - first->start);
+            values.push_back({FieldValue::text, trimmed(joined, " ")});
+        }
+    };
+    for (const Piece &piece : pieces) {
+        if (!is_value(piece)) continue;
+        const bool goes_on =
+            last && joins(line.text.substr(last->start + last->size, piece.start - last->start - last->size));
+        if (!goes_on) {
+            finish();
+            first = &piece;
+        }
+        last = &piece;
+    }
+    finish();
+}
+
+// The end of a marked label: where it was marked, else that of the piece, or of the values that are one.
+uint32_t end_of_label(const Line &line) {
+    if (line.label_end) return line.label_end;
+    uint32_t end = line.label_start;
+    bool values = false;
+    for (const Piece &piece : pieces_from(line, line.label_start)) {
+        if (end > line.label_start && (!values || !is_value(piece) || piece.start != end)) break;
+        values = is_value(piece);
+        end = piece.start + piece.size;
+    }
+    return end;
+}
+
+}  // namespace
+
+void LinePlaces::place(const Line &line, FieldLine &field) {
+    field.path.clear();
+    field.values.clear();
+    field.index.clear();
+    const uint32_t depth = depth_of(line);
+    PathElement element;
+    std::span<const Piece> rest;
+    if (line.is_listing) {
+        // Rows have no labels; they stand below the line before them.
+        for (const Level &level : levels_) field.path.push_back(level.element);
+        return;
+    }
+    if (line.label_is_marked) {
+        const uint32_t end = end_of_label(line);
+        const std::string_view text = line.text.substr(line.label_start, end - line.label_start);
+        element = {std::string(line.label_is_own ? label_of(text) : trimmed(text, " ")), line.label_is_own};
+        std::vector<Piece> before;
+        for (const Piece &piece : pieces_from(line, line.behind_position)) {
+            if (piece.start + piece.size <= line.label_start) before.push_back(piece);
+        }
+        add_values(line, before, field.values);
+        rest = pieces_from(line, end);
+    } else {
+        rest = pieces_from(line, line.behind_position);
+        const auto first = std::ranges::find_if(rest, is_value);
+        const uint32_t end = first == rest.end() ? static_cast<uint32_t>(line.text.size()) : first->start;
+        const std::string_view text = line.text.substr(line.behind_position, end - line.behind_position);
+        element.name = label_of(text);
+        rest = {first, rest.end()};
+        const bool indexes = !rest.empty() && first->kind == Piece::integer && !element.name.empty() &&
+                             kIndexing.find(text.back()) != std::string_view::npos;
+        if (indexes) {
+            field.index.push_back(first->number);
+            while (element.name.ends_with('-') || element.name.ends_with('#')) element.name.pop_back();
+            rest = rest.subspan(1);
+        }
+    }
+    add_values(line, rest, field.values);
+    if (line.text.empty()) {
+        levels_.clear();
+        return;
+    }
+    while (!levels_.empty() && levels_.back().depth >= depth) levels_.pop_back();
+    for (const Level &level : levels_) field.path.push_back(level.element);
+    if (element.name.empty()) return;
+    field.path.push_back(element);
+    levels_.push_back({depth, std::move(element)});
+}
+
+PathPattern::PathPattern(std::string_view pattern) : elements_(1) {
+    for (size_t i = 0; i < pattern.size(); i++) {
+        if (pattern[i] == '\\' && i + 1 < pattern.size()) {
+            elements_.back() += '\\';
+            elements_.back() += pattern[++i];
+        } else if (pattern[i] == '/') {
+            elements_.emplace_back();
+        } else {
+            elements_.back() += pattern[i];
+        }
+    }
+}
+
+namespace {
+
+// Whether a name is what a pattern's element stands for.
+bool element_matches(std::string_view pattern, std::string_view name) {
+    size_t p = 0, n = 0, star = std::string_view::npos, resume = 0;
+    while (n < name.size()) {
+        const bool escaped = p + 1 < pattern.size() && pattern[p] == '\\';
+        if (p < pattern.size() && !escaped && pattern[p] == '*') {
+            star = ++p;
+            resume = n;
+        } else if (p < pattern.size() && pattern[p + escaped] == name[n]) {
+            p += 1 + escaped;
+            n++;
+        } else if (star != std::string_view::npos) {
+            p = star;
+            n = ++resume;
+        } else {
+            return false;
+        }
+    }
+    while (p < pattern.size() && pattern[p] == '*') p++;
+    return p == pattern.size();
+}
+
+}  // namespace
+
+bool PathPattern::matches(const std::vector<PathElement> &path) const {
+    if (path.size() < elements_.size()) return false;
+    for (size_t i = 0; i < elements_.size(); i++) {
+        if (!element_matches(elements_[i], path[path.size() - elements_.size() + i].name)) return false;
+    }
+    return true;
+}

@@ -1,0 +1,16 @@
+// The dump of a file, for commands that want more than its text.
+#pragma once
+
+#include "common/stream.h"
+#include "main/dump_options.h"
+
+struct DumpOutcome {
+    enum End { dumped, unopened, unknown };
+    End end = dumped;
+    int status = 0;  // that keldump would exit with
+};
+
+// Dumps a file as keldump does under the same switches, in a run of its own, to a listener or, without one,
+// to standard output. Any name is a file's. Nothing is printed for one that cannot be opened; of one whose
+// format is unknown the line that says so. A listener that has enough ends it by end_run.
+DumpOutcome dump(const char *path, const DumpOptions &options, Listener *listener);
