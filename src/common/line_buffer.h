@@ -21,7 +21,7 @@ class LineBuffer {
         own({text, N - 1});
     }
     void own(std::string_view s) {
-        text(s);
+        append(s);
         if (listening) tell({.kind = Piece::literal}, s.size());
     }
     // The end of a line, and of a row of a listing.
@@ -29,8 +29,15 @@ class LineBuffer {
     void end_row() { end(true); }
 
     // Characters and texts of the file.
-    void put(char c) { *claim(1) = c; }
+    void put(char c) {
+        *claim(1) = c;
+        if (listening) tell({.kind = Piece::text}, 1);
+    }
     void text(std::string_view s) {
+        append(s);
+        if (listening) tell({.kind = Piece::text}, s.size());
+    }
+    void append(std::string_view s) {
         if (s.size() <= kPiece) {
             std::memcpy(claim(s.size()), s.data(), s.size());
         } else {
@@ -40,6 +47,7 @@ class LineBuffer {
     void bytes(std::span<const uint8_t> b) {
         for (; b.size() > kPiece; b = b.subspan(kPiece)) std::copy_n(b.data(), kPiece, claim(kPiece));
         std::copy(b.begin(), b.end(), claim(b.size()));
+        if (listening) tell({.kind = Piece::text}, b.size());
     }
     // Padding of ours.
     void blanks(size_t n) {
@@ -80,7 +88,7 @@ class LineBuffer {
         if (listening) {
             stream::end_line(is_row);
         } else {
-            put('\n');
+            *claim(1) = '\n';
         }
     }
     // Tells the last n characters.

@@ -6,6 +6,8 @@
 #include <span>
 #include <string_view>
 
+#include "common/stream.h"
+
 // Prints as printf does. The format is literal text of ours, so that each line of output can be found in the
 // source; the arguments are the file's.
 [[gnu::format(printf, 1, 2)]] void print(const char *format, ...);
@@ -58,3 +60,12 @@ class Output {
 };
 
 extern Output standard_output;
+
+// Prints a text of the file, or digits of it.
+inline void print_value(std::string_view text) {
+    if (listening) {
+        print("%.*s", static_cast<int>(text.size()), text.data());
+    } else {
+        standard_output.write(text);
+    }
+}

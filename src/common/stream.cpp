@@ -86,9 +86,9 @@ void end_part() {
 
 void add(const Piece &piece) {
     if (piece.size == 0 && piece.kind == Piece::literal) return;
-    if (!state.pieces.empty() && piece.kind == Piece::literal) {
+    if (!state.pieces.empty() && (piece.kind == Piece::literal || piece.kind == Piece::text)) {
         Piece &last = state.pieces.back();
-        if (last.kind == Piece::literal && last.start + last.size == piece.start) {
+        if (last.kind == piece.kind && last.start + last.size == piece.start) {
             last.size += piece.size;
             return;
         }
@@ -135,13 +135,21 @@ void forget_own() { state.own_count = 0; }
 
 void mark_position() { state.line.behind_position = length(); }
 
+void mark_field() { state.line.is_field = true; }
+
 void mark_label(bool is_own) {
     state.line.label_is_marked = true;
     state.line.label_start = length();
     state.line.label_is_own = is_own;
 }
 
-void mark_label_end() { state.line.label_end = length(); }
+void mark_label_end() {
+    if (!state.line.label_is_marked) {
+        state.line.label_is_marked = true;
+        state.line.label_start = state.line.behind_position;
+    }
+    state.line.label_end = length();
+}
 
 void tell_format(const char *name) {
     if (listening) state.listener->format(name);

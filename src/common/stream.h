@@ -48,6 +48,7 @@ struct Line {
     uint32_t label_start = 0;       // from here
     uint32_t label_end = 0;         // to here; 0: to the end of the piece that begins there
     bool label_is_own = true;       // false: the file names it
+    bool is_field = false;          // no section, whatever follows
     bool is_listing = false;        // a row of a hex dump, of samples, of a table
     bool goes_on = false;           // in the next part
     bool ends = true;               // false: it goes on, or is the last and has no line end
@@ -91,6 +92,7 @@ void keep_reads();
 void mark_position();
 void mark_label(bool is_own);
 void mark_label_end();
+void mark_field();
 void tell_format(const char *name);
 
 }  // namespace stream
@@ -117,6 +119,11 @@ inline void also(FileRange range) {
 }
 inline void also(const Bytes &bytes) {
     if (listening) also(bytes.file_range());
+}
+
+// The line is no section, whatever follows it.
+inline void only_field() {
+    if (listening) stream::mark_field();
 }
 
 // What the line has so far is a position or a level.

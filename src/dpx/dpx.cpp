@@ -262,9 +262,9 @@ void print_source(const Header &header) {
 }
 
 void print_film(const Header &header) {
+    print("film\n");
     char keycode[17];
     formatdpxkeycode(keycode, header.bytes.from(kFilmHeader));
-    print("film\n");
     print(" keycode          : '%s'\n", keycode);
     print_field_rows(header, kFilmRows);
     if (!bytes_are(header.bytes, kArriStatus, "ARRI01")) return;
@@ -273,6 +273,7 @@ void print_film(const Header &header) {
 }
 
 void print_television(const Header &header) {
+    forget();
     print("television\n");
     print_field_rows(header, kTelevisionRows);
     if (header.u8(kReelRow.offset) != 0xFF) print_field_row(header, kReelRow);
@@ -300,6 +301,7 @@ const char *user_data_note(const Header &header) {
 void print_user_data(const Header &header) {
     const Bytes user = header.bytes.from(kUserIdentification);
     if (user[0] == 0 || user[0] == 0xFF || header.u32(kUserDataSize) == 0) return;
+    forget();
     print("extendedheader\n");
     print(" type             : %s\n", checkascii(user, kUserIdentificationSize));
     if (bytes_are(user, 0, "KEL Tessaron metadata\0")) {

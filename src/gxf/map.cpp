@@ -75,7 +75,7 @@ void print_tracks(Bytes payload, uint64_t start, uint64_t length) {
         const uint16_t section = gxfint16(payload, offset + 2, false);
         print("  mediatype %d %s\n", type, gxftracktype(type));
         print("  trackid   %d\n", payload[offset + 1] - 0xC0);
-        print("  length    %d\n", section);
+        print_field_row(big_endian(payload.from(offset)), {2, Field::dec16, "  length    "});
         gxfmaptags(3, payload.from(offset + 4), section);
         offset += uint64_t{4} + section;
     }

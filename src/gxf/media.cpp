@@ -1,6 +1,6 @@
 // Media packets and field locator tables.
 
-#include "common/names.h"
+#include "common/field_rows.h"
 #include "common/print.h"
 #include "gxf/packets.h"
 #include "gxf/values.h"
@@ -17,6 +17,13 @@ constexpr CodeName kTrackTypes[] = {
 };
 
 constexpr const char *kMpegPictures[] = {"", "I-Frame ", "P-Frame ", "B-Frame "};
+
+// clang-format off
+constexpr FieldRow kLocatorRows[] = {
+    {0, Field::dec32, " fields per entry:  "},
+    {4, Field::dec32, " number of entries: "},
+};
+// clang-format on
 
 constexpr uint64_t kPreambleSize = 16;
 constexpr uint64_t kTimecodeSize = 8;
@@ -111,8 +118,7 @@ void gxflocator(Bytes rest, int64_t size) {
         return;
     }
     const uint32_t fields = gxfuint32(table, 0, true);
-    print(" fields per entry:  %d\n", static_cast<int>(fields));
-    print(" number of entries: %d\n", gxfint32(table, 4, true));
+    print_field_rows(little_endian(table), kLocatorRows);
     for (uint32_t i = 1; i < kLocatorEntries; i++) {
         const uint32_t kib = gxfuint32(table, 8 + 4 * uint64_t{i}, true);
         if (kib == 0) continue;

@@ -1,6 +1,5 @@
 // The walk over the packets of a GXF file (SMPTE 360M).
 #include <algorithm>
-#include <cstdio>
 
 #include "common/names.h"
 #include "common/print.h"

@@ -48,6 +48,8 @@ constexpr FieldRow kMaterialRows[] = {
     {102, Field::dec16, "  videotracks   "},
 };
 
+constexpr FieldRow kSegmentsRow = {2, Field::dec16, "  segments    "};
+
 constexpr FieldRow kMediaRows[] = {
     {0, Field::dec16, "  length      "},
     {2, Field::dec16, "  trackinfo   "},
@@ -118,7 +120,7 @@ void print_tracks(const Umf &umf) {
         const OrderedBytes entry = umf.entry(offset);
         print("  track       %c%c %s\n", gxfchar(entry.u8(1)), gxfchar(entry.u8(0)),
               name_of(kTrackKinds, entry.u8(1), "?"));
-        print("  segments    %d\n", entry.u16(2));
+        print_field_row(entry, kSegmentsRow);
     }
 }
 

@@ -23,14 +23,15 @@ Status print_system_header(mpeg_reader &reader);
 Status print_program_stream_map(mpeg_reader &reader);
 Status print_pes_header(const DumpOptions &opts, mpeg_reader &reader);
 
-// A field as bits behind each other lie: how many, and the line up to its value. Without a label it is not
-// printed; without bits it is a marker bit.
+// A field as bits behind each other lie: how many, the line up to its value, and the hexadecimal digits of
+// the value, 0 for a decimal one. Without a label it is not printed; without bits it is a marker bit.
 struct BitRow {
     int bits = 0;
     const char *label = nullptr;
+    int digits = 0;
 };
 constexpr BitRow kMarker{};
 
-// Read fields and print one line each.
-uint32_t print_bits(mpeg_reader &reader, const char *label, int count);
+// Read fields and print one line each; the value of a single one.
+uint32_t print_bits(mpeg_reader &reader, const BitRow &row);
 void print_bit_rows(mpeg_reader &reader, std::span<const BitRow> rows);

@@ -101,7 +101,7 @@ constexpr BitRow kStdBufferRows[] = {
 // clang-format on
 
 void print_trick_mode(mpeg_reader &reader) {
-    switch (print_bits(reader, "  trickmode      ", 3)) {
+    switch (print_bits(reader, {3, "  trickmode      "})) {
         case 0:
         case 3: print_bit_rows(reader, kFastRows); break;
         case 1:
@@ -123,7 +123,7 @@ void print_private_data(mpeg_reader &reader) {
 
 void print_extension_field(mpeg_reader &reader) {
     markerbit(reader);
-    const uint32_t length = print_bits(reader, "  fieldlen        ", 7);
+    const uint32_t length = print_bits(reader, {7, "  fieldlen        "});
     for (uint32_t i = 0; i < length; i++) {
         const uint32_t byte = mpegbits(reader, 8);
         if (is_printable(byte)) {
@@ -135,14 +135,14 @@ void print_extension_field(mpeg_reader &reader) {
 }
 
 void print_pes_extension(mpeg_reader &reader) {
-    const uint32_t private_data = print_bits(reader, "  privateflag     ", 1);
-    const uint32_t pack_header = print_bits(reader, "  packheaderflag  ", 1);
-    const uint32_t counter = print_bits(reader, "  counterflag     ", 1);
-    const uint32_t std_buffer = print_bits(reader, "  stdflag         ", 1);
+    const uint32_t private_data = print_bits(reader, {1, "  privateflag     "});
+    const uint32_t pack_header = print_bits(reader, {1, "  packheaderflag  "});
+    const uint32_t counter = print_bits(reader, {1, "  counterflag     "});
+    const uint32_t std_buffer = print_bits(reader, {1, "  stdflag         "});
     mpegbits(reader, 3);
-    const uint32_t extension = print_bits(reader, "  extflag         ", 1);
+    const uint32_t extension = print_bits(reader, {1, "  extflag         "});
     if (private_data) print_private_data(reader);
-    if (pack_header) print_bits(reader, "  fieldlength     ", 8);
+    if (pack_header) print_bits(reader, {8, "  fieldlength     "});
     if (counter) print_bit_rows(reader, kCounterRows);
     if (std_buffer) {
         markerbits(reader, 2, 1);
@@ -167,7 +167,7 @@ Status print_pes_header(const DumpOptions &opts, mpeg_reader &reader) {
     if (flags[kEsRate]) print_bit_rows(reader, kEsRateRows);
     if (flags[kTrickMode]) print_trick_mode(reader);
     if (flags[kCopyInfo]) print_bit_rows(reader, kCopyInfoRows);
-    if (flags[kCrc]) print_bits(reader, "  pescrc         ", 16);
+    if (flags[kCrc]) print_bits(reader, {16, "  pescrc         "});
     if (flags[kExtension]) print_pes_extension(reader);
     return status;
 }

@@ -24,6 +24,7 @@ constexpr BitRow kSystemRows[] = {
     {7, " reserved:        "},
 };
 constexpr BitRow kStreamBoundRows[] = {
+    {8, " streamid:        ", 2},
     kMarker,
     kMarker,
     {1, " bound:           "},
@@ -90,7 +91,6 @@ Status print_system_header(mpeg_reader &reader) {
     if (!mpegbitpeek(reader)) return Status::go_on;
     print_bit_rows(reader, kSystemRows);
     while (mpegbitpeek(reader)) {
-        print(" streamid:        %02x\n", mpegbits(reader, 8));
         print_bit_rows(reader, kStreamBoundRows);
     }
     return Status::go_on;
@@ -98,18 +98,18 @@ Status print_system_header(mpeg_reader &reader) {
 
 Status print_program_stream_map(mpeg_reader &reader) {
     print_bit_rows(reader, kStreamMapRows);
-    const uint32_t info = print_bits(reader, " infolength:      ", 16);
+    const uint32_t info = print_bits(reader, {16, " infolength:      "});
     print_characters(reader, info);
     print("'\n");
-    const uint32_t map = print_bits(reader, " infolength:      ", 16);
+    const uint32_t map = print_bits(reader, {16, " infolength:      "});
     for (uint32_t used = 0; used < map;) {
-        print_bits(reader, " stream_type:     ", 8);
-        print(" stream_id:       %02x\n", mpegbits(reader, 8));
-        const uint32_t length = print_bits(reader, " infolength:      ", 16);
+        print_bits(reader, {8, " stream_type:     "});
+        print_bits(reader, {8, " stream_id:       ", 2});
+        const uint32_t length = print_bits(reader, {16, " infolength:      "});
         print_characters(reader, length);
         used += 4 + length;
     }
     if (map) print("'\n");
-    print(" CRC32:            %08x\n", mpegbits(reader, 32));
+    print_bits(reader, {32, " CRC32:            ", 8});
     return Status::go_on;
 }

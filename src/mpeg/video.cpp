@@ -10,6 +10,7 @@ constexpr int kMatrixBits = 512;
 
 // clang-format off
 constexpr BitRow kGroupRows[] = {
+    {25, " timecode:        ", 8},
     {1, " closedgop:       "},
     {1, " brokenlink:      "},
 };
@@ -104,22 +105,21 @@ void print_sequence_extension(mpeg_reader &reader) {
 
 void print_sequence_display_extension(mpeg_reader &reader) {
     print(" Sequence Display Extension\n");
-    print_bits(reader, " videoformat:     ", 3);
-    if (print_bits(reader, " colordesc:       ", 1)) print_bit_rows(reader, kColourRows);
+    print_bits(reader, {3, " videoformat:     "});
+    if (print_bits(reader, {1, " colordesc:       "})) print_bit_rows(reader, kColourRows);
     print_bit_rows(reader, kDisplaySizeRows);
 }
 
 void print_picture_coding_extension(mpeg_reader &reader) {
     print(" Picture Coding Extension\n");
     print_bit_rows(reader, kPictureCodingRows);
-    if (print_bits(reader, " compositeflag:   ", 1)) print_bit_rows(reader, kCompositeRows);
+    if (print_bits(reader, {1, " compositeflag:   "})) print_bit_rows(reader, kCompositeRows);
     mpegbits(reader, 4);
 }
 
 }  // namespace
 
 Status print_group_of_pictures(mpeg_reader &reader) {
-    print(" timecode:        %08x\n", mpegbits(reader, 25));
     print_bit_rows(reader, kGroupRows);
     return Status::go_on;
 }
@@ -151,12 +151,12 @@ Status print_extension(mpeg_reader &reader) {
 Status print_picture_header(mpeg_reader &reader) {
     constexpr uint32_t kPredicted = 2;
     constexpr uint32_t kBidirectional = 3;
-    print_bits(reader, " temporal:        ", 10);
-    const uint32_t coding = print_bits(reader, " coding:          ", 3);
-    print_bits(reader, " vbvdelay:        ", 16);
+    print_bits(reader, {10, " temporal:        "});
+    const uint32_t coding = print_bits(reader, {3, " coding:          "});
+    print_bits(reader, {16, " vbvdelay:        "});
     if (coding == kPredicted || coding == kBidirectional) print_bit_rows(reader, kForwardRows);
     if (coding == kBidirectional) print_bit_rows(reader, kBackwardRows);
-    while (mpegbit(reader)) print_bits(reader, " extrainfo:       ", 8);
+    while (mpegbit(reader)) print_bits(reader, {8, " extrainfo:       "});
     mpegbit(reader);
     return Status::go_on;
 }

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdio>
 #include <cstring>
 #include <span>
 
@@ -48,7 +47,7 @@ void printuuid(DumpOptions &opts, Bytes ul) {
         }
         p = write_hex(p, ul[i]);
     }
-    standard_output.write({text, static_cast<size_t>(p - text)});
+    print_value({text, static_cast<size_t>(p - text)});
 }
 
 int printrp224(Bytes ul) {

@@ -14,7 +14,8 @@ ItemValue read_item_length(DumpOptions &opts, Bytes buffer, uint64_t offset) {
 }
 
 void print_length_line(DumpOptions &opts, uint64_t file_position, const ItemValue &value, const char *label) {
-    print("%s0x%08x", label, static_cast<uint32_t>(value.length));
+    only_field();
+    print("%s0x%08x", own(label), static_cast<uint32_t>(value.length));
     if (!opts.mxf_flag_c) print(" (until 0x%08x)", static_cast<uint32_t>(file_position + value.end()));
     print("\n");
 }
@@ -35,7 +36,9 @@ void print_local_set(DumpOptions &opts, Bytes buffer, const ItemValue &value) {
         const uint32_t length = static_cast<uint32_t>(mxfuint16(buffer.from(at + 2)));
         ValueKind kind{};
         const char *name = mxffindlabel(opts, tag, &kind);
-        print("  Tag %04x/%d %s\n", tag, length, name);
+        print("  Tag %04x/%d ", tag, length);
+        label_begins();
+        print("%s\n", name);
         mxf_print_rp210data(opts, buffer, at + 4, length, kind, budget);
         at += 4 + uint64_t{length};
     }

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "common/run.h"
+#include "common/stream.h"
 #include "mxf/dictionary.h"
 
 namespace {
@@ -22,10 +23,16 @@ struct mxf_label_node {
 
 using Guid = std::array<uint8_t, 16>;
 
+struct Registration {
+    mxf_guid_node node;
+    FileRange key;  // the bytes of the set's key that name it
+    FileRange uid;  // the item with its UID
+};
+
 struct Registry {
     std::map<uint32_t, mxf_label_node> plabels;  // the latest declaration of each tag
     std::set<std::string> pstrings;
-    std::map<Guid, mxf_guid_node> pguids;  // the latest registration of each UID
+    std::map<Guid, Registration> pguids;  // the latest of each UID
     int32_t guidcount = 0;
 };
 
@@ -74,12 +81,16 @@ void mxf_guid_add(DumpOptions &opts, Bytes guid, uint64_t file_position, const c
         std::snprintf(node.text, sizeof node.text, "%sguid%d ", position, r.guidcount);
     }
     r.guidcount++;
-    r.pguids[key] = node;
+    const FileRange uid = guid.file_range();
+    r.pguids[key] = {node, {file_position + 13, 2}, {uid.offset - 4, 20}};
 }
 
 const mxf_guid_node *mxf_guid_find(DumpOptions &, Bytes guid) {
     const auto found = registry().pguids.find(guid_at(guid));
-    return found == registry().pguids.end() ? nullptr : &found->second;
+    if (found == registry().pguids.end()) return nullptr;
+    also(found->second.key);
+    also(found->second.uid);
+    return &found->second.node;
 }
 
 const char *mxf_guid_string(DumpOptions &opts, Bytes guid) {

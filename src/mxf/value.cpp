@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "common/field_rows.h"
 #include "common/hexrow.h"
-#include "common/ordered_bytes.h"
 #include "common/print.h"
 #include "common/values.h"
 #include "mxf/dictionary.h"
@@ -17,6 +17,20 @@ constexpr uint32_t kMaxElement = 32;   // bytes shown of an array element
 constexpr uint32_t kLabelSize = 16;
 constexpr uint64_t kArrayHeader = 8;
 constexpr int32_t kMostEmpty = 256;  // elements without bytes that are listed of an array
+
+// clang-format off
+// Behind the time of an extended UMID.
+constexpr FieldRow kUmidSourceRows[] = {
+    {40, Field::hex32, "   Cordinates   ", 3},
+    {52, Field::dec32_slash, "   Country      "},
+    {56, Field::dec32_slash, "   Organization "},
+    {60, Field::dec32_slash, "   User         "},
+};
+constexpr FieldRow kArrayRows[] = {
+    {0, Field::dec32, "    Count "},
+    {4, Field::dec32, "    Size  "},
+};
+// clang-format on
 
 // The first n bytes as "%02x " each; bytes beyond the item are 0.
 void put_cells(LineBuffer &out, Bytes bytes, uint64_t n) {
@@ -39,7 +53,7 @@ void print_unknown(Bytes value, uint32_t length) {
 
 // Characters of `unit` bytes of which the last one is shown, up to a character of zero bytes.
 void print_text(const char *title, Bytes value, uint32_t length, uint32_t unit) {
-    print("   %s '", title);
+    print("   %s '", own(title));
     LineBuffer out;
     for (uint64_t i = 0; i + unit <= length && value.big(i, unit) != 0; i += unit) {
         out.put(tiffchar(value[i + unit - 1]));
@@ -58,7 +72,7 @@ void print_rational(Bytes value) {
 
 // Year, month, day, hour, minute, second and quarters of 4 milliseconds (SMPTE 377M, 3.3).
 void print_timestamp(const char *label, Bytes value) {
-    print("%s%04d.%02d.%02d %s-%04d\n", label, mxfuint16(value), value[2], value[3],
+    print("%s%04d.%02d.%02d %s-%04d\n", own(label), mxfuint16(value), value[2], value[3],
           clock_text(value[4], value[5], value[6]), value[7] * 4);
 }
 
@@ -78,11 +92,7 @@ void print_package_id(DumpOptions &opts, Bytes buffer, uint64_t offset) {
         default: mxferror(opts, buffer, offset, "Wrong length of packageid"); return;
     }
     print_timestamp("   Timestamp    ", umid.from(32));
-    print("   Cordinates   %08x %08x %08x\n", mxfuint32(umid.from(40)), mxfuint32(umid.from(44)),
-          mxfuint32(umid.from(48)));
-    print("   Country      %d/%08x\n", big_endian(umid).s32(52), mxfuint32(umid.from(52)));
-    print("   Organization %d/%08x\n", big_endian(umid).s32(56), mxfuint32(umid.from(56)));
-    print("   User         %d/%08x\n", big_endian(umid).s32(60), mxfuint32(umid.from(60)));
+    print_field_rows(big_endian(umid), kUmidSourceRows);
 }
 
 // One 16-bit number a pair of bytes, the first behind a blank, the others behind full stops.
@@ -94,17 +104,21 @@ void print_version_numbers(Bytes value, uint32_t length) {
 
 // A label with what it refers to: `before` the label, `between` it and the name.
 void print_named(DumpOptions &opts, const char *before, Bytes ul, const char *between) {
-    print("%s", before);
+    print("%s", own(before));
     printuuid(opts, ul);
-    print("%s", between);
+    print("%s", own(between));
+    if (*between == '\n') label_ends();
+    also(ul.sub(0, kLabelSize));
     print_name_or_unknown(opts, ul);
     print("\n");
 }
 
 void print_strong_reference(DumpOptions &opts, const char *before, Bytes ul, const char *between) {
-    print("%s", before);
+    print("%s", own(before));
     printuuid(opts, ul);
-    print("%s%s\n", between, mxf_guid_string(opts, ul));
+    print("%s", own(between));
+    also(ul.sub(0, kLabelSize));
+    print("%s\n", mxf_guid_string(opts, ul));
 }
 
 // Arrays and batches: element count, element size, elements.
@@ -192,14 +206,13 @@ void print_labels(DumpOptions &opts, Bytes buffer, uint64_t offset, const Array 
 void print_array(DumpOptions &opts, Bytes buffer, uint64_t offset, ValueKind kind, const char *title,
                  Budget &budget) {
     const Array array(buffer.from(offset), budget);
-    print("   %s\n", title);
+    print("   %s\n", own(title));
     if (array.count == 0) print("    Empty\n");
     if (kind == ValueKind::index_entry_array) {
         LineBuffer out;
         for (int32_t i = 0; array.take(i); i++) put_index_entry(out, i, array);
     } else if (kind == ValueKind::generic_array || kind == ValueKind::generic_batch) {
-        print("    Count %d\n", array.count);
-        print("    Size  %d\n", static_cast<int32_t>(array.size));
+        print_field_rows(big_endian(buffer.from(offset)), kArrayRows);
         LineBuffer out;
         for (int32_t i = 0; array.take(i); i++) put_element(out, "     ", i, array);
     } else {

@@ -77,7 +77,9 @@ void print_position(const Walk &walk, uint64_t position) {
 void print_group(const Walk &walk, const Item &item) {
     const char *kind = "";
     const char *name = mxf_metadata_key(walk.opts, item.bytes, 0, &kind);
-    print("%s %s\n", kind, name);
+    print("%s ", kind);
+    label_begins();
+    print("%s\n", name);
     if (walk.opts.verbose) print("KLV %s\n", mxfklvtype(walk.opts, item.bytes, 0));
     mxf_klv(walk.opts, item.position, item.bytes, 0);
 }
@@ -95,10 +97,16 @@ void print_unknown_label(const Walk &walk, const Item &item) {
 // Prints the block of an item; false for one that is no SMPTE item and not known otherwise.
 bool print_item(const Walk &walk, const Item &item) {
     bool recognised = true;
+    from(item.bytes.sub(0, kKeySize));
     print_position(walk, item.position);
+    behind_position();
     printuuid(walk.opts, item.bytes);
     print(" - ");
-    if (mxfdumplabel(walk.opts, item.position, item.bytes, 0) || printidentifier(walk.opts, item.bytes)) {
+    label_begins();
+    if (mxfdumplabel(walk.opts, item.position, item.bytes, 0)) {
+        print("\n");
+    } else if (printidentifier(walk.opts, item.bytes)) {
+        label_ends();
         print("\n");
     } else if (is_smpte_label(item.bytes, 0)) {
         print_unknown_label(walk, item);
@@ -164,6 +172,7 @@ void run_pass(const Walk &walk, bool collecting) {
             collect_name(walk, *item);
             if (place.start > kCollectionLimit && !walk.opts.mxf_flag_l) return;
         }
+        forget();
         place = {place.start + item->size, item->size, item->size + kNextHeader};
     }
 }

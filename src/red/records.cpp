@@ -2,6 +2,7 @@
 
 #include "common/names.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "red/chunks.h"
 #include "red/values.h"
 
@@ -15,6 +16,12 @@ constexpr uint8_t kString = 0x10;
 constexpr uint8_t kFloat = 0x20;
 constexpr uint8_t kInt16 = 0x40;
 constexpr uint8_t kLastType = 0x60;
+
+constexpr CodeName kTimecodeLabels[] = {
+    {0, " timecode_edge      : "},
+    {1, " timecode_absolute  : "},
+    {41, " timecode_start     : "},
+};
 
 struct Record {
     uint32_t position;
@@ -39,12 +46,7 @@ void print_record_line(const Record &record, const char *text) {
 }
 
 void print_timecode(uint8_t id, const char *text) {
-    switch (id) {
-        case 0: print(" timecode_edge      : %s\n", text); break;
-        case 1: print(" timecode_absolute  : %s\n", text); break;
-        case 41: print(" timecode_start     : %s\n", text); break;
-        default: break;
-    }
+    if (const char *label = name_of(kTimecodeLabels, id, nullptr)) print("%s%s\n", own(label), text);
 }
 
 void print_record(const DumpOptions &opts, const Record &record, Bytes value) {

@@ -1,6 +1,5 @@
 // Version 2 files: chunks that begin at multiples of 4096 bytes.
 #include <algorithm>
-#include <cstdio>
 
 #include "common/field_rows.h"
 #include "common/print.h"

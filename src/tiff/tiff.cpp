@@ -101,17 +101,19 @@ void print_image_source_data(const Walk &walk, const Entry &entry) {
     }
 }
 
+// Whether the values are shown in verbose mode only.
+bool is_left_out(const Walk &walk, const Entry &entry) {
+    return !walk.opts.verbose &&
+           (entry.tag == kStripOffsets || entry.tag == kStripByteCounts || entry.tag == kMakerNote);
+}
+
 // Entries may share their values, as those of many pages do: text costs the budget a part of its length only.
 void print_value(const Walk &walk, Entry &entry) {
+    if (is_left_out(walk, entry)) {
+        print("(Use verbose mode to dump field)\n");
+        return;
+    }
     switch (entry.tag) {
-        case kStripOffsets:
-        case kStripByteCounts:
-        case kMakerNote:
-            if (!walk.opts.verbose) {
-                print("(Use verbose mode to dump field)\n");
-                return;
-            }
-            break;
         case kPhotoshop:
             photoshoptag(walk.opts, walk.bytes().from(entry.value), static_cast<int32_t>(entry.count),
                          walk.budget);
@@ -138,7 +140,8 @@ void keep_image_state(DumpOptions &opts, const Entry &entry) {
 // Of the value field only what holds a value, or its place, is told.
 void print_tag(const Walk &walk, const Entry &entry, uint64_t offset) {
     forget();
-    also(walk.bytes().sub(offset, 8 + tiff_field_used(entry.type, entry.count)));
+    also(walk.bytes().sub(offset,
+                          is_left_out(walk, entry) ? 2 : 8 + tiff_field_used(entry.type, entry.count)));
     const std::string_view name = tifftag(entry.tag, entry.value, walk.base.order);
     const size_t label = std::min(name.find(" - "), name.size());
     print("  tag     : %04x ", entry.tag);
@@ -209,8 +212,7 @@ void tiffdump(DumpOptions &opts, Input &input) {
           header.is_big() ? "(Swapping)" : "");
     from(bytes.sub(2, 2));
     print(" version   : %04x '%s'\n", version, name_of(kVersionNames, version, "unknown format"));
-    from(bytes.sub(4, 4));
-    print(" offset    : %08x\n", offset);
+    print_field_row(header, {4, Field::hex32, " offset    : "});
     print(" filesize  : %d\n", static_cast<int32_t>(bytes.size()));
     Budget budget(bytes.size());
     if (version == kStandardVersion) tiffdumpifd(opts, header, offset, budget);

@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr std::string_view kPadding = " :='\"[]()\t";
+constexpr std::string_view kPadding = " :=/'\"[]()\t";
 constexpr std::string_view kJoining = ":.-;_";
 constexpr std::string_view kIndexing = "-[#";
 
@@ -24,6 +24,7 @@ std::string_view trimmed(std::string_view text, std::string_view what) {
 std::string_view label_of(std::string_view text) {
     const bool has_colon = !trimmed(text, " ").empty() && trimmed(text, " ").ends_with(':');
     text = trimmed(text, kPadding);
+    if (text.ends_with(" 0x")) text = trimmed(text.substr(0, text.size() - 3), kPadding);
     if (has_colon && text.ends_with(" C")) text = trimmed(text.substr(0, text.size() - 2), kPadding);
     return text;
 }
@@ -174,7 +175,7 @@ void LinePlaces::place(const Line &line, FieldLine &field) {
     for (const Level &level : levels_) field.path.push_back(level.element);
     if (element.name.empty()) return;
     field.path.push_back(element);
-    levels_.push_back({depth, std::move(element)});
+    if (!line.is_field) levels_.push_back({depth, std::move(element)});
 }
 
 PathPattern::PathPattern(std::string_view pattern) : elements_(1) {
