@@ -16,6 +16,7 @@ namespace {
 constexpr uint64_t kLargestRun = 256 * 1024;          // bytes of one sequential read at most
 constexpr uint64_t kMostResident = 64 * 1024 * 1024;  // bytes in memory before the oldest are given back
 constexpr uint64_t kOverhead = 128;                   // of a run, in bytes
+constexpr uint64_t kNear = 512;                       // a skip that is cheaper read than made
 
 uint8_t *allocate(uint64_t n) {
     void *memory = std::malloc(static_cast<size_t>(n));
@@ -80,16 +81,17 @@ uint64_t BlockCache::load(uint64_t offset, uint64_t needed, uint32_t block) {
     return is_there ? found_.size - (offset - found_.start) : 0;
 }
 
-// Reads a run from `start` on, or from the end of the run before it, that holds `needed` bytes at an offset
-// as far as one read may; false where the bytes end before the offset.
+// Reads a run from `start` on, or from the end of a run that ends near it, that holds `needed` bytes at an
+// offset as far as one read may; false where the bytes end before the offset.
 bool BlockCache::read(uint64_t start, uint64_t offset, uint64_t needed, uint32_t block) {
     if (offset >= input_.read_end()) return false;
     const auto next = runs().by_start.upper_bound(offset);
     bool sequential = false;
     if (next != runs().by_start.begin()) {
         const Run &before = std::prev(next)->second;
-        start = std::max(start, before.start + before.size);
-        sequential = start == before.start + before.size;
+        const uint64_t behind = before.start + before.size;
+        sequential = start <= behind + kNear;
+        if (sequential) start = behind;
     }
     const uint64_t border = block - 1;  // of a block that begins with the run
     uint64_t size = std::min(offset - start + std::min(needed, kLargestRun), kLargestRun);
