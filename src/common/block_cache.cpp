@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <deque>
 #include <map>
 #include <new>
 #include <vector>
@@ -28,7 +27,7 @@ uint8_t *allocate(uint64_t n) {
 
 struct BlockCache::Runs {
     std::map<uint64_t, Run> by_start;  // none lies on another
-    std::deque<uint64_t> by_age;       // starts, what was read longest ago first
+    std::vector<uint64_t> by_age;      // starts, what was read longest ago first
     std::vector<uint8_t> gathered[2];
     unsigned next = 0;
 };
@@ -116,13 +115,15 @@ bool BlockCache::read(uint64_t start, uint64_t offset, uint64_t needed, uint32_t
 
 // Down to half of what may stay.
 void BlockCache::drop_oldest() {
-    while (!runs().by_age.empty() && resident_ > kMostResident / 2) {
-        const auto oldest = runs().by_start.find(runs().by_age.front());
-        runs().by_age.pop_front();
+    std::vector<uint64_t> &ages = runs().by_age;
+    size_t dropped = 0;
+    for (; dropped < ages.size() && resident_ > kMostResident / 2; dropped++) {
+        const auto oldest = runs().by_start.find(ages[dropped]);
         resident_ -= std::min(resident_, oldest->second.size + kOverhead);
         std::free(oldest->second.data);
         runs().by_start.erase(oldest);
     }
+    ages.erase(ages.begin(), ages.begin() + static_cast<std::ptrdiff_t>(dropped));
     select({});
 }
 
