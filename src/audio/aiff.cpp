@@ -1,5 +1,4 @@
 // AIFF and AIFF-C: a chunk walk in big-endian order.
-#include <cstdio>
 
 #include "audio/audio.h"
 #include "audio/samples.h"
@@ -18,6 +17,11 @@ constexpr FieldRow kCommonRows[] = {
     {0, Field::dec16, "  Channels "},
     {2, Field::dec32, "  Samples  "},
     {6, Field::dec16, "  Bits     "},
+};
+// From the chunk's header on.
+constexpr FieldRow kSoundRows[] = {
+    {4, Field::dec32, "  Size     "},
+    {8, Field::dec32, "  Offset   "},
 };
 // clang-format on
 
@@ -44,8 +48,7 @@ bool print_sound(Walk &walk, Bytes chunk, uint64_t position) {
     const int32_t offset = static_cast<int32_t>(big32(chunk, kChunkHeader));
     const int64_t samples = static_cast<int64_t>(position + kChunkHeader + kSoundHeader) + offset;
     print(" SSND\n");
-    print("  Size     %d\n", static_cast<int32_t>(big32(chunk, 4)));
-    print("  Offset   %d\n", offset);
+    print_field_rows(big_endian(chunk), kSoundRows);
     print("PTR %08x\n", static_cast<uint32_t>(samples));
     if (!walk.opts.flag_a && !walk.opts.flag_t) return true;
     if (!walk.input.has_place(samples)) {

@@ -1,11 +1,11 @@
 // RIFF (WAVE, AVI, CDXA, ...) and its 64-bit variant RF64 (EBU Tech 3306): a chunk walk in two passes.
 #include <algorithm>
-#include <cstdio>
 
 #include "audio/audio.h"
 #include "audio/samples.h"
 #include "common/field_rows.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "common/values.h"
 
 namespace {
@@ -139,7 +139,7 @@ void print_sizes(const Walk &walk, Bytes payload) {
     print_size64("   Size            ", payload, walk.riff_size64);
     print_size64("   Datasize        ", payload.from(8), walk.data_size);
     print_size64("   Samplecount     ", payload.from(16), walk.sample_count);
-    print("   Tablelength     %d\n", entries);
+    print_field_row(little_endian(payload), {24, Field::dec32, "   Tablelength     "});
     for (int32_t i = 0; i < entries; i++) {
         const uint64_t offset = kTable + kTableEntry * static_cast<uint64_t>(i);
         if (!payload.has(offset, kTableEntry)) return;
@@ -156,7 +156,7 @@ void print_cdxa(const Chunk &chunk) {
 }
 
 void print_time(const char *label, int64_t seconds, int64_t milliseconds) {
-    print("%s%s.%03d\n", label,
+    print("%s%s.%03d\n", own(label),
           clock_text(static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60 % 60),
                      static_cast<int>(seconds % 60)),
           static_cast<int>(milliseconds));

@@ -51,6 +51,7 @@ void put_value(OrderedBytes field, Field kind) {
         case Field::hex32_dec: print("%08x (%d)", word, signed_word); break;
         case Field::hex8_slash: print("%02x/%d", word, signed_word); break;
         case Field::hex32_slash: print("%08x/%d", word, signed_word); break;
+        case Field::dec32_slash: print("%d/%08x", signed_word, word); break;
         case Field::kib32: print("%lld", static_cast<long long>(number) * 1024); break;
         case Field::real: print("%f", real); break;
         case Field::lines: put_lines(word); break;

@@ -25,6 +25,7 @@ enum class Field {
     hex32_dec,    // hexadecimal, and signed decimal in parentheses
     hex8_slash,   // hexadecimal, and decimal behind a slash
     hex32_slash,  // the same, signed
+    dec32_slash,  // signed decimal, and hexadecimal behind a slash
     kib32,        // in KiB: the bytes, decimal
     real,         // float with six decimals
     name8,        // its name only

@@ -33,6 +33,7 @@ State state;
 
 // In order, those that touch joined.
 void normalize(std::vector<FileRange> &ranges) {
+    if (ranges.size() < 2) return;
     std::ranges::sort(ranges, {}, &FileRange::offset);
     size_t kept = 0;
     for (const FileRange &range : ranges) {
@@ -183,6 +184,8 @@ bool is_own(const char *text) {
 void forget_own() { state.own_count = 0; }
 
 void mark_position() { state.line.behind_position = length(); }
+
+void mark_aside() { state.line.is_aside = true; }
 
 void mark_field() { state.line.is_field = true; }
 

@@ -47,6 +47,7 @@ sigset_t ending_signals() {
 void start_companion(const char *name) {
     command_name = name;
     std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);  // a limit is a write that fails
     const sigset_t set = ending_signals();
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
     std::thread([set] {

@@ -95,15 +95,16 @@ class SpawnSettings {
  public:
     explicit SpawnSettings(int output) {
         sigset_t none;
-        sigset_t pipe;
+        sigset_t defaults;
         sigemptyset(&none);
-        sigemptyset(&pipe);
-        sigaddset(&pipe, SIGPIPE);
+        sigemptyset(&defaults);
+        sigaddset(&defaults, SIGPIPE);
+        sigaddset(&defaults, SIGXFSZ);
         posix_spawn_file_actions_init(&actions_);
         posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
         posix_spawnattr_init(&attributes_);
         posix_spawnattr_setsigmask(&attributes_, &none);
-        posix_spawnattr_setsigdefault(&attributes_, &pipe);
+        posix_spawnattr_setsigdefault(&attributes_, &defaults);
         posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
     }
     ~SpawnSettings() {

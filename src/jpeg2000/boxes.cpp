@@ -1,6 +1,5 @@
 // JP2 boxes (ISO/IEC 15444-1, annex I).
 #include <algorithm>
-#include <cstdio>
 
 #include "common/field_rows.h"
 #include "common/print.h"
@@ -33,6 +32,9 @@ constexpr FieldRow kImageHeaderEndRows[] = {
 };
 // clang-format on
 
+constexpr FieldRow kVersionRow = {12, Field::dec32, " Version     "};
+constexpr CodeName kCompressionTypes[] = {{4, "JBIG"}, {5, "JPEG"}, {6, "JPEG-LS"}, {7, "JPEG2000"}};
+
 struct Box {
     uint64_t offset;
     uint64_t length;
@@ -45,7 +47,7 @@ void print_characters(const char *label, Bytes text) {
 
 void print_file_type(Bytes buf, const Box &box) {
     print_characters(" Brand       ", buf.from(box.offset + 8));
-    print(" Version     %d\n", static_cast<int32_t>(jp2_getint32(buf, box.offset + 12)));
+    print_field_row(big_endian(buf.from(box.offset)), kVersionRow);
     const int64_t entries = (int64_t{static_cast<int32_t>(box.length)} - 16) / 4;
     for (int64_t i = 0; i < entries; i++) {
         const uint64_t at = box.offset + 16 + 4 * static_cast<uint64_t>(i);
@@ -55,12 +57,10 @@ void print_file_type(Bytes buf, const Box &box) {
 }
 
 void print_compression_type(uint32_t type) {
-    switch (type) {
-        case 4: print("  compression JBIG\n"); break;
-        case 5: print("  compression JPEG\n"); break;
-        case 6: print("  compression JPEG-LS\n"); break;
-        case 7: print("  compression JPEG2000\n"); break;
-        default: print("  compression %d/Unknown\n", type);
+    if (const char *name = name_of(kCompressionTypes, type, nullptr)) {
+        print("  compression %s\n", name);
+    } else {
+        print("  compression %d/Unknown\n", type);
     }
 }
 

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstdio>
 
-#include "common/names.h"
+#include "common/field_rows.h"
 #include "common/print.h"
 #include "common/run.h"
 #include "jpeg2000/hexdump.h"
@@ -50,6 +50,13 @@ constexpr Marker kMarkers[] = {
     {0x90, "SOT", "Start of tile-part", 0, "SOT"},
 };
 
+// clang-format off
+constexpr FieldRow kSotRows[] = {
+    {4, Field::dec16, " tile "},
+    {6, Field::dec32, " over all length "},
+};
+// clang-format on
+
 void check_place(uint32_t allowed, const char *name) {
     if (codestream().cs_state & allowed) return;
     print(" - failure !!! %s marker is not allowed at this position\n", name);
@@ -61,8 +68,7 @@ bool is_valid_code(uint32_t code) {
 }
 
 void print_sot(const Segment &s) {
-    print(" tile %d\n", s.u16(4));
-    print(" over all length %d\n", static_cast<int32_t>(s.u32(6)));
+    print_field_rows(big_endian(s.buf.from(s.offset)), kSotRows);
     print(" tilepart %d of %d tileparts\n", s.u8(10) + 1, s.u8(11));
 }
 

@@ -1,5 +1,4 @@
 // JPEG markers (ISO/IEC 10918-1) with JFIF and EXIF segments.
-#include <cstdio>
 
 #include "common/field_rows.h"
 #include "common/names.h"
@@ -40,6 +39,12 @@ constexpr FieldRow kFrameRows[] = {
     {7, Field::dec16, " xsize      "},
     {9, Field::dec8, " components "},
 };
+// Behind a scan's components, before its last byte.
+constexpr FieldRow kScanRows[] = {
+    {0, Field::dec8, " ss         "},
+    {1, Field::dec8, " se         "},
+};
+constexpr FieldRow kJfifVersion = {9, Field::dec8, " version    ", 2, {"."}};
 constexpr FieldRow kJfifRows[] = {
     {12, Field::dec16, " xdpy       "},
     {14, Field::dec16, " ydpy       "},
@@ -78,14 +83,13 @@ void print_scan(Bytes segment) {
         print("  ac/dc     %d/%d\n", c[1] >> 4, c[1] & 15);
     }
     const Bytes rest = segment.from(5 + uint64_t{2} * components);
-    print(" ss         %d\n", rest[0]);
-    print(" se         %d\n", rest[1]);
+    print_field_rows(big_endian(rest), kScanRows);
     print(" a          %d %d\n", rest[2] >> 4, rest[2] & 15);
 }
 
 void print_jfif(Bytes segment) {
     constexpr const char *kUnits[] = {"none", "inch", "cm"};
-    print(" version    %d.%d\n", segment[9], segment[10]);
+    print_field_row(big_endian(segment), kJfifVersion);
     if (const char *unit = name_at(kUnits, segment[11], nullptr)) {
         print(" units      %s\n", unit);
     } else {

@@ -16,6 +16,7 @@ constexpr int kFatalStatus = 1;
 
 constexpr const char *band[] = {"HL", "LH", "HH"};
 constexpr const char *kProgressions[] = {"LRCP", "RLCP", "RPCL", "PCRL", "CPRL"};
+constexpr const char *kQuantizations[] = {"No Quantization", "Scalar Implicit", "Scalar Explicit"};
 constexpr const char *kTransforms[] = {"(9/7)", "(5/3)"};
 
 // clang-format off
@@ -32,7 +33,15 @@ constexpr FieldRow kSizRows[] = {
     {34, Field::dec32, " YTOsize    "},
     {38, Field::dec16, " Csize      "},
 };
+constexpr FieldRow kLayerRows[] = {
+    {6, Field::dec16, " number of layers      "},
+    {8, Field::dec8, " multiple component    "},
+};
 // clang-format on
+
+void print_rows(const Segment &segment, std::span<const FieldRow> rows) {
+    print_field_rows(big_endian(segment.buf.from(segment.offset)), rows);
+}
 
 struct Mode {
     uint32_t bit;
@@ -109,11 +118,10 @@ double step_size(uint32_t value) {
 
 void print_quantization_style(uint32_t style) {
     print(" - guardbits           %d\n", style >> 5);
-    switch (style & 0x1F) {
-        case 0: print(" - sQCD                No Quantization\n"); break;
-        case 1: print(" - sQCD                Scalar Implicit\n"); break;
-        case 2: print(" - sQCD                Scalar Explicit\n"); break;
-        default: print(" - sQCD                ?/0x%02x\n", style);
+    if (const char *name = name_at(kQuantizations, style & 0x1F, nullptr)) {
+        print(" - sQCD                %s\n", name);
+    } else {
+        print(" - sQCD                ?/0x%02x\n", style);
     }
 }
 
@@ -138,7 +146,7 @@ uint64_t minus(uint64_t size, uint64_t n) { return size > n ? size - n : 0; }
 }  // namespace
 
 void print_siz(CodestreamState &state, const Segment &s) {
-    print_field_rows(big_endian(s.buf.from(s.offset)), kSizRows);
+    print_rows(s, kSizRows);
     state.cs_numComponents = s.u16(38);
     int component = 0;
     for (uint64_t at = 40; s.has(at); at += 3, component++) {
@@ -157,8 +165,7 @@ void print_cod(CodestreamState &state, const Segment &s) {
     print_sop_and_eph(style);
     print(" progression order     %d - %s\n", s.u8(5),
           name_at(kProgressions, s.u8(5), "unknown progression"));
-    print(" number of layers      %d\n", s.u16(6));
-    print(" multiple component    %d\n", s.u8(8));
+    print_rows(s, kLayerRows);
     const uint32_t precincts = print_coding_fields(state, s, 9);
     if (precincts && !(style & 1)) {
         print(" - failure !!! -> No Precinct defined in Scod but Presinct sizes are defined\n");
@@ -183,7 +190,7 @@ void print_coc(CodestreamState &state, const Segment &s) {
 void print_tlm(const Segment &s) {
     const uint32_t index_size = s.u8(5) >> 4 & 3;
     const uint32_t length_size = s.u8(5) & 0x40 ? 4 : 2;
-    print(" TLM index           %d\n", s.u8(4));
+    print_field_row(big_endian(s.buf.from(s.offset)), {4, Field::dec8, " TLM index           "});
     print(" tile index length   %d bytes \n", index_size);
     print(" length information  %d bytes \n", length_size);
     const int pair = static_cast<int>(index_size + length_size);

@@ -15,8 +15,9 @@ bool hold_position(mpeg_reader &reader) {
     const int64_t behind = reader.block_start + reader.block_size;
     if (reader.position >= reader.block_start && reader.position < behind) return true;
     if (reader.position < 0) return false;
-    // What is read in sequence is read in larger and larger pieces.
-    const bool sequential = reader.block_size > 0 && reader.position == behind;
+    // What is read in sequence, even with short skips, is read in larger and larger pieces.
+    const bool sequential =
+        reader.block_size > 0 && reader.position >= behind && reader.position < behind + kSmallestRead;
     const int64_t wanted =
         sequential ? std::min<int64_t>(reader.block_size * 2, sizeof reader.block) : kSmallestRead;
     reader.block_start = reader.position;
@@ -60,7 +61,10 @@ uint32_t take_bits(mpeg_reader &reader, int count) {
 uint32_t take_marker(mpeg_reader &reader, int count, uint32_t expected) {
     const int64_t start = reader.position;
     const uint32_t bits = take_bits(reader, count);
-    if (listening && bits != expected) also(mpegrange(reader, start));
+    if (listening && bits != expected) {
+        also(mpegrange(reader, start));
+        aside();
+    }
     return bits;
 }
 
@@ -126,6 +130,7 @@ int64_t mpegoffset(const mpeg_reader &reader, int64_t n) { return reader.positio
 bool mpegendoffile(const mpeg_reader &reader) { return reader.ended; }
 
 int mpegerror(const mpeg_reader &reader, const char *text) {
+    aside();
     print("ERROR:%08x:%s\n", static_cast<uint32_t>(reader.position), own(text));
     return 4;
 }

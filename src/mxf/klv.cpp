@@ -1,12 +1,9 @@
 #include "mxf/klv.h"
 
 #include <algorithm>
-#include <cstdarg>
-#include <cstdio>
 
 #include "common/hexrow.h"
 #include "common/names.h"
-#include "common/print.h"
 
 namespace {
 
@@ -124,16 +121,6 @@ uint32_t mxf_check_for_zero(DumpOptions &opts, Bytes buffer, uint64_t offset, ui
         if (buffer[offset + i]) mxferror(opts, buffer, offset + i, "mxf_check_for_zero");
     }
     return count;
-}
-
-void mxferror(DumpOptions &, Bytes, uint64_t offset, const char *format, ...) {
-    char line[1024];
-    const int start = std::snprintf(line, sizeof line, "MXFERROR @ 0x%08x ", static_cast<uint32_t>(offset));
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::vsnprintf(line + start, sizeof line - static_cast<size_t>(start), format, arguments);
-    va_end(arguments);
-    print("%s\n", line);
 }
 
 void mxfhexdump(Bytes buffer, uint64_t offset, uint64_t length) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "common/bytes.h"
+#include "common/print.h"
 #include "main/dump_options.h"
 
 inline constexpr uint32_t kKeySize = 16;
@@ -25,9 +26,18 @@ uint64_t mxftag(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t *size
 // Reports every byte of a range that is not zero; returns the count.
 uint32_t mxf_check_for_zero(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t count);
 
-// One error line with an offset into the item, at most 1023 characters.
-[[gnu::format(printf, 4, 5)]] void mxferror(DumpOptions &opts, Bytes buffer, uint64_t offset,
-                                            const char *format, ...);
+// One error line with an offset into the item. The format is literal text of ours, as that of print.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+#pragma GCC diagnostic ignored "-Wformat-security"
+template <typename... Values>
+void mxferror(DumpOptions &, Bytes, uint64_t offset, const char *format, Values... values) {
+    aside();
+    print("MXFERROR @ 0x%08x ", static_cast<uint32_t>(offset));
+    print(format, values...);
+    print("\n");
+}
+#pragma GCC diagnostic pop
 
 // Rows of 16 bytes with their offsets; bytes beyond the window show as 0.
 void mxfhexdump(Bytes buffer, uint64_t offset, uint64_t length);

@@ -1,6 +1,6 @@
 #include "mxf/smpte326.h"
 
-#include "common/names.h"
+#include "common/field_rows.h"
 #include "common/print.h"
 #include "mxf/klv.h"
 
@@ -31,6 +31,8 @@ constexpr CodeName kElementNames[] = {
     {0x89, "AES3 non-audio metadata"},
 };
 
+constexpr FieldRow kDelayRow = {1, Field::dec16, "    Delay "};
+
 }  // namespace
 
 uint32_t mxf_print_smpte326(DumpOptions &opts, Bytes buffer, uint64_t offset) {
@@ -48,7 +50,7 @@ uint32_t mxf_print_smpte326(DumpOptions &opts, Bytes buffer, uint64_t offset) {
                   e[2] & 0x7F, e[1] & 0x3F, e[8], e[7], e[6], e[5]);
             return kTimecodeSize;
         case kUmidType: return 3 + static_cast<uint32_t>(mxfuint16(e.from(1)));
-        case kDelayType: print("    Delay %d\n", mxfuint16(e.from(1))); return 3;
+        case kDelayType: print_field_row(big_endian(e), kDelayRow); return 3;
         default: mxferror(opts, buffer, offset, "mxf_print_smpte326 - not implemented"); return 1;
     }
 }

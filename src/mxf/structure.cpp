@@ -14,6 +14,13 @@ namespace {
 constexpr uint32_t kFirstDynamicTag = 0x8000;
 constexpr uint64_t kLabelSize = 16;
 
+constexpr CodeName kPartitionStatuses[] = {
+    {1, " Open and Incomplete"},
+    {2, " Closed and Incomplete"},
+    {3, " Open and Complete"},
+    {4, " Closed and Complete"},
+};
+
 // clang-format off
 // Partition pack, before and after the operational pattern label.
 constexpr FieldRow kPartitionRows[] = {
@@ -34,6 +41,11 @@ constexpr FieldRow kContainerRows[] = {
     {80, Field::dec32, " ContainerCount     "},
     {84, Field::dec32, " ContainerSize      "},
 };
+// Primer pack: the last bytes of its key, and its value.
+constexpr FieldRow kPrimerKeyRows[] = {
+    {6, Field::dec8, " Version            "},
+    {7, Field::dec8, " Designator         "},
+};
 constexpr FieldRow kPrimerRows[] = {
     {0, Field::dec32, " Itemcount          "},
     {4, Field::dec32, " Itemlength         "},
@@ -45,12 +57,10 @@ constexpr uint64_t kPrimerItems = 8;
 constexpr uint64_t kPrimerItemSize = 18;
 
 void print_partition_status(DumpOptions &opts, Bytes buffer, uint64_t offset) {
-    switch (buffer[offset + 14]) {
-        case 1: print(" Open and Incomplete\n"); break;
-        case 2: print(" Closed and Incomplete\n"); break;
-        case 3: print(" Open and Complete\n"); break;
-        case 4: print(" Closed and Complete\n"); break;
-        default: mxferror(opts, buffer, offset, "Unknown entry for open/close");
+    if (const char *status = name_of(kPartitionStatuses, buffer[offset + 14], nullptr)) {
+        print("%s\n", status);
+    } else {
+        mxferror(opts, buffer, offset, "Unknown entry for open/close");
     }
 }
 
@@ -78,6 +88,7 @@ void print_primer_item(DumpOptions &opts, Bytes buffer, uint64_t offset) {
         label_begins();
         print("%s\n", row->name);
         if (!dynamic && row->local_tag && row->local_tag != tag) {
+            aside();
             print("Local tag def %04x != %04x\n", tag, row->local_tag);
             mxferror(opts, buffer, at, "mxf_primer_pack - tag id missmatch");
         }
@@ -124,8 +135,7 @@ uint64_t mxf_partition_header(DumpOptions &opts, uint64_t file_position, Bytes b
 uint64_t mxf_primer_pack(DumpOptions &opts, uint64_t file_position, Bytes buffer, uint64_t offset,
                          const char *name) {
     print("%s\n", name);
-    print(" Version            %d\n", buffer[offset + 6]);
-    print(" Designator         %d\n", buffer[offset + 7]);
+    print_field_rows(big_endian(buffer.from(offset)), kPrimerKeyRows);
     const ItemValue item = print_length_line(opts, file_position, buffer, offset);
     const Bytes value = buffer.from(item.start);
     print_field_rows(big_endian(value), kPrimerRows);

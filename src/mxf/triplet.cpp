@@ -1,5 +1,6 @@
 // Encrypted triplets (SMPTE 429-6), printed and saved as stored.
 
+#include "common/field_rows.h"
 #include "common/print.h"
 #include "mxf/frames.h"
 #include "mxf/items.h"
@@ -30,16 +31,15 @@ class TripletReader {
     uint64_t at_;  // one before the start wraps around and lies beyond the end
 };
 
-void print_identifier(const char *label, Bytes id) {
-    print("%s%02x", label, id[0]);
-    for (uint64_t i = 1; i < 16; i++) print(".%02x", id[i]);
-    print("\n");
-}
-
-// The low half of a 64-bit number.
-void print_number(const char *label, Bytes number) {
-    print("%s0x%02x%02x%02x%02x\n", label, number[4], number[5], number[6], number[7]);
-}
+// The first items; of the numbers the low half of 64 bits.
+// clang-format off
+constexpr FieldRow kItems[] = {
+    {0, Field::hex8, " Cryptographic Context Link     ", 16, {"."}},
+    {4, Field::hex32, " Plaintext Offset               0x"},
+    {0, Field::hex8, " Source Key                     ", 16, {"."}},
+    {4, Field::hex32, " Source Length                  0x"},
+};
+// clang-format on
 
 }  // namespace
 
@@ -50,10 +50,7 @@ uint64_t mxf_encrypted_triplet(DumpOptions &opts, uint64_t file_position, Bytes 
         print_length_line(opts, file_position, buffer, offset, " Length                         ");
     if (item.length == 0) return item.end() - offset;
     TripletReader reader(opts, buffer, item.start);
-    print_identifier(" Cryptographic Context Link     ", reader.next());
-    print_number(" Plaintext Offset               ", reader.next());
-    print_identifier(" Source Key                     ", reader.next());
-    print_number(" Source Length                  ", reader.next());
+    for (const FieldRow &row : kItems) print_field_row(big_endian(reader.next()), row);
     uint32_t payload = 0;
     reader.next(&payload);
     print(" Payload                        0x%08x\n", payload);

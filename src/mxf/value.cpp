@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "common/field_rows.h"
 #include "common/hexrow.h"
-#include "common/ordered_bytes.h"
 #include "common/print.h"
 #include "common/values.h"
 #include "mxf/dictionary.h"
@@ -17,6 +17,20 @@ constexpr uint32_t kMaxElement = 32;   // bytes shown of an array element
 constexpr uint32_t kLabelSize = 16;
 constexpr uint64_t kArrayHeader = 8;
 constexpr int32_t kMostEmpty = 256;  // elements without bytes that are listed of an array
+
+// clang-format off
+// Behind the time of an extended UMID.
+constexpr FieldRow kUmidSourceRows[] = {
+    {40, Field::hex32, "   Cordinates   ", 3},
+    {52, Field::dec32_slash, "   Country      "},
+    {56, Field::dec32_slash, "   Organization "},
+    {60, Field::dec32_slash, "   User         "},
+};
+constexpr FieldRow kArrayRows[] = {
+    {0, Field::dec32, "    Count "},
+    {4, Field::dec32, "    Size  "},
+};
+// clang-format on
 
 // The first n bytes as "%02x " each; bytes beyond the item are 0.
 void put_cells(LineBuffer &out, Bytes bytes, uint64_t n) {
@@ -78,11 +92,7 @@ void print_package_id(DumpOptions &opts, Bytes buffer, uint64_t offset) {
         default: mxferror(opts, buffer, offset, "Wrong length of packageid"); return;
     }
     print_timestamp("   Timestamp    ", umid.from(32));
-    print("   Cordinates   %08x %08x %08x\n", mxfuint32(umid.from(40)), mxfuint32(umid.from(44)),
-          mxfuint32(umid.from(48)));
-    print("   Country      %d/%08x\n", big_endian(umid).s32(52), mxfuint32(umid.from(52)));
-    print("   Organization %d/%08x\n", big_endian(umid).s32(56), mxfuint32(umid.from(56)));
-    print("   User         %d/%08x\n", big_endian(umid).s32(60), mxfuint32(umid.from(60)));
+    print_field_rows(big_endian(umid), kUmidSourceRows);
 }
 
 // One 16-bit number a pair of bytes, the first behind a blank, the others behind full stops.
@@ -202,8 +212,7 @@ void print_array(DumpOptions &opts, Bytes buffer, uint64_t offset, ValueKind kin
         LineBuffer out;
         for (int32_t i = 0; array.take(i); i++) put_index_entry(out, i, array);
     } else if (kind == ValueKind::generic_array || kind == ValueKind::generic_batch) {
-        print("    Count %d\n", array.count);
-        print("    Size  %d\n", static_cast<int32_t>(array.size));
+        print_field_rows(big_endian(buffer.from(offset)), kArrayRows);
         LineBuffer out;
         for (int32_t i = 0; array.take(i); i++) put_element(out, "     ", i, array);
     } else {

@@ -31,69 +31,69 @@ constexpr const char kAudioFormats[][5] = {
 };
 
 constexpr QtRow kVideo[] = {
-    {0, u8, "res1[]", 6},
-    {6, u16, "drefindex"},
-    {8, u16, "version"},
-    {10, u16, "revlevel"},
-    {12, fourcc, "vendor"},
-    {16, u32, "tempqual"},
-    {20, u32, "spatqual"},
-    {24, u16, "width"},
-    {26, u16, "height"},
-    {28, u32, "hres"},
-    {32, u32, "vres"},
-    {36, u32, "datasize"},
-    {40, u16, "framecount"},
-    {42, u8, "len"},
+    {0, u8, "res1[]=", 6},
+    {6, u16, "drefindex="},
+    {8, u16, "version="},
+    {10, u16, "revlevel="},
+    {12, fourcc, "vendor="},
+    {16, u32, "tempqual="},
+    {20, u32, "spatqual="},
+    {24, u16, "width="},
+    {26, u16, "height="},
+    {28, u32, "hres="},
+    {32, u32, "vres="},
+    {36, u32, "datasize="},
+    {40, u16, "framecount="},
+    {42, u8, "len="},
     {43, hexdump, "name", 31},
-    {74, u16, "depth"},
-    {76, u16, "clutid"},
+    {74, u16, "depth="},
+    {76, u16, "clutid="},
 };
 constexpr uint64_t kVideoSize = 78;
 
 constexpr QtRow kAudio[] = {
-    {0, u8, "res1[]", 6},
-    {6, u16, "drefindex"},
-    {8, u16, "version"},
-    {10, u16, "revlevel"},
-    {12, fourcc, "vendor"},
+    {0, u8, "res1[]=", 6},
+    {6, u16, "drefindex="},
+    {8, u16, "version="},
+    {10, u16, "revlevel="},
+    {12, fourcc, "vendor="},
 };
 constexpr uint64_t kAudioSize = 28;
 
 constexpr QtRow kSound[] = {
-    {16, u16, "nchannels"},
-    {18, u16, "samplesize"},
-    {20, u16, "comprid"},
-    {22, u16, "packsize"},
-    {24, fixed, "samplerate"},
+    {16, u16, "nchannels="},
+    {18, u16, "samplesize="},
+    {20, u16, "comprid="},
+    {22, u16, "packsize="},
+    {24, fixed, "samplerate="},
 };
 
 constexpr QtRow kSoundVersion1[] = {
-    {0, u32, "samplesppacket"},
-    {4, u32, "bytesppacket"},
-    {8, u32, "bytespframe"},
-    {12, u32, "bytespsample"},
+    {0, u32, "samplesppacket="},
+    {4, u32, "bytesppacket="},
+    {8, u32, "bytespframe="},
+    {12, u32, "bytespsample="},
 };
 constexpr uint64_t kSoundVersion1Size = 16;
 
 constexpr QtRow kSoundVersion2[] = {
-    {16, u16, "always3"},
-    {18, u16, "always16"},
-    {20, u16, "alwaysMinus2"},
-    {22, u16, "always0"},
-    {24, u32, "always65536"},
+    {16, u16, "always3="},
+    {18, u16, "always16="},
+    {20, u16, "alwaysMinus2="},
+    {22, u16, "always0="},
+    {24, u32, "always65536="},
 };
 constexpr QtRow kLinearAudio[] = {
-    {0, u32, "sizeOfStructOnly"},
-    {4, real64, "audioSampleRate"},
-    {12, u32, "numAudioChannels"},
-    {16, d32, "always7F000000"},
-    {20, u32, "constBitsPerChannel"},
-    {24, u32, "formatSpecificFlags"},
+    {0, u32, "sizeOfStructOnly="},
+    {4, real64, "audioSampleRate="},
+    {12, u32, "numAudioChannels="},
+    {16, d32, "always7F000000="},
+    {20, u32, "constBitsPerChannel="},
+    {24, u32, "formatSpecificFlags="},
 };
 constexpr QtRow kPackets[] = {
-    {28, u32, "constBytesPerAudioPacket"},
-    {32, u32, "constLPCMFramesPerAudioPacket"},
+    {28, u32, "constBytesPerAudioPacket="},
+    {32, u32, "constLPCMFramesPerAudioPacket="},
 };
 constexpr uint64_t kSoundVersion2Size = 36;
 
@@ -117,25 +117,25 @@ constexpr CodeName kLosslessFlags[] = {
 };
 
 constexpr QtRow kTimecode[] = {
-    {0, u8, "reserved[]", 6},
-    {6, u16, "drefindex"},
-    {8, u32, "flags"},
-    {12, u32, "timecode_flags"},
-    {16, u32, "timescale"},
-    {20, u32, "frame_duration"},
-    {24, u8, "number_of_frames"},
-    {25, u8, "reserved[0]"},
+    {0, u8, "reserved[]=", 6},
+    {6, u16, "drefindex="},
+    {8, u32, "flags="},
+    {12, u32, "timecode_flags="},
+    {16, u32, "timescale="},
+    {20, u32, "frame_duration="},
+    {24, u8, "number_of_frames="},
+    {25, u8, "reserved[0]="},
 };
 constexpr QtRow kTimecodePadding[] = {
-    {26, u8, "reserved[1]"},
-    {27, u8, "reserved[2]"},
+    {26, u8, "reserved[1]="},
+    {27, u8, "reserved[2]="},
 };
 constexpr uint64_t kTimecodeSize = 26;
 constexpr uint64_t kTimecodePaddedSize = 28;
 
 constexpr QtRow kCaptions[] = {
-    {0, u8, "res1[]", 6},
-    {6, u16, "drefindex"},
+    {0, u8, "res1[]=", 6},
+    {6, u16, "drefindex="},
 };
 constexpr uint64_t kCaptionsSize = 8;
 // clang-format on

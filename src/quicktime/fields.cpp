@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr QtRow kVersionFlags[] = {{0, QtField::u8, "version"}, {1, QtField::u8, "flags[]", 3}};
+constexpr QtRow kVersionFlags[] = {{0, QtField::u8, "version="}, {1, QtField::u8, "flags[]=", 3}};
 
 unsigned width_of(QtField kind) {
     switch (kind) {
@@ -56,26 +56,28 @@ void put_pstring(Bytes field) {
     print("%*.*s", length, text.length, text.start);
 }
 
-void put_value(LineBuffer &out, Bytes field, QtField kind) {
-    const uint32_t word = big32(field);
+void put_value(LineBuffer &out, Bytes data, uint64_t at, QtField kind) {
+    const uint32_t word = big32(data, at);
     switch (kind) {
-        case QtField::u8: put_unsigned(out, field[0]); break;
-        case QtField::u16: put_unsigned(out, big16(field)); break;
+        case QtField::u8: put_unsigned(out, data[at]); break;
+        case QtField::u16: put_unsigned(out, big16(data, at)); break;
         case QtField::u32: put_unsigned(out, word); break;
         case QtField::d32:
             out.signed_decimal(static_cast<int32_t>(word));
             put_hex(out, word);
             break;
-        case QtField::halves: put_halves(out, word, big32(field, 4)); break;
+        case QtField::halves: put_halves(out, word, big32(data, at + 4)); break;
         case QtField::fixed:
             print("%f", fixed_point(word));
             put_hex(out, word);
             break;
-        case QtField::real32: print("%f", static_cast<double>(swap32_float(field, 0))); break;
-        case QtField::real64: print("%f", swap64_double(field, 0)); break;
-        case QtField::fourcc: put_fourcc(field); break;
-        case QtField::pstring: put_pstring(field); break;
-        case QtField::matrix: print(" 0x%08X 0x%08X 0x%08X", word, big32(field, 4), big32(field, 8)); break;
+        case QtField::real32: print("%f", static_cast<double>(swap32_float(data, at))); break;
+        case QtField::real64: print("%f", swap64_double(data, at)); break;
+        case QtField::fourcc: put_fourcc(data.from(at)); break;
+        case QtField::pstring: put_pstring(data.from(at)); break;
+        case QtField::matrix:
+            print(" 0x%08X 0x%08X 0x%08X", word, big32(data, at + 4), big32(data, at + 8));
+            break;
         case QtField::version_flags:
         case QtField::hexdump: break;
     }
@@ -88,7 +90,6 @@ void put_label(LineBuffer &out, int indent, const QtLabel &label, uint64_t index
         out.signed_decimal(static_cast<int32_t>(index));
         out.own(label.after);
     }
-    out.literal("=");
 }
 
 void print_hexdump(Bytes data, int indent, const QtRow &row) {
@@ -102,11 +103,11 @@ void put_row(LineBuffer &out, Bytes data, int indent, const QtRow &row, uint64_t
     if (row.kind == QtField::version_flags) {
         return put_qt_rows(out, data.from(row.offset), indent, kVersionFlags);
     }
-    for (unsigned i = 0; i < row.count; i++) {
-        const Bytes field = data.from(row.offset + uint64_t{i} * width_of(row.kind));
-        from(field.sub(0, width_of(row.kind)));
+    uint64_t at = row.offset;
+    for (unsigned i = 0; i < row.count; i++, at += width_of(row.kind)) {
+        from(data.sub(at, width_of(row.kind)));
         put_label(out, indent, row.label, index + i);
-        put_value(out, field, row.kind);
+        put_value(out, data, at, row.kind);
         out.end_line();
     }
 }

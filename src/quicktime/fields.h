@@ -10,22 +10,22 @@
 #include "quicktime/atom.h"
 
 enum class QtField {
-    u8,             // "=%u (0x%X)"
-    u16,            // "=%u (0x%X)"
-    u32,            // "=%u (0x%X)"
-    d32,            // "=%d (0x%X)"
-    halves,         // 64 bits, "=%u_%u (0x%X%X)"
-    fixed,          // 16.16 fixed point, "=%f (0x%X)"
-    real32,         // "=%f"
-    real64,         // "=%f"
-    fourcc,         // four characters, "=%4.4s (0x%05X)"
+    u8,             // "%u (0x%X)"
+    u16,            // "%u (0x%X)"
+    u32,            // "%u (0x%X)"
+    d32,            // "%d (0x%X)"
+    halves,         // 64 bits, "%u_%u (0x%X%X)"
+    fixed,          // 16.16 fixed point, "%f (0x%X)"
+    real32,         // "%f"
+    real64,         // "%f"
+    fourcc,         // four characters, "%4.4s (0x%05X)"
     version_flags,  // a version byte and three bytes of flags
-    matrix,         // a row of three 32-bit numbers, "= 0x%08X 0x%08X 0x%08X"
+    matrix,         // a row of three 32-bit numbers, " 0x%08X 0x%08X 0x%08X"
     pstring,        // a length byte and characters
     hexdump,        // `count` bytes
 };
 
-// A label; where it has an empty pair of brackets, the index stands in them.
+// The line up to its value; where it has an empty pair of brackets, the index stands in them.
 struct QtLabel {
     consteval QtLabel(const char *text) : before(text) {
         const size_t brackets = before.find("[]");

@@ -13,29 +13,29 @@ namespace {
 
 using enum QtField;
 
-constexpr QtRow kCounted[] = {{0, version_flags}, {4, u32, "nentries"}};
-constexpr QtRow kSizes[] = {{0, version_flags}, {4, u32, "samplesize"}, {8, u32, "nentries"}};
-constexpr QtRow kColors[] = {{0, u32, "seed"}, {4, u16, "flags"}, {6, u16, "size"}};
+constexpr QtRow kCounted[] = {{0, version_flags}, {4, u32, "nentries="}};
+constexpr QtRow kSizes[] = {{0, version_flags}, {4, u32, "samplesize="}, {8, u32, "nentries="}};
+constexpr QtRow kColors[] = {{0, u32, "seed="}, {4, u16, "flags="}, {6, u16, "size="}};
 
 constexpr QtRow kEdit[] = {
-    {0, u32, "data[].trackdur"},
-    {4, d32, "data[].mediatime"},
-    {8, fixed, "data[].mediarate"},
+    {0, u32, "data[].trackdur="},
+    {4, d32, "data[].mediatime="},
+    {8, fixed, "data[].mediarate="},
 };
-constexpr QtRow kTimeToSample[] = {{0, u32, "data[].count"}, {4, u32, "data[].duration"}};
-constexpr QtRow kComposition[] = {{0, u32, "data[].samplecount"}, {4, d32, "data[].offset"}};
-constexpr QtRow kNumber[] = {{0, u32, "data[]"}};
-constexpr QtRow kOffset64[] = {{0, halves, "data[]"}};
+constexpr QtRow kTimeToSample[] = {{0, u32, "data[].count="}, {4, u32, "data[].duration="}};
+constexpr QtRow kComposition[] = {{0, u32, "data[].samplecount="}, {4, d32, "data[].offset="}};
+constexpr QtRow kNumber[] = {{0, u32, "data[]="}};
+constexpr QtRow kOffset64[] = {{0, halves, "data[]="}};
 constexpr QtRow kSampleToChunk[] = {
-    {0, u32, "data.first[]"},
-    {4, u32, "data.nsamples[]"},
-    {8, u32, "data.desc[]"},
+    {0, u32, "data.first[]="},
+    {4, u32, "data.nsamples[]="},
+    {8, u32, "data.desc[]="},
 };
 constexpr QtRow kColor[] = {
-    {0, u16, "data.alpha[]"},
-    {2, u16, "data.red[]"},
-    {4, u16, "data.green[]"},
-    {6, u16, "data.blue[]"},
+    {0, u16, "data.alpha[]="},
+    {2, u16, "data.red[]="},
+    {4, u16, "data.green[]="},
+    {6, u16, "data.blue[]="},
 };
 
 enum class Reading { whole, by_entry };

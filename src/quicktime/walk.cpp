@@ -95,7 +95,7 @@ uint64_t dump_base_media_header(const QtAtom &atom) {
 
 // Data references and sample descriptions. The count is shown; the walk goes by the size.
 uint64_t dump_entry_list(QtAtom &atom) {
-    static constexpr QtRow kRows[] = {{0, QtField::version_flags}, {4, QtField::u32, "nentries"}};
+    static constexpr QtRow kRows[] = {{0, QtField::version_flags}, {4, QtField::u32, "nentries="}};
     const uint64_t count = qt_atom_read_more(atom, 8);
     print_qt_rows(atom, kRows);
     return walk_children(atom, count, ListEnd::none);

@@ -212,8 +212,7 @@ void tiffdump(DumpOptions &opts, Input &input) {
           header.is_big() ? "(Swapping)" : "");
     from(bytes.sub(2, 2));
     print(" version   : %04x '%s'\n", version, name_of(kVersionNames, version, "unknown format"));
-    from(bytes.sub(4, 4));
-    print(" offset    : %08x\n", offset);
+    print_field_row(header, {4, Field::hex32, " offset    : "});
     print(" filesize  : %d\n", static_cast<int32_t>(bytes.size()));
     Budget budget(bytes.size());
     if (version == kStandardVersion) tiffdumpifd(opts, header, offset, budget);

@@ -3,12 +3,12 @@
 #include "companions/table/values.h"
 
 TEST(Values, Timecodes) {
-    EXPECT_EQ(timecode_text(1799, 30, true), "00:00:59;29");
-    EXPECT_EQ(timecode_text(1800, 30, true), "00:01:00;02");
-    EXPECT_EQ(timecode_text(17982, 30, true), "00:10:00;00");
-    EXPECT_EQ(timecode_text(2589408 + 3600, 60, true), "12:01:00;04");
-    EXPECT_EQ(timecode_text(86400 * 25 + 1, 25, false), "00:00:00:01");
-    EXPECT_EQ(timecode_text(-1, 25, false) + timecode_text(1, 0, false), "");
+    EXPECT_EQ(timecode_of_frames(1799, 30, true), "00:00:59;29");
+    EXPECT_EQ(timecode_of_frames(1800, 30, true), "00:01:00;02");
+    EXPECT_EQ(timecode_of_frames(17982, 30, true), "00:10:00;00");
+    EXPECT_EQ(timecode_of_frames(2589408 + 3600, 60, true), "12:01:00;04");
+    EXPECT_EQ(timecode_of_frames(86400 * 25 + 1, 25, false), "00:00:00:01");
+    EXPECT_EQ(timecode_of_frames(-1, 25, false) + timecode_of_frames(1, 0, false), "");
     EXPECT_EQ(keycode_text(99, 99, 999999, 9999, 99), "99 99 999999 9999+99");
     EXPECT_EQ(keycode_text(100, 0, 0, 1, 0) + keycode_text(1, 100, 0, 0, 0) +
                   keycode_text(1, 0, 1000000, 0, 0) + keycode_text(1, 0, 0, 10000, 0) +

@@ -4,8 +4,19 @@
 
 namespace {
 
-constexpr std::string_view kPadding = " :=/'\"[]()\t";
-constexpr std::string_view kJoining = ":.-;_";
+// A set of characters, for what is asked of every one.
+struct Characters {
+    bool has[256] = {};
+
+    constexpr explicit Characters(std::string_view characters) {
+        for (const char c : characters) has[static_cast<uint8_t>(c)] = true;
+    }
+    bool operator[](char c) const { return has[static_cast<uint8_t>(c)]; }
+};
+
+constexpr Characters kBlank(" ");
+constexpr Characters kPadding(" :=/'\"[]()\t");
+constexpr Characters kJoining(":.-;_");
 constexpr std::string_view kIndexing = "-[#";
 
 bool is_value(const Piece &piece) { return piece.kind != Piece::literal; }
@@ -14,15 +25,15 @@ std::string_view text_of(const Line &line, const Piece &piece) {
     return line.text.substr(piece.start, piece.size);
 }
 
-std::string_view trimmed(std::string_view text, std::string_view what) {
-    const size_t first = text.find_first_not_of(what);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(what) + 1 - first);
+std::string_view trimmed(std::string_view text, const Characters &what) {
+    while (!text.empty() && what[text.front()]) text.remove_prefix(1);
+    while (!text.empty() && what[text.back()]) text.remove_suffix(1);
+    return text;
 }
 
 // Without padding, quotes and brackets, and without the mark of core fields (" C :").
 std::string_view label_of(std::string_view text) {
-    const bool has_colon = !trimmed(text, " ").empty() && trimmed(text, " ").ends_with(':');
+    const bool has_colon = !trimmed(text, kBlank).empty() && trimmed(text, kBlank).ends_with(':');
     text = trimmed(text, kPadding);
     if (text.ends_with(" 0x")) text = trimmed(text.substr(0, text.size() - 3), kPadding);
     if (has_colon && text.ends_with(" C")) text = trimmed(text.substr(0, text.size() - 2), kPadding);
@@ -49,7 +60,7 @@ uint32_t depth_of(const Line &line) {
 
 // Whether what stands between two values makes them one.
 bool joins(std::string_view between) {
-    return between.empty() || (between.size() == 1 && kJoining.find(between[0]) != std::string_view::npos);
+    return between.empty() || (between.size() == 1 && kJoining[between[0]]);
 }
 
 std::string_view without_quotes(std::string_view text) {
@@ -66,7 +77,7 @@ bool is_finite_number(const Piece &piece) {
 
 // Values that one text holds, apart by blanks.
 void add_several(std::string_view text, bool numbers, std::vector<FieldValue> &values) {
-    for (text = trimmed(text, " "); !text.empty(); text = trimmed(text, " ")) {
+    for (text = trimmed(text, kBlank); !text.empty(); text = trimmed(text, kBlank)) {
         const std::string_view one = text.substr(0, text.find(' '));
         const bool is_number = numbers && one.find_first_not_of("0123456789+-.e") == std::string_view::npos;
         values.push_back({is_number ? FieldValue::number : FieldValue::text, one});
@@ -87,7 +98,7 @@ void add_value(const Line &line, const Piece &piece, std::vector<FieldValue> &va
             break;
         }
         case Piece::words: add_several(text, false, values); break;
-        case Piece::text: values.push_back({FieldValue::text, trimmed(without_quotes(text), " ")}); break;
+        case Piece::text: values.push_back({FieldValue::text, trimmed(without_quotes(text), kBlank)}); break;
         default:
             values.push_back({is_finite_number(piece) ? FieldValue::number : FieldValue::text, text});
             break;
@@ -105,7 +116,7 @@ void add_values(const Line &line, std::span<const Piece> pieces, std::vector<Fie
         } else {
             const std::string_view joined =
                 line.text.substr(first->start, last->start + last->size - first->start);
-            values.push_back({FieldValue::text, trimmed(joined, " ")});
+            values.push_back({FieldValue::text, trimmed(joined, kBlank)});
         }
     };
     for (const Piece &piece : pieces) {
@@ -145,13 +156,16 @@ void LinePlaces::place(const Line &line, FieldLine &field) {
     std::span<const Piece> rest;
     if (line.is_listing) {
         // Rows have no labels; they stand below the line before them.
-        for (const Level &level : levels_) field.path.push_back(level.element);
+        for (const Level &level : levels_) {
+            if (!level.is_field) field.path.push_back(&level.element);
+        }
         return;
     }
     if (line.label_is_marked) {
         const uint32_t end = end_of_label(line);
         const std::string_view text = line.text.substr(line.label_start, end - line.label_start);
-        element = {std::string(line.label_is_own ? label_of(text) : trimmed(text, " ")), line.label_is_own};
+        element = {
+            std::string(line.label_is_own ? label_of(text) : trimmed(text, kBlank)), line.label_is_own, {}};
         std::vector<Piece> before;
         for (const Piece &piece : pieces_from(line, line.behind_position)) {
             if (piece.start + piece.size <= line.label_start) before.push_back(piece);
@@ -179,11 +193,14 @@ void LinePlaces::place(const Line &line, FieldLine &field) {
         levels_.clear();
         return;
     }
-    while (!levels_.empty() && levels_.back().depth >= depth) levels_.pop_back();
-    for (const Level &level : levels_) field.path.push_back(level.element);
-    if (element.name.empty()) return;
-    field.path.push_back(element);
-    if (!line.is_field) levels_.push_back({depth, std::move(element)});
+    if (line.is_aside) {
+        remark_ = std::move(element);
+        field.path.push_back(&remark_);
+        return;
+    }
+    while (!levels_.empty() && (levels_.back().depth >= depth || levels_.back().is_field)) levels_.pop_back();
+    if (!element.name.empty()) levels_.push_back({depth, line.is_field, std::move(element)});
+    for (const Level &level : levels_) field.path.push_back(&level.element);
 }
 
 PathPattern::PathPattern(std::string_view pattern) : elements_(1) {
@@ -225,10 +242,10 @@ bool element_matches(std::string_view pattern, std::string_view name) {
 
 }  // namespace
 
-bool PathPattern::matches(const std::vector<PathElement> &path) const {
+bool PathPattern::matches(const std::vector<const PathElement *> &path) const {
     if (path.size() < elements_.size()) return false;
     for (size_t i = 0; i < elements_.size(); i++) {
-        if (!element_matches(elements_[i], path[path.size() - elements_.size() + i].name)) return false;
+        if (!element_matches(elements_[i], path[path.size() - elements_.size() + i]->name)) return false;
     }
     return true;
 }

@@ -252,6 +252,6 @@ void set_movie_timecode(Row &row, std::string_view hex_dump) {
         hex_dump.remove_prefix(end == std::string_view::npos ? hex_dump.size() : end + 1);
     }
     const size_t at = static_cast<size_t>(number_in(row[kTimecodeOffset]) % 16);
-    row[timecode] =
-        timecode_text(big_endian(bytes, at, 4), number_in(row[kTimecodeBase]), !row[kTimecodeDrop].empty());
+    row[timecode] = timecode_of_frames(big_endian(bytes, at, 4), number_in(row[kTimecodeBase]),
+                                       !row[kTimecodeDrop].empty());
 }

@@ -178,8 +178,8 @@ class MxfReader : public DumpReader {
                 segment->name == "Sequence" ? first_reference(segment, kComponents) : segment;
             if (!component) return;
             row.offer(timecode,
-                      timecode_text(component->number(kStartTimecode), component->number(kTimecodeBase),
-                                    component->value(kDropFrame) == "True"));
+                      timecode_of_frames(component->number(kStartTimecode), component->number(kTimecodeBase),
+                                         component->value(kDropFrame) == "True"));
             return;
         }
         const double rate = track.ratio(kEditRate);

@@ -65,7 +65,7 @@ std::string seconds_text(double seconds) {
     return seconds > 0 && seconds < kHighestRate ? three_decimals(seconds) : "";
 }
 
-std::string timecode_text(int64_t frames, int64_t base, bool drop) {
+std::string timecode_of_frames(int64_t frames, int64_t base, bool drop) {
     if (frames < 0 || base < 1 || base > 1000) return "";
     const int64_t number = frame_number(frames, {static_cast<uint32_t>(base), drop && base % 30 == 0});
     const int64_t seconds = number / base;

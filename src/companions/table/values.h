@@ -19,7 +19,7 @@ std::string positive_text(int64_t number);  // empty below one
 std::string rate_text(double rate);         // up to three decimals
 std::string seconds_text(double seconds);   // three decimals
 // "01:02:03:04" of a frame count; "01:02:03;04" with the numbers that drop frame leaves out.
-std::string timecode_text(int64_t frames, int64_t base, bool drop);
+std::string timecode_of_frames(int64_t frames, int64_t base, bool drop);
 // "01:02:03:04" of the eight digits of a BCD time code at a rate, 0 where it is not known. Up to 30 frames a
 // second the highest bit of the frames' tens is the drop flag (SMPTE 12M).
 std::string bcd_timecode_text(std::string_view digits, double rate);
