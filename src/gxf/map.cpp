@@ -95,7 +95,11 @@ void gxfmap(Bytes rest, int64_t size) {
     }
     const uint8_t version = payload[0];
     print(" Version %d\n", version & 0x1F);
-    if ((version & 0xE0) != 0xE0) print("gxfmap: Error @ 0\n");
+    if ((version & 0xE0) != 0xE0) {
+        aside();
+        also(payload.sub(0, 1));
+        print("gxfmap: Error @ 0\n");
+    }
     if (payload.size() <= 4) return;
 
     const uint64_t material = gxfint16(payload, 2, false);

@@ -179,7 +179,7 @@ void LinePlaces::place(const Line &line, FieldLine &field) {
         const std::string_view text = line.text.substr(line.behind_position, end - line.behind_position);
         element.name = label_of(text);
         rest = {first, rest.end()};
-        const bool in_bracket = trimmed(text, " ").ends_with('[');  // "[  1]"
+        const bool in_bracket = trimmed(text, kBlank).ends_with('[');  // "[  1]"
         const bool indexes = !rest.empty() && first->kind == Piece::integer && !element.name.empty() &&
                              (in_bracket || kIndexing.find(text.back()) != std::string_view::npos);
         if (indexes) {
