@@ -59,6 +59,7 @@ Input::Input(const char *name, const void *data, uint64_t size)
 }
 
 Input::~Input() {
+    delete spool_;
     if (fd_ >= 0) close(fd_);
     current_input = outer_;
 }
@@ -148,7 +149,7 @@ int64_t Input::read_file(uint64_t offset, void *data, uint64_t n) {
 }
 
 bool Input::spool() {
-    spool_ = Spool::of(fd_);
+    spool_ = Spool::of(fd_).release();
     close(fd_);
     fd_ = -1;
     failed_ = !spool_;
@@ -160,11 +161,11 @@ bool Input::spool() {
 
 NamedInput::NamedInput(const char *name) : input_(Input::current()) {
     if (input_ && std::strcmp(input_->name(), name) == 0) return;
-    opened_ = std::make_unique<Input>(name);
-    input_ = opened_->open() ? opened_.get() : nullptr;
+    opened_ = new Input(name);
+    input_ = opened_->open() ? opened_ : nullptr;
 }
 
-NamedInput::~NamedInput() = default;
+NamedInput::~NamedInput() { delete opened_; }
 
 bool check_buffer(uint64_t size) {
     if (is_addressable(size)) return true;

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 
 #include "common/block_cache.h"
 #include "common/bytes.h"
@@ -74,7 +73,7 @@ class Input {
     Input *outer_;  // that was open before this one
     int fd_ = -1;
     bool failed_ = false;
-    std::unique_ptr<Spool> spool_;
+    Spool *spool_ = nullptr;  // ours
     Bytes memory_;
     bool sized_ = false;
     uint64_t size_ = 0;
@@ -98,7 +97,7 @@ class NamedInput {
     Input *operator->() const { return input_; }
 
  private:
-    std::unique_ptr<Input> opened_;
+    Input *opened_ = nullptr;  // ours, where the name was opened
     Input *input_ = nullptr;
 };
 

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 
 struct CodeName {
     uint32_t code;
@@ -14,7 +13,11 @@ struct CodeName {
 template <typename Row, size_t N, typename Key, typename KeyOf>
 constexpr const Row *row_of(const Row (&rows)[N], const Key &key, KeyOf key_of) {
     for (const Row &row : rows) {
-        if (std::invoke(key_of, row) == key) return &row;
+        if constexpr (requires { row.*key_of; }) {
+            if (row.*key_of == key) return &row;
+        } else {
+            if (key_of(row) == key) return &row;
+        }
     }
     return nullptr;
 }
