@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 
 #include "common/print.h"
 
@@ -9,6 +10,13 @@ namespace {
 
 constexpr size_t kMostRanges = 4096;  // of a line before those that touch are joined
 constexpr size_t kMostOwn = 16;       // marked arguments of a print call
+
+// Bytes of the file in memory.
+struct Copy {
+    std::span<const uint8_t> bytes;
+    FileRange place;
+    uint32_t swapped = 0;
+};
 
 // What is known of the line that is being printed; its text is what standard output holds.
 struct State {
@@ -19,6 +27,7 @@ struct State {
     bool exact = false;
     const char *own[kMostOwn];
     size_t own_count = 0;
+    Copy copy;
 };
 
 State state;
@@ -38,6 +47,15 @@ void normalize(std::vector<FileRange> &ranges) {
     ranges.resize(kept);
 }
 
+// Where bytes in memory begin in the copy; its size for those that are none of it.
+size_t place_in_copy(const Bytes &bytes) {
+    const std::span<const uint8_t> copy = state.copy.bytes;
+    const uint8_t *first = bytes.span(0, bytes.size()).data();
+    const bool inside =
+        std::less_equal<>{}(copy.data(), first) && std::less<>{}(first, copy.data() + copy.size());
+    return inside ? static_cast<size_t>(first - copy.data()) : copy.size();
+}
+
 uint32_t length() { return static_cast<uint32_t>(standard_output.held().size()); }
 
 void tell(bool ends) {
@@ -53,6 +71,12 @@ void tell(bool ends) {
 }
 
 }  // namespace
+
+Copied::Copied(const Bytes &copy, FileRange place, uint32_t swapped) {
+    if (listening) state.copy = {copy.span(0, copy.size()), place, swapped};
+}
+
+Copied::~Copied() { state.copy = {}; }
 
 Listening::Listening(Listener *listener) {
     listening = listener != nullptr;
@@ -108,9 +132,25 @@ void add_read(uint64_t offset, uint64_t n) {
     reads.push_back({offset, n});
 }
 
-void set_exact(const Bytes &bytes) {
+void add_bytes(const Bytes &bytes) {
     const FileRange range = bytes.file_range();
-    if (!range.size) return;  // a copy in memory
+    if (range.size) return add_read(range.offset, range.size);
+    const Copy &copy = state.copy;
+    const size_t first = place_in_copy(bytes);
+    for (size_t i = first; i < copy.bytes.size() && i - first < bytes.size(); i++) {
+        if ((i ^ copy.swapped) < copy.place.size) add_read(copy.place.offset + (i ^ copy.swapped), 1);
+    }
+}
+
+void set_exact(const Bytes &bytes) {
+    if (bytes.empty() || (!bytes.file_range().size && place_in_copy(bytes) >= state.copy.bytes.size()))
+        return;
+    clear_reads();
+    add_bytes(bytes);
+    state.exact = true;
+}
+
+void set_exact(FileRange range) {
     state.reads.assign(1, range);
     state.exact = true;
 }
@@ -133,7 +173,10 @@ bool is_own(const char *text) {
 
 void forget_own() { state.own_count = 0; }
 
-void mark_position() { state.line.behind_position = length(); }
+void mark_position(uint32_t deeper) {
+    state.line.behind_position = length();
+    state.line.deeper = deeper;
+}
 
 void mark_field() { state.line.is_field = true; }
 

@@ -1,5 +1,7 @@
 #include "quicktime/fields.h"
 
+#include <algorithm>
+
 #include "common/print.h"
 
 namespace {
@@ -24,9 +26,9 @@ double fixed_point(uint32_t value) {
 }
 
 void put_hex(LineBuffer &out, uint32_t value) {
-    out.text(" (0x");
+    out.literal(" (0x");
     out.upper_hex(value);
-    out.put(')');
+    out.literal(")");
 }
 
 void put_unsigned(LineBuffer &out, uint32_t value) {
@@ -36,12 +38,12 @@ void put_unsigned(LineBuffer &out, uint32_t value) {
 
 void put_halves(LineBuffer &out, uint32_t high, uint32_t low) {
     out.decimal(high);
-    out.put('_');
+    out.literal("_");
     out.decimal(low);
-    out.text(" (0x");
+    out.literal(" (0x");
     out.upper_hex(high);
     out.upper_hex(low);
-    out.put(')');
+    out.literal(")");
 }
 
 void put_fourcc(Bytes field) {
@@ -53,6 +55,7 @@ void put_fourcc(Bytes field) {
 void put_pstring(Bytes field) {
     const int length = field[0];
     const Text text = text_at(field, 1, static_cast<uint64_t>(length));
+    from(field.sub(0, 1 + static_cast<uint64_t>(std::min(length, text.length + 1))));
     print("%*.*s", length, text.length, text.start);
 }
 
@@ -85,16 +88,20 @@ void put_value(LineBuffer &out, Bytes data, uint64_t at, QtField kind) {
 
 void put_label(LineBuffer &out, int indent, const QtLabel &label, uint64_t index) {
     out.blanks(static_cast<size_t>(indent));
+    label_begins();
     out.own(label.before);
     if (label.is_indexed()) {
         out.signed_decimal(static_cast<int32_t>(index));
         out.own(label.after);
     }
+    label_ends();
 }
 
 void print_hexdump(Bytes data, int indent, const QtRow &row) {
+    const Bytes field = data.sub(row.offset, row.count);
+    if (field.size() == row.count) return qt_hexdump(field, indent, row.label.before);
     uint8_t bytes[UINT8_MAX];
-    for (unsigned i = 0; i < row.count; i++) bytes[i] = data[row.offset + i];
+    for (unsigned i = 0; i < row.count; i++) bytes[i] = field[i];
     qt_hexdump({bytes, row.count}, indent, row.label.before);
 }
 

@@ -25,6 +25,7 @@ std::string_view label_of(std::string_view text) {
     const bool has_colon = !trimmed(text, " ").empty() && trimmed(text, " ").ends_with(':');
     text = trimmed(text, kPadding);
     if (text.ends_with(" 0x")) text = trimmed(text.substr(0, text.size() - 3), kPadding);
+    if (text.starts_with("- ")) text = trimmed(text, " -");
     if (has_colon && text.ends_with(" C")) text = trimmed(text.substr(0, text.size() - 2), kPadding);
     return text;
 }
@@ -44,7 +45,7 @@ uint32_t depth_of(const Line &line) {
         while (at < piece.start + piece.size && line.text[at] == ' ') at++;
         if (at < piece.start + piece.size) break;
     }
-    return at - line.behind_position;
+    return at - line.behind_position + line.deeper;
 }
 
 // Whether what stands between two values makes them one.
@@ -127,6 +128,22 @@ uint32_t end_of_label(const Line &line) {
     return end;
 }
 
+// A marked label without the indices inside ("data[3].count"), which are told apart.
+std::string marked_label(const Line &line, uint32_t end, std::vector<uint64_t> &index) {
+    std::string text(line.text.substr(line.label_start, end - line.label_start));
+    if (!line.label_is_own) return std::string(trimmed(text, " "));
+    size_t gone = 0;
+    for (const Piece &piece : pieces_from(line, line.label_start)) {
+        if (piece.start >= end || piece.kind != Piece::integer) continue;
+        const size_t at = piece.start - line.label_start - gone;
+        const size_t bracket = at > 0 && text[at - 1] == '[' ? 1 : 0;
+        text.erase(at - bracket, piece.size + 2 * bracket);
+        gone += piece.size + 2 * bracket;
+        index.push_back(piece.number);
+    }
+    return std::string(label_of(text));
+}
+
 }  // namespace
 
 void LinePlaces::place(const Line &line, FieldLine &field) {
@@ -143,8 +160,7 @@ void LinePlaces::place(const Line &line, FieldLine &field) {
     }
     if (line.label_is_marked) {
         const uint32_t end = end_of_label(line);
-        const std::string_view text = line.text.substr(line.label_start, end - line.label_start);
-        element = {std::string(line.label_is_own ? label_of(text) : trimmed(text, " ")), line.label_is_own};
+        element = {marked_label(line, end, field.index), line.label_is_own};
         std::vector<Piece> before;
         for (const Piece &piece : pieces_from(line, line.behind_position)) {
             if (piece.start + piece.size <= line.label_start) before.push_back(piece);
