@@ -39,6 +39,7 @@ struct Walk {
     Kept<int64_t> riff_size;
     Budget budget;
     // From the size chunk of RF64, in the first pass.
+    FileRange sizes_id = {};  // where the file's size is told there
     Kept<int64_t> riff_size64 = {};
     Kept<int64_t> data_size = {};
     int64_t sample_count = 0;
@@ -117,7 +118,10 @@ bool scan_format(Walk &walk) {
             walk.riff_size64 = kept64(payload);
             walk.data_size = kept64(payload.from(8));
             walk.sample_count = little_endian(payload).s64(16);
-            if (walk.riff_size == -1) walk.riff_size = walk.riff_size64;
+            if (walk.riff_size == -1) {
+                walk.riff_size = walk.riff_size64;
+                walk.sizes_id = chunk.sub(0, 4).file_range();
+            }
         }
         offset = after_chunk(offset, signed_size(chunk.from(4)));
     } while (offset < walk.riff_size && !circle.closed_by(offset));
@@ -300,8 +304,11 @@ void riffdump(DumpOptions &opts, Bytes header, const char *name, int rf64) {
         print("Error: Failed to allocate buffer %lld bytes\n", static_cast<long long>(kBufferSize));
         return;
     }
+    forget();  // an error is of all that was looked at
     if (!scan_format(walk)) return;
+    from(header.sub(0, 4));
     print("Fileformat:%s\n", rf64 ? "RF64" : "RIFF");
+    also(walk.sizes_id);
     print(" Size:            %lld\n", static_cast<long long>(walk.riff_size.shown()));
     print(" Magic:           %c%c%c%c\n", header[8], header[9], header[10], header[11]);
     walk_chunks(walk);

@@ -124,6 +124,7 @@ void exrdump(DumpOptions &, Input &input) {
         label_ends();
         print(" %-10.*s %d\n", type.length, type.start, size);
         if (bytes[type_at - 1] != 0 || bytes[size_at - 1] != 0) return;  // no name is that long
+        forget();
         const uint64_t length = size > 0 ? static_cast<uint64_t>(size) : 0;
         printentry({type.start, static_cast<size_t>(type.length)}, bytes.from(value_at), length, budget);
         if (size < 0 || !bytes.has(value_at, length)) return;

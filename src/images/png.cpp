@@ -50,7 +50,10 @@ void hexdump_data(Input &input, uint64_t start, uint64_t size) {
     LineBuffer out;
     for (uint64_t done = 0; done < size; done += kStep) {
         put_hexrows(out, input.present(start + done, std::min(kStep, size - done)), kDataRow,
-                    [](LineBuffer &line, uint64_t) { line.literal("     "); });
+                    [](LineBuffer &line, uint64_t) {
+                        behind_position(1);
+                        line.literal("     ");
+                    });
     }
 }
 

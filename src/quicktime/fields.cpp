@@ -105,7 +105,7 @@ void print_hexdump(Bytes data, int indent, const QtRow &row) {
     qt_hexdump({bytes, row.count}, indent, row.label.before);
 }
 
-void put_row(LineBuffer &out, Bytes data, int indent, const QtRow &row, uint64_t index) {
+void put_row(LineBuffer &out, Bytes data, int indent, const QtRow &row, uint64_t index, bool is_listing) {
     if (row.kind == QtField::hexdump) return print_hexdump(data, indent, row);
     if (row.kind == QtField::version_flags) {
         return put_qt_rows(out, data.from(row.offset), indent, kVersionFlags);
@@ -115,14 +115,20 @@ void put_row(LineBuffer &out, Bytes data, int indent, const QtRow &row, uint64_t
         from(data.sub(at, width_of(row.kind)));
         put_label(out, indent, row.label, index + i);
         put_value(out, data, at, row.kind);
-        out.end_line();
+        if (is_listing) {
+            behind_position(static_cast<uint32_t>(indent));
+            out.end_row();
+        } else {
+            out.end_line();
+        }
     }
 }
 
 }  // namespace
 
-void put_qt_rows(LineBuffer &out, Bytes data, int indent, std::span<const QtRow> rows, uint64_t index) {
-    for (const QtRow &row : rows) put_row(out, data, indent, row, index);
+void put_qt_rows(LineBuffer &out, Bytes data, int indent, std::span<const QtRow> rows, uint64_t index,
+                 bool is_listing) {
+    for (const QtRow &row : rows) put_row(out, data, indent, row, index, is_listing);
 }
 
 void print_qt_rows(const QtAtom &atom, std::span<const QtRow> rows) {

@@ -154,7 +154,8 @@ void LinePlaces::place(const Line &line, FieldLine &field) {
     PathElement element;
     std::span<const Piece> rest;
     if (line.is_listing) {
-        // Rows have no labels; they stand below the line before them.
+        // Rows have no labels; they stand below the line before them, or as deep as is marked.
+        while (line.deeper && !levels_.empty() && levels_.back().depth >= line.deeper) levels_.pop_back();
         for (const Level &level : levels_) field.path.push_back(level.element);
         return;
     }
