@@ -173,9 +173,11 @@ void print_time(const char *label, int64_t seconds, int64_t milliseconds) {
           static_cast<int>(milliseconds));
 }
 
-void print_play_length(int64_t length, uint32_t bytes_per_second) {
-    const int64_t seconds = bytes_per_second ? length / bytes_per_second : 0;
-    const int64_t milliseconds = bytes_per_second ? length % bytes_per_second * 1000 / bytes_per_second : 0;
+void print_play_length(const Kept<int64_t> &length, const Kept<uint32_t> &bytes_per_second) {
+    const uint32_t rate = bytes_per_second.shown();
+    const int64_t bytes = rate ? length.shown() : 0;
+    const int64_t seconds = rate ? bytes / rate : 0;
+    const int64_t milliseconds = rate ? bytes % rate * 1000 / rate : 0;
     print_time("   Length          ", seconds, milliseconds);
 }
 
@@ -184,7 +186,7 @@ void print_data(Walk &walk, const Chunk &chunk) {
     const int64_t samples =
         walk.channels && walk.block_size ? chunk.length.shown() / walk.block_size.shown() : 0;
     print("   Samples         %d\n", static_cast<int32_t>(samples));
-    print_play_length(chunk.length.shown(), walk.bytes_per_second.shown());
+    print_play_length(chunk.length, walk.bytes_per_second);
     if (!walk.opts.flag_a && !walk.opts.flag_t) return;
     audio_samplesdump(walk.opts, walk.input, static_cast<uint64_t>(chunk.offset + kChunkHeader), samples,
                       walk.channels, walk.bits, 1, walk.budget);
@@ -271,6 +273,7 @@ void walk_chunks(Walk &walk) {
         if (size_field == kUnknownSize && bytes_are(bytes, 0, "data")) length = walk.data_size;
         const int64_t payload = std::min(length.value, kMaxPayload);
         if (length < 0 || available - kChunkHeader < payload) {
+            from(length.at);
             print("Error: read failed %d @ %lld\n", static_cast<int>(kBufferSize),
                   static_cast<long long>(offset));
             return;

@@ -151,7 +151,7 @@ void set_exact(const Bytes &bytes) {
 }
 
 void set_exact(FileRange range) {
-    state.reads.assign(1, range);
+    state.reads.assign(range.size ? 1 : 0, range);
     state.exact = true;
 }
 

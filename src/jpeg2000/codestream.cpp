@@ -140,6 +140,7 @@ uint64_t find_sot(Bytes buf, uint64_t offset) {
 uint64_t tile_part_rest(Bytes buf, uint64_t offset, uint64_t end) {
     const uint64_t sot = find_sot(buf, offset);
     if (sot == 0) {
+        behind_position(1);
         print("found no SOT before the SOD marker\n");
         return end;
     }

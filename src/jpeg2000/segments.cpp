@@ -126,7 +126,7 @@ uint32_t print_quantization_style(const Segment &segment, uint64_t at) {
     if (const char *name = name_at(kQuantizations, style & 0x1F, nullptr)) {
         print(" - sQCD                %s\n", name);
     } else {
-        print(" - sQCD                ?/0x%02x\n", style);
+        print(" - sQCD                %s/0x%02x\n", "?", style);
     }
     return style;
 }
@@ -219,7 +219,8 @@ void print_tlm(const Segment &s) {
             break;
         }
         if (index_size == 0) {
-            print(" tile index          not defined \n");
+            s.of(5, 1);
+            print(" tile index          %s \n", "not defined");
         } else {
             print(" tile index          %d\n", index_size == 1 ? s.u8(at) : s.u16(at));
         }

@@ -23,7 +23,12 @@ std::string_view trimmed(std::string_view text, std::string_view what) {
 // Without padding, quotes and brackets, and without the mark of core fields (" C :").
 std::string_view label_of(std::string_view text) {
     const bool has_colon = !trimmed(text, " ").empty() && trimmed(text, " ").ends_with(':');
+    const std::string_view whole = text;
     text = trimmed(text, kPadding);
+    if (text.rfind('(') != std::string_view::npos && text.rfind('(') + 1 > text.rfind(')') + 1) {
+        const size_t end = static_cast<size_t>(text.data() - whole.data()) + text.size();
+        if (whole.substr(end).starts_with(')')) text = {text.data(), text.size() + 1};
+    }
     if (text.ends_with(" 0x")) text = trimmed(text.substr(0, text.size() - 3), kPadding);
     if (text.starts_with("- ")) text = trimmed(text, " -");
     if (has_colon && text.ends_with(" C")) text = trimmed(text.substr(0, text.size() - 2), kPadding);
