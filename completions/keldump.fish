@@ -1,5 +1,5 @@
 # Fish completion of keldump and its companions.
-for command in keldump keldump-all
+for command in keldump keldump-all keldump-json
     complete -c $command -o v -d 'More detail'
     complete -c $command -o a -d 'Audio samples in hexadecimal'
     complete -c $command -o d -d 'Text dump'
@@ -14,7 +14,7 @@ for command in keldump keldump-all
     complete -c $command -o u -d 'Text as UTF-8'
 end
 complete -c keldump -o ms -d 'Write frames of an MXF'
-for command in keldump-all keldump-diff keldump-seq keldump-table
+for command in keldump-all keldump-diff keldump-json keldump-seq keldump-table
     complete -c $command -l help -d 'Usage'
     complete -c $command -l version -d 'Version'
 end
@@ -23,5 +23,8 @@ complete -c keldump-all -s j -x -d 'Files at a time'
 complete -c keldump-table -s j -x -d 'Files at a time'
 complete -c keldump-table -l csv -d 'Comma-separated values'
 complete -c keldump-table -l json -d 'JSON'
+complete -c keldump-json -l lines -d 'JSON Lines'
+complete -c keldump-json -l utf8 -d 'U+FFFD for bytes that are no UTF-8'
+complete -c keldump-json -l match -x -d 'Lines whose path ends so'
 complete -c keldump-diff -l all -d 'Positions, dates and identifiers, too'
 complete -c keldump-diff -o v -d 'More detail'

@@ -2,16 +2,17 @@
 // file. docs/fuzzing.md has the commands.
 #include <cstdint>
 #include <cstdio>
-#include <string>
 
+#include "common/end_of_run.h"
+#include "common/input.h"
+#include "common/print.h"
+#include "common/run.h"
 #include "main/file_sequence.h"
-#include "memory_file.h"
-#include "mxf/registry.h"
 
 namespace {
 
 constexpr size_t kSwitchBytes = 2;
-constexpr const char *kExtensions[] = {".bin", ".mov", ".tga", ".yuv", ".txt", ".yuv10", ".yuv16", ".bin"};
+constexpr const char *kNames[] = {"f.bin", "f.mov", "f.tga", "f.yuv", "f.txt", "f.yuv10", "f.yuv16", "f.bin"};
 
 // Fields of a number, from the lowest bit on.
 class Choices {
@@ -27,19 +28,22 @@ class Choices {
     unsigned number_;
 };
 
-CommandLine command_line(Choices choices) {
-    CommandLine line{};
-    DumpOptions &opts = line.opts;
+struct Choice {
+    DumpOptions opts{};
+    const char *name = "";
+    int range_flag = 0;
+};
+
+Choice chosen(Choices choices) {
+    Choice choice;
+    DumpOptions &opts = choice.opts;
     opts.verbose = choices.next(2);
     opts.flag_a = opts.flag_t = choices.next(1);
     opts.flag_p = opts.mxf_flag_x = choices.next(1);
     opts.mxf_flag_l = choices.next(1);
-    static const std::string base = kMemoryFile;
-    static std::string name;
-    name = base + kExtensions[choices.next(3)];
-    line.name = name.c_str();
+    choice.name = kNames[choices.next(3)];
 
-    line.range_flag = choices.next(1);
+    choice.range_flag = choices.next(1);
     opts.mxf_flag_c = choices.next(1);
     opts.save_frames = choices.next(1);
     std::snprintf(opts.frame_name_pattern, sizeof opts.frame_name_pattern, "/dev/null");
@@ -50,29 +54,10 @@ CommandLine command_line(Choices choices) {
         case 3: opts.string_search = 1; break;
         default: break;
     }
-    return line;
+    return choice;
 }
-
-// Output goes nowhere, without a system call, through a buffer as large as the program's.
-void discard_output() {
-    static char buffer[64 * 1024];
-    const cookie_io_functions_t nowhere{
-        nullptr, [](void *, const char *, size_t n) { return static_cast<ssize_t>(n); }, nullptr, nullptr};
-    stdout = fopencookie(nullptr, "w", nowhere);
-    std::setvbuf(stdout, buffer, _IOFBF, sizeof buffer);
-}
-
-struct EndOfDump {};
-bool dumping = false;
 
 }  // namespace
-
-// The two places where a dump ends the program end the dump here (linked with --wrap=exit).
-extern "C" [[noreturn]] void __real_exit(int status);
-extern "C" [[noreturn]] void __wrap_exit(int status) {
-    if (dumping) throw EndOfDump();
-    __real_exit(status);
-}
 
 // Freed memory is still kept from reuse for the time of many inputs, but not for so long that every
 // allocation touches new pages.
@@ -81,20 +66,18 @@ extern "C" const char *__asan_default_options() {
 }
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***) {
-    discard_output();
+    standard_output.discard();
     return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (size < kSwitchBytes) return 0;
-    set_memory_file(data + kSwitchBytes, size - kSwitchBytes);
-    CommandLine line = command_line(Choices(data[0] | unsigned{data[1]} << 8));
-    dumping = true;
+    Choice choice = chosen(Choices(data[0] | unsigned{data[1]} << 8));
+    const Run run;
+    Input input(choice.name, data + kSwitchBytes, size - kSwitchBytes);
     try {
-        dump_files(line);
-    } catch (const EndOfDump &) {
+        dump_input(choice.opts, input, choice.range_flag);
+    } catch (const EndOfRun &) {
     }
-    dumping = false;
-    mxffreedata();
     return 0;
 }

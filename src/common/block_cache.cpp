@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <deque>
 #include <map>
 #include <new>
 #include <vector>
@@ -16,6 +15,7 @@ namespace {
 constexpr uint64_t kLargestRun = 256 * 1024;          // bytes of one sequential read at most
 constexpr uint64_t kMostResident = 64 * 1024 * 1024;  // bytes in memory before the oldest are given back
 constexpr uint64_t kOverhead = 128;                   // of a run, in bytes
+constexpr uint64_t kNear = 512;                       // a skip that is cheaper read than made
 
 uint8_t *allocate(uint64_t n) {
     void *memory = std::malloc(static_cast<size_t>(n));
@@ -27,7 +27,7 @@ uint8_t *allocate(uint64_t n) {
 
 struct BlockCache::Runs {
     std::map<uint64_t, Run> by_start;  // none lies on another
-    std::deque<uint64_t> by_age;       // starts, what was read longest ago first
+    std::vector<uint64_t> by_age;      // starts, what was read longest ago first
     std::vector<uint8_t> gathered[2];
     unsigned next = 0;
 };
@@ -80,16 +80,17 @@ uint64_t BlockCache::load(uint64_t offset, uint64_t needed, uint32_t block) {
     return is_there ? found_.size - (offset - found_.start) : 0;
 }
 
-// Reads a run from `start` on, or from the end of the run before it, that holds `needed` bytes at an offset
-// as far as one read may; false where the bytes end before the offset.
+// Reads a run from `start` on, or from the end of a run that ends near it, that holds `needed` bytes at an
+// offset as far as one read may; false where the bytes end before the offset.
 bool BlockCache::read(uint64_t start, uint64_t offset, uint64_t needed, uint32_t block) {
     if (offset >= input_.read_end()) return false;
     const auto next = runs().by_start.upper_bound(offset);
     bool sequential = false;
     if (next != runs().by_start.begin()) {
         const Run &before = std::prev(next)->second;
-        start = std::max(start, before.start + before.size);
-        sequential = start == before.start + before.size;
+        const uint64_t behind = before.start + before.size;
+        sequential = start <= behind + kNear;
+        if (sequential) start = behind;
     }
     const uint64_t border = block - 1;  // of a block that begins with the run
     uint64_t size = std::min(offset - start + std::min(needed, kLargestRun), kLargestRun);
@@ -114,13 +115,15 @@ bool BlockCache::read(uint64_t start, uint64_t offset, uint64_t needed, uint32_t
 
 // Down to half of what may stay.
 void BlockCache::drop_oldest() {
-    while (!runs().by_age.empty() && resident_ > kMostResident / 2) {
-        const auto oldest = runs().by_start.find(runs().by_age.front());
-        runs().by_age.pop_front();
+    std::vector<uint64_t> &ages = runs().by_age;
+    size_t dropped = 0;
+    for (; dropped < ages.size() && resident_ > kMostResident / 2; dropped++) {
+        const auto oldest = runs().by_start.find(ages[dropped]);
         resident_ -= std::min(resident_, oldest->second.size + kOverhead);
         std::free(oldest->second.data);
         runs().by_start.erase(oldest);
     }
+    ages.erase(ages.begin(), ages.begin() + static_cast<std::ptrdiff_t>(dropped));
     select({});
 }
 

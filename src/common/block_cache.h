@@ -8,8 +8,9 @@
 class Input;
 
 // Keeps what an input's reads gave, found by where each run begins. A byte that is not there is read with the
-// block around it; use in sequence reads larger and larger runs. What was read longest ago goes when 64 MiB
-// are held, so that even a dump of all of a huge file stays in that. No memory depends on what a file claims.
+// block around it; use in sequence, even with short skips, reads larger and larger runs. What was read
+// longest ago goes when 64 MiB are held, so that even a dump of all of a huge file stays in that. No memory
+// depends on what a file claims.
 class BlockCache {
  public:
     explicit BlockCache(Input &input) : input_(input) {}

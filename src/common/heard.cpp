@@ -1,6 +1,7 @@
 #include "common/heard.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <string_view>
@@ -18,6 +19,8 @@ struct Conversion {
     char text[48];  // for snprintf, up to its length modifier
     size_t size = 0;
     bool left = false;
+    bool zeros = false;
+    bool other_flags = false;
     int width = 0;
     int precision = -1;
     int longs = 0;  // 1: long, 2: long long
@@ -30,6 +33,7 @@ struct Conversion {
     void add_number(int n) {
         size += static_cast<size_t>(std::snprintf(text + size, sizeof text - size - 4, "%d", n));
     }
+    bool is_plain() const { return !other_flags && precision < 0 && width < 24; }
     // The whole conversion, for a value of a type with a length modifier.
     const char *with(const char *modifier) {
         std::snprintf(text + size, sizeof text - size, "%s%c", modifier, type);
@@ -57,6 +61,8 @@ Conversion read_conversion(const char *&p, Arguments &arguments) {
     c.add('%');
     for (; *p && std::strchr("-+ #0", *p); p++) {
         c.left |= *p == '-';
+        c.zeros |= *p == '0';
+        c.other_flags |= *p != '0';
         c.add(*p);
     }
     c.width = read_number(p, arguments);
@@ -135,12 +141,27 @@ void put_text(const Conversion &c, const char *text) {
     if (c.left) put_blanks(padding);
 }
 
+// Digits behind blanks or zeros, as the plain conversions that most are need no more.
+void put_digits(const Conversion &c, const char *digits, size_t n, Piece piece) {
+    char text[64];
+    const size_t width = static_cast<size_t>(c.width);
+    const size_t padding = width > n ? width - n : 0;
+    std::memset(text, c.zeros ? '0' : ' ', padding);
+    std::memcpy(text + padding, digits, n);
+    put_value({text, padding + n}, piece);
+}
+
 void put_integer(Conversion &c, Arguments &arguments) {
     const int64_t value = c.is_size      ? static_cast<int64_t>(va_arg(arguments.list, size_t))
                           : c.longs == 2 ? va_arg(arguments.list, long long)
                           : c.longs == 1 ? va_arg(arguments.list, long)
                                          : va_arg(arguments.list, int);
     char text[128];
+    if (c.is_plain() && (value >= 0 || !c.zeros)) {
+        put_digits(c, text, static_cast<size_t>(std::to_chars(text, text + 24, value).ptr - text),
+                   integer_piece(value));
+        return;
+    }
     const int n = std::snprintf(text, sizeof text, c.with("ll"), static_cast<long long>(value));
     put_value({text, static_cast<size_t>(n)}, integer_piece(value));
 }
@@ -151,9 +172,14 @@ void put_unsigned(Conversion &c, Arguments &arguments) {
                            : c.longs == 1 ? va_arg(arguments.list, unsigned long)
                                           : va_arg(arguments.list, unsigned);
     char text[128];
+    const Piece piece{.kind = c.type == 'u' ? Piece::integer : Piece::hexadecimal, .number = value};
+    if (c.is_plain() && (c.type == 'u' || c.type == 'x')) {
+        const char *end = std::to_chars(text, text + 24, value, c.type == 'u' ? 10 : 16).ptr;
+        put_digits(c, text, static_cast<size_t>(end - text), piece);
+        return;
+    }
     const int n = std::snprintf(text, sizeof text, c.with("ll"), static_cast<unsigned long long>(value));
-    put_value({text, static_cast<size_t>(n)},
-              {.kind = c.type == 'u' ? Piece::integer : Piece::hexadecimal, .number = value});
+    put_value({text, static_cast<size_t>(n)}, piece);
 }
 
 void put_real(Conversion &c, Arguments &arguments) {

@@ -47,6 +47,8 @@ class Output {
 
     // Whether the run goes on without output when that fails, for what else it makes.
     void goes_on_without(bool yes) { goes_on_ = yes; }
+    // Nothing is written from now on.
+    void discard() { failed_ = goes_on_ = true; }
 
  private:
     void write_block(const char *data, size_t n);

@@ -19,7 +19,7 @@ class Run {
     static T &state() {
         static const size_t slot = new_slot();
         Slot &found = current().slots_[slot];
-        if (!found.state) found = {new T(), [](void *state) { delete static_cast<T *>(state); }};
+        if (!found.state) found = {new T, [](void *state) { delete static_cast<T *>(state); }};
         return *static_cast<T *>(found.state);
     }
 

@@ -34,6 +34,7 @@ State state;
 
 // In order, those that touch joined.
 void normalize(std::vector<FileRange> &ranges) {
+    if (ranges.size() < 2) return;
     std::ranges::sort(ranges, {}, &FileRange::offset);
     size_t kept = 0;
     for (const FileRange &range : ranges) {
@@ -177,6 +178,8 @@ void mark_position(uint32_t deeper) {
     state.line.behind_position = length();
     state.line.deeper = deeper;
 }
+
+void mark_aside() { state.line.is_aside = true; }
 
 void mark_field() { state.line.is_field = true; }
 

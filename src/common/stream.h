@@ -49,6 +49,7 @@ struct Line {
     uint32_t label_start = 0;       // from here
     uint32_t label_end = 0;         // to here; 0: to the end of the piece that begins there
     bool label_is_own = true;       // false: the file names it
+    bool is_aside = false;          // a remark between the lines: sections go on behind it
     bool is_field = false;          // no section, whatever follows
     bool is_listing = false;        // a row of a hex dump, of samples, of a table
     bool goes_on = false;           // in the next part
@@ -96,6 +97,7 @@ void mark_position(uint32_t deeper);
 void mark_label(bool is_own);
 void mark_label_end();
 void mark_field();
+void mark_aside();
 void tell_format(const char *name);
 
 }  // namespace stream
@@ -125,6 +127,11 @@ inline void also(FileRange range) {
 }
 inline void also(const Bytes &bytes) {
     if (listening) stream::add_bytes(bytes);
+}
+
+// The line is a remark (an error, a warning): the section around it goes on.
+inline void aside() {
+    if (listening) stream::mark_aside();
 }
 
 // The line is no section, whatever follows it.

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <bit>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 
+#include "common/hexrow.h"
 #include "common/print.h"
 #include "common/run.h"
 
@@ -29,7 +31,7 @@ const char *empty_text() {
 
 const char *decimal_text(int32_t value) {
     char *text = get_buffer();
-    std::snprintf(text, kBufferSize, "%d", value);
+    *std::to_chars(text, text + kBufferSize, value).ptr = '\0';
     ring_holds(integer_piece(value));
     return text;
 }
@@ -76,7 +78,9 @@ const char *checkuint32(uint32_t value, int hex) {
     if (value == 0xFFFFFFFF) return empty_text();
     if (!hex) return decimal_text(static_cast<int32_t>(value));
     char *text = get_buffer();
-    std::snprintf(text, kBufferSize, "%08x", value);
+    char *end = text;
+    for (int shift = 24; shift >= 0; shift -= 8) end = write_hex(end, static_cast<uint8_t>(value >> shift));
+    *end = '\0';
     ring_holds({.kind = Piece::hexadecimal, .number = value});
     return text;
 }

@@ -15,7 +15,7 @@
 namespace {
 
 // False, behind a line that says so, for a format that is not known.
-bool dump_input(DumpOptions &opts, Input &input, int range_flag) {
+bool dump_open(DumpOptions &opts, Input &input, int range_flag) {
     if (opts.hex_dump) {
         hexdumpfile(opts, input, opts.hex_start, opts.hex_length);
     } else if (opts.file_dump) {
@@ -37,11 +37,7 @@ bool open_for_dump(const DumpOptions &opts, Input &input) {
 void dump_named(DumpOptions &opts, const char *name, int range_flag, Link &link, const char *next_name) {
     Input input(name, &link);
     if (next_name) link.announce_file(next_name, kDetectionSize);
-    if (open_for_dump(opts, input)) {
-        dump_input(opts, input, range_flag);
-    } else {
-        print("Could not open file '%s'\n", name);
-    }
+    dump_input(opts, input, range_flag);
 }
 
 // The range's second number counts from the first; negative ones stand for a single frame.
@@ -61,6 +57,14 @@ void dump_range(CommandLine &line, Link &link) {
 
 }  // namespace
 
+void dump_input(DumpOptions &opts, Input &input, int range_flag) {
+    if (open_for_dump(opts, input)) {
+        dump_open(opts, input, range_flag);
+    } else {
+        print("Could not open file '%s'\n", input.name());
+    }
+}
+
 DumpOutcome dump(const char *path, const DumpOptions &options, Listener *listener) {
     const Run run;
     Listening listening_to(listener);
@@ -70,7 +74,7 @@ DumpOutcome dump(const char *path, const DumpOptions &options, Listener *listene
     Input input(path, &link);
     try {
         if (!open_for_dump(opts, input)) return {DumpOutcome::unopened};
-        if (!dump_input(opts, input, 0)) outcome.end = DumpOutcome::unknown;
+        if (!dump_open(opts, input, 0)) outcome.end = DumpOutcome::unknown;
         listening_to.finish();
     } catch (const EndOfRun &end) {
         outcome.status = end.status;

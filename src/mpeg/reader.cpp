@@ -14,8 +14,9 @@ bool hold_position(mpeg_reader &reader) {
     const int64_t behind = reader.block_start + reader.block_size;
     if (reader.position >= reader.block_start && reader.position < behind) return true;
     if (reader.position < 0) return false;
-    // What is read in sequence is read in larger and larger pieces.
-    const bool sequential = reader.block_size > 0 && reader.position == behind;
+    // What is read in sequence, even with short skips, is read in larger and larger pieces.
+    const bool sequential =
+        reader.block_size > 0 && reader.position >= behind && reader.position < behind + kSmallestRead;
     const int64_t wanted =
         sequential ? std::min<int64_t>(reader.block_size * 2, sizeof reader.block) : kSmallestRead;
     reader.block_start = reader.position;

@@ -32,6 +32,7 @@ uint32_t mxf_check_for_zero(DumpOptions &opts, Bytes buffer, uint64_t offset, ui
 #pragma GCC diagnostic ignored "-Wformat-security"
 template <typename... Values>
 void mxferror(DumpOptions &, Bytes, uint64_t offset, const char *format, Values... values) {
+    aside();
     print("MXFERROR @ 0x%08x ", static_cast<uint32_t>(offset));
     print(format, values...);
     print("\n");

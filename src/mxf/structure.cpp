@@ -88,6 +88,7 @@ void print_primer_item(DumpOptions &opts, Bytes buffer, uint64_t offset) {
         label_begins();
         print("%s\n", row->name);
         if (!dynamic && row->local_tag && row->local_tag != tag) {
+            aside();
             print("Local tag def %04x != %04x\n", tag, row->local_tag);
             mxferror(opts, buffer, at, "mxf_primer_pack - tag id missmatch");
         }

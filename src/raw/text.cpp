@@ -108,7 +108,7 @@ void dumpfile(DumpOptions &opts, Input &input) {
         size = kMaxSize;
     }
     if (!check_buffer(size)) return;
-    const Bytes text = input.bytes(0, size);
+    const Bytes text = input.present(0, size);
     const Mark mark = find_mark(text);
     if (mark.name) print("Fileformat: %s\n", mark.name);
     LineBuffer out;

@@ -5,6 +5,7 @@
 #include "common/hexrow.h"
 #include "common/line_buffer.h"
 #include "common/name_pattern.h"
+#include "support/printed.h"
 
 TEST(Values, UndefinedValuesAreEmptyText) {
     EXPECT_STREQ(checkuint8(0xFF), "");
@@ -64,35 +65,37 @@ TEST(NamePattern, OneIntegerConversionAtMost) {
          {"%s", "%n", "%d%d", "%", "a%", "%1000d", "%.1000d", "%ld", "%*d", "%c", "%f", "% ", "%5%"}) {
         EXPECT_FALSE(valid_name_pattern(bad)) << bad;
     }
-    char name[8];
-    expand_name_pattern(name, sizeof name, "f%04d.dpx", -1);
-    EXPECT_STREQ(name, "f-001.d");
+    EXPECT_EQ(name_from_pattern("f%04d.dpx", -1), "f-001.dpx");
+    EXPECT_EQ(name_from_pattern("%999d", 5), std::string(998, ' ') + "5");
 }
 
 TEST(HexRow, CellsAreTheSameWithAndWithoutShuffles) {
-    testing::internal::CaptureStdout();
     std::string expected;
-    for (unsigned first = 0; first < 256; first++) {
-        uint8_t values[16];
-        for (unsigned i = 0; i < 16; i++) values[i] = static_cast<uint8_t>(first + 17 * i);
-        LineBuffer out;
-        put_hexrow(out, values, {.first_printable = 0x7F});
-        char cells[49];
-        copy_hexcells(cells, values);
-        expected += std::string(cells, 48) + std::string(16, '.') + "\n";
-    }
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), expected);
+    const std::string out = printed([&] {
+        for (unsigned first = 0; first < 256; first++) {
+            uint8_t values[16];
+            for (unsigned i = 0; i < 16; i++) values[i] = static_cast<uint8_t>(first + 17 * i);
+            LineBuffer row;
+            put_hexrow(row, values, {.first_printable = 0x7F});
+            char cells[49];
+            copy_hexcells(cells, values);
+            expected += std::string(cells, 48) + std::string(16, '.') + "\n";
+        }
+    });
+    EXPECT_EQ(out, expected);
 }
 
-TEST(LineBuffer, ExtremesAndLongFills) {
-    testing::internal::CaptureStdout();
-    {
-        LineBuffer out;
-        out.signed_decimal(INT64_MIN);
-        out.decimal(7, 4);
-        out.upper_hex(0xBEEF);
-        out.fill('-', 10000);
-    }
-    EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              "-9223372036854775808   7BEEF" + std::string(10000, '-'));
+TEST(Print, ExtremesAndLongTexts) {
+    const std::string name(100'000, 'n');
+    const std::string out = printed([&] {
+        LineBuffer line;
+        line.signed_decimal(INT64_MIN);
+        line.decimal(7, 4);
+        print("%s", "");
+        line.upper_hex(0xBEEF);
+        line.fill('-', 200'000);
+        print("%s%c", name.c_str(), '!');
+        line.text(name);
+    });
+    EXPECT_EQ(out, "-9223372036854775808   7BEEF" + std::string(200'000, '-') + name + "!" + name);
 }

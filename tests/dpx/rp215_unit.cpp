@@ -4,6 +4,7 @@
 
 #include "support/bytes_of.h"
 #include "support/command.h"
+#include "support/printed.h"
 
 namespace {
 
@@ -16,9 +17,7 @@ std::string dump_of_packets(std::string block, int crc = -1) {
     if (crc < 0) crc = rp215_crc(view(block), length);
     block[block.size() - 2] = static_cast<char>(crc >> 8);
     block[block.size() - 1] = static_cast<char>(crc);
-    testing::internal::CaptureStdout();
-    rp215_dump(view(block), length, 0);
-    return testing::internal::GetCapturedStdout();
+    return printed([&] { rp215_dump(view(block), length, 0); });
 }
 
 std::string packet(uint8_t type, uint8_t size) { return big().u8(type).u8(size).raw(counting(size)).str(); }

@@ -263,13 +263,13 @@ TEST(TransportStream, Packets) {
 
 TEST(TransportStream, EdgesOfPacketsAndFields) {
     const std::string plain = ts_packet(0x100, "", 0xAA);
-    const auto dumped_behind = [&](uint32_t pid, uint8_t length) {
+    const auto dumped_behind = [&](uint32_t pid, unsigned length) {
         const std::string field = big().u8(length).zeros(length).str();
         const std::string dump = dump_of(plain + ts_packet(pid, field, 0xAA) + plain + plain);
         return dump.substr(dump.find("000000c0"));
     };
-    for (const uint8_t length : {1, 2, 3, 165, 166}) {  // the next packet is found
-        EXPECT_NE(lines_from(dumped_behind(100, length), "0000017c: PACKET 100"), "") << int{length};
+    for (const unsigned length : {1U, 2U, 3U, 165U, 166U}) {  // the next packet is found
+        EXPECT_NE(lines_from(dumped_behind(100, length), "0000017c: PACKET 100"), "") << length;
     }
     for (const auto &[pid, control] : {std::pair{15U, true}, {16U, false}, {8190U, false}, {8191U, true}})
         EXPECT_EQ(dumped_behind(pid, 7).find("Control") != std::string::npos, control) << pid;

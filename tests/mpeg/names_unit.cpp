@@ -7,21 +7,18 @@
 TEST(Mpeg, NamesOfStreams) {
     Transcript transcript;
     std::string names;
-    const Workplace place;
-    place.write("length", "xx");
-    std::FILE *file = std::fopen(place.path("length").c_str(), "rb");
+    Input length("length", "xx", 2);
     for (unsigned id = 0; id < 256; id++) {
         mpeg_reader reader;
-        mpegbufferinit(reader, file, 0);
+        mpegbufferinit(reader, length, 0);
         char name[25];
-        const uint32_t length = mpegstreamid(reader, name, id);
-        names += hex_digits(id) + " " + std::to_string(length) + " " + name + "\n";
+        const uint32_t size = mpegstreamid(reader, name, id);
+        names += hex_digits(id) + " " + std::to_string(size) + " " + name + "\n";
     }
     mpeg_reader reader;
-    mpegbufferinit(reader, file, 0);
+    mpegbufferinit(reader, length, 0);
     mpegbit(reader);
     mpegbytes(reader, 0);  // finishes the byte
     EXPECT_EQ(reader.position, 1);
-    std::fclose(file);
     SHOW(names);
 }

@@ -6,6 +6,7 @@
 #include "klv_items.h"
 #include "mxf/dictionary.h"
 #include "mxf/value.h"
+#include "support/printed.h"
 
 namespace {
 
@@ -14,14 +15,6 @@ struct Captured {
     uint32_t counter;
     std::string out;
 };
-
-template <typename Print>
-std::string printed(Print print) {
-    testing::internal::CaptureStdout();
-    print();
-    std::fflush(stdout);
-    return testing::internal::GetCapturedStdout();
-}
 
 Captured ber(const std::string &bytes) {
     DumpOptions opts{};
@@ -79,15 +72,15 @@ TEST(Klv, FixedWidthLengthsAndTags) {
     EXPECT_EQ(size, 2U);
     EXPECT_EQ(length("64", size), 0x82010203U);
     EXPECT_EQ(size, 4U);
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(length("05", size), 0U);
-    const std::string unknown = key("05");
-    EXPECT_EQ(mxftagsize(opts, Bytes(unknown.data(), unknown.size()), 0), 0);
-    EXPECT_STREQ(mxfklvtype(opts, Bytes(unknown.data(), unknown.size()), 0), "FieldDescription");
-    const std::string none = key("06");
-    EXPECT_STREQ(mxfklvtype(opts, Bytes(none.data(), none.size()), 0), "unknown");
-    std::fflush(stdout);
-    SHOW(testing::internal::GetCapturedStdout());
+    const std::string unknown_codings = printed([&] {
+        EXPECT_EQ(length("05", size), 0U);
+        const std::string unknown = key("05");
+        EXPECT_EQ(mxftagsize(opts, Bytes(unknown.data(), unknown.size()), 0), 0);
+        EXPECT_STREQ(mxfklvtype(opts, Bytes(unknown.data(), unknown.size()), 0), "FieldDescription");
+        const std::string none = key("06");
+        EXPECT_STREQ(mxfklvtype(opts, Bytes(none.data(), none.size()), 0), "unknown");
+    });
+    SHOW(unknown_codings);
     const std::string tag_long = key("7B");
     EXPECT_EQ(mxftagsize(opts, Bytes(tag_long.data(), tag_long.size()), 0), 4);
     EXPECT_STREQ(mxfklvtype(opts, Bytes(tag_long.data(), tag_long.size()), 0), "Local/Length-Long/Tag-Long");

@@ -9,6 +9,7 @@
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -25,6 +26,8 @@
 #include <string>
 #include <vector>
 
+#include "common/end_of_run.h"
+#include "common/print.h"
 #include "main/command_line.h"
 #include "main/file_sequence.h"
 
@@ -32,7 +35,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr unsigned kSecondsARun = 10;
+constexpr time_t kProcessorSecondsARun = 10;
+constexpr unsigned kSecondsARun = 60;  // for one that waits
 constexpr rlim_t kOutputLimit = rlim_t{1} << 30;
 constexpr int kFatalComponent = 1;  // the one status beside 0 that a dump may end with
 
@@ -114,6 +118,12 @@ const std::vector<std::string> &switches_of(unsigned number) {
     return kSwitches[number % 2 ? 0 : number / 2 % kSwitches.size()];
 }
 
+void set_time_limit() {
+    const itimerval limit{{}, {kProcessorSecondsARun, 0}};
+    setitimer(ITIMER_PROF, &limit, nullptr);
+    alarm(kSecondsARun);
+}
+
 void dump(const fs::path &path, const std::vector<std::string> &switches) {
     std::vector<std::string> words{"keldump"};
     words.insert(words.end(), switches.begin(), switches.end());
@@ -121,8 +131,14 @@ void dump(const fs::path &path, const std::vector<std::string> &switches) {
     std::vector<char *> argv;
     for (std::string &word : words) argv.push_back(word.data());
     CommandLine line;
-    if (parse_command_line(static_cast<int>(argv.size()), argv.data(), line) < 0) dump_files(line);
-    std::fflush(stdout);
+    int status = parse_command_line(static_cast<int>(argv.size()), argv.data(), line);
+    try {
+        if (status < 0) dump_files(line);
+    } catch (const EndOfRun &end) {
+        status = end.status;
+    }
+    standard_output.flush();
+    if (status > 0) _exit(status);
 }
 
 struct Progress {
@@ -146,9 +162,8 @@ struct Place {
         const int out = open("out", O_WRONLY | O_CREAT | O_TRUNC, 0600);
         dup2(out, STDOUT_FILENO);
         close(out);
-        alarm(kSecondsARun);
+        set_time_limit();
         dump(place.copy, switches_of(number));
-        alarm(0);
     }
     progress->number = options.rounds + 1;
     _exit(0);
@@ -196,7 +211,8 @@ void test_file(const Options &options, const fs::path &file, Progress *progress,
         if (WIFSIGNALED(status)) {
             const int signal = WTERMSIG(status);
             report(options, file, reached, place,
-                   signal == SIGALRM   ? "takes too long"
+                   signal == SIGPROF   ? "takes too long"
+                   : signal == SIGALRM ? "hangs"
                    : signal == SIGXFSZ ? "endless output"
                                        : strsignal(signal));
         } else if (WEXITSTATUS(status) != 0 && WEXITSTATUS(status) != kFatalComponent) {

@@ -264,7 +264,7 @@ TEST(Tiff, PhotoshopResources) {
     EXPECT_EQ(blocks(1, block), 1U);
     EXPECT_EQ(blocks(12, block), 1U);
     EXPECT_EQ(blocks(13, block), 2U);
-    const auto negative = [](uint32_t size) { return big().text("8BIM").u16(1).u16(0).u32(size).str(); };
+    const auto negative = [](uint32_t length) { return big().text("8BIM").u16(1).u16(0).u32(length).str(); };
     EXPECT_EQ(blocks(24, negative(0xFFFFFFFF)), 1U);
     EXPECT_EQ(lines_from(
                   dump_of(tiff(Order::little, {{34377, 1, 24, kAt1000Little}}, negative(0xFFFFFFFF) + block)),

@@ -70,10 +70,9 @@ std::vector<std::string> files_of_pattern(const std::string &pattern) {
     for (const auto &entry : fs::directory_iterator(directory.empty() ? "." : directory, error)) {
         const std::string file = (fs::path(directory) / entry.path().filename()).native();
         const FrameName name = take_apart(file);
-        char made[4096];
         if (!name.has_number || name.number > INT32_MAX) continue;
-        expand_name_pattern(made, sizeof made, pattern.c_str(), static_cast<int32_t>(name.number));
-        if (file == made) files.push_back(file);
+        if (file == name_from_pattern(pattern.c_str(), static_cast<int32_t>(name.number)))
+            files.push_back(file);
     }
     return files;
 }
@@ -81,9 +80,7 @@ std::vector<std::string> files_of_pattern(const std::string &pattern) {
 // Whether a pattern makes names whose last number, which counts the frames, is the one that is put in.
 bool counts_frames(const std::string &pattern) {
     constexpr int32_t kProbe = 10;
-    char made[4096];
-    expand_name_pattern(made, sizeof made, pattern.c_str(), kProbe);
-    return take_apart(made).number == kProbe;
+    return take_apart(name_from_pattern(pattern.c_str(), kProbe)).number == kProbe;
 }
 
 // Adds the files that an operand stands for; false, behind a message, where some cannot be told.

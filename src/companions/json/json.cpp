@@ -1,5 +1,6 @@
 #include "companions/json/json.h"
 
+#include <array>
 #include <charconv>
 
 #include "companions/command.h"
@@ -58,9 +59,25 @@ void append_ascii(std::string &out, char c) {
     }
 }
 
+// How many characters at the start of a text stand for themselves in JSON.
+size_t plain_characters(std::string_view text) {
+    static constexpr auto kPlain = [] {
+        std::array<bool, 256> plain{};
+        for (unsigned c = 0x20; c < 0x7F; c++) plain[c] = c != '"' && c != '\\';
+        return plain;
+    }();
+    size_t n = 0;
+    while (n < text.size() && kPlain[static_cast<uint8_t>(text[n])]) n++;
+    return n;
+}
+
 // The characters of a text without quotes around; returns how many bytes at its end may begin a character.
 size_t append_characters(std::string &out, std::string_view text, bool utf8, bool is_whole) {
     while (!text.empty()) {
+        const size_t plain = plain_characters(text);
+        out += text.substr(0, plain);
+        text.remove_prefix(plain);
+        if (text.empty()) break;
         int size = character_size(text);
         if (size < 0 && !is_whole) return text.size();
         if (size <= 0) {
@@ -123,11 +140,14 @@ void JsonDump::put_path() {
     const bool utf8 = style_.utf8 || style_.lines;
     out_ += "\"path\": [";
     for (size_t i = 0; i < field_.path.size(); i++) {
-        const PathElement &element = field_.path[i];
+        const PathElement &element = *field_.path[i];
+        if (element.json.empty()) {
+            if (!element.is_own) element.json += "{\"name\": ";
+            append_json(element.json, element.name, utf8);
+            if (!element.is_own) element.json += ", \"own\": false}";
+        }
         if (i) out_ += ", ";
-        if (!element.is_own) out_ += "{\"name\": ";
-        append_json(out_, element.name, utf8);
-        if (!element.is_own) out_ += ", \"own\": false}";
+        out_ += element.json;
     }
     out_ += "], ";
     if (field_.index.empty()) return;

@@ -4,8 +4,20 @@
 
 namespace {
 
-constexpr std::string_view kPadding = " :=/'\"[]()\t";
-constexpr std::string_view kJoining = ":.-;_";
+// A set of characters, for what is asked of every one.
+struct Characters {
+    bool has[256] = {};
+
+    constexpr explicit Characters(std::string_view characters) {
+        for (const char c : characters) has[static_cast<uint8_t>(c)] = true;
+    }
+    bool operator[](char c) const { return has[static_cast<uint8_t>(c)]; }
+};
+
+constexpr Characters kBlank(" ");
+constexpr Characters kBullet(" -");
+constexpr Characters kPadding(" :=/'\"[]()\t");
+constexpr Characters kJoining(":.-;_");
 constexpr std::string_view kIndexing = "-[#";
 
 bool is_value(const Piece &piece) { return piece.kind != Piece::literal; }
@@ -14,15 +26,15 @@ std::string_view text_of(const Line &line, const Piece &piece) {
     return line.text.substr(piece.start, piece.size);
 }
 
-std::string_view trimmed(std::string_view text, std::string_view what) {
-    const size_t first = text.find_first_not_of(what);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(what) + 1 - first);
+std::string_view trimmed(std::string_view text, const Characters &what) {
+    while (!text.empty() && what[text.front()]) text.remove_prefix(1);
+    while (!text.empty() && what[text.back()]) text.remove_suffix(1);
+    return text;
 }
 
 // Without padding, quotes and brackets, and without the mark of core fields (" C :").
 std::string_view label_of(std::string_view text) {
-    const bool has_colon = !trimmed(text, " ").empty() && trimmed(text, " ").ends_with(':');
+    const bool has_colon = !trimmed(text, kBlank).empty() && trimmed(text, kBlank).ends_with(':');
     const std::string_view whole = text;
     text = trimmed(text, kPadding);
     if (text.rfind('(') != std::string_view::npos && text.rfind('(') + 1 > text.rfind(')') + 1) {
@@ -30,7 +42,7 @@ std::string_view label_of(std::string_view text) {
         if (whole.substr(end).starts_with(')')) text = {text.data(), text.size() + 1};
     }
     if (text.ends_with(" 0x")) text = trimmed(text.substr(0, text.size() - 3), kPadding);
-    if (text.starts_with("- ")) text = trimmed(text, " -");
+    if (text.starts_with("- ")) text = trimmed(text, kBullet);
     if (has_colon && text.ends_with(" C")) text = trimmed(text.substr(0, text.size() - 2), kPadding);
     return text;
 }
@@ -55,7 +67,7 @@ uint32_t depth_of(const Line &line) {
 
 // Whether what stands between two values makes them one.
 bool joins(std::string_view between) {
-    return between.empty() || (between.size() == 1 && kJoining.find(between[0]) != std::string_view::npos);
+    return between.empty() || (between.size() == 1 && kJoining[between[0]]);
 }
 
 std::string_view without_quotes(std::string_view text) {
@@ -72,7 +84,7 @@ bool is_finite_number(const Piece &piece) {
 
 // Values that one text holds, apart by blanks.
 void add_several(std::string_view text, bool numbers, std::vector<FieldValue> &values) {
-    for (text = trimmed(text, " "); !text.empty(); text = trimmed(text, " ")) {
+    for (text = trimmed(text, kBlank); !text.empty(); text = trimmed(text, kBlank)) {
         const std::string_view one = text.substr(0, text.find(' '));
         const bool is_number = numbers && one.find_first_not_of("0123456789+-.e") == std::string_view::npos;
         values.push_back({is_number ? FieldValue::number : FieldValue::text, one});
@@ -86,7 +98,7 @@ void add_value(const Line &line, const Piece &piece, std::vector<FieldValue> &va
         case Piece::unset: values.push_back({FieldValue::unset, {}}); break;
         case Piece::numbers: add_several(text, true, values); break;
         case Piece::words: add_several(text, false, values); break;
-        case Piece::text: values.push_back({FieldValue::text, trimmed(without_quotes(text), " ")}); break;
+        case Piece::text: values.push_back({FieldValue::text, trimmed(without_quotes(text), kBlank)}); break;
         default:
             values.push_back({is_finite_number(piece) ? FieldValue::number : FieldValue::text, text});
             break;
@@ -104,7 +116,7 @@ void add_values(const Line &line, std::span<const Piece> pieces, std::vector<Fie
         } else {
             const std::string_view joined =
                 line.text.substr(first->start, last->start + last->size - first->start);
-            values.push_back({FieldValue::text, trimmed(joined, " ")});
+            values.push_back({FieldValue::text, trimmed(joined, kBlank)});
         }
     };
     for (const Piece &piece : pieces) {
@@ -136,7 +148,7 @@ uint32_t end_of_label(const Line &line) {
 // A marked label without the indices inside ("data[3].count"), which are told apart.
 std::string marked_label(const Line &line, uint32_t end, std::vector<uint64_t> &index) {
     std::string text(line.text.substr(line.label_start, end - line.label_start));
-    if (!line.label_is_own) return std::string(trimmed(text, " "));
+    if (!line.label_is_own) return std::string(trimmed(text, kBlank));
     size_t gone = 0;
     for (const Piece &piece : pieces_from(line, line.label_start)) {
         if (piece.start >= end || piece.kind != Piece::integer) continue;
@@ -161,12 +173,14 @@ void LinePlaces::place(const Line &line, FieldLine &field) {
     if (line.is_listing) {
         // Rows have no labels; they stand below the line before them, or as deep as is marked.
         while (line.deeper && !levels_.empty() && levels_.back().depth >= line.deeper) levels_.pop_back();
-        for (const Level &level : levels_) field.path.push_back(level.element);
+        for (const Level &level : levels_) {
+            if (!level.is_field) field.path.push_back(&level.element);
+        }
         return;
     }
     if (line.label_is_marked) {
         const uint32_t end = end_of_label(line);
-        element = {marked_label(line, end, field.index), line.label_is_own};
+        element = {marked_label(line, end, field.index), line.label_is_own, {}};
         std::vector<Piece> before;
         for (const Piece &piece : pieces_from(line, line.behind_position)) {
             if (piece.start + piece.size <= line.label_start) before.push_back(piece);
@@ -193,11 +207,14 @@ void LinePlaces::place(const Line &line, FieldLine &field) {
         levels_.clear();
         return;
     }
-    while (!levels_.empty() && levels_.back().depth >= depth) levels_.pop_back();
-    for (const Level &level : levels_) field.path.push_back(level.element);
-    if (element.name.empty()) return;
-    field.path.push_back(element);
-    if (!line.is_field) levels_.push_back({depth, std::move(element)});
+    if (line.is_aside) {
+        remark_ = std::move(element);
+        field.path.push_back(&remark_);
+        return;
+    }
+    while (!levels_.empty() && (levels_.back().depth >= depth || levels_.back().is_field)) levels_.pop_back();
+    if (!element.name.empty()) levels_.push_back({depth, line.is_field, std::move(element)});
+    for (const Level &level : levels_) field.path.push_back(&level.element);
 }
 
 PathPattern::PathPattern(std::string_view pattern) : elements_(1) {
@@ -239,10 +256,10 @@ bool element_matches(std::string_view pattern, std::string_view name) {
 
 }  // namespace
 
-bool PathPattern::matches(const std::vector<PathElement> &path) const {
+bool PathPattern::matches(const std::vector<const PathElement *> &path) const {
     if (path.size() < elements_.size()) return false;
     for (size_t i = 0; i < elements_.size(); i++) {
-        if (!element_matches(elements_[i], path[path.size() - elements_.size() + i].name)) return false;
+        if (!element_matches(elements_[i], path[path.size() - elements_.size() + i]->name)) return false;
     }
     return true;
 }

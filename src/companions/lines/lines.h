@@ -18,12 +18,13 @@ struct FieldValue {
 // A label, or a section's.
 struct PathElement {
     std::string name;
-    bool is_own = true;  // false: the file names it
+    bool is_own = true;        // false: the file names it
+    mutable std::string json;  // its text in JSON, made by who needs it
 };
 
 // A line with its place: the sections around it, by the blanks at the start of lines, then its label.
 struct FieldLine {
-    std::vector<PathElement> path;
+    std::vector<const PathElement *> path;  // good until the next line
     std::vector<FieldValue> values;
     std::vector<uint64_t> index;
     uint32_t body = 0;  // where the text goes on behind position and label
@@ -38,17 +39,19 @@ class LinePlaces {
  private:
     struct Level {
         uint32_t depth;
+        bool is_field;
         PathElement element;
     };
 
     std::vector<Level> levels_;  // the line before and the sections around it
+    PathElement remark_;
 };
 
 // A pattern of --match: elements of a path from its end, "*" inside one, "\/" for a slash in a name.
 class PathPattern {
  public:
     explicit PathPattern(std::string_view pattern);
-    bool matches(const std::vector<PathElement> &path) const;
+    bool matches(const std::vector<const PathElement *> &path) const;
 
  private:
     std::vector<std::string> elements_;

@@ -1,0 +1,16 @@
+// What our functions print when a test calls them.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "common/print.h"
+
+template <typename Print>
+std::string printed(Print print) {
+    testing::internal::CaptureStdout();
+    print();
+    standard_output.flush();
+    return testing::internal::GetCapturedStdout();
+}
