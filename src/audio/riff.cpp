@@ -308,6 +308,7 @@ void riffdump(DumpOptions &opts, Bytes header, const char *name, int rf64) {
         return;
     }
     forget();  // an error is of all that was looked at
+    also(walk.riff_size.at);
     if (!scan_format(walk)) return;
     from(header.sub(0, 4));
     print("Fileformat:%s\n", rf64 ? "RF64" : "RIFF");

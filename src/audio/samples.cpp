@@ -11,7 +11,7 @@ namespace {
 
 constexpr uint32_t kMaxTimecodeChannels = 16;
 constexpr uint64_t kBlock = 256 << 10;  // bytes in memory at a time
-constexpr int64_t kRate = 48000;      // of the time column, whatever the file says
+constexpr int64_t kRate = 48000;        // of the time column, whatever the file says
 
 constexpr size_t kWholeFrame = 1024;  // bytes of a frame that is listed in one piece
 
