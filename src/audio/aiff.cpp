@@ -51,6 +51,7 @@ bool print_sound(Walk &walk, Bytes chunk, uint64_t position) {
     const int32_t offset = static_cast<int32_t>(big32(chunk, kChunkHeader));
     const int64_t samples = static_cast<int64_t>(position + kChunkHeader + kSoundHeader) + offset;
     behind_position(2);
+    only_field();
     print("PTR %08x\n", static_cast<uint32_t>(samples));
     if (!walk.opts.flag_a && !walk.opts.flag_t) return true;
     if (!walk.input.has_place(samples)) {

@@ -167,6 +167,7 @@ void print_cdxa(const Chunk &chunk) {
 }
 
 void print_time(const char *label, int64_t seconds, int64_t milliseconds) {
+    only_field();
     print("%s%s.%03d\n", own(label),
           clock_text(static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60 % 60),
                      static_cast<int>(seconds % 60)),
@@ -185,6 +186,7 @@ void print_data(Walk &walk, const Chunk &chunk) {
     print("  DATA\n");
     const int64_t samples =
         walk.channels && walk.block_size ? chunk.length.shown() / walk.block_size.shown() : 0;
+    only_field();
     print("   Samples         %d\n", static_cast<int32_t>(samples));
     print_play_length(chunk.length, walk.bytes_per_second);
     if (!walk.opts.flag_a && !walk.opts.flag_t) return;
