@@ -4,6 +4,7 @@
 #include "audio/samples.h"
 #include "common/field_rows.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "common/values.h"
 
 namespace {
@@ -36,19 +37,21 @@ struct Walk {
 };
 
 void print_common(Walk &walk, Bytes payload) {
+    print(" COMM\n");
+    print_field_rows(big_endian(payload), kCommonRows);
     walk.channels = big16(payload, 0);
     walk.frames = big32(payload, 2);
     walk.bits = big16(payload, 6);
-    print(" COMM\n");
-    print_field_rows(big_endian(payload), kCommonRows);
 }
 
 // False when the samples cannot be reached.
 bool print_sound(Walk &walk, Bytes chunk, uint64_t position) {
-    const int32_t offset = static_cast<int32_t>(big32(chunk, kChunkHeader));
-    const int64_t samples = static_cast<int64_t>(position + kChunkHeader + kSoundHeader) + offset;
     print(" SSND\n");
     print_field_rows(big_endian(chunk), kSoundRows);
+    const int32_t offset = static_cast<int32_t>(big32(chunk, kChunkHeader));
+    const int64_t samples = static_cast<int64_t>(position + kChunkHeader + kSoundHeader) + offset;
+    behind_position(2);
+    only_field();
     print("PTR %08x\n", static_cast<uint32_t>(samples));
     if (!walk.opts.flag_a && !walk.opts.flag_t) return true;
     if (!walk.input.has_place(samples)) {
@@ -65,13 +68,18 @@ void walk_chunks(Walk &walk, Bytes form) {
         const Bytes chunk = form.from(position);
         const uint32_t size = big32(chunk, 4);
         if (position + kChunkHeader > walk.input.end()) return;
-        print(" Elem %c%c%c%c length %d\n", chunk[0], chunk[1], chunk[2], chunk[3],
-              static_cast<int32_t>(size));
+        from(chunk.sub(0, kChunkHeader));
+        print(" Elem ");
+        label_begins(false);
+        print("%c%c%c%c", chunk[0], chunk[1], chunk[2], chunk[3]);
+        label_ends();
+        print(" length %d\n", static_cast<int32_t>(size));
         if (bytes_are(chunk, 0, "COMM")) {
             print_common(walk, chunk.from(kChunkHeader));
         } else if (bytes_are(chunk, 0, "SSND")) {
             if (!print_sound(walk, chunk, position)) return;
         } else {
+            behind_position(1);
             print("Unknown\n");
         }
         position += (uint64_t{size} + 9) & ~uint64_t{1};
@@ -83,6 +91,7 @@ void walk_chunks(Walk &walk, Bytes form) {
 void aiffdump(DumpOptions &opts, Bytes header, const char *name) {
     const uint32_t size = big32(header, 4);
     print("Fileformat:AIFF\n");
+    from(header.sub(4, 4));
     print(" Size:            %lld\n", static_cast<long long>(size));
     print(" Magic:           %c%c%c%c\n", header[8], header[9], header[10], header[11]);
     const NamedInput input(name);

@@ -36,17 +36,18 @@ struct Walk {
     Input &input;
     bool rf64;
     bool cdxa;
-    int64_t riff_size;
+    Kept<int64_t> riff_size;
     Budget budget;
     // From the size chunk of RF64, in the first pass.
-    int64_t riff_size64 = 0;
-    int64_t data_size = 0;
+    FileRange sizes_id = {};  // where the file's size is told there
+    Kept<int64_t> riff_size64 = {};
+    Kept<int64_t> data_size = {};
     int64_t sample_count = 0;
     // From the format chunk: the rate in the first pass, the rest in the second.
-    uint32_t rate = 0;
+    Kept<uint32_t> rate = {};
     uint32_t channels = 0;
-    uint32_t bytes_per_second = 0;
-    uint32_t block_size = 0;
+    Kept<uint32_t> bytes_per_second = {};
+    Kept<uint32_t> block_size = {};
     uint32_t bits = 0;
 
     // Bytes from an offset on, and how many there are: below 0 behind the end.
@@ -58,7 +59,7 @@ struct Walk {
 
 struct Chunk {
     int64_t offset;
-    int64_t length;  // as listed; -1 for an unknown one
+    Kept<int64_t> length;  // as listed; -1 for an unknown one
     uint32_t size_field;
     Bytes id;
     Bytes payload;  // what was read of it
@@ -67,8 +68,13 @@ struct Chunk {
 // The next chunk starts at an even place behind the payload.
 int64_t after_chunk(int64_t offset, int64_t length) { return offset + ((length + 9) & ~int64_t{1}); }
 
+Kept<uint32_t> kept(Bytes field, unsigned n) {
+    return {static_cast<uint32_t>(field.little(0, n)), field.sub(0, n).file_range()};
+}
+Kept<int64_t> kept64(Bytes field) { return {little_endian(field).s64(0), field.sub(0, 8).file_range()}; }
+
 // The size of the walk's unit as a chunk's size field gives it: a signed 32-bit number.
-int64_t signed_size(uint32_t field) { return static_cast<int32_t>(field); }
+Kept<int64_t> signed_size(Bytes field) { return {little_endian(field).s32(0), field.sub(0, 4).file_range()}; }
 
 // Tells when a walk that sizes below 0 lead back comes by a place for the second time (Brent's method).
 class CircleDetector {
@@ -105,32 +111,35 @@ bool scan_format(Walk &walk) {
         }
         const Bytes payload = chunk.from(kChunkHeader);
         if (bytes_are(chunk, 0, "fmt ")) {
-            walk.rate = little32(payload, 4);
+            walk.rate = kept(payload.from(4), 4);
             return true;
         }
         if (walk.rf64 && bytes_are(chunk, 0, "ds64")) {
-            const OrderedBytes sizes = little_endian(payload);
-            walk.riff_size64 = sizes.s64(0);
-            walk.data_size = sizes.s64(8);
-            walk.sample_count = sizes.s64(16);
-            if (walk.riff_size == -1) walk.riff_size = walk.riff_size64;
+            walk.riff_size64 = kept64(payload);
+            walk.data_size = kept64(payload.from(8));
+            walk.sample_count = little_endian(payload).s64(16);
+            if (walk.riff_size == -1) {
+                walk.riff_size = walk.riff_size64;
+                walk.sizes_id = chunk.sub(0, 4).file_range();
+            }
         }
-        offset = after_chunk(offset, signed_size(little32(chunk, 4)));
+        offset = after_chunk(offset, signed_size(chunk.from(4)));
     } while (offset < walk.riff_size && !circle.closed_by(offset));
     return true;
 }
 
 void print_format(Walk &walk, Bytes payload) {
-    walk.channels = little16(payload, 2);
-    walk.bytes_per_second = little32(payload, 8);
-    walk.block_size = little16(payload, 12);
-    walk.bits = little16(payload, 14);
     print("  FMT\n");
     print_field_rows(little_endian(payload), kFormatRows);
+    walk.channels = little16(payload, 2);
+    walk.bytes_per_second = kept(payload.from(8), 4);
+    walk.block_size = kept(payload.from(12), 2);
+    walk.bits = little16(payload, 14);
 }
 
 void print_size64(const char *label, Bytes field, int64_t value) {
-    print("%s%08x%08x (%lld)\n", label, little32(field, 4), little32(field, 0),
+    from(field.sub(0, 8));
+    print("%s%08x%08x (%lld)\n", own(label), little32(field, 4), little32(field, 0),
           static_cast<long long>(value));
 }
 
@@ -144,6 +153,7 @@ void print_sizes(const Walk &walk, Bytes payload) {
         const uint64_t offset = kTable + kTableEntry * static_cast<uint64_t>(i);
         if (!payload.has(offset, kTableEntry)) return;
         const Bytes entry = payload.from(offset);
+        forget();
         print("    Elem           %c%c%c%c\n", entry[0], entry[1], entry[2], entry[3]);
         print_size64("    Size           ", entry.from(4), little_endian(entry).s64(4));
     }
@@ -151,26 +161,32 @@ void print_sizes(const Walk &walk, Bytes payload) {
 
 void print_cdxa(const Chunk &chunk) {
     print("  CDXA\n");
+    from({static_cast<uint64_t>(chunk.offset) + 4, 4});
     print("              %08x\n", chunk.size_field);
     for (uint64_t i = 0; i < 6; i++) print("              %08x\n", little32(chunk.payload, 4 * i));
 }
 
 void print_time(const char *label, int64_t seconds, int64_t milliseconds) {
+    only_field();
     print("%s%s.%03d\n", own(label),
           clock_text(static_cast<int>(seconds / 3600), static_cast<int>(seconds / 60 % 60),
                      static_cast<int>(seconds % 60)),
           static_cast<int>(milliseconds));
 }
 
-void print_play_length(int64_t length, uint32_t bytes_per_second) {
-    const int64_t seconds = bytes_per_second ? length / bytes_per_second : 0;
-    const int64_t milliseconds = bytes_per_second ? length % bytes_per_second * 1000 / bytes_per_second : 0;
+void print_play_length(const Kept<int64_t> &length, const Kept<uint32_t> &bytes_per_second) {
+    const uint32_t rate = bytes_per_second.shown();
+    const int64_t bytes = rate ? length.shown() : 0;
+    const int64_t seconds = rate ? bytes / rate : 0;
+    const int64_t milliseconds = rate ? bytes % rate * 1000 / rate : 0;
     print_time("   Length          ", seconds, milliseconds);
 }
 
 void print_data(Walk &walk, const Chunk &chunk) {
-    const int64_t samples = walk.channels && walk.block_size ? chunk.length / walk.block_size : 0;
     print("  DATA\n");
+    const int64_t samples =
+        walk.channels && walk.block_size ? chunk.length.shown() / walk.block_size.shown() : 0;
+    only_field();
     print("   Samples         %d\n", static_cast<int32_t>(samples));
     print_play_length(chunk.length, walk.bytes_per_second);
     if (!walk.opts.flag_a && !walk.opts.flag_t) return;
@@ -199,7 +215,7 @@ void print_bext(const Walk &walk, const Chunk &chunk) {
     }
     if (chunk.length >= 343 && walk.rate >= 1000) {
         const uint64_t reference = payload.u64(338);
-        const uint64_t seconds = reference / walk.rate;
+        const uint64_t seconds = reference / walk.rate.shown();
         print_time("   timerreference     ", static_cast<int64_t>(seconds % 86400),
                    static_cast<int64_t>(reference % walk.rate / (walk.rate / 1000)));
     }
@@ -208,12 +224,17 @@ void print_bext(const Walk &walk, const Chunk &chunk) {
 
 void print_ixml(Bytes payload) {
     const unsigned width = static_cast<unsigned>(std::min<uint64_t>(payload.size(), 255));
+    behind_position(2);
     print("%s\n", checkascii(payload, width));
 }
 
 void print_chunk(Walk &walk, const Chunk &chunk) {
-    print(" Elem %c%c%c%c length %lld (offset:%16llx)\n", chunk.id[0], chunk.id[1], chunk.id[2], chunk.id[3],
-          static_cast<long long>(chunk.length), static_cast<unsigned long long>(chunk.offset));
+    print(" Elem ");
+    label_begins(false);
+    print("%c%c%c%c", chunk.id[0], chunk.id[1], chunk.id[2], chunk.id[3]);
+    label_ends();
+    print(" length %lld (offset:%16llx)\n", static_cast<long long>(chunk.length.shown()),
+          static_cast<unsigned long long>(chunk.offset));
     if (bytes_are(chunk.id, 0, "fmt ")) {
         print_format(walk, chunk.payload);
     } else if (bytes_are(chunk.id, 0, "ds64")) {
@@ -248,11 +269,13 @@ void walk_chunks(Walk &walk) {
             print("Error: read failed\n");
             return;
         }
+        forget();
         const uint32_t size_field = little32(bytes, 4);
-        int64_t length = signed_size(size_field);
+        Kept<int64_t> length = signed_size(bytes.from(4));
         if (size_field == kUnknownSize && bytes_are(bytes, 0, "data")) length = walk.data_size;
-        const int64_t payload = std::min(length, kMaxPayload);
+        const int64_t payload = std::min(length.value, kMaxPayload);
         if (length < 0 || available - kChunkHeader < payload) {
+            from(length.at);
             print("Error: read failed %d @ %lld\n", static_cast<int>(kBufferSize),
                   static_cast<long long>(offset));
             return;
@@ -280,15 +303,19 @@ void riffdump(DumpOptions &opts, Bytes header, const char *name, int rf64) {
               *input,
               rf64 != 0,
               bytes_are(header, 8, "CDXA"),
-              signed_size(little32(header, 4)),
+              signed_size(header.from(4)),
               Budget(input->size())};
     if (!is_addressable(input->size())) {
         print("Error: Failed to allocate buffer %lld bytes\n", static_cast<long long>(kBufferSize));
         return;
     }
+    forget();  // an error is of all that was looked at
+    also(walk.riff_size.at);
     if (!scan_format(walk)) return;
+    from(header.sub(0, 4));
     print("Fileformat:%s\n", rf64 ? "RF64" : "RIFF");
-    print(" Size:            %lld\n", static_cast<long long>(walk.riff_size));
+    also(walk.sizes_id);
+    print(" Size:            %lld\n", static_cast<long long>(walk.riff_size.shown()));
     print(" Magic:           %c%c%c%c\n", header[8], header[9], header[10], header[11]);
     walk_chunks(walk);
 }

@@ -11,7 +11,7 @@ namespace {
 
 constexpr uint32_t kMaxTimecodeChannels = 16;
 constexpr uint64_t kBlock = 256 << 10;  // bytes in memory at a time
-constexpr int64_t kRate = 48000;      // of the time column, whatever the file says
+constexpr int64_t kRate = 48000;        // of the time column, whatever the file says
 
 constexpr size_t kWholeFrame = 1024;  // bytes of a frame that is listed in one piece
 
@@ -60,8 +60,13 @@ void put_time(LineBuffer &out, int64_t frame) {
 
 class Dump {
  public:
-    Dump(const DumpOptions &opts, uint32_t channels, uint32_t sample_size, int little_endian)
-        : opts_(opts), channel_count_(channels), sample_size_(sample_size), little_endian_(little_endian) {}
+    Dump(const DumpOptions &opts, uint64_t position, uint32_t channels, uint32_t sample_size,
+         int little_endian)
+        : opts_(opts),
+          position_(position),
+          channel_count_(channels),
+          sample_size_(sample_size),
+          little_endian_(little_endian) {}
 
     // The samples of a block, one behind the other.
     void block(std::span<const uint8_t> bytes) {
@@ -95,10 +100,21 @@ class Dump {
     }
 
     void end_frame() {
-        if (opts_.flag_a || timecode_in_line_) out_.end_row();
+        if (opts_.flag_a || timecode_in_line_) {
+            from(bytes_behind());
+            out_.end_row();
+        }
         timecode_in_line_ = false;
         channel_ = 0;
         frame_++;
+    }
+
+    // The frame, and those that hold the packet which it completes.
+    FileRange bytes_behind() const {
+        const uint64_t frame = static_cast<uint64_t>(frame_);
+        const uint64_t first = timecode_in_line_ ? frame - kPacketBits : frame;
+        return {position_ + first * frame_size(),
+                (frame - first) * frame_size() + uint64_t{channel_} * sample_size_};
     }
 
     uint8_t significant(std::span<const uint8_t> sample, size_t i) const {
@@ -157,6 +173,7 @@ class Dump {
     }
 
     const DumpOptions &opts_;
+    const uint64_t position_;  // of the first sample
     const uint32_t channel_count_;
     const uint32_t sample_size_;
     const int little_endian_;
@@ -196,7 +213,7 @@ void audio_samplesdump(DumpOptions &opts, Input &input, uint64_t position, int64
         static_cast<uint64_t>(frames) > whole ? available : static_cast<uint64_t>(frames) * frame_size;
     budget.spend(wanted);
 
-    Dump dump(opts, channels, sample_size, little_endian);
+    Dump dump(opts, position, channels, sample_size, little_endian);
     const uint64_t step = kBlock / sample_size * sample_size;
     for (const uint64_t end = position + wanted; position < end; position += step) {
         const Bytes block = input.next_step(position, std::min(step, end - position));

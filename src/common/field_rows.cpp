@@ -114,6 +114,9 @@ void print_field_row(OrderedBytes header, const FieldRow &row) {
     print_own("\n");
 }
 
-void print_field_rows(OrderedBytes header, std::span<const FieldRow> rows) {
-    for (const FieldRow &row : rows) print_field_row(header, row);
+void print_field_rows(OrderedBytes header, std::span<const FieldRow> rows, uint32_t deeper) {
+    for (const FieldRow &row : rows) {
+        behind_position(deeper);
+        print_field_row(header, row);
+    }
 }

@@ -72,8 +72,9 @@ struct TaggedRow {
     FieldRow row;
 };
 
-// Prints one line a row; offsets count from the start of `header`.
-void print_field_rows(OrderedBytes header, std::span<const FieldRow> rows);
+// Prints one line a row; offsets count from the start of `header`. As data the lines stand `deeper` than
+// their blanks say.
+void print_field_rows(OrderedBytes header, std::span<const FieldRow> rows, uint32_t deeper = 0);
 void print_field_row(OrderedBytes header, const FieldRow &row);
 
 // The offset of a field by the name in its label, for what is not only printed.

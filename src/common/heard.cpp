@@ -135,7 +135,7 @@ void put_text(const Conversion &c, const char *text) {
     if (!c.left) put_blanks(padding);
     if (stream::is_own(text)) {
         put_literal(whole);
-    } else if (size > 0 || padding == 0) {
+    } else if (size > 0 || padding == 0 || c.precision >= 0) {
         put_value(whole, ring_value(text));
     }
     if (c.left) put_blanks(padding);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <functional>
 #include <vector>
 
 #include "common/print.h"
@@ -17,6 +18,13 @@ struct CopiedPart {
     FileRange range;
 };
 
+// Bytes of the file in memory.
+struct Copy {
+    std::span<const uint8_t> bytes;
+    FileRange place;
+    uint32_t swapped = 0;
+};
+
 // What is known of the line that is being printed; its text is what standard output holds.
 struct State {
     Listener *listener = nullptr;
@@ -28,6 +36,7 @@ struct State {
     std::vector<CopiedPart> copied;
     const char *own[kMostOwn];
     size_t own_count = 0;
+    Copy copy;
 };
 
 State state;
@@ -71,6 +80,15 @@ void add_bytes(std::vector<FileRange> &ranges, FileRange range) {
     }
 }
 
+// Where bytes in memory begin in the copy; its size for those that are none of it.
+size_t place_in_copy(const Bytes &bytes) {
+    const std::span<const uint8_t> copy = state.copy.bytes;
+    const uint8_t *first = bytes.span(0, bytes.size()).data();
+    const bool inside =
+        std::less_equal<>{}(copy.data(), first) && std::less<>{}(first, copy.data() + copy.size());
+    return inside ? static_cast<size_t>(first - copy.data()) : copy.size();
+}
+
 uint32_t length() { return static_cast<uint32_t>(standard_output.held().size()); }
 
 // What no piece covers is text of the file.
@@ -99,6 +117,23 @@ void tell(bool ends) {
 }
 
 }  // namespace
+
+Copied::Copied(const Bytes &copy, FileRange place, uint32_t swapped) {
+    if (listening) state.copy = {copy.span(0, copy.size()), place, swapped};
+}
+
+Copied::Copied(std::span<const FileRange> parts) {
+    uint64_t start = 0;
+    for (size_t i = 0; listening && i < parts.size(); i++) {
+        state.copied.push_back({start, parts[i]});
+        start += parts[i].size;
+    }
+}
+
+Copied::~Copied() {
+    state.copy = {};
+    state.copied.clear();
+}
 
 Listening::Listening(Listener *listener) {
     listening = listener != nullptr;
@@ -148,11 +183,28 @@ void add_read(uint64_t offset, uint64_t n) {
 
 void add_also(FileRange range) { add_bytes(state.also, range); }
 
-void set_exact(const Bytes &bytes) {
+void add_also(const Bytes &bytes) {
     const FileRange range = bytes.file_range();
-    if (!range.size) return;  // a copy in memory
-    state.reads.clear();
-    add_bytes(state.reads, range);
+    if (range.size) return add_also(range);
+    const Copy &copy = state.copy;
+    const size_t first = place_in_copy(bytes);
+    for (size_t i = first; i < copy.bytes.size() && i - first < bytes.size(); i++) {
+        if ((i ^ copy.swapped) < copy.place.size)
+            add_to(state.also, {copy.place.offset + (i ^ copy.swapped), 1});
+    }
+}
+
+void set_exact(const Bytes &bytes) {
+    if (bytes.empty() || (!bytes.file_range().size && place_in_copy(bytes) >= state.copy.bytes.size()))
+        return;
+    clear_reads();
+    add_also(bytes);
+    state.exact = true;
+}
+
+void set_exact(FileRange range) {
+    clear_reads();
+    if (range.size) add_bytes(state.reads, range);
     state.exact = true;
 }
 
@@ -160,15 +212,6 @@ void clear_reads() {
     state.reads.clear();
     state.also.clear();
     state.exact = false;
-}
-
-void set_copied(std::span<const FileRange> parts) {
-    state.copied.clear();
-    uint64_t start = 0;
-    for (const FileRange &part : parts) {
-        state.copied.push_back({start, part});
-        start += part.size;
-    }
 }
 
 // The line is of exactly what was looked at so far.
@@ -184,7 +227,10 @@ bool is_own(const char *text) {
 
 void forget_own() { state.own_count = 0; }
 
-void mark_position() { state.line.behind_position = length(); }
+void mark_position(uint32_t deeper) {
+    state.line.behind_position = length();
+    state.line.deeper = deeper;
+}
 
 void mark_aside() { state.line.is_aside = true; }
 

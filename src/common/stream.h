@@ -43,6 +43,7 @@ struct Line {
     std::span<const Piece> pieces;
     std::span<const FileRange> at;  // the bytes of the file that it was made of, in order
     uint32_t behind_position = 0;   // where the line goes on behind a position or level at its start
+    uint32_t deeper = 0;            // how much deeper it is than its blanks say
     bool label_is_marked = false;   // the label is
     uint32_t label_start = 0;       // from here
     uint32_t label_end = 0;         // to here; 0: to the end of the piece that begins there
@@ -86,12 +87,13 @@ bool is_own(const char *text);
 void forget_own();
 void add_read(uint64_t offset, uint64_t n);
 void add_own(const char *text);
+void add_also(const Bytes &bytes);
 void set_exact(const Bytes &bytes);
+void set_exact(FileRange range);
 void add_also(FileRange range);
-void set_copied(std::span<const FileRange> parts);
 void clear_reads();
 void keep_reads();
-void mark_position();
+void mark_position(uint32_t deeper);
 void mark_label(bool is_own);
 void mark_label_end();
 void mark_field();
@@ -115,27 +117,17 @@ inline void forget() {
 inline void from(const Bytes &bytes) {
     if (listening) stream::set_exact(bytes);
 }
+inline void from(FileRange range) {
+    if (listening) stream::set_exact(range);
+}
 
 // The line is of this range too, which was looked at before, or is not looked at through Bytes.
 inline void also(FileRange range) {
     if (listening && range.size) stream::add_also(range);
 }
 inline void also(const Bytes &bytes) {
-    if (listening) also(bytes.file_range());
+    if (listening) stream::add_also(bytes);
 }
-
-// While it lives, what is looked at is a copy of these ranges of the file, one behind the other.
-class Copied {
- public:
-    explicit Copied(std::span<const FileRange> parts) {
-        if (listening) stream::set_copied(parts);
-    }
-    ~Copied() {
-        if (listening) stream::set_copied({});
-    }
-    Copied(const Copied &) = delete;
-    Copied &operator=(const Copied &) = delete;
-};
 
 // The line is a remark (an error, a warning): the section around it goes on.
 inline void aside() {
@@ -147,9 +139,10 @@ inline void only_field() {
     if (listening) stream::mark_field();
 }
 
-// What the line has so far is a position or a level.
-inline void behind_position() {
-    if (listening) stream::mark_position();
+// What the line has so far, if anything, is a position or a level; the blanks that follow and `deeper` are
+// its depth.
+inline void behind_position(uint32_t deeper = 0) {
+    if (listening) stream::mark_position(deeper);
 }
 
 // The label of the line is what is printed next, up to label_ends() or to the end of the piece or value;
@@ -160,3 +153,30 @@ inline void label_begins(bool is_own = true) {
 inline void label_ends() {
     if (listening) stream::mark_label_end();
 }
+
+// A number that is kept for lines further on, with the bytes that it was read from.
+template <typename Number>
+struct Kept {
+    Number value = 0;
+    FileRange at;
+
+    operator Number() const { return value; }
+    // In the line that is being printed.
+    Number shown() const {
+        also(at);
+        return value;
+    }
+};
+
+// Bytes of a file that were copied to memory keep their place while this lives.
+class Copied {
+ public:
+    // What is looked at is a copy of these ranges, one behind the other.
+    explicit Copied(std::span<const FileRange> parts);
+    // What from() and also() are given may lie in this copy, of which byte i is byte i ^ swapped of the
+    // range.
+    Copied(const Bytes &copy, FileRange place, uint32_t swapped = 0);
+    ~Copied();
+    Copied(const Copied &) = delete;
+    Copied &operator=(const Copied &) = delete;
+};

@@ -6,6 +6,7 @@
 #include "common/field_rows.h"
 #include "common/hexrow.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "dpx/rp215.h"
 
 namespace {
@@ -91,6 +92,9 @@ struct Block {
     explicit Block(OrderedBytes data) : size(data.bytes.size()) {
         for (uint64_t i = 0; i < size; i++) bytes[i] = data.u8(data.is_big() ? i : i ^ 3);
     }
+    Copied keep_place(OrderedBytes data) const {
+        return {Bytes(bytes, size), data.bytes.file_range(), data.is_big() ? 0U : 3U};
+    }
     Bytes view(uint32_t length) const { return Bytes(bytes, std::min<uint64_t>(size, length)); }
 };
 
@@ -106,22 +110,25 @@ bool print_item(uint32_t tag, OrderedBytes data) {
 }
 
 void print_film_data(const char *title, OrderedBytes data, uint32_t length) {
-    print("%s\n", title);
+    print("%s\n", own(title));
     const Block block(data);
+    const Copied copied = block.keep_place(data);
     rp215_dump(block.view(length), length, 0);
 }
 
 // A captured ancillary-data packet, whose tag holds its line, kind and identification.
-void print_ancillary_packet(uint32_t tag, int field, OrderedBytes data) {
+void print_ancillary_packet(Bytes tag_word, uint32_t tag, int field, OrderedBytes data) {
     const uint32_t length = tag >> 24;
+    from(tag_word);
     print(" ancpacket %d %d %s did:%02x sdid:%02x size:%d\n", field, tag & 0x3F, tag & 0x40 ? "VANC" : "HANC",
           tag >> 8 & 0xFF, tag >> 16 & 0xFF, length);
     const Block block(data);
+    const Copied copied = block.keep_place(data);
     LineBuffer out;
     put_hexrows(out, block.view(length), {}, [](LineBuffer &line, uint64_t i) {
-        line.text("  ");
+        line.literal("  ");
         line.hex(i, 2);
-        line.text(": ");
+        line.literal(": ");
     });
 }
 
@@ -135,6 +142,7 @@ void kelheaderdump(Bytes header, KelHeaderRecord *, int print_items) {
 
     int field = 0;
     for (uint64_t at = 4; at < held.size();) {
+        const Bytes tag_word = held.sub(at, 4);
         const uint32_t item = words.u32(at);
         if (item == 0) return;
         at += 4;
@@ -151,8 +159,10 @@ void kelheaderdump(Bytes header, KelHeaderRecord *, int print_items) {
             print_film_data(" rp215a", data, length);
         } else if (!print_item(item, data)) {
             if (item & 0x80) {
-                print_ancillary_packet(item, field, data);
+                print_ancillary_packet(tag_word, item, field, data);
             } else {
+                from(tag_word);
+                behind_position(1);
                 print("kelheaderdump: Unknown %08x/%c%c%c\n", item, static_cast<char>(item),
                       static_cast<char>(item >> 8), static_cast<char>(item >> 16));
             }

@@ -6,6 +6,7 @@
 #include "common/field_rows.h"
 #include "common/hexrow.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "common/values.h"
 
 namespace {
@@ -115,49 +116,72 @@ constexpr FieldRow kCameraRows[] = {
     {45, Field::hex16, " blackgain_g  "},
     {47, Field::hex16, " blackgain_b  "},
 };
+
+constexpr FieldRow kLensRows[] = {
+    {2, Field::hex32, " lensid       "},
+};
 // clang-format on
 
+// As data the packets stand in what they are packets of.
+constexpr uint32_t kDeeper = 2;
+
 void print_packet(const char *title, Bytes packet, std::span<const FieldRow> rows) {
-    print("%s\n", title);
-    print_field_rows(big_endian(packet), rows);
+    print("%s\n", own(title));
+    print_field_rows(big_endian(packet), rows, kDeeper);
+}
+
+// Begins a line of n bytes of a packet with its label.
+void print_label(const char *label, Bytes packet, uint64_t at, uint64_t n) {
+    from(packet.sub(at, n));
+    behind_position(kDeeper);
+    print_own(label);
 }
 
 // An angle: the full range of 16 bits is two half turns.
-void print_angle(const char *label, Bytes field) {
-    print("%s%02x%02x/%06.2f\n", label, field[0], field[1], big16(field) * 180.0 / 32767);
+void print_angle(const char *label, Bytes packet, uint64_t at) {
+    print_label(label, packet, at, 2);
+    print("%04x/%06.2f\n", big16(packet, at), big16(packet, at) * 180.0 / 32767);
 }
 
 void print_dolly(Bytes packet) {
     const Bytes p = packet;
     print("DOLLY\n");
-    print(" lensid       %02x%02x%02x%02x\n", p[2], p[3], p[4], p[5]);
-    print(" focallength  %02x%02x/%1.1fmm\n", p[6], p[7], rpfloat16(p.from(6)) * 1000);
-    print(" focalpos     %02x%02x/%1.1fm\n", p[8], p[9], rpfloat16(p.from(8)));
-    print(" iris         %02x%02x/F%1.1f\n", p[10], p[11], std::pow(2.0, 8 * (1 - big16(p, 10) / 65536.0)));
-    print(" camheight    %02x%02x%02x%02x/%06.2fm\n", p[12], p[13], p[14], p[15],
-          static_cast<double>(float_of_bits(little32(p, 12))));
-    print_angle(" camtilt      ", p.from(16));
-    print_angle(" camroll      ", p.from(18));
-    print_angle(" campan       ", p.from(20));
+    print_field_rows(big_endian(p), kLensRows, kDeeper);
+    print_label(" focallength  ", p, 6, 2);
+    print("%04x/%1.1fmm\n", big16(p, 6), rpfloat16(p.from(6)) * 1000);
+    print_label(" focalpos     ", p, 8, 2);
+    print("%04x/%1.1fm\n", big16(p, 8), rpfloat16(p.from(8)));
+    print_label(" iris         ", p, 10, 2);
+    print("%04x/F%1.1f\n", big16(p, 10), std::pow(2.0, 8 * (1 - big16(p, 10) / 65536.0)));
+    print_label(" camheight    ", p, 12, 4);
+    print("%08x/%06.2fm\n", big32(p, 12), static_cast<double>(float_of_bits(little32(p, 12))));
+    print_angle(" camtilt      ", p, 16);
+    print_angle(" camroll      ", p, 18);
+    print_angle(" campan       ", p, 20);
 }
 
 void print_user(Bytes packet, uint32_t size) {
     print("USER\n");
     // The rows show zeros for what a cut block lacks.
-    uint8_t data[255];
-    for (uint32_t i = 0; i < size; i++) data[i] = packet[2 + uint64_t{i}];
+    uint8_t data[255] = {};
+    const Bytes held = packet.sub(2, size);
+    for (uint64_t i = 0; i < held.size(); i++) data[i] = held[i];
     LineBuffer out;
-    put_hexrows(out, Bytes(data, size), {.gap = " ", .filler = ' '}, [](LineBuffer &line, uint64_t i) {
-        line.put(' ');
-        line.hex(i, 3);
-        line.put(' ');
-    });
+    put_hexrows(out, held.size() == size ? held : Bytes(data, size), {.gap = " ", .filler = ' '},
+                [](LineBuffer &line, uint64_t i) {
+                    line.literal(" ");
+                    line.hex(i, 3);
+                    line.literal(" ");
+                });
 }
 
 void print_packet(Bytes packet) {
     const uint32_t type = packet[0];
     const uint32_t size = packet[1];
+    from(packet.sub(0, 2));
+    behind_position(kDeeper);
     print("%02x/%d-", type, size);
+    label_begins();
     switch (type) {
         case 0x10: print_packet("TEMPORAL", packet, kTemporalRows); break;
         case 0x11:
@@ -205,5 +229,7 @@ void rp215_dump(Bytes block, uint32_t length, int skip_crc) {
     if (skip_crc) return;
     const uint32_t computed = rp215_crc(block, length);
     const uint32_t stored = length >= kCrcSize ? big16(block, length - kCrcSize) : block[0];
-    if (computed != stored) print("CRC Wrong Calc %04x != %04x\n", computed, stored);
+    if (computed == stored) return;
+    print_label("", block, 0, length);
+    print("CRC Wrong Calc %04x != %04x\n", computed, stored);
 }

@@ -7,7 +7,9 @@
 #include "common/budget.h"
 #include "common/field_rows.h"
 #include "common/hexrow.h"
+#include "common/line_buffer.h"
 #include "common/print.h"
+#include "common/stream.h"
 
 namespace {
 
@@ -38,33 +40,39 @@ void print_channels(Bytes value, Budget &budget) {
         if (entry > 0 && value[entry] == 0) return;
         budget.spend(kChannelEntry);
         const OrderedBytes channel = little_endian(value.from(entry));
-        print("%c %d %d %d %d\n", channel.u8(0), channel.s32(2), channel.s32(6), channel.s32(10),
-              channel.s32(14));
+        behind_position(1);
+        label_begins(false);
+        print("%c", channel.u8(0));
+        label_ends();
+        print(" %d %d %d %d\n", channel.s32(2), channel.s32(6), channel.s32(10), channel.s32(14));
     }
 }
 
 void print_string(Bytes value) {
-    print("'");
-    for (uint64_t i = 0; i < value.size(); i += kTextStep) {
-        const auto part = value.span(i, kTextStep);
-        print_bytes(part);
-    }
-    print("'\n");
+    LineBuffer out;
+    from(value);
+    behind_position(1);
+    out.literal("'");
+    for (uint64_t i = 0; i < value.size(); i += kTextStep) out.bytes(value.span(i, kTextStep));
+    out.literal("'");
+    out.end_line();
 }
 
 void print_compression(Bytes value) {
     if (value[0] == 0) {
-        print(" uncompressed\n");
+        print(" %s\n", "uncompressed");
     } else {
         print(" compression(%d)\n", value[0]);
     }
 }
 
 void print_unknown(Bytes value) {
+    behind_position(1);
     print("Hexdump of unknown tag\n");
     LineBuffer out;
     for (uint64_t i = 0; i < value.size(); i += 16) {
         const auto row = value.span(i, 16);
+        from(value.sub(i, 16));
         put_hexcells(out, row);
         if (row.size() == 16) out.end_row();
     }
@@ -79,6 +87,7 @@ void printentry(std::string_view type, Bytes value, uint64_t size, Budget &budge
     } else if (type == "string") {
         print_string(value.sub(0, size));
     } else if (type == "preview") {
+        behind_position(1);
         print("PreviewImage\n");
     } else if (type == "box2i") {
         print_field_rows(little_endian(value), kBoxRows);
@@ -107,9 +116,15 @@ void exrdump(DumpOptions &, Input &input) {
         const uint64_t size_at = type_at + static_cast<uint64_t>(type.length) + 1;
         const uint64_t value_at = size_at + 4;
         const int32_t size = little_endian(bytes).s32(size_at);
-        print("%05" PRIx64 " %-18.*s %-10.*s %d\n", offset, name.length, name.start, type.length, type.start,
-              size);
+        from(bytes.sub(offset, value_at - offset));
+        print("%05" PRIx64 " ", offset);
+        behind_position();
+        label_begins(false);
+        print("%-18.*s", name.length, name.start);
+        label_ends();
+        print(" %-10.*s %d\n", type.length, type.start, size);
         if (bytes[type_at - 1] != 0 || bytes[size_at - 1] != 0) return;  // no name is that long
+        forget();
         const uint64_t length = size > 0 ? static_cast<uint64_t>(size) : 0;
         printentry({type.start, static_cast<size_t>(type.length)}, bytes.from(value_at), length, budget);
         if (size < 0 || !bytes.has(value_at, length)) return;

@@ -3,15 +3,16 @@
 #include <span>
 
 #include "common/field_rows.h"
+#include "common/names.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "images/images.h"
 
 namespace {
 
 constexpr uint64_t kHeaderSize = 4096;
-constexpr uint32_t kMagic = 0x49525241;  // "ARRI"
-constexpr uint32_t kLittleEndianMark = 0x78563412;
-constexpr uint32_t kBigEndianMark = 0x12345678;
+constexpr CodeName kMagicNames[] = {{0x49525241, "ARRI_MAGIC"}};
+constexpr CodeName kByteOrderNames[] = {{0x78563412, "ARRI_LITTLEEND"}, {0x12345678, "ARRI_BIGEND"}};
 
 // clang-format off
 // The whole layout of versions below 3.
@@ -112,34 +113,38 @@ constexpr FieldRow kUserBitsRows[] = {
 uint32_t ari32(Bytes header, uint64_t offset) { return little32(header, offset); }
 
 void print_rows(Bytes header, std::span<const FieldRow> rows) {
-    print_field_rows(little_endian(header), rows);
+    print_field_rows(little_endian(header), rows, 1);
 }
 
 void print_section(const char *title, Bytes header, std::span<const FieldRow> rows) {
-    print("%s\n", title);
+    print("%s\n", own(title));
     print_rows(header, rows);
 }
 
-const char *byte_order_name(uint32_t mark) {
-    return mark == kLittleEndianMark ? " ARRI_LITTLEEND" : mark == kBigEndianMark ? " ARRI_BIGEND" : "";
+// A code that has a name behind it where it is known.
+void print_named(const char *label, Bytes field, Names names) {
+    const uint32_t code = ari32(field, 0);
+    behind_position(1);
+    print("%s0x%08X", own(label), code);
+    if (*names[code]) print(" %s", names[code]);
+    print("\n");
 }
 
 void print_root(Bytes header) {
-    const uint32_t magic = ari32(header, 0);
-    const uint32_t byte_order = ari32(header, 4);
     print("Root Information\n");
-    print("MagicNum:                  0x%08X%s\n", magic, magic == kMagic ? " ARRI_MAGIC" : "");
-    print("ByteOrder:                 0x%08X%s\n", byte_order, byte_order_name(byte_order));
+    print_named("MagicNum:                  ", header.sub(0, 4), kMagicNames);
+    print_named("ByteOrder:                 ", header.sub(4, 4), kByteOrderNames);
     print_rows(header, kRootRows);
 }
 
 void print_timecode(const char *title, Bytes record) {
+    print("%s\n", own(title));
+    print_field_rows(little_endian(record), kTimecodeRows);
     const uint32_t base = ari32(record, kTimeBase);
-    print("%s\n", title);
-    print_rows(record, kTimecodeRows);
     print("    TimeBase:              %d\n", base & 0x7FFFFFFF);
+    from(record.sub(kTimeBase + 3, 1));
     print("    DropFrameFlag:         %d\n", base >> 31);
-    print_rows(record, kUserBitsRows);
+    print_field_rows(little_endian(record), kUserBitsRows);
 }
 
 }  // namespace
@@ -148,9 +153,12 @@ void aridump(DumpOptions &, Input &input) {
     if (input.size() < kHeaderSize) return;
     const Bytes header = input.bytes(0, kHeaderSize);
     const int32_t version = static_cast<int32_t>(ari32(header, 12));
+    forget();
+    also(header.sub(0, 4));
+    also(header.sub(12, 4));
     print("Fileformat:ARRIRAW V%d\n", version);
     if (version < 3) {
-        print_rows(header, kShortRows);
+        print_field_rows(little_endian(header), kShortRows);
         return;
     }
     print_root(header);

@@ -3,6 +3,7 @@
 
 #include "common/field_rows.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "images/images.h"
 
 namespace {
@@ -24,8 +25,14 @@ void exedump(Bytes header) {
     const OrderedBytes fields = little_endian(header.from(pe));
     const std::time_t stamp = static_cast<int32_t>(exe32(header, pe + 8));
     const uint32_t characteristics = exe16(header, pe + 22);
+    forget();
+    also(header.sub(0, 2));
+    also(header.sub(0x3C, 4));
+    also(fields.bytes.sub(0, 4));
+    also(fields.bytes.sub(23, 1));
     print("Fileformat:%s\n", characteristics & kIsDll ? "DLL" : "EXE");
     print_field_row(fields, {4, Field::name16, " Platform         ", {kMachines, "?"}});
-    print(" TimeDateStamp    %s", std::ctime(&stamp));
+    from(fields.bytes.sub(8, 4));
+    print(" TimeDateStamp    %.24s\n", std::ctime(&stamp));
     print_field_row(fields, {22, Field::hex16, " Characteristics  "});
 }

@@ -3,7 +3,9 @@
 
 #include "common/field_rows.h"
 #include "common/hexrow.h"
+#include "common/names.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "common/values.h"
 #include "images/images.h"
 
@@ -36,10 +38,11 @@ constexpr FieldRow kPixelDimensionRows[] = {
 
 void print_pixel_dimensions(Bytes data) {
     print_field_rows(big_endian(data), kPixelDimensionRows);
-    switch (data[8]) {
-        case 0: print(" unit        unknown\n"); break;
-        case 1: print(" unit        meter\n"); break;
-        default: print(" unit        %d\n", data[8]);
+    static constexpr const char *kUnits[] = {"unknown", "meter"};
+    if (const char *unit = name_at(kUnits, data[8], nullptr)) {
+        print(" unit        %s\n", unit);
+    } else {
+        print(" unit        %d\n", data[8]);
     }
 }
 
@@ -47,13 +50,21 @@ void hexdump_data(Input &input, uint64_t start, uint64_t size) {
     LineBuffer out;
     for (uint64_t done = 0; done < size; done += kStep) {
         put_hexrows(out, input.present(start + done, std::min(kStep, size - done)), kDataRow,
-                    [](LineBuffer &line, uint64_t) { line.text("     "); });
+                    [](LineBuffer &line, uint64_t) {
+                        behind_position(1);
+                        line.literal("     ");
+                    });
     }
 }
 
 void print_chunk(Bytes chunk, uint64_t position) {
-    print("%08llx: %c%c%c%c %d\n", static_cast<unsigned long long>(position), tiffchar(chunk[4]),
-          tiffchar(chunk[5]), tiffchar(chunk[6]), tiffchar(chunk[7]), big_endian(chunk).s32(0));
+    from(chunk.sub(0, kChunkHeadSize));
+    print("%08llx: ", static_cast<unsigned long long>(position));
+    behind_position();
+    label_begins(false);
+    print("%c%c%c%c", tiffchar(chunk[4]), tiffchar(chunk[5]), tiffchar(chunk[6]), tiffchar(chunk[7]));
+    label_ends();
+    print(" %d\n", big_endian(chunk).s32(0));
     const Bytes data = chunk.from(kChunkHeadSize);
     if (bytes_are(chunk, 4, "IHDR")) print_field_rows(big_endian(data), kImageHeaderRows);
     if (bytes_are(chunk, 4, "pHYs")) print_pixel_dimensions(data);

@@ -4,6 +4,7 @@
 
 #include "common/names.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "images/images.h"
 
 namespace {
@@ -34,7 +35,14 @@ class Scanner {
         return !failed_;
     }
 
-    int32_t number() {
+    Kept<int32_t> number() {
+        const uint64_t start = position_;
+        const int32_t value = read_number();
+        return {value, text_.sub(start, position_ - start).file_range()};
+    }
+
+ private:
+    int32_t read_number() {
         skip_space();
         const bool negative = text_[position_] == '-';
         if (negative || text_[position_] == '+') position_++;
@@ -49,8 +57,6 @@ class Scanner {
         }
         return static_cast<int32_t>(static_cast<uint32_t>(negative ? ~value + 1 : value));
     }
-
- private:
     bool is_digit() const { return text_[position_] >= '0' && text_[position_] <= '9'; }
     void skip_space() {
         while (is_space(text_[position_])) position_++;
@@ -67,10 +73,12 @@ void ppmdump(DumpOptions &, Input &input) {
     Scanner scanner(input.bytes(0, kHeadSize));
     scanner.literal('P');
     const int32_t magic = scanner.number();
-    const int32_t width = scanner.number();
-    const int32_t height = scanner.number();
+    const Kept<int32_t> width = scanner.number();
+    const Kept<int32_t> height = scanner.number();
     const char *format = magic > 0 ? name_at(kFormats, static_cast<uint64_t>(magic), nullptr) : nullptr;
-    if (format) print("%s\n", format);
-    print(" xsize %d\n", width);
-    print(" ysize %d\n", height);
+    if (format) print("%s\n", own(format));
+    from(width.at);
+    print(" xsize %d\n", width.value);
+    from(height.at);
+    print(" ysize %d\n", height.value);
 }

@@ -3,6 +3,7 @@
 #include "common/field_rows.h"
 #include "common/names.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "images/images.h"
 
 namespace {
@@ -85,12 +86,22 @@ constexpr uint64_t kSoftimageChannels = 104;
 constexpr uint64_t kSoftimageChannelSize = 4;
 constexpr int kSoftimageMaxChannels = 8;
 
+// As data the channel is an index.
+void print_channel_label(int i, const char *field) {
+    label_begins();
+    print("  ch%d%s", i, own(field));
+    label_ends();
+}
+
 void print_softimage_channel(Bytes channel, int i) {
+    print_channel_label(i, " nbits     ");
+    print("%d\n", channel[1]);
+    print_channel_label(i, " type      ");
+    print("%d %s\n", channel[2], name_at(kSoftimageTypes, channel[2], "?"));
+    print_channel_label(i, " channels  ");
     const uint32_t mask = channel[3];
-    print("  ch%d nbits     %d\n", i, channel[1]);
-    print("  ch%d type      %d %s\n", i, channel[2], name_at(kSoftimageTypes, channel[2], "?"));
-    print("  ch%d channels  %s%s%s%s%s\n", i, mask & 0x80 ? "R" : "", mask & 0x40 ? "G" : "",
-          mask & 0x20 ? "B" : "", mask & 0x10 ? "A" : "", mask & 0x0F ? "?" : "");
+    print("%s%s%s%s%s\n", mask & 0x80 ? "R" : "", mask & 0x40 ? "G" : "", mask & 0x20 ? "B" : "",
+          mask & 0x10 ? "A" : "", mask & 0x0F ? "?" : "");
 }
 
 }  // namespace
@@ -123,5 +134,6 @@ void softdump(DumpOptions &, Bytes header) {
             header.from(kSoftimageChannels + kSoftimageChannelSize * static_cast<uint64_t>(i));
         print_softimage_channel(channel, i);
         if (channel[0] == 0) break;
+        forget();
     }
 }

@@ -42,7 +42,7 @@ struct Box {
 };
 
 void print_characters(const char *label, Bytes text) {
-    print("%s'%c%c%c%c'\n", label, text[0], text[1], text[2], text[3]);
+    print("%s'%c%c%c%c'\n", own(label), text[0], text[1], text[2], text[3]);
 }
 
 void print_file_type(Bytes buf, const Box &box) {
@@ -120,8 +120,13 @@ uint64_t print_contents(Bytes buf, const Box &box, int depth) {
 uint64_t jp2entry(Bytes buf, uint64_t offset, int depth, uint64_t room) {
     const uint32_t lbox = jp2_getint32(buf, offset);
     const Box box{offset, lbox ? lbox : room, jp2_getint32(buf, offset + 4)};
-    print("%*s%08x: %c%c%c%c %08x/%d\n", depth, "", static_cast<uint32_t>(offset), buf[offset + 4],
-          buf[offset + 5], buf[offset + 6], buf[offset + 7], box.type, static_cast<int32_t>(box.length));
+    from(buf.sub(offset, kHeaderSize));
+    print("%*s%08x: ", depth, "", static_cast<uint32_t>(offset));
+    behind_position(static_cast<uint32_t>(depth));
+    label_begins(false);
+    print("%c%c%c%c", buf[offset + 4], buf[offset + 5], buf[offset + 6], buf[offset + 7]);
+    label_ends();
+    print(" %08x/%d\n", box.type, static_cast<int32_t>(box.length));
     const uint64_t size = print_contents(buf, box, depth);
     return lbox > 0 && lbox < kHeaderSize ? 0 : size;
 }

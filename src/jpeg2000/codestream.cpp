@@ -21,6 +21,7 @@ constexpr uint32_t kAfterEnd = 8;
 constexpr uint32_t kAnyHeader = kMainHeader | kTilePartHeader;
 
 constexpr uint64_t kMarkerSize = 2;
+constexpr uint64_t kSegmentHead = 4;  // marker and size
 constexpr uint64_t kPrefixSize = 16;
 constexpr uint64_t kSearchLimit = 16 * 1024 * 1024;  // of the search for a tile-part's start
 
@@ -59,7 +60,15 @@ constexpr FieldRow kSotRows[] = {
 
 void check_place(uint32_t allowed, const char *name) {
     if (codestream().cs_state & allowed) return;
-    print(" - failure !!! %s marker is not allowed at this position\n", name);
+    forget();
+    print(" - failure !!! %s marker is not allowed at this position\n", own(name));
+}
+
+// Begins the line of the first n bytes of a marker or its segment.
+void print_position(Bytes buf, uint64_t offset, uint64_t n) {
+    from(buf.sub(offset, n));
+    print("%08x: ", static_cast<uint32_t>(offset));
+    behind_position();
 }
 
 bool is_valid_code(uint32_t code) {
@@ -99,8 +108,8 @@ void check_marker(const Marker &marker) {
 }
 
 void print_segment(const Marker &marker, const Segment &segment) {
-    print("%08x: %s/%d - %s\n", static_cast<uint32_t>(segment.offset), marker.title,
-          static_cast<int>(segment.size), marker.rest);
+    print_position(segment.buf, segment.offset, kSegmentHead);
+    print("%s/%d - %s\n", own(marker.title), static_cast<int>(segment.size), own(marker.rest));
     if (is_checked_first(marker.code)) check_marker(marker);
     print_fields(marker.code, segment);
     if (!is_checked_first(marker.code)) check_marker(marker);
@@ -121,6 +130,7 @@ uint64_t find_sot(Bytes buf, uint64_t offset) {
         codestream().nearest_sot.offset = t;
         break;
     }
+    forget();
     codestream().nearest_sot.searched_to = offset;
     return codestream().nearest_sot.offset;
 }
@@ -130,6 +140,7 @@ uint64_t find_sot(Bytes buf, uint64_t offset) {
 uint64_t tile_part_rest(Bytes buf, uint64_t offset, uint64_t end) {
     const uint64_t sot = find_sot(buf, offset);
     if (sot == 0) {
+        behind_position(1);
         print("found no SOT before the SOD marker\n");
         return end;
     }
@@ -144,7 +155,8 @@ uint64_t tile_part_rest(Bytes buf, uint64_t offset, uint64_t end) {
 }
 
 uint64_t print_sod(Bytes buf, uint64_t offset, uint64_t end) {
-    print("%08x: SOD/%d - Start of data\n", static_cast<uint32_t>(offset), static_cast<int>(kMarkerSize));
+    print_position(buf, offset, kMarkerSize);
+    print("SOD/%d - Start of data\n", static_cast<int>(kMarkerSize));
     const uint64_t size = tile_part_rest(buf, offset, end);
     if (offset == 0) return end;
     check_place(kTilePartHeader, "SOD");
@@ -154,10 +166,10 @@ uint64_t print_sod(Bytes buf, uint64_t offset, uint64_t end) {
 
 // Markers without a segment, or without its fields.
 uint64_t print_delimiter(Bytes buf, uint64_t offset, uint32_t code, uint64_t size) {
-    const uint32_t at = static_cast<uint32_t>(offset);
     switch (code) {
         case 0x4F:
-            print("%08x: SOC/%d - Start of codestream\n", at, static_cast<int>(kMarkerSize));
+            print_position(buf, offset, kMarkerSize);
+            print("SOC/%d - Start of codestream\n", static_cast<int>(kMarkerSize));
             if (codestream().cs_state != kBeforeStart) {
                 print(" - failure !!! This marker is mot allowed in this Position !!!\n");
             }
@@ -165,16 +177,20 @@ uint64_t print_delimiter(Bytes buf, uint64_t offset, uint32_t code, uint64_t siz
             return kMarkerSize;
         case 0x91:
             // The line shows the size and the packet's number.
-            print("%08x: SOP/%d - start of packet header \n", static_cast<uint32_t>(size),
-                  jp2_getint16(buf, offset + 4) + 1);
+            from(buf.sub(offset, 6));
+            print("%08x: ", static_cast<uint32_t>(size));
+            label_begins();
+            print("SOP/%d - start of packet header \n", jp2_getint16(buf, offset + 4) + 1);
             check_place(kTileData, "SOP");
             return size;
         case 0x92:
-            print("%08x: EPH/%d - end of packet header\n", at, static_cast<int>(kMarkerSize));
+            print_position(buf, offset, kMarkerSize);
+            print("EPH/%d - end of packet header\n", static_cast<int>(kMarkerSize));
             check_place(kTileData, "EPH");
             return kMarkerSize;
         default:
-            print("%08x: EOC/%d - End of codestream\n", at, static_cast<int>(kMarkerSize));
+            print_position(buf, offset, kMarkerSize);
+            print("EOC/%d - End of codestream\n", static_cast<int>(kMarkerSize));
             if (codestream().cs_state != kTileData) check_place(0, "EOC");
             codestream().cs_state = kAfterEnd;
             return kMarkerSize;
@@ -186,14 +202,15 @@ uint64_t print_delimiter(Bytes buf, uint64_t offset, uint32_t code, uint64_t siz
 CodestreamState &codestream() { return Run::state<CodestreamState>(); }
 
 uint64_t jp2ffentry(Bytes buf, uint64_t offset, int, uint64_t end) {
-    const uint32_t at = static_cast<uint32_t>(offset);
     const uint32_t code = buf[offset + 1];
     if (buf[offset] != 0xFF) {
-        print("%08x: Expected 0xff, got %02x\n", at, buf[offset]);
+        print_position(buf, offset, 1);
+        print("Expected 0xff, got %02x\n", buf[offset]);
         return end;
     }
     if (!is_valid_code(code)) {
-        print("%08x: invalid marker code %02x\n", at, code);
+        print_position(buf, offset, kMarkerSize);
+        print("invalid marker code %02x\n", code);
         return end;
     }
     const uint64_t size = kMarkerSize + jp2_getint16(buf, offset + 2);
@@ -205,10 +222,13 @@ uint64_t jp2ffentry(Bytes buf, uint64_t offset, int, uint64_t end) {
         print_segment(*marker, {buf, offset, size});
         return size;
     }
+    print_position(buf, offset, kSegmentHead);
     if (code == 0x79) {
-        print("%08x: ??? / %d - \n", at, static_cast<int>(size));
+        print("??? / %d - \n", static_cast<int>(size));
     } else {
-        print("%08x: %08x: 0xff%02x Unknown marker /%d \n", at, code, code, static_cast<int>(size));
+        print("%08x: 0xff%02x ", code, code);
+        label_begins();
+        print("Unknown marker /%d \n", static_cast<int>(size));
     }
     jp2_hexdump(buf, offset, size);
     return size;
@@ -226,9 +246,11 @@ void jpcdump(DumpOptions &, Input &input, int skip_prefix) {
         if (size == 0) break;
         p += size;
         if (buf[p] < 0xFF) {
-            print("%08x: Expected to get 0xff, got %02x\n", static_cast<uint32_t>(p), buf[p]);
+            print_position(buf, p, 1);
+            print("Expected to get 0xff, got %02x\n", buf[p]);
         } else if (buf[p + 1] == kEndOfCodestream) {
-            print("%08x: EOF/2 - End of file\n", static_cast<uint32_t>(p));
+            print_position(buf, p, kMarkerSize);
+            print("EOF/2 - End of file\n");
             break;
         }
     }

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "common/bytes.h"
+#include "common/stream.h"
 
 // Big-endian numbers at an offset; bytes beyond the file are 0.
 inline uint32_t jp2_getint8(Bytes buf, uint64_t offset) { return buf[offset]; }
@@ -25,6 +26,8 @@ struct Segment {
     uint32_t u8(uint64_t at) const { return jp2_getint8(buf, offset + at); }
     uint32_t u16(uint64_t at) const { return jp2_getint16(buf, offset + at); }
     uint32_t u32(uint64_t at) const { return jp2_getint32(buf, offset + at); }
+    // The line that is being printed is of n bytes from an offset on.
+    void of(uint64_t at, uint64_t n) const { ::from(buf.sub(offset + at, n)); }
     // Whether an offset lies before the segment's end and inside the file.
     bool has(uint64_t at) const { return at < size && buf.has(offset + at, 1); }
 };

@@ -3,6 +3,7 @@
 #include "common/field_rows.h"
 #include "common/names.h"
 #include "common/print.h"
+#include "common/stream.h"
 #include "common/values.h"
 #include "jpeg2000/codestream.h"
 #include "jpeg2000/hexdump.h"
@@ -12,6 +13,7 @@
 namespace {
 
 constexpr uint64_t kMarkerSize = 2;
+constexpr uint64_t kSegmentHead = 4;  // marker and size
 
 // Segments of which nothing but a title, if that, is known.
 struct Title {
@@ -53,12 +55,27 @@ constexpr FieldRow kJfifRows[] = {
 };
 // clang-format on
 
+void print_position(uint64_t offset) {
+    print("%08x: ", static_cast<uint32_t>(offset));
+    behind_position();
+}
+
 void print_header(uint64_t offset, const char *name, uint32_t code, uint64_t size) {
-    print("%08x: %s/%02x %d\n", static_cast<uint32_t>(offset), name, code, static_cast<int>(size));
+    print_position(offset);
+    print("%s/%02x %d\n", own(name), code, static_cast<int>(size));
 }
 
 void print_numbered_header(uint64_t offset, const char *name, uint32_t number, uint32_t code, uint64_t size) {
-    print("%08x: %s%d/%02x %d\n", static_cast<uint32_t>(offset), name, number, code, static_cast<int>(size));
+    print_position(offset);
+    print("%s%d/%02x %d\n", own(name), number, code, static_cast<int>(size));
+}
+
+// As data the components are indices.
+void print_component(uint32_t i) {
+    label_begins();
+    print(" component%d", i);
+    label_ends();
+    print("\n");
 }
 
 void print_frame(Bytes segment) {
@@ -66,7 +83,7 @@ void print_frame(Bytes segment) {
     print_field_rows(big_endian(segment), kFrameRows);
     for (uint32_t i = 0; i < components; i++) {
         const Bytes c = segment.from(10 + uint64_t{3} * i);
-        print(" component%d\n", i);
+        print_component(i);
         print("  id        %d\n", c[0]);
         print("  sampling  %d %d\n", c[1] >> 4, c[1] & 15);
         print("  tableno   %d\n", c[2]);
@@ -78,7 +95,7 @@ void print_scan(Bytes segment) {
     print(" components %d\n", components);
     for (uint32_t i = 0; i < components; i++) {
         const Bytes c = segment.from(5 + uint64_t{2} * i);
-        print(" component%d\n", i);
+        print_component(i);
         print("  index     %d\n", c[0]);
         print("  ac/dc     %d/%d\n", c[1] >> 4, c[1] & 15);
     }
@@ -90,6 +107,7 @@ void print_scan(Bytes segment) {
 void print_jfif(Bytes segment) {
     constexpr const char *kUnits[] = {"none", "inch", "cm"};
     print_field_row(big_endian(segment), kJfifVersion);
+    from(segment.sub(11, 1));
     if (const char *unit = name_at(kUnits, segment[11], nullptr)) {
         print(" units      %s\n", unit);
     } else {
@@ -102,7 +120,9 @@ void print_jfif(Bytes segment) {
 void print_exif(DumpOptions &opts, Bytes tiff, Budget &budget) {
     const OrderedBytes base = tiff[0] == 'M' ? big_endian(tiff) : little_endian(tiff);
     if (tiff[base.is_big() ? 3 : 2] == '*' && (base.is_big() || tiff[0] == 'I')) {
-        tiffdumpifd(opts, base, base.u32(4), budget);
+        const uint32_t directory = base.u32(4);
+        forget();
+        tiffdumpifd(opts, base, directory, budget);
     } else {
         print(" Unknown type\n");
     }
@@ -112,6 +132,7 @@ void print_application(DumpOptions &opts, Bytes segment, uint64_t size, Budget &
     constexpr uint64_t kIdentifier = 4;
     const Text id = text_at(segment, kIdentifier, size);
     const uint64_t length = static_cast<uint64_t>(id.length);
+    from(segment.sub(kIdentifier, length + 1));
     print(" blockid    ");
     for (uint64_t i = 0; i < length; i++) print("%02x", segment[kIdentifier + i]);
     print(" '");
@@ -132,7 +153,7 @@ uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint64_t s
     const uint32_t code = segment[1];
     if (const Title *title = row_of(kTitles, code, &Title::code)) {
         print_header(offset, title->name, code, size);
-        print("%s", title->line);
+        print("%s", own(title->line));
         return size;
     }
     if (code >= 0xC0 && code <= 0xCF) {
@@ -159,18 +180,22 @@ uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint64_t s
         case 0xF0:
         case 0xFD: print_numbered_header(offset, "JPG", code - 0xF0, code, size); return size;
         default:
-            print("%08x: %08x: 0xff%02x Unknown marker /%d \n", static_cast<uint32_t>(offset), code, code,
-                  static_cast<int>(size));
+            print_position(offset);
+            print("%08x: 0xff%02x ", code, code);
+            label_begins();
+            print("Unknown marker /%d \n", static_cast<int>(size));
             return size;
     }
 }
 
 uint64_t jpegentry(DumpOptions &opts, Bytes buf, uint64_t offset, Budget &budget) {
     if (buf[offset] != 0xFF) {
-        print("%08x:  Expected to find 0xff, found 0x%02x\n:", static_cast<uint32_t>(offset), buf[offset]);
+        print_position(offset);
+        print(" Expected to find 0xff, found 0x%02x\n:", buf[offset]);
         return 0;
     }
     const uint64_t size = kMarkerSize + big16(buf, offset + 2);
+    from(buf.sub(offset, buf[offset + 1] == 0xD8 || buf[offset + 1] == 0xD9 ? kMarkerSize : kSegmentHead));
     const uint64_t result = print_segment(opts, buf, offset, size, budget);
     if (opts.verbose) jp2_hexdump(buf, offset, result);
     return result;

@@ -59,13 +59,13 @@ int32_t power_of_two(uint32_t exponent) { return exponent < 31 ? 1 << exponent :
 uint64_t component_size(const CodestreamState &state) { return state.cs_numComponents <= 256 ? 1 : 2; }
 
 void print_partition(uint32_t style) {
-    print("%s\n", style & 1 ? " - entropy encoder with partition (precincts)"
-                            : " - entropy encoder without partition (precincts)");
+    print("%s\n", own(style & 1 ? " - entropy encoder with partition (precincts)"
+                                : " - entropy encoder without partition (precincts)"));
 }
 
 void print_sop_and_eph(uint32_t style) {
-    print("%s\n", style & 2 ? " - SOP marker segments are used" : " - No SOP marker segments are used");
-    print("%s\n", style & 4 ? " - EPH marker segments are used" : " - No EPH mmarker segments are used");
+    print("%s\n", own(style & 2 ? " - SOP marker segments are used" : " - No SOP marker segments are used"));
+    print("%s\n", own(style & 4 ? " - EPH marker segments are used" : " - No EPH mmarker segments are used"));
 }
 
 // The fields that COD and COC share, from the decomposition levels on; returns the number of precinct sizes.
@@ -76,7 +76,10 @@ uint32_t print_coding_fields(CodestreamState &state, const Segment &segment, uin
     print(" codeblock height      %d\n", power_of_two(segment.u8(at + 2) + 2));
     const uint32_t modes = segment.u8(at + 3);
     print(" - mode switches       0x%02x\n", modes);
-    for (const Mode &mode : kModes) print("%s%s\n", mode.label, modes & mode.bit ? "on" : "off");
+    for (const Mode &mode : kModes) {
+        segment.of(at + 3, 1);
+        print("%s%s\n", own(mode.label), modes & mode.bit ? "on" : "off");
+    }
     print(" DWT transform         %s\n", name_at(kTransforms, segment.u8(at + 4), "unknown"));
     uint32_t precincts = 0;
     for (at += 5; segment.has(at); at++, precincts++) {
@@ -116,13 +119,16 @@ double step_size(uint32_t value) {
     return (1 + (value & 0x7FF) / 2048.0) / std::pow(2.0, static_cast<double>(value >> 11));
 }
 
-void print_quantization_style(uint32_t style) {
+uint32_t print_quantization_style(const Segment &segment, uint64_t at) {
+    const uint32_t style = segment.u8(at);
     print(" - guardbits           %d\n", style >> 5);
+    segment.of(at, 1);
     if (const char *name = name_at(kQuantizations, style & 0x1F, nullptr)) {
         print(" - sQCD                %s\n", name);
     } else {
-        print(" - sQCD                ?/0x%02x\n", style);
+        print(" - sQCD                %s/0x%02x\n", "?", style);
     }
+    return style;
 }
 
 // `count` one-byte values.
@@ -148,6 +154,7 @@ uint64_t minus(uint64_t size, uint64_t n) { return size > n ? size - n : 0; }
 void print_siz(CodestreamState &state, const Segment &s) {
     print_rows(s, kSizRows);
     state.cs_numComponents = s.u16(38);
+    forget();
     int component = 0;
     for (uint64_t at = 40; s.has(at); at += 3, component++) {
         print(" Ssize[%02d]  %d bit - %s\n", component, (s.u8(at) & 0x7F) + 1,
@@ -188,16 +195,19 @@ void print_coc(CodestreamState &state, const Segment &s) {
 }
 
 void print_tlm(const Segment &s) {
+    print_field_row(big_endian(s.buf.from(s.offset)), {4, Field::dec8, " TLM index           "});
     const uint32_t index_size = s.u8(5) >> 4 & 3;
     const uint32_t length_size = s.u8(5) & 0x40 ? 4 : 2;
-    print_field_row(big_endian(s.buf.from(s.offset)), {4, Field::dec8, " TLM index           "});
     print(" tile index length   %d bytes \n", index_size);
+    s.of(5, 1);
     print(" length information  %d bytes \n", length_size);
     const int pair = static_cast<int>(index_size + length_size);
     const int pairs = static_cast<int>(s.size) - 6;
     if (pairs % pair != 0) {
         print(" - failure !!! incorrect marker length or tilpart data \n");
     } else {
+        also(s.buf.sub(s.offset + 2, 2));
+        also(s.buf.sub(s.offset + 5, 1));
         print(" tileparts           %d\n", pairs / pair);
     }
     if (s.size < 7) return;
@@ -209,7 +219,8 @@ void print_tlm(const Segment &s) {
             break;
         }
         if (index_size == 0) {
-            print(" tile index          not defined \n");
+            s.of(5, 1);
+            print(" tile index          %s \n", "not defined");
         } else {
             print(" tile index          %d\n", index_size == 1 ? s.u8(at) : s.u16(at));
         }
@@ -222,8 +233,7 @@ void print_tlm(const Segment &s) {
 }
 
 void print_qcd(const Segment &s) {
-    const uint32_t style = s.u8(4);
-    print_quantization_style(style);
+    const uint32_t style = print_quantization_style(s, 4);
     if ((style & 0x1F) == 0) {
         print_exponents(s, 5, minus(s.size, 5));
         return;
@@ -236,8 +246,7 @@ void print_qcd(const Segment &s) {
 void print_qcc(const CodestreamState &state, const Segment &s) {
     print_component(state, s);
     const uint64_t at = 4 + component_size(state);
-    const uint32_t style = s.u8(at);
-    print_quantization_style(style);
+    const uint32_t style = print_quantization_style(s, at);
     if ((style & 0x1F) == 0) {
         print_exponents(s, at + 1, minus(s.size, 6));
         return;
@@ -267,10 +276,10 @@ void print_poc(const CodestreamState &state, const Segment &s) {
 
 void print_cme(const Segment &s) {
     if (s.u16(4) == 0) {
-        print(" coding     binary Comment Data\n");
+        print(" coding     %s\n", "binary Comment Data");
         return;
     }
-    print(" coding     IS 8859-15:1999(Latin)\n");
+    print(" coding     %s\n", "IS 8859-15:1999(Latin)");
     print(" comment    '");
     for (uint64_t at = 6; s.has(at); at++) print("%c", tiffchar(s.u8(at)));
     print("'\n");

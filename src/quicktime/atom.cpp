@@ -100,10 +100,11 @@ void qt_move(QtFile &file, int32_t distance) {
 void qt_hexdump(Bytes bytes, int indent, std::string_view label) {
     LineBuffer out;
     put_hexrows(out, bytes, {}, [&](LineBuffer &row, uint64_t offset) {
-        row.fill(' ', static_cast<size_t>(indent));
-        row.text(label);
-        row.put(' ');
+        behind_position(static_cast<uint32_t>(indent));
+        row.blanks(static_cast<size_t>(indent));
+        row.own(label);
+        row.literal(" ");
         row.hex(offset, 4);
-        row.text(": ");
+        row.literal(": ");
     });
 }

@@ -153,12 +153,17 @@ QtRead print_video(QtAtom &atom) {
 }
 
 void print_format_flags(const QtAtom &atom) {
-    const uint32_t flags = big32(atom.data, 24);
+    const Bytes field = atom.data.sub(24, 4);
+    const uint32_t flags = big32(field);
     for (const CodeName &flag : kFormatFlags) {
-        if (flags & flag.code) print("%*s\t%s\n", atom.indent(), "", flag.name);
+        if (!(flags & flag.code)) continue;
+        from(field.sub(flag.code > UINT8_MAX ? 0 : 3, 1));
+        print("%*s\t%s\n", atom.indent(), "", flag.name);
     }
     for (const CodeName &flag : kLosslessFlags) {
-        if (flags == flag.code) print("%*s\t%s\n", atom.indent(), "", flag.name);
+        if (flags != flag.code) continue;
+        from(field);
+        print("%*s\t%s\n", atom.indent(), "", flag.name);
     }
 }
 

@@ -1,5 +1,7 @@
 #include "quicktime/fields.h"
 
+#include <algorithm>
+
 #include "common/print.h"
 
 namespace {
@@ -24,9 +26,9 @@ double fixed_point(uint32_t value) {
 }
 
 void put_hex(LineBuffer &out, uint32_t value) {
-    out.text(" (0x");
+    out.literal(" (0x");
     out.upper_hex(value);
-    out.put(')');
+    out.literal(")");
 }
 
 void put_unsigned(LineBuffer &out, uint32_t value) {
@@ -36,12 +38,12 @@ void put_unsigned(LineBuffer &out, uint32_t value) {
 
 void put_halves(LineBuffer &out, uint32_t high, uint32_t low) {
     out.decimal(high);
-    out.put('_');
+    out.literal("_");
     out.decimal(low);
-    out.text(" (0x");
+    out.literal(" (0x");
     out.upper_hex(high);
     out.upper_hex(low);
-    out.put(')');
+    out.literal(")");
 }
 
 void put_fourcc(Bytes field) {
@@ -53,6 +55,7 @@ void put_fourcc(Bytes field) {
 void put_pstring(Bytes field) {
     const int length = field[0];
     const Text text = text_at(field, 1, static_cast<uint64_t>(length));
+    from(field.sub(0, 1 + static_cast<uint64_t>(std::min(length, text.length + 1))));
     print("%*.*s", length, text.length, text.start);
 }
 
@@ -85,20 +88,24 @@ void put_value(LineBuffer &out, Bytes data, uint64_t at, QtField kind) {
 
 void put_label(LineBuffer &out, int indent, const QtLabel &label, uint64_t index) {
     out.blanks(static_cast<size_t>(indent));
+    label_begins();
     out.own(label.before);
     if (label.is_indexed()) {
         out.signed_decimal(static_cast<int32_t>(index));
         out.own(label.after);
     }
+    label_ends();
 }
 
 void print_hexdump(Bytes data, int indent, const QtRow &row) {
+    const Bytes field = data.sub(row.offset, row.count);
+    if (field.size() == row.count) return qt_hexdump(field, indent, row.label.before);
     uint8_t bytes[UINT8_MAX];
-    for (unsigned i = 0; i < row.count; i++) bytes[i] = data[row.offset + i];
+    for (unsigned i = 0; i < row.count; i++) bytes[i] = field[i];
     qt_hexdump({bytes, row.count}, indent, row.label.before);
 }
 
-void put_row(LineBuffer &out, Bytes data, int indent, const QtRow &row, uint64_t index) {
+void put_row(LineBuffer &out, Bytes data, int indent, const QtRow &row, uint64_t index, bool is_listing) {
     if (row.kind == QtField::hexdump) return print_hexdump(data, indent, row);
     if (row.kind == QtField::version_flags) {
         return put_qt_rows(out, data.from(row.offset), indent, kVersionFlags);
@@ -108,14 +115,20 @@ void put_row(LineBuffer &out, Bytes data, int indent, const QtRow &row, uint64_t
         from(data.sub(at, width_of(row.kind)));
         put_label(out, indent, row.label, index + i);
         put_value(out, data, at, row.kind);
-        out.end_line();
+        if (is_listing) {
+            behind_position(static_cast<uint32_t>(indent));
+            out.end_row();
+        } else {
+            out.end_line();
+        }
     }
 }
 
 }  // namespace
 
-void put_qt_rows(LineBuffer &out, Bytes data, int indent, std::span<const QtRow> rows, uint64_t index) {
-    for (const QtRow &row : rows) put_row(out, data, indent, row, index);
+void put_qt_rows(LineBuffer &out, Bytes data, int indent, std::span<const QtRow> rows, uint64_t index,
+                 bool is_listing) {
+    for (const QtRow &row : rows) put_row(out, data, indent, row, index, is_listing);
 }
 
 void print_qt_rows(const QtAtom &atom, std::span<const QtRow> rows) {

@@ -50,5 +50,6 @@ struct QtRow {
 void print_qt_rows(const QtAtom &atom, std::span<const QtRow> rows);
 
 // The same for an entry of a table, with the entry's index in the labels. Tables can have millions of
-// entries.
-void put_qt_rows(LineBuffer &out, Bytes data, int indent, std::span<const QtRow> rows, uint64_t index = 0);
+// entries: such lines are rows of a listing.
+void put_qt_rows(LineBuffer &out, Bytes data, int indent, std::span<const QtRow> rows, uint64_t index = 0,
+                 bool is_listing = false);

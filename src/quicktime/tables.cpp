@@ -47,10 +47,11 @@ struct Table {
     uint32_t head_size;
     std::span<const QtRow> entry;
     uint32_t entry_size;
+    bool is_listing = true;  // of samples, or as many
 };
 
 constexpr Table kTables[] = {
-    {"elst", Reading::whole, kCounted, 8, kEdit, 12},
+    {"elst", Reading::whole, kCounted, 8, kEdit, 12, false},
     {"stts", Reading::whole, kCounted, 8, kTimeToSample, 8},
     {"ctts", Reading::whole, kCounted, 8, kComposition, 8},
     {"stss", Reading::by_entry, kCounted, 8, kNumber, 4},
@@ -59,7 +60,7 @@ constexpr Table kTables[] = {
     {"co64", Reading::by_entry, kCounted, 8, kOffset64, 8},
     {"stsc", Reading::by_entry, kCounted, 8, kSampleToChunk, 12},
     {"stsz", Reading::by_entry, kSizes, 12, kNumber, 4},
-    {"ctab", Reading::by_entry, kColors, 8, kColor, 8},
+    {"ctab", Reading::by_entry, kColors, 8, kColor, 8, false},
 };
 
 uint64_t entry_count(const QtAtom &atom, const Table &table) {
@@ -76,7 +77,8 @@ uint64_t print_whole(QtAtom &atom, const Table &table) {
     LineBuffer out;
     uint64_t at = table.head_size;
     for (uint64_t i = 0; i < entries && atom.data.has(at, table.entry_size); i++, at += table.entry_size) {
-        put_qt_rows(out, atom.data.sub(at, table.entry_size), atom.indent(), table.entry, i);
+        put_qt_rows(out, atom.data.sub(at, table.entry_size), atom.indent(), table.entry, i,
+                    table.is_listing);
     }
     return count;
 }
@@ -91,7 +93,7 @@ uint64_t print_by_entry(QtAtom &atom, const Table &table) {
         const Bytes entry = qt_atom_read_item(*atom.file, table.entry_size);
         count += entry.size();
         if (entry.size() < table.entry_size) break;
-        put_qt_rows(out, entry, atom.indent(), table.entry, i);
+        put_qt_rows(out, entry, atom.indent(), table.entry, i, table.is_listing);
     }
     return count;
 }
@@ -122,6 +124,7 @@ void put_dependency(LineBuffer &out, uint64_t index, uint8_t flags) {
     for (const Flag &flag : kDependencies) {
         if (flags & flag.bit) out.text(flag.name);
     }
+    behind_position(12);
     out.end_row();
 }
 

@@ -48,10 +48,16 @@ uint64_t read_terminator(const QtAtom &atom, ListEnd list_end) {
     return end.size();
 }
 
+FileRange size_field(const QtAtom &atom) {
+    return atom.size32 == 1 ? FileRange{atom.offset + 8, 8} : FileRange{atom.offset, 4};
+}
+
 // Moves to the container's end when its children did not lead there; the bytes moved by, a 32-bit number.
 uint64_t adjust_to_end(const QtAtom &atom, uint64_t consumed) {
     const uint64_t walked = consumed + atom.header_size;
     if (walked == atom.size) return 0;
+    from(size_field(atom));
+    behind_position(2 * atom.depth + 2);
     print("Warning: incorrect size(%lld != %lld). Pointer adjusted\n", static_cast<long long>(walked),
           static_cast<long long>(atom.size));
     const int32_t distance = static_cast<int32_t>(atom.size - walked);
@@ -119,7 +125,12 @@ uint64_t dump_rogue_bytes(QtAtom &atom, uint64_t consumed) {
     if (atom.size32 <= consumed + kSmallestAtom) return 0;
     const uint64_t rest = atom.size32 - consumed - kSmallestAtom;
     const uint64_t count = qt_atom_read_more(atom, rest);
-    print("%*s*** %d rogue bytes ***:\n", atom.indent(), "", static_cast<int32_t>(rest));
+    from(size_field(atom));
+    print("%*s*** %d ", atom.indent(), "", static_cast<int32_t>(rest));
+    label_begins();
+    print("rogue bytes");
+    label_ends();
+    print(" ***:\n");
     qt_hexdump(atom.data, atom.indent(), "data");
     return count;
 }
@@ -134,8 +145,13 @@ uint64_t dump_fields(QtAtom &atom) {
 }
 
 void print_atom_line(const QtAtom &atom) {
-    print("%*sATOM %d %4.4s (0x%05X) size=%-9u (0x%07X) offset=0x%16llx\n", atom.indent() - 2, "",
-          static_cast<int>(atom.depth), atom.type, qt_type(atom.type), atom.size32, atom.size32,
+    from({atom.offset, 8});
+    print("%*sATOM %d ", atom.indent() - 2, "", static_cast<int>(atom.depth));
+    behind_position(2 * atom.depth);
+    label_begins(false);
+    print("%4.4s", atom.type);
+    label_ends();
+    print(" (0x%05X) size=%-9u (0x%07X) offset=0x%16llx\n", qt_type(atom.type), atom.size32, atom.size32,
           static_cast<unsigned long long>(atom.offset));
 }
 

@@ -72,3 +72,30 @@ TEST(KeldumpJson, LongValuesAndStatus) {
     EXPECT_NE(out.find("xxx'\", \"values\": [null]"), std::string::npos);
     EXPECT_GT(out.size(), 200'000U);
 }
+
+// Indices in labels, names that files give, bytes that are kept, copied and put in another order.
+TEST(KeldumpJson, Places) {
+    const Workplace place;
+    const std::string edits =
+        big().zeros(4).u32(2).u32(5).u32(0).u32(0x10000).u32(7).u32(1).u32(0x8000).str();
+    place.write("edits.mov", atom("moov", atom("edts", atom("elst", edits).str()).str()).str());
+
+    ByteWriter wave = little().text("RF64").u32(0xFFFFFFFF).text("WAVE");
+    wave.text("ds64").u32(28).u64(108).u64(8).u64(4).u32(0).text("fmt ").u32(16).u16(1).u16(1).u32(48000);
+    wave.u32(96000).u16(2).u16(16).text("data").u32(0xFFFFFFFF).raw("samples.").zeros(64);
+    place.write("long.wav", wave.str());
+
+    ByteWriter dpx = little().text("XPDS").u32(2048).text("V2.0", 8).u32(8192).at(32).u32(64);
+    dpx.at(2048).text("KEL Tessaron metadata", 32).u32(0xFEEDF00D);
+    // Film data whose bytes go from the most significant one of each word on: a packet with its tags, a CRC.
+    dpx.u32(0x08353132).u32(0x20040A0B).u32(0x0C0D0000).u32(0).zeros(28);
+    place.write("film.dpx", dpx.str());
+
+    Transcript transcript;
+    const auto lines = [&](const char *pattern, const char *file) {
+        return json(place, {"--lines", "--match", pattern, file}).out;
+    };
+    SHOW(lines("elst/data.*", "edits.mov"));
+    SHOW(lines("Size", "long.wav") + lines("Samples", "long.wav"));
+    SHOW(lines("MATERIAL", "film.dpx") + lines("MATERIAL/tags", "film.dpx"));
+}

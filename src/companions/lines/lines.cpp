@@ -15,6 +15,7 @@ struct Characters {
 };
 
 constexpr Characters kBlank(" ");
+constexpr Characters kBullet(" -");
 constexpr Characters kPadding(" :=/'\"[]()\t");
 constexpr Characters kJoining(":.-;_");
 constexpr std::string_view kIndexing = "-[#";
@@ -34,8 +35,14 @@ std::string_view trimmed(std::string_view text, const Characters &what) {
 // Without padding, quotes and brackets, and without the mark of core fields (" C :").
 std::string_view label_of(std::string_view text) {
     const bool has_colon = !trimmed(text, kBlank).empty() && trimmed(text, kBlank).ends_with(':');
+    const std::string_view whole = text;
     text = trimmed(text, kPadding);
+    if (text.rfind('(') != std::string_view::npos && text.rfind('(') + 1 > text.rfind(')') + 1) {
+        const size_t end = static_cast<size_t>(text.data() - whole.data()) + text.size();
+        if (whole.substr(end).starts_with(')')) text = {text.data(), text.size() + 1};
+    }
     if (text.ends_with(" 0x")) text = trimmed(text.substr(0, text.size() - 3), kPadding);
+    if (text.starts_with("- ")) text = trimmed(text, kBullet);
     if (has_colon && text.ends_with(" C")) text = trimmed(text.substr(0, text.size() - 2), kPadding);
     return text;
 }
@@ -55,7 +62,7 @@ uint32_t depth_of(const Line &line) {
         while (at < piece.start + piece.size && line.text[at] == ' ') at++;
         if (at < piece.start + piece.size) break;
     }
-    return at - line.behind_position;
+    return at - line.behind_position + line.deeper;
 }
 
 // Whether what stands between two values makes them one.
@@ -145,6 +152,22 @@ uint32_t end_of_label(const Line &line) {
     return end;
 }
 
+// A marked label without the indices inside ("data[3].count"), which are told apart.
+std::string marked_label(const Line &line, uint32_t end, std::vector<uint64_t> &index) {
+    std::string text(line.text.substr(line.label_start, end - line.label_start));
+    if (!line.label_is_own) return std::string(trimmed(text, kBlank));
+    size_t gone = 0;
+    for (const Piece &piece : pieces_from(line, line.label_start)) {
+        if (piece.start >= end || piece.kind != Piece::integer) continue;
+        const size_t at = piece.start - line.label_start - gone;
+        const size_t bracket = at > 0 && text[at - 1] == '[' ? 1 : 0;
+        text.erase(at - bracket, piece.size + 2 * bracket);
+        gone += piece.size + 2 * bracket;
+        index.push_back(piece.number);
+    }
+    return std::string(label_of(text));
+}
+
 }  // namespace
 
 void LinePlaces::place(const Line &line, FieldLine &field) {
@@ -155,7 +178,8 @@ void LinePlaces::place(const Line &line, FieldLine &field) {
     PathElement element;
     std::span<const Piece> rest;
     if (line.is_listing) {
-        // Rows have no labels; they stand below the line before them.
+        // Rows have no labels; they stand below the line before them, or as deep as is marked.
+        while (line.deeper && !levels_.empty() && levels_.back().depth >= line.deeper) levels_.pop_back();
         for (const Level &level : levels_) {
             if (!level.is_field) field.path.push_back(&level.element);
         }
@@ -163,9 +187,7 @@ void LinePlaces::place(const Line &line, FieldLine &field) {
     }
     if (line.label_is_marked) {
         const uint32_t end = end_of_label(line);
-        const std::string_view text = line.text.substr(line.label_start, end - line.label_start);
-        element = {
-            std::string(line.label_is_own ? label_of(text) : trimmed(text, kBlank)), line.label_is_own, {}};
+        element = {marked_label(line, end, field.index), line.label_is_own, {}};
         std::vector<Piece> before;
         for (const Piece &piece : pieces_from(line, line.behind_position)) {
             if (piece.start + piece.size <= line.label_start) before.push_back(piece);
