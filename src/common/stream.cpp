@@ -89,6 +89,16 @@ size_t place_in_copy(const Bytes &bytes) {
     return inside ? static_cast<size_t>(first - copy.data()) : copy.size();
 }
 
+// Adds what bytes of the copy in memory were in the file.
+void add_copied(std::vector<FileRange> &ranges, const Bytes &bytes) {
+    const Copy &copy = state.copy;
+    const size_t first = place_in_copy(bytes);
+    for (size_t i = first; i < copy.bytes.size() && i - first < bytes.size(); i++) {
+        const uint64_t at = i ^ copy.swapped;
+        if (at < copy.place.size) add_to(ranges, {copy.place.offset + at, 1});
+    }
+}
+
 uint32_t length() { return static_cast<uint32_t>(standard_output.held().size()); }
 
 // What no piece covers is text of the file.
@@ -185,25 +195,23 @@ void add_also(FileRange range) { add_bytes(state.also, range); }
 
 void add_also(const Bytes &bytes) {
     const FileRange range = bytes.file_range();
-    if (range.size) return add_also(range);
-    const Copy &copy = state.copy;
-    const size_t first = place_in_copy(bytes);
-    for (size_t i = first; i < copy.bytes.size() && i - first < bytes.size(); i++) {
-        if ((i ^ copy.swapped) < copy.place.size)
-            add_to(state.also, {copy.place.offset + (i ^ copy.swapped), 1});
+    if (range.size) {
+        add_also(range);
+    } else {
+        add_copied(state.also, bytes);
     }
 }
 
 void set_exact(const Bytes &bytes) {
-    if (bytes.empty() || (!bytes.file_range().size && place_in_copy(bytes) >= state.copy.bytes.size()))
-        return;
-    clear_reads();
-    add_also(bytes);
-    state.exact = true;
+    const FileRange range = bytes.file_range();
+    if (range.size) return set_exact(range);
+    if (bytes.empty() || place_in_copy(bytes) >= state.copy.bytes.size()) return;
+    set_exact(FileRange{});
+    add_copied(state.reads, bytes);
 }
 
 void set_exact(FileRange range) {
-    clear_reads();
+    state.reads.clear();
     if (range.size) add_bytes(state.reads, range);
     state.exact = true;
 }
