@@ -66,6 +66,20 @@ TEST(KeldumpSeq, CleanAndBrokenAreToldApart) {
     EXPECT_EQ(run.status, 1);
 }
 
+// A frame that ends with its picture is whole, one byte less is not.
+TEST(KeldumpSeq, AFrameOneByteShort) {
+    for (const size_t size : {kFrameSize, kFrameSize - 1}) {
+        const Workplace place;
+        for (uint32_t frame = 0; frame < 3; frame++) {
+            const std::string whole = dpx(at_24(frame), frame).str();
+            place.write(name_of(frame), frame == 1 ? whole.substr(0, size) : whole);
+        }
+        const Outcome run = seq(place, {"shot.%d.dpx"});
+        EXPECT_EQ(run.status, size == kFrameSize ? 0 : 1);
+        EXPECT_EQ(lines_from(run.out, "shot.#.dpx: frame 10001: ", 1), size == kFrameSize ? "" : "x");
+    }
+}
+
 TEST(KeldumpSeq, EveryChangeIsNamedOnce) {
     Transcript transcript;
     const Workplace place;

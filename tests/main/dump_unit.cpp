@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
 
@@ -97,7 +98,9 @@ TEST(Dump, ALineFeedOfTheFileEndsNoLine) {
             const Heard other = hear(place.path(name));
             const bool is_text =
                 file.extension() == ".txt" || file.string().find("/text/") != std::string::npos;
-            if (!is_text) EXPECT_EQ(feed.lines, other.lines) << file << " at " << at;
+            if (!is_text) {
+                EXPECT_EQ(feed.lines, other.lines) << file << " at " << at;
+            }
             EXPECT_FALSE(feed.literal_holds_line_feed);
         }
     }
