@@ -145,6 +145,15 @@ TEST(Riff, EdgesOfChunks) {
     }
 }
 
+TEST(Riff, TheRateIsLookedForBelowTheSize) {
+    const std::string start = chunk("bext", std::string(344, '\1'));
+    for (const uint32_t beyond : {0, 1}) {
+        const std::string file = riff(start + format() + std::string(64, 'x'));
+        const std::string dump = dump_of(little().raw(file).at(4).u32(12 + start.size() + beyond).str());
+        EXPECT_EQ(!lines_from(dump, "   timerreference").empty(), beyond == 1);
+    }
+}
+
 TEST(Aiff, ChunksAndDamage) {
     Transcript transcript;
     const std::string common = big().text("COMM").u32(18).u16(2).u32(480).u16(24).zeros(10).str();

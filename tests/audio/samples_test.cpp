@@ -90,6 +90,13 @@ TEST(AudioSamples, TimecodeInOneChannel) {
     SHOW(dumped(wave(1, 16, interleaved({after(48064, carrying(packet()))})), {"-t"}));
     SHOW(dumped(wave(1, 16, interleaved({after(1, carrying(packet()))})), {"-t"}));
     EXPECT_EQ(dumped(wave(1, 16, interleaved({carrying(packet(1))})), {"-t"}), "0.000000 ERROR\n");
+    // Seven samples are no sync, nor are those below FFF0.
+    Samples broken = after(1, carrying(packet()));
+    broken.insert(broken.begin(), 7, 0xFFF0);
+    EXPECT_EQ(dumped(wave(1, 16, interleaved({broken})), {"-t"}), "0.998833 01020304/42 \n");
+    broken = carrying(packet());
+    broken[4] = 0xFFEF;
+    EXPECT_EQ(dumped(wave(1, 16, interleaved({broken})), {"-t"}), "");
     // Complete on the 129th sample only.
     EXPECT_EQ(dumped(wave(1, 16, at_start.substr(0, 256)), {"-t"}), "");
 }
@@ -124,6 +131,13 @@ TEST(AudioSamples, BigEndianInAiff) {
     EXPECT_EQ(dump(1, 129, 16, samples, "-t"), "PTR 00000036\n0.000000 01020304/42 \n");
     EXPECT_EQ(dump(1, 2, 16, samples, "-a"), "PTR 00000036\n  fff0 \n  fff0 \n");
     EXPECT_EQ(dump(1, 2, 16, samples, "-a", 0xFFFFFF00), "PTR ffffff36\nError: seek failed\n");
+    // Frames and samples that the file cuts.
+    const std::string start = "PTR 00000036\n";
+    EXPECT_EQ(dump(2, 2, 16, samples.substr(0, 6), "-a"), start + "  fff0 fff0 \n  fff0 \n");
+    EXPECT_EQ(dump(2, 1, 16, samples.substr(0, 6), "-a"), start + "  fff0 fff0 \n");
+    EXPECT_EQ(dump(1, 3, 16, samples.substr(0, 5), "-a"), start + "  fff0 \n  fff0 \n");
+    EXPECT_EQ(dump(1, 1, 8, "a", "-a"), start + "  61 \n");
+    EXPECT_EQ(dump(1, 1, 8, "ab", "-a"), start + "  61 \n");
     // Frames without bytes, as far as the budget goes.
     EXPECT_EQ(dump(2, 2, 0, samples, "-a"), "PTR 00000036\n    \n    \n");
     EXPECT_EQ(dump(0, 1, 16, samples, "-a"), "PTR 00000036\n  \n");

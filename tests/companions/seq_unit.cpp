@@ -66,6 +66,22 @@ TEST(KeldumpSeq, CleanAndBrokenAreToldApart) {
     EXPECT_EQ(run.status, 1);
 }
 
+// A frame that ends with its picture is whole, one byte less is not, whether or not its header tells a size.
+TEST(KeldumpSeq, AFrameOneByteShort) {
+    const std::string cut = "shot.#.dpx: frame 10001: cut: 4207 of ";
+    const auto finding = [](uint32_t told, size_t size) {
+        const Workplace place;
+        for (uint32_t frame = 0; frame < 3; frame++) {
+            const std::string whole = dpx(at_24(frame), frame).at(16).u32(told).str();
+            place.write(name_of(frame), frame == 1 ? whole.substr(0, size) : whole);
+        }
+        return lines_from(seq(place, {"shot.%d.dpx"}).out, "shot.#.dpx: frame 10001: ", 1);
+    };
+    EXPECT_EQ(finding(kFrameSize, kFrameSize) + finding(0xFFFFFFFF, kFrameSize), "");
+    EXPECT_EQ(finding(kFrameSize, kFrameSize - 1), cut + "4208 bytes\n");
+    EXPECT_EQ(finding(0xFFFFFFFF, kFrameSize - 1), cut + "at least 4208 bytes\n");
+}
+
 TEST(KeldumpSeq, EveryChangeIsNamedOnce) {
     Transcript transcript;
     const Workplace place;

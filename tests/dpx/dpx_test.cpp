@@ -202,6 +202,9 @@ TEST(Dpx, TimecodeBurnedIntoThePicture) {
     EXPECT_EQ(decoded(with_picture_timecode(packet(), 100, 10, "\xFF\xFF\xFF\xFF", std::string(4, '\0'))),
               none);
     EXPECT_EQ(decoded(with_picture_timecode(packet(), 51, 8, "\xFF\x3F\xFF", std::string(3, '\0'))), none);
+    EXPECT_EQ(decoded(with_picture_timecode(packet(), 50, 8, "\xFF\x3F\xB0", std::string(3, '\0'))), none);
+    const std::string last = hex("FFAA 10203040 00000102 07 000001 0254");  // counts in the checksum
+    EXPECT_EQ(decoded(with_picture_timecode(last, 100, 8, "\xB1\x80", std::string(2, '\0'))), found);
     std::string wrong = packet();
     wrong[1] = '\xAB';
     wrong[15]++;

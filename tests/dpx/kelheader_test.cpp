@@ -73,3 +73,12 @@ TEST(KelHeader, ItemsPastItsEnd) {
     SHOW(items(from_word(254, {0x080102D5, 0x41424344, 0x45464748})));
     SHOW(items(from_word(254, {0xD8353132, 0x99019900})));
 }
+
+// Film data of 1 to 3 bytes, the last two of which are the checksum, and data that the header cuts behind a
+// packet.
+TEST(KelHeader, ShortFilmData) {
+    EXPECT_EQ(items({0x01353132, 0x12340000}), " rp215a\nCRC Wrong Calc 0000 != 0012\n");
+    EXPECT_EQ(items({0x02353132, 0x12340000}), " rp215a\nCRC Wrong Calc 0000 != 1234\n");
+    EXPECT_EQ(items({0x03353132, 0x99CCCC00}), " rp215a\n99/204-Unknown 99\nCRC Wrong Calc 0099 != cccc\n");
+    EXPECT_EQ(items(from_word(254, {0x20353132, 0x99020000})).find("00/0-"), std::string::npos);
+}

@@ -26,6 +26,7 @@ std::string packet(uint8_t type, uint8_t size) { return big().u8(type).u8(size).
 
 TEST(Rp215, Values) {
     EXPECT_DOUBLE_EQ(rpfloat16(view("\x10\x32")), 500);
+    EXPECT_DOUBLE_EQ(rpfloat16(view("\x70\x02")), 2e7);
     EXPECT_DOUBLE_EQ(rpfloat16(view("\xF0\x64")), 10);
     EXPECT_DOUBLE_EQ(rpfloat16(view("\x8F\xFF")), 4095e-8);
     EXPECT_EQ(rp215_crc(view("\x11\x22"), 2), 0);

@@ -271,3 +271,43 @@ TEST(Boxes, EdgesOfLengths) {
     for (int i = 0; i < 70; i++) nested += hex("00000000 6A703268");
     EXPECT_EQ(count(nested, "jp2h"), 64U + 1);  // the last one without what is in it
 }
+
+// A superbox lists what begins before its length, counted from its first child; its last child may take the
+// rest.
+TEST(Boxes, EdgesOfSuperboxes) {
+    const auto dump = [](const std::string &boxes) { return dump_of(kSignature + boxes); };
+    const auto superbox = [](uint32_t length) { return big().u32(length).text("jp2h").str(); };
+    const std::string child = box("abcd", "");
+    const std::string rest = big().u32(0).text("rest").zeros(20).str();
+    struct Case {
+        std::string boxes;
+        const char *line;  // of the last box
+    };
+    for (const Case &c : std::initializer_list<Case>{
+             {superbox(16) + child + child + child, "\n00000024: abcd"},
+             {superbox(17) + child + child + child, "\n 00000024: abcd"},
+             {superbox(100) + child + "x", "\n 0000001c: "},
+             {superbox(17) + child + rest, "\n 0000001c: rest 72657374/9\n"},
+             {superbox(16) + child + rest, "\n 0000001c: rest 72657374/28\n"},
+             {superbox(16) + box("abcd", "1234") + hex("00000007 61626364"), "\n00000020: abcd 61626364/7\n"},
+             {box("jp2c", kSoc + "\xFF"), "invalid marker code 00"}}) {
+        EXPECT_NE(dump(c.boxes).find(c.line), std::string::npos) << c.line << dump(c.boxes);
+    }
+    EXPECT_EQ(dump(box("jp2c", kSoc) + hex("FF520000 61626364")).find("COD"), std::string::npos);
+}
+
+TEST(Codestream, EdgesOfTileParts) {
+    EXPECT_NE(segments(sot(0, kSod) + "x").find("Expected to get 0xff, got 93"), std::string::npos);
+    const std::string comment = marker("64", hex("0001 FF"));  // a tile-part's length leads to its last byte
+    EXPECT_EQ(segments(sot(18, comment + kSod)).find("invalid marker"), std::string::npos);
+    // The start of a tile-part is looked for in the 16 MiB before its data.
+    for (const uint32_t distance : {(1U << 24) - 1, 1U << 24}) {
+        const Workplace place;
+        const std::string head = kSignature + big().u32(distance + 8 - 8).text("abcd").raw(hex("FF90")).str();
+        const std::string codestream = box("jp2c", kSod);
+        const uint64_t at = kSignature.size() + distance;
+        place.write_sparse("a.jp2", at + codestream.size(), 0, head);
+        place.write_sparse("a.jp2", at + codestream.size(), at, codestream);
+        EXPECT_EQ(place.run({"a.jp2"}).out.find("found no SOT") == std::string::npos, distance < 1U << 24);
+    }
+}

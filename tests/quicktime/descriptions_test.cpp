@@ -48,3 +48,20 @@ TEST(QuicktimeDescriptions, DataFormats) {
     EXPECT_EQ(count(dump, "    samplerate=0.000000 (0x0)\n"), 10U);
     EXPECT_EQ(count(dump, "UNKNOWN"), 0U);
 }
+
+// A byte more than the fields is a list of extensions that does not fit; 28 bytes are read, whatever is in
+// them.
+TEST(QuicktimeDescriptions, EdgesOfSizes) {
+    const auto warning = [](const std::string &type, size_t size) {
+        const std::string fields = big().raw(counting(size)).at(8).u16(0).str();
+        const std::string lines =
+            lines_from(fields_of(type, fields.substr(0, size)), "Warning: incorrect size", 1);
+        return lines.substr(0, lines.find(')'));
+    };
+    EXPECT_EQ(warning("apch", 78) + warning("tmcd", 28) + warning("twos", 28), "");
+    EXPECT_EQ(warning("apch", 79), "Warning: incorrect size(86 != 87");
+    EXPECT_EQ(warning("tmcd", 29), "Warning: incorrect size(34 != 37");
+    EXPECT_EQ(warning("twos", 29), "Warning: incorrect size(36 != 37");
+    EXPECT_EQ(fields_of("sowt", counting(19)), "");
+    EXPECT_NE(fields_of("sowt", counting(20)), "");
+}

@@ -70,6 +70,9 @@ TEST(QuicktimeFields, ChannelLayoutsEndWithThePayload) {
     const std::string one = little().raw(layout.str()).at(12).hex("00000001").str();
     EXPECT_EQ(fields_of("chan", one + channel.str() + second.str()).find("label=3"), std::string::npos);
     EXPECT_NE(fields_of("chan", one + channel.str() + second.str()).find("label=1"), std::string::npos);
+    const std::string both = layout.str() + channel.str() + second.str();
+    EXPECT_NE(fields_of("chan", both).find("label=3"), std::string::npos);
+    EXPECT_EQ(fields_of("chan", both.substr(0, both.size() - 1)).find("label=3"), std::string::npos);
 }
 
 TEST(QuicktimeTables, Entries) {
@@ -94,6 +97,24 @@ TEST(QuicktimeTables, CountBeyondTheAtomReadsOn) {
     Transcript transcript;
     const std::string offsets = atom("stco", big().u32(0).u32(2).u32(40).str());
     SHOW(lines_from(movie_dump(atom("stbl", offsets) + atom("free")), "    nentries="));
+}
+
+// Lists end with their count, and with the last entry that is whole.
+TEST(QuicktimeTables, EdgesOfLists) {
+    const auto rows = [](const std::string &dump) {
+        size_t n = 0;
+        for (size_t at = 0; (at = dump.find(" data[", at)) != std::string::npos; at++) n++;
+        return n;
+    };
+    const std::string entries(16, '\1');
+    const auto counted = [](uint32_t n, const std::string &list) {
+        return big().u32(0).u32(n).raw(list).str();
+    };
+    EXPECT_EQ(rows(fields_of("ctts", counted(2, entries))), 4U);
+    EXPECT_EQ(rows(fields_of("ctts", counted(1, entries))), 2U);
+    EXPECT_EQ(rows(fields_of("ctts", counted(2, entries.substr(1)))), 2U);
+    EXPECT_EQ(rows(fields_of("stss", counted(4, entries.substr(1)))), 3U);
+    EXPECT_EQ(rows(movie_dump(atom("sdtp", std::string(6, '\0'), 1))), 2U);
 }
 
 TEST(QuicktimeTables, SampleDependencies) {

@@ -113,3 +113,41 @@ TEST(QuicktimeWalk, DepthAndWorkAreLimited) {
     }
     EXPECT_LT(movie_dump(pairs).size(), 16U << 20);
 }
+
+// A child that ends one byte behind its container, and what is too short for a child or an end mark.
+TEST(QuicktimeWalk, EdgesOfContainers) {
+    const auto has = [](const std::string &content, const std::string &text) {
+        return movie_dump(content).find(text) != std::string::npos;
+    };
+    EXPECT_TRUE(has(atom("moov", atom("free", "", 1)) + atom("free"), "\n" + line(0, kFree8, "10")));
+    EXPECT_TRUE(has(atom("moov", atom("free") + "7 bytes") + atom("free"), "incorrect size(16 != 23)"));
+    EXPECT_FALSE(has(atom("udta", atom("free") + "abc", 1), "ending"));
+    EXPECT_TRUE(has(atom("wide", "a"), ": 61"));
+    // A child of 32 MiB less 48 bytes counts as a whole where the file cuts it, a smaller one by what is
+    // there.
+    constexpr uint64_t capacity = (32 << 20) - 48;
+    for (const uint64_t size : {capacity - 1, capacity}) {
+        const std::string cut = atom("moov", atom("wide", "", size - 8), size - 8);
+        EXPECT_EQ(has(cut, "Warning: incorrect size(16 != "), size < capacity);
+    }
+}
+
+// Containers whose children overrun them lead back as far as 16 times the length of the file and 4096 bytes.
+TEST(QuicktimeWalk, EdgesOfTheWork) {
+    constexpr uint64_t length = 64 << 20;
+    for (const uint64_t beyond : {15, 16}) {
+        uint64_t left = 16 * (length + 4096) + beyond;
+        ByteWriter movie = big();
+        const auto lead_back = [&](uint64_t too_long, uint64_t counted) {
+            movie.raw(atom("moov", atom("skip", "", too_long)));
+            left -= counted;
+        };
+        lead_back(1, 1);
+        lead_back(length, length - 32);  // counts to the end of the file
+        for (uint64_t n = 16; n > 0; n--) lead_back(left / n, left / n);
+        movie.u32(length - movie.size()).text("free");
+        const Workplace place;
+        place.write_sparse("a.mov", length, 0, movie.str());
+        EXPECT_EQ(place.run({"a.mov"}).out.find("free") != std::string::npos, beyond == 15) << beyond;
+    }
+}
