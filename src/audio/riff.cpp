@@ -98,8 +98,11 @@ class CircleDetector {
 // First pass: the sample rate, and the sizes of RF64. False when it could not be read.
 bool scan_format(Walk &walk) {
     CircleDetector circle;
+    FileRange led_here;  // the size that leads to the chunk
     int64_t offset = kFirstChunk;
     do {
+        forget();
+        also(led_here);
         if (!walk.input.has_place(offset)) {
             print("Error: Scanning for formattag, seek failed\n");
             return false;
@@ -123,6 +126,7 @@ bool scan_format(Walk &walk) {
                 walk.sizes_id = chunk.sub(0, 4).file_range();
             }
         }
+        led_here = chunk.sub(4, 4).file_range();
         offset = after_chunk(offset, signed_size(chunk.from(4)));
     } while (offset < walk.riff_size && !circle.closed_by(offset));
     return true;

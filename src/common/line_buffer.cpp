@@ -22,3 +22,9 @@ void LineBuffer::signed_decimal(int64_t value, unsigned width) {
     finish(reversed, n, width, ' ');
     if (listening) tell(integer_piece(value), n);
 }
+
+void LineBuffer::tell(Piece piece, size_t n) {
+    piece.size = static_cast<uint32_t>(std::min(n, standard_output.held().size()));
+    piece.start = static_cast<uint32_t>(standard_output.held().size()) - piece.size;
+    stream::add(piece);
+}

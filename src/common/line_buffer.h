@@ -92,11 +92,7 @@ class LineBuffer {
         }
     }
     // Tells the last n characters.
-    static void tell(Piece piece, size_t n) {
-        piece.size = static_cast<uint32_t>(std::min(n, standard_output.held().size()));
-        piece.start = static_cast<uint32_t>(standard_output.held().size()) - piece.size;
-        stream::add(piece);
-    }
+    static void tell(Piece piece, size_t n);
 
     // "%08x": the offsets of hex dumps, without a branch: the nibbles are spread over eight bytes, and those
     // above 9 become letters.

@@ -5,6 +5,7 @@
 #include <functional>
 #include <vector>
 
+#include "common/input.h"
 #include "common/print.h"
 
 namespace {
@@ -41,6 +42,13 @@ struct State {
 
 State state;
 
+// What lies behind the end of the file is none of its bytes.
+void clip(std::vector<FileRange> &ranges) {
+    const uint64_t end = Input::current() ? Input::current()->end() : UINT64_MAX;
+    while (!ranges.empty() && ranges.back().offset >= end) ranges.pop_back();
+    if (!ranges.empty()) ranges.back().size = std::min(ranges.back().size, end - ranges.back().offset);
+}
+
 // In order, those that touch joined.
 void normalize(std::vector<FileRange> &ranges) {
     if (ranges.size() < 2) return;
@@ -64,7 +72,14 @@ void add_to(std::vector<FileRange> &ranges, FileRange range) {
         last.size = std::max(last.end(), range.end()) - last.offset;
         return;
     }
-    if (ranges.size() >= kMostRanges) normalize(ranges);
+    if (ranges.size() >= kMostRanges) {
+        normalize(ranges);
+        // So many that are apart tell nobody more than where they lie.
+        if (ranges.size() >= kMostRanges / 2) {
+            ranges.front().size = ranges.back().end() - ranges.front().offset;
+            ranges.resize(1);
+        }
+    }
     ranges.push_back(range);
 }
 
@@ -115,6 +130,7 @@ void cover(std::vector<Piece> &pieces, uint32_t end) {
 void tell(bool ends) {
     state.reads.insert(state.reads.end(), state.also.begin(), state.also.end());
     normalize(state.reads);
+    clip(state.reads);
     if (!state.line.is_listing) cover(state.pieces, length());
     state.line.text = standard_output.held();
     state.line.pieces = state.pieces;

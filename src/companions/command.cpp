@@ -1,5 +1,6 @@
 #include "companions/command.h"
 
+#include <poll.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -109,6 +110,9 @@ void write_out(std::string_view text) {
             text.remove_prefix(static_cast<size_t>(done));
         } else if (errno == EPIPE) {
             end_by(SIGPIPE);
+        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            pollfd ready{STDOUT_FILENO, POLLOUT, 0};
+            poll(&ready, 1, -1);
         } else if (errno != EINTR) {
             complain(std::string("cannot write: ") + std::strerror(errno));
             end_now(kTrouble);

@@ -249,7 +249,7 @@ void print_image(const Header &header) {
 }
 
 const char *aspect_ratio(uint32_t horizontal, uint32_t vertical) {
-    if (horizontal == kUnset || horizontal == 0 || vertical == 0) return "";
+    if (horizontal == kUnset || horizontal == 0 || vertical == 0) return checkuint32(kUnset, 0);
     return checkreal(static_cast<float>(horizontal) / static_cast<float>(vertical));
 }
 

@@ -108,7 +108,7 @@ bool print_element(DumpOptions &opts, Bytes buffer, uint64_t offset, Names lines
                    const char *error) {
     const char *line = lines[code];
     if (line) {
-        print("%s\n", line);
+        print("%s\n", own(line));
     } else {
         mxferror(opts, buffer, offset, "%s", error);
     }
@@ -196,7 +196,7 @@ uint64_t mxf_generic_container(DumpOptions &opts, uint64_t file_position, Bytes 
         print("  Package metadata set\n");
         mxf_print_smpte326(opts, buffer, item.start);
     } else if (const char *title = name_of(kMetadataSetTitles, element, nullptr)) {
-        print("%s\n", title);
+        print("%s\n", own(title));
     } else {
         mxferror(opts, buffer, offset, "mxf_generic_container, wrong type");
     }
@@ -214,7 +214,7 @@ uint64_t mxf_generic_data(DumpOptions &opts, uint64_t file_position, Bytes buffe
         mxferror(opts, buffer, offset, "mxf_generic_data");
         return item.end() - offset;
     }
-    print("%s\n", type->title);
+    print("%s\n", own(type->title));
     if (!type->error) return item.end() - offset;
     const uint32_t element = buffer[offset + type->element_byte];
     const bool known = print_element(opts, buffer, offset, type->elements, element, type->error);

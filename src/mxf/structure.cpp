@@ -58,7 +58,7 @@ constexpr uint64_t kPrimerItemSize = 18;
 
 void print_partition_status(DumpOptions &opts, Bytes buffer, uint64_t offset) {
     if (const char *status = name_of(kPartitionStatuses, buffer[offset + 14], nullptr)) {
-        print("%s\n", status);
+        print("%s\n", own(status));
     } else {
         mxferror(opts, buffer, offset, "Unknown entry for open/close");
     }

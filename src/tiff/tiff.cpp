@@ -145,7 +145,11 @@ void print_tag(const Walk &walk, const Entry &entry, uint64_t offset) {
     const std::string_view name = tifftag(entry.tag, entry.value, walk.base.order);
     const size_t label = std::min(name.find(" - "), name.size());
     print("  tag     : %04x ", entry.tag);
-    if (name != "?") label_begins();
+    if (name == "?") {
+        print("? ");
+        return;
+    }
+    label_begins();
     print_own(name.substr(0, label));
     label_ends();
     if (label < name.size()) print(" - %s", name.data() + label + 3);

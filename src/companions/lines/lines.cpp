@@ -14,6 +14,8 @@ struct Characters {
     bool operator[](char c) const { return has[static_cast<uint8_t>(c)]; }
 };
 
+constexpr size_t kLongest = 64 * 1024;  // of a value that is given, in bytes
+
 constexpr Characters kBlank(" ");
 constexpr Characters kBullet(" -");
 constexpr Characters kPadding(" :=/'\"[]()\t");
@@ -105,7 +107,13 @@ void add_value(const Line &line, const Piece &piece, std::vector<FieldValue> &va
             break;
         }
         case Piece::words: add_several(text, false, values); break;
-        case Piece::text: values.push_back({FieldValue::text, trimmed(without_quotes(text), kBlank)}); break;
+        case Piece::text:
+            if (text.size() > kLongest) {
+                values.push_back({FieldValue::unset, {}});
+                break;
+            }
+            values.push_back({FieldValue::text, trimmed(without_quotes(text), kBlank)});
+            break;
         default:
             values.push_back({is_finite_number(piece) ? FieldValue::number : FieldValue::text, text});
             break;
