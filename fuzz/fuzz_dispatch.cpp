@@ -1,5 +1,5 @@
 // libFuzzer target: the input's first two bytes choose the switches and the name's extension, the rest is the
-// file. docs/fuzzing.md has the commands.
+// file. Every second input is heard by a listener. docs/fuzzing.md has the commands.
 #include <cstdint>
 #include <cstdio>
 
@@ -7,6 +7,7 @@
 #include "common/input.h"
 #include "common/print.h"
 #include "common/run.h"
+#include "companions/lines/lines.h"
 #include "main/file_sequence.h"
 
 namespace {
@@ -57,6 +58,14 @@ Choice chosen(Choices choices) {
     return choice;
 }
 
+// Looks at all that a listener is told.
+struct Ear : Listener {
+    LinePlaces places;
+    FieldLine field;
+
+    void line(const Line &line) override { places.place(line, field); }
+};
+
 }  // namespace
 
 // Freed memory is still kept from reuse for the time of many inputs, but not for so long that every
@@ -74,9 +83,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     if (size < kSwitchBytes) return 0;
     Choice choice = chosen(Choices(data[0] | unsigned{data[1]} << 8));
     const Run run;
+    Ear ear;
+    Listening listening_to(size % 2 ? &ear : nullptr);
     Input input(choice.name, data + kSwitchBytes, size - kSwitchBytes);
+    listening_to.to_dump_of(input);
     try {
         dump_input(choice.opts, input, choice.range_flag);
+        listening_to.finish();
     } catch (const EndOfRun &) {
     }
     return 0;

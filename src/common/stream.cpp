@@ -29,6 +29,7 @@ struct Copy {
 // What is known of the line that is being printed; its text is what standard output holds.
 struct State {
     Listener *listener = nullptr;
+    Input *file = nullptr;  // whose bytes are told
     Line line;
     std::vector<Piece> pieces;
     std::vector<FileRange> reads;
@@ -44,7 +45,7 @@ State state;
 
 // What lies behind the end of the file is none of its bytes.
 void clip(std::vector<FileRange> &ranges) {
-    const uint64_t end = Input::current() ? Input::current()->end() : UINT64_MAX;
+    const uint64_t end = state.file ? state.file->end() : UINT64_MAX;
     while (!ranges.empty() && ranges.back().offset >= end) ranges.pop_back();
     if (!ranges.empty()) ranges.back().size = std::min(ranges.back().size, end - ranges.back().offset);
 }
@@ -172,6 +173,8 @@ Listening::~Listening() {
     listening = false;
     state = {};
 }
+
+void Listening::to_dump_of(Input &file) { state.file = &file; }
 
 void Listening::finish() {
     if (listening && length() > 0) tell(false);

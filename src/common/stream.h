@@ -74,6 +74,8 @@ class Listening {
     Listening(const Listening &) = delete;
     Listening &operator=(const Listening &) = delete;
 
+    // The file whose bytes are told: none behind its end.
+    void to_dump_of(Input &file);
     // Hands over what is left of a last line without end.
     void finish();
 };

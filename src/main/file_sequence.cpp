@@ -72,6 +72,7 @@ DumpOutcome dump(const char *path, const DumpOptions &options, Listener *listene
     DumpOutcome outcome;
     Link link;
     Input input(path, &link);
+    listening_to.to_dump_of(input);
     try {
         if (!open_for_dump(opts, input)) return {DumpOutcome::unopened};
         if (!dump_open(opts, input, 0)) outcome.end = DumpOutcome::unknown;
