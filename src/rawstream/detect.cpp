@@ -99,7 +99,8 @@ int name_hd_raster(const uint16_t *words, const Timing &timing, int line, const 
 }  // namespace
 
 void WordPlaces::tell(int first, int n) const {
-    const uint64_t from = static_cast<uint64_t>(first), to = static_cast<uint64_t>(first + n);
+    const uint64_t from = static_cast<uint64_t>(first);
+    const uint64_t to = from + static_cast<uint64_t>(n);
     const uint64_t start = in_bytes ? from : from / 3 * 4;
     const uint64_t end = in_bytes ? to : (to + 2) / 3 * 4;
     also(data.sub(start, end - start));
