@@ -91,9 +91,10 @@ uint32_t mpegbitpeek(const mpeg_reader &reader) {
 uint32_t mpegbit(mpeg_reader &reader) { return mpegbits(reader, 1); }
 
 uint32_t mpegbits(mpeg_reader &reader, int count) {
+    if (!listening) return take_bits(reader, count);
     const int64_t start = reader.position;
     const uint32_t value = take_bits(reader, count);
-    if (listening) also(mpegrange(reader, start));
+    also(mpegrange(reader, start));
     return value;
 }
 

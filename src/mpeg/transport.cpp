@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "common/hexrow.h"
 #include "common/line_buffer.h"
 #include "common/print.h"
 #include "mpeg/mpeg.h"
@@ -61,8 +62,9 @@ void put_packet(LineBuffer &out, mpeg_reader &reader) {
     // packet.
     const int64_t shown = payload < 1 ? kShownBytes : std::min(payload, kShownBytes);
     for (int64_t i = 0; i < shown; i++) {
-        out.literal(" ");
-        out.hex(mpegbits(reader, 8), 2);
+        char *cell = out.claim(3);
+        *cell = ' ';
+        write_hex(cell + 1, static_cast<uint8_t>(mpegbits(reader, 8)));
     }
     out.end_row();
     if (payload > shown) mpegbytes(reader, payload - shown);
