@@ -2,24 +2,42 @@
 
 #include <strings.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <initializer_list>
 #include <string_view>
+#include <utility>
 
 #include "audio/audio.h"
+#include "audio/facts.h"
+#include "common/link.h"
 #include "common/print.h"
 #include "common/stream.h"
 #include "dpx/dpx.h"
+#include "dpx/facts.h"
 #include "exr/exr.h"
+#include "exr/facts.h"
+#include "gxf/facts.h"
 #include "gxf/gxf.h"
+#include "images/facts.h"
 #include "images/images.h"
+#include "jpeg2000/facts.h"
 #include "jpeg2000/jpeg2000.h"
+#include "main/facts.h"
+#include "mpeg/facts.h"
 #include "mpeg/mpeg.h"
+#include "mxf/facts.h"
 #include "mxf/mxf.h"
+#include "quicktime/facts.h"
 #include "quicktime/quicktime.h"
 #include "raw/raw.h"
+#include "rawstream/facts.h"
 #include "rawstream/rawstream.h"
+#include "red/facts.h"
 #include "red/red.h"
+#include "tiff/facts.h"
 #include "tiff/tiff.h"
 
 namespace {
@@ -34,15 +52,17 @@ struct File {
     Input &input;
     const char *name;
     int range_flag;
+    bool by_content;
     Bytes head;  // kDetectionSize bytes
 };
 
 // A format is recognised by its file's first bytes, a further condition, or both. Its name is what data about
-// a file calls it.
+// a file calls it. One without a dump is unknown to keldump, one without facts has its name alone.
 struct Format {
     const char *name;
     std::string_view magic;
     void (*dump)(const File &);
+    void (*facts)(Input &, Facts &) = nullptr;
     bool (*condition)(const File &) = nullptr;
 };
 
@@ -95,52 +115,86 @@ bool is_transport_stream(const File &in) {
     return in.head[188] == 0x47 && in.head[376] == 0x47 && in.head[564] == 0x47;
 }
 
-bool is_portable_map(const File &in) { return in.head[1] >= '1' && in.head[1] <= '6' && in.head[2] == '\n'; }
+// The number of a portable map is followed by white space or a remark; keldump knows those with a line feed.
+bool is_portable_map(const File &in) {
+    const uint8_t next = in.head[2];
+    const bool divided = next == ' ' || next == '\t' || next == '\r' || next == '#';
+    return in.head[1] >= '1' && in.head[1] <= '6' && (next == '\n' || (in.by_content && divided));
+}
+
+// By its name, as keldump does, or by the type of its first atom (ISO 14496-12; QuickTime File Format).
+bool is_movie(const File &in) {
+    if (!in.by_content) return is_named(in, {".mov", ".qt"});
+    constexpr std::string_view kFirstAtoms[] = {"ftyp", "moov", "mdat", "wide",
+                                                "free", "skip", "pnot", "styp"};
+    const uint32_t size = big32(in.head);
+    const auto is_first = [&](std::string_view type) { return begins_with(in.head.from(4), type); };
+    return size != 0 && size < 8 && size != 1 ? false : std::ranges::any_of(kFirstAtoms, is_first);
+}
+
+// MXF may begin with up to 64 KiB of something else (SMPTE ST 377-1, run-in), of which the head is searched.
+bool has_run_in(const File &in) {
+    constexpr std::string_view kPartition = "\x06\x0E\x2B\x34\x02\x05\x01\x01\x0D\x01\x02"sv;
+    const auto head = in.head.span(0, kDetectionSize);
+    return !std::ranges::search(head, kPartition, {}, {}, [](char c) {
+                return static_cast<uint8_t>(c);
+            }).empty();
+}
+
+// The sync byte of the first packets, which are 192 or 204 bytes apart.
+bool is_longer_transport_stream(const File &in) {
+    for (const auto &[first, step] : {std::pair{4, 192}, {0, 204}, {0, 192}}) {
+        int packets = 0;
+        while (packets < 4 && in.head[static_cast<uint64_t>(first + step * packets)] == 0x47) packets++;
+        if (packets == 4) return true;
+    }
+    return false;
+}
 
 // The first format that recognises a file dumps it. Those told by their names' extensions come last.
 // clang-format off
 constexpr Format kFormats[] = {
     // Magic numbers that files hold in either byte order.
-    {"MPEG", "\x00\x00\x01\xB3"sv, dump_mpeg},  // sequence header
-    {"MPEG", "\xB3\x01\x00\x00"sv, dump_mpeg},
-    {"MPEG", "\x00\x00\x01\xBA"sv, dump_mpeg},  // pack header
-    {"MPEG", "\xBA\x01\x00\x00"sv, dump_mpeg},
-    {"OpenEXR", "\x76\x2F\x31\x01"sv, dump_exr},
-    {"OpenEXR", "\x01\x31\x2F\x76"sv, dump_exr},
-    {"MXF", "\x06\x0E\x2B\x34"sv, [](const File &in) { mxfdump(in.opts, in.input); }},  // SMPTE universal label
-    {"ARRI", "ARRI"sv, dump_arri},
-    {"ARRI", "IRRA"sv, dump_arri},
-    {"DPX", "SDPX"sv, dump_dpx},
-    {"DPX", "XPDS"sv, dump_dpx},
-    {"Cineon", "\x80\x2A\x5F\xD7"sv, dump_cineon},
-    {"Cineon", "\xD7\x5F\x2A\x80"sv, dump_cineon},
+    {"MPEG", "\x00\x00\x01\xB3"sv, dump_mpeg, mpeg_facts},  // sequence header
+    {"MPEG", "\xB3\x01\x00\x00"sv, dump_mpeg, mpeg_facts},
+    {"MPEG", "\x00\x00\x01\xBA"sv, dump_mpeg, mpeg_facts},  // pack header
+    {"MPEG", "\xBA\x01\x00\x00"sv, dump_mpeg, mpeg_facts},
+    {"OpenEXR", "\x76\x2F\x31\x01"sv, dump_exr, exr_facts},
+    {"OpenEXR", "\x01\x31\x2F\x76"sv, dump_exr, exr_facts},
+    {"MXF", "\x06\x0E\x2B\x34"sv, [](const File &in) { mxfdump(in.opts, in.input); }, mxf_facts},  // SMPTE universal label
+    {"ARRI", "ARRI"sv, dump_arri, arri_facts},
+    {"ARRI", "IRRA"sv, dump_arri, arri_facts},
+    {"DPX", "SDPX"sv, dump_dpx, dpx_facts},
+    {"DPX", "XPDS"sv, dump_dpx, dpx_facts},
+    {"Cineon", "\x80\x2A\x5F\xD7"sv, dump_cineon, cineon_facts},
+    {"Cineon", "\xD7\x5F\x2A\x80"sv, dump_cineon, cineon_facts},
 
     {"FNT", "\x00\x03"sv, [](const File &in) { fontdump(in.opts, in.input); }},
-    {"BMP", "BM"sv, [](const File &in) { bmpdump(in.opts, in.head); }},
-    {"SGI", "\x01\xDA"sv, [](const File &in) { sgidump(in.opts, in.head); }},
-    {"AIFF", "FORM"sv, [](const File &in) { aiffdump(in.opts, in.head, in.name); }},
-    {"RIFF", "RIFF"sv, [](const File &in) { riffdump(in.opts, in.head, in.name, 0); }},
-    {"RF64", "RF64"sv, [](const File &in) { riffdump(in.opts, in.head, in.name, 1); }},
-    {"SDI", "STREAMER"sv, [](const File &in) { rawdump(in.opts, in.name); }},
+    {"BMP", "BM"sv, [](const File &in) { bmpdump(in.opts, in.head); }, bmp_facts},
+    {"SGI", "\x01\xDA"sv, [](const File &in) { sgidump(in.opts, in.head); }, sgi_facts},
+    {"AIFF", "FORM"sv, [](const File &in) { aiffdump(in.opts, in.head, in.name); }, aiff_facts},
+    {"RIFF", "RIFF"sv, [](const File &in) { riffdump(in.opts, in.head, in.name, 0); }, riff_facts},
+    {"RF64", "RF64"sv, [](const File &in) { riffdump(in.opts, in.head, in.name, 1); }, riff_facts},
+    {"SDI", "STREAMER"sv, [](const File &in) { rawdump(in.opts, in.name); }, sdi_facts},
 
-    {"TIFF", "II"sv, dump_tiff},
-    {"TIFF", "MM"sv, dump_tiff},
-    {"PE", "MZ"sv, [](const File &in) { exedump(in.head); }, is_executable},
+    {"TIFF", "II"sv, dump_tiff, tiff_facts},
+    {"TIFF", "MM"sv, dump_tiff, tiff_facts},
+    {"PE", "MZ"sv, [](const File &in) { exedump(in.head); }, nullptr, is_executable},
 
     // Files that begin with a 32-bit size or a leader whose first bytes are zero.
-    {"JP2", "\x00\x00\x00\x0CjP  \r\n\x87\n"sv, [](const File &in) { jp2dump(in.opts, in.input); }},
-    {"R3D", "\x00\x00"sv, [](const File &in) { reddumpv1(in.opts, in.input); },
+    {"JP2", "\x00\x00\x00\x0CjP  \r\n\x87\n"sv, [](const File &in) { jp2dump(in.opts, in.input); }, jp2_facts},
+    {"R3D", "\x00\x00"sv, [](const File &in) { reddumpv1(in.opts, in.input); }, red_facts,
      [](const File &in) { return bytes_are(in.head, 4, "RED1"); }},
-    {"R3D", "\x00\x00"sv, [](const File &in) { reddumpv2(in.opts, in.input); },
+    {"R3D", "\x00\x00"sv, [](const File &in) { reddumpv2(in.opts, in.input); }, red_facts,
      [](const File &in) { return bytes_are(in.head, 4, "RED2"); }},
-    {"GXF", "\x00\x00\x00\x00\x01"sv, [](const File &in) { gxfdump(in.opts, in.input); },
+    {"GXF", "\x00\x00\x00\x00\x01"sv, [](const File &in) { gxfdump(in.opts, in.input); }, gxf_facts,
      [](const File &in) { return bytes_are(in.head, 14, "\xE1\xE2"); }},
 
-    {"JPEG 2000", "\xFF\x4F\xFF\x51"sv, [](const File &in) { jpcdump(in.opts, in.input, 0); }},
-    {"JPEG 2000", "\xFF\xFF\xFF\xF0"sv, [](const File &in) { jpcdump(in.opts, in.input, 1); }},
-    {"JPEG", "\xFF\xD8"sv, [](const File &in) { jpgdump(in.opts, in.input); }},
+    {"JPEG 2000", "\xFF\x4F\xFF\x51"sv, [](const File &in) { jpcdump(in.opts, in.input, 0); }, codestream_facts},
+    {"JPEG 2000", "\xFF\xFF\xFF\xF0"sv, [](const File &in) { jpcdump(in.opts, in.input, 1); }, codestream_facts},
+    {"JPEG", "\xFF\xD8"sv, [](const File &in) { jpgdump(in.opts, in.input); }, jpeg_facts},
     {"text", "\xFF\xFE"sv, dump_text},  // UTF-16, little-endian
-    {"MP3", "\xFF"sv, [](const File &) { print("Fileformat:MP3\n"); },
+    {"MP3", "\xFF"sv, [](const File &) { print("Fileformat:MP3\n"); }, mpeg_audio_facts,
      [](const File &in) { return (in.head[1] & 0xF0) == 0xF0; }},
 
     {"RTF", "{\\rtf"sv, [](const File &) { print("Fileformat:RTF - Rich Text Format\n"); }},
@@ -148,36 +202,40 @@ constexpr Format kFormats[] = {
     {"text", "\xEF\xBB\xBF"sv, dump_text},  // UTF-8
     {"PDF", "%PDF-"sv, [](const File &) { print("Fileformat:PDF\n"); }},
     {"GIF", "GIF"sv, [](const File &) { print("Fileformat:GIF\n"); }},
-    {"MPEG-TS", "G"sv, dump_transport_stream, is_transport_stream},
-    {"PNG", "\x89PNG\r\n\x1A\n"sv, [](const File &in) { pngdump(in.opts, in.input); }},
+    {"MPEG-TS", "G"sv, dump_transport_stream, transport_facts, is_transport_stream},
+    {"PNG", "\x89PNG\r\n\x1A\n"sv, [](const File &in) { pngdump(in.opts, in.input); }, png_facts},
     {"MNG", "\x8AMNG\r\n\x1A\n"sv, [](const File &in) { mngdump(in.opts, in.input); }},
-    {"Netpbm", "P"sv, [](const File &in) { ppmdump(in.opts, in.input); }, is_portable_map},
+    {"Netpbm", "P"sv, [](const File &in) { ppmdump(in.opts, in.input); }, netpbm_facts,
+     is_portable_map},
     {"XML", "<?xml"sv, dump_xml},
-    {"Softimage", "S\x80\xF6\x34\x40\x40\x00\x00"sv, [](const File &in) { softdump(in.opts, in.head); }},
+    {"Softimage", "S\x80\xF6\x34\x40\x40\x00\x00"sv, [](const File &in) { softdump(in.opts, in.head); }, softimage_facts},
 
-    {"QuickTime", ""sv, [](const File &in) { qtdump(in.name); },
-     [](const File &in) { return is_named(in, {".mov", ".qt"}); }},
-    {"TGA", ""sv, [](const File &in) { tgadump(in.opts, in.head); },
+    {"QuickTime", ""sv, [](const File &in) { qtdump(in.name); }, movie_facts, is_movie},
+    {"TGA", ""sv, [](const File &in) { tgadump(in.opts, in.head); }, tga_facts,
      [](const File &in) { return is_named(in, {".tga", ".targa"}); }},
-    {"YUV", ""sv, [](const File &in) { yuvdump(in.opts, in.input); },
+    {"YUV", ""sv, [](const File &in) { yuvdump(in.opts, in.input); }, nullptr,
      [](const File &in) { return is_named(in, {".yuv8", ".yuv", ".qtl", ".qnt"}); }},
-    {"YUV", ""sv, [](const File &in) { yuv10dump(in.opts, in.input); },
+    {"YUV", ""sv, [](const File &in) { yuv10dump(in.opts, in.input); }, nullptr,
      [](const File &in) { return is_named(in, {".yuv10"}); }},
-    {"YUV", ""sv, [](const File &in) { yuv16dump(in.opts, in.input); },
+    {"YUV", ""sv, [](const File &in) { yuv16dump(in.opts, in.input); }, nullptr,
      [](const File &in) { return is_named(in, {".yuv16"}); }},
-    {"text", ""sv, dump_text,
+    {"text", ""sv, dump_text, nullptr,
      [](const File &in) { return is_named(in, {".3dl", ".txt", ".scc", ".lut", ".edl", ".vamc"}); }},
     {"ZIP", "PK"sv, [](const File &) { print("Fileformat:ZIP\n"); }},
+
+    {"MP3", "ID3"sv, nullptr, mpeg_audio_facts},
+    {"MPEG-TS", ""sv, nullptr, transport_facts, is_longer_transport_stream},
+    {"MXF", ""sv, nullptr, mxf_facts, has_run_in},
 };
 // clang-format on
 
 }  // namespace
 
-bool dispatch(DumpOptions &opts, Input &input, const char *name, int range_flag) {
-    const File in{opts, input, name, range_flag, input.bytes(0, kDetectionSize)};
+bool dispatch(DumpOptions &opts, Input &input, const char *name, int range_flag, bool by_content) {
+    const File in{opts, input, name, range_flag, by_content, input.bytes(0, kDetectionSize)};
     for (const Format &format : kFormats) {
         forget();
-        if (!recognises(format, in)) continue;
+        if (!format.dump || !recognises(format, in)) continue;
         if (listening) stream::keep_reads();  // the magic number is the first line's
         stream::tell_format(format.name);
         format.dump(in);
@@ -186,4 +244,34 @@ bool dispatch(DumpOptions &opts, Input &input, const char *name, int range_flag)
     print("Unknown fileformat of file '%s' %02x %02x %02x %02x\n", name, in.head[0], in.head[1], in.head[2],
           in.head[3]);
     return false;
+}
+
+Facts facts(Input &input) {
+    DumpOptions none{};
+    const File in{none, input, input.name(), 0, true, input.bytes(0, kDetectionSize)};
+    const uint64_t size = input.size();
+    for (const Format &format : kFormats) {
+        if (!recognises(format, in)) continue;
+        Facts facts;
+        facts.format = format.name;
+        if (format.facts) format.facts(input, facts);
+        facts.extent.present = size;
+        if (!facts.format.empty()) return facts;  // else it was noise
+    }
+    Facts facts;
+    facts.extent.present = size;
+    char text[40];
+    std::snprintf(text, sizeof text, "unknown format, %02x %02x %02x %02x", in.head[0], in.head[1],
+                  in.head[2], in.head[3]);
+    facts.problem = size == 0 && in.head.span(0, 1).empty() ? "empty" : text;
+    return facts;
+}
+
+Facts facts(const char *path) {
+    Link link;
+    Input input(path, &link);
+    if (input.open(kDetectionSize)) return facts(input);
+    Facts facts;
+    facts.problem = std::strerror(errno);
+    return facts;
 }

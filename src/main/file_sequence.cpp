@@ -15,7 +15,7 @@
 namespace {
 
 // False, behind a line that says so, for a format that is not known.
-bool dump_open(DumpOptions &opts, Input &input, int range_flag) {
+bool dump_open(DumpOptions &opts, Input &input, int range_flag, bool by_content) {
     if (opts.hex_dump) {
         hexdumpfile(opts, input, opts.hex_start, opts.hex_length);
     } else if (opts.file_dump) {
@@ -23,7 +23,7 @@ bool dump_open(DumpOptions &opts, Input &input, int range_flag) {
     } else if (opts.string_search) {
         stringsearchfile(opts, input);
     } else {
-        return dispatch(opts, input, input.name(), range_flag);
+        return dispatch(opts, input, input.name(), range_flag, by_content);
     }
     return true;
 }
@@ -59,7 +59,7 @@ void dump_range(CommandLine &line, Link &link) {
 
 void dump_input(DumpOptions &opts, Input &input, int range_flag) {
     if (open_for_dump(opts, input)) {
-        dump_open(opts, input, range_flag);
+        dump_open(opts, input, range_flag, false);
     } else {
         print("Could not open file '%s'\n", input.name());
     }
@@ -75,7 +75,7 @@ DumpOutcome dump(const char *path, const DumpOptions &options, Listener *listene
     listening_to.to_dump_of(input);
     try {
         if (!open_for_dump(opts, input)) return {DumpOutcome::unopened};
-        if (!dump_open(opts, input, 0)) outcome.end = DumpOutcome::unknown;
+        if (!dump_open(opts, input, 0, true)) outcome.end = DumpOutcome::unknown;
         listening_to.finish();
     } catch (const EndOfRun &end) {
         outcome.status = end.status;

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "companions/timecode.h"
+#include "common/timecode.h"
 #include "support/bytes_of.h"
 #include "support/command.h"
 

@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "companions/safe_text.h"
-#include "companions/timecode.h"
+#include "common/timecode.h"
 
 namespace {
 

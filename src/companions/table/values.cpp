@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "companions/timecode.h"
+#include "common/timecode.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "companions/timecode.h"
+#include "common/timecode.h"
 
 #include <cstdio>
 

@@ -1,0 +1,175 @@
+#include "common/facts.h"
+
+#include <cmath>
+#include <cstdio>
+#include <numeric>
+
+#include "common/timecode.h"
+
+Ratio Ratio::reduced() const {
+    const int64_t common = is_set() ? std::gcd(n, d) : 1;
+    return {n / common, d / common};
+}
+
+Picture &Facts::picture() {
+    if (pictures.empty()) pictures.emplace_back();
+    return pictures.front();
+}
+
+void Facts::add_more(std::string_view name, std::string value) {
+    if (!value.empty()) more.emplace_back(name, std::move(value));
+}
+
+void Facts::cut(uint64_t claimed, std::string missing) {
+    extent.state = Extent::cut;
+    extent.claimed = claimed;
+    extent.missing = std::move(missing);
+}
+
+void Facts::whole(uint64_t claimed) {
+    extent.state = Extent::whole;
+    extent.claimed = claimed;
+}
+
+void Facts::open(std::string reason) {
+    extent.state = Extent::open;
+    extent.missing = std::move(reason);
+}
+
+void Facts::lasts(int64_t frames, Ratio rate) {
+    if (frames < 0 || !rate.is_set() || frames > INT64_MAX / rate.d) return;
+    duration = Ratio{frames * rate.d, rate.n}.reduced();
+    if (frames == 0) duration = {0, 1};
+}
+
+void Facts::add(FileTimecode timecode) {
+    if (timecode.is_set()) timecodes.push_back(std::move(timecode));
+}
+
+std::string FileTimecode::text() const {
+    if (frames < 0 || base == 0) return digits;
+    const Counting counting{base, drop};
+    const int64_t number = frame_number(frames, counting);
+    const int64_t second = number / base;
+    char text[64];
+    std::snprintf(text, sizeof text, "%02lld:%02lld:%02lld%c%02lld", static_cast<long long>(second / 3600),
+                  static_cast<long long>(second / 60 % 60), static_cast<long long>(second % 60),
+                  drop ? ';' : ':', static_cast<long long>(number % base));
+    return text;
+}
+
+std::string fixed_text(Bytes b, uint64_t offset, uint64_t width) {
+    if (b[offset] == 0xFF) return "";
+    const Text text = text_at(b, offset, width);
+    std::string_view view(text.start, static_cast<size_t>(text.length));
+    const size_t first = view.find_first_not_of(" \t\r\n");
+    if (first == std::string_view::npos) return "";
+    return std::string(view.substr(first, view.find_last_not_of(" \t\r\n") + 1 - first));
+}
+
+Ratio rate_of(double rate) {
+    if (!std::isfinite(rate) || rate < 0.001 || rate > 1e6) return {};
+    const double whole = std::round(rate);
+    if (std::fabs(rate - whole) < 0.0005) return {std::llround(whole), 1};
+    // What NTSC rates are, and what people round them to.
+    for (const int64_t nominal : {24, 30, 48, 60, 72, 96, 120, 240}) {
+        const double exact = static_cast<double>(nominal) * 1000 / 1001;
+        if (std::fabs(rate - exact) < 0.006 * static_cast<double>(nominal) / 24)
+            return {nominal * 1000, 1001};
+    }
+    return Ratio{std::llround(rate * 1000), 1000}.reduced();
+}
+
+Ratio rate_of(int64_t n, int64_t d) {
+    const Ratio exact = Ratio{n, d}.reduced();
+    if (!exact.is_set() || exact.d == 1 || exact.d == 1001) return exact;
+    const double rate = exact.value();
+    for (const int64_t nominal : {24, 25, 30, 48, 50, 60, 72, 96, 100, 120, 240}) {
+        for (const Ratio known : {Ratio{nominal, 1}, Ratio{nominal * 1000, 1001}}) {
+            if (std::fabs(rate - known.value()) < rate * 2e-5) return known;
+        }
+    }
+    return exact;
+}
+
+uint32_t base_of(Ratio rate) {
+    return rate.is_set() && rate.value() < 1000 ? static_cast<uint32_t>(std::lround(rate.value())) : 0;
+}
+
+FileTimecode file_timecode(int64_t hours, int64_t minutes, int64_t seconds, int64_t frames, uint32_t base,
+                           bool drop, std::string place) {
+    const bool valid = hours >= 0 && hours < 24 && minutes >= 0 && minutes < 60 && seconds >= 0 &&
+                       seconds < 60 && frames >= 0 && frames < base;
+    if (!valid) return {};
+    const int64_t dropped = Counting{base, drop}.dropped();
+    const int64_t all_minutes = hours * 60 + minutes;
+    const int64_t count =
+        (all_minutes * 60 + seconds) * base + frames - dropped * (all_minutes - all_minutes / 10);
+    return {count, base, drop, std::move(place), {}};
+}
+
+FileTimecode bcd_timecode(uint32_t bcd, uint32_t base, std::string place) {
+    if (base == 0) {
+        constexpr Counting kAny{100};
+        FileTimecode timecode;
+        if (frame_count(bcd, kAny)) timecode.digits = timecode_text(bcd, kAny);
+        timecode.place = std::move(place);
+        return timecode;
+    }
+    Counting counting{base};
+    counting.drop = has_drop_flag(bcd, counting);
+    const std::optional<int64_t> count = frame_count(bcd, counting);
+    if (!count) return {};
+    return {*count, base, counting.drop, std::move(place), {}};
+}
+
+std::string keycode_text(int64_t manufacturer, int64_t type, int64_t prefix, int64_t count,
+                         int64_t perforations) {
+    if (manufacturer < 0 || type < 0 || prefix < 0 || count < 0) return "";
+    char text[112];
+    int length = std::snprintf(text, sizeof text, "%02lld %02lld %06lld %04lld",
+                               static_cast<long long>(manufacturer), static_cast<long long>(type),
+                               static_cast<long long>(prefix), static_cast<long long>(count));
+    if (perforations >= 0) {
+        length += std::snprintf(text + length, sizeof text - static_cast<size_t>(length), "+%02lld",
+                                static_cast<long long>(perforations));
+    }
+    return text;
+}
+
+std::string iso_date(int64_t year, int64_t month, int64_t day, int64_t hour, int64_t minute, int64_t second,
+                     bool utc) {
+    if (year < 1 || year > 9999 || month < 1 || month > 12 || day < 1 || day > 31) return "";
+    char text[48];
+    int length = std::snprintf(text, sizeof text, "%04d-%02d-%02d", static_cast<int>(year),
+                               static_cast<int>(month), static_cast<int>(day));
+    if (hour >= 0 && hour < 24 && minute >= 0 && minute < 60 && second >= 0 && second <= 60) {
+        length += std::snprintf(text + length, sizeof text - static_cast<size_t>(length), "T%02d:%02d:%02d%s",
+                                static_cast<int>(hour), static_cast<int>(minute), static_cast<int>(second),
+                                utc ? "Z" : "");
+    }
+    return {text, static_cast<size_t>(length)};
+}
+
+std::string iso_date_of_unix(int64_t seconds) {
+    constexpr int64_t kDay = 86400;
+    if (seconds < -62135596800 || seconds > 253402300799) return "";
+    const int64_t of_day = (seconds % kDay + kDay) % kDay;
+    // Days since 0000-03-01, in eras of 400 years.
+    const int64_t days = (seconds - of_day) / kDay + 719468;
+    const int64_t era = days / 146097;
+    const int64_t of_era = days % 146097;
+    const int64_t year_of_era = (of_era - of_era / 1460 + of_era / 36524 - of_era / 146096) / 365;
+    const int64_t of_year = of_era - (365 * year_of_era + year_of_era / 4 - year_of_era / 100);
+    const int64_t shifted = (5 * of_year + 2) / 153;
+    const int64_t month = shifted < 10 ? shifted + 3 : shifted - 9;
+    const int64_t year = year_of_era + era * 400 + (month <= 2 ? 1 : 0);
+    return iso_date(year, month, of_year - (153 * shifted + 2) / 5 + 1, of_day / 3600, of_day / 60 % 60,
+                    of_day % 60, true);
+}
+
+std::string number_text(double number, int digits) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.*g", digits, number);
+    return text;
+}

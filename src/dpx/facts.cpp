@@ -1,0 +1,353 @@
+#include "dpx/facts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+#include "common/names.h"
+#include "common/ordered_bytes.h"
+#include "common/values.h"
+
+namespace {
+
+constexpr uint32_t kUnset = 0xFFFFFFFF;
+constexpr uint64_t kLargestSide = 1 << 20;
+
+uint32_t known(uint32_t value) { return value == kUnset ? 0 : value; }
+
+// A number that is set, finite and above zero; 0 otherwise.
+double positive_real(OrderedBytes header, uint64_t offset) {
+    const double value = static_cast<double>(float_of_bits(header.u32(offset)));
+    return std::isfinite(value) && value > 0 ? value : 0;
+}
+
+Ratio film_rate(double rate) { return rate >= 1 && rate <= 1000 ? rate_of(rate) : Ratio{}; }
+
+std::string real_text(OrderedBytes header, uint64_t offset) {
+    const double value = positive_real(header, offset);
+    return value > 0 && value < 1e6 ? number_text(value) : "";
+}
+
+// "2026:11:26:10:00:00" and its kin, with a time zone that is not read, as ISO 8601.
+std::string header_date(const std::string &text) {
+    int part[6] = {0, 0, 0, -1, 0, 0};
+    size_t count = 0;
+    for (size_t i = 0; i < text.size() && count < std::size(part);) {
+        if (text[i] < '0' || text[i] > '9') {
+            i++;
+            continue;
+        }
+        int value = 0;
+        for (; i < text.size() && text[i] >= '0' && text[i] <= '9' && value < 100000; i++)
+            value = value * 10 + (text[i] - '0');
+        part[count++] = value;
+    }
+    return count < 3 ? "" : iso_date(part[0], part[1], part[2], part[3], part[4], part[5]);
+}
+
+// A decimal number in text; -1 where it is none.
+int64_t number_in(const std::string &text) {
+    if (text.empty() || text.size() > 9) return -1;
+    int64_t value = 0;
+    for (const char c : text) {
+        if (c < '0' || c > '9') return -1;
+        value = value * 10 + (c - '0');
+    }
+    return value;
+}
+
+// What pictures take in their file: rows of samples in words.
+struct Packing {
+    uint64_t samples_a_word;  // 0: samples follow each other bit by bit
+    uint64_t word_bytes;
+};
+
+// Of 10 and 12 bits a sample three or two fill up a word, where they are filled at all (SMPTE 268M, 7.2;
+// Cineon 4.5 has packing 5 and 6 for the same).
+Packing packing_of(uint64_t bits, bool filled) {
+    switch (bits) {
+        case 8: return {1, 1};
+        case 10: return filled ? Packing{3, 4} : Packing{0, 4};
+        case 12: return filled ? Packing{1, 2} : Packing{0, 4};
+        case 16: return {1, 2};
+        case 32: return {1, 4};
+        case 64: return {1, 8};
+        default: return {0, 4};
+    }
+}
+
+// Bytes of that many samples.
+uint64_t packed_bytes(uint64_t samples, uint64_t bits, Packing packing, bool whole_words) {
+    if (packing.samples_a_word == 0) {
+        const uint64_t bytes = (samples * bits + 7) / 8;
+        return whole_words ? (bytes + 3) / 4 * 4 : bytes;
+    }
+    const uint64_t bytes =
+        (samples + packing.samples_a_word - 1) / packing.samples_a_word * packing.word_bytes;
+    return whole_words ? (bytes + 3) / 4 * 4 : bytes;
+}
+
+// How far the picture reaches: at least, and with each line in whole words and the padding that the header
+// tells.
+struct Reach {
+    uint64_t least = 0;
+    uint64_t padded = 0;
+    bool is_known = true;
+
+    void add(const Reach &other) {
+        least = std::max(least, other.least);
+        padded = std::max(padded, other.padded);
+        is_known = is_known && other.is_known;
+    }
+};
+
+// Whether the size that the header tells is that of padded lines decides whether padding is missed.
+void judge_extent(const Reach &reach, uint64_t told, uint64_t offset, uint64_t present, Facts &facts) {
+    if (present < offset + 1) {
+        facts.cut(std::max(offset, reach.least), "the picture");
+    } else if (reach.is_known && reach.least > 0) {
+        const uint64_t needed = told >= reach.padded ? reach.padded : reach.least;
+        if (present < needed) {
+            facts.cut(needed, "the picture's end");
+        } else {
+            facts.whole(needed);
+        }
+    }
+}
+
+bool is_cut_header(uint64_t present, uint64_t needed, Facts &facts) {
+    if (present >= needed) return false;
+    facts.problem = "the header is cut at " + std::to_string(present) + " bytes";
+    facts.cut(needed, "the header's end");
+    return true;
+}
+
+// Components by the descriptor of an image element (SMPTE 268M, table 1): their name, and samples a pixel.
+struct Descriptor {
+    uint32_t code;
+    const char *name;
+    uint64_t samples;
+};
+
+constexpr Descriptor kDescriptors[] = {
+    {1, "R", 1},     {2, "G", 1},       {3, "B", 1},         {4, "A", 1},       {6, "Y", 1},
+    {7, "CbCr", 1},  {8, "Z", 1},       {9, "composite", 1}, {50, "RGB", 3},    {51, "RGBA", 4},
+    {52, "ABGR", 4}, {100, "4:2:2", 2}, {101, "4:2:2:4", 3}, {102, "4:4:4", 3}, {103, "4:4:4:4", 4},
+};
+
+const Descriptor *descriptor_of(uint32_t code) {
+    const auto *found = std::ranges::find(kDescriptors, code, &Descriptor::code);
+    if (found != std::end(kDescriptors)) return found;
+    return nullptr;
+}
+
+// User-defined elements of 2 to 8 components have codes of their own.
+uint64_t samples_of(uint32_t code) {
+    if (const Descriptor *known_one = descriptor_of(code)) return known_one->samples;
+    return code >= 150 && code <= 156 ? code - 148 : 0;
+}
+
+constexpr CodeName kTransferNames[] = {
+    {1, "printing density"}, {2, "linear"},         {3, "logarithmic"},     {4, "unspecified video"},
+    {5, "SMPTE 274M"},       {6, "ITU-R 709"},      {7, "ITU-R 601-5 B/G"}, {8, "ITU-R 601-5 M"},
+    {9, "NTSC composite"},   {10, "PAL composite"}, {11, "Z linear"},       {12, "Z homogeneous"},
+};
+
+// H.273 for the codes of SMPTE 268M, tables 5A and 5B; what is printing density or logarithmic has none.
+int transfer_code(uint32_t code) {
+    switch (code) {
+        case 2: return 8;
+        case 5:
+        case 6: return 1;
+        case 7: return 5;
+        case 8: return 6;
+        default: return -1;
+    }
+}
+
+int primaries_code(uint32_t code) {
+    switch (code) {
+        case 5:
+        case 6: return 1;
+        case 7: return 5;
+        case 8: return 6;
+        default: return -1;
+    }
+}
+
+Reach element_reach(OrderedBytes header, OrderedBytes element, uint64_t image_offset) {
+    const uint64_t width = known(header.u32(772));
+    const uint64_t height = known(header.u32(776));
+    const uint64_t bits = element.u8(23);
+    const uint64_t samples = samples_of(element.u8(20));
+    const uint32_t offset = known(element.u32(28));
+    const bool encoded = element.u16(26) != 0 && element.u16(26) != 0xFFFF;
+    const bool measurable = !encoded && samples > 0 && bits >= 1 && bits <= 64 && width <= kLargestSide &&
+                            height <= kLargestSide && width > 0 && height > 0;
+    if (!measurable) return {0, 0, false};
+    const uint64_t start = offset >= 768 ? offset : image_offset;
+    const Packing packing = packing_of(bits, element.u16(24) != 0 && element.u16(24) != 0xFFFF);
+    const uint64_t padding = element.u32(32) < 65536 ? element.u32(32) : 0;
+    const uint64_t image_padding = element.u32(36) < 65536 ? element.u32(36) : 0;
+    const uint64_t line = packed_bytes(width * samples, bits, packing, true) + padding;
+    return {start + packed_bytes(width * height * samples, bits, packing, false),
+            start + line * height + image_padding, true};
+}
+
+std::string dpx_components(OrderedBytes header, uint64_t elements) {
+    std::string names;
+    for (uint64_t i = 0; i < elements; i++) {
+        const Descriptor *descriptor = descriptor_of(header.u8(780 + 72 * i + 20));
+        if (descriptor) names += descriptor->name;
+    }
+    return names;
+}
+
+// Either half of the industry header may be left out; nothing of it counts where its size is 0 or the picture
+// lies in its place.
+bool has_industry_header(OrderedBytes h) { return h.u32(28) != 0 && known(h.u32(4)) >= 2048; }
+
+std::string dpx_keycode(OrderedBytes h) {
+    const auto number = [&](uint64_t offset, uint64_t width) {
+        return number_in(fixed_text(h.bytes, offset, width));
+    };
+    const int64_t manufacturer = number(1664, 2);
+    const int64_t prefix = number(1670, 6);
+    const int64_t count = number(1676, 4);
+    if (manufacturer <= 0 && prefix <= 0 && count <= 0) return "";
+    return keycode_text(manufacturer, number(1666, 2), prefix, count, number(1668, 2));
+}
+
+void add_industry_header(OrderedBytes h, Facts &facts) {
+    Picture &picture = facts.picture();
+    picture.rate = film_rate(positive_real(h, 1940));
+    if (!picture.rate.is_set()) picture.rate = film_rate(positive_real(h, 1724));
+    if (h.u8(1928) <= 1) picture.scan = h.u8(1928) == 1 ? Scan::interlaced : Scan::progressive;
+    if (h.u32(1920) != kUnset)
+        facts.add(bcd_timecode(h.u32(1920), base_of(picture.rate), "television header"));
+    facts.keycode = dpx_keycode(h);
+    facts.reel = fixed_text(h.bytes, 1972, 76);
+}
+
+void add_dpx_details(OrderedBytes h, Facts &facts) {
+    const auto text = [&](const char *name, uint64_t offset, uint64_t width) {
+        facts.add_more(name, fixed_text(h.bytes, offset, width));
+    };
+    facts.add_more("byte order", h.is_big() ? "big-endian" : "little-endian");
+    facts.add_more("transfer", name_of(kTransferNames, h.u8(801), ""));
+    facts.add_more("colorimetric", name_of(kTransferNames, h.u8(802), ""));
+    if (h.u16(804) <= 2) facts.add_more("packing", std::to_string(h.u16(804)));
+    text("project", 260, 200);
+    text("copyright", 460, 200);
+    text("source file", 1432, 100);
+    text("input device", 1556, 32);
+    if (!has_industry_header(h)) return;
+    text("film format", 1680, 32);
+    facts.add_more("shutter angle", real_text(h, 1728));
+    text("frame id", 1732, 32);
+    text("slate", 1764, 100);
+    facts.add_more("gamma", real_text(h, 1948));
+}
+
+}  // namespace
+
+void dpx_facts(Input &input, Facts &facts) {
+    constexpr uint64_t kGenericHeader = 1664;
+    const Bytes bytes = input.present(0, 2048);
+    const OrderedBytes h = bytes_are(bytes, 0, "XPDS") ? little_endian(bytes) : big_endian(bytes);
+    const uint32_t offset = known(h.u32(4));
+    const bool whole_header = offset >= 2048 && h.u32(28) != 0;
+    facts.variant = fixed_text(h.bytes, 8, 8);
+    if (is_cut_header(bytes.size(), whole_header ? 2048 : kGenericHeader, facts)) return;
+
+    Picture &picture = facts.picture();
+    const uint64_t elements = std::min<uint64_t>(h.u16(770), 8);
+    const bool encoded = h.u16(806) != 0 && h.u16(806) != 0xFFFF;
+    picture.width = known(h.u32(772));
+    picture.height = known(h.u32(776));
+    picture.bits = h.u8(803) == 0xFF ? 0 : h.u8(803);
+    picture.floating = picture.bits == 32 || picture.bits == 64;
+    picture.components = dpx_components(h, elements);
+    picture.codec = encoded ? "RLE" : "uncompressed";
+    picture.frames = 1;
+    picture.colour.transfer = transfer_code(h.u8(801));
+    picture.colour.primaries = primaries_code(h.u8(802));
+    if (known(h.u32(1628)) > 0 && known(h.u32(1632)) > 0)
+        picture.pixel_aspect = Ratio{h.u32(1628), h.u32(1632)}.reduced();
+    if (has_industry_header(h)) add_industry_header(h, facts);
+    facts.writer = fixed_text(h.bytes, 160, 100);
+    facts.date = header_date(fixed_text(h.bytes, 136, 24));
+    add_dpx_details(h, facts);
+
+    Reach reach;
+    for (uint64_t i = 0; i < elements; i++) reach.add(element_reach(h, h.from(780 + 72 * i), offset));
+    judge_extent(reach, known(h.u32(16)), offset, input.size(), facts);
+}
+
+namespace {
+
+constexpr uint64_t kCineonChannels = 196;
+constexpr uint64_t kCineonChannel = 28;
+
+std::string cineon_components(OrderedBytes h, uint64_t channels) {
+    // The second designator of a channel: 1 to 3 are the printing densities of red, green and blue.
+    if (channels == 1) return "Y";
+    return channels == 3 && h.u8(kCineonChannels + 1) <= 3 ? "RGB" : std::to_string(channels) + " channels";
+}
+
+std::string cineon_keycode(OrderedBytes h) {
+    const bool zeros = h.u16(1024) == 0 && h.u32(1028) == 0 && h.u32(1032) == 0;
+    if (h.u8(1024) == 0xFF || zeros || h.u32(1028) == kUnset || h.u32(1032) == kUnset) return "";
+    const int64_t perforations = h.u8(1026) == 0xFF ? -1 : h.u8(1026);
+    return keycode_text(h.u8(1024), h.u8(1025), h.u32(1028), h.u32(1032), perforations);
+}
+
+Reach cineon_reach(OrderedBytes h, uint64_t channels, uint64_t offset) {
+    uint64_t samples = 0;
+    uint64_t line_samples = 0;
+    const uint64_t bits = h.u8(kCineonChannels + 2);
+    for (uint64_t i = 0; i < channels; i++) {
+        const OrderedBytes channel = h.from(kCineonChannels + kCineonChannel * i);
+        const uint64_t width = known(channel.u32(4));
+        const uint64_t height = known(channel.u32(8));
+        if (width > kLargestSide || height > kLargestSide) return {0, 0, false};
+        samples += width * height;
+        line_samples += width;
+    }
+    const bool filled = h.u8(681) != 0 && h.u8(681) != 0xFF;
+    const Packing packing = packing_of(bits, filled);
+    const uint64_t lines = known(h.u32(kCineonChannels + 8));
+    if (bits == 0 || bits > 64 || samples == 0) return {0, 0, false};
+    return {offset + packed_bytes(samples, bits, packing, false),
+            offset + packed_bytes(line_samples, bits, packing, true) * lines, true};
+}
+
+}  // namespace
+
+void cineon_facts(Input &input, Facts &facts) {
+    const Bytes bytes = input.present(0, 2048);
+    const OrderedBytes h = bytes[0] == 0xD7 ? little_endian(bytes) : big_endian(bytes);
+    const uint32_t offset = known(h.u32(4));
+    facts.variant = fixed_text(h.bytes, 24, 8);
+    if (is_cut_header(bytes.size(), offset >= 2048 ? 2048 : 1024, facts)) return;
+
+    Picture &picture = facts.picture();
+    const uint64_t channels = std::min<uint64_t>(h.u8(193), 8);
+    picture.width = known(h.u32(kCineonChannels + 4));
+    picture.height = known(h.u32(kCineonChannels + 8));
+    picture.bits = h.u8(kCineonChannels + 2) == 0xFF ? 0 : h.u8(kCineonChannels + 2);
+    picture.components = cineon_components(h, channels);
+    picture.codec = "uncompressed";
+    picture.frames = 1;
+    if (offset >= 2048) {
+        picture.rate = film_rate(positive_real(h, 1072));
+        facts.keycode = cineon_keycode(h);
+        facts.add_more("frame id", fixed_text(h.bytes, 1076, 32));
+        facts.add_more("slate", fixed_text(h.bytes, 1108, 200));
+    }
+    facts.date = header_date(fixed_text(h.bytes, 132, 12) + " " + fixed_text(h.bytes, 144, 12));
+    facts.add_more("byte order", h.is_big() ? "big-endian" : "little-endian");
+    facts.add_more("input device", fixed_text(h.bytes, 844, 64));
+    facts.add_more("gamma", real_text(h, 980));
+    judge_extent(cineon_reach(h, channels, offset), known(h.u32(20)), offset, input.size(), facts);
+}

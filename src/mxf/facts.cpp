@@ -1,0 +1,3 @@
+#include "mxf/facts.h"
+
+void mxf_facts(Input &, Facts &) {}

@@ -1,0 +1,3 @@
+#include "quicktime/facts.h"
+
+void movie_facts(Input &, Facts &) {}

@@ -1,0 +1,3 @@
+#include "rawstream/facts.h"
+
+void sdi_facts(Input &, Facts &) {}

@@ -1,0 +1,3 @@
+#include "tiff/facts.h"
+
+void tiff_facts(Input &, Facts &) {}
