@@ -73,6 +73,10 @@ void Output::flush() {
 }
 
 void Output::write_block(const char *data, size_t n) {
+    if (taker_) {
+        taker_->take({data, n});
+        return;
+    }
     while (n > 0 && !failed_) {
         const ssize_t count = ::write(STDOUT_FILENO, data, n);
         if (count > 0) {

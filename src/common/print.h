@@ -21,6 +21,13 @@ inline void print_value(const char *text) { print("%s", text); }
 // Prints bytes of the file as they are.
 void print_bytes(std::span<const uint8_t> bytes);
 
+// Takes output instead of standard output.
+class OutputTaker {
+ public:
+    virtual ~OutputTaker() = default;
+    virtual void take(std::string_view text) = 0;
+};
+
 // Standard output: a block that goes out when it is full. Where nothing more can be written (the reader is
 // gone, the disk is full) the run ends, or what is printed from then on is dropped.
 class Output {
@@ -47,6 +54,8 @@ class Output {
 
     // Whether the run goes on without output when that fails, for what else it makes.
     void goes_on_without(bool yes) { goes_on_ = yes; }
+    // What is printed goes to a taker from now on; null: to standard output.
+    void goes_to(OutputTaker *taker) { taker_ = taker; }
     // Nothing is written from now on.
     void discard() { failed_ = goes_on_ = true; }
 
@@ -56,6 +65,7 @@ class Output {
     size_t used_ = 0;
     bool failed_ = false;
     bool goes_on_ = false;
+    OutputTaker *taker_ = nullptr;
     char block_[kLargestPiece + 16 * 1024] = {};
 };
 

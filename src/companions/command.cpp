@@ -1,45 +1,34 @@
 #include "companions/command.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <thread>
 
-#include "companions/alias.h"
 #include "companions/safe_text.h"
 
 namespace {
 
 const char *command_name = "keldump";
-std::atomic<bool> ending = false;  // what fails from now on does so because the temporary names are gone
 
-// The signals that end a run, without those that were ignored at the start (nohup).
-sigset_t ending_signals() {
-    sigset_t set;
-    sigemptyset(&set);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) {
-        struct sigaction action;
-        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN) sigaddset(&set, signal);
+// A descriptor that is closed would be given to the next file, and a message would land in it.
+void fill_standard_descriptors() {
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(fd, F_GETFD) >= 0) continue;
+        // Writing to standard output is to fail as it does where it is closed.
+        const int opened = open("/dev/null", fd == STDERR_FILENO ? O_WRONLY : O_RDONLY);
+        if (opened >= 0 && opened != fd) close(opened);
     }
-    return set;
 }
 
-[[noreturn]] void end_by(int signal) {
-    ending = true;
-    remove_aliases();
-    std::signal(signal, SIG_DFL);
-    sigset_t set;
-    sigemptyset(&set);
-    sigaddset(&set, signal);
-    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
-    kill(getpid(), signal);
-    pause();
+[[noreturn]] void end_by_broken_pipe() {
+    std::signal(SIGPIPE, SIG_DFL);
+    raise(SIGPIPE);
     _exit(kTrouble);
 }
 
@@ -47,14 +36,9 @@ sigset_t ending_signals() {
 
 void start_companion(const char *name) {
     command_name = name;
+    fill_standard_descriptors();
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);  // a limit is a write that fails
-    const sigset_t set = ending_signals();
-    pthread_sigmask(SIG_BLOCK, &set, nullptr);
-    std::thread([set] {
-        int signal = SIGTERM;
-        if (sigwait(&set, &signal) == 0) end_by(signal);
-    }).detach();
 }
 
 bool answered(int argc, char **argv, const char *usage) {
@@ -70,25 +54,6 @@ bool answered(int argc, char **argv, const char *usage) {
     return false;
 }
 
-bool parse_jobs(int argc, char **argv, int &next, unsigned &jobs) {
-    constexpr long kMost = 1024;
-    const char *text = argv[next] + 2;
-    if (*text == '\0') {
-        if (++next == argc) return false;
-        text = argv[next];
-    }
-    char *end = nullptr;
-    const long number = std::strtol(text, &end, 10);
-    if (*text == '\0' || *end != '\0' || number < 1 || number > kMost) return false;
-    jobs = static_cast<unsigned>(number);
-    return true;
-}
-
-bool unknown_switch(const std::string &argument) {
-    complain("unknown or wrong switch " + safe_name(argument));
-    return false;
-}
-
 int usage_error(const char *usage) {
     std::fputs(usage, stderr);
     return kTrouble;
@@ -100,7 +65,8 @@ int trouble(const std::string &message) {
 }
 
 void complain(const std::string &message) {
-    if (!ending) std::fprintf(stderr, "%s: %s\n", command_name, message.c_str());
+    const std::string line = std::string(command_name) + ": " + message + "\n";
+    std::fputs(line.c_str(), stderr);
 }
 
 void write_out(std::string_view text) {
@@ -109,24 +75,18 @@ void write_out(std::string_view text) {
         if (done >= 0) {
             text.remove_prefix(static_cast<size_t>(done));
         } else if (errno == EPIPE) {
-            end_by(SIGPIPE);
+            end_by_broken_pipe();
         } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
             pollfd ready{STDOUT_FILENO, POLLOUT, 0};
             poll(&ready, 1, -1);
         } else if (errno != EINTR) {
             complain(std::string("cannot write: ") + std::strerror(errno));
-            end_now(kTrouble);
+            _exit(kTrouble);
         }
     }
 }
 
-void end_now(int status) {
-    ending = true;
-    remove_aliases();
-    _exit(status);
-}
-
 unsigned core_count() {
-    const unsigned cores = std::thread::hardware_concurrency();
-    return cores == 0 ? 1 : cores;
+    const long cores = sysconf(_SC_NPROCESSORS_ONLN);
+    return cores < 1 ? 1 : static_cast<unsigned>(cores);
 }

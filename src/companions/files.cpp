@@ -1,9 +1,14 @@
 #include "companions/files.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iostream>
 #include <system_error>
 
+#include "companions/command.h"
 #include "companions/safe_text.h"
 
 namespace fs = std::filesystem;
@@ -46,6 +51,7 @@ void add_directory(const fs::path &directory, FileList &list) {
         std::error_code ignored;
         if (entry.is_regular_file(ignored) || leads_nowhere(entry)) {
             list.files.push_back(entry.path().native());
+            list.are_named.push_back(false);
         } else if (!entry.is_symlink(ignored) && entry.is_directory(ignored)) {
             add_directory(entry.path(), list);
         }
@@ -92,7 +98,22 @@ FileList list_files(const std::vector<std::string> &operands) {
             list.problems.push_back(problem_text(operand, "not a regular file"));
         } else {
             list.files.push_back(operand);
+            list.are_named.push_back(true);
         }
     }
     return list;
+}
+
+bool read_names(const std::string &file, char end, std::vector<std::string> &names) {
+    std::ifstream listed;
+    if (file != "-") listed.open(file, std::ios::binary);
+    std::istream &in = file == "-" ? std::cin : listed;
+    for (std::string name; std::getline(in, name, end);) {
+        if (!name.empty()) names.push_back(name);
+    }
+    if (in.bad() || (file != "-" && !listed.is_open())) {
+        complain(problem_text(file, std::strerror(errno)));
+        return false;
+    }
+    return true;
 }

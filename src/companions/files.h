@@ -11,6 +11,7 @@ bool natural_less(std::string_view a, std::string_view b);
 
 struct FileList {
     std::vector<std::string> files;
+    std::vector<bool> are_named;        // of each, whether an operand is its name
     std::vector<std::string> problems;  // messages about what could not be read or is no file
 };
 
@@ -20,3 +21,7 @@ struct FileList {
 // given by name is a problem, as opening it could wait for ever, unless it is one of this process
 // (/dev/stdin, /dev/fd/N).
 FileList list_files(const std::vector<std::string> &operands);
+
+// Adds the names that a file lists ("-": standard input), each ended by `end`; false, behind a message, where
+// it cannot be read.
+bool read_names(const std::string &file, char end, std::vector<std::string> &names);

@@ -4,28 +4,15 @@
 
 #include <cstdio>
 
-using std::chrono::steady_clock;
+Progress::Progress(size_t count, bool shown) : count_(count), shown_(shown && isatty(STDERR_FILENO)) {}
 
-namespace {
-constexpr std::chrono::milliseconds kInterval(100);
-}
-
-Progress::Progress(size_t count, bool shown) : count_(count), shown_(shown && isatty(STDERR_FILENO)) {
-    if (shown_) next_ = steady_clock::now() + kInterval;
-}
-
-void Progress::step() {
+void Progress::show(size_t ended) {
     if (!shown_) return;
-    const std::lock_guard lock(mutex_);
-    done_++;
-    if (steady_clock::now() < next_) return;
-    std::fprintf(stderr, "\r%zu of %zu files", done_, count_);
-    next_ = steady_clock::now() + kInterval;
+    std::fprintf(stderr, "\r%zu of %zu files", ended, count_);
     visible_ = true;
 }
 
 void Progress::clear() {
-    const std::lock_guard lock(mutex_);
     if (visible_) std::fputs("\r\x1b[K", stderr);
     visible_ = false;
 }

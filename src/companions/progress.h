@@ -1,24 +1,23 @@
-// How far a run over many files is, on standard error when that is a terminal.
+// A line on standard error that tells how far a command is.
 #pragma once
 
-#include <chrono>
 #include <cstddef>
-#include <mutex>
+#include <string>
 
+// "12 of 47 files" when standard error is a terminal and it is wanted.
 class Progress {
  public:
-    // Shown unless the run prints its answers to the same terminal while it goes on.
     Progress(size_t count, bool shown);
-    // One more file is done. Safe from any thread.
-    void step();
-    // Removes the line, so that something else can be printed.
+    ~Progress() { clear(); }
+    Progress(const Progress &) = delete;
+    Progress &operator=(const Progress &) = delete;
+
+    void show(size_t ended);
+    // Before other output to the terminal.
     void clear();
 
  private:
-    const size_t count_;
-    const bool shown_;
-    std::mutex mutex_;
-    size_t done_ = 0;
+    size_t count_;
+    bool shown_;
     bool visible_ = false;
-    std::chrono::steady_clock::time_point next_{};
 };

@@ -15,6 +15,16 @@ void escape(char c, std::string &out) {
 
 bool is_plain(char c) { return byte_of(c) >= 0x20 && byte_of(c) < 0x7F; }
 
+// Characters that turn the direction of text or end a line, unseen: U+061C, U+200E, U+200F, U+2028 to U+202E,
+// U+2066 to U+2069.
+bool steers_text(std::string_view character) {
+    if (character == "\u061C") return true;
+    if (character.size() != 3 || character[0] != '\xE2') return false;
+    const uint8_t last = byte_of(character[2]);
+    if (character[1] == '\x80') return last == 0x8E || last == 0x8F || (last >= 0xA8 && last <= 0xAE);
+    return character[1] == '\x81' && last >= 0xA6 && last <= 0xA9;
+}
+
 // Appends the safe text of `text` and returns how many bytes are done; at the end of a text everything is.
 size_t append_safe(std::string_view text, bool running, bool at_end, std::string &out) {
     size_t i = 0;
@@ -32,8 +42,9 @@ size_t append_safe(std::string_view text, bool running, bool at_end, std::string
         if (!at_end && rest == "\r") break;
         const size_t length = utf8_length(rest);
         if (length > rest.size() && !at_end) break;
+        const bool control = byte_of(rest[0]) == 0xC2 && rest.size() > 1 && byte_of(rest[1]) < 0xA0;
         const bool passes =
-            length > 1 && length <= rest.size() && !(byte_of(rest[0]) == 0xC2 && byte_of(rest[1]) < 0xA0);
+            length > 1 && length <= rest.size() && !control && !steers_text(rest.substr(0, length));
         const size_t done = passes || (length > 1 && length <= rest.size()) ? length : 1;
         if (passes) {
             out.append(rest, 0, done);

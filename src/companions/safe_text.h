@@ -4,8 +4,9 @@
 #include <string>
 #include <string_view>
 
-// A text whose control characters (C0, DEL, C1) and bytes that are not UTF-8 are written as \x1b and the
-// like, so that no file can move the cursor, set a colour or answer for the user. Line feed, tab and a
+// A text whose control characters (C0, DEL, C1), characters that turn the direction of text or end a line
+// (U+202E, U+2028), and bytes that are not UTF-8 are written as \x1b and the like, so that no file can move
+// the cursor, set a colour, show another name or answer for the user. Line feed, tab and a
 // carriage return before a line feed pass in running text; `safe_name` escapes these too, as a name stands on
 // one line.
 std::string safe_name(std::string_view name);

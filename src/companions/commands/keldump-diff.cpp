@@ -2,11 +2,14 @@
 #include <string>
 #include <vector>
 
+#include "common/print.h"
+#include "companions/arguments.h"
 #include "companions/command.h"
 #include "companions/diff/compare.h"
 #include "companions/diff/dump_tree.h"
-#include "companions/keldump.h"
+#include "companions/opening.h"
 #include "companions/safe_text.h"
+#include "main/dump.h"
 
 namespace {
 
@@ -28,42 +31,45 @@ constexpr size_t kMostText = size_t{256} << 20;
 
 struct Request {
     bool everything = false;
-    std::vector<std::string> switches;
+    DumpOptions options{};
     std::string names[2];
 };
 
-bool parse(int argc, char **argv, Request &request) {
-    int next = 1;
-    for (; next < argc && argv[next][0] == '-'; next++) {
-        const std::string argument = argv[next];
-        if (argument == "--") {
-            next++;
-            break;
-        }
-        if (argument == "--all") {
+bool parse(Arguments arguments, Request &request) {
+    while (arguments.next()) {
+        if (arguments.is("--all")) {
             request.everything = true;
-        } else if (argument == "-v") {
-            request.switches.push_back(argument);
-        } else {
-            return unknown_switch(argument);
+        } else if (!arguments.is("-v") || !arguments.sets(request.options)) {
+            return arguments.refuse();
         }
     }
-    if (argc - next != 2) return false;
-    request.names[0] = argv[next];
-    request.names[1] = argv[next + 1];
+    const std::vector<std::string> names = arguments.operands();
+    if (names.size() != 2) return false;
+    request.names[0] = names[0];
+    request.names[1] = names[1];
     return true;
 }
 
+// The text of a dump, as far as it is compared.
+struct DumpText : OutputTaker {
+    void take(std::string_view piece) override {
+        if (text.size() <= kMostText) text += piece;
+    }
+    std::string text;
+};
+
 // The dump of a file; a message where there is none.
-std::string read_dump(const std::string &keldump, const Request &request, const std::string &name,
-                      std::string &dump) {
-    const DumpResult result = run_keldump(keldump, request.switches, name, [&](std::string_view piece) {
-        dump += piece;
-        return dump.size() <= kMostText;
-    });
-    if (result.end == DumpEnd::dumped) return "";
-    return safe_name(name) + ": " +
-           (result.end == DumpEnd::stopped ? "its dump is too long to compare" : result.message);
+std::string read_dump(const Request &request, const std::string &name, std::string &text) {
+    DumpText taker;
+    standard_output.goes_to(&taker);
+    const DumpOutcome outcome = dump(name.c_str(), request.options, nullptr);
+    standard_output.flush();
+    standard_output.goes_to(nullptr);
+    const std::string failure = failure_text(name, outcome);
+    if (!failure.empty()) return safe_name(name) + ": " + failure;
+    if (taker.text.size() > kMostText) return safe_name(name) + ": its dump is too long to compare";
+    text = std::move(taker.text);
+    return "";
 }
 
 }  // namespace
@@ -72,16 +78,14 @@ int main(int argc, char **argv) {
     start_companion("keldump-diff");
     if (answered(argc, argv, kUsage)) return kFine;
     Request request;
-    if (!parse(argc, argv, request)) return usage_error(kUsage);
-    const std::string keldump = find_keldump();
-    if (keldump.empty()) return trouble("no keldump beside this command or on PATH");
+    if (!parse({argc, argv}, request)) return usage_error(kUsage);
 
     DumpNode trees[2];
     for (int i = 0; i < 2; i++) {
-        std::string dump;
-        const std::string message = read_dump(keldump, request, request.names[i], dump);
+        std::string text;
+        const std::string message = read_dump(request, request.names[i], text);
         if (!message.empty()) return trouble(message);
-        trees[i] = parse_dump(dump, request.everything);
+        trees[i] = parse_dump(text, request.everything);
     }
     const std::string differences = compare_dumps(trees[0], trees[1]);
     if (differences.empty()) return kFine;

@@ -117,7 +117,8 @@ bool parse(int argc, char **argv, std::vector<std::string> &files, bool &complet
     if (next < argc && std::string(argv[next]) == "--") {
         next++;
     } else if (next < argc && argv[next][0] == '-') {
-        return unknown_switch(argv[next]);
+        complain("unknown or wrong switch " + safe_name(argv[next]));
+        return false;
     }
     if (next == argc) return false;
     for (; next < argc; next++) {

@@ -1,154 +1,316 @@
-// A row a file: format, size, rates, timecode and the like, read from the dumps.
+// A row a file: format, size, rate, timecode and the like, and whether all of it is there.
+#include <sys/ioctl.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <cstring>
-#include <filesystem>
+#include <algorithm>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "companions/arguments.h"
 #include "companions/command.h"
 #include "companions/files.h"
-#include "companions/keldump.h"
-#include "companions/ordered.h"
+#include "companions/frame_groups.h"
+#include "companions/printing.h"
 #include "companions/progress.h"
 #include "companions/safe_text.h"
-#include "companions/table/movie.h"
+#include "companions/table/odd.h"
 #include "companions/table/output.h"
-#include "companions/table/reader.h"
+#include "companions/table/read.h"
+#include "companions/table/sequence.h"
+#include "companions/table/terminal.h"
+#include "companions/workers.h"
 
 namespace {
 
 constexpr char kUsage[] =
-    "usage: keldump-table [--csv|--json] [-j N] [--] FILES|DIRECTORIES\n"
+    "usage: keldump-table [--csv|--json|--lines] [--odd] [--each] [--columns NAMES] [--field PATTERN]...\n"
+    "                     [-j N] [--files-from FILE [-0]] [-v] [--] [FILES|DIRECTORIES]\n"
     "\n"
-    "Prints a row a file, read from the files' dumps: format, width, height, bit depth, codec, frame rate, "
-    "duration,\n"
-    "audio channels, sample rate, timecode, keycode and reel; empty where the dump does not say.\n"
+    "Prints a row a file, or a sequence of numbered frames: format, size, rate, codec, duration, sound, "
+    "timecode\n"
+    "and reel, and what is wrong with it (cut, open, frames missing) in a line below.\n"
     "\n"
-    "  --csv      comma-separated values (RFC 4180)\n"
-    "  --json     an array of objects\n"
-    "  -j N       N files at a time (as many as there are processors)\n"
-    "  --         the end of the switches\n"
+    "  --csv            all columns as comma-separated values (RFC 4180)\n"
+    "  --json           all columns as an array of objects\n"
+    "  --lines          the same as JSON Lines\n"
+    "  --odd            only what differs: the columns in which files do, and the files that are unlike "
+    "most\n"
+    "  --each           numbered frames one by one\n"
+    "  --columns NAMES  these columns, by their names in CSV or those of further values: 'file,rate,gamma'\n"
+    "  --field PATTERN  a further column: the values of the dump's lines whose path ends so\n"
+    "                   ('television/timecode')\n"
+    "  -v               the fields of keldump -v; -v -v more still\n"
+    "  -j N             N files at a time (as many as there are processors); 1: in the list's order\n"
+    "  --files-from F   the names in a file, a line each, in their order; -: standard input\n"
+    "  -0               these end with a zero byte\n"
+    "  --               the end of the switches\n"
     "\n"
-    "Exit status: 0, 1 when a file could not be opened or is unknown, 2 for trouble.\n";
+    "Exit status: 0, 1 when a file has a problem or could not be read, 2 for trouble.\n";
 
-enum class Style { aligned, csv, json };
+enum class Style { person, csv, json, lines };
 
 struct Request {
-    Style style = Style::aligned;
+    Style style = Style::person;
+    bool odd = false;
+    bool each = false;
     unsigned jobs = core_count();
+    Selection selection;
+    FieldRequest fields;
+    std::string files_from;
+    bool zero_ends = false;
     std::vector<std::string> operands;
 };
 
-bool parse(int argc, char **argv, Request &request) {
-    int next = 1;
-    for (; next < argc && argv[next][0] == '-'; next++) {
-        const std::string argument = argv[next];
-        if (argument == "--") {
-            next++;
-            break;
-        }
-        if (argument == "--csv") {
+void add_names(const std::string &list, std::vector<std::string> &names) {
+    for (size_t at = 0; at <= list.size();) {
+        const size_t end = std::min(list.find(',', at), list.size());
+        if (end > at) names.push_back(list.substr(at, end - at));
+        at = end + 1;
+    }
+}
+
+bool parse(Arguments arguments, Request &request) {
+    std::string value;
+    while (arguments.next()) {
+        if (arguments.is("--csv")) {
             request.style = Style::csv;
-        } else if (argument == "--json") {
+        } else if (arguments.is("--json")) {
             request.style = Style::json;
-        } else if (!argument.starts_with("-j") || !parse_jobs(argc, argv, next, request.jobs)) {
-            return unknown_switch(argument);
+        } else if (arguments.is("--lines")) {
+            request.style = Style::lines;
+        } else if (arguments.is("--odd")) {
+            request.odd = true;
+        } else if (arguments.is("--each")) {
+            request.each = true;
+        } else if (arguments.is("-0")) {
+            request.zero_ends = true;
+        } else if (arguments.is("-v")) {
+            request.fields.options.verbose++;
+        } else if (arguments.takes("--columns", value)) {
+            add_names(value, request.selection.names);
+        } else if (arguments.takes("--field", value)) {
+            request.fields.patterns.push_back(value);
+        } else if (!arguments.takes("--files-from", request.files_from) &&
+                   !arguments.takes_jobs(request.jobs)) {
+            return arguments.refuse();
         }
     }
-    request.operands.assign(argv + next, argv + argc);
-    return !request.operands.empty();
+    request.selection.fields = request.fields.patterns;
+    request.operands = arguments.operands();
+    return !arguments.failed() && (!request.operands.empty() || !request.files_from.empty());
 }
 
-// A film frame whose header the file cuts: the dump shows zeros for what is missing.
-std::string cut_header(const std::string &path, const Row &row) {
-    constexpr uint64_t kDpxHeader = 1664;     // SMPTE 268M, without the film and television information
-    constexpr uint64_t kCineonHeader = 1024;  // likewise
-    constexpr uint64_t kWholeHeader = 2048;
-    const bool dpx = row[Column::format] == "DPX";
-    if (!dpx && row[Column::format] != "Cineon") return "";
-    std::error_code error;
-    const uint64_t size = std::filesystem::file_size(path, error);
-    const bool film = !row[Column::bcd].empty() || !row[Column::keycode].empty();
-    const uint64_t header = film ? kWholeHeader : dpx ? kDpxHeader : kCineonHeader;
-    return error || size >= header ? "" : "the header is cut at " + std::to_string(size) + " bytes";
+size_t terminal_width() {
+    winsize size{};
+    return isatty(STDOUT_FILENO) && ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 ? size.ws_col : 0;
 }
 
-class Table {
+// Files, and which of them a user named.
+struct Files {
+    std::vector<std::string> names;
+    std::vector<bool> are_named;
+    std::vector<FrameGroup> groups;
+    std::vector<size_t> order;     // of the groups' files
+    std::vector<size_t> group_of;  // of each place in `order`
+};
+
+// Puts rows together as the groups have them, and gives them.
+class Table : public JobsReader {
  public:
-    Table(const Request &request, const std::string &keldump, const std::vector<std::string> &files)
-        : request_(request),
-          keldump_(keldump),
-          files_(files),
-          progress_(files.size(), request.style == Style::aligned || !isatty(STDOUT_FILENO)) {}
+    Table(const Request &request, const Files &files)
+        : request_(request), files_(files), progress_(files.order.size(), !isatty(STDOUT_FILENO)) {
+        if (request.style == Style::person && !request.odd)
+            terminal_.emplace(terminal_width(), request.selection,
+                              [this](const std::string &text) { print(text); });
+        if (request.odd) return;
+        if (request.style == Style::csv) write_out(csv_header(request.selection));
+        if (request.style == Style::json) write_out("[");
+    }
 
-    // Prints the table; whether every file was dumped.
-    bool print() {
-        if (request_.style == Style::csv) write_out(csv_header());
-        if (request_.style == Style::json) write_out("[\n");
-        if (request_.style == Style::aligned) rows_.resize(files_.size());
-        run_in_order(files_.size(), request_.jobs,
-                     [this](size_t index, const OutputTaker &out) { add(index, out); });
+    void out(size_t, std::string_view text) override { packed_ += text; }
+    void complain(size_t index, const std::string &message) override { report(index, message); }
+    void progress(size_t ended) override {
+        if (terminal_) terminal_->tick();
+        flush();
+        progress_.show(ended);
+    }
+
+    void done(size_t index, int, const std::string &death) override {
+        Row row = Row::unpacked(packed_);
+        packed_.clear();
+        if (!death.empty()) {
+            row = Row();
+            row[Column::file] = name(index);
+            row[Column::problem] = death;
+            row.is_known = true;  // it is no side file
+        }
+        const FrameGroup &group = files_.groups[files_.group_of[index]];
+        if (request_.each || group.files.size() == 1) {
+            single(index, std::move(row));
+            return;
+        }
+        if (group.files.size() <= kFewFrames) few_.push_back(row);
+        sequence_.add(group.numbers[in_group_++], std::move(row));
+        if (in_group_ == group.files.size()) end_group(index, group);
+    }
+
+    // The rest; whether any file has a problem.
+    bool finish() {
         progress_.clear();
-        if (request_.style == Style::json) write_out(files_.empty() ? "]\n" : "\n]\n");
-        if (request_.style == Style::aligned) write_out(aligned_table(rows_));
-        return all_dumped_;
+        if (request_.odd) give_odd();
+        if (terminal_) {
+            terminal_->finish();
+            print(sums_.text());
+        }
+        if (request_.style == Style::json && !request_.odd) print(sums_.rows > 0 ? "\n]\n" : "]\n");
+        flush();
+        return problems_;
+    }
+
+    // A column that was asked for and that no file has.
+    std::string unknown_name() const {
+        const auto columns = table_columns();
+        for (const std::string &wanted : request_.selection.names) {
+            const bool is_column = std::ranges::find(columns, wanted, &ColumnRow::name) != columns.end();
+            const bool is_field =
+                std::ranges::find(request_.selection.fields, wanted) != request_.selection.fields.end();
+            if (!is_column && !is_field && std::ranges::find(seen_, wanted) == seen_.end()) return wanted;
+        }
+        return "";
     }
 
  private:
-    void add(size_t index, const OutputTaker &out) {
-        Row row = row_of(files_[index]);
-        if (request_.style == Style::csv) out(csv_line(row));
-        if (request_.style == Style::json) out((index > 0 ? ",\n" : "") + json_object(row));
-        if (request_.style == Style::aligned) rows_[index] = std::move(row);
-        progress_.step();
-    }
+    static constexpr size_t kBlock = 64 * 1024;
+    static constexpr size_t kFewFrames = 64;
 
-    Row row_of(const std::string &path) {
-        Row row;
-        DumpLines lines;
-        const DumpResult result =
-            run_keldump(keldump_, {}, path, [&](std::string_view piece) { return lines.add(piece); });
-        if (result.end == DumpEnd::dumped || result.end == DumpEnd::stopped) {
-            lines.finish(row);
-            add_movie_timecode(path, row);
+    // Few files that have little in common are no frames, whatever their names.
+    void end_group(size_t last, const FrameGroup &group) {
+        if (few_.empty() || 4 * sequence_.unlike() < group.files.size()) {
+            add(sequence_.finish(group, files_.names));
         } else {
-            row[Column::problem] = result.message;
+            const size_t first = last + 1 - few_.size();
+            for (size_t i = 0; i < few_.size(); i++) single(first + i, std::move(few_[i]));
         }
-        if (const std::string cut = cut_header(path, row); !cut.empty()) {
-            const std::string format = row[Column::format];
-            row = Row();
-            row[Column::format] = format;
-            row[Column::problem] = cut;
-        }
-        if (!row[Column::problem].empty()) {
-            all_dumped_ = false;
-            progress_.clear();
-            complain(safe_name(path) + ": " + row[Column::problem]);
-        }
-        row[Column::file] = path;
-        return row;
+        few_.clear();
+        sequence_ = {};
+        in_group_ = 0;
     }
 
-    void add_movie_timecode(const std::string &path, Row &row) {
-        const std::string hex = movie_timecode_switch(row);
-        if (row[Column::format] != "QuickTime" || hex.empty()) return;
-        std::string dump;
-        run_keldump(keldump_, {hex}, path, [&](std::string_view piece) {
-            dump += piece;
-            return true;
-        });
-        set_movie_timecode(row, dump);
+    const std::string &name(size_t index) const { return files_.names[files_.order[index]]; }
+    bool named(size_t index) const { return files_.are_named[files_.order[index]]; }
+
+    // Files of unknown format beside others are no findings.
+    void single(size_t index, Row row) {
+        if (!row.is_known && !named(index) && row[Column::problem].starts_with("unknown format")) {
+            sums_.others++;
+            return;
+        }
+        add(std::move(row));
+    }
+
+    void add(Row row) {
+        if (!row[Column::problem].empty()) {
+            problems_ = true;
+            if (request_.style != Style::person) {
+                flush();
+                progress_.clear();
+                ::complain(safe_name(row[Column::file]) + ": " + safe_name(row[Column::problem]));
+            }
+        }
+        note_names(row);
+        sums_.add(row);
+        if (request_.odd) {
+            rows_.push_back(std::move(row));
+        } else {
+            give(row);
+        }
+    }
+
+    void note_names(const Row &row) {
+        if (request_.selection.names.empty()) return;
+        for (const auto &[key, value] : row.more) {
+            if (std::ranges::find(seen_, key) == seen_.end()) seen_.push_back(key);
+        }
+    }
+
+    void give(const Row &row) {
+        const Selection &selection = request_.selection;
+        switch (request_.style) {
+            case Style::csv: print(csv_line(row, selection)); break;
+            case Style::json: print((given_++ > 0 ? ",\n" : "\n") + json_object(row, selection)); break;
+            case Style::lines: print(json_object(row, selection) + "\n"); break;
+            case Style::person: terminal_->add(row); break;
+        }
+    }
+
+    void give_odd() {
+        const Oddities odd = find_odd(rows_);
+        if (request_.style == Style::person) {
+            TerminalTable table(terminal_width(), request_.selection,
+                                [this](const std::string &text) { print(text); });
+            if (request_.selection.names.empty()) table.keep(odd.titles);
+            for (const OddRow &row : odd.rows) table.add(rows_[row.row], row.remarks);
+            table.finish();
+            print(odd.rows.empty() ? "nothing odd: " + sums_.text() : sums_.text());
+            return;
+        }
+        if (request_.style == Style::csv) print(csv_header(request_.selection));
+        if (request_.style == Style::json) print("[");
+        for (const OddRow &row : odd.rows) give(rows_[row.row]);
+        if (request_.style == Style::json) print(odd.rows.empty() ? "]\n" : "\n]\n");
+    }
+
+    void report(size_t index, const std::string &message) {
+        flush();
+        progress_.clear();
+        ::complain(safe_name(name(index)) + ": " + safe_name(message));
+        problems_ = true;
+    }
+
+    void print(const std::string &text) {
+        text_ += text;
+        if (text_.size() >= kBlock) flush();
+    }
+    void flush() {
+        if (text_.empty()) return;
+        progress_.clear();
+        write_out(text_);
+        text_.clear();
     }
 
     const Request &request_;
-    const std::string &keldump_;
-    const std::vector<std::string> &files_;
-    std::vector<Row> rows_;
-    std::atomic<bool> all_dumped_ = true;
+    const Files &files_;
     Progress progress_;
+    std::optional<TerminalTable> terminal_;
+    TableSums sums_;
+    std::string packed_;
+    std::string text_;
+    SequenceRow sequence_;
+    std::vector<Row> few_;  // rows of its frames where these are few
+    size_t in_group_ = 0;
+    std::vector<Row> rows_;
+    std::vector<std::string> seen_;  // names of `more`
+    size_t given_ = 0;
+    bool problems_ = false;
 };
+
+bool never(std::string_view) { return false; }
+
+Files files_of(const Request &request, const FileList &list) {
+    Files files;
+    files.names = list.files;
+    files.are_named = list.are_named;
+    files.groups = group_frames(files.names, request.each ? never : is_still_name);
+    for (size_t group = 0; group < files.groups.size(); group++) {
+        for (const size_t file : files.groups[group].files) {
+            files.order.push_back(file);
+            files.group_of.push_back(group);
+        }
+    }
+    return files;
+}
 
 }  // namespace
 
@@ -156,12 +318,24 @@ int main(int argc, char **argv) {
     start_companion("keldump-table");
     if (answered(argc, argv, kUsage)) return kFine;
     Request request;
-    if (!parse(argc, argv, request)) return usage_error(kUsage);
-    const std::string keldump = find_keldump();
-    if (keldump.empty()) return trouble("no keldump beside this command or on PATH");
+    if (!parse({argc, argv}, request)) return usage_error(kUsage);
+    if (!request.files_from.empty() &&
+        !read_names(request.files_from, request.zero_ends ? '\0' : '\n', request.operands))
+        return kTrouble;
 
     const FileList list = list_files(request.operands);
-    for (const std::string &problem : list.problems) complain(problem);
-    const bool all_dumped = Table(request, keldump, list.files).print();
-    return all_dumped && list.problems.empty() ? kFine : kFound;
+    const Files files = files_of(request, list);
+    Table table(request, files);
+    run_jobs(
+        files.order.size(), request.jobs,
+        [&](size_t index, JobOutput &output) {
+            output.out(read_row(files.names[files.order[index]], request.fields).packed());
+            return kFine;
+        },
+        table);
+    const bool problems = table.finish();
+    const bool refused = report_problems(list);
+    const std::string unknown = table.unknown_name();
+    if (!unknown.empty()) return trouble("no file has a column '" + safe_name(unknown) + "'");
+    return problems || refused ? kFound : kFine;
 }

@@ -3,11 +3,11 @@
 #include <array>
 #include <charconv>
 
-#include "companions/command.h"
+#include "main/dump.h"
 
 namespace {
 
-constexpr size_t kBlock = 256 * 1024;  // of output that is written at once
+constexpr size_t kBlock = 32 * 1024;  // of output that is given at once
 constexpr int kSchema = 1;
 
 void append_number(std::string &out, uint64_t number) {
@@ -112,7 +112,8 @@ void append_json(std::string &out, std::string_view text, bool utf8) {
     out += '"';
 }
 
-JsonDump::JsonDump(const JsonStyle &style, std::string_view file) : style_(style) {
+JsonDump::JsonDump(const JsonStyle &style, std::string_view file, JobOutput &output)
+    : style_(style), output_(output) {
     append_json(file_, file, style.utf8 || style.lines);
 }
 
@@ -130,9 +131,8 @@ void JsonDump::begin_file() {
     out_ += ", \"lines\": [";
 }
 
-void JsonDump::flush_full() {
-    if (out_.size() < kBlock) return;
-    write_out(out_);
+void JsonDump::flush() {
+    output_.out(out_);
     out_.clear();
 }
 
@@ -225,7 +225,7 @@ void JsonDump::end_line(const Line &line) {
     }
     if (!line.ends) out_ += ", \"open\": true";
     out_ += style_.lines ? "}\n" : "}";
-    flush_full();
+    if (out_.size() >= kBlock) flush();
 }
 
 void JsonDump::line(const Line &line) {
@@ -235,7 +235,7 @@ void JsonDump::line(const Line &line) {
     if (!shown_) return;
     put_text(line.text);
     if (!line.goes_on) end_line(line);
-    flush_full();
+    if (out_.size() >= kBlock) flush();
 }
 
 void JsonDump::finish(std::string_view message, int status) {
@@ -255,6 +255,33 @@ void JsonDump::finish(std::string_view message, int status) {
     }
     if (!style_.lines) out_ += '}';
     if (style_.lines && told) out_ += "}\n";
-    write_out(out_);
-    out_.clear();
+    flush();
+}
+
+std::string JsonDump::broken_off(const JsonStyle &style, std::string_view file, bool begun,
+                                 std::string_view message) {
+    const bool utf8 = style.utf8 || style.lines;
+    std::string out;
+    if (!begun || style.lines) {
+        out += "{\"file\": ";
+        append_json(out, file, utf8);
+        out += ", \"format\": null";
+        if (!style.lines) out += ", \"lines\": [";
+    }
+    if (!style.lines) out += begun ? "\n]" : "]";
+    out += ", \"message\": ";
+    append_json(out, message, utf8);
+    return out + (style.lines ? "}\n" : "}");
+}
+
+bool dump_as_json(const std::string &path, const DumpOptions &options, const JsonStyle &style,
+                  JobOutput &output) {
+    JsonDump json(style, path, output);
+    const DumpOutcome outcome = dump(path.c_str(), options, &json);
+    std::string message;
+    if (outcome.end == DumpOutcome::unopened) message = "could not open file";
+    if (outcome.end == DumpOutcome::unknown) message = "unknown file format";
+    json.finish(message, outcome.status);
+    if (!message.empty()) output.complain(message);
+    return message.empty();
 }

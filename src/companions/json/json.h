@@ -6,7 +6,9 @@
 #include <string_view>
 #include <vector>
 
+#include "companions/job.h"
 #include "companions/lines/lines.h"
+#include "main/dump_options.h"
 
 struct JsonStyle {
     bool lines = false;  // JSON Lines: each line of the dump an object of its own, complete with its file
@@ -17,15 +19,18 @@ struct JsonStyle {
 // Appends a text between quotes.
 void append_json(std::string &out, std::string_view text, bool utf8);
 
-// Listens to the dump of a file and writes its object.
+// Listens to the dump of a file and gives its object, in pieces that end with a line.
 class JsonDump : public Listener {
  public:
-    JsonDump(const JsonStyle &style, std::string_view file);
+    JsonDump(const JsonStyle &style, std::string_view file, JobOutput &output);
 
     void format(const char *name) override;
     void line(const Line &line) override;
     // Ends the object. `message`: why there is no dump; else empty.
     void finish(std::string_view message, int status);
+    // The rest of an object whose lines were given only in part, or not at all; `begun`: whether any were.
+    static std::string broken_off(const JsonStyle &style, std::string_view file, bool begun,
+                                  std::string_view message);
 
  private:
     void begin_file();
@@ -34,9 +39,10 @@ class JsonDump : public Listener {
     void end_line(const Line &line);
     void put_path();
     void put_values();
-    void flush_full();
+    void flush();
 
     const JsonStyle &style_;
+    JobOutput &output_;
     std::string file_;  // its name, as JSON
     std::string format_ = "null";
     bool begun_ = false;
@@ -49,3 +55,7 @@ class JsonDump : public Listener {
     std::string pending_;  // bytes of a character that a part cut
     std::string out_;
 };
+
+// Gives the object of a file; where there is no dump a complaint, too. Whether the file was dumped.
+bool dump_as_json(const std::string &path, const DumpOptions &options, const JsonStyle &style,
+                  JobOutput &output);

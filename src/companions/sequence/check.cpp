@@ -7,8 +7,8 @@
 #include <map>
 #include <optional>
 
-#include "companions/safe_text.h"
 #include "common/timecode.h"
+#include "companions/safe_text.h"
 
 namespace {
 

@@ -1,11 +1,17 @@
-// One row of the table: what a file's dump says of it.
+// The columns of the table, and what they say of a file.
 #pragma once
 
-#include <array>
+#include <cstdint>
+#include <span>
 #include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
-enum class Column {
+#include "common/facts.h"
+
+// In the documented order, to which new ones are added at the end only.
+enum class Column : uint8_t {
     file,
     format,
     width,
@@ -20,32 +26,78 @@ enum class Column {
     keycode,
     reel,
     problem,
-    // Not shown: what others are computed of.
+    variant,
+    rate,
+    constant_rate,
     frames,
+    components,
+    floating,
+    coded_width,
+    coded_height,
+    scan,
+    pixel_aspect,
+    display_aspect,
+    primaries,
+    transfer,
+    matrix,
+    range,
+    video_tracks,
+    audio_tracks,
+    audio_codec,
+    audio_bits,
+    audio_layout,
+    languages,
     samples,
-    bcd,  // a time code in eight digits, of which one shares a bit with the drop flag
-    first,
-    second,
-    third,
-    fourth,
-    fifth,
-    sixth,
-    seventh,
+    timecode_frames,
+    timecode_base,
+    timecode_drop,
+    timecode_end,
+    timecodes,
+    extent,
+    bytes_claimed,
+    missing,
+    writer,
+    date,
+    size,
+    bit_rate,
+    first_frame,
+    last_frame,
+    frames_missing,
     count,
 };
 
-// Texts as the dump has them, numbers in decimal without unit: rates with up to three decimals, the duration
-// in seconds with three. Empty where the dump says nothing.
-class Row {
- public:
-    std::string &operator[](Column column) { return texts_[static_cast<size_t>(column)]; }
-    const std::string &operator[](Column column) const { return texts_[static_cast<size_t>(column)]; }
-
-    // Sets a column that is empty yet.
-    void offer(Column column, std::string text) {
-        if ((*this)[column].empty()) (*this)[column] = std::move(text);
-    }
-
- private:
-    std::array<std::string, static_cast<size_t>(Column::count)> texts_;
+struct ColumnRow {
+    Column column;
+    const char *name;  // in CSV, JSON and --columns
+    enum Kind : uint8_t { text, number, truth } kind;
 };
+std::span<const ColumnRow> table_columns();
+
+// What a file or a sequence says: texts as CSV has them, numbers in decimal without unit; empty where nothing
+// is known.
+struct Row {
+    std::string cells[static_cast<size_t>(Column::count)];
+    std::vector<std::pair<std::string, std::string>> more;    // names of the format
+    std::vector<std::pair<std::string, std::string>> fields;  // patterns of --field, with a value; in order
+    bool is_known = false;                                    // its format
+
+    std::string &operator[](Column column) { return cells[static_cast<size_t>(column)]; }
+    const std::string &operator[](Column column) const { return cells[static_cast<size_t>(column)]; }
+
+    // The value of a column by its name, one of `more` or a pattern of --field, where several are joined by
+    // "; ".
+    std::string named(std::string_view name) const;
+
+    // As one text, and back, from process to process.
+    std::string packed() const;
+    static Row unpacked(std::string_view text);
+};
+
+Row row_of(const Facts &facts, std::string_view file);
+
+// "cut: 3.1 of 6.2 GB, data of tracks 1 and 2"; empty where all is well, or cannot be told.
+std::string problem_of(const Facts &facts);
+// "6.2 GB", "4,736 bytes".
+std::string size_text(uint64_t bytes);
+// "1,001".
+std::string grouped(uint64_t number);

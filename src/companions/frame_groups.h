@@ -1,0 +1,40 @@
+// Numbered frames: files whose names differ in one number.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+// A name taken apart at the number that counts the frames.
+struct FrameNumber {
+    size_t start = 0;  // of its digits in the path, behind a sign
+    size_t size = 0;   // digits; 0: no number
+    int64_t value = 0;
+};
+
+struct FrameGroup {
+    size_t first = 0;                  // the place of the first file in the list
+    std::vector<size_t> files;         // places in the list, by number
+    std::vector<FrameNumber> numbers;  // of each
+    std::string before;                // what all names begin with, up to the number
+    std::string after;                 // and end with
+    bool is_numbered = false;          // else one file
+
+    // "scan.[0086400-0087400].dpx": the path with its range of numbers as they are written.
+    std::string range_name(const std::vector<std::string> &list) const;
+    // The path with "#" for the number.
+    std::string stem() const { return is_numbered ? before + "#" + after : before; }
+    // Numbers between the first and the last that no file has.
+    int64_t missing() const;
+};
+
+// Whether a name is that of a still picture, which may be a frame of many.
+bool is_still_name(std::string_view path);
+
+// Groups the frames among files. Frames have the same name but for one number, which is the one whose change
+// makes the fewest groups, of several the last. A number counts with a minus sign in front where one is at
+// the start of the name or behind a dot, underscore or blank. Files for which `is_frame` is false, and those
+// without any number, are groups of their own. Groups are in the order of their first files.
+std::vector<FrameGroup> group_frames(const std::vector<std::string> &files,
+                                     bool (*is_frame)(std::string_view));

@@ -1,0 +1,80 @@
+#include "companions/table/odd.h"
+
+#include <algorithm>
+#include <map>
+
+#include "companions/table/terminal.h"
+
+namespace {
+
+// What is compared: the columns of the table that a person reads, then others.
+struct Compared {
+    const char *title;
+    Column column;
+    std::string (*text)(const Row &) = nullptr;  // instead of the column's
+
+    std::string of(const Row &row) const { return text ? text(row) : row[column]; }
+};
+
+constexpr Compared kCompared[] = {
+    {"FORMAT", Column::format},
+    {"SIZE", Column::width, picture_size},
+    {"RATE", Column::frame_rate},
+    {"CODEC", Column::codec},
+    {"BITS", Column::bit_depth},
+    {"SOUND", Column::channels, sound_text},
+    {"REEL", Column::reel},
+    {"VARIANT", Column::variant},
+    {"COMPONENTS", Column::components},
+    {"CONSTANT RATE", Column::constant_rate},
+    {"FLOATING", Column::floating},
+    {"CODED WIDTH", Column::coded_width},
+    {"CODED HEIGHT", Column::coded_height},
+    {"SCAN", Column::scan},
+    {"PIXEL ASPECT", Column::pixel_aspect},
+    {"PRIMARIES", Column::primaries},
+    {"TRANSFER", Column::transfer},
+    {"MATRIX", Column::matrix},
+    {"RANGE", Column::range},
+    {"VIDEO TRACKS", Column::video_tracks},
+    {"AUDIO TRACKS", Column::audio_tracks},
+    {"AUDIO LAYOUT", Column::audio_layout},
+    {"LANGUAGES", Column::languages},
+    {"TIMECODE BASE", Column::timecode_base},
+    {"TIMECODE DROP", Column::timecode_drop},
+    {"WRITER", Column::writer},
+};
+
+}  // namespace
+
+Oddities find_odd(const std::vector<Row> &rows) {
+    Oddities odd;
+    std::vector<std::vector<std::string>> remarks(rows.size());
+    for (const Compared &compared : kCompared) {
+        std::map<std::string, size_t> counts;
+        size_t known = 0;
+        for (const Row &row : rows) {
+            if (!row.is_known) continue;
+            counts[compared.of(row)]++;
+            known++;
+        }
+        if (counts.size() < 2) continue;
+        const auto usual =
+            std::ranges::max_element(counts, {}, [](const auto &entry) { return entry.second; });
+        if (usual->second == 1 && known > 2) continue;
+        odd.titles.emplace_back(compared.title);
+        for (size_t i = 0; i < rows.size(); i++) {
+            const std::string value = compared.of(rows[i]);
+            if (!rows[i].is_known || value == usual->first) continue;
+            const std::string others = counts.size() == 2 ? "; others " : "; most ";
+            remarks[i].push_back(std::string(compared.title) + " " + (value.empty() ? "none" : value) + " (" +
+                                 grouped(counts[value]) + " of " + grouped(known) + others +
+                                 (usual->first.empty() ? "none" : usual->first) + ")");
+        }
+    }
+    for (size_t i = 0; i < rows.size(); i++) {
+        if (!remarks[i].empty() || !rows[i][Column::problem].empty())
+            odd.rows.push_back({i, std::move(remarks[i])});
+    }
+    return odd;
+}

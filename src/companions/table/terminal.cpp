@@ -1,0 +1,264 @@
+#include "companions/table/terminal.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+
+#include "companions/safe_text.h"
+
+namespace {
+
+constexpr size_t kFirstRows = 50;
+constexpr std::chrono::seconds kFirstTime(1);
+constexpr size_t kLeastName = 24;  // characters of a file's name
+constexpr size_t kLongest = 32;    // of other columns on a terminal
+
+size_t characters(std::string_view text) {
+    return static_cast<size_t>(std::count_if(
+        text.begin(), text.end(), [](char c) { return (static_cast<uint8_t>(c) & 0xC0) != 0x80; }));
+}
+
+// The first n characters.
+std::string_view first_characters(std::string_view text, size_t n) {
+    size_t end = 0;
+    while (n-- > 0 && end < text.size()) end += std::max<size_t>(1, utf8_length(text.substr(end)));
+    return text.substr(0, end);
+}
+
+std::string cut_end(const std::string &text, size_t most) {
+    if (most == 0 || characters(text) <= most) return text;
+    return std::string(first_characters(text, most - 1)) + "\u2026";
+}
+
+// A name's end says more than its directories.
+std::string cut_start(const std::string &text, size_t most) {
+    const size_t count = characters(text);
+    if (most == 0 || count <= most) return text;
+    return "\u2026" + text.substr(first_characters(text, count - most + 1).size());
+}
+
+std::string clock_text(double seconds, bool thousandths) {
+    const int64_t milliseconds = std::llround(seconds * 1000);
+    const int64_t whole = milliseconds / 1000;
+    char text[64];
+    int length =
+        std::snprintf(text, sizeof text, "%02lld:%02lld:%02lld", static_cast<long long>(whole / 3600),
+                      static_cast<long long>(whole / 60 % 60), static_cast<long long>(whole % 60));
+    if (thousandths)
+        std::snprintf(text + length, sizeof text - static_cast<size_t>(length), ".%03lld",
+                      static_cast<long long>(milliseconds % 1000));
+    return text;
+}
+
+double number_of(const std::string &text) { return std::strtod(text.c_str(), nullptr); }
+
+// In frames at the numbers that a second counts where there is a rate; frames alone of numbered ones.
+std::string duration_text(const Row &row) {
+    if (!row[Column::first_frame].empty())
+        return grouped(static_cast<uint64_t>(number_of(row[Column::frames])));
+    const std::string &duration = row[Column::duration];
+    if (duration.empty()) return "";
+    const double rate = number_of(row[Column::frame_rate]);
+    if (rate < 1) return clock_text(number_of(duration), true);
+    const int64_t base = std::llround(rate);
+    const int64_t frames = std::llround(number_of(duration) * rate);
+    char text[16];
+    std::snprintf(text, sizeof text, ":%02d", static_cast<int>(frames % base));
+    return clock_text(static_cast<double>(frames / base), false) + text;
+}
+
+std::string start_text(const Row &row) {
+    return row[Column::timecode].empty() ? row[Column::keycode] : row[Column::timecode];
+}
+
+std::string keycode_cell(const Row &row) { return row[Column::timecode].empty() ? "" : row[Column::keycode]; }
+
+std::string title_of(const std::string &name) {
+    std::string title = safe_name(name);
+    for (char &c : title) {
+        if (c == '_') c = ' ';
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    return title;
+}
+
+}  // namespace
+
+std::string picture_size(const Row &row) {
+    return row[Column::width].empty() ? "" : row[Column::width] + "x" + row[Column::height];
+}
+
+std::string sound_text(const Row &row) {
+    if (row[Column::channels].empty()) return row[Column::audio_codec];
+    std::string text = row[Column::channels] + "ch";
+    const bool lossless = !row[Column::audio_bits].empty();
+    if (!lossless && !row[Column::audio_codec].empty()) text += " " + row[Column::audio_codec];
+    if (lossless) text += " " + row[Column::audio_bits];
+    if (row[Column::sample_rate].empty()) return text;
+    char rate[32];
+    std::snprintf(rate, sizeof rate, "%s%gk", lossless ? "/" : " ",
+                  number_of(row[Column::sample_rate]) / 1000);
+    return text + rate;
+}
+
+void TableSums::add(const Row &row) {
+    rows++;
+    files += row[Column::first_frame].empty() ? 1 : static_cast<uint64_t>(number_of(row[Column::frames]));
+    seconds += number_of(row[Column::duration]);
+    bytes += static_cast<uint64_t>(number_of(row[Column::size]));
+    if (!row[Column::problem].empty()) problems++;
+}
+
+std::string TableSums::text() const {
+    std::string text = grouped(files) + (files == 1 ? " file" : " files");
+    if (seconds > 0) text += ", " + clock_text(seconds, seconds < 60);
+    text += ", " + size_text(bytes);
+    if (problems > 0) text += ", " + grouped(problems) + (problems == 1 ? " problem" : " problems");
+    if (others > 0) text += ", " + grouped(others) + (others == 1 ? " other file" : " other files");
+    return text + "\n";
+}
+
+std::vector<TerminalTable::Cell> TerminalTable::standard_cells() {
+    const auto plain = [](Column column) { return [column](const Row &row) { return row[column]; }; };
+    const auto format = [](const Row &row) {
+        return row[Column::format].empty() ? "?" : row[Column::format];
+    };
+    return {
+        {"FORMAT", false, 9, kLongest, format, 0, false},
+        {"SIZE", false, 8, kLongest, picture_size, 0, false},
+        {"RATE", true, 7, kLongest, plain(Column::frame_rate), 0, false},
+        {"CODEC", false, 6, 20, plain(Column::codec), 0, false},
+        {"BITS", true, 2, kLongest, plain(Column::bit_depth), 0, false},
+        {"DURATION", false, 4, kLongest, duration_text, 0, false},
+        {"SOUND", false, 3, 20, sound_text, 0, false},
+        {"TIMECODE", false, 5, kLongest, start_text, 0, false},
+        {"KEYCODE", false, 1, kLongest, keycode_cell, 0, false},
+        {"REEL", false, 0, 16, plain(Column::reel), 0, false},
+    };
+}
+
+TerminalTable::Cell TerminalTable::cell_of(const std::string &name) {
+    const auto columns = table_columns();
+    const auto column = std::ranges::find(columns, name, &ColumnRow::name);
+    const bool right = column != columns.end() && column->kind == ColumnRow::number;
+    return {title_of(name), right, 1, kLongest, [name](const Row &row) { return row.named(name); }, 0, false};
+}
+
+TerminalTable::TerminalTable(size_t width, const Selection &selection, Taker take)
+    : width_(width), take_(std::move(take)) {
+    if (selection.names.empty()) cells_ = standard_cells();
+    for (const std::string &name : selection.names) {
+        if (name == "file" && name == selection.names.back()) continue;  // it stands there anyway
+        cells_.push_back(cell_of(name));
+        names_file_ = names_file_ || name == "file";
+        cells_.back().shown = true;
+    }
+    for (const std::string &field : selection.fields) {
+        if (std::ranges::find(selection.names, field) != selection.names.end()) continue;
+        cells_.push_back(cell_of(field));
+        cells_.back().shown = true;
+    }
+}
+
+void TerminalTable::keep(const std::vector<std::string> &titles) {
+    std::erase_if(cells_,
+                  [&](const Cell &cell) { return std::ranges::find(titles, cell.title) == titles.end(); });
+}
+
+bool TerminalTable::use(const Row &row) {
+    bool is_new = false;
+    for (Cell &cell : cells_) {
+        const std::string text = safe_name(cell.text(row));
+        if (text.empty()) continue;
+        if (!cell.shown) {
+            cell.shown = is_new = true;
+            cell.width = characters(cell.title);
+        }
+        if (!started_ || is_new) cell.width = std::max(cell.width, characters(text));
+    }
+    return is_new;
+}
+
+// Leaves out columns until the names of files have room.
+void TerminalTable::fit() {
+    if (width_ == 0) return;
+    for (Cell &cell : cells_) {
+        if (cell.most > 0) cell.width = std::min(cell.width, std::max(cell.most, characters(cell.title)));
+    }
+    for (;;) {
+        size_t used = 2;
+        Cell *least = nullptr;
+        for (Cell &cell : cells_) {
+            if (!cell.shown) continue;
+            used += cell.width + 2;
+            if (!least || cell.importance < least->importance) least = &cell;
+        }
+        if (used + kLeastName <= width_ || !least) return;
+        least->shown = false;
+        least->text = [](const Row &) { return std::string(); };
+    }
+}
+
+std::string TerminalTable::in_width(const Cell &cell, const std::string &text) const {
+    const std::string kept = width_ ? cut_end(text, cell.width) : text;
+    const std::string blanks(cell.width - std::min(cell.width, characters(kept)), ' ');
+    return (cell.right ? blanks + kept : kept + blanks) + "  ";
+}
+
+void TerminalTable::give_heading() {
+    std::string line = "  ";
+    for (const Cell &cell : cells_) {
+        if (cell.shown) line += in_width(cell, cell.title);
+    }
+    if (!names_file_) line += "FILE";
+    line.erase(line.find_last_not_of(' ') + 1);
+    take_(line + "\n");
+}
+
+void TerminalTable::give(const Waiting &waiting) {
+    const std::string &problem = waiting.row[Column::problem];
+    std::string line = problem.empty() ? "  " : "! ";
+    for (const Cell &cell : cells_) {
+        if (cell.shown) line += in_width(cell, safe_name(cell.text(waiting.row)));
+    }
+    const size_t used = characters(line);
+    const size_t room = width_ == 0 ? 0 : std::max(width_ - std::min(width_, used), kLeastName);
+    if (!names_file_) line += cut_start(safe_name(waiting.row[Column::file]), room);
+    line.erase(line.find_last_not_of(' ') + 1);
+    line += "\n";
+    if (!problem.empty()) line += "    " + safe_name(problem) + "\n";
+    for (const std::string &remark : waiting.remarks) line += "    " + safe_name(remark) + "\n";
+    take_(line);
+}
+
+void TerminalTable::start() {
+    if (started_ || waiting_.empty()) return;
+    for (Cell &cell : cells_) cell.width = characters(cell.title);
+    for (const Waiting &waiting : waiting_) use(waiting.row);
+    started_ = true;
+    fit();
+    give_heading();
+    for (const Waiting &waiting : waiting_) give(waiting);
+    waiting_.clear();
+}
+
+void TerminalTable::add(const Row &row, const std::vector<std::string> &remarks) {
+    if (!started_) {
+        waiting_.push_back({row, remarks});
+        if (waiting_.size() == kFirstRows) start();
+        tick();
+        return;
+    }
+    if (use(row)) {
+        fit();
+        give_heading();
+    }
+    give({row, remarks});
+}
+
+void TerminalTable::tick() {
+    if (!started_ && std::chrono::steady_clock::now() - begin_ >= kFirstTime) start();
+}
+
+void TerminalTable::finish() { start(); }
