@@ -125,12 +125,14 @@ FileTimecode bcd_timecode(uint32_t bcd, uint32_t base, std::string place) {
 
 std::string keycode_text(int64_t manufacturer, int64_t type, int64_t prefix, int64_t count,
                          int64_t perforations) {
-    if (manufacturer < 0 || type < 0 || prefix < 0 || count < 0) return "";
+    const auto within = [](int64_t value, int64_t most) { return value >= 0 && value <= most; };
+    if (!within(manufacturer, 99) || !within(type, 99) || !within(prefix, 999999) || !within(count, 9999))
+        return "";
     char text[112];
     int length = std::snprintf(text, sizeof text, "%02lld %02lld %06lld %04lld",
                                static_cast<long long>(manufacturer), static_cast<long long>(type),
                                static_cast<long long>(prefix), static_cast<long long>(count));
-    if (perforations >= 0) {
+    if (within(perforations, 119)) {
         length += std::snprintf(text + length, sizeof text - static_cast<size_t>(length), "+%02lld",
                                 static_cast<long long>(perforations));
     }

@@ -136,7 +136,8 @@ FileTimecode file_timecode(int64_t hours, int64_t minutes, int64_t seconds, int6
 FileTimecode bcd_timecode(uint32_t bcd, uint32_t base, std::string place);
 
 // "02 24 123456 7890+12": manufacturer, film type, prefix, count and perforations of a keycode (SMPTE 254);
-// empty where one of the first four is negative.
+// empty where one of the first four is
+// beyond its digits.
 std::string keycode_text(int64_t manufacturer, int64_t type, int64_t prefix, int64_t count,
                          int64_t perforations);
 

@@ -1,9 +1,3 @@
 #include "images/facts.h"
 
 void arri_facts(Input &, Facts &) {}
-void bmp_facts(Input &, Facts &) {}
-void sgi_facts(Input &, Facts &) {}
-void tga_facts(Input &, Facts &) {}
-void png_facts(Input &, Facts &) {}
-void netpbm_facts(Input &, Facts &) {}
-void softimage_facts(Input &, Facts &) {}

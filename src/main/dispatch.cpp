@@ -224,6 +224,7 @@ constexpr Format kFormats[] = {
     {"ZIP", "PK"sv, [](const File &) { print("Fileformat:ZIP\n"); }},
 
     {"MP3", "ID3"sv, nullptr, mpeg_audio_facts},
+    {"Softimage", "S\x80\xF6\x34"sv, nullptr, softimage_facts},  // of any version
     {"MPEG-TS", ""sv, nullptr, transport_facts, is_longer_transport_stream},
     {"MXF", ""sv, nullptr, mxf_facts, has_run_in},
 };

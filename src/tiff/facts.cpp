@@ -1,3 +1,336 @@
 #include "tiff/facts.h"
 
-void tiff_facts(Input &, Facts &) {}
+#include <algorithm>
+#include <optional>
+
+#include "common/names.h"
+#include "common/ordered_bytes.h"
+#include "common/values.h"
+
+namespace {
+
+constexpr size_t kMostDirectories = 24;
+constexpr uint64_t kMostEntries = 4096;    // of a directory
+constexpr uint64_t kMostStrips = 1 << 17;  // looked at
+
+enum Tag : uint16_t {
+    kSubfileType = 254,
+    kWidth = 256,
+    kLength = 257,
+    kBits = 258,
+    kCompression = 259,
+    kPhotometric = 262,
+    kMake = 271,
+    kModel = 272,
+    kStripOffsets = 273,
+    kOrientation = 274,
+    kSamples = 277,
+    kStripCounts = 279,
+    kXResolution = 282,
+    kYResolution = 283,
+    kPlanar = 284,
+    kSoftware = 305,
+    kDateTime = 306,
+    kTileWidth = 322,
+    kTileOffsets = 324,
+    kTileCounts = 325,
+    kSubDirectories = 330,
+    kExtraSamples = 338,
+    kSampleFormat = 339,
+    kSubsampling = 530,
+    kDngVersion = 50706,
+    kTimeCodes = 51043,
+    kFrameRate = 51044,
+    kReelName = 51081,
+};
+
+constexpr CodeName kCompressions[] = {
+    {1, "uncompressed"},
+    {2, "CCITT RLE"},
+    {3, "CCITT Group 3"},
+    {4, "CCITT Group 4"},
+    {5, "LZW"},
+    {6, "JPEG"},
+    {7, "JPEG"},
+    {8, "Deflate"},
+    {32771, "CCITT RLE"},
+    {32773, "PackBits"},
+    {32809, "ThunderScan"},
+    {32946, "Deflate"},
+    {34676, "LogLuv"},
+    {34677, "LogLuv"},
+    {34712, "JPEG 2000"},
+    {34892, "JPEG"},
+    {34925, "LZMA"},
+    {50000, "Zstandard"},
+    {50001, "WebP"},
+    {50002, "JPEG XL"},
+    {52546, "JPEG XL"},
+};
+
+constexpr uint32_t kUncompressed = 1;
+
+// Bytes a value of a type, by its code; 0 for types that are none.
+constexpr uint8_t kTypeSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};
+
+// The values of an entry.
+struct Values {
+    OrderedBytes bytes;
+    uint32_t type = 0;
+    uint64_t count = 0;
+
+    uint64_t size() const { return type < std::size(kTypeSizes) ? kTypeSizes[type] : 0; }
+    bool has(uint64_t i) const { return i < count && bytes.bytes.has(i * size(), size()) && size() > 0; }
+    // An unsigned whole number; 0 where there is none.
+    uint64_t number(uint64_t i = 0) const {
+        return has(i) ? bytes.number(i * size(), static_cast<unsigned>(size() > 8 ? 4 : size())) : 0;
+    }
+    Ratio ratio(uint64_t i = 0) const {
+        return has(i) && size() == 8 ? Ratio{bytes.u32(8 * i), bytes.u32(8 * i + 4)} : Ratio{};
+    }
+    std::string text() const { return count > 0 ? fixed_text(bytes.bytes, 0, count) : ""; }
+};
+
+// A directory of a TIFF or BigTIFF file: entries of 12 or 20 bytes.
+class Directory {
+ public:
+    Directory(Input &input, ByteOrder order, bool big, uint64_t offset)
+        : input_(input), order_(order), big_(big) {
+        const uint64_t head = big ? 8 : 2;
+        const OrderedBytes start{input.present(offset, head), order};
+        count_ = std::min(start.number(0, static_cast<unsigned>(head)), kMostEntries);
+        const uint64_t size = count_ * entry_size() + (big ? 8 : 4);
+        entries_ = {input.present(offset + head, size), order};
+        is_whole_ = start.bytes.size() == head && entries_.bytes.size() >= count_ * entry_size();
+        end_ = offset + head + size;
+    }
+
+    bool is_whole() const { return is_whole_; }
+    uint64_t end() const { return end_; }
+    uint64_t next() const { return entries_.number(count_ * entry_size(), big_ ? 8 : 4); }
+
+    Values values(Tag tag) const {
+        for (uint64_t i = 0; i < count_; i++) {
+            const OrderedBytes entry = entries_.from(i * entry_size());
+            if (entry.u16(0) != tag) continue;
+            Values values{{}, entry.u16(2), big_ ? entry.u64(4) : entry.u32(4)};
+            const uint64_t room = big_ ? 8 : 4;
+            const uint64_t limit = kMostStrips * 8;
+            const uint64_t size = values.count > limit ? limit : values.count * values.size();
+            values.bytes =
+                size <= room
+                    ? entry.sub(big_ ? 12 : 8, room)
+                    : OrderedBytes{input_.present(big_ ? entry.u64(12) : entry.u32(8), size), order_};
+            return values;
+        }
+        return {};
+    }
+    uint64_t number(Tag tag, uint64_t otherwise = 0) const {
+        const Values found = values(tag);
+        return found.has(0) ? found.number() : otherwise;
+    }
+
+ private:
+    uint64_t entry_size() const { return big_ ? 20 : 12; }
+
+    Input &input_;
+    ByteOrder order_;
+    bool big_;
+    uint64_t count_ = 0;
+    uint64_t end_ = 0;
+    bool is_whole_ = false;
+    OrderedBytes entries_;
+};
+
+std::string components_of(const Directory &directory) {
+    const uint64_t samples = directory.number(kSamples, 1);
+    const bool alpha = directory.values(kExtraSamples).count > 0;
+    switch (directory.number(kPhotometric, 1)) {
+        case 0:
+        case 1: return samples == 1 ? "Y" : samples == 2 ? "YA" : std::to_string(samples) + " channels";
+        case 2:
+            return samples == 3            ? "RGB"
+                   : samples == 4 && alpha ? "RGBA"
+                                           : std::to_string(samples) + " channels";
+        case 3: return "palette";
+        case 4: return "mask";
+        case 5: return "CMYK";
+        case 6: {
+            const Values subsampling = directory.values(kSubsampling);
+            const uint64_t across = subsampling.has(0) ? subsampling.number(0) : 2;
+            const uint64_t down = subsampling.has(1) ? subsampling.number(1) : 2;
+            if (across == 1) return down == 1 ? "4:4:4" : "4:4:0";
+            if (across == 2) return down == 1 ? "4:2:2" : "4:2:0";
+            return across == 4 && down == 1 ? "4:1:1" : "YCbCr";
+        }
+        case 8:
+        case 9:
+        case 10: return "Lab";
+        case 32803: return "Bayer";
+        case 34892: return samples == 3 ? "RGB" : "raw";
+        default: return "";
+    }
+}
+
+Picture picture_of(const Directory &directory) {
+    Picture picture;
+    const uint64_t width = directory.number(kWidth);
+    const uint64_t height = directory.number(kLength);
+    if (width > INT32_MAX || height > INT32_MAX) return picture;
+    picture.width = static_cast<uint32_t>(width);
+    picture.height = static_cast<uint32_t>(height);
+    picture.bits = static_cast<uint32_t>(std::min<uint64_t>(directory.number(kBits, 1), 64));
+    picture.floating = directory.number(kSampleFormat, 1) == 3;
+    picture.components = components_of(directory);
+    const uint64_t compression = directory.number(kCompression, kUncompressed);
+    picture.codec = name_of(kCompressions, static_cast<uint32_t>(compression), "");
+    if (picture.codec.empty()) picture.codec = "compression " + std::to_string(compression);
+    picture.frames = 1;
+    const Ratio x = directory.values(kXResolution).ratio();
+    const Ratio y = directory.values(kYResolution).ratio();
+    if (x.is_set() && y.is_set() && x.n < INT32_MAX && y.n < INT32_MAX)
+        picture.pixel_aspect = Ratio{y.n * x.d, y.d * x.n}.reduced();
+    return picture;
+}
+
+// Where the data of a picture ends, and whether it ends in zeros that no compressor writes.
+struct DataEnd {
+    uint64_t end = 0;
+    bool is_known = false;
+    bool is_blank = false;
+};
+
+DataEnd data_end(Input &input, const Directory &directory) {
+    Values offsets = directory.values(kTileOffsets);
+    Values counts = directory.values(kTileCounts);
+    if (offsets.count == 0) {
+        offsets = directory.values(kStripOffsets);
+        counts = directory.values(kStripCounts);
+    }
+    DataEnd result;
+    uint64_t last_size = 0;
+    for (uint64_t i = 0; i < std::min(offsets.count, kMostStrips) && offsets.has(i) && counts.has(i); i++) {
+        const uint64_t end = offsets.number(i) + counts.number(i);
+        if (end < offsets.number(i) || end <= result.end) continue;
+        result.end = end;
+        last_size = counts.number(i);
+        result.is_known = true;
+    }
+    constexpr uint64_t kTail = 4096;
+    if (!result.is_known || directory.number(kCompression, kUncompressed) == kUncompressed || last_size == 0)
+        return result;
+    const uint64_t n = std::min(last_size, kTail);
+    const auto tail = input.present(result.end - n, n).span(0, n);
+    result.is_blank =
+        n >= 16 && tail.size() == n && std::ranges::all_of(tail, [](uint8_t b) { return b == 0; });
+    return result;
+}
+
+// CinemaDNG: eight bytes a timecode after SMPTE ST 331, frames first.
+FileTimecode dng_timecode(const Directory &directory, Ratio rate) {
+    const Values values = directory.values(kTimeCodes);
+    if (values.count < 8 || values.type != 1) return {};
+    const Bytes b = values.bytes.bytes;
+    const uint32_t bcd =
+        static_cast<uint32_t>((b[3] & 0x3F) << 24 | (b[2] & 0x7F) << 16 | (b[1] & 0x7F) << 8 | (b[0] & 0x7F));
+    return bcd_timecode(bcd, base_of(rate), "TimeCodes");
+}
+
+std::string date_of(const std::string &text) {
+    int part[6];
+    const bool whole = std::sscanf(text.c_str(), "%4d%*c%2d%*c%2d %2d:%2d:%2d", &part[0], &part[1], &part[2],
+                                   &part[3], &part[4], &part[5]) == 6;
+    return whole ? iso_date(part[0], part[1], part[2], part[3], part[4], part[5]) : "";
+}
+
+void add_first_directory(const Directory &directory, Facts &facts) {
+    facts.writer = directory.values(kSoftware).text();
+    facts.date = date_of(directory.values(kDateTime).text());
+    const Values version = directory.values(kDngVersion);
+    if (version.count >= 2 && version.type == 1) {
+        facts.format = "DNG";
+        facts.variant = std::to_string(version.number(0)) + "." + std::to_string(version.number(1));
+    }
+    std::string camera = directory.values(kMake).text();
+    const std::string model = directory.values(kModel).text();
+    if (!model.empty()) camera += (camera.empty() ? "" : " ") + model;
+    facts.add_more("camera", camera);
+    const uint64_t orientation = directory.number(kOrientation, 1);
+    if (orientation != 1) facts.add_more("orientation", std::to_string(orientation));
+}
+
+}  // namespace
+
+void tiff_facts(Input &input, Facts &facts) {
+    const Bytes head = input.present(0, 16);
+    const OrderedBytes header = head[0] == 'M' ? big_endian(head) : little_endian(head);
+    const bool big = header.u16(2) == 43;
+    if (header.u16(2) != 42 && !big) {
+        facts.format.clear();
+        return;
+    }
+    if (big) facts.variant = "BigTIFF";
+
+    std::vector<uint64_t> seen;
+    std::vector<uint64_t> waiting{big ? header.u64(8) : header.u32(4)};
+    uint64_t end = 0;
+    uint64_t largest = 0;
+    int64_t pages = 0;
+    bool is_cut = false, is_known = false, is_blank = false, is_tiled = false;
+    Ratio rate;
+    FileTimecode timecode;
+    while (!waiting.empty() && seen.size() < kMostDirectories) {
+        const uint64_t offset = waiting.back();
+        waiting.pop_back();
+        if (offset == 0 || std::ranges::find(seen, offset) != seen.end()) continue;
+        const Directory directory(input, header.order, big, offset);
+        const bool is_first = seen.empty();
+        seen.push_back(offset);
+        end = std::max(end, directory.end());
+        if (!directory.is_whole()) {
+            is_cut = true;
+            continue;
+        }
+        waiting.push_back(directory.next());
+        const Values below = directory.values(kSubDirectories);
+        for (uint64_t i = 0; i < std::min<uint64_t>(below.count, 16); i++) waiting.push_back(below.number(i));
+        if (is_first) add_first_directory(directory, facts);
+        if (!rate.is_set()) {
+            const Ratio found = directory.values(kFrameRate).ratio();
+            if (found.is_set()) rate = rate_of(found.n, found.d);
+        }
+        if (!timecode.is_set()) timecode = dng_timecode(directory, rate);
+        if (facts.reel.empty()) facts.reel = directory.values(kReelName).text();
+
+        Picture picture = picture_of(directory);
+        if (picture.width == 0 || picture.height == 0) continue;
+        if ((directory.number(kSubfileType) & 1) == 0) pages++;
+        const DataEnd data = data_end(input, directory);
+        end = std::max(end, data.end);
+        is_known = is_known || data.is_known;
+        is_blank = is_blank || data.is_blank;
+        const uint64_t area = uint64_t{picture.width} * picture.height;
+        if (area > largest) {
+            largest = area;
+            is_tiled = directory.number(kTileWidth) > 0;
+            facts.pictures.insert(facts.pictures.begin(), std::move(picture));
+        } else {
+            facts.pictures.push_back(std::move(picture));
+        }
+    }
+    if (!facts.pictures.empty()) facts.pictures.front().rate = rate;
+    facts.add(std::move(timecode));
+    if (is_tiled) facts.variant += facts.variant.empty() ? "tiled" : ", tiled";
+    if (pages > 1) facts.add_more("pages", std::to_string(pages));
+    if (facts.pictures.size() > 1) facts.add_more("pictures", std::to_string(facts.pictures.size()));
+
+    if (is_cut) {
+        facts.cut(end, "the directory");
+    } else if (end > input.size()) {
+        facts.cut(end, "picture data");
+    } else if (is_blank) {
+        facts.cut(end, "the end of the picture data holds zeros");
+    } else if (is_known) {
+        facts.whole(end);
+    }
+}

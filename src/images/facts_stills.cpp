@@ -1,0 +1,308 @@
+// Facts of still images: BMP, TGA, SGI, Softimage, PNG, portable maps.
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <iterator>
+#include <optional>
+
+#include "common/names.h"
+#include "common/ordered_bytes.h"
+#include "common/values.h"
+#include "images/facts.h"
+
+namespace {
+
+constexpr uint32_t kMostSide = 1 << 20;
+
+Picture &still(Facts &facts, uint32_t width, uint32_t height, uint32_t bits, std::string components,
+               std::string codec) {
+    Picture &picture = facts.picture();
+    picture.width = width;
+    picture.height = height;
+    picture.bits = bits;
+    picture.components = std::move(components);
+    picture.codec = std::move(codec);
+    picture.frames = 1;
+    return picture;
+}
+
+void judge_end(Input &input, Facts &facts, uint64_t end) {
+    if (end > input.size()) {
+        facts.cut(end, "the picture's end");
+    } else {
+        facts.whole(end);
+    }
+}
+
+const char *grey_or_colour(uint64_t channels) {
+    constexpr const char *kNames[] = {"", "Y", "YA", "RGB", "RGBA"};
+    return channels < std::size(kNames) ? kNames[channels] : "";
+}
+
+// Where run-length packets of a TGA end that have that many pixels; nothing where the data is too long to be
+// looked at.
+std::optional<uint64_t> packets_end(Input &input, uint64_t at, uint64_t pixels, uint64_t pixel_bytes) {
+    constexpr uint64_t kLookedAt = 4 << 20;
+    if (pixels * pixel_bytes > kLookedAt) return std::nullopt;
+    const Bytes data = input.bytes(at, kLookedAt, 64 * 1024);
+    uint64_t offset = 0;
+    while (pixels > 0 && offset < kLookedAt) {
+        const uint64_t count = (data[offset] & 0x7FU) + 1;
+        offset += 1 + (data[offset] & 0x80 ? 1 : count) * pixel_bytes;
+        pixels -= std::min(pixels, count);
+    }
+    return at + offset;
+}
+
+}  // namespace
+
+void bmp_facts(Input &input, Facts &facts) {
+    constexpr uint32_t kSizes[] = {12, 16, 40, 52, 56, 64, 108, 124};
+    constexpr CodeName kCodecs[] = {{0, "uncompressed"}, {1, "RLE"}, {2, "RLE"},         {3, "uncompressed"},
+                                    {4, "JPEG"},         {5, "PNG"}, {6, "uncompressed"}};
+    const OrderedBytes h = little_endian(input.present(0, 138));
+    const uint32_t size = h.u32(14);
+    const bool core = size == 12;
+    const uint32_t width = core ? h.u16(18) : h.u32(18);
+    const int32_t lines = core ? h.u16(20) : h.s32(22);
+    const uint32_t height = lines < 0 ? 0 - static_cast<uint32_t>(lines) : static_cast<uint32_t>(lines);
+    const uint32_t depth = h.u16(core ? 24 : 28);
+    const uint32_t compression = core || size == 16 ? 0 : h.u32(30);
+    constexpr uint32_t kDepths[] = {0, 1, 2, 4, 8, 16, 24, 32, 64};
+    const bool known_depth = std::ranges::find(kDepths, depth) != std::end(kDepths);
+    if (std::ranges::find(kSizes, size) == std::end(kSizes) || width > kMostSide || height > kMostSide ||
+        !known_depth) {
+        facts.format.clear();
+        return;
+    }
+    const bool palette = depth <= 8;
+    const uint32_t bits = palette ? depth : depth == 16 ? 5 : depth == 64 ? 16 : 8;
+    const bool alpha = depth == 32 && size >= 56 && h.u32(66) != 0;
+    Picture &picture = still(facts, width, height, bits,
+                             palette ? "palette"
+                             : alpha ? "RGBA"
+                                     : "RGB",
+                             name_of(kCodecs, compression, ""));
+    if (!core && h.s32(38) > 0 && h.s32(42) > 0 && h.s32(38) != h.s32(42))
+        picture.pixel_aspect = Ratio{h.s32(42), h.s32(38)}.reduced();
+    facts.add_more("bits a pixel", std::to_string(depth));
+    if (lines < 0) facts.add_more("orientation", "top down");
+    const uint64_t offset = h.u32(10);
+    const bool plain = picture.codec == "uncompressed";
+    const uint64_t line = (uint64_t{width} * depth + 31) / 32 * 4;
+    const uint64_t told = core ? 0 : h.u32(34);
+    if (plain || told > 0) judge_end(input, facts, offset + (plain ? line * height : told));
+}
+
+// There is no magic number: what is not possible is no TGA.
+void tga_facts(Input &input, Facts &facts) {
+    const OrderedBytes h = little_endian(input.present(0, 18));
+    const uint32_t type = h.u8(2);
+    const uint32_t depth = h.u8(16);
+    const uint32_t map = h.u8(1);
+    const bool mapped = (type & 7) == 1;
+    const bool grey = (type & 7) == 3;
+    const bool known_type = type != 0 && (type & 7) >= 1 && (type & 7) <= 3 && (type & ~11U) == 0;
+    const bool known_depth =
+        depth == 8 || (!mapped && (depth == 15 || depth == 16 || depth == 24 || depth == 32));
+    const bool known_map =
+        map == 0 ? !mapped : map == 1 && (h.u8(7) == 15 || h.u8(7) == 16 || h.u8(7) == 24 || h.u8(7) == 32);
+    if (!known_type || !known_depth || !known_map || h.u16(12) == 0 || h.u16(14) == 0) {
+        facts.format.clear();
+        return;
+    }
+    const bool alpha = (h.u8(17) & 15) > 0 && (depth == 32 || depth == 16);
+    still(facts, h.u16(12), h.u16(14), depth == 15 || depth == 16 ? (grey ? 8 : 5) : 8,
+          mapped  ? "palette"
+          : grey  ? (depth == 16 ? "YA" : "Y")
+          : alpha ? "RGBA"
+                  : "RGB",
+          type & 8 ? "RLE" : "uncompressed");
+    facts.add_more("bits a pixel", std::to_string(depth));
+    const uint64_t size = input.size();
+    const bool footer = size >= 26 && bytes_are(input.present(size - 18, 18), 0, "TRUEVISION-XFILE.");
+    const uint64_t data = 18U + h.u8(0) + (map ? uint64_t{h.u16(5)} * ((h.u8(7) + 7U) / 8) : 0);
+    const uint64_t pixels = uint64_t{h.u16(12)} * h.u16(14) * ((depth + 7) / 8);
+    if (footer) facts.variant = "TGA 2.0";
+    if (!(type & 8)) {
+        judge_end(input, facts, data + pixels);
+    } else if (footer) {
+        facts.whole(size);
+    } else if (const auto end = packets_end(input, data, uint64_t{h.u16(12)} * h.u16(14), (depth + 7) / 8)) {
+        judge_end(input, facts, *end);
+    }
+}
+
+void sgi_facts(Input &input, Facts &facts) {
+    const OrderedBytes h = big_endian(input.present(0, 512));
+    const uint32_t storage = h.u8(2);
+    const uint32_t bytes = h.u8(3);
+    const uint32_t dimensions = h.u16(4);
+    if (storage > 1 || bytes < 1 || bytes > 2 || dimensions < 1 || dimensions > 3) {
+        facts.format.clear();
+        return;
+    }
+    const uint32_t height = dimensions > 1 ? h.u16(8) : 1;
+    const uint32_t channels = dimensions > 2 ? h.u16(10) : 1;
+    still(facts, h.u16(6), height, 8 * bytes, grey_or_colour(channels), storage ? "RLE" : "uncompressed");
+    facts.add_more("name", fixed_text(h.bytes, 24, 80));
+    if (!storage) {
+        judge_end(input, facts, 512 + uint64_t{h.u16(6)} * height * channels * bytes);
+        return;
+    }
+    // Tables of where each line of each channel begins, and of its length.
+    const uint64_t rows = uint64_t{height} * channels;
+    const OrderedBytes tables = big_endian(input.present(512, 8 * rows));
+    uint64_t end = 512 + 8 * rows;
+    for (uint64_t i = 0; i < std::min(rows, tables.bytes.size() / 4); i++)
+        end = std::max(end, uint64_t{tables.u32(4 * i)} + tables.u32(4 * (rows + i)));
+    judge_end(input, facts, end);
+}
+
+void softimage_facts(Input &input, Facts &facts) {
+    constexpr uint64_t kMostChannels = 8;
+    constexpr Scan kFields[] = {Scan::unknown, Scan::interlaced, Scan::interlaced, Scan::progressive};
+    const OrderedBytes h = big_endian(input.present(0, 104 + 4 * kMostChannels));
+    if (!bytes_are(h.bytes, 88, "PICT")) {
+        facts.format.clear();
+        return;
+    }
+    std::string components;
+    std::string codec;
+    uint32_t bits = 0;
+    for (uint64_t i = 0; i < kMostChannels; i++) {
+        const OrderedBytes channel = h.from(104 + 4 * i);
+        const uint32_t mask = channel.u8(3);
+        bits = std::max<uint32_t>(bits, channel.u8(1));
+        if (mask & 0xE0) components = "RGB" + components;
+        if (mask & 0x10) components += "A";
+        codec = channel.u8(2) == 0 ? "uncompressed" : "RLE";
+        if (channel.u8(0) == 0) break;
+    }
+    Picture &picture = still(facts, h.u16(92), h.u16(94), bits, components, codec);
+    picture.scan = h.u16(100) < std::size(kFields) ? kFields[h.u16(100)] : Scan::unknown;
+    const double ratio = static_cast<double>(float_of_bits(h.u32(96)));
+    if (ratio > 0.01 && ratio < 100) picture.pixel_aspect = Ratio{std::llround(ratio * 1000), 1000}.reduced();
+    facts.variant = number_text(static_cast<double>(float_of_bits(h.u32(4))), 3);
+    facts.add_more("comment", fixed_text(h.bytes, 8, 80));
+}
+
+namespace {
+
+// What the chunks before the picture say; where the first data chunk begins.
+void add_png_chunk(OrderedBytes chunk, Facts &facts) {
+    Picture &picture = facts.picture();
+    const Bytes b = chunk.bytes;
+    const OrderedBytes data = chunk.from(8);
+    if (bytes_are(b, 4, "pHYs") && data.u32(0) > 0 && data.u32(4) > 0 && data.u32(0) != data.u32(4))
+        picture.pixel_aspect = Ratio{data.u32(4), data.u32(0)}.reduced();
+    if (bytes_are(b, 4, "cICP")) picture.colour = {data.u8(0), data.u8(1), data.u8(2), data.u8(3)};
+    if (bytes_are(b, 4, "sRGB") && picture.colour.transfer < 0) picture.colour = {1, 13, 0, 1};
+    if (bytes_are(b, 4, "gAMA") && data.u32(0) > 0)
+        facts.add_more("gamma", number_text(100000.0 / data.u32(0), 3));
+    if (bytes_are(b, 4, "tIME"))
+        facts.date = iso_date(data.u16(0), data.u8(2), data.u8(3), data.u8(4), data.u8(5), data.u8(6), true);
+    if (bytes_are(b, 4, "acTL")) picture.frames = data.u32(0);
+    if (bytes_are(b, 4, "tEXt") && bytes_are(b, 8, "Software\0"))
+        facts.writer = fixed_text(b, 17, chunk.u32(0) > 9 ? std::min<uint64_t>(chunk.u32(0) - 9, 200) : 0);
+}
+
+}  // namespace
+
+// ISO 15948. The chunks are walked by their headers: compressed data has many, as a rule of 8 to 64 KiB.
+void png_facts(Input &input, Facts &facts) {
+    constexpr int kMostChunks = 1 << 16;
+    constexpr const char *kComponents[] = {"Y", "", "RGB", "palette", "YA", "", "RGBA"};
+    const uint64_t size = input.size();
+    const OrderedBytes h = big_endian(input.present(0, 33));
+    if (!bytes_are(h.bytes, 12, "IHDR")) {
+        facts.cut(33, "the header's end");
+        return;
+    }
+    const uint32_t type = h.u8(25);
+    still(facts, h.u32(16), h.u32(20), h.u8(24), type < std::size(kComponents) ? kComponents[type] : "",
+          "Deflate");
+    if (h.u8(28) == 1) facts.variant = "interlaced";
+    const bool ends = size >= 12 && bytes_are(input.present(size - 12, 12), 4, "IEND");
+    uint64_t at = 33;
+    for (int i = 0; i < kMostChunks; i++) {
+        const OrderedBytes chunk = big_endian(input.present(at, 256));
+        const uint64_t end = at + 12 + chunk.u32(0);
+        if (chunk.bytes.size() < 8 || end > size) {
+            facts.cut(std::max(end, at + 12),
+                      bytes_are(chunk.bytes, 4, "IDAT") ? "picture data" : "the end chunk");
+            return;
+        }
+        const bool data = bytes_are(chunk.bytes, 4, "IDAT");
+        if (bytes_are(chunk.bytes, 4, "IEND") || (data && ends)) {
+            facts.whole(ends ? size : end);
+            return;
+        }
+        if (chunk.u32(4) == 0) {
+            facts.cut(end, "picture data: zeros in its place");
+            return;
+        }
+        if (!data) add_png_chunk(chunk, facts);
+        at = end;
+    }
+}
+
+namespace {
+
+// Reads a header's numbers: decimal, behind white space and remarks.
+class MapHeader {
+ public:
+    explicit MapHeader(Bytes b) : b_(b) {}
+
+    uint32_t number() {
+        while (at_ < b_.size() && !is_digit()) {
+            if (b_[at_] == '#') {
+                while (at_ < b_.size() && b_[at_] != '\n') at_++;
+            }
+            at_++;
+        }
+        uint32_t value = 0;
+        for (; is_digit() && value < 100000000; at_++) value = value * 10 + (b_[at_] - '0');
+        return value;
+    }
+    uint64_t data() const { return at_ + 1; }
+
+ private:
+    bool is_digit() const { return b_[at_] >= '0' && b_[at_] <= '9'; }
+
+    Bytes b_;
+    uint64_t at_ = 2;
+};
+
+}  // namespace
+
+// Netpbm: P1 to P3 in decimal, P4 to P6 in bytes.
+void netpbm_facts(Input &input, Facts &facts) {
+    constexpr const char *kFormats[] = {"PBM", "PGM", "PPM"};
+    const Bytes head = input.present(0, 4096);
+    MapHeader header(head);
+    const uint32_t kind = (head[1] - uint32_t{'1'}) % 3;
+    const bool plain = head[1] <= '3';
+    const uint32_t width = header.number();
+    const uint32_t height = header.number();
+    const uint32_t most = kind == 0 ? 1 : header.number();
+    if (width == 0 || height == 0 || most == 0 || most > 65535) {
+        facts.format.clear();
+        return;
+    }
+    facts.format = kFormats[kind];
+    facts.variant = plain ? "plain" : "raw";
+    still(facts, width, height, static_cast<uint32_t>(std::bit_width(most)), kind == 2 ? "RGB" : "Y",
+          "uncompressed");
+    const uint64_t bytes = most > 255 ? 2 : 1;
+    const uint64_t line =
+        kind == 0 ? (uint64_t{width} + 7) / 8 : uint64_t{width} * (kind == 2 ? 3 : 1) * bytes;
+    if (!plain) {
+        judge_end(input, facts, header.data() + line * height);
+    } else {
+        // A digit and what divides it from the next, but in PBM.
+        const uint64_t samples = uint64_t{width} * height * (kind == 2 ? 3 : 1);
+        const uint64_t least = header.data() + (kind == 0 ? samples : 2 * samples - 1);
+        if (input.size() < least) facts.cut(least, "the picture's end");
+    }
+}
