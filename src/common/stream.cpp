@@ -169,7 +169,7 @@ Listening::Listening(Listener *listener) {
 }
 
 Listening::~Listening() {
-    standard_output.drop();
+    if (listening) standard_output.drop();
     listening = false;
     state = {};
 }

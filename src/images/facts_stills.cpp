@@ -39,6 +39,12 @@ const char *grey_or_colour(uint64_t channels) {
     return channels < std::size(kNames) ? kNames[channels] : "";
 }
 
+bool holds(Bytes b, std::string_view text) {
+    return !std::ranges::search(b.span(0, b.size()), text, {}, {}, [](char c) {
+                return static_cast<uint8_t>(c);
+            }).empty();
+}
+
 // Where run-length packets of a TGA end that have that many pixels; nothing where the data is too long to be
 // looked at.
 std::optional<uint64_t> packets_end(Input &input, uint64_t at, uint64_t pixels, uint64_t pixel_bytes) {
@@ -120,11 +126,14 @@ void tga_facts(Input &input, Facts &facts) {
           type & 8 ? "RLE" : "uncompressed");
     facts.add_more("bits a pixel", std::to_string(depth));
     const uint64_t size = input.size();
-    const bool footer = size >= 26 && bytes_are(input.present(size - 18, 18), 0, "TRUEVISION-XFILE.");
+    const Bytes tail = input.present(size < 26 ? 0 : size - 26, 26);
+    const bool footer = bytes_are(tail, 8, "TRUEVISION-XFILE.\0");
     const uint64_t data = 18U + h.u8(0) + (map ? uint64_t{h.u16(5)} * ((h.u8(7) + 7U) / 8) : 0);
     const uint64_t pixels = uint64_t{h.u16(12)} * h.u16(14) * ((depth + 7) / 8);
     if (footer) facts.variant = "TGA 2.0";
-    if (!(type & 8)) {
+    if (!footer && holds(tail, "TRUEVISION-XFIL")) {
+        facts.cut(0, "the footer's end");
+    } else if (!(type & 8)) {
         judge_end(input, facts, data + pixels);
     } else if (footer) {
         facts.whole(size);

@@ -124,7 +124,9 @@ bool is_portable_map(const File &in) {
 
 // By its name, as keldump does, or by the type of its first atom (ISO 14496-12; QuickTime File Format).
 bool is_movie(const File &in) {
-    if (!in.by_content) return is_named(in, {".mov", ".qt"});
+    if (is_named(in, {".mov", ".qt"})) return true;
+    if (!in.by_content) return false;
+    if (is_named(in, {".mp4", ".m4v", ".m4a", ".3gp"})) return true;
     constexpr std::string_view kFirstAtoms[] = {"ftyp", "moov", "mdat", "wide",
                                                 "free", "skip", "pnot", "styp"};
     const uint32_t size = big32(in.head);

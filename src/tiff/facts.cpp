@@ -42,6 +42,8 @@ enum Tag : uint16_t {
     kTimeCodes = 51043,
     kFrameRate = 51044,
     kReelName = 51081,
+    kLastBaseline = 700,
+    kLastDng = 51105,
 };
 
 constexpr CodeName kCompressions[] = {
@@ -125,6 +127,21 @@ class Directory {
         }
         return {};
     }
+    // Where the values end that do not fit into their entries. Private ones may point anywhere.
+    uint64_t values_end() const {
+        uint64_t end = 0;
+        for (uint64_t i = 0; i < count_; i++) {
+            const OrderedBytes entry = entries_.from(i * entry_size());
+            const bool is_private =
+                entry.u16(0) > kLastBaseline && (entry.u16(0) < kDngVersion || entry.u16(0) > kLastDng);
+            const uint64_t each = entry.u16(2) < std::size(kTypeSizes) ? kTypeSizes[entry.u16(2)] : 0;
+            const uint64_t count = big_ ? entry.u64(4) : entry.u32(4);
+            const uint64_t offset = big_ ? entry.u64(12) : entry.u32(8);
+            if (is_private || count > UINT32_MAX || count * each <= (big_ ? 8 : 4)) continue;
+            end = std::max(end, offset > UINT64_MAX / 2 ? offset : offset + count * each);
+        }
+        return end;
+    }
     uint64_t number(Tag tag, uint64_t otherwise = 0) const {
         const Values found = values(tag);
         return found.has(0) ? found.number() : otherwise;
@@ -157,6 +174,8 @@ std::string components_of(const Directory &directory) {
         case 5: return "CMYK";
         case 6: {
             const Values subsampling = directory.values(kSubsampling);
+            // Encoders that leave it out have it in their JPEG data.
+            if (subsampling.count == 0 && directory.number(kCompression) == 7) return "YCbCr";
             const uint64_t across = subsampling.has(0) ? subsampling.number(0) : 2;
             const uint64_t down = subsampling.has(1) ? subsampling.number(1) : 2;
             if (across == 1) return down == 1 ? "4:4:4" : "4:4:0";
@@ -274,6 +293,7 @@ void tiff_facts(Input &input, Facts &facts) {
     std::vector<uint64_t> seen;
     std::vector<uint64_t> waiting{big ? header.u64(8) : header.u32(4)};
     uint64_t end = 0;
+    uint64_t values_end = 0;
     uint64_t largest = 0;
     int64_t pages = 0;
     bool is_cut = false, is_known = false, is_blank = false, is_tiled = false;
@@ -291,6 +311,7 @@ void tiff_facts(Input &input, Facts &facts) {
             is_cut = true;
             continue;
         }
+        values_end = std::max(values_end, directory.values_end());
         waiting.push_back(directory.next());
         const Values below = directory.values(kSubDirectories);
         for (uint64_t i = 0; i < std::min<uint64_t>(below.count, 16); i++) waiting.push_back(below.number(i));
@@ -328,6 +349,8 @@ void tiff_facts(Input &input, Facts &facts) {
         facts.cut(end, "the directory");
     } else if (end > input.size()) {
         facts.cut(end, "picture data");
+    } else if (values_end > input.size()) {
+        facts.cut(values_end, "values of the directory");
     } else if (is_blank) {
         facts.cut(end, "the end of the picture data holds zeros");
     } else if (is_known) {
