@@ -13,9 +13,9 @@ const ALL_RIGHTS = 0x1fffffffn;
 const RIGHT_TO_WRITE = 1n << 6n;
 const CREATE = 1, EXCLUSIVE = 4, TRUNCATE = 8;
 
-// Directories that names begin at: absolute ones, and those that are none.
-const ROOTS = ['/', '.'];
-const FIRST_ROOT = 3;
+// The directory that names begin at; they come as they were given.
+const ROOT = '.';
+const FIRST_OPENED = 4;
 
 export class Failure extends Error {
     constructor(code) {
@@ -36,7 +36,7 @@ class System {
         this.args = args.map(encoded);
         this.environment = Object.entries(files.environment ?? {}).map(([name, value]) => encoded(`${name}=${value}`));
         this.open = files.standard.map(handle => ({handle, position: null}));
-        for (const root of ROOTS) this.open.push({root});
+        this.open.push({root: ROOT});
     }
 
     // The memory grows, which gives it a new buffer.
@@ -179,7 +179,7 @@ const calls = {
     },
 
     path_open(system, fd, lookup, path, size, how, rights, inherited, flags, result) {
-        const name = pathOf(system, fd, path, size);
+        const name = pathOf(system, path, size);
         const write = (BigInt(rights) & RIGHT_TO_WRITE) !== 0n;
         const handle = system.files.open(name, {
             write, create: (how & CREATE) !== 0, exclusive: (how & EXCLUSIVE) !== 0, truncate: (how & TRUNCATE) !== 0,
@@ -191,7 +191,7 @@ const calls = {
     },
 
     path_filestat_get(system, fd, lookup, path, size, result) {
-        const handle = system.files.open(pathOf(system, fd, path, size), {});
+        const handle = system.files.open(pathOf(system, path, size), {});
         try {
             putStatus(system, handle, result);
         } finally {
@@ -212,10 +212,8 @@ const calls = {
     },
 };
 
-function pathOf(system, fd, path, size) {
-    const {root} = system.entry(fd);
-    const name = new TextDecoder().decode(system.bytes(path, size).slice());
-    return root === '/' ? `/${name}` : name;
+function pathOf(system, path, size) {
+    return new TextDecoder().decode(system.bytes(path, size).slice());
 }
 
 function putStatus(system, handle, result) {
@@ -259,6 +257,6 @@ export function run(module, args, files) {
         if (error instanceof Exit) return error.status;
         throw error;
     } finally {
-        for (const entry of system.open.slice(FIRST_ROOT)) entry?.handle?.close();
+        for (const entry of system.open.slice(FIRST_OPENED)) entry?.handle?.close();
     }
 }
