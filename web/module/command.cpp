@@ -44,9 +44,7 @@ int trouble(const std::string &message) {
     return kTrouble;
 }
 
-void complain(const std::string &message) {
-    std::fprintf(stderr, "%s: %s\n", command_name, message.c_str());
-}
+void complain(const std::string &message) { std::fprintf(stderr, "%s: %s\n", command_name, message.c_str()); }
 
 void write_out(std::string_view text) {
     while (!text.empty()) {

@@ -5,6 +5,7 @@
 
 int keldump_main(int argc, char **argv);
 int keldump_json_main(int argc, char **argv);
+int page_main(int argc, char **argv);
 
 namespace {
 
@@ -16,6 +17,7 @@ struct Entry {
 constexpr Entry kEntries[] = {
     {"keldump", keldump_main},
     {"keldump-json", keldump_json_main},
+    {"page", page_main},
 };
 
 }  // namespace
@@ -24,5 +26,8 @@ int main(int argc, char **argv) {
     for (const Entry &entry : kEntries) {
         if (argc > 0 && std::strcmp(argv[0], entry.name) == 0) return entry.run(argc, argv);
     }
+    // Without one, the names of all.
+    for (const Entry &entry : kEntries) print("%s\n", entry.name);
+    standard_output.flush();
     return 2;
 }

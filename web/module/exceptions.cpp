@@ -1,6 +1,6 @@
-// The run-time side of C++ exceptions on WebAssembly's own, which Debian's libraries are built without: what the
-// compiler calls at a throw and in front of a handler. A handler takes exactly its own type, or every one; one exception
-// is under way at a time.
+// The run-time side of C++ exceptions on WebAssembly's own, which Debian's libraries are built without: what
+// the compiler calls at a throw and in front of a handler. A handler takes exactly its own type, or every
+// one; one exception is under way at a time.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
