@@ -79,6 +79,7 @@ void PageLines::end(const Line &line, uint8_t marks) {
 }
 
 void PageLines::line(const Line &line) {
+    if (stopped_) return;  // the line that ended the run comes once more
     if (!in_line_) begin(line);
     in_line_ = line.goes_on;
     text_ += line.text;

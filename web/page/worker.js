@@ -93,13 +93,13 @@ const tasks = {
         return {status, blob: new Blob(parts), hasChanged: source.hasChanged};
     },
 
-    // The format of each of some files, by their first lines.
+    // The format of each of some files, by their first lines: where none is known, that is the only one.
     facts({module, files}) {
         return {rows: files.map(({file, name}) => {
             const source = new Source(file);
             let format = '', end = 0;
             try {
-                runOver(module, ['page', '--lines', '1', name], new Map([[name, source]]), bytes => {
+                runOver(module, ['page', '--lines', '2', name], new Map([[name, source]]), bytes => {
                     const view = new DataView(bytes.buffer, bytes.byteOffset, bytes.length);
                     const [lines, text, ranges, names, formatSize] = [1, 2, 3, 4, 5].map(i => view.getUint32(4 * i, true));
                     const at = 32 + 31 * lines + 16 * ranges + names;
