@@ -28,7 +28,7 @@ int descriptor_named(const char *name) {
 
 int64_t pread_once(int fd, void *data, uint64_t n, uint64_t offset) {
     for (;;) {
-        const ssize_t count = pread(fd, data, n, static_cast<off_t>(offset));
+        const ssize_t count = pread(fd, data, static_cast<size_t>(n), static_cast<off_t>(offset));
         if (count >= 0 || errno != EINTR) return count;
     }
 }
@@ -135,7 +135,7 @@ int64_t Input::read_some(uint64_t offset, void *data, uint64_t n) {
     if (fd_ >= 0) return read_file(offset, data, n);
     const Bytes rest = memory_.from(offset);
     n = std::min(n, rest.size());
-    if (n > 0) std::memcpy(data, rest.span(0, n).data(), n);
+    if (n > 0) std::memcpy(data, rest.span(0, n).data(), static_cast<size_t>(n));
     return static_cast<int64_t>(n);
 }
 

@@ -39,7 +39,7 @@ int nameless_file() {
 // Up to n bytes, waiting for them where the descriptor does not; 0 at the end or at an error.
 uint64_t read_some(int fd, uint8_t *data, uint64_t n) {
     for (;;) {
-        const ssize_t count = ::read(fd, data, n);
+        const ssize_t count = ::read(fd, data, static_cast<size_t>(n));
         if (count >= 0) return static_cast<uint64_t>(count);
         if (errno == EAGAIN || errno == EWOULDBLOCK) {
             pollfd ready{fd, POLLIN, 0};
@@ -54,7 +54,8 @@ uint64_t read_some(int fd, uint8_t *data, uint64_t n) {
 uint64_t write_at(int fd, uint64_t offset, const uint8_t *data, uint64_t n) {
     uint64_t written = 0;
     while (written < n) {
-        const ssize_t count = pwrite(fd, data + written, n - written, static_cast<off_t>(offset + written));
+        const ssize_t count = pwrite(fd, data + written, static_cast<size_t>(n - written),
+                                     static_cast<off_t>(offset + written));
         if (count < 0 && errno == EINTR) continue;
         if (count <= 0) break;
         written += static_cast<uint64_t>(count);
@@ -92,7 +93,7 @@ bool Spool::add(const uint8_t *data, uint64_t n) {
         const uint64_t inside = in_memory_ % kBlock;
         if (inside == 0) blocks_.push_back(std::make_unique_for_overwrite<uint8_t[]>(kBlock));
         const uint64_t part = std::min(n, kBlock - inside);
-        std::memcpy(blocks_.back().get() + inside, data, part);
+        std::memcpy(blocks_.back().get() + inside, data, static_cast<size_t>(part));
         in_memory_ += part;
         data += part;
         n -= part;
@@ -104,13 +105,14 @@ int64_t Spool::read(uint64_t offset, void *data, uint64_t n) const {
     if (offset < on_disk_) {
         const uint64_t part = std::min(n, on_disk_ - offset);
         for (;;) {
-            const ssize_t count = pread(fd_, data, part, static_cast<off_t>(offset));
+            const ssize_t count = pread(fd_, data, static_cast<size_t>(part), static_cast<off_t>(offset));
             if (count >= 0 || errno != EINTR) return count;
         }
     }
     const uint64_t place = offset - on_disk_;
     if (place >= in_memory_) return 0;
     const uint64_t part = std::min({n, in_memory_ - place, kBlock - place % kBlock});
-    std::memcpy(data, blocks_[place / kBlock].get() + place % kBlock, part);
+    const uint8_t *block = blocks_[static_cast<size_t>(place / kBlock)].get();
+    std::memcpy(data, block + place % kBlock, static_cast<size_t>(part));
     return static_cast<int64_t>(part);
 }

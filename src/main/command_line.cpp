@@ -130,8 +130,8 @@ int parse_command_line(int argc, char **argv, CommandLine &line) {
     line.name = argv[next];
     if (argc - next == 3) {
         line.range_flag = 1;
-        line.start = static_cast<int32_t>(std::strtol(argv[next + 1], nullptr, 10));
-        line.end = static_cast<int32_t>(std::strtol(argv[next + 2], nullptr, 10));
+        line.start = static_cast<int32_t>(std::strtoll(argv[next + 1], nullptr, 10));
+        line.end = static_cast<int32_t>(std::strtoll(argv[next + 2], nullptr, 10));
     }
     if (!check_name(line.name)) return 0;
     if (line.range_flag && !check_pattern(line.name)) return 0;

@@ -182,6 +182,7 @@ void LinePlaces::place(const Line &line, FieldLine &field) {
     field.path.clear();
     field.values.clear();
     field.index.clear();
+    field.is_labelled = false;
     const uint32_t depth = depth_of(line);
     PathElement element;
     std::span<const Piece> rest;
@@ -224,12 +225,14 @@ void LinePlaces::place(const Line &line, FieldLine &field) {
         return;
     }
     if (line.is_aside) {
+        field.is_labelled = true;
         remark_ = std::move(element);
         field.path.push_back(&remark_);
         return;
     }
     while (!levels_.empty() && (levels_.back().depth >= depth || levels_.back().is_field)) levels_.pop_back();
-    if (!element.name.empty()) levels_.push_back({depth, line.is_field, std::move(element)});
+    field.is_labelled = !element.name.empty();
+    if (field.is_labelled) levels_.push_back({depth, line.is_field, std::move(element)});
     for (const Level &level : levels_) field.path.push_back(&level.element);
 }
 

@@ -27,7 +27,8 @@ struct FieldLine {
     std::vector<const PathElement *> path;  // good until the next line
     std::vector<FieldValue> values;
     std::vector<uint64_t> index;
-    uint32_t body = 0;  // where the text goes on behind position and label
+    uint32_t body = 0;         // where the text goes on behind position and label
+    bool is_labelled = false;  // the path's last element is the line's own
 };
 
 // Goes through the lines of a dump in order.

@@ -1,0 +1,33 @@
+// The commands in one module, each under its name as the first argument.
+#include <cstring>
+
+#include "common/print.h"
+
+int keldump_main(int argc, char **argv);
+int keldump_json_main(int argc, char **argv);
+int page_main(int argc, char **argv);
+
+namespace {
+
+struct Entry {
+    const char *name;
+    int (*run)(int argc, char **argv);
+};
+
+constexpr Entry kEntries[] = {
+    {"keldump", keldump_main},
+    {"keldump-json", keldump_json_main},
+    {"page", page_main},
+};
+
+}  // namespace
+
+int main(int argc, char **argv) {
+    for (const Entry &entry : kEntries) {
+        if (argc > 0 && std::strcmp(argv[0], entry.name) == 0) return entry.run(argc, argv);
+    }
+    // Without one, the names of all.
+    for (const Entry &entry : kEntries) print("%s\n", entry.name);
+    standard_output.flush();
+    return 2;
+}

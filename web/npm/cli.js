@@ -1,0 +1,20 @@
+#!/usr/bin/env node
+// The command keldump.
+import {processFiles} from './files.js';
+import {module} from './keldump.js';
+import {run} from './shim.js';
+
+const BROKEN_PIPE = 128 + 13;  // as a shell tells of a command that was ended by the signal
+
+const files = processFiles();
+const output = files.standard[1];
+const write = output.write.bind(output);
+output.write = (bytes, position) => {
+    try {
+        return write(bytes, position);
+    } catch (error) {
+        if (error.code === 'EPIPE') process.exit(BROKEN_PIPE);
+        throw error;
+    }
+};
+process.exitCode = run(module(), ['keldump', ...process.argv.slice(2)], files);
