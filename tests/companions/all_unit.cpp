@@ -79,8 +79,16 @@ TEST(KeldumpAll, NoDumpForgesAHeading) {
     const Workplace place;
     place.write("t.wav", little()
                              .text("RIFF")
-                             .u32(44)
-                             .text("WAVEiXML")
+                             .u32(68)
+                             .text("WAVEfmt ")
+                             .u32(16)
+                             .u16(1)
+                             .u16(1)
+                             .u32(48000)
+                             .u32(96000)
+                             .u16(2)
+                             .u16(16)
+                             .text("iXML")
                              .u32(32)
                              .text("a\n==> b.dpx <==\n==>\n ==> c\n==>", 32)
                              .str());
