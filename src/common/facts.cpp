@@ -43,7 +43,8 @@ void Facts::lasts(int64_t frames, Ratio rate) {
 }
 
 void Facts::add(FileTimecode timecode) {
-    if (timecode.is_set()) timecodes.push_back(std::move(timecode));
+    if (timecode.bcd == UINT32_MAX && !timecode.is_valid()) return;
+    timecodes.push_back(std::move(timecode));
 }
 
 std::string FileTimecode::text() const {
@@ -105,22 +106,26 @@ FileTimecode file_timecode(int64_t hours, int64_t minutes, int64_t seconds, int6
     const int64_t all_minutes = hours * 60 + minutes;
     const int64_t count =
         (all_minutes * 60 + seconds) * base + frames - dropped * (all_minutes - all_minutes / 10);
-    return {count, base, drop, std::move(place), {}};
+    return {count, base, drop, std::move(place)};
 }
 
 FileTimecode bcd_timecode(uint32_t bcd, uint32_t base, std::string place) {
+    FileTimecode timecode;
+    timecode.bcd = bcd;
+    timecode.place = std::move(place);
     if (base == 0) {
         constexpr Counting kAny{100};
-        FileTimecode timecode;
         if (frame_count(bcd, kAny)) timecode.digits = timecode_text(bcd, kAny);
-        timecode.place = std::move(place);
         return timecode;
     }
     Counting counting{base};
     counting.drop = has_drop_flag(bcd, counting);
     const std::optional<int64_t> count = frame_count(bcd, counting);
-    if (!count) return {};
-    return {*count, base, counting.drop, std::move(place), {}};
+    if (!count) return timecode;
+    timecode.frames = *count;
+    timecode.base = base;
+    timecode.drop = counting.drop;
+    return timecode;
 }
 
 std::string keycode_text(int64_t manufacturer, int64_t type, int64_t prefix, int64_t count,

@@ -71,10 +71,12 @@ struct FileTimecode {
     int64_t frames = -1;  // since midnight, numbers that are dropped not counted
     uint32_t base = 0;    // frames that a second counts (24 of 23.976)
     bool drop = false;
-    std::string place;        // "material package", "tape", "track", "header", ...
-    std::string digits = {};  // "hh:mm:ss:ff" where the base is not known, so that nothing can be counted
+    std::string place;          // "material package", "tape", "track", "header", ...
+    uint32_t bcd = 0xFFFFFFFF;  // as a header has it (SMPTE 12M), valid or not; all ones where it has none
+    std::string digits = {};    // "hh:mm:ss:ff" where the base is not known, so that nothing can be counted
 
-    bool is_set() const { return (frames >= 0 && base > 0) || !digits.empty(); }
+    bool is_valid() const { return (frames >= 0 && base > 0) || !digits.empty(); }
+    bool is_set() const { return is_valid() || bcd != 0xFFFFFFFF; }
     // "01:00:00:00", with a semicolon before the frames where numbers are dropped.
     std::string text() const;
 };

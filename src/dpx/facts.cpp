@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <iterator>
 
 #include "common/names.h"
@@ -26,6 +27,12 @@ Ratio film_rate(double rate) { return rate >= 1 && rate <= 1000 ? rate_of(rate) 
 std::string real_text(OrderedBytes header, uint64_t offset) {
     const double value = positive_real(header, offset);
     return value > 0 && value < 1e6 ? number_text(value) : "";
+}
+
+std::string hex_text(uint32_t value) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%08x", value);
+    return text;
 }
 
 // "2026:11:26:10:00:00" and its kin, with a time zone that is not read, as ISO 8601.
@@ -100,6 +107,14 @@ struct Reach {
         is_known = is_known && other.is_known;
     }
 };
+
+// What the file's own size field says where it is wrong, and what lies behind the picture.
+void add_sizes(const Reach &reach, uint64_t told, uint64_t present, Facts &facts) {
+    if (told > 0 && told != present) facts.add_more("size field", std::to_string(told));
+    const uint64_t end = std::max(reach.padded, told);
+    if (reach.is_known && present > end && reach.padded > 0)
+        facts.add_more("trailing bytes", std::to_string(present - end));
+}
 
 // Whether the size that the header tells is that of padded lines decides whether padding is missed.
 void judge_extent(const Reach &reach, uint64_t told, uint64_t offset, uint64_t present, Facts &facts) {
@@ -233,20 +248,34 @@ void add_dpx_details(OrderedBytes h, Facts &facts) {
     const auto text = [&](const char *name, uint64_t offset, uint64_t width) {
         facts.add_more(name, fixed_text(h.bytes, offset, width));
     };
+    const auto number = [&](const char *name, uint32_t value) {
+        if (value != kUnset && value != 0) facts.add_more(name, std::to_string(value));
+    };
     facts.add_more("byte order", h.is_big() ? "big-endian" : "little-endian");
+    number("image offset", h.u32(4));
+    number("orientation", h.u16(768) == 0xFFFF ? 0 : h.u16(768));
+    number("elements", h.u16(770) == 0xFFFF ? 0 : h.u16(770));
+    number("sense", h.u32(780));
+    number("data offset", h.u32(808));
+    number("line padding", h.u32(812));
+    number("image padding", h.u32(816));
     facts.add_more("transfer", name_of(kTransferNames, h.u8(801), ""));
     facts.add_more("colorimetric", name_of(kTransferNames, h.u8(802), ""));
     if (h.u16(804) <= 2) facts.add_more("packing", std::to_string(h.u16(804)));
+    text("file name", 36, 100);
     text("project", 260, 200);
     text("copyright", 460, 200);
     text("source file", 1432, 100);
     text("input device", 1556, 32);
     if (!has_industry_header(h)) return;
     text("film format", 1680, 32);
+    number("frame position", h.u32(1712) == 0 ? kUnset : h.u32(1712));
     facts.add_more("shutter angle", real_text(h, 1728));
     text("frame id", 1732, 32);
     text("slate", 1764, 100);
+    if (h.u32(1924) != kUnset && h.u32(1924) != 0) facts.add_more("user bits", hex_text(h.u32(1924)));
     facts.add_more("gamma", real_text(h, 1948));
+    if (facts.keycode.empty()) facts.add_more("keycode text", fixed_text(h.bytes, 1664, 16));
 }
 
 }  // namespace
@@ -281,6 +310,7 @@ void dpx_facts(Input &input, Facts &facts) {
 
     Reach reach;
     for (uint64_t i = 0; i < elements; i++) reach.add(element_reach(h, h.from(780 + 72 * i), offset));
+    add_sizes(reach, known(h.u32(16)), input.size(), facts);
     judge_extent(reach, known(h.u32(16)), offset, input.size(), facts);
 }
 
@@ -347,7 +377,14 @@ void cineon_facts(Input &input, Facts &facts) {
     }
     facts.date = header_date(fixed_text(h.bytes, 132, 12) + " " + fixed_text(h.bytes, 144, 12));
     facts.add_more("byte order", h.is_big() ? "big-endian" : "little-endian");
+    facts.add_more("image offset", std::to_string(offset));
+    if (h.u8(681) != 0xFF) facts.add_more("packing", std::to_string(h.u8(681)));
+    facts.add_more("file name", fixed_text(h.bytes, 32, 100));
+    if (known(h.u32(1068)) > 0 && offset >= 2048)
+        facts.add_more("frame position", std::to_string(h.u32(1068)));
     facts.add_more("input device", fixed_text(h.bytes, 844, 64));
     facts.add_more("gamma", real_text(h, 980));
-    judge_extent(cineon_reach(h, channels, offset), known(h.u32(20)), offset, input.size(), facts);
+    const Reach reach = cineon_reach(h, channels, offset);
+    add_sizes(reach, known(h.u32(20)), input.size(), facts);
+    judge_extent(reach, known(h.u32(20)), offset, input.size(), facts);
 }

@@ -190,8 +190,9 @@ void add_sounds(const std::vector<Sound> &sounds, Row &row) {
 }
 
 void add_timecodes(const Facts &facts, Row &row) {
-    if (facts.timecodes.empty()) return;
-    const FileTimecode &start = facts.timecodes.front();
+    const auto valid = std::ranges::find_if(facts.timecodes, &FileTimecode::is_valid);
+    if (valid == facts.timecodes.end()) return;
+    const FileTimecode &start = *valid;
     row[Column::timecode] = start.text();
     for (const FileTimecode &timecode : facts.timecodes)
         row[Column::timecodes] +=
