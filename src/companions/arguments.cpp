@@ -1,5 +1,6 @@
 #include "companions/arguments.h"
 
+#include <algorithm>
 #include <charconv>
 
 #include "companions/command.h"
@@ -55,4 +56,12 @@ bool Arguments::refuse() {
     complain("unknown or wrong switch " + safe_name(argv_[at_]));
     failed_ = true;
     return false;
+}
+
+void add_names(const std::string &list, std::vector<std::string> &names) {
+    for (size_t at = 0; at <= list.size();) {
+        const size_t end = std::min(list.find(',', at), list.size());
+        if (end > at) names.push_back(list.substr(at, end - at));
+        at = end + 1;
+    }
 }

@@ -39,3 +39,6 @@ class Arguments {
     int at_ = 0;
     bool failed_ = false;
 };
+
+// Adds the names of a list with commas between.
+void add_names(const std::string &list, std::vector<std::string> &names);

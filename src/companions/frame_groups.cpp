@@ -25,26 +25,6 @@ bool has_sign(std::string_view path, size_t digits) {
     return before == '.' || before == '_' || before == ' ';
 }
 
-// All numbers of a path's last part, its extension's too: "f.001.2k.dpx" has two.
-std::vector<FrameNumber> numbers_of(std::string_view path) {
-    std::vector<FrameNumber> numbers;
-    const size_t dot = path.rfind('.');
-    for (size_t i = name_start(path); i < path.size();) {
-        if (!is_digit(path[i]) || i > dot) {
-            i++;
-            continue;
-        }
-        FrameNumber number{i, 0, 0};
-        while (i < path.size() && is_digit(path[i])) i++;
-        number.size = i - number.start;
-        if (number.size > kMostDigits) continue;
-        for (size_t k = number.start; k < i; k++) number.value = number.value * 10 + (path[k] - '0');
-        if (has_sign(path, number.start)) number.value = -number.value;
-        numbers.push_back(number);
-    }
-    return numbers;
-}
-
 // The path around a number, its sign left out.
 std::pair<std::string_view, std::string_view> around(std::string_view path, const FrameNumber &number) {
     const size_t sign = has_sign(path, number.start) ? 1 : 0;
@@ -111,6 +91,25 @@ void add_groups(const std::vector<std::string> &files, const std::vector<Candida
 }
 
 }  // namespace
+
+std::vector<FrameNumber> numbers_of(std::string_view path) {
+    std::vector<FrameNumber> numbers;
+    const size_t dot = path.rfind('.');
+    for (size_t i = name_start(path); i < path.size();) {
+        if (!is_digit(path[i]) || i > dot) {
+            i++;
+            continue;
+        }
+        FrameNumber number{i, 0, 0};
+        while (i < path.size() && is_digit(path[i])) i++;
+        number.size = i - number.start;
+        if (number.size > kMostDigits) continue;
+        for (size_t k = number.start; k < i; k++) number.value = number.value * 10 + (path[k] - '0');
+        if (has_sign(path, number.start)) number.value = -number.value;
+        numbers.push_back(number);
+    }
+    return numbers;
+}
 
 std::string FrameGroup::range_name(const std::vector<std::string> &list) const {
     if (!is_numbered || files.size() < 2) return list[files.front()];

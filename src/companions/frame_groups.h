@@ -13,6 +13,9 @@ struct FrameNumber {
     int64_t value = 0;
 };
 
+// All numbers of a path's last part but those of its extension.
+std::vector<FrameNumber> numbers_of(std::string_view path);
+
 struct FrameGroup {
     size_t first = 0;                  // the place of the first file in the list
     std::vector<size_t> files;         // places in the list, by number

@@ -1,64 +1,105 @@
-// What breaks in sequences of DPX and Cineon frames.
+// What breaks in sequences of frames.
 #include <strings.h>
+#include <unistd.h>
 
 #include <algorithm>
-#include <atomic>
+#include <charconv>
 #include <filesystem>
-#include <map>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "common/name_pattern.h"
+#include "companions/arguments.h"
 #include "companions/command.h"
 #include "companions/files.h"
+#include "companions/frame_groups.h"
+#include "companions/printing.h"
+#include "companions/progress.h"
 #include "companions/safe_text.h"
 #include "companions/sequence/check.h"
+#include "companions/sequence/report.h"
+#include "companions/workers.h"
+#include "main/facts.h"
 
 namespace fs = std::filesystem;
 
 namespace {
 
 constexpr char kUsage[] =
-    "usage: keldump-seq [--] PATTERN|DIRECTORY|FILES\n"
+    "usage: keldump-seq [--frames FIRST-LAST] [--ignore KIND,...] [--quiet] [--json] [-j N] [--]\n"
+    "                   PATTERN|DIRECTORY|FILES\n"
     "\n"
-    "Reads the headers of DPX and Cineon sequences and reports what breaks: missing frames, files without "
-    "header\n"
-    "or cut short, time codes and keycodes that do not go on frame by frame, and changes of resolution, bit\n"
-    "depth, packing, descriptor, frame rate, reel and the like. One line a finding, one summary a sequence.\n"
+    "Reads the headers of sequences of frames (DPX, Cineon, OpenEXR, TIFF, DNG, JPEG 2000, ARRI) and reports "
+    "what\n"
+    "breaks: missing frames, files without header or cut short, time codes and keycodes that do not go on "
+    "frame by\n"
+    "frame, and changes of what should stay the same. One line a finding, one summary a sequence.\n"
     "\n"
-    "  PATTERN    a name with one number, e.g. shot.%05d.dpx: all files in its directory that it makes\n"
-    "  DIRECTORY  every sequence of .dpx, .cin and .cineon files in it and below\n"
-    "  FILES      sequences by their names, whatever their order\n"
+    "  --frames FIRST-LAST  the frames that should be there\n"
+    "  --ignore KIND,...    leaves out findings: missing, duplicate, padding, unreadable, header, cut, "
+    "open,\n"
+    "                       timecode, drop, keycode, position, name, user-bits, swapped, repeated, holds, "
+    "size,\n"
+    "                       format, layout, colour, aspect, rate, reel, creator, text, field, size-field, "
+    "trailing\n"
+    "  --quiet              only sequences with findings\n"
+    "  --json               an array of objects, one a sequence\n"
+    "  -j N                 N files at a time (four times as many as there are processors)\n"
+    "  PATTERN              a name with one number, e.g. shot.%05d.dpx: all files in its directory that it "
+    "makes\n"
+    "  DIRECTORY            every sequence of frames in it and below\n"
+    "  FILES                sequences by their names, whatever their order\n"
     "\n"
     "Exit status: 0 for clean sequences, 1 when something was found, 2 for trouble.\n";
 
-// A name taken apart at its last number, which counts the frames.
-struct FrameName {
-    std::string stem;  // the name with "#" for the number
-    int64_t number = 0;
-    bool has_number = false;
+struct Request {
+    SequenceQuestion question;
+    std::vector<std::string> ignored;
+    bool quiet = false;
+    bool json = false;
+    unsigned jobs = 4 * core_count();  // on a share most of the time is waiting
+    std::vector<std::string> operands;
 };
 
-FrameName take_apart(const std::string &path) {
-    constexpr const char *kDigits = "0123456789";
-    constexpr size_t kMostDigits = 18;
-    const size_t name = path.rfind('/') == std::string::npos ? 0 : path.rfind('/') + 1;
-    const size_t dot = path.rfind('.');
-    const size_t end = dot == std::string::npos || dot < name ? path.size() : dot;
-    const size_t last = end == 0 ? std::string::npos : path.find_last_of(kDigits, end - 1);
-    if (last == std::string::npos || last < name) return {path};
-    const size_t before = path.find_last_not_of(kDigits, last);
-    const size_t first = std::max(before == std::string::npos ? 0 : before + 1, name);
-    if (last + 1 - first > kMostDigits) return {path};
-    return {path.substr(0, first) + "#" + path.substr(last + 1),
-            std::stoll(path.substr(first, last + 1 - first)), true};
+// "10-200", "-5-20".
+bool parse_frames(const std::string &text, Request &request) {
+    int64_t first = 0;
+    int64_t last = 0;
+    const char *end = text.data() + text.size();
+    const auto one = std::from_chars(text.data(), end, first);
+    if (one.ec != std::errc() || one.ptr == end || *one.ptr != '-') return false;
+    const auto two = std::from_chars(one.ptr + 1, end, last);
+    if (two.ec != std::errc() || two.ptr != end || last < first) return false;
+    request.question.wanted = {first, last};
+    return true;
 }
+
+bool parse(Arguments arguments, Request &request) {
+    std::string value;
+    while (arguments.next()) {
+        if (arguments.is("--quiet")) {
+            request.quiet = true;
+        } else if (arguments.is("--json")) {
+            request.json = true;
+        } else if (arguments.takes("--ignore", value)) {
+            add_names(value, request.ignored);
+        } else if (arguments.takes("--frames", value)) {
+            if (!arguments.failed() && !parse_frames(value, request)) return arguments.refuse();
+        } else if (!arguments.takes_jobs(request.jobs)) {
+            return arguments.refuse();
+        }
+    }
+    request.operands = arguments.operands();
+    return !arguments.failed() && !request.operands.empty();
+}
+
+bool any_name(std::string_view) { return true; }
 
 bool is_frame_name(const std::string &path) {
     const std::string extension = fs::path(path).extension();
-    return std::ranges::any_of(std::vector<const char *>{".dpx", ".cin", ".cineon"},
+    return std::ranges::any_of(std::vector<const char *>{".dpx", ".cin", ".cineon", ".exr", ".tif", ".tiff",
+                                                         ".dng", ".jp2", ".j2k", ".j2c", ".jpc", ".ari"},
                                [&](const char *e) { return strcasecmp(extension.c_str(), e) == 0; });
 }
 
@@ -69,18 +110,23 @@ std::vector<std::string> files_of_pattern(const std::string &pattern) {
     std::error_code error;
     for (const auto &entry : fs::directory_iterator(directory.empty() ? "." : directory, error)) {
         const std::string file = (fs::path(directory) / entry.path().filename()).native();
-        const FrameName name = take_apart(file);
-        if (!name.has_number || name.number > INT32_MAX) continue;
-        if (file == name_from_pattern(pattern.c_str(), static_cast<int32_t>(name.number)))
-            files.push_back(file);
+        for (const FrameNumber &number : numbers_of(file)) {
+            if (number.value <= INT32_MAX && number.value >= INT32_MIN &&
+                file == name_from_pattern(pattern.c_str(), static_cast<int32_t>(number.value))) {
+                files.push_back(file);
+                break;
+            }
+        }
     }
     return files;
 }
 
-// Whether a pattern makes names whose last number, which counts the frames, is the one that is put in.
+// Whether a pattern makes names that have the number that is put in.
 bool counts_frames(const std::string &pattern) {
-    constexpr int32_t kProbe = 10;
-    return take_apart(name_from_pattern(pattern.c_str(), kProbe)).number == kProbe;
+    constexpr int32_t kProbe = 1234567;
+    const std::string name = name_from_pattern(pattern.c_str(), kProbe);
+    return std::ranges::any_of(numbers_of(name),
+                               [](const FrameNumber &number) { return number.value == kProbe; });
 }
 
 // Adds the files that an operand stands for; false, behind a message, where some cannot be told.
@@ -95,16 +141,13 @@ bool add_operand(const std::string &operand, std::vector<std::string> &files) {
     if (fs::exists(operand, ignored)) {
         const bool directory = fs::is_directory(operand, ignored);
         const FileList list = list_files({operand});
-        for (const std::string &problem : list.problems) {
-            complain(problem);
-            complete = false;
-        }
-        std::copy_if(list.files.begin(), list.files.end(), std::back_inserter(files),
-                     [&](const std::string &file) { return !directory || is_frame_name(file); });
+        complete = !report_problems(list);
+        std::ranges::copy_if(list.files, std::back_inserter(files),
+                             [&](const std::string &file) { return !directory || is_frame_name(file); });
     } else if (operand.find('%') == std::string::npos || !valid_name_pattern(operand.c_str())) {
         return refuse("No such file or directory");
     } else if (!counts_frames(operand)) {
-        return refuse("its names do not end with a decimal number (%d)");
+        return refuse("its names have no decimal number (%d)");
     } else {
         const std::vector<std::string> made = files_of_pattern(operand);
         files.insert(files.end(), made.begin(), made.end());
@@ -112,75 +155,96 @@ bool add_operand(const std::string &operand, std::vector<std::string> &files) {
     return files.size() == before && complete ? refuse("no frames") : complete;
 }
 
-bool parse(int argc, char **argv, std::vector<std::string> &files, bool &complete) {
-    int next = 1;
-    if (next < argc && std::string(argv[next]) == "--") {
-        next++;
-    } else if (next < argc && argv[next][0] == '-') {
-        complain("unknown or wrong switch " + safe_name(argv[next]));
-        return false;
+// Judges each sequence when its last frame is read.
+class Sequences : public JobsReader {
+ public:
+    Sequences(const Request &request, const std::vector<std::string> &files,
+              const std::vector<FrameGroup> &groups)
+        : request_(request), files_(files), groups_(groups), progress_(files.size(), !isatty(STDOUT_FILENO)) {
+        if (request.json) write_out("[");
     }
-    if (next == argc) return false;
-    for (; next < argc; next++) {
-        if (!add_operand(argv[next], files)) complete = false;
+
+    void out(size_t, std::string_view text) override { packed_ += text; }
+    void complain(size_t, const std::string &message) override { death_ = message; }
+    void progress(size_t ended) override { progress_.show(ended); }
+
+    void done(size_t, int, const std::string &death) override {
+        const FrameGroup &group = groups_[group_];
+        const size_t place = frames_.size();
+        SequenceFrame frame = unpacked_frame(packed_, names_);
+        if (!death.empty() || !death_.empty()) frame.problem = names_.number(death.empty() ? death_ : death);
+        frame.number = group.numbers[place].value;
+        frame.digits = static_cast<uint16_t>(group.numbers[place].size);
+        frames_.push_back(frame);
+        packed_.clear();
+        death_.clear();
+        if (frames_.size() == group.files.size()) judge(group);
     }
-    // A file counts once, however often it is named.
-    std::set<std::string> seen;
-    std::erase_if(files, [&](const std::string &file) { return !seen.insert(file).second; });
-    return true;
-}
 
-// Files that a thread takes at a time.
-constexpr size_t kBatch = 64;
+    bool finish() {
+        progress_.clear();
+        if (request_.json) write_out(given_ > 0 ? "\n]\n" : "]\n");
+        return clean_;
+    }
 
-void read_frames(const std::vector<std::string> &files, std::vector<Frame> &frames) {
-    std::atomic<size_t> next{0};
-    const auto read = [&] {
-        for (size_t from; (from = next.fetch_add(kBatch)) < files.size();) {
-            for (size_t i = from; i < std::min(from + kBatch, files.size()); i++)
-                frames[i] = read_frame(files[i]);
-        }
-    };
-    // More than there are processors: on a share most of the time is waiting.
-    std::vector<std::thread> threads;
-    for (unsigned i = 1; i < std::min<size_t>(4 * core_count(), files.size() / kBatch + 1); i++)
-        threads.emplace_back(read);
-    read();
-    for (std::thread &thread : threads) thread.join();
-}
+ private:
+    void judge(const FrameGroup &group) {
+        SequenceQuestion question = request_.question;
+        question.numbered = group.is_numbered;
+        SequenceReport report = check_sequence(frames_, names_, question);
+        std::erase_if(report.findings, [&](const Finding &finding) {
+            return std::ranges::find(request_.ignored, finding.kind) != request_.ignored.end();
+        });
+        const bool shown = !request_.quiet || !report.findings.empty();
+        clean_ = clean_ && report.findings.empty();
+        progress_.clear();
+        if (shown && request_.json)
+            write_out((given_++ > 0 ? ",\n" : "\n") + report_json(group.stem(), report));
+        if (shown && !request_.json) write_out(report_text(group.stem(), report, group.is_numbered));
+        frames_.clear();
+        names_ = Names();
+        group_++;
+    }
+
+    const Request &request_;
+    const std::vector<std::string> &files_;
+    const std::vector<FrameGroup> &groups_;
+    Progress progress_;
+    size_t group_ = 0;
+    Names names_;
+    std::vector<SequenceFrame> frames_;  // of the group, so far
+    std::string packed_;
+    std::string death_;
+    size_t given_ = 0;
+    bool clean_ = true;
+};
 
 }  // namespace
 
 int main(int argc, char **argv) {
     start_companion("keldump-seq");
     if (answered(argc, argv, kUsage)) return kFine;
+    Request request;
+    if (!parse({argc, argv}, request)) return usage_error(kUsage);
     std::vector<std::string> files;
     bool complete = true;
-    if (!parse(argc, argv, files, complete)) return usage_error(kUsage);
+    for (const std::string &operand : request.operands) complete = add_operand(operand, files) && complete;
+    // A file counts once, however often it is named.
+    std::set<std::string> seen;
+    std::erase_if(files, [&](const std::string &file) { return !seen.insert(file).second; });
 
-    std::vector<Frame> frames(files.size());
-    read_frames(files, frames);
-    std::map<std::string, std::vector<SequenceFrame>, decltype(&natural_less)> sequences(&natural_less);
-    std::set<std::string> unnumbered;
-    for (size_t i = 0; i < files.size(); i++) {
-        const FrameName name = take_apart(files[i]);
-        sequences[name.stem].push_back({name.number, std::move(frames[i])});
-        if (!name.has_number) unnumbered.insert(name.stem);
-    }
-
-    bool clean = true;
-    for (auto &[stem, sequence] : sequences) {
-        std::ranges::stable_sort(sequence, {}, &SequenceFrame::number);
-        const Report report = check_sequence(sequence, !unnumbered.contains(stem));
-        std::string text;
-        for (const std::string &finding : report.findings) text += safe_name(stem) + ": " + finding + "\n";
-        const size_t count = report.findings.size();
-        text += safe_name(stem) + ": " + report.summary + ": " +
-                (count == 0 ? "clean" : std::to_string(count) + (count == 1 ? " finding" : " findings")) +
-                "\n";
-        write_out(text);
-        clean = clean && count == 0;
-    }
+    const std::vector<FrameGroup> groups = group_frames(files, any_name);
+    std::vector<size_t> order;
+    for (const FrameGroup &group : groups) order.insert(order.end(), group.files.begin(), group.files.end());
+    Sequences sequences(request, files, groups);
+    run_jobs(
+        order.size(), request.jobs,
+        [&](size_t index, JobOutput &output) {
+            output.out(packed_frame(facts(files[order[index]].c_str())));
+            return kFine;
+        },
+        sequences);
+    const bool clean = sequences.finish();
     if (!complete) return kTrouble;
     return clean ? kFine : kFound;
 }

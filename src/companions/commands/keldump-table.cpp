@@ -63,14 +63,6 @@ struct Request {
     std::vector<std::string> operands;
 };
 
-void add_names(const std::string &list, std::vector<std::string> &names) {
-    for (size_t at = 0; at <= list.size();) {
-        const size_t end = std::min(list.find(',', at), list.size());
-        if (end > at) names.push_back(list.substr(at, end - at));
-        at = end + 1;
-    }
-}
-
 bool parse(Arguments arguments, Request &request) {
     std::string value;
     while (arguments.next()) {

@@ -4,350 +4,520 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <map>
-#include <optional>
+#include <span>
 
-#include "common/timecode.h"
 #include "companions/safe_text.h"
+#include "companions/sequence/counter.h"
+#include "companions/sequence/counting.h"
+#include "companions/sequence/properties.h"
 
 namespace {
 
-constexpr int32_t kCounts = 10000;  // of a keycode, before they begin anew
+constexpr int64_t kCounts = 10000;  // of a keycode
 
-// Which of the values seen most often comes first.
-class Votes {
- public:
-    void add(int64_t value) { votes_[value]++; }
-    // The value with the most votes, where it has that many.
-    std::optional<int64_t> winner(uint64_t needed = 1) const {
-        const auto most = std::max_element(votes_.begin(), votes_.end(),
-                                           [](const auto &a, const auto &b) { return a.second < b.second; });
-        return most == votes_.end() || most->second < needed ? std::nullopt : std::optional(most->first);
+std::string joined(const std::vector<std::string> &words) {
+    std::string text;
+    for (size_t i = 0; i < words.size(); i++) {
+        if (i > 0) text += i + 1 == words.size() ? " and " : ", ";
+        text += words[i];
     }
-    uint64_t of(int64_t value) const {
-        const auto found = votes_.find(value);
-        return found == votes_.end() ? 0 : found->second;
-    }
+    return text;
+}
 
- private:
-    std::map<int64_t, uint64_t> votes_;
+// Breaks of several counters on the same frames, which are one finding.
+struct SharedBreak {
+    CounterEvent event;
+    std::vector<std::string> counters;
 };
-
-// How the keycodes of a sequence go on, in perforations.
-struct FilmStep {
-    std::optional<int64_t> step;       // a frame; below zero where the film runs backwards
-    std::optional<int64_t> per_count;  // from one count to the next
-};
-
-// By the perforations of a frame (SMPTE 254): a foot of 35 mm film, half a foot of 16 mm.
-std::optional<int64_t> perforations_a_count(int64_t step) {
-    switch (std::abs(step)) {
-        case 1: return 20;
-        case 2:
-        case 3:
-        case 4:
-        case 8: return 64;
-        default: return std::nullopt;
-    }
-}
-
-// How many counts lie between two keycodes, the shorter way around.
-int64_t counts_between(const Keycode &a, const Keycode &b) {
-    return (b.count - a.count + kCounts + kCounts / 2) % kCounts - kCounts / 2;
-}
-
-template <typename Visit>
-void each_pair(const std::vector<SequenceFrame> &frames, Visit visit) {
-    const SequenceFrame *before = nullptr;
-    for (const SequenceFrame &now : frames) {
-        if (!now.frame.has_header) continue;
-        if (before) visit(*before, now);
-        before = &now;
-    }
-}
-
-FilmStep film_step(const std::vector<SequenceFrame> &frames) {
-    Votes steps;
-    Votes sizes;
-    const auto each_keycode = [&](auto visit) {
-        each_pair(frames, [&](const SequenceFrame &a, const SequenceFrame &b) {
-            const Keycode &from = a.frame.keycode;
-            const Keycode &to = b.frame.keycode;
-            const bool successive = b.number == a.number + 1 && from.roll == to.roll;
-            if (successive && from.is_set() && to.is_set() && from.offset >= 0 && to.offset >= 0)
-                visit(from, to);
-        });
-    };
-    each_keycode([&](const Keycode &from, const Keycode &to) {
-        if (from.count == to.count && from.offset != to.offset) steps.add(to.offset - from.offset);
-    });
-    FilmStep result{steps.winner(), std::nullopt};
-    if (!result.step) return result;
-    const int64_t next = *result.step < 0 ? -1 : 1;
-    each_keycode([&](const Keycode &from, const Keycode &to) {
-        if (counts_between(from, to) == next) sizes.add(next * (from.offset + *result.step - to.offset));
-    });
-    // A few counts prove nothing: what breaks at one of them would be taken for the rule.
-    constexpr uint64_t kEnough = 3;
-    result.per_count = sizes.winner(perforations_a_count(*result.step) ? kEnough : 1);
-    if (!result.per_count) result.per_count = perforations_a_count(*result.step);
-    return result;
-}
-
-// Whether two frames share a number: half of the steps are none.
-bool counts_pairs(const std::vector<SequenceFrame> &frames, uint32_t base) {
-    if (base <= 30 || base % 2 != 0) return false;
-    const Counting half{base / 2};
-    Votes steps;
-    each_pair(frames, [&](const SequenceFrame &a, const SequenceFrame &b) {
-        const auto from = frame_count(a.frame.timecode, half);
-        const auto to = frame_count(b.frame.timecode, half);
-        if (from && to && b.number == a.number + 1) steps.add(*to - *from);
-    });
-    return steps.of(0) >= 2 && steps.of(0) <= 3 * steps.of(1) && steps.of(1) <= 3 * steps.of(0);
-}
-
-// Frames a second: what most headers say, else one more than the last number of a second.
-uint32_t counting_base(const std::vector<SequenceFrame> &frames) {
-    Votes bases;
-    for (const SequenceFrame &f : frames) {
-        if (f.frame.rate > 0) bases.add(std::lround(f.frame.rate));
-    }
-    if (const auto base = bases.winner()) return static_cast<uint32_t>(*base);
-    // The bit that all frames of a second have is no digit.
-    constexpr Counting kDropping{30, true};
-    const bool flagged = std::ranges::all_of(frames, [&](const SequenceFrame &f) {
-        return !f.frame.has_timecode() || has_drop_flag(f.frame.timecode, kDropping);
-    });
-    const uint32_t tens = flagged ? 3 : 7;
-    const auto number = [&](const Frame &f) { return (f.timecode >> 4 & tens) * 10 + (f.timecode & 15); };
-    each_pair(frames, [&](const SequenceFrame &a, const SequenceFrame &b) {
-        const bool new_second = (a.frame.timecode & 0xFF00) != (b.frame.timecode & 0xFF00);
-        if (new_second && number(b.frame) == 0 && b.number == a.number + 1) bases.add(number(a.frame) + 1);
-    });
-    return static_cast<uint32_t>(bases.winner().value_or(flagged ? kDropping.base : 100));
-}
-
-// Whether numbers are dropped, by the flags and by the minutes whose first numbers are left out, or not.
-bool drops_numbers(const std::vector<SequenceFrame> &frames, const Counting &counting) {
-    if (counting.base % 30 != 0) return false;
-    const Counting dropping{counting.base, true};
-    Votes drops;
-    each_pair(frames, [&](const SequenceFrame &a, const SequenceFrame &b) {
-        if (has_drop_flag(a.frame.timecode, counting)) drops.add(1);
-        const auto plain = frame_count(a.frame.timecode, counting);
-        const auto dropped = frame_count(a.frame.timecode, dropping);
-        const int64_t step = b.number - a.number;
-        if (!plain || !dropped || step < 1 || counting.pairs) return;
-        const uint32_t without = timecode_of(*plain + step, counting);
-        const uint32_t with = timecode_of(*dropped + step, dropping);
-        if (with != without && b.frame.timecode == with) drops.add(1);
-        if (with != without && b.frame.timecode == without) drops.add(0);
-    });
-    return drops.winner().value_or(0) == 1;
-}
-
-Counting counting_of(const std::vector<SequenceFrame> &frames) {
-    Counting counting{counting_base(frames)};
-    counting.pairs = counts_pairs(frames, counting.base);
-    if (counting.pairs) counting.base /= 2;
-    counting.drop = drops_numbers(frames, counting);
-    return counting;
-}
-
-std::string shown(const std::string &value) { return value.empty() ? "not set" : safe_name(value); }
-
-std::string frames_text(int64_t first, int64_t last) {
-    return first == last ? std::string("frame ") + std::to_string(first)
-                         : std::string("frames ") + std::to_string(first) + "-" + std::to_string(last);
-}
 
 class Check {
  public:
-    Check(const std::vector<SequenceFrame> &frames, bool numbered)
-        : frames_(frames), numbered_(numbered), counting_(counting_of(frames)), film_(film_step(frames)) {}
-
-    Report run() {
-        const SequenceFrame *last = nullptr;
-        const SequenceFrame *last_header = nullptr;
-        for (const SequenceFrame &now : frames_) {
-            if (last) check_number(last->number, now.number);
-            if (last) previous_ = last->number;
-            if (!now.frame.problem.empty()) find(now.number, now.frame.problem);
-            if (now.frame.has_header) {
-                check_validity(now);
-                if (last_header) check_step(*last_header, now);
-                last_header = &now;
-            }
-            last = &now;
+    Check(const std::vector<SequenceFrame> &all, const Names &names, const SequenceQuestion &question)
+        : all_(all), names_(names), question_(question) {
+        for (const SequenceFrame &frame : all) {
+            if (frame.has_header) frames_.push_back(&frame);
         }
-        Report report{{}, summary()};
-        for (const Run &run : runs_)
-            report.findings.push_back((numbered_ ? frames_text(run.first, run.last) + ": " : "") + run.text);
-        return report;
+    }
+
+    SequenceReport run() {
+        check_numbers();
+        check_padding();
+        check_problems();
+        if (!frames_.empty()) {
+            find_changes(frames_, names_, findings_);
+            check_timecodes();
+            check_keycodes();
+            check_positions();
+            check_names();
+            check_user_bits();
+            tell_shared();
+        }
+        std::ranges::stable_sort(findings_, {}, &Finding::first);
+        return {std::move(findings_), summary()};
     }
 
  private:
-    // The same of successive frames is one finding. A frame has some ten at most.
-    void find(int64_t number, const std::string &text) {
-        constexpr size_t kLookedAt = 40;
-        const auto end = runs_.size() > kLookedAt ? runs_.rbegin() + kLookedAt : runs_.rend();
-        const auto run = std::find_if(runs_.rbegin(), end, [&](const Run &r) {
-            return r.last == previous_ && number <= previous_ + 1 && r.text == text;
+    void add(const char *kind, int64_t first, int64_t last, std::string text, bool of_all = false) {
+        findings_.push_back({kind, first, last, of_all, std::move(text)});
+    }
+
+    void check_numbers() {
+        if (!question_.numbered || all_.empty()) return;
+        if (question_.wanted) {
+            const auto [first, last] = *question_.wanted;
+            if (first < all_.front().number) add_missing(first, std::min(last, all_.front().number - 1));
+            if (last > all_.back().number) add_missing(std::max(first, all_.back().number + 1), last);
+        }
+        for (size_t i = 1; i < all_.size(); i++) {
+            const int64_t before = all_[i - 1].number;
+            const int64_t now = all_[i].number;
+            if (now == before) add("duplicate", now, now, "another file with that number");
+            if (now > before + 1) add_missing(before + 1, now - 1);
+        }
+    }
+    void add_missing(int64_t first, int64_t last) {
+        add("missing", first, last, "missing (" + std::to_string(last - first + 1) + ")");
+    }
+
+    // Numbers that are padded with zeros have as many digits as the others, or more where they need them.
+    void check_padding() {
+        if (!question_.numbered) return;
+        Votes widths;
+        bool padded = false;
+        for (const SequenceFrame &frame : all_) {
+            widths.add(frame.digits);
+            padded = padded || needed(frame.number) < frame.digits;
+        }
+        if (!padded) return;
+        const int64_t usual = widths.winner().value_or(0);
+        for (const SequenceFrame &frame : all_) {
+            const int64_t expected = std::max<int64_t>(usual, needed(frame.number));
+            if (frame.digits == expected) continue;
+            add("padding", frame.number, frame.number,
+                "its number has " + std::to_string(frame.digits) +
+                    (frame.digits == 1 ? " digit" : " digits") + ", others have " + std::to_string(usual));
+        }
+    }
+    static int64_t needed(int64_t number) {
+        return static_cast<int64_t>(std::to_string(std::abs(number)).size());
+    }
+
+    static const char *kind_of_problem(const std::string &problem) {
+        if (problem.starts_with("cut")) return "cut";
+        if (problem.starts_with("open")) return "open";
+        if (problem.starts_with("keycode")) return "keycode";
+        if (problem.starts_with("the header") || problem == "no picture") return "header";
+        return "unreadable";
+    }
+
+    // The same of successive frames is one finding.
+    void check_problems() {
+        for (size_t i = 0; i < all_.size();) {
+            size_t last = i;
+            while (last + 1 < all_.size() && all_[last + 1].problem == all_[i].problem) last++;
+            const std::string &problem = names_.name(all_[i].problem);
+            if (!problem.empty())
+                add(kind_of_problem(problem), all_[i].number, all_[last].number, safe_name(problem),
+                    i == 0 && last + 1 == all_.size() && last > 0);
+            i = last + 1;
+        }
+    }
+
+    void check_timecodes() {
+        make_stretches();
+        size_t set = 0;
+        for (const SequenceFrame *frame : frames_) set += frame->timecode != kNoTimecode;
+        if (set == 0) return;
+        if (set < frames_.size())
+            find_unset("timecode", [](const SequenceFrame &f) { return f.timecode != kNoTimecode; });
+        for (size_t i = 0; i < stretches_.size(); i++) {
+            const Stretch &stretch = stretches_[i];
+            check_stretch(stretch);
+            if (i > 0) check_border(stretches_[i - 1], stretch);
+        }
+    }
+
+    // Frames of one rate; one that alone differs belongs to what is around it.
+    struct Stretch {
+        size_t first;
+        size_t last;
+        TimecodeRule rule;
+    };
+    void make_stretches() {
+        constexpr size_t kShort = 3;
+        std::vector<Stretch> runs;
+        for (size_t i = 0; i < frames_.size(); i++) {
+            if (runs.empty() || frames_[runs.back().first]->rate != frames_[i]->rate)
+                runs.push_back({i, i, {}});
+            runs.back().last = i;
+        }
+        for (const Stretch &run : runs) {
+            const bool short_one = run.last - run.first + 1 < kShort && frames_.size() > 2 * kShort;
+            const bool same =
+                !stretches_.empty() && frames_[stretches_.back().first]->rate == frames_[run.first]->rate;
+            if (!stretches_.empty() && (short_one || same)) {
+                stretches_.back().last = run.last;
+            } else {
+                stretches_.push_back(run);
+            }
+        }
+        for (Stretch &stretch : stretches_) {
+            stretch.rule =
+                timecode_rule(std::span(frames_).subspan(stretch.first, stretch.last - stretch.first + 1));
+        }
+    }
+
+    void check_stretch(const Stretch &stretch) {
+        const TimecodeRule &rule = stretch.rule;
+        const Counting &counting = rule.counting;
+        const int64_t first = frames_[stretch.first]->number;
+        const int64_t last = frames_[stretch.last]->number;
+        if (rule.holds)
+            add("holds", first, last, "each timecode stands for " + std::to_string(rule.share) + " frames");
+        if (rule.step == 0)
+            add("timecode", first, last,
+                "timecode stands at " + timecode_text(frames_[stretch.first]->timecode, counting));
+        if (rule.step < 0) add("timecode", first, last, "timecode runs backwards");
+        if (rule.step > 1)
+            add("timecode", first, last, "timecode goes on by " + std::to_string(rule.step) + " a frame");
+        std::vector<CountedFrame> counted;
+        uint64_t flags = 0;
+        for (size_t i = stretch.first; i <= stretch.last; i++) {
+            const SequenceFrame &frame = *frames_[i];
+            std::optional<int64_t> count;
+            if (frame.timecode != kNoTimecode) {
+                count = frame_count(frame.timecode, counting);
+                if (!count) add_invalid(frame, counting);
+                flags += has_drop_flag(frame.timecode, counting);
+            }
+            counted.push_back({frame.number, count});
+        }
+        check_drop_flags(stretch, flags);
+        const Counting &c = counting;
+        const int64_t day = 24 * (6 * (int64_t{600} * c.base - 9 * int64_t{c.dropped()}));
+        for (CounterEvent event : find_breaks(counted, {rule.step, rule.share, day})) {
+            event.first += stretch.first;
+            event.last += stretch.first;
+            event.other += stretch.first;
+            tell(
+                "timecode", event, [&](size_t i) { return timecode_text(frames_[i]->timecode, counting); },
+                [&](int64_t value) { return timecode_text(timecode_of(value, counting), counting); });
+        }
+    }
+
+    void add_invalid(const SequenceFrame &frame, const Counting &counting) {
+        char stored[16];
+        std::snprintf(stored, sizeof stored, "%08x", frame.timecode);
+        add("timecode", frame.number, frame.number,
+            std::string("timecode ") + stored + " is none at " + std::to_string(counting.base) +
+                " frames a second" + (counting.drop ? ", drop frame" : ""));
+    }
+
+    // A flag that some frames have.
+    void check_drop_flags(const Stretch &stretch, uint64_t flags) {
+        if (stretch.rule.counting.base != 30 || flags == 0) return;
+        std::vector<const SequenceFrame *> odd;
+        uint64_t set = 0;
+        for (size_t i = stretch.first; i <= stretch.last; i++) set += frames_[i]->timecode != kNoTimecode;
+        if (flags == set) return;
+        const bool usual = 2 * flags > set;
+        size_t first = 0;
+        size_t last = 0;
+        size_t count = 0;
+        for (size_t i = stretch.first; i <= stretch.last; i++) {
+            if (frames_[i]->timecode == kNoTimecode ||
+                has_drop_flag(frames_[i]->timecode, stretch.rule.counting) == usual)
+                continue;
+            if (count++ == 0) first = i;
+            last = i;
+        }
+        add("drop", frames_[first]->number, frames_[last]->number,
+            std::string("drop frame flag ") + (usual ? "not set" : "set") +
+                (count == last - first + 1 ? "" : " in " + std::to_string(count) + " of them"));
+    }
+
+    void check_border(const Stretch &before, const Stretch &now) {
+        const SequenceFrame &a = *frames_[before.last];
+        const SequenceFrame &b = *frames_[now.first];
+        if (a.timecode == kNoTimecode || b.timecode == kNoTimecode) return;
+        const auto from = frame_count(a.timecode, before.rule.counting);
+        if (!from) return;
+        for (const Counting &counting : {before.rule.counting, now.rule.counting}) {
+            const auto here = frame_count(a.timecode, counting);
+            const auto there = frame_count(b.timecode, counting);
+            if (here && there && std::abs(*there - *here) <= std::max<int64_t>(1, b.number - a.number))
+                return;
+        }
+        const uint32_t expected = timecode_of(*from + (b.number - a.number), before.rule.counting);
+        add("timecode", b.number, b.number,
+            "timecode " + timecode_text(a.timecode, before.rule.counting) + " -> " +
+                timecode_text(b.timecode, now.rule.counting) + ", expected " +
+                timecode_text(expected, before.rule.counting));
+    }
+
+    // Frames in which a value that others have is not set.
+    template <typename IsSet>
+    void find_unset(const char *name, IsSet is_set) {
+        size_t set = 0;
+        for (const SequenceFrame *frame : frames_) set += is_set(*frame);
+        const bool usual = 2 * set >= frames_.size();
+        for (size_t i = 0; i < frames_.size();) {
+            size_t last = i;
+            while (last + 1 < frames_.size() && is_set(*frames_[last + 1]) == is_set(*frames_[i])) last++;
+            if (is_set(*frames_[i]) != usual)
+                add(name, frames_[i]->number, frames_[last]->number,
+                    std::string(name) + (usual ? " not set" : " set in these only"));
+            i = last + 1;
+        }
+    }
+
+    std::string keycode_text(const SequenceFrame &frame) const {
+        const Keycode &keycode = frame.keycode;
+        return keycode_text_of(names_.name(keycode.roll), keycode.count, keycode.offset);
+    }
+    static std::string keycode_text_of(const std::string &roll, int64_t count, int64_t offset) {
+        char text[32];
+        std::snprintf(text, sizeof text, offset < 0 ? " %04d" : " %04d+%02d", static_cast<int>(count),
+                      static_cast<int>(offset));
+        return safe_name(roll) + text;
+    }
+
+    void check_keycodes() {
+        size_t set = 0;
+        for (const SequenceFrame *frame : frames_) set += frame->keycode.is_set();
+        if (set == 0) return;
+        if (set < frames_.size())
+            find_unset("keycode", [](const SequenceFrame &f) { return f.keycode.is_set(); });
+        film_ = film_rule(frames_);
+        // Each roll for itself.
+        for (size_t i = 0; i < frames_.size();) {
+            size_t last = i;
+            while (last + 1 < frames_.size() &&
+                   (frames_[last + 1]->keycode.roll == frames_[i]->keycode.roll ||
+                    !frames_[last + 1]->keycode.is_set()))
+                last++;
+            if (frames_[i]->keycode.is_set()) check_roll(i, last);
+            if (last + 1 < frames_.size() && frames_[i]->keycode.is_set()) check_roll_change(i, last);
+            i = last + 1;
+        }
+    }
+
+    // A roll that alone a frame has, or that begins there.
+    void check_roll_change(size_t first, size_t last) {
+        const SequenceFrame &a = *frames_[last];
+        const SequenceFrame &b = *frames_[last + 1];
+        if (!a.keycode.is_set() || !b.keycode.is_set()) return;
+        const bool was_alone =
+            first > 0 && first == last && frames_[first - 1]->keycode.roll == b.keycode.roll;
+        if (was_alone) return;
+        const bool alone = last + 2 < frames_.size() && frames_[last + 2]->keycode.roll == a.keycode.roll;
+        std::string expected;
+        if (alone) expected = ", its neighbours are of " + safe_name(names_.name(a.keycode.roll));
+        add("keycode", b.number, b.number,
+            "keycode " + keycode_text(a) + " -> " + keycode_text(b) + expected);
+    }
+
+    void check_roll(size_t first, size_t last) {
+        const bool by_perforations = film_.step && film_.per_count;
+        const int64_t per_count = by_perforations ? *film_.per_count : 1;
+        std::vector<CountedFrame> counted;
+        for (size_t i = first; i <= last; i++) {
+            const Keycode &keycode = frames_[i]->keycode;
+            std::optional<int64_t> value;
+            if (keycode.is_set() && keycode.count >= 0 && (!by_perforations || keycode.offset >= 0))
+                value = keycode.count * per_count + (by_perforations ? keycode.offset : 0);
+            counted.push_back({frames_[i]->number, value});
+        }
+        if (!by_perforations) {
+            check_counts(first, counted);
+            return;
+        }
+        for (CounterEvent event : find_breaks(counted, {*film_.step, film_.share, kCounts * per_count})) {
+            event.first += first;
+            event.last += first;
+            event.other += first;
+            tell(
+                "keycode", event, [&](size_t i) { return keycode_text(*frames_[i]); },
+                [&](int64_t value) {
+                    return keycode_text_of(names_.name(frames_[event.first]->keycode.roll), value / per_count,
+                                           value % per_count);
+                });
+        }
+    }
+
+    // Without perforations only counts that move by more than the frames do are wrong.
+    void check_counts(size_t first, const std::vector<CountedFrame> &counted) {
+        for (size_t i = 1; i < counted.size(); i++) {
+            if (!counted[i].value || !counted[i - 1].value) continue;
+            const int64_t moved =
+                (*counted[i].value - *counted[i - 1].value + kCounts + kCounts / 2) % kCounts - kCounts / 2;
+            if (std::abs(moved) > counted[i].number - counted[i - 1].number)
+                add("keycode", counted[i].number, counted[i].number,
+                    "keycode " + keycode_text(*frames_[first + i - 1]) + " -> " +
+                        keycode_text(*frames_[first + i]));
+        }
+    }
+
+    void check_positions() {
+        check_plain("position", [](const SequenceFrame &f) { return f.position; });
+    }
+
+    // A name in the header that has the number of another frame; one that never changes is that of the
+    // sequence.
+    void check_names() {
+        size_t set = 0;
+        for (const SequenceFrame *frame : frames_) set += frame->name_number >= 0;
+        if (set == 0) return;
+        check_plain("name", [](const SequenceFrame &f) { return f.name_number; });
+        Votes rests;
+        for (const SequenceFrame *frame : frames_) rests.add(frame->name_rest);
+        const int64_t usual = rests.winner().value_or(0);
+        if (rests.of(usual) * 10 < frames_.size() * 9) return;
+        for (const SequenceFrame *frame : frames_) {
+            if (frame->name_rest != usual)
+                add("name", frame->number, frame->number,
+                    "name in the header " + safe_name(names_.name(frame->name_rest)) + ", others have " +
+                        safe_name(names_.name(static_cast<uint32_t>(usual))));
+        }
+    }
+
+    // A number of the header that counts with the frames in most of them; one that stays, or does neither,
+    // has no rule to break.
+    template <typename Value>
+    void check_plain(const char *name, Value value) {
+        std::vector<CountedFrame> counted;
+        Votes steps;
+        for (const SequenceFrame *frame : frames_) {
+            const int64_t number = value(*frame);
+            counted.push_back({frame->number, number >= 0 ? std::optional(number) : std::nullopt});
+            const size_t n = counted.size();
+            if (n > 1 && counted[n - 1].value && counted[n - 2].value &&
+                counted[n - 1].number == counted[n - 2].number + 1)
+                steps.add(*counted[n - 1].value - *counted[n - 2].value);
+        }
+        const int64_t step = steps.winner().value_or(1);
+        if (steps.of(step) * 10 < steps.all() * 7 || std::abs(step) > 1) return;
+        for (const CounterEvent &event : find_breaks(counted, {step, 1, 0})) {
+            tell(
+                name, event, [&](size_t i) { return std::to_string(*counted[i].value); },
+                [](int64_t number) { return std::to_string(number); });
+        }
+    }
+
+    // User bits that stay, or count with the frames, in most of them.
+    void check_user_bits() {
+        check_plain("user bits", [](const SequenceFrame &f) {
+            return f.user_bits == kNoTimecode ? int64_t{-1} : int64_t{f.user_bits};
         });
-        if (run != end) {
-            run->last = number;
-        } else {
-            runs_.push_back({number, number, text});
+    }
+
+    // Frames that changed places, or have another's values, are one finding of all that says so.
+    template <typename Shown, typename Text>
+    void tell(const char *counter, const CounterEvent &event, Shown value_at, Text text_of) {
+        const int64_t first = frames_[event.first]->number;
+        const int64_t last = frames_[event.last]->number;
+        const std::string name = counter;
+        const char *kind = name == "user bits" ? "user-bits" : counter;
+        switch (event.kind) {
+            case CounterEvent::swapped:
+            case CounterEvent::repeated: {
+                const auto same = std::ranges::find_if(shared_, [&](const SharedBreak &shared) {
+                    return shared.event.kind == event.kind && shared.event.first == event.first &&
+                           shared.event.last == event.last && shared.event.other == event.other;
+                });
+                if (same == shared_.end()) {
+                    shared_.push_back({event, {name}});
+                } else {
+                    same->counters.push_back(name);
+                }
+                return;
+            }
+            case CounterEvent::stands:
+                add(kind, first, last, name + " stands at " + value_at(event.first));
+                return;
+            case CounterEvent::reversed: add(kind, first, last, name + " runs backwards"); return;
+            case CounterEvent::alone:
+                add(kind, first, last,
+                    name + " " + value_at(event.first) + ", expected " + text_of(event.expected));
+                return;
+            case CounterEvent::jump: {
+                const std::string before = value_at(event.first - 1);
+                if (before == value_at(event.first)) {
+                    add(kind, first, first,
+                        name + " stands at " + before + ", expected " + text_of(event.expected));
+                } else {
+                    add(kind, first, first,
+                        name + " " + before + " -> " + value_at(event.first) + ", expected " +
+                            text_of(event.expected));
+                }
+                return;
+            }
         }
     }
 
-    void check_number(int64_t before, int64_t now) {
-        if (now == before) find(now, "another file with that number");
-        if (now <= before + 1) return;
-        const int64_t count = now - before - 1;
-        runs_.push_back({before + 1, now - 1, "missing (" + std::to_string(count) + ")"});
-    }
-
-    void check_validity(const SequenceFrame &f) {
-        if (f.frame.has_timecode() && !frame_count(f.frame.timecode, counting_)) {
-            char stored[16];
-            std::snprintf(stored, sizeof stored, "%08x", f.frame.timecode);
-            find(f.number, std::string("timecode ") + stored + " is none at " +
-                               std::to_string(counting_.base) + " frames a second" +
-                               (counting_.drop ? ", drop frame" : ""));
+    void tell_shared() {
+        for (const SharedBreak &shared : shared_) {
+            const CounterEvent &event = shared.event;
+            const int64_t first = frames_[event.first]->number;
+            const int64_t last = frames_[event.last]->number;
+            const std::string what = joined(shared.counters);
+            if (event.kind == CounterEvent::swapped) {
+                add("swapped", first, last, "changed places, by their " + what);
+            } else {
+                add("repeated", first, first,
+                    what + (shared.counters.size() > 1 || what.ends_with("s") ? " are" : " is") +
+                        " of frame " + std::to_string(frames_[event.other]->number));
+            }
         }
     }
 
-    void check_step(const SequenceFrame &a, const SequenceFrame &b) {
-        check_timecode(a, b);
-        check_keycode(a, b);
-        if (a.frame.properties.size() != b.frame.properties.size()) {
-            find(b.number, "format " + a.frame.properties[0].value + " -> " + b.frame.properties[0].value);
-            return;
+    std::string property(const SequenceFrame &frame, const std::string &name) const {
+        for (const auto &[key, value] : properties_of(frame, names_)) {
+            if (key == name) return safe_name(value);
         }
-        for (size_t i = 0; i < b.frame.properties.size(); i++) {
-            const Property &from = a.frame.properties[i];
-            const Property &to = b.frame.properties[i];
-            if (!(from == to))
-                find(b.number, std::string(to.name) + " " + shown(from.value) + " -> " + shown(to.value));
-        }
-    }
-
-    void check_timecode(const SequenceFrame &a, const SequenceFrame &b) {
-        if (a.frame.has_timecode() != b.frame.has_timecode()) {
-            find(b.number,
-                 b.frame.has_timecode() ? "timecode set from here on" : "timecode not set from here on");
-            return;
-        }
-        const auto from = frame_count(a.frame.timecode, counting_);
-        const auto to = frame_count(b.frame.timecode, counting_);
-        if (!a.frame.has_timecode() || !from || !to) return;
-        const int64_t step = b.number - a.number;
-        if (goes_on(*from, *to, step)) return;
-        if (from == to) {
-            find(b.number, "timecode stands at " + timecode_text(b.frame.timecode, counting_));
-        } else if (is_count(*from, *to + step)) {
-            find(b.number, "timecode runs backwards");
-        } else {
-            const int64_t counts = counting_.pairs ? (step + 1) / 2 : step;
-            const uint32_t expected = timecode_of(*from + counts, counting_);
-            find(b.number, "timecode " + timecode_text(a.frame.timecode, counting_) + " -> " +
-                               timecode_text(b.frame.timecode, counting_) + ", expected " +
-                               timecode_text(expected, counting_));
-        }
-    }
-
-    // Whether a frame's count is one that may be beyond midnight.
-    bool is_count(int64_t frame, int64_t count) const {
-        return frame_count(timecode_of(count, counting_), counting_) == frame;
-    }
-
-    // Whether a time code goes on by a step of frames. Of two frames that share a number, the second does not
-    // move it and the next one does.
-    bool goes_on(int64_t from, int64_t to, int64_t step) {
-        if (!counting_.pairs) return is_count(to, from + step);
-        const bool moved = from != to;
-        const bool odd_one_out = step == 1 && moved_ == moved;
-        moved_ = step == 1 ? std::optional(moved) : std::nullopt;
-        if (odd_one_out) return false;
-        return is_count(to, from + step / 2) || is_count(to, from + (step + 1) / 2);
-    }
-
-    bool keycode_goes_on(const Keycode &from, const Keycode &to, int64_t frames) const {
-        if (from.roll != to.roll) return false;
-        const int64_t counts = counts_between(from, to);
-        if (from.offset < 0 || to.offset < 0 || !film_.step) return std::abs(counts) <= frames;
-        const int64_t moved = to.offset - from.offset - *film_.step * frames;
-        if (counts == 0) return moved == 0;
-        return film_.per_count ? moved + counts * *film_.per_count == 0
-                               : std::abs(counts) == 1 && frames == 1;
-    }
-
-    void check_keycode(const SequenceFrame &a, const SequenceFrame &b) {
-        const Keycode &from = a.frame.keycode;
-        const Keycode &to = b.frame.keycode;
-        if (from.is_set() != to.is_set()) {
-            find(b.number, to.is_set() ? "keycode set from here on" : "keycode not set from here on");
-        } else if (from.is_set() && from.offset >= 0 && from.text == to.text && b.number != a.number) {
-            find(b.number, "keycode stands at " + safe_name(to.text));
-        } else if (from.is_set() && !keycode_goes_on(from, to, b.number - a.number)) {
-            find(b.number, "keycode " + safe_name(from.text) + " -> " + safe_name(to.text));
-        }
+        return "";
     }
 
     std::string summary() const {
-        std::string text = std::to_string(frames_.size()) + (frames_.size() == 1 ? " frame" : " frames");
+        std::string text = std::to_string(all_.size()) + (all_.size() == 1 ? " frame" : " frames");
+        if (all_.empty()) return text;
+        if (question_.numbered)
+            text += " " + std::to_string(all_.front().number) + "-" + std::to_string(all_.back().number);
         if (frames_.empty()) return text;
-        if (numbered_) {
-            text += std::string(" ") + std::to_string(frames_.front().number) + "-" +
-                    std::to_string(frames_.back().number);
-        }
-        const auto has_header = [](const SequenceFrame &f) { return f.frame.has_header; };
-        const auto first = std::find_if(frames_.begin(), frames_.end(), has_header);
-        if (first == frames_.end()) return text;
-        const Frame &start = first->frame;
-        const Frame &end = std::find_if(frames_.rbegin(), frames_.rend(), has_header)->frame;
-        text += ", " + start.properties[0].value + " " + value_of(start, "width") + "x" +
-                value_of(start, "height") + ", " + value_of(start, "bit depth") + " bit";
-        if (start.rate > 0) text += ", " + value_of(start, "frame rate") + " fps";
-        if (start.has_timecode() && end.has_timecode()) {
-            text += ", timecode " + timecode_text(start.timecode, counting_) + "-" +
-                    timecode_text(end.timecode, counting_);
-            if (counting_.drop) text += " drop frame";
-            if (counting_.pairs) text += " of frame pairs";
+        const SequenceFrame &start = *frames_.front();
+        const SequenceFrame &end = *frames_.back();
+        text += ", " + property(start, "format") + " " + property(start, "width") + "x" +
+                property(start, "height");
+        if (const std::string bits = property(start, "bit_depth"); !bits.empty())
+            text += ", " + bits + " bit";
+        if (start.rate > 0) text += ", " + property(start, "frame_rate") + " fps";
+        if (start.timecode != kNoTimecode && end.timecode != kNoTimecode && !stretches_.empty()) {
+            const TimecodeRule &rule = stretches_.front().rule;
+            text += ", timecode " + timecode_text(start.timecode, rule.counting) + "-" +
+                    timecode_text(end.timecode, stretches_.back().rule.counting);
+            if (rule.counting.drop) text += " drop frame";
+            if (rule.share > 1 && !rule.holds) text += " of " + std::to_string(rule.share) + " frames each";
         }
         if (start.keycode.is_set() && end.keycode.is_set()) {
-            text += ", keycode " + safe_name(start.keycode.text) + " to " + safe_name(end.keycode.text);
+            text += ", keycode " + keycode_text(start) + " to " + keycode_text(end);
             if (film_.step && *film_.step < 0) text += " backwards";
         }
         return text;
     }
 
-    static std::string value_of(const Frame &frame, const std::string &name) {
-        for (const Property &p : frame.properties) {
-            if (p.name == name) return safe_name(p.value);
-        }
-        return "";
-    }
-
-    const std::vector<SequenceFrame> &frames_;
-    const bool numbered_;
-    const Counting counting_;
-    const FilmStep film_;
-
-    struct Run {
-        int64_t first;
-        int64_t last;
-        std::string text;
-    };
-    std::vector<Run> runs_;
-    int64_t previous_ = 0;       // number of the frame before the one that is checked
-    std::optional<bool> moved_;  // whether the time code before moved, where frames share numbers
+    const std::vector<SequenceFrame> &all_;
+    const Names &names_;
+    const SequenceQuestion &question_;
+    std::vector<const SequenceFrame *> frames_;  // with a header
+    std::vector<Stretch> stretches_;
+    FilmRule film_;
+    std::vector<SharedBreak> shared_;
+    std::vector<Finding> findings_;
 };
 
 }  // namespace
 
-Report check_sequence(const std::vector<SequenceFrame> &frames, bool numbered) {
-    return Check(frames, numbered).run();
+SequenceReport check_sequence(const std::vector<SequenceFrame> &frames, const Names &names,
+                              const SequenceQuestion &question) {
+    return Check(frames, names, question).run();
 }

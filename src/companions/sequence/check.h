@@ -2,25 +2,34 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "companions/sequence/frame.h"
 
-struct SequenceFrame {
-    int64_t number;  // in its name, or its place where names have none
-    Frame frame;
+struct Finding {
+    std::string kind;  // a stable word: "missing", "cut", "timecode", ...
+    int64_t first = 0;
+    int64_t last = 0;
+    bool is_of_all = false;  // all frames of the sequence
+    std::string text;
 };
 
-struct Report {
-    std::vector<std::string> findings;  // a line each, in the order of the frames
-    std::string summary;                // of the whole sequence
+struct SequenceReport {
+    std::vector<Finding> findings;  // in the order of the frames
+    std::string summary;            // of the whole sequence
 };
 
-// Compares each frame with the one before: numbers that are missing, files without header or cut, time codes
-// and film positions that do not go on by as many frames as the numbers do, and properties that change. Time
-// codes count by the rate of the headers (by what they show where none is set); whether numbers are dropped
-// is told from the flag or from the first minute that shows it, and beyond 30 frames a second whether two
-// frames share a number. A keycode's step is that of most frames, its perforations a count those of its film.
-// A file whose name has no number is a sequence of its own, not `numbered`.
-Report check_sequence(const std::vector<SequenceFrame> &frames, bool numbered);
+struct SequenceQuestion {
+    bool numbered = true;                               // the names have numbers
+    std::optional<std::pair<int64_t, int64_t>> wanted;  // the frames that should be there
+};
+
+// Judges frames in the order of their numbers: numbers that are missing or double, files without header or
+// cut, time codes, film positions, positions and names in headers that do not go on by as many frames as the
+// numbers do, and properties that change. What belongs together is one finding, on the first frame of it:
+// frames that changed places, a frame that is its neighbour's, a value that one frame or every n-th has
+// alone.
+SequenceReport check_sequence(const std::vector<SequenceFrame> &frames, const Names &names,
+                              const SequenceQuestion &question);

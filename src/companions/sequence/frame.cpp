@@ -1,209 +1,149 @@
 #include "companions/sequence/frame.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cmath>
-#include <cstdio>
-#include <cstring>
+#include <charconv>
+#include <cstdlib>
+#include <iterator>
 
-#include "common/ordered_bytes.h"
-#include "common/values.h"
-#include "dpx/timecode.h"
+#include "common/timecode.h"
+#include "companions/table/row.h"
 
 namespace {
 
-constexpr size_t kHeaderSize = 2048;
-constexpr uint32_t kDpxMagic = 0x53445058;
-constexpr uint32_t kCineonMagic = 0x802A5FD7;
-constexpr uint32_t kUnset = 0xFFFFFFFF;
+// Names of `more` that are no properties: they count with the frames, or are told as problems.
+constexpr const char *kVarying[] = {"file name",    "frame position", "user bits",
+                                    "keycode text", "image number",   "frame id"};
 
-std::string decimal(uint32_t value, uint32_t unset) { return value == unset ? "" : std::to_string(value); }
+std::string ratio_text(Ratio ratio) { return ratio.is_set() ? number_text(ratio.value(), 5) : ""; }
 
-std::string text_of(OrderedBytes header, uint64_t offset, uint64_t width) {
-    if (header.u8(offset) == 0xFF) return "";
-    const Text text = text_at(header.bytes, offset, width);
-    return {text.start, static_cast<size_t>(text.length)};
+std::string more_of(const Facts &facts, std::string_view name) {
+    const auto found = std::ranges::find(facts.more, name, &std::pair<std::string, std::string>::first);
+    return found == facts.more.end() ? "" : found->second;
 }
 
-// A decimal number in text; -1 where it is none.
-int32_t number_in(const std::string &text) {
-    if (text.empty() || text.size() > 9) return -1;
-    int32_t value = 0;
-    for (const char c : text) {
-        if (c < '0' || c > '9') return -1;
-        value = value * 10 + (c - '0');
-    }
-    return value;
-}
-
-// A rate that is set and possible; 0 otherwise.
-double rate_of(OrderedBytes header, uint64_t offset) {
-    const double rate = static_cast<double>(float_of_bits(header.u32(offset)));
-    return std::isfinite(rate) && rate >= 1 && rate <= 1000 ? rate : 0;
-}
-
-std::string rate_text(double rate) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%g", rate);
-    return rate > 0 ? text : "";
-}
-
-// The film and television headers: absent where their size is 0 or the picture lies in their place.
-bool has_industry_header(OrderedBytes h) { return h.u32(28) != 0 && h.u32(4) >= kHeaderSize; }
-
-void read_industry_header(OrderedBytes h, Frame &frame) {
-    char keycode[17];
-    formatdpxkeycode(keycode, h.bytes.from(1664));
-    const double television_rate = rate_of(h, 1940);
-    frame.rate = television_rate > 0 ? television_rate : rate_of(h, 1724);
-    frame.timecode = h.u32(1920);
-    frame.keycode.roll = text_of(h, 1664, 2) + text_of(h, 1666, 2) + text_of(h, 1670, 6);
-    if (frame.keycode.roll.find_first_not_of('0') == std::string::npos) frame.keycode.roll.clear();
-    frame.keycode.count = number_in(text_of(h, 1676, 4));
-    frame.keycode.offset = number_in(text_of(h, 1668, 2));
-    frame.keycode.text = keycode;
-}
-
-void read_dpx(OrderedBytes h, Frame &frame) {
-    const bool industry = has_industry_header(h);
-    if (industry) read_industry_header(h, frame);
-    frame.properties = {
-        {"byte order", h.is_big() ? "big-endian" : "little-endian"},
-        {"image offset", decimal(h.u32(4), kUnset)},
-        {"width", decimal(h.u32(772), kUnset)},
-        {"height", decimal(h.u32(776), kUnset)},
-        {"image elements", decimal(h.u16(770), 0xFFFF)},
-        {"orientation", decimal(h.u16(768), 0xFFFF)},
-        {"descriptor", decimal(h.u8(800), 0xFF)},
-        {"transfer", decimal(h.u8(801), 0xFF)},
-        {"colorimetric", decimal(h.u8(802), 0xFF)},
-        {"bit depth", decimal(h.u8(803), 0xFF)},
-        {"packing", decimal(h.u16(804), 0xFFFF)},
-        {"encoding", decimal(h.u16(806), 0xFFFF)},
-        {"frame rate", rate_text(frame.rate)},
-        {"reel", industry ? text_of(h, 1972, 76) : ""},
-        {"input device", text_of(h, 1556, 32)},
+TextPairs properties_of(const Facts &facts) {
+    TextPairs properties{{"format", facts.format}, {"variant", facts.variant}};
+    const auto add = [&](const char *name, std::string value) {
+        properties.emplace_back(name, std::move(value));
     };
-}
-
-void read_cineon(OrderedBytes h, Frame &frame) {
-    frame.rate = rate_of(h, 1072);
-    const bool zeros = h.u16(1024) == 0 && h.u32(1028) == 0 && h.u32(1032) == 0;
-    if (h.u8(1024) != 0xFF && !zeros) {
-        frame.keycode.roll = std::to_string(h.u8(1024)) + "/" + std::to_string(h.u8(1025)) + "/" +
-                             decimal(h.u32(1028), kUnset);
-        frame.keycode.count = h.s32(1032);
-        frame.keycode.offset = h.u8(1026) == 0xFF ? -1 : h.u8(1026);
-        frame.keycode.text =
-            frame.keycode.roll + " " + std::to_string(frame.keycode.count) + "+" + decimal(h.u8(1026), 0xFF);
+    const Row row = row_of(facts, "");
+    for (const ColumnRow &column : table_columns()) {
+        switch (column.column) {
+            case Column::width:
+            case Column::height:
+            case Column::bit_depth:
+            case Column::codec:
+            case Column::components:
+            case Column::coded_width:
+            case Column::coded_height:
+            case Column::scan:
+            case Column::pixel_aspect:
+            case Column::primaries:
+            case Column::matrix:
+            case Column::range:
+            case Column::reel: add(column.name, row[column.column]); break;
+            default: break;
+        }
     }
-    frame.properties = {
-        {"byte order", h.is_big() ? "big-endian" : "little-endian"},
-        {"image offset", decimal(h.u32(4), kUnset)},
-        {"width", decimal(h.u32(200), kUnset)},
-        {"height", decimal(h.u32(204), kUnset)},
-        {"channels", decimal(h.u8(193), 0xFF)},
-        {"orientation", decimal(h.u8(192), 0xFF)},
-        {"bit depth", decimal(h.u8(198), 0xFF)},
-        {"packing", decimal(h.u8(681), 0xFF)},
-        {"frame rate", rate_text(frame.rate)},
-        {"input device", text_of(h, 844, 64)},
-    };
-}
-
-// The size of the file that its header tells; 0 when it does not.
-uint64_t told_size(OrderedBytes h, bool dpx) {
-    const uint32_t size = h.u32(dpx ? 16 : 20);
-    return size == kUnset ? 0 : size;
-}
-
-// Samples a pixel by the descriptor of an image element (SMPTE 268M, table 1); 0 for others.
-uint32_t samples_of(uint8_t descriptor) {
-    switch (descriptor) {
-        case 50:
-        case 101:
-        case 102: return 3;
-        case 51:
-        case 52:
-        case 103: return 4;
-        case 100: return 2;
-        default: return descriptor >= 1 && descriptor <= 9 ? 1 : 0;
+    if (more_of(facts, "transfer").empty()) add("transfer", row[Column::transfer]);
+    add("frame_rate", row[Column::frame_rate]);
+    add("creator", facts.writer);
+    for (const auto &[name, value] : facts.more) {
+        if (std::ranges::find(kVarying, name) == std::end(kVarying)) add(name.c_str(), value);
     }
+    return properties;
 }
 
-// 0 where a number is not set, or beyond what any picture has.
-uint64_t picture_bits(uint64_t width, uint64_t height, uint64_t samples, uint64_t depth) {
-    constexpr uint64_t kLargestSide = 1 << 20;
-    constexpr uint64_t kDeepest = 64;
-    const bool known = width <= kLargestSide && height <= kLargestSide && depth <= kDeepest;
-    return known ? width * height * samples * depth : 0;
+template <typename Number>
+Number number_in(std::string_view text, Number otherwise, int base = 10) {
+    Number number = otherwise;
+    std::from_chars(text.data(), text.data() + text.size(), number, base);
+    return number;
 }
 
-// The bytes that the picture takes at least: padding comes on top. 0 where it is compressed, or not known.
-uint64_t picture_bytes(OrderedBytes h, bool dpx) {
-    constexpr uint64_t kMostElements = 8;
-    const uint64_t elements = dpx ? h.u16(770) : h.u8(193);
-    uint64_t bits = 0;
-    if (elements > kMostElements) return 0;
-    for (uint64_t i = 0; i < elements; i++) {
-        const OrderedBytes e = h.from(dpx ? 780 + 72 * i : 196 + 28 * i);
-        if (dpx && e.u16(26) != 0) return 0;
-        bits += dpx ? picture_bits(h.u32(772), h.u32(776), samples_of(e.u8(20)), e.u8(23))
-                    : picture_bits(e.u32(4), e.u32(8), 1, e.u8(2));
+// Takes the last number out of a name.
+void take_name(const std::string &name, SequenceFrame &frame, Names &names) {
+    constexpr const char *kDigits = "0123456789";
+    const size_t dot = name.rfind('.');
+    const size_t last = name.find_last_of(kDigits, dot == 0 || dot == std::string::npos ? dot : dot - 1);
+    if (last == std::string::npos) {
+        frame.name_rest = names.number(name);
+        return;
     }
-    return bits / 8;
+    const size_t before = name.find_last_not_of(kDigits, last);
+    const size_t first = before == std::string::npos ? 0 : before + 1;
+    frame.name_number = number_in<int64_t>(std::string_view(name).substr(first, last + 1 - first), -1);
+    frame.name_rest = names.number(name.substr(0, first) + "#" + name.substr(last + 1));
 }
 
-// What is wrong with the size of a file; empty when nothing is.
-std::string size_problem(OrderedBytes header, bool dpx, uint64_t size) {
-    const uint64_t told = told_size(header, dpx);
-    const uint64_t offset = header.u32(4) == kUnset ? 0 : header.u32(4);
-    const uint64_t needed = offset + picture_bytes(header, dpx);
-    const std::string cut = "cut: " + std::to_string(size) + " of ";
-    if (size < told) return cut + std::to_string(told) + " bytes";
-    return size < needed ? cut + "at least " + std::to_string(needed) + " bytes" : "";
+// "02 24 123456 7890+12".
+Keycode keycode_in(const std::string &text, Names &names) {
+    const size_t plus = text.find('+');
+    const size_t blank = text.rfind(' ', plus);
+    Keycode keycode;
+    if (blank == std::string::npos) return keycode;
+    keycode.roll = names.number(text.substr(0, blank));
+    keycode.count = number_in<int32_t>(std::string_view(text).substr(blank + 1), -1);
+    if (plus != std::string::npos)
+        keycode.offset = number_in<int32_t>(std::string_view(text).substr(plus + 1), -1);
+    return keycode;
 }
-
-struct Descriptor {
-    int fd;
-    ~Descriptor() {
-        if (fd >= 0) close(fd);
-    }
-};
 
 }  // namespace
 
-Frame read_frame(const std::string &path) {
-    Frame frame;
-    const Descriptor file{open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)};
-    struct stat status;
-    if (file.fd < 0 || fstat(file.fd, &status) != 0) {
-        frame.problem = std::strerror(errno);
-        return frame;
+uint32_t Names::number(const std::string &name) {
+    const auto [entry, is_new] = numbers_.emplace(name, static_cast<uint32_t>(names_.size()));
+    if (is_new) names_.push_back(&entry->first);
+    return entry->second;
+}
+
+std::string packed_frame(const Facts &facts) {
+    std::string packed;
+    const bool has_header = !facts.pictures.empty() && facts.pictures.front().width > 0;
+    std::string problem = problem_of(facts);
+    put_text(packed, has_header ? "1" : "");
+    put_text(packed, problem.empty() && !has_header ? "no picture" : problem);
+    if (!has_header) return packed;
+    uint32_t bcd = kNoTimecode;
+    if (!facts.timecodes.empty()) {
+        const FileTimecode &timecode = facts.timecodes.front();
+        bcd = timecode.bcd;
+        if (bcd == kNoTimecode && timecode.is_valid() && timecode.frames >= 0)
+            bcd = timecode_of(timecode.frames, {timecode.base, timecode.drop});
     }
-    std::array<uint8_t, kHeaderSize> buffer{};
-    const ssize_t count = S_ISREG(status.st_mode) ? pread(file.fd, buffer.data(), buffer.size(), 0) : 0;
-    const Bytes bytes(buffer.data(), count > 0 ? static_cast<uint64_t>(count) : 0);
-    const bool dpx = big32(bytes) == kDpxMagic || little32(bytes) == kDpxMagic;
-    const bool cineon = big32(bytes) == kCineonMagic || little32(bytes) == kCineonMagic;
-    const bool big = big32(bytes) == (dpx ? kDpxMagic : kCineonMagic);
-    const OrderedBytes header = big ? big_endian(bytes) : little_endian(bytes);
-    if (!dpx && !cineon) {
-        frame.problem = bytes.empty() ? "empty" : "no DPX or Cineon header";
-        return frame;
-    }
-    if (bytes.size() < kHeaderSize) {
-        frame.problem = "the header is cut at " + std::to_string(bytes.size()) + " bytes";
-        return frame;
-    }
-    frame.has_header = true;
-    dpx ? read_dpx(header, frame) : read_cineon(header, frame);
-    frame.properties.insert(frame.properties.begin(), {"format", dpx ? "DPX" : "Cineon"});
-    frame.problem = size_problem(header, dpx, static_cast<uint64_t>(status.st_size));
+    put_text(packed, std::to_string(bcd));
+    put_text(packed, ratio_text(facts.pictures.front().rate));
+    put_text(packed, facts.keycode);
+    put_text(packed, more_of(facts, "frame position"));
+    put_text(packed, more_of(facts, "file name"));
+    put_text(packed, more_of(facts, "user bits"));
+    put_text(packed, more_of(facts, "keycode text"));
+    std::string properties;
+    put_pairs(properties, properties_of(facts));
+    put_text(packed, properties);
+    return packed;
+}
+
+SequenceFrame unpacked_frame(std::string_view packed, Names &names) {
+    SequenceFrame frame;
+    frame.has_header = !take_text(packed).empty();
+    std::string problem = take_text(packed);
+    frame.problem = names.number(problem);
+    if (!frame.has_header) return frame;
+    frame.timecode = number_in<uint32_t>(take_text(packed), kNoTimecode);
+    frame.rate = std::strtof(take_text(packed).c_str(), nullptr);
+    frame.keycode = keycode_in(take_text(packed), names);
+    frame.position = number_in<int64_t>(take_text(packed), -1);
+    take_name(take_text(packed), frame, names);
+    frame.user_bits = number_in<uint32_t>(take_text(packed), kNoTimecode, 16);
+    const std::string odd_keycode = take_text(packed);
+    if (!odd_keycode.empty() && problem.empty())
+        frame.problem = names.number("keycode '" + odd_keycode + "' is none");
+    frame.properties = names.number(take_text(packed));
     return frame;
+}
+
+TextPairs properties_of(const SequenceFrame &frame, const Names &names) {
+    std::string_view packed = names.name(frame.properties);
+    return take_pairs(packed);
 }

@@ -1,41 +1,58 @@
-// What a check of a sequence takes from the header of one frame.
+// What a check of a sequence keeps of a frame.
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
-// A film position (SMPTE 268M, film information): what stays the same along a roll, then the count of the
-// keycode and the offset in perforations from it. -1: not set.
+#include "common/facts.h"
+#include "companions/packing.h"
+
+constexpr uint32_t kNoTimecode = 0xFFFFFFFF;
+
+// Names that many frames share, by numbers; 0 is the empty one.
+class Names {
+ public:
+    Names() { number(""); }
+    uint32_t number(const std::string &name);
+    const std::string &name(uint32_t number) const { return *names_[number]; }
+
+ private:
+    std::map<std::string, uint32_t> numbers_;
+    std::vector<const std::string *> names_;
+};
+
+// A film position (SMPTE 254): what stays the same along a roll, then the count and the perforations from it.
 struct Keycode {
-    std::string roll;  // manufacturer, type and prefix; empty when none is set
+    uint32_t roll = 0;  // its name; 0: not set
     int32_t count = -1;
     int32_t offset = -1;
-    std::string text;  // as it is printed
 
-    bool is_set() const { return !roll.empty() && count >= 0; }
+    bool is_set() const { return roll != 0; }
+    bool operator==(const Keycode &) const = default;
 };
 
-// A property that is to be the same in all frames of a sequence, as text; empty when it is not set.
-struct Property {
-    const char *name;
-    std::string value;
-
-    bool operator==(const Property &) const = default;
-};
-
-struct Frame {
-    std::string problem;  // why there is no header, or what is wrong with the file; empty when all is well
-    bool has_header = false;
-    std::vector<Property> properties;  // the same names in the same order for all frames of a format
-    uint32_t timecode = UINT32_MAX;    // BCD as stored: hours, minutes, seconds, frames; all ones: not set
-    double rate = 0;                   // frames a second; 0: not set
+// A frame in less than a hundred bytes; texts are numbers of `Names`.
+struct SequenceFrame {
+    int64_t number = 0;               // in the file's name
+    int64_t position = -1;            // in its header; -1: none
+    int64_t name_number = -1;         // of the name in its header the last number
+    uint32_t name_rest = 0;           // and what is around it
+    uint32_t timecode = kNoTimecode;  // BCD
+    float rate = 0;
+    uint32_t user_bits = kNoTimecode;
     Keycode keycode;
-
-    bool has_timecode() const { return timecode != UINT32_MAX; }
+    uint32_t problem = 0;     // why it cannot be judged, or what is wrong with the file
+    uint32_t properties = 0;  // all that is to stay the same, packed
+    uint16_t digits = 0;      // of the number in the file's name
+    bool has_header = false;
 };
 
-// Reads the header of a DPX (SMPTE 268M) or Cineon 4.5 file in either byte order; the rest of the file is not
-// read. A file cut short of the size that its header tells, or that its picture needs at least, is a problem,
-// but has a header. Safe from any thread.
-Frame read_frame(const std::string &path);
+// What of a file's facts counts for a sequence: problem, timecode, rate, what varies, and the properties that
+// are to stay the same; packed.
+std::string packed_frame(const Facts &facts);
+SequenceFrame unpacked_frame(std::string_view packed, Names &names);
+
+TextPairs properties_of(const SequenceFrame &frame, const Names &names);

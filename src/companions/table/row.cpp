@@ -1,13 +1,11 @@
 #include "companions/table/row.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <cstring>
 #include <iterator>
 
-#include "common/timecode.h"
+#include "companions/packing.h"
 
 namespace {
 
@@ -213,43 +211,6 @@ double seconds_of(const Facts &facts) {
     return facts.duration.d > 0
                ? static_cast<double>(facts.duration.n) / static_cast<double>(facts.duration.d)
                : -1;
-}
-
-void put_text(std::string &out, std::string_view text) {
-    const uint32_t size = static_cast<uint32_t>(text.size());
-    out.append(reinterpret_cast<const char *>(&size), sizeof size);
-    out += text;
-}
-
-std::string take_text(std::string_view &text) {
-    uint32_t size = 0;
-    if (text.size() < sizeof size) return "";
-    std::memcpy(&size, text.data(), sizeof size);
-    std::string taken(text.substr(sizeof size, size));
-    text.remove_prefix(std::min(text.size(), sizeof size + size));
-    return taken;
-}
-
-using Pairs = std::vector<std::pair<std::string, std::string>>;
-
-void put_pairs(std::string &out, const Pairs &pairs) {
-    put_text(out, std::to_string(pairs.size()));
-    for (const auto &[name, value] : pairs) {
-        put_text(out, name);
-        put_text(out, value);
-    }
-}
-
-Pairs take_pairs(std::string_view &text) {
-    const std::string count = take_text(text);
-    size_t left = 0;
-    std::from_chars(count.data(), count.data() + count.size(), left);
-    Pairs pairs;
-    for (; left > 0 && !text.empty(); left--) {
-        std::string name = take_text(text);
-        pairs.emplace_back(std::move(name), take_text(text));
-    }
-    return pairs;
 }
 
 }  // namespace

@@ -1,0 +1,165 @@
+#include "companions/sequence/counter.h"
+
+#include <algorithm>
+
+#include "companions/sequence/counting.h"
+
+namespace {
+
+int64_t floor_divided(int64_t n, int64_t by) { return n >= 0 ? n / by : -((by - 1 - n) / by); }
+
+class Breaks {
+ public:
+    Breaks(const std::vector<CountedFrame> &frames, const CounterRule &rule) : frames_(frames), rule_(rule) {
+        for (size_t i = 0; i < frames.size(); i++) {
+            if (frames[i].value) set_.push_back(i);
+        }
+        find_phase();
+    }
+
+    std::vector<CounterEvent> find() {
+        for (size_t i = 0; i < set_.size(); i++) {
+            const int64_t offset = offset_of(i);
+            if (segments_.empty() || segments_.back().offset != offset) segments_.push_back({i, i, offset});
+            segments_.back().last = i;
+        }
+        for (size_t k = 0; k < segments_.size();) k = judge(k);
+        return std::move(events_);
+    }
+
+ private:
+    // Frames whose values go on.
+    struct Segment {
+        size_t first;  // places in set_
+        size_t last;
+        int64_t offset;
+
+        bool is_one() const { return first == last; }
+    };
+
+    int64_t wrapped(int64_t value) const {
+        if (rule_.modulus == 0) return value;
+        const int64_t rest = value % rule_.modulus;
+        return rest < 0 ? rest + rule_.modulus : rest;
+    }
+    // What the rule makes of a frame's number.
+    int64_t counted(int64_t number) const { return rule_.step * floor_divided(number + phase_, rule_.share); }
+    int64_t value(size_t i) const { return *frames_[set_[i]].value; }
+    int64_t number(size_t i) const { return frames_[set_[i]].number; }
+    int64_t offset_of(size_t i) const { return wrapped(value(i) - counted(number(i))); }
+    int64_t expected(size_t i, int64_t offset) const { return wrapped(offset + counted(number(i))); }
+
+    // Where the values change among the frames that share one.
+    void find_phase() {
+        if (rule_.share == 1) return;
+        Votes phases;
+        for (size_t i = 1; i < set_.size(); i++) {
+            if (value(i) != value(i - 1) && number(i) == number(i - 1) + 1)
+                phases.add(((rule_.share - number(i) % rule_.share) % rule_.share + rule_.share) %
+                           rule_.share);
+        }
+        phase_ = phases.winner().value_or(0);
+    }
+
+    const Segment *at(size_t k) const { return k < segments_.size() ? &segments_[k] : nullptr; }
+
+    void add(CounterEvent::Kind kind, size_t first, size_t last, int64_t from, size_t other = 0) {
+        events_.push_back({kind, set_[first], set_[last], other, expected(first, from)});
+    }
+
+    // Judges a segment, with those that belong to it; gives the next one.
+    size_t judge(size_t k) {
+        const Segment &now = segments_[k];
+        const Segment *before = k > 0 ? &segments_[k - 1] : nullptr;
+        const Segment *after = at(k + 1);
+        const Segment *later = at(k + 2);
+        if (now.is_one() && after && after->is_one()) {
+            // Two at the start or within that changed places.
+            const int64_t offset = before ? before->offset : later ? later->offset : 0;
+            const bool framed = before || later;
+            const bool same_around = !before || !later || before->offset == later->offset;
+            if (framed && same_around && value(now.first) == expected(after->first, offset) &&
+                value(after->first) == expected(now.first, offset)) {
+                add(CounterEvent::swapped, now.first, after->first, offset);
+                return k + 2;
+            }
+        }
+        if (!before) {
+            // The first frames, of one segment that does not last, are odd ones out.
+            if (now.is_one() && after && !after->is_one()) add_single(now.first, after->offset);
+            return k + 1;
+        }
+        if (const size_t next = judge_run(k); next > k) return next;
+        const bool returns = after && before->offset == after->offset;
+        if (now.is_one() && returns) {
+            add_single(now.first, before->offset);
+            return k + 1;  // what follows goes on from before
+        }
+        if (k > 0 && came_back(k)) return k + 1;
+        add(CounterEvent::jump, now.first, now.last, before->offset);
+        return k + 1;
+    }
+
+    // Whether a segment goes on from before a single frame or a swap.
+    bool came_back(size_t k) const {
+        if (events_.empty()) return false;
+        const CounterEvent &event = events_.back();
+        const bool single = event.kind == CounterEvent::alone || event.kind == CounterEvent::repeated ||
+                            event.kind == CounterEvent::swapped;
+        return single && set_[segments_[k].first - 1] == event.last &&
+               expected_offset(event.first, event.expected) == segments_[k].offset;
+    }
+    int64_t expected_offset(size_t frame, int64_t value) const {
+        return wrapped(value - counted(frames_[frame].number));
+    }
+
+    void add_single(size_t i, int64_t offset) {
+        for (const size_t neighbour : {i - 1, i + 1}) {
+            if (neighbour >= set_.size() || value(neighbour) != value(i)) continue;
+            add(CounterEvent::repeated, i, i, offset, set_[neighbour]);
+            return;
+        }
+        add(CounterEvent::alone, i, i, offset);
+    }
+
+    // Values that stand, or run the other way, for two frames and more: segments of one frame each.
+    size_t judge_run(size_t k) {
+        size_t next = k;
+        const auto run_of = [&](int64_t step) {
+            next = k;
+            while (next < segments_.size() && number_step(next) > 0 &&
+                   wrapped(value(segments_[next].first) - value(segments_[next].first - 1) -
+                           step * number_step(next)) == 0) {
+                if (!segments_[next++].is_one()) break;
+            }
+            return next - k;
+        };
+        const int64_t from = segments_[k - 1].offset;
+        if (rule_.step != 0 && rule_.share == 1 && run_of(0) >= 2) {
+            // The last of them may go on by the rule again.
+            add(CounterEvent::stands, segments_[k].first, segments_[next - 1].first, from);
+            return next;
+        }
+        if (rule_.step != 0 && rule_.share == 1 && run_of(-rule_.step) >= 2) {
+            add(CounterEvent::reversed, segments_[k].first, segments_[next - 1].first, from);
+            return next;
+        }
+        return k;
+    }
+    int64_t number_step(size_t k) const {
+        return number(segments_[k].first) - number(segments_[k].first - 1);
+    }
+
+    const std::vector<CountedFrame> &frames_;
+    const CounterRule &rule_;
+    int64_t phase_ = 0;
+    std::vector<size_t> set_;  // places of the frames with a value
+    std::vector<Segment> segments_;
+    std::vector<CounterEvent> events_;
+};
+
+}  // namespace
+
+std::vector<CounterEvent> find_breaks(const std::vector<CountedFrame> &frames, const CounterRule &rule) {
+    return Breaks(frames, rule).find();
+}
