@@ -261,13 +261,14 @@ void add_dpx_details(OrderedBytes h, Facts &facts) {
     number("image padding", h.u32(816));
     facts.add_more("transfer", name_of(kTransferNames, h.u8(801), ""));
     facts.add_more("colorimetric", name_of(kTransferNames, h.u8(802), ""));
-    if (h.u16(804) <= 2) facts.add_more("packing", std::to_string(h.u16(804)));
+    if (h.u16(804) != 0xFFFF) facts.add_more("packing", std::to_string(h.u16(804)));
     text("file name", 36, 100);
     text("project", 260, 200);
     text("copyright", 460, 200);
     text("source file", 1432, 100);
     text("input device", 1556, 32);
     if (!has_industry_header(h)) return;
+    facts.add_more("industry header", "set");
     text("film format", 1680, 32);
     number("frame position", h.u32(1712) == 0 ? kUnset : h.u32(1712));
     facts.add_more("shutter angle", real_text(h, 1728));

@@ -266,7 +266,7 @@ Facts facts(Input &input) {
     char text[40];
     std::snprintf(text, sizeof text, "unknown format, %02x %02x %02x %02x", in.head[0], in.head[1],
                   in.head[2], in.head[3]);
-    facts.problem = size == 0 && in.head.span(0, 1).empty() ? "empty" : text;
+    facts.problem = input.end() == 0 ? "empty" : text;
     return facts;
 }
 

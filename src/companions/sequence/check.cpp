@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <span>
 
 #include "companions/safe_text.h"
@@ -51,12 +52,32 @@ class Check {
             check_names();
             check_user_bits();
             tell_shared();
+            drop_consequences();
         }
         std::ranges::stable_sort(findings_, {}, &Finding::first);
         return {std::move(findings_), summary()};
     }
 
  private:
+    // What is read at other places, or not at all, differs for one reason.
+    void drop_consequences() {
+        constexpr const char *kReasons[] = {"format ", "byte order ", "image offset ", "industry header "};
+        std::map<int64_t, const char *> reasons;  // of frames
+        for (const char *reason : kReasons) {
+            for (const Finding &finding : findings_) {
+                if (finding.text.starts_with(reason)) reasons.emplace(finding.first, reason);
+            }
+        }
+        std::erase_if(findings_, [&](const Finding &finding) {
+            constexpr const char *kOwn[] = {"missing", "duplicate", "padding", "unreadable", "cut"};
+            const auto reason = reasons.find(finding.first);
+            const bool own =
+                std::ranges::any_of(kOwn, [&](const char *kind) { return finding.kind == kind; });
+            return reason != reasons.end() && !own && !finding.is_of_all &&
+                   !finding.text.starts_with(reason->second);
+        });
+    }
+
     void add(const char *kind, int64_t first, int64_t last, std::string text, bool of_all = false) {
         findings_.push_back({kind, first, last, of_all, std::move(text)});
     }
@@ -92,7 +113,8 @@ class Check {
         const int64_t usual = widths.winner().value_or(0);
         for (const SequenceFrame &frame : all_) {
             const int64_t expected = std::max<int64_t>(usual, needed(frame.number));
-            if (frame.digits == expected) continue;
+            const bool is_double = std::ranges::count(all_, frame.number, &SequenceFrame::number) > 1;
+            if (frame.digits == expected || is_double) continue;
             add("padding", frame.number, frame.number,
                 "its number has " + std::to_string(frame.digits) +
                     (frame.digits == 1 ? " digit" : " digits") + ", others have " + std::to_string(usual));
@@ -195,13 +217,14 @@ class Check {
         check_drop_flags(stretch, flags);
         const Counting &c = counting;
         const int64_t day = 24 * (6 * (int64_t{600} * c.base - 9 * int64_t{c.dropped()}));
-        for (CounterEvent event : find_breaks(counted, {rule.step, rule.share, day})) {
-            event.first += stretch.first;
-            event.last += stretch.first;
-            event.other += stretch.first;
+        spread(counted, rule.share, rule.step);
+        for (CounterEvent event : find_breaks(counted, {rule.step, day * rule.share})) {
+            event = moved(event, stretch.first);
             tell(
                 "timecode", event, [&](size_t i) { return timecode_text(frames_[i]->timecode, counting); },
-                [&](int64_t value) { return timecode_text(timecode_of(value, counting), counting); });
+                [&](int64_t value) {
+                    return timecode_text(timecode_of(value / rule.share, counting), counting);
+                });
         }
     }
 
@@ -255,6 +278,11 @@ class Check {
                 timecode_text(expected, before.rule.counting));
     }
 
+    static CounterEvent moved(CounterEvent event, size_t by) {
+        for (size_t *place : {&event.first, &event.last, &event.before, &event.other}) *place += by;
+        return event;
+    }
+
     // Frames in which a value that others have is not set.
     template <typename IsSet>
     void find_unset(const char *name, IsSet is_set) {
@@ -286,9 +314,16 @@ class Check {
         size_t set = 0;
         for (const SequenceFrame *frame : frames_) set += frame->keycode.is_set();
         if (set == 0) return;
-        if (set < frames_.size())
-            find_unset("keycode", [](const SequenceFrame &f) { return f.keycode.is_set(); });
+        if (set < frames_.size()) {
+            find_unset("keycode", [this](const SequenceFrame &f) {
+                return f.keycode.is_set() || names_.name(f.problem).starts_with("keycode");
+            });
+        }
         film_ = film_rule(frames_);
+        const bool told = std::ranges::any_of(stretches_, [](const Stretch &s) { return s.rule.share > 1; });
+        if (film_.share > 1 && !told)
+            add("holds", frames_.front()->number, frames_.back()->number,
+                "each keycode stands for " + std::to_string(film_.share) + " frames");
         // Each roll for itself.
         for (size_t i = 0; i < frames_.size();) {
             size_t last = i;
@@ -332,15 +367,15 @@ class Check {
             check_counts(first, counted);
             return;
         }
-        for (CounterEvent event : find_breaks(counted, {*film_.step, film_.share, kCounts * per_count})) {
-            event.first += first;
-            event.last += first;
-            event.other += first;
+        spread(counted, film_.share, *film_.step);
+        for (CounterEvent event : find_breaks(counted, {*film_.step, kCounts * per_count * film_.share})) {
+            event = moved(event, first);
+            const uint32_t roll = frames_[event.first]->keycode.roll;
             tell(
                 "keycode", event, [&](size_t i) { return keycode_text(*frames_[i]); },
                 [&](int64_t value) {
-                    return keycode_text_of(names_.name(frames_[event.first]->keycode.roll), value / per_count,
-                                           value % per_count);
+                    value /= film_.share;
+                    return keycode_text_of(names_.name(roll), value / per_count, value % per_count);
                 });
         }
     }
@@ -397,7 +432,7 @@ class Check {
         }
         const int64_t step = steps.winner().value_or(1);
         if (steps.of(step) * 10 < steps.all() * 7 || std::abs(step) > 1) return;
-        for (const CounterEvent &event : find_breaks(counted, {step, 1, 0})) {
+        for (const CounterEvent &event : find_breaks(counted, {step, 0})) {
             tell(
                 name, event, [&](size_t i) { return std::to_string(*counted[i].value); },
                 [](int64_t number) { return std::to_string(number); });
@@ -441,7 +476,7 @@ class Check {
                     name + " " + value_at(event.first) + ", expected " + text_of(event.expected));
                 return;
             case CounterEvent::jump: {
-                const std::string before = value_at(event.first - 1);
+                const std::string before = value_at(event.before);
                 if (before == value_at(event.first)) {
                     add(kind, first, first,
                         name + " stands at " + before + ", expected " + text_of(event.expected));
@@ -486,8 +521,7 @@ class Check {
         if (frames_.empty()) return text;
         const SequenceFrame &start = *frames_.front();
         const SequenceFrame &end = *frames_.back();
-        text += ", " + property(start, "format") + " " + property(start, "width") + "x" +
-                property(start, "height");
+        text += ", " + property(start, "format") + " " + property(start, "size");
         if (const std::string bits = property(start, "bit_depth"); !bits.empty())
             text += ", " + bits + " bit";
         if (start.rate > 0) text += ", " + property(start, "frame_rate") + " fps";

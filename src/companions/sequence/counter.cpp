@@ -2,11 +2,7 @@
 
 #include <algorithm>
 
-#include "companions/sequence/counting.h"
-
 namespace {
-
-int64_t floor_divided(int64_t n, int64_t by) { return n >= 0 ? n / by : -((by - 1 - n) / by); }
 
 class Breaks {
  public:
@@ -14,7 +10,6 @@ class Breaks {
         for (size_t i = 0; i < frames.size(); i++) {
             if (frames[i].value) set_.push_back(i);
         }
-        find_phase();
     }
 
     std::vector<CounterEvent> find() {
@@ -43,28 +38,17 @@ class Breaks {
         return rest < 0 ? rest + rule_.modulus : rest;
     }
     // What the rule makes of a frame's number.
-    int64_t counted(int64_t number) const { return rule_.step * floor_divided(number + phase_, rule_.share); }
+    int64_t counted(int64_t number) const { return rule_.step * number; }
     int64_t value(size_t i) const { return *frames_[set_[i]].value; }
     int64_t number(size_t i) const { return frames_[set_[i]].number; }
     int64_t offset_of(size_t i) const { return wrapped(value(i) - counted(number(i))); }
     int64_t expected(size_t i, int64_t offset) const { return wrapped(offset + counted(number(i))); }
 
-    // Where the values change among the frames that share one.
-    void find_phase() {
-        if (rule_.share == 1) return;
-        Votes phases;
-        for (size_t i = 1; i < set_.size(); i++) {
-            if (value(i) != value(i - 1) && number(i) == number(i - 1) + 1)
-                phases.add(((rule_.share - number(i) % rule_.share) % rule_.share + rule_.share) %
-                           rule_.share);
-        }
-        phase_ = phases.winner().value_or(0);
-    }
-
     const Segment *at(size_t k) const { return k < segments_.size() ? &segments_[k] : nullptr; }
 
     void add(CounterEvent::Kind kind, size_t first, size_t last, int64_t from, size_t other = 0) {
-        events_.push_back({kind, set_[first], set_[last], other, expected(first, from)});
+        events_.push_back(
+            {kind, set_[first], set_[last], set_[first > 0 ? first - 1 : 0], other, expected(first, from)});
     }
 
     // Judges a segment, with those that belong to it; gives the next one.
@@ -135,12 +119,12 @@ class Breaks {
             return next - k;
         };
         const int64_t from = segments_[k - 1].offset;
-        if (rule_.step != 0 && rule_.share == 1 && run_of(0) >= 2) {
+        if (rule_.step != 0 && run_of(0) >= 2) {
             // The last of them may go on by the rule again.
             add(CounterEvent::stands, segments_[k].first, segments_[next - 1].first, from);
             return next;
         }
-        if (rule_.step != 0 && rule_.share == 1 && run_of(-rule_.step) >= 2) {
+        if (rule_.step != 0 && run_of(-rule_.step) >= 2) {
             add(CounterEvent::reversed, segments_[k].first, segments_[next - 1].first, from);
             return next;
         }
@@ -152,13 +136,42 @@ class Breaks {
 
     const std::vector<CountedFrame> &frames_;
     const CounterRule &rule_;
-    int64_t phase_ = 0;
     std::vector<size_t> set_;  // places of the frames with a value
     std::vector<Segment> segments_;
     std::vector<CounterEvent> events_;
 };
 
 }  // namespace
+
+void spread(std::vector<CountedFrame> &frames, int64_t share, int64_t step) {
+    if (share == 1) return;
+    // The first value may be that of frames before, too.
+    size_t first_run = 0;
+    while (first_run < frames.size() && frames[first_run].value == frames.front().value) first_run++;
+    const int64_t skipped = std::max<int64_t>(0, share - static_cast<int64_t>(first_run));
+    const CountedFrame *before = nullptr;
+    int64_t value_before = 0;
+    for (CountedFrame &frame : frames) {
+        if (!frame.value) continue;
+        const int64_t value = *frame.value;
+        const int64_t start = value * share;
+        const int64_t end = start + (share - 1) * step;
+        int64_t spread = start + (before ? 0 : skipped * step);
+        if (before) {
+            const int64_t expected = *before->value + (frame.number - before->number) * step;
+            const bool within =
+                step > 0 ? expected >= start && expected <= end : expected <= start && expected >= end;
+            if (within) {
+                spread = expected;
+            } else if (value == value_before) {
+                spread = end;
+            }
+        }
+        frame.value = spread;
+        value_before = value;
+        before = &frame;
+    }
+}
 
 std::vector<CounterEvent> find_breaks(const std::vector<CountedFrame> &frames, const CounterRule &rule) {
     return Breaks(frames, rule).find();

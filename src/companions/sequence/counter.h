@@ -28,8 +28,13 @@ struct CounterEvent {
     } kind;
     size_t first;  // places in the list of frames
     size_t last;
+    size_t before = 0;  // the frame before `first` that has a value
     size_t other = 0;
     int64_t expected = 0;  // at `first`
 };
+
+// Where `share` successive frames have one value: makes it count with each of them, by `share` times as much,
+// so that a value divided by `share` is the frame's again.
+void spread(std::vector<CountedFrame> &frames, int64_t share, int64_t step);
 
 std::vector<CounterEvent> find_breaks(const std::vector<CountedFrame> &frames, const CounterRule &rule);

@@ -21,21 +21,24 @@ std::string more_of(const Facts &facts, std::string_view name) {
     return found == facts.more.end() ? "" : found->second;
 }
 
+std::string size_of(uint32_t width, uint32_t height) {
+    return std::to_string(width) + "x" + std::to_string(height);
+}
+
 TextPairs properties_of(const Facts &facts) {
     TextPairs properties{{"format", facts.format}, {"variant", facts.variant}};
     const auto add = [&](const char *name, std::string value) {
         properties.emplace_back(name, std::move(value));
     };
     const Row row = row_of(facts, "");
+    const Picture &picture = facts.pictures.front();
+    add("size", size_of(picture.width, picture.height));
+    if (picture.coded_width > 0) add("coded size", size_of(picture.coded_width, picture.coded_height));
     for (const ColumnRow &column : table_columns()) {
         switch (column.column) {
-            case Column::width:
-            case Column::height:
             case Column::bit_depth:
             case Column::codec:
             case Column::components:
-            case Column::coded_width:
-            case Column::coded_height:
             case Column::scan:
             case Column::pixel_aspect:
             case Column::primaries:
@@ -99,7 +102,7 @@ uint32_t Names::number(const std::string &name) {
 
 std::string packed_frame(const Facts &facts) {
     std::string packed;
-    const bool has_header = !facts.pictures.empty() && facts.pictures.front().width > 0;
+    const bool has_header = !facts.pictures.empty();
     std::string problem = problem_of(facts);
     put_text(packed, has_header ? "1" : "");
     put_text(packed, problem.empty() && !has_header ? "no picture" : problem);
