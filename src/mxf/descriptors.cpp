@@ -310,6 +310,7 @@ Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
     } else {
         read_cdci(d, picture);
     }
+    if (picture.colour.matrix == 0 && picture.components == "4:4:4") picture.components = "RGB";
     const Bytes bit_rate = metadata.item(d, kMpegBitRate);
     if (bit_rate.size() == 4 && big32(bit_rate) > 0) picture.bit_rate = big32(bit_rate);
     if (is_xdcam_422(coding, picture)) picture.codec = "XDCAM HD422";

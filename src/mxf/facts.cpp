@@ -134,9 +134,9 @@ std::string writer_of(const MetadataSet &identification) {
         writer += " " + product;
     }
     const Bytes numbers = Metadata::item(identification, 0x3C03);
-    for (uint64_t i = 0; i < 4 && version.size() < 24 && numbers.size() == 10 && big64(numbers) != 0; i++) {
-        if (i > 0 || version.empty()) version += (i > 0 ? "." : "") + std::to_string(big16(numbers, 2 * i));
-        if (i == 3) break;
+    if (version.empty() && numbers.size() == 10 && big64(numbers) != 0) {
+        version = std::to_string(big16(numbers)) + "." + std::to_string(big16(numbers, 2)) + "." +
+                  std::to_string(big16(numbers, 4));
     }
     return version.empty() ? writer : writer + " " + version;
 }
@@ -445,6 +445,9 @@ void Reader::read() {
     read_origin();
     read_first_picture();
     add_details();
+    const bool is_compressed = !facts_.pictures.empty() && !facts_.pictures[0].codec.empty() &&
+                               facts_.pictures[0].codec != "uncompressed";
+    partitions_.judge(input_, is_compressed, facts_);
 }
 
 }  // namespace

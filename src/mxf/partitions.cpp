@@ -189,7 +189,7 @@ void Partitions::find_footer(Input &input, Facts &facts) {
     }
 }
 
-void Partitions::judge(Input &input, Facts &facts) const {
+void Partitions::judge(Input &input, bool is_compressed, Facts &facts) const {
     const uint64_t size = input.size();
     if (facts.extent.state == Extent::cut) return;
     if (header->essence > size) {
@@ -206,15 +206,11 @@ void Partitions::judge(Input &input, Facts &facts) const {
         const uint64_t least = footer->essence - std::min(footer->essence, 8 * kTail);
         const uint64_t first = has_zeros && footer->metadata >= least ? footer->metadata : footer->index;
         const Chain chain = follow(input, first >= least ? first : footer->essence, 20000);
-        // A random index pack of one byte to nine of length, and places of header and footer at least.
-        const uint64_t left = size - std::min(size, chain.end);
-        const bool fits_index = size % 512 != 0 && (left % 12 == 0 || left % 12 == 9 || left % 12 == 5) &&
-                                left >= 45 && left < 24 + 12 * 200;
         const bool is_unwritten = (chain.state == Chain::zeros && (chain.end < footer->essence || chain.is_unfinished)) ||
                                   (chain.has_random_index && chain.is_unfinished);
         if (chain.state == Chain::crosses || is_unwritten) {
             facts.cut(std::max(chain.end, footer->essence), "the end of the footer");
-        } else if (chain.state == Chain::zeros && fits_index) {
+        } else if (chain.state == Chain::zeros && size % 512 != 0) {  // nobody fills up files to such a size
             facts.cut(size, "the random index pack");
         } else {
             facts.whole(std::min(std::max(chain.end, footer->essence), size));
@@ -224,10 +220,11 @@ void Partitions::judge(Input &input, Facts &facts) const {
     Chain chain = follow(input, header->essence, kMostItems);
     if (chain.state == Chain::unknown) chain = last_chain(input, kTail);
     if (chain.state == Chain::unknown) chain = last_chain(input, kLongTail);
+    const bool is_empty = chain.state == Chain::unknown && is_compressed && is_zero_from(input, header->essence);
     if (chain.state == Chain::crosses) {
         facts.cut(chain.end, "the end of the last item, and the footer");
-    } else if (chain.state == Chain::zeros) {
-        facts.cut(size, "what follows at " + std::to_string(chain.end) + ", and the footer");
+    } else if (chain.state == Chain::zeros || is_empty) {
+        facts.cut(size, "the last items, and the footer");
     } else if (header->is_open()) {
         facts.open("no footer");
     } else if (chain.state == Chain::exact) {
@@ -242,5 +239,4 @@ void Partitions::read(Input &input, Facts &facts) {
     if (!header) return;
     read_random_index(input);
     find_footer(input, facts);
-    judge(input, facts);
 }

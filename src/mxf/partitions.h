@@ -35,15 +35,16 @@ struct Partitions {
     std::vector<uint64_t> places;  // of the last ones (1,000 at most) by the random index pack
     uint64_t count = 0;            // as that says
 
-    // Reads the packs of header and footer, and judges the extent.
+    // Reads the packs of header and footer; a footer that is not where it should be cuts the file.
     void read(Input &input, Facts &facts);
+    // Whether all is there. Of compressed essence 64 KiB are never zeros.
+    void judge(Input &input, bool is_compressed, Facts &facts) const;
 
  private:
     uint64_t start_ = 0;  // of the header partition, behind a run-in
 
     void read_random_index(Input &input);
     void find_footer(Input &input, Facts &facts);
-    void judge(Input &input, Facts &facts) const;
 };
 
 std::optional<Partition> partition_at(Input &input, uint64_t place);
