@@ -165,7 +165,7 @@ Scan field_order(const MetadataSet &d) {
     if (first == 0 || second == 0 || first > INT32_MAX || second > INT32_MAX) return Scan::interlaced;
     const bool top_is_first_field = (first + second) % 2 == 1;
     return top_is_first_field == (Metadata::number(d, kFieldDominance, 1) != 2) ? Scan::top_first
-                                                                               : Scan::bottom_first;
+                                                                                : Scan::bottom_first;
 }
 
 Scan scan_of(const MetadataSet &d) {
@@ -297,7 +297,8 @@ Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
     Picture picture;
     const Bytes coding = Metadata::item(d, kPictureCoding);
     picture.codec = label_name(kPictureCodings, coding);
-    if (picture.codec.empty()) picture.codec = label_name(kPictureCodings, Metadata::item(d, kContainerFormat));
+    if (picture.codec.empty())
+        picture.codec = label_name(kPictureCodings, Metadata::item(d, kContainerFormat));
     if (picture.codec.empty()) picture.codec = name_of(kKinds, static_cast<uint32_t>(d.kind));
     picture.scan = scan_of(d);
     read_sizes(d, picture);
@@ -325,8 +326,8 @@ Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
 Sound sound_of(const Metadata &metadata, const MetadataSet &d) {
     // Symbols of soundfield groups (ST 377-4, ST 2067-8).
     constexpr std::pair<std::string_view, const char *> kLayouts[] = {
-        {"sgM", "mono"}, {"sg1", "mono"}, {"sgST", "stereo"}, {"sgLtRt", "Lt Rt"}, {"sg51", "5.1"},
-        {"sg61", "6.1"}, {"sg71", "7.1"}, {"sgSDS", "7.1 SDS"}, {"sg71DS", "7.1"}, {"sgDM", "dual mono"}};
+        {"sgM", "mono"}, {"sg1", "mono"}, {"sgST", "stereo"},   {"sgLtRt", "Lt Rt"}, {"sg51", "5.1"},
+        {"sg61", "6.1"}, {"sg71", "7.1"}, {"sgSDS", "7.1 SDS"}, {"sg71DS", "7.1"},   {"sgDM", "dual mono"}};
     Sound sound;
     sound.channels = static_cast<uint32_t>(std::clamp<int64_t>(Metadata::number(d, 0x3D07, 0), 0, 1024));
     sound.rate = Metadata::ratio(d, 0x3D03);
@@ -353,8 +354,8 @@ Sound sound_of(const Metadata &metadata, const MetadataSet &d) {
 std::string wrapping_of(Bytes container) {
     if (!begins_as(container.from(8), "\xD\1\3\1\2"sv)) return "";
     const uint8_t kind = container[13];
-    const bool is_early = kind == 0x06 || kind == 0x0A || kind == 0x0B || kind == 0x0C || kind == 0x0F ||
-                          kind >= 0x11;
+    const bool is_early =
+        kind == 0x06 || kind == 0x0A || kind == 0x0B || kind == 0x0C || kind == 0x0F || kind >= 0x11;
     const uint8_t wrapping = container[is_early ? 14 : 15];
     if (kind == 0x01 || kind == 0x03) return "frame";
     if (kind == 0x06 && wrapping >= 3) return wrapping == 3 ? "frame" : wrapping == 4 ? "clip" : "";

@@ -217,7 +217,8 @@ void Reader::read_metadata() {
         const uint64_t size = input_.size();
         const uint64_t start = std::min(partition->metadata, size);
         const uint64_t length = partition->index - partition->metadata;
-        metadata_.read(input_.bytes(start, std::min({length > 0 ? length : kMostMetadata, size - start, kMostMetadata}), 16384));
+        metadata_.read(input_.bytes(
+            start, std::min({length > 0 ? length : kMostMetadata, size - start, kMostMetadata}), 16384));
     }
     materials_ = read_packages(metadata_, SetKind::material_package);
     sources_ = read_packages(metadata_, SetKind::source_package);
@@ -252,7 +253,8 @@ int64_t Reader::indexed(Ratio rate) {
     const std::optional<Partition> &footer = partitions_.footer;
     if (!index_) {
         index_ = Index{};
-        if (footer && footer->essence > footer->index) index_ = read_index(input_, footer->index, footer->essence);
+        if (footer && footer->essence > footer->index)
+            index_ = read_index(input_, footer->index, footer->essence);
         if (index_->units == 0 && header.essence > header.index) {
             const Index first = read_index(input_, header.index, header.essence);
             if (index_->unit_size == 0) index_ = first;
@@ -393,8 +395,10 @@ void Reader::read_origin() {
     if (writers.empty()) writers = metadata_.all(SetKind::identification);
     if (!writers.empty()) facts_.writer = writer_of(*writers.back());
     if (!materials_.empty()) facts_.date = timestamp(Metadata::item(*materials_[0].set, 0x4405));
-    if (facts_.date.empty() && !writers.empty()) facts_.date = timestamp(Metadata::item(*writers.back(), 0x3C06));
-    if (facts_.date.empty() && !prefaces.empty()) facts_.date = timestamp(Metadata::item(*prefaces[0], 0x3B02));
+    if (facts_.date.empty() && !writers.empty())
+        facts_.date = timestamp(Metadata::item(*writers.back(), 0x3C06));
+    if (facts_.date.empty() && !prefaces.empty())
+        facts_.date = timestamp(Metadata::item(*prefaces[0], 0x3B02));
 }
 
 // Descriptors of JPEG 2000 may leave open how it is coded: then the first frame's header tells.

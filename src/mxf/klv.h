@@ -22,7 +22,8 @@ struct BerLength {
 };
 BerLength read_ber(Bytes buffer, uint64_t offset);
 
-// The BER length at an offset, with error lines for what is not allowed; adds the bytes that it occupies to `counter`.
+// The BER length at an offset, with error lines for what is not allowed; adds the bytes that it occupies to
+// `counter`.
 uint64_t mxfber(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t *counter);
 
 // What byte 5 of the key at an offset says of a group's coding: its name, the size of a local tag in bytes,

@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-constexpr int kMostItems = 1024;         // of a set that are searched
+constexpr int kMostItems = 1024;          // of a set that are searched
 constexpr uint64_t kMostElements = 1024;  // of an array that are looked at
 constexpr uint64_t kArrayHead = 8;        // count and size of the elements
 constexpr uint64_t kUid = 16;
@@ -27,7 +27,8 @@ bool is_metadata_set(Bytes key) {
 }
 
 bool is_primer(Bytes key) {
-    return begins_as(key, "\x06\x0E\x2B\x34\x02\x05\x01"sv) && begins_as(key.from(8), "\x0D\x01\x02\x01\x01\x05\x01"sv);
+    return begins_as(key, "\x06\x0E\x2B\x34\x02\x05\x01"sv) &&
+           begins_as(key.from(8), "\x0D\x01\x02\x01\x01\x05\x01"sv);
 }
 
 }  // namespace
@@ -40,7 +41,8 @@ KlvPlace klv_at(Bytes b, uint64_t offset) {
 }
 
 bool is_fill(Bytes key) {
-    return begins_as(key, "\x06\x0E\x2B\x34\x01\x01\x01"sv) && begins_as(key.from(8), "\x03\x01\x02\x10\x01"sv);
+    return begins_as(key, "\x06\x0E\x2B\x34\x01\x01\x01"sv) &&
+           begins_as(key.from(8), "\x03\x01\x02\x10\x01"sv);
 }
 
 bool begins_as(Bytes b, std::string_view text) {

@@ -11,17 +11,18 @@ using namespace std::string_view_literals;
 
 constexpr uint64_t kRunIn = 65536;
 constexpr uint64_t kKey = 16;
-constexpr uint64_t kPackSize = 88;   // of a pack's value, before the list of its essence containers
-constexpr uint64_t kItemHead = 32;   // read of an item: its key and length
-constexpr uint64_t kTail = 65536;    // where a random index pack is looked for
+constexpr uint64_t kPackSize = 88;       // of a pack's value, before the list of its essence containers
+constexpr uint64_t kItemHead = 32;       // read of an item: its key and length
+constexpr uint64_t kTail = 65536;        // where a random index pack is looked for
 constexpr uint64_t kLongTail = 1 << 20;  // where the last items of a file without footer are
 constexpr int kMostItems = 24;           // behind the header that are walked through
 constexpr uint64_t kMostPlaces = 1000;
 constexpr uint64_t kPlaceSize = 12;
 
 bool is_partition(Bytes key) {
-    return begins_as(key, "\x06\x0E\x2B\x34\x02\x05\x01"sv) && begins_as(key.from(8), "\x0D\x01\x02\x01\x01"sv) &&
-           key[13] >= Partition::header && key[13] <= Partition::footer;
+    return begins_as(key, "\x06\x0E\x2B\x34\x02\x05\x01"sv) &&
+           begins_as(key.from(8), "\x0D\x01\x02\x01\x01"sv) && key[13] >= Partition::header &&
+           key[13] <= Partition::footer;
 }
 
 bool is_random_index(Bytes key) {
@@ -206,8 +207,9 @@ void Partitions::judge(Input &input, bool is_compressed, Facts &facts) const {
         const uint64_t least = footer->essence - std::min(footer->essence, 8 * kTail);
         const uint64_t first = has_zeros && footer->metadata >= least ? footer->metadata : footer->index;
         const Chain chain = follow(input, first >= least ? first : footer->essence, 20000);
-        const bool is_unwritten = (chain.state == Chain::zeros && (chain.end < footer->essence || chain.is_unfinished)) ||
-                                  (chain.has_random_index && chain.is_unfinished);
+        const bool is_unwritten =
+            (chain.state == Chain::zeros && (chain.end < footer->essence || chain.is_unfinished)) ||
+            (chain.has_random_index && chain.is_unfinished);
         if (chain.state == Chain::crosses || is_unwritten) {
             facts.cut(std::max(chain.end, footer->essence), "the end of the footer");
         } else if (chain.state == Chain::zeros && size % 512 != 0) {  // nobody fills up files to such a size
@@ -220,7 +222,8 @@ void Partitions::judge(Input &input, bool is_compressed, Facts &facts) const {
     Chain chain = follow(input, header->essence, kMostItems);
     if (chain.state == Chain::unknown) chain = last_chain(input, kTail);
     if (chain.state == Chain::unknown) chain = last_chain(input, kLongTail);
-    const bool is_empty = chain.state == Chain::unknown && is_compressed && is_zero_from(input, header->essence);
+    const bool is_empty =
+        chain.state == Chain::unknown && is_compressed && is_zero_from(input, header->essence);
     if (chain.state == Chain::crosses) {
         facts.cut(chain.end, "the end of the last item, and the footer");
     } else if (chain.state == Chain::zeros || is_empty) {
