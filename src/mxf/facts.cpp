@@ -411,8 +411,11 @@ void Reader::read_first_picture() {
         const KlvPlace klv = klv_at(item, 0);
         if (!klv.is_set || klv.end() > input_.size() - place) return;
         if (begins_as(item.from(4), "\1\2\1"sv) && begins_as(item.from(8), "\xD\1\3\1\x15"sv)) {
-            codestream_picture(input_.present(place + klv.value, std::min(klv.length, kCodestreamHeader)),
-                               facts_.pictures[0]);
+            const Bytes frame = input_.present(place + klv.value, std::min(klv.length, kCodestreamHeader));
+            // Some writers wrap all of a JP2 file.
+            uint64_t start = 0;
+            while (frame.has(start, 4) && !bytes_are(frame, start, "\xFF\x4F\xFF\x51")) start++;
+            codestream_picture(frame.from(start), facts_.pictures[0]);
             return;
         }
         place += klv.end();
