@@ -1,6 +1,5 @@
 #include "images/facts.h"
 
-void arri_facts(Input &, Facts &) {}
 void bmp_facts(Input &, Facts &) {}
 void sgi_facts(Input &, Facts &) {}
 void tga_facts(Input &, Facts &) {}
