@@ -99,8 +99,8 @@ class Reader {
     void judge();
 
     const Track *main_track() const {
-        const auto found = std::ranges::find_if(
-            tracks_, [](const Track &t) { return t.type->kind == MediaType::picture; });
+        const auto found =
+            std::ranges::find_if(tracks_, [](const Track &t) { return t.type->kind == MediaType::picture; });
         return found == tracks_.end() ? nullptr : &*found;
     }
     Ratio rate() const {
@@ -145,8 +145,8 @@ void Reader::add_track(const Track &track) {
 }
 
 void Reader::read_map(Bytes payload) {
-    constexpr Ratio kRates[] = {{}, {60, 1}, {60000, 1001}, {50, 1}, {30, 1}, {30000, 1001}, {25, 1}, {24, 1},
-                                {24000, 1001}};
+    constexpr Ratio kRates[] = {{},      {60, 1}, {60000, 1001}, {50, 1}, {30, 1}, {30000, 1001},
+                                {25, 1}, {24, 1}, {24000, 1001}};
     const uint64_t material_size = big16(payload, 2);
     const Tags material(payload.sub(4, material_size));
     first_field_ = material.number(0x41);
@@ -163,7 +163,8 @@ void Reader::read_map(Bytes payload) {
         const int64_t code = tags.number(0x50);
         if (code > 0 && code < static_cast<int64_t>(std::size(kRates))) track.rate = kRates[code];
         const bool by_type = track.type && track.type->kind == MediaType::picture && track.type->detail != 0;
-        if (by_type && !track.rate.is_set()) track.rate = track.type->detail == 1 ? Ratio{30000, 1001} : Ratio{25, 1};
+        if (by_type && !track.rate.is_set())
+            track.rate = track.type->detail == 1 ? Ratio{30000, 1001} : Ratio{25, 1};
         if (by_type && track.lines <= 0) track.lines = track.type->detail;
         if (track.type) add_track(track);
         at += 4 + uint64_t{big16(payload, at + 2)};
@@ -208,7 +209,8 @@ void Reader::read_media(const Packet &packet) {
     const MediaType *type = row_of(kMediaTypes, preamble[0], &MediaType::code);
     if (!type) return;
     const uint64_t start = packet.at + kHeader + kPreamble;
-    const Bytes data = input_.present(start, std::min(packet.length - std::min(packet.length, kHeader + kPreamble), kFirstBytes));
+    const Bytes data = input_.present(
+        start, std::min(packet.length - std::min(packet.length, kHeader + kPreamble), kFirstBytes));
     if (type->kind == MediaType::timecode && !has_timecode_) {
         has_timecode_ = true;
         const uint64_t first = big16(preamble, 6);
@@ -242,13 +244,14 @@ void Reader::read_umf() {
     const int64_t fields = fields_a_frame();
     const bool is_valid = word >> 31 == 0 && bytes.has(68, 4);
     if (is_valid) {
-        facts_.add(file_timecode(word >> 24 & 31, word >> 16 & 255, word >> 8 & 255, (word & 255) / fields, base,
-                                 (word >> 29 & 1) != 0, "material"));
+        facts_.add(file_timecode(word >> 24 & 31, word >> 16 & 255, word >> 8 & 255, (word & 255) / fields,
+                                 base, (word >> 29 & 1) != 0, "material"));
     }
     size_t sound = 0;
     uint64_t at = kMediaPlace + data.u32(16);
     for (int i = 0; i < 64 && bytes.has(at, 124) && sound < facts_.sounds.size(); i++) {
-        const MediaType *type = row_of(kMediaTypes, static_cast<uint8_t>(data.u32(at + 112)), &MediaType::code);
+        const MediaType *type =
+            row_of(kMediaTypes, static_cast<uint8_t>(data.u32(at + 112)), &MediaType::code);
         if (type && type->kind == MediaType::sound) {
             Sound &heard = facts_.sounds[sound++];
             const uint32_t rate = data.u32(at + 116);
@@ -265,9 +268,8 @@ void Reader::finish() {
     const Track *track = main_track();
     const Ratio frame_rate = rate();
     const int64_t fields = fields_a_frame();
-    const int64_t frames = first_field_ >= 0 && last_field_ > first_field_
-                               ? (last_field_ - first_field_) / fields
-                               : -1;
+    const int64_t frames =
+        first_field_ >= 0 && last_field_ > first_field_ ? (last_field_ - first_field_) / fields : -1;
     if (track) {
         Picture &picture = facts_.picture();
         if (picture.width == 0 && picture.codec != "Motion JPEG") set_sizes(*track, picture);
@@ -335,7 +337,8 @@ void Reader::read() {
         const bool wants_timecode = !has_timecode_ && std::ranges::any_of(tracks_, [](const Track &t) {
             return t.type->kind == MediaType::timecode;
         });
-        if (packet->type == end_of_stream || (packet->type == media && !wants_picture && !wants_timecode)) break;
+        if (packet->type == end_of_stream || (packet->type == media && !wants_picture && !wants_timecode))
+            break;
         at = packet->end();
     }
     if (tracks_.empty()) facts_.problem = "no map of tracks";

@@ -8,13 +8,16 @@ namespace {
 
 constexpr uint64_t kHeader = 4096;
 constexpr uint64_t kTimecodes = 424;
-constexpr const char *kPlaces[] = {"master",       "external LTC",      "external VITC",      "time of day",
-                                   "user defined", "rec run edge code", "rec run clip code", "rec run regenerated"};
+constexpr const char *kPlaces[] = {
+    "master",       "external LTC",      "external VITC",     "time of day",
+    "user defined", "rec run edge code", "rec run clip code", "rec run regenerated"};
 
 // Thousandths of frames a second, or frames.
 Ratio rate_in(OrderedBytes h, uint64_t offset) {
     const double value = h.u32(offset);
-    return value >= 1000 && value < 1e6 ? rate_of(value / 1000) : value >= 1 && value < 1000 ? rate_of(value) : Ratio{};
+    return value >= 1000 && value < 1e6 ? rate_of(value / 1000)
+           : value >= 1 && value < 1000 ? rate_of(value)
+                                        : Ratio{};
 }
 
 // BCD digits with the base and the drop flag beside them.

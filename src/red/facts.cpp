@@ -23,7 +23,8 @@ struct Records {
     std::string text(uint8_t id) const {
         uint64_t at = first;
         for (int i = 0; i < 1000 && block.has(at, 3) && block[at] >= 3 && block[at + 1] <= 0x60; i++) {
-            if (block[at + 1] == 0x10 && block[at + 2] == id) return fixed_text(block, at + 3, block[at] - 3U);
+            if (block[at + 1] == 0x10 && block[at + 2] == id)
+                return fixed_text(block, at + 3, block[at] - 3U);
             at += block[at];
         }
         return "";
@@ -53,7 +54,8 @@ FileTimecode timecode_in(const std::string &text, uint32_t base, const char *pla
 std::string date_in(const std::string &day, const std::string &time) {
     int part[6] = {0, 0, 0, -1, 0, 0};
     if (!digits(day, 0, 4, part[0]) || !digits(day, 4, 2, part[1]) || !digits(day, 6, 2, part[2])) return "";
-    const bool timed = digits(time, 0, 2, part[3]) && digits(time, 2, 2, part[4]) && digits(time, 4, 2, part[5]);
+    const bool timed =
+        digits(time, 0, 2, part[3]) && digits(time, 2, 2, part[4]) && digits(time, 4, 2, part[5]);
     return iso_date(part[0], part[1], part[2], timed ? part[3] : -1, part[4], part[5]);
 }
 
@@ -84,7 +86,8 @@ uint64_t find_end(Input &input) {
     const Bytes tail = input.present(size - n, n);
     for (uint64_t i = n; i-- > 0;) {
         if (!bytes_are(tail, i, "REO")) continue;
-        const bool is_type = tail[i + 3] == 'B' || tail[i + 3] == 'F' || tail[i + 3] == 'S' || tail[i + 3] == '2';
+        const bool is_type =
+            tail[i + 3] == 'B' || tail[i + 3] == 'F' || tail[i + 3] == 'S' || tail[i + 3] == '2';
         if (i >= 4 && is_type && big32(tail, i - 4) >= 44) return size - n + i - 4;
     }
     return 0;
