@@ -1,3 +1,354 @@
 #include "gxf/facts.h"
 
-void gxf_facts(Input &, Facts &) {}
+#include <algorithm>
+#include <optional>
+
+#include "common/elementary.h"
+#include "common/names.h"
+#include "common/ordered_bytes.h"
+
+namespace {
+
+constexpr uint64_t kHeader = 16;
+constexpr uint64_t kPreamble = 16;  // of a media packet
+constexpr uint64_t kMostPayload = 65536;
+constexpr int kMostPackets = 40;  // at the file's start that are looked at
+constexpr uint64_t kTail = 131072;
+
+enum PacketType : uint8_t { map = 0xBC, media = 0xBF, end_of_stream = 0xFB, umf = 0xFD };
+
+struct Packet {
+    uint8_t type = 0;
+    uint64_t at = 0;
+    uint64_t length = 0;
+
+    uint64_t end() const { return at + length; }
+};
+
+std::optional<Packet> packet_in(Bytes bytes, uint64_t at) {
+    const Bytes header = bytes.sub(0, kHeader);
+    if (!bytes_are(header, 0, "\0\0\0\0\x01") || !bytes_are(header, 10, "\0\0\0\0\xE1\xE2")) return {};
+    if (big32(header, 6) < kHeader) return {};
+    return Packet{header[5], at, big32(header, 6)};
+}
+
+// What a media type is (SMPTE 360M, table 8).
+struct MediaType {
+    enum Kind : uint8_t { picture, sound, timecode } kind;
+    uint8_t code;
+    const char *codec;
+    uint8_t detail;  // 1: 525 lines, 2: 625; bits of a sample
+};
+
+constexpr MediaType kMediaTypes[] = {
+    {MediaType::picture, 3, "Motion JPEG", 1}, {MediaType::picture, 4, "Motion JPEG", 2},
+    {MediaType::timecode, 7, "", 0},           {MediaType::timecode, 8, "", 0},
+    {MediaType::sound, 9, "PCM", 24},          {MediaType::sound, 10, "PCM", 16},
+    {MediaType::picture, 11, "MPEG-2", 1},     {MediaType::picture, 12, "MPEG-2", 2},
+    {MediaType::picture, 13, "DV", 1},         {MediaType::picture, 14, "DV", 2},
+    {MediaType::picture, 15, "DVCPRO50", 1},   {MediaType::picture, 16, "DVCPRO50", 2},
+    {MediaType::sound, 17, "AC-3", 0},         {MediaType::sound, 18, "AC-3", 0},
+    {MediaType::picture, 20, "MPEG-2", 0},     {MediaType::picture, 22, "MPEG-1", 1},
+    {MediaType::picture, 23, "MPEG-1", 2},     {MediaType::timecode, 24, "", 0},
+    {MediaType::picture, 25, "DVCPRO HD", 0},  {MediaType::picture, 26, "AVC-Intra", 0},
+};
+
+struct Track {
+    const MediaType *type = nullptr;
+    uint8_t id = 0;
+    Ratio rate;
+    int64_t lines = 0;
+    int64_t fields = 0;  // a frame
+};
+
+// Tags of a section of the map: one byte, one of length, the value.
+class Tags {
+ public:
+    explicit Tags(Bytes section) : section_(section) {}
+    Bytes value(uint8_t tag) const {
+        for (uint64_t at = 0; section_.has(at, 2); at += 2 + uint64_t{section_[at + 1]}) {
+            if (section_[at] == tag) return section_.sub(at + 2, section_[at + 1]);
+        }
+        return {};
+    }
+    int64_t number(uint8_t tag) const {  // -1 where it is not there or not known
+        const Bytes bytes = value(tag);
+        return bytes.size() >= 4 ? static_cast<int32_t>(big32(bytes)) : -1;
+    }
+    std::string text(uint8_t tag) const {
+        const Bytes bytes = value(tag);
+        return bytes.empty() ? "" : fixed_text(bytes, 0, bytes.size());
+    }
+
+ private:
+    Bytes section_;
+};
+
+class Reader {
+ public:
+    Reader(Input &input, Facts &facts) : input_(input), facts_(facts) {}
+    void read();
+
+ private:
+    void read_map(Bytes payload);
+    void add_track(const Track &track);
+    void read_umf();
+    void read_media(const Packet &packet);
+    void read_timecode_entry(Bytes entry);
+    void finish();
+    void judge();
+
+    const Track *main_track() const {
+        const auto found =
+            std::ranges::find_if(tracks_, [](const Track &t) { return t.type->kind == MediaType::picture; });
+        return found == tracks_.end() ? nullptr : &*found;
+    }
+    Ratio rate() const {
+        const Track *track = main_track();
+        for (const Track &other : tracks_) {
+            if (!track && other.rate.is_set()) track = &other;
+        }
+        return track ? track->rate : Ratio{};
+    }
+    int64_t fields_a_frame() const {
+        const Track *track = main_track();
+        if (!track && !tracks_.empty()) track = &tracks_.front();
+        return track && track->fields == 1 ? 1 : 2;
+    }
+
+    Input &input_;
+    Facts &facts_;
+    std::vector<Track> tracks_;
+    std::vector<uint8_t> umf_;
+    int64_t first_field_ = -1;
+    int64_t last_field_ = -1;
+    bool has_picture_ = false;
+    bool has_timecode_ = false;
+    FileTimecode track_timecode_;
+};
+
+// The first picture track is the file's; each sound track is one channel, a pair of AC-3.
+void Reader::add_track(const Track &track) {
+    tracks_.push_back(track);
+    if (track.type->kind == MediaType::picture && facts_.pictures.empty()) {
+        Picture &picture = facts_.picture();
+        picture.codec = track.type->codec;
+        picture.rate = track.rate;
+        if (track.rate.is_set()) picture.constant_rate = true;
+    } else if (track.type->kind == MediaType::sound) {
+        Sound sound;
+        sound.codec = track.type->codec;
+        sound.bits = track.type->detail;
+        if (sound.codec == "PCM") sound.channels = 1;
+        facts_.sounds.push_back(std::move(sound));
+    }
+}
+
+void Reader::read_map(Bytes payload) {
+    constexpr Ratio kRates[] = {{},      {60, 1}, {60000, 1001}, {50, 1}, {30, 1}, {30000, 1001},
+                                {25, 1}, {24, 1}, {24000, 1001}};
+    const uint64_t material_size = big16(payload, 2);
+    const Tags material(payload.sub(4, material_size));
+    first_field_ = material.number(0x41);
+    last_field_ = material.number(0x42);
+    facts_.add_more("material", material.text(0x40));
+    const uint64_t end = std::min(payload.size(), material_size + 6 + big16(payload, 4 + material_size));
+    for (uint64_t at = material_size + 6; at + 4 <= end && tracks_.size() < 64;) {
+        const Tags tags(payload.sub(at + 4, big16(payload, at + 2)));
+        Track track{row_of(kMediaTypes, static_cast<uint8_t>(payload[at] - 0x80), &MediaType::code),
+                    static_cast<uint8_t>(payload[at + 1] - 0xC0),
+                    {},
+                    tags.number(0x51),
+                    tags.number(0x52)};
+        const int64_t code = tags.number(0x50);
+        if (code > 0 && code < static_cast<int64_t>(std::size(kRates))) track.rate = kRates[code];
+        const bool by_type = track.type && track.type->kind == MediaType::picture && track.type->detail != 0;
+        if (by_type && !track.rate.is_set())
+            track.rate = track.type->detail == 1 ? Ratio{30000, 1001} : Ratio{25, 1};
+        if (by_type && track.lines <= 0) track.lines = track.type->detail;
+        if (track.type) add_track(track);
+        at += 4 + uint64_t{big16(payload, at + 2)};
+    }
+}
+
+// What DV says of itself: lines and rate of the system, and 4:1:1 or 4:2:0 at 25 Mbit/s (IEC 61834, SMPTE
+// 314M: the application of tracks).
+void read_dv(Bytes frame, Picture &picture) {
+    if (frame[0] >> 5 != 0 || !frame.has(0, 80) || picture.codec != "DV") return;
+    const bool is_625 = (frame[3] & 0x80) != 0;
+    picture.components = is_625 && (frame[4] & 7) == 0 ? "4:2:0" : "4:1:1";
+}
+
+// Sizes by the system where the pictures themselves do not tell.
+void set_sizes(const Track &track, Picture &picture) {
+    const bool is_hd = track.lines == 4 || track.lines == 6;
+    const bool is_dv_hd = picture.codec == "DVCPRO HD";
+    const bool is_60 = track.rate.d == 1001 || track.rate.value() > 50.5 || track.rate.value() == 30;
+    picture.height = track.lines == 4 ? 1080 : track.lines == 6 ? 720 : track.lines == 2 ? 576 : 480;
+    picture.width = !is_hd ? 720 : track.lines == 6 ? 1280 : 1920;
+    if (is_dv_hd) {
+        picture.width = track.lines == 6 ? 960 : is_60 ? 1280 : 1440;
+        picture.pixel_aspect = is_60 && track.lines == 4 ? Ratio{3, 2} : Ratio{4, 3};
+    }
+}
+
+// Frames of 8 BCD digits, each with four bits of a binary group; the drop flag stands beside the tens of the
+// frames.
+void Reader::read_timecode_entry(Bytes entry) {
+    const auto digits = [&](uint64_t i, uint32_t tens) {
+        return (entry[i + 1] & tens) * 10 + (entry[i] & 15);
+    };
+    const uint32_t base = base_of(rate());
+    track_timecode_ = file_timecode(digits(6, 3), digits(4, 7), digits(2, 7), digits(0, 3), base,
+                                    (entry[1] & 4) != 0 && base % 30 == 0, "track");
+}
+
+void Reader::read_media(const Packet &packet) {
+    constexpr uint64_t kFirstBytes = 8192;
+    const Bytes preamble = input_.present(packet.at + kHeader, kPreamble, 512);
+    const MediaType *type = row_of(kMediaTypes, preamble[0], &MediaType::code);
+    if (!type) return;
+    const uint64_t start = packet.at + kHeader + kPreamble;
+    const Bytes data = input_.present(
+        start, std::min(packet.length - std::min(packet.length, kHeader + kPreamble), kFirstBytes));
+    if (type->kind == MediaType::timecode && !has_timecode_) {
+        has_timecode_ = true;
+        const uint64_t first = big16(preamble, 6);
+        if (first < big16(preamble, 8)) read_timecode_entry(data.sub(8 * first, 8));
+    }
+    const Track *track = main_track();
+    if (type->kind != MediaType::picture || has_picture_ || !track || preamble[1] != track->id) return;
+    has_picture_ = true;
+    Picture &picture = facts_.picture();
+    Picture stream;
+    const uint64_t sequence = start_code(data);
+    if (mpeg_sequence(data.from(sequence), stream)) {
+        const Ratio told = picture.rate;
+        stream.frames = picture.frames;
+        picture = stream;
+        if (told.is_set()) picture.rate = told;
+        picture.constant_rate = true;
+    } else {
+        read_dv(data, picture);
+    }
+}
+
+// All UMF packets' data together: a description of the material, then of tracks and of media (SMPTE 360M,
+// annex A). Its order is the one in which its size is the smaller number.
+void Reader::read_umf() {
+    constexpr uint64_t kMediaPlace = 104;
+    const Bytes bytes(umf_.data(), umf_.size());
+    const OrderedBytes data = little32(bytes) <= big32(bytes) ? little_endian(bytes) : big_endian(bytes);
+    const uint32_t word = data.u32(68);
+    const uint32_t base = base_of(rate());
+    const int64_t fields = fields_a_frame();
+    const bool is_valid = word >> 31 == 0 && bytes.has(68, 4);
+    if (is_valid) {
+        facts_.add(file_timecode(word >> 24 & 31, word >> 16 & 255, word >> 8 & 255, (word & 255) / fields,
+                                 base, (word >> 29 & 1) != 0, "material"));
+    }
+    size_t sound = 0;
+    uint64_t at = kMediaPlace + data.u32(16);
+    for (int i = 0; i < 64 && bytes.has(at, 124) && sound < facts_.sounds.size(); i++) {
+        const MediaType *type =
+            row_of(kMediaTypes, static_cast<uint8_t>(data.u32(at + 112)), &MediaType::code);
+        if (type && type->kind == MediaType::sound) {
+            Sound &heard = facts_.sounds[sound++];
+            const uint32_t rate = data.u32(at + 116);
+            if (rate >= 8000 && rate <= 192000) heard.rate = {rate, 1};
+            if (heard.codec == "PCM" && data.u32(at + 120) > 0 && data.u32(at + 120) <= 32)
+                heard.bits = data.u32(at + 120);
+        }
+        if (data.u16(at) == 0) break;
+        at += data.u16(at);
+    }
+}
+
+void Reader::finish() {
+    const Track *track = main_track();
+    const Ratio frame_rate = rate();
+    const int64_t fields = fields_a_frame();
+    const int64_t frames =
+        first_field_ >= 0 && last_field_ > first_field_ ? (last_field_ - first_field_) / fields : -1;
+    if (track) {
+        Picture &picture = facts_.picture();
+        if (picture.width == 0 && picture.codec != "Motion JPEG") set_sizes(*track, picture);
+        const bool is_dv = picture.codec == "DV" || picture.codec.starts_with("DVCPRO");
+        if (is_dv) picture.bits = 8;
+        if (picture.codec == "DVCPRO50" || picture.codec == "DVCPRO HD") picture.components = "4:2:2";
+        if (picture.scan == Scan::unknown && track->fields == 1) picture.scan = Scan::progressive;
+        if (picture.scan == Scan::unknown && track->fields == 2)
+            picture.scan = is_dv && picture.height < 720 ? Scan::bottom_first : Scan::interlaced;
+        picture.frames = frames;
+    }
+    if (frames < 0 || !frame_rate.is_set()) return;
+    facts_.lasts(frames, frame_rate);
+    for (Sound &sound : facts_.sounds) {
+        if (!sound.rate.is_set()) sound.rate = {48000, 1};  // the only one (SMPTE 360M, 5.4)
+        sound.samples = frames * frame_rate.d * sound.rate.n / frame_rate.n;
+    }
+}
+
+// The end of the stream, or what its last packets lead to.
+void Reader::judge() {
+    const uint64_t size = input_.size();
+    const uint64_t n = std::min(size, kTail);
+    const Bytes tail = input_.present(size - n, n);
+    for (uint64_t at = 0; tail.has(at, kHeader); at++) {
+        if (tail[at + 4] != 1 || tail[at + 15] != 0xE2 || !packet_in(tail.from(at), 0)) continue;
+        // The first packet of the tail and those behind it.
+        std::optional<Packet> packet = packet_in(tail.from(at), size - n + at);
+        int64_t field = -1;
+        while (packet && packet->type != end_of_stream && packet->end() < size) {
+            if (packet->type == media) field = big32(tail, packet->at - (size - n) + kHeader + 2);
+            packet = packet_in(tail.from(packet->end() - (size - n)), packet->end());
+        }
+        if (!packet) {  // no packet behind one: bytes of no stream, which has no end
+            facts_.cut(size + kHeader, "the end of the stream");
+        } else if (packet->type == end_of_stream) {
+            facts_.whole(packet->end());
+        } else if (packet->end() > size) {
+            facts_.cut(packet->end(), "the last packet's end");
+        } else if (last_field_ > 0 && field >= 0 && field + 2 < last_field_) {
+            facts_.cut(size + kHeader, "fields from " + std::to_string(field + 1) + " on");
+        } else {
+            facts_.open("no end of the stream");
+        }
+        return;
+    }
+    facts_.cut(size + kHeader, "the end of the stream");
+}
+
+void Reader::read() {
+    uint64_t at = 0;
+    for (int i = 0; i < kMostPackets; i++) {
+        const std::optional<Packet> packet = packet_in(input_.present(at, kHeader, 512), at);
+        if (!packet) break;
+        const uint64_t length = std::min(packet->length - kHeader, kMostPayload);
+        if (packet->type == map && tracks_.empty()) {
+            read_map(input_.present(at + kHeader, length));
+        } else if (packet->type == umf && length > 5) {
+            const auto data = input_.present(at + kHeader + 5, length - 5).span(0, length - 5);
+            if (umf_.size() < kMostPayload * 4) umf_.insert(umf_.end(), data.begin(), data.end());
+        } else if (packet->type == media) {
+            read_media(*packet);
+        }
+        const bool wants_picture = main_track() && !has_picture_;
+        const bool wants_timecode = !has_timecode_ && std::ranges::any_of(tracks_, [](const Track &t) {
+            return t.type->kind == MediaType::timecode;
+        });
+        if (packet->type == end_of_stream || (packet->type == media && !wants_picture && !wants_timecode))
+            break;
+        at = packet->end();
+    }
+    if (tracks_.empty()) facts_.problem = "no map of tracks";
+    finish();
+    read_umf();
+    facts_.add(std::move(track_timecode_));
+    facts_.add_more("tracks", std::to_string(tracks_.size()));
+    judge();
+}
+
+}  // namespace
+
+void gxf_facts(Input &input, Facts &facts) { Reader(input, facts).read(); }

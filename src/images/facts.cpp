@@ -1,3 +1,1 @@
 #include "images/facts.h"
-
-void arri_facts(Input &, Facts &) {}

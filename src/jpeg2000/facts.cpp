@@ -1,5 +1,374 @@
 #include "jpeg2000/facts.h"
 
-void jp2_facts(Input &, Facts &) {}
-void codestream_facts(Input &, Facts &) {}
-void jpeg_facts(Input &, Facts &) {}
+#include <algorithm>
+#include <string_view>
+#include <vector>
+
+#include "common/names.h"
+
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr uint32_t kMostSegments = 1000;  // of a main header
+constexpr uint32_t kMostComponents = 1024;
+constexpr uint32_t kMostTileParts = 40;  // that are walked through in a large file
+constexpr uint64_t kSmallFile = 2 << 20;
+constexpr uint64_t kTail = 65536;
+
+enum Wavelet : uint8_t { irreversible = 0, reversible = 1, other = 2 };
+
+// The main header, up to the first tile-part.
+struct MainHeader {
+    bool is_found = false;
+    Bytes siz;
+    Bytes cod;
+    std::vector<Wavelet> wavelets;  // of the components
+    uint64_t tile_parts = 0;        // where the first begins; 0 where the header has no end
+    uint64_t told_length = 0;       // of all tile-parts, by TLM segments
+    bool has_high_throughput = false;
+    std::string comment;
+
+    uint32_t components() const { return std::min<uint32_t>(big16(siz, 38), kMostComponents); }
+    uint32_t subsampling(uint32_t i, uint32_t direction) const { return siz[41 + 3 * i + direction]; }
+    bool has_transform() const { return cod[8] != 0; }
+};
+
+Wavelet wavelet_of(uint8_t code) { return code > other ? other : static_cast<Wavelet>(code); }
+
+// Lengths of tile-parts, of 2 or 4 bytes behind 0 to 2 of an index (A.7.1).
+uint64_t told_lengths(Bytes tlm) {
+    const uint64_t index = tlm[5] >> 4 & 3;
+    const unsigned size = (tlm[5] & 0x40) != 0 ? 4 : 2;
+    uint64_t sum = 0;
+    for (uint64_t at = 6; tlm.has(at, index + size); at += index + size) sum += tlm.big(at + index, size);
+    return sum;
+}
+
+void read_segment(Bytes segment, MainHeader &header) {
+    const uint64_t wide = header.components() > 256 ? 1 : 0;
+    switch (segment[1]) {
+        case 0x51:
+            header.siz = segment;
+            header.wavelets.assign(header.components(), other);
+            break;
+        case 0x52:
+            header.cod = segment;
+            std::ranges::fill(header.wavelets, wavelet_of(segment[13]));
+            break;
+        case 0x53: {
+            const uint64_t component = segment.big(4, 1 + static_cast<unsigned>(wide));
+            if (component < header.wavelets.size())
+                header.wavelets[component] = wavelet_of(segment[10 + wide]);
+            break;
+        }
+        case 0x50: header.has_high_throughput = (big32(segment, 4) & 0x20000) != 0; break;
+        case 0x55: header.told_length += told_lengths(segment); break;
+        case 0x64:
+            if (header.comment.empty() && big16(segment, 4) == 1)
+                header.comment = fixed_text(segment, 6, std::min<uint64_t>(segment.size() - 6, 200));
+            break;
+        default: break;
+    }
+}
+
+// COC segments may come before the COD that they override: they are read again.
+MainHeader read_main_header(Bytes codestream) {
+    MainHeader header;
+    header.is_found = bytes_are(codestream, 0, "\xFF\x4F\xFF\x51") && codestream.has(0, 43);
+    std::vector<Bytes> overrides;
+    uint64_t at = 2;
+    for (uint32_t i = 0; header.is_found && i < kMostSegments && codestream.has(at, 4); i++) {
+        const uint8_t code = codestream[at + 1];
+        if (codestream[at] != 0xFF || code == 0x93) break;
+        if (code == 0x90) {
+            header.tile_parts = at;
+            break;
+        }
+        const Bytes segment = codestream.sub(at, 2 + uint64_t{big16(codestream, at + 2)});
+        if (code == 0x53 && overrides.size() < kMostComponents) overrides.push_back(segment);
+        read_segment(segment, header);
+        at += segment.size() < 4 ? 4 : segment.size();
+    }
+    for (const Bytes &segment : overrides) read_segment(segment, header);
+    return header;
+}
+
+std::string codec_of(const MainHeader &header) {
+    const auto has = [&](Wavelet wavelet) { return std::ranges::count(header.wavelets, wavelet) > 0; };
+    if (has(other) || header.wavelets.empty()) return "JPEG 2000";
+    return has(irreversible) ? "JPEG 2000 9/7" : "JPEG 2000 5/3";  // one that is lossy makes it lossy
+}
+
+// What the components are as far as a codestream says it: by a transform, subsampling, or a profile of
+// digital cinema.
+std::string components_of(const MainHeader &header) {
+    const uint32_t n = header.components();
+    const uint32_t profile = big16(header.siz, 4);
+    if (n == 1) return "Y";
+    if (n == 2) return "YA";
+    if (n != 3 && n != 4) return "";
+    const uint32_t horizontal = header.subsampling(1, 0) / std::max(header.subsampling(0, 0), 1U);
+    const uint32_t vertical = header.subsampling(1, 1) / std::max(header.subsampling(0, 1), 1U);
+    const std::string alpha = n == 4 ? ":4" : "";
+    if (horizontal == 2) return (vertical == 2 ? "4:2:0" : "4:2:2") + alpha;
+    if (horizontal == 4) return "4:1:1" + alpha;
+    if (n == 3 && profile >= 3 && profile <= 7) return "XYZ";
+    return !header.has_transform() ? "" : n == 4 ? "RGBA" : "RGB";
+}
+
+void fill_picture(const MainHeader &header, Picture &picture) {
+    picture.codec = codec_of(header);
+    const Bytes siz = header.siz;
+    if (picture.width == 0) picture.width = big32(siz, 6) - std::min(big32(siz, 14), big32(siz, 6));
+    if (picture.height == 0) picture.height = big32(siz, 10) - std::min(big32(siz, 18), big32(siz, 10));
+    if (picture.bits == 0) picture.bits = (siz[40] & 0x7FU) + 1;
+    if (picture.components.empty()) picture.components = components_of(header);
+}
+
+// "Created by OpenJPEG version 2.5.0" names a writer; other comments may be anything.
+std::string writer_in(const std::string &comment) {
+    constexpr std::string_view kCreated = "Created by "sv;
+    constexpr std::string_view kVersion = " version "sv;
+    std::string writer = comment;
+    if (comment.starts_with(kCreated)) writer.erase(0, kCreated.size());
+    const size_t version = writer.find(kVersion);
+    if (version != std::string::npos) writer.replace(version, kVersion.size(), " ");
+    const bool is_known = comment.starts_with(kCreated) || comment.starts_with("Kakadu") ||
+                          comment.starts_with("Lavc") || comment.starts_with("Creator:");
+    return is_known ? writer : "";
+}
+
+void add_header_details(const MainHeader &header, Facts &facts) {
+    constexpr CodeName kProfiles[] = {{1, "0"},
+                                      {2, "1"},
+                                      {3, "2K digital cinema"},
+                                      {4, "4K digital cinema"},
+                                      {5, "scalable 2K digital cinema"},
+                                      {6, "scalable 4K digital cinema"},
+                                      {7, "digital cinema storage"}};
+    constexpr CodeName kFamilies[] = {{1, "broadcast"},  {2, "broadcast"},  {3, "broadcast"},
+                                      {4, "IMF 2K"},     {5, "IMF 4K"},     {6, "IMF 8K"},
+                                      {7, "IMF 2K 5/3"}, {8, "IMF 4K 5/3"}, {9, "IMF 8K 5/3"}};
+    constexpr const char *kProgressions[] = {"LRCP", "RLCP", "RPCL", "PCRL", "CPRL"};
+    const uint32_t profile = big16(header.siz, 4) & 0x3FFF;
+    facts.add_more("profile", profile < 256 ? name_of(kProfiles, profile) : name_of(kFamilies, profile >> 8));
+    facts.add_more("progression", name_at(kProgressions, header.cod[5]));
+    facts.add_more("layers", std::to_string(big16(header.cod, 6)));
+    facts.add_more("levels", std::to_string(header.cod[9]));
+    const uint64_t width = big32(header.siz, 22);
+    const uint64_t height = big32(header.siz, 26);
+    const uint64_t columns = width ? (big32(header.siz, 6) + width - 1) / width : 0;
+    const uint64_t rows = height ? (big32(header.siz, 10) + height - 1) / height : 0;
+    if (columns * rows > 1) {
+        facts.variant = facts.variant.empty() ? "tiled" : facts.variant + " tiled";
+        facts.add_more("tile size", std::to_string(width) + "x" + std::to_string(height));
+    }
+    if (header.has_high_throughput) facts.add_more("block coder", "high throughput");
+    const std::string writer = writer_in(header.comment);
+    facts.writer = writer;
+    if (writer.empty()) facts.add_more("comment", header.comment);
+}
+
+bool is_tile_part(Bytes b) { return bytes_are(b, 0, "\xFF\x90\x00\x0A"); }
+
+// Whether tile-parts from a place on lead to the marker of the codestream's end. A length of 0 is that of the
+// last one, which that marker ends.
+Extent::State follow_tile_parts(Input &input, uint64_t place, uint64_t limit, uint32_t most, uint64_t &end) {
+    const uint64_t present = std::min(limit, input.size());
+    end = place;
+    for (uint32_t i = 0; i < most; i++) {
+        const Bytes head = input.present(end, 12, 512);
+        if (bytes_are(head, 0, "\xFF\xD9")) {
+            end += 2;
+            return Extent::whole;
+        }
+        if (end + 12 > present || !is_tile_part(head)) return Extent::cut;
+        const uint64_t length = big32(head, 6);
+        if (length == 0) {
+            // Behind the end may be other bytes; compressed data are no long row of zeros.
+            const uint64_t tail = std::min(kTail, present - end);
+            const Bytes last = input.present(present - tail, tail);
+            const auto bytes = last.span(0, tail);
+            constexpr uint8_t kEnd[] = {0xFF, 0xD9};
+            const auto found = std::find_end(bytes.begin(), bytes.end(), std::begin(kEnd), std::end(kEnd));
+            const auto zeros = std::find_if(bytes.rbegin(), bytes.rend(), [](uint8_t b) { return b != 0; });
+            end = present - tail + static_cast<uint64_t>(found - bytes.begin()) + 2;
+            if (found != bytes.end()) return Extent::whole;
+            end = present;
+            return zeros - bytes.rbegin() >= 64 ? Extent::cut : Extent::unknown;
+        }
+        if (length < 14) return Extent::unknown;
+        end += length;
+        if (end >= present) return Extent::cut;
+    }
+    return Extent::unknown;
+}
+
+// The same from a tile-part on that is found in the last 64 KiB.
+Extent::State follow_last_tile_parts(Input &input, uint64_t start, uint64_t limit, uint64_t &end) {
+    const uint64_t present = std::min(limit, input.size());
+    const uint64_t n = std::min(kTail, present - start);
+    const Bytes tail = input.present(present - n, n);
+    if (bytes_are(tail, n - 2, "\xFF\xD9")) {
+        end = present;
+        return Extent::whole;
+    }
+    for (uint64_t at = 0; tail.has(at, 12); at++) {
+        if (tail[at] != 0xFF || !is_tile_part(tail.from(at))) continue;
+        return follow_tile_parts(input, present - n + at, limit, 4096, end);
+    }
+    return Extent::unknown;
+}
+
+// The codestream of a file from `start` on, `limit` where what holds it ends.
+void read_codestream(Input &input, uint64_t start, uint64_t limit, Facts &facts) {
+    const uint64_t present = std::min(limit, input.size());
+    const MainHeader header = read_main_header(input.bytes(start, present - std::min(start, present)));
+    if (!header.is_found) {
+        facts.problem = "no codestream";
+        facts.cut(start + 43, "the codestream's header");
+        return;
+    }
+    fill_picture(header, facts.picture());
+    facts.picture().frames = 1;
+    add_header_details(header, facts);
+    if (header.tile_parts == 0) {
+        facts.cut(present + 1, "the codestream's tiles");
+        return;
+    }
+    const uint64_t first = start + header.tile_parts;
+    const uint32_t most = present - start <= kSmallFile ? 70000 : kMostTileParts;
+    uint64_t end = 0;
+    Extent::State state = follow_tile_parts(input, first, limit, most, end);
+    if (state == Extent::unknown && end < present && header.told_length > 0) {
+        end = first + header.told_length;
+        state = bytes_are(input.present(end, 2, 512), 0, "\xFF\xD9") ? Extent::whole : Extent::cut;
+        end += 2;
+    } else if (state == Extent::unknown && end < present) {
+        state = follow_last_tile_parts(input, start, limit, end);
+    }
+    if (state == Extent::whole) facts.whole(end);
+    if (state == Extent::cut) facts.cut(std::max(end + 2, present), "the codestream's end");
+}
+
+struct Box {
+    uint64_t at = 0;
+    uint64_t content = 0;
+    uint64_t end = 0;
+    uint32_t type = 0;
+    bool is_open = false;  // to the file's end, wherever that is
+};
+
+constexpr uint32_t type_of(std::string_view text) {
+    uint32_t type = 0;
+    for (const char c : text) type = type << 8 | static_cast<uint8_t>(c);
+    return type;
+}
+
+// The box at a place of a window; false where none is.
+bool box_at(Bytes file, uint64_t place, Box &box) {
+    if (!file.has(place, 8)) return false;
+    uint64_t size = big32(file, place);
+    box = {place, place + 8, 0, big32(file, place + 4), size == 0};
+    if (size == 1) {
+        size = big64(file, place + 8);
+        box.content = place + 16;
+    }
+    if (box.is_open) size = std::max(file.size() - place, box.content - place);
+    if (size < box.content - place || size > UINT64_MAX - place) return false;
+    box.end = place + size;
+    return true;
+}
+
+void read_colour(Bytes content, Facts &facts) {
+    Picture &picture = facts.picture();
+    if (content[0] != 1) {
+        facts.add_more("colour", "ICC profile");
+        return;
+    }
+    constexpr CodeName kSpaces[] = {{0, "bilevel"}, {12, "CMYK"}, {14, "CIELab"}, {16, "sRGB"},
+                                    {17, "grey"},   {18, "sYCC"}, {20, "e-sRGB"}, {21, "ROMM-RGB"}};
+    const uint32_t space = big32(content, 3);
+    facts.add_more("colour", name_of(kSpaces, space));
+    if (space == 16 || space == 18) picture.colour = {1, 13, space == 16 ? 0 : 5, 1};
+    if (space == 16 || space == 20 || space == 21) picture.components = "RGB";
+    if (space == 12) picture.components = "CMYK";
+}
+
+// The boxes of the JP2 header: what shows how the components are meant.
+void read_header_box(Bytes header, Facts &facts) {
+    Box box;
+    bool alpha = false;
+    bool palette = false;
+    Picture &picture = facts.picture();
+    for (uint64_t at = 0, i = 0; i < 64 && box_at(header, at, box); i++, at = box.end) {
+        const Bytes content = header.sub(box.content, box.end - box.content);
+        if (box.type == type_of("ihdr")) {
+            picture.height = big32(content);
+            picture.width = big32(content, 4);
+        } else if (box.type == type_of("colr") && picture.colour.primaries < 0) {
+            read_colour(content, facts);
+        } else if (box.type == type_of("pclr")) {
+            palette = true;
+        } else if (box.type == type_of("cdef")) {
+            for (uint64_t k = 0; k < std::min<uint64_t>(big16(content), 64); k++) {
+                const uint32_t type = big16(content, 4 + 6 * k);
+                alpha = alpha || type == 1 || type == 2;
+            }
+        }
+    }
+    if (palette) picture.components = "palette";
+    if (alpha && picture.components == "RGB") picture.components = "RGBA";
+}
+
+}  // namespace
+
+bool codestream_picture(Bytes codestream, Picture &picture) {
+    const MainHeader header = read_main_header(codestream);
+    if (header.is_found) fill_picture(header, picture);
+    return header.is_found;
+}
+
+void codestream_facts(Input &input, Facts &facts) {
+    // Some files have 16 bytes before their codestream.
+    const uint64_t start = bytes_are(input.present(0, 16), 0, "\xFF\x4F") ? 0 : 16;
+    read_codestream(input, start, UINT64_MAX, facts);
+}
+
+void jp2_facts(Input &input, Facts &facts) {
+    constexpr int kMostBoxes = 30;
+    const uint64_t size = input.size();
+    const Bytes file = input.bytes(0, size, 512);
+    Box box;
+    bool has_codestream = false;
+    uint64_t end = 0;
+    for (int i = 0; i < kMostBoxes && end < size; i++, end = box.end) {
+        if (!box_at(file, end, box)) break;
+        const Bytes content = file.sub(box.content, box.end - box.content);
+        if (box.type == type_of("ftyp")) {
+            const uint32_t brand = big32(content);
+            facts.variant = brand == type_of("jpx ")   ? "JPX"
+                            : brand == type_of("jpm ") ? "JPM"
+                            : brand == type_of("mjp2") ? "MJ2"
+                                                       : "";
+        } else if (box.type == type_of("jp2h") && facts.pictures.empty()) {
+            read_header_box(content, facts);
+        } else if (box.type == type_of("jp2c") && !has_codestream) {
+            has_codestream = true;
+            read_codestream(input, box.content, box.is_open ? UINT64_MAX : box.end, facts);
+        }
+    }
+    Picture &picture = facts.picture();
+    if (picture.codec.empty()) picture.codec = "JPEG 2000";
+    if (picture.components.empty() && picture.colour.matrix == 5) picture.components = "4:4:4";
+    if (facts.extent.state == Extent::cut || facts.variant == "MJ2") return;
+    constexpr uint32_t kLastBoxes[] = {type_of("jp2c"), type_of("xml "), type_of("uuid"), type_of("uinf"),
+                                       type_of("jp2i"), type_of("asoc"), type_of("free"), type_of("mdat")};
+    const bool is_box = std::ranges::count(kLastBoxes, box.type) > 0 || !has_codestream;
+    if (end > size && is_box) {
+        facts.cut(end, "the last box's end");
+    } else if (!has_codestream) {
+        facts.cut(size + 1, "the codestream");
+    }
+}

@@ -37,22 +37,23 @@ uint8_t coding(Bytes buffer, uint64_t offset) { return buffer[offset + 5]; }
 
 }  // namespace
 
-uint64_t mxfber(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t *counter) {
+BerLength read_ber(Bytes buffer, uint64_t offset) {
     const uint8_t first = buffer[offset];
-    uint32_t count = 0;
-    uint64_t length = first;
-    if (first >= 0x80) {
-        count = first - 0x80U;
-        if (count == 0) {
-            mxferror(opts, buffer, 0, "mxfber : count value of 0x80 is not allowed (377M-2004:5.3.4)\n");
-        } else if (count > 8) {
-            mxferror(opts, buffer, 0, "mxfber : Max allowed count is 8 (377M-2004:5.3.4)\n");
-        }
-        length = 0;
-        for (uint32_t i = 1; i <= count; i++) length = length << 8 | buffer[offset + i];
-    }
-    if (counter) *counter += 1 + count;
+    if (first < 0x80) return {first};
+    BerLength length{0, first - 0x80U, first > 0x80 && first <= 0x88};
+    for (uint32_t i = 1; i <= length.more; i++) length.value = length.value << 8 | buffer[offset + i];
     return length;
+}
+
+uint64_t mxfber(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t *counter) {
+    const BerLength length = read_ber(buffer, offset);
+    if (!length.is_allowed && length.more == 0) {
+        mxferror(opts, buffer, 0, "mxfber : count value of 0x80 is not allowed (377M-2004:5.3.4)\n");
+    } else if (!length.is_allowed) {
+        mxferror(opts, buffer, 0, "mxfber : Max allowed count is 8 (377M-2004:5.3.4)\n");
+    }
+    if (counter) *counter += 1 + length.more;
+    return length.value;
 }
 
 const char *mxfklvtype(DumpOptions &opts, Bytes buffer, uint64_t offset) {

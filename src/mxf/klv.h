@@ -14,7 +14,16 @@ inline int mxfuint16(Bytes b) { return big16(b); }
 inline uint32_t mxfuint32(Bytes b) { return big32(b); }
 inline uint64_t mxfuint64(Bytes b) { return big64(b); }
 
-// The BER length at an offset (SMPTE 377M-2004, 5.3.4); adds the bytes that it occupies to `counter`.
+// A BER length (SMPTE 377M-2004, 5.3.4): its value, and the bytes that tell it behind the first.
+struct BerLength {
+    uint64_t value = 0;
+    uint32_t more = 0;
+    bool is_allowed = true;  // 1 to 8 bytes where there are more
+};
+BerLength read_ber(Bytes buffer, uint64_t offset);
+
+// The BER length at an offset, with error lines for what is not allowed; adds the bytes that it occupies to
+// `counter`.
 uint64_t mxfber(DumpOptions &opts, Bytes buffer, uint64_t offset, uint32_t *counter);
 
 // What byte 5 of the key at an offset says of a group's coding: its name, the size of a local tag in bytes,

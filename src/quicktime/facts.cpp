@@ -1,3 +1,592 @@
 #include "quicktime/facts.h"
 
-void movie_facts(Input &, Facts &) {}
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <map>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "common/values.h"
+#include "quicktime/facts_movie.h"
+
+Box box_at(Bytes holder, uint64_t at) {
+    Box box;
+    box.type = big32(holder, at + 4);
+    box.at = at;
+    box.size = big32(holder, at);
+    if (box.size == 1) {
+        box.header = 16;
+        box.size = big64(holder, at + 8);
+    } else if (box.size == 0 && box.type != 0) {
+        box.size = holder.size() - std::min(at, holder.size());
+    }
+    if (box.size < box.header) box.size = 0;
+    box.data = holder.sub(at + box.header, box.size - std::min(box.size, box.header));
+    return box;
+}
+
+Bytes find_box(Bytes holder, uint32_t type) {
+    Bytes found;
+    each_box(holder, [&](const Box &box) {
+        if (box.type == type && found.empty()) found = box.data;
+    });
+    return found;
+}
+
+SampleTable::SampleTable(Bytes stbl) {
+    each_box(stbl, [&](const Box &box) {
+        switch (box.type) {
+            case fourcc("stts"): times = box.data; break;
+            case fourcc("stsc"): runs = box.data; break;
+            case fourcc("stz2"): size_bits = box.data[7]; [[fallthrough]];
+            case fourcc("stsz"):
+                sizes = box.data;
+                constant_size = box.type == fourcc("stsz") ? big32(sizes, 4) : 0;
+                samples = big32(sizes, 8);
+                break;
+            case fourcc("co64"): wide = true; [[fallthrough]];
+            case fourcc("stco"):
+                chunks = box.data;
+                chunk_count = std::min<uint64_t>(big32(chunks, 4), (chunks.size() - 8) / (wide ? 8 : 4));
+                if (chunks.size() < 8) chunk_count = 0;
+                break;
+            default: break;
+        }
+    });
+}
+
+uint64_t SampleTable::size_of(uint64_t sample) const {
+    if (constant_size != 0) return constant_size;
+    if (size_bits == 4) return sizes[12 + sample / 2] >> (sample % 2 == 0 ? 4 : 0) & 15;
+    return sizes.big(12 + sample * (size_bits / 8), size_bits == 8 || size_bits == 16 ? size_bits / 8 : 4);
+}
+
+namespace {
+
+constexpr uint64_t kWholeHeader = 3 << 20;  // a movie header that is read in one go
+constexpr uint64_t kMostTimes = 8192;       // entries of a table that are looked at
+constexpr uint64_t kMostReads = 56;         // places of the file, before optional ones are left out
+
+struct Movie {
+    Input &input;
+    Facts &facts;
+    Bytes moov;
+    bool is_whole = false;  // the header is in memory
+    int64_t timescale = 0;
+    std::vector<Track> tracks = {};
+};
+
+// Three letters in 15 bits, or codes of the Macintosh (QuickTime File Format, language codes).
+std::string language_of(uint32_t code) {
+    constexpr const char *kMacintosh[] = {"eng", "fra", "deu", "ita", "nld", "swe", "spa", "dan", "por",
+                                          "nor", "heb", "jpn", "ara", "fin", "ell", "isl", "mlt", "tur",
+                                          "hrv", "zho", "urd", "hin", "tha", "kor", "lit", "pol", "hun",
+                                          "est", "lav", "smi", "fao", "fas", "rus", "zho"};
+    if (code < std::size(kMacintosh)) return kMacintosh[code];
+    if (code < 0x400 || code == 0x7FFF) return "";
+    std::string text;
+    for (const int shift : {10, 5, 0}) text += static_cast<char>(0x60 + (code >> shift & 31));
+    const bool letters = std::ranges::all_of(text, [](char c) { return c >= 'a' && c <= 'z'; });
+    return letters && text != "und" ? text : "";
+}
+
+// Seconds since 1904, UTC.
+std::string date_of(uint64_t seconds) {
+    constexpr int64_t kTo1970 = 2082844800;
+    if (seconds == 0 || seconds > (uint64_t{1} << 40)) return "";
+    return iso_date_of_unix(static_cast<int64_t>(seconds) - kTo1970);
+}
+
+int64_t duration_of(Bytes box, uint64_t at) {
+    const uint64_t value = box[0] == 1 ? big64(box, at + 8) : big32(box, at);
+    const bool unset = value == 0xFFFFFFFF || value > INT64_MAX / 2;
+    return unset ? 0 : static_cast<int64_t>(value);
+}
+
+void read_track_header(Bytes tkhd, Track &track) {
+    const uint64_t more = tkhd[0] == 1 ? 12 : 0;
+    track.enabled = (tkhd[3] & 1) != 0;
+    track.id = big32(tkhd, tkhd[0] == 1 ? 20 : 12);
+    track.width = big32(tkhd, 76 + more) >> 16;
+    track.height = big32(tkhd, 80 + more) >> 16;
+    const auto matrix = [&](uint64_t i) { return static_cast<int32_t>(big32(tkhd, 40 + more + 4 * i)); };
+    constexpr double kDegrees = 57.29577951308232;
+    const double angle = std::atan2(matrix(1), matrix(0)) * kDegrees;
+    track.rotation = static_cast<int>(std::lround(angle < 0 ? angle + 360 : angle));
+}
+
+Track read_track(Bytes trak, uint32_t number) {
+    Track track;
+    track.number = number;
+    const Bytes mdia = find_box(trak, fourcc("mdia"));
+    read_track_header(find_box(trak, fourcc("tkhd")), track);
+    track.edits = find_box(find_box(trak, fourcc("edts")), fourcc("elst"));
+    const Bytes mdhd = find_box(mdia, fourcc("mdhd"));
+    const uint64_t more = mdhd[0] == 1 ? 12 : 0;
+    track.timescale = big32(mdhd, mdhd[0] == 1 ? 20 : 12);
+    track.duration = duration_of(mdhd, 16);
+    track.language = language_of(big16(mdhd, 20 + more));
+    track.handler = big32(find_box(mdia, fourcc("hdlr")), 8);
+    track.media_information = find_box(mdia, fourcc("minf"));
+    track.table = find_box(track.media_information, fourcc("stbl"));
+    const Bytes dref = find_box(find_box(track.media_information, fourcc("dinf")), fourcc("dref"));
+    track.is_external = big32(dref, 4) > 0 && dref.size() >= 20 && (dref[19] & 1) == 0;
+    const Bytes stsd = find_box(track.table, fourcc("stsd"));
+    const Box entry = box_at(stsd, 8);
+    track.codec = entry.type;
+    track.description = entry.data;
+    return track;
+}
+
+// How long the samples of a track last, and how evenly.
+struct Timing {
+    uint64_t samples = 0;
+    uint64_t ticks = 0;
+    uint64_t least = UINT64_MAX;
+    uint64_t most = 0;
+    bool is_complete = true;
+};
+
+Timing timing_of(Bytes stts) {
+    Timing timing;
+    const uint64_t entries = big32(stts, 4);
+    for (uint64_t i = 0; i < entries; i++) {
+        if (i >= kMostTimes || !stts.has(8 + 8 * i, 8)) {
+            timing.is_complete = false;
+            break;
+        }
+        const uint64_t n = big32(stts, 8 + 8 * i);
+        const uint64_t delta = big32(stts, 12 + 8 * i);
+        timing.samples += n;
+        timing.ticks += n * delta;
+        // The last sample alone may last as long as it likes.
+        if (n == 0 || (i + 1 == entries && n == 1 && i > 0)) continue;
+        timing.least = std::min(timing.least, delta);
+        timing.most = std::max(timing.most, delta);
+    }
+    return timing;
+}
+
+void set_rate(const Track &track, const SampleTable &table, Picture &picture) {
+    const Timing timing = timing_of(table.times);
+    picture.frames = static_cast<int64_t>(table.samples);
+    if (timing.most == 0 || track.timescale <= 0) return;
+    if (timing.is_complete && timing.least == timing.most) {
+        picture.rate = rate_of(track.timescale, static_cast<int64_t>(timing.most));
+        if (timing.samples > 1) picture.constant_rate = true;
+        if (timing.samples <= 1 && picture.rate.value() < 1) picture.rate = {};
+        return;
+    }
+    const uint64_t ticks = timing.is_complete ? timing.ticks : static_cast<uint64_t>(track.duration);
+    const uint64_t samples = timing.is_complete ? timing.samples : table.samples;
+    if (ticks == 0 || ticks > INT64_MAX || samples > UINT32_MAX) return;
+    picture.rate = rate_of(static_cast<int64_t>(samples) * track.timescale, static_cast<int64_t>(ticks));
+    // Durations that differ by a tick may be a rate that the time scale cannot express.
+    if (timing.most - timing.least > 1) picture.constant_rate = false;
+}
+
+std::string seconds_text(double seconds) {
+    char text[40];
+    std::snprintf(text, sizeof text, "%.3f s", seconds);
+    return text;
+}
+
+// What an edit list (ISO 14496-12, 8.6.6) makes of a track.
+struct Edits {
+    double seconds = 0;  // as played
+    int64_t first_time = 0;
+    size_t media_edits = 0;
+    size_t empty_edits = 0;
+    bool other_rate = false;
+    bool to_the_end = false;
+    std::string text;
+};
+
+Edits edits_of(const Movie &movie, const Track &track) {
+    Edits edits;
+    const Bytes elst = track.edits;
+    const bool wide = elst[0] == 1;
+    const uint64_t step = wide ? 20 : 12;
+    const uint64_t n = std::min<uint64_t>(big32(elst, 4), kMostTimes);
+    for (uint64_t i = 0; i < n && elst.has(8 + step * i, step); i++) {
+        const Bytes entry = elst.from(8 + step * i);
+        const uint64_t length = wide ? big64(entry, 0) : big32(entry, 0);
+        const int64_t time =
+            wide ? static_cast<int64_t>(big64(entry, 8)) : static_cast<int32_t>(big32(entry, 4));
+        const double seconds = static_cast<double>(length) / static_cast<double>(movie.timescale);
+        edits.seconds += seconds;
+        std::string text = seconds_text(seconds);
+        if (time < 0) {
+            edits.empty_edits++;
+            text += " empty";
+        } else {
+            if (edits.media_edits++ == 0) edits.first_time = time;
+            text += " from " + seconds_text(static_cast<double>(time) / static_cast<double>(track.timescale));
+            if (length == 0) edits.to_the_end = true;
+        }
+        if (big32(entry, step - 4) != 0x10000 && time >= 0) edits.other_rate = true;
+        if (i < 4) edits.text += (i > 0 ? ", " : "") + text;
+        if (i == 4) edits.text += ", ...";
+    }
+    return edits;
+}
+
+// The composition offset of the first sample: where a track that has B frames begins.
+int64_t first_offset(Bytes table) {
+    const Bytes ctts = find_box(table, fourcc("ctts"));
+    return big32(ctts, 4) > 0 ? static_cast<int32_t>(big32(ctts, 12)) : 0;
+}
+
+// Sets how long a track is played; what its edit list does, where it does something.
+std::string play(const Movie &movie, Track &track, Ratio rate) {
+    if (track.timescale <= 0) return "";
+    if (track.duration > 0) track.played = Ratio{track.duration, track.timescale}.reduced();
+    const Edits edits = edits_of(movie, track);
+    if (edits.media_edits + edits.empty_edits == 0 || movie.timescale <= 0) return "";
+    const double tick = 1.0 / static_cast<double>(movie.timescale);
+    const bool is_sound = track.sound >= 0;
+    const int64_t rest = track.duration + first_offset(track.table) - edits.first_time;
+    const double rest_seconds = static_cast<double>(rest) / static_cast<double>(track.timescale);
+    const double skipped = static_cast<double>(edits.first_time - first_offset(track.table)) /
+                           static_cast<double>(track.timescale);
+    // Sound that is coded begins with what its decoder needs, and ends with what fills a frame.
+    const double slack = is_sound && !track.raw ? 0.1 : 1.5 * tick;
+    const bool is_single = edits.media_edits == 1 && edits.empty_edits == 0 && !edits.other_rate;
+    const bool to_the_end = edits.to_the_end || std::fabs(edits.seconds - rest_seconds) <= 1.5 * tick;
+    if (is_single && to_the_end && rest > 0) {
+        track.played = Ratio{rest, track.timescale}.reduced();
+    } else if (edits.seconds > 0 && edits.seconds < 1e9) {
+        const double frames = std::round(edits.seconds * rate.value());
+        if (rate.is_set() && std::fabs(frames / rate.value() - edits.seconds) <= 1.5 * tick) {
+            track.played = Ratio{std::llround(frames) * rate.d, rate.n}.reduced();
+        } else {
+            track.played = Ratio{std::llround(edits.seconds / tick), movie.timescale}.reduced();
+        }
+    }
+    const bool is_plain = is_single && std::fabs(skipped) <= slack &&
+                          (to_the_end || std::fabs(edits.seconds - rest_seconds) <= slack);
+    return is_plain || track.duration == 0 ? "" : "track " + std::to_string(track.number) + ": " + edits.text;
+}
+
+void read_picture_track(Movie &movie, Track &track) {
+    Picture picture;
+    const SampleTable table(track.table);
+    read_picture_entry(movie.input, track, picture, movie.facts);
+    set_rate(track, table, picture);
+    if (!picture.pixel_aspect.is_set() && track.width > 0 && track.height > 0 && picture.width > 0) {
+        const Ratio aspect =
+            Ratio{int64_t{track.width} * picture.height, int64_t{track.height} * picture.width}.reduced();
+        const double value = aspect.value();
+        // The track's size is in whole pixels.
+        if (std::fabs(value - 1) * picture.width > 2 && value > 0.2 && value < 5)
+            picture.pixel_aspect = aspect;
+    }
+    if (track.rotation != 0) movie.facts.add_more("rotation", std::to_string(track.rotation));
+    track.picture = static_cast<int>(movie.facts.pictures.size());
+    movie.facts.pictures.push_back(std::move(picture));
+}
+
+void read_sound_track(Movie &movie, Track &track) {
+    Sound sound;
+    read_sound_entry(movie.input, track, sound);
+    if (track.timescale > 0 && sound.rate.is_set() && sound.rate.d == 1 && track.duration > 0) {
+        const double samples = static_cast<double>(track.duration) * static_cast<double>(sound.rate.n) /
+                               static_cast<double>(track.timescale);
+        if (samples < 9e15)
+            sound.samples = sound.rate.n == track.timescale ? track.duration : std::llround(samples);
+    }
+    track.sound = static_cast<int>(movie.facts.sounds.size());
+    movie.facts.sounds.push_back(std::move(sound));
+}
+
+// Timecode (QuickTime File Format, timecode media): the first sample counts frames, from its track's edit on.
+void read_timecode_track(Movie &movie, const Track &track) {
+    const Bytes entry = track.description;
+    const uint32_t flags = big32(entry, 12);
+    const int64_t frame = big32(entry, 20);
+    const uint32_t base = entry[24];
+    const Bytes name = find_box(entry.from(26), fourcc("name"));
+    if (movie.facts.reel.empty()) movie.facts.reel = fixed_text(name, 4, big16(name));
+    const SampleTable table(track.table);
+    if (base == 0 || table.chunk_count == 0 || (flags & 8) != 0) return;
+    const bool wide = track.codec == fourcc("tc64");
+    const Bytes sample = movie.input.present(table.chunk(0), wide ? 8 : 4);
+    if (sample.size() < (wide ? 8U : 4U)) return;
+    int64_t frames = wide ? static_cast<int64_t>(big64(sample)) : int64_t{big32(sample)};
+    const Edits edits = edits_of(movie, track);
+    if (edits.media_edits > 0 && frame > 0 && track.timescale > 0) frames += edits.first_time / frame;
+    FileTimecode timecode;
+    timecode.base = base;
+    timecode.drop = (flags & 1) != 0;
+    timecode.place = "track " + std::to_string(track.number);
+    const int64_t dropped = timecode.drop ? base / 15 * (24 * 60 - 24 * 6) : 0;
+    timecode.frames = frames % (int64_t{24} * 3600 * base - dropped);
+    if (frames >= 0) movie.facts.add(timecode);
+}
+
+// Names and values that writers leave (user data, iTunes and QuickTime metadata).
+using Metadata = std::map<std::string, std::string>;
+
+std::string key_of(uint32_t type) {
+    std::string key;
+    for (int shift = 24; shift >= 0; shift -= 8) key += static_cast<char>(type >> shift & 0xFF);
+    return key;
+}
+
+void read_items(Bytes meta, Metadata &metadata) {
+    const Bytes boxes = bytes_are(meta, 4, "hdlr") ? meta : meta.from(4);
+    std::vector<std::string> keys;
+    const Bytes list = find_box(boxes, fourcc("keys"));
+    uint64_t at = 8;
+    for (uint32_t i = 0; i < big32(list, 4) && list.has(at, 8) && big32(list, at) >= 8; i++) {
+        keys.push_back(fixed_text(list, at + 8, std::min<uint64_t>(big32(list, at) - 8, 256)));
+        at += big32(list, at);
+    }
+    each_box(find_box(boxes, fourcc("ilst")), [&](const Box &item) {
+        const Bytes data = find_box(item.data, fourcc("data"));
+        const bool is_numbered = item.type >= 1 && item.type <= keys.size();
+        if (big32(data) > 2) return;  // no text
+        metadata.try_emplace(is_numbered ? keys[item.type - 1] : key_of(item.type),
+                             fixed_text(data, 8, std::min<uint64_t>(data.size(), 1024)));
+    });
+}
+
+void read_user_data(Bytes udta, Metadata &metadata) {
+    each_box(udta, [&](const Box &box) {
+        if (box.type == fourcc("meta")) read_items(box.data, metadata);
+        if (box.type >> 24 == 0xA9)
+            metadata.try_emplace(key_of(box.type), fixed_text(box.data, 4, big16(box.data)));
+    });
+}
+
+std::string first_of(const Metadata &metadata, std::initializer_list<const char *> keys) {
+    for (const char *key : keys) {
+        const auto found = metadata.find(key);
+        if (found != metadata.end() && !found->second.empty()) return found->second;
+    }
+    return "";
+}
+
+void read_metadata(Movie &movie) {
+    Metadata metadata;
+    read_user_data(find_box(movie.moov, fourcc("udta")), metadata);
+    read_items(find_box(movie.moov, fourcc("meta")), metadata);
+    Facts &facts = movie.facts;
+    facts.writer = first_of(metadata, {"\xA9swr", "com.apple.quicktime.software", "\xA9too", "software"});
+    if (facts.reel.empty())
+        facts.reel =
+            first_of(metadata, {"com.apple.proapps.reel", "com.arri.camera.ReelName", "reel_name", "reel"});
+    facts.add_more("make", first_of(metadata, {"com.apple.quicktime.make", "\xA9mak"}));
+    facts.add_more("model", first_of(metadata, {"com.apple.quicktime.model", "\xA9mod"}));
+    facts.add_more("scene", first_of(metadata, {"com.apple.proapps.scene", "scene"}));
+    facts.add_more("take", first_of(metadata, {"com.apple.proapps.shot", "take"}));
+    facts.add_more("title", first_of(metadata, {"\xA9nam", "com.apple.quicktime.title",
+                                                "com.apple.quicktime.displayname"}));
+    facts.add_more("recorded", first_of(metadata, {"com.apple.quicktime.creationdate",
+                                                   "\xA9"
+                                                   "day"}));
+}
+
+// Where the last chunk of a track ends, by the last entries of its tables.
+struct Reach {
+    uint64_t end = 0;
+    uint64_t last_size = 0;  // of the last sample, where that is known
+};
+
+Reach reach_of(const Movie &movie, const Track &track, const SampleTable &table) {
+    Reach reach;
+    if (table.chunk_count == 0 || table.samples == 0) return reach;
+    uint64_t last = table.chunk(table.chunk_count - 1);
+    uint64_t farthest = last;
+    for (uint64_t i = 0; movie.is_whole && i < table.chunk_count; i++)
+        farthest = std::max(farthest, table.chunk(i));
+    reach.end = farthest + 1;
+    const uint64_t runs = std::min<uint64_t>(big32(table.runs, 4), table.runs.size() / 12);
+    const uint64_t in_chunk = runs > 0 ? big32(table.runs, 8 + 12 * (runs - 1) + 4) : 0;
+    uint64_t size = 0;
+    if (table.constant_size > 1 || (table.constant_size == 1 && !track.packet.is_set())) {
+        size = in_chunk * table.constant_size;
+        reach.last_size = table.constant_size;
+    } else if (table.constant_size == 1) {
+        size = in_chunk / static_cast<uint64_t>(track.packet.d) * static_cast<uint64_t>(track.packet.n);
+    } else if (in_chunk <= table.samples && in_chunk <= kMostTimes) {
+        for (uint64_t i = 0; i < in_chunk; i++) size += table.size_of(table.samples - 1 - i);
+        reach.last_size = table.size_of(table.samples - 1);
+    }
+    if (size < INT64_MAX / 2 && last < INT64_MAX / 2) reach.end = std::max(reach.end, last + size);
+    if (last != farthest || size == 0) reach.last_size = 0;
+    return reach;
+}
+
+std::string list_of_tracks(const std::vector<uint32_t> &numbers) {
+    std::string text = numbers.size() == 1 ? "data of track " : "data of tracks ";
+    for (size_t i = 0; i < numbers.size(); i++) {
+        if (i > 0) text += i + 1 == numbers.size() ? " and " : ", ";
+        text += std::to_string(numbers[i]);
+    }
+    return text;
+}
+
+void judge_extent(Movie &movie, uint64_t header_end) {
+    const uint64_t size = movie.input.size();
+    uint64_t claimed = header_end;
+    std::vector<uint32_t> beyond;
+    std::vector<std::pair<const Track *, Reach>> inside;
+    bool is_damaged = false;
+    bool has_data = false;
+    for (const Track &track : movie.tracks) {
+        if (track.is_external || movie.input.reads() > kMostReads) continue;
+        const SampleTable table(track.table);
+        const Reach reach = reach_of(movie, track, table);
+        is_damaged = is_damaged || (table.samples > 0 && (table.chunk_count == 0 || table.chunk(0) == 0)) ||
+                     track.table.empty();
+        has_data = has_data || reach.end > 0;
+        claimed = std::max(claimed, reach.end);
+        if (reach.end > size) {
+            beyond.push_back(track.number);
+        } else {
+            inside.emplace_back(&track, reach);
+        }
+    }
+    if (!beyond.empty()) {
+        movie.facts.cut(claimed, list_of_tracks(beyond));
+    } else if (header_end > size || is_damaged || movie.tracks.empty()) {
+        movie.facts.cut(claimed, "the end of moov");
+    } else {
+        for (const auto &[track, reach] : inside) {
+            if (movie.input.reads() <= kMostReads &&
+                is_unwritten(movie.input, *track, reach.end, reach.last_size))
+                beyond.push_back(track->number);
+        }
+        if (!beyond.empty()) {
+            movie.facts.cut(claimed, list_of_tracks(beyond) + " (zeros)");
+        } else if (has_data) {
+            movie.facts.whole(claimed);
+        }
+    }
+}
+
+// The picture's duration, unless something else is played on much longer.
+void set_duration(Movie &movie) {
+    Ratio longest;
+    Ratio picture;
+    for (const Track &track : movie.tracks) {
+        const bool is_media = track.picture >= 0 || track.sound >= 0;
+        if (!track.enabled || !is_media) continue;
+        if (track.played.value() > longest.value()) longest = track.played;
+        if (track.picture >= 0 && track.played.value() > picture.value()) picture = track.played;
+    }
+    const bool is_close = picture.is_set() && longest.value() - picture.value() < 0.1;
+    if (longest.is_set()) movie.facts.duration = is_close ? picture : longest;
+}
+
+void read_movie(Movie &movie, uint64_t end) {
+    const Bytes mvhd = find_box(movie.moov, fourcc("mvhd"));
+    movie.timescale = big32(mvhd, mvhd[0] == 1 ? 20 : 12);
+    movie.facts.date = date_of(mvhd[0] == 1 ? big64(mvhd, 4) : big32(mvhd, 4));
+    Bytes extends;
+    each_box(movie.moov, [&](const Box &box) {
+        if (box.type == fourcc("mvex")) extends = box.data;
+        if (box.type != fourcc("trak") || movie.tracks.size() >= 1000) return;
+        movie.tracks.push_back(read_track(box.data, static_cast<uint32_t>(movie.tracks.size() + 1)));
+    });
+    std::string edits;
+    for (Track &track : movie.tracks) {
+        Ratio rate;
+        if (track.handler == fourcc("vide")) {
+            read_picture_track(movie, track);
+            rate = movie.facts.pictures.back().rate;
+        } else if (track.handler == fourcc("soun")) {
+            read_sound_track(movie, track);
+        } else if (track.handler == fourcc("tmcd")) {
+            read_timecode_track(movie, track);
+        }
+        const std::string text = play(movie, track, rate);
+        if (!text.empty() && track.handler != fourcc("tmcd")) edits += (edits.empty() ? "" : "; ") + text;
+        if (track.is_external) movie.facts.add_more("external data", "track " + std::to_string(track.number));
+    }
+    read_metadata(movie);
+    movie.facts.add_more("edit lists", edits);
+    if (movie.moov.size() >= 8 && big32(movie.moov, 4) == fourcc("cmov"))
+        movie.facts.problem = "the movie's header is compressed";
+    if (!extends.empty()) {
+        movie.facts.variant = "fragmented";
+        read_fragments(movie.input, end, extends, movie.tracks, movie.facts);
+    } else if (movie.facts.problem.empty()) {
+        judge_extent(movie, end);
+    }
+    set_duration(movie);
+    // The largest picture is the main one.
+    auto &pictures = movie.facts.pictures;
+    const auto area = [](const Picture &p) { return uint64_t{p.width} * p.height; };
+    const auto largest = std::ranges::max_element(pictures, {}, area);
+    if (largest != pictures.end()) std::rotate(pictures.begin(), largest, largest + 1);
+}
+
+// The name of what a file is by the major brand of its 'ftyp'; empty for pictures, which are none of ours.
+std::string format_of(Bytes ftyp) {
+    if (ftyp.empty() || bytes_are(ftyp, 0, "qt  ")) return "MOV";
+    constexpr std::pair<const char *, const char *> kBrands[] = {
+        {"M4A ", "M4A"}, {"M4B ", "M4A"}, {"M4P ", "M4A"}, {"M4V", "M4V"}, {"3gp", "3GP"}, {"3gr", "3GP"},
+        {"3gs", "3GP"},  {"3ge", "3GP"},  {"3gg", "3GP"},  {"3g2", "3G2"}, {"f4v", "F4V"}, {"F4V", "F4V"},
+        {"mj2", "MJ2"},  {"mjp2", "MJ2"}, {"mif1", ""},    {"msf1", ""},   {"hei", ""},    {"hev", ""},
+        {"avif", ""},    {"avis", ""},    {"crx ", "CR3"},
+    };
+    const std::string brand = key_of(big32(ftyp));
+    for (const auto &[begin, name] : kBrands) {
+        if (brand.starts_with(begin)) return name;
+    }
+    return "MP4";
+}
+
+}  // namespace
+
+bool is_unwritten(Input &input, const Track &track, uint64_t end, uint64_t size) {
+    constexpr uint64_t kMost = 65536;
+    const bool is_media = track.picture >= 0 || track.sound >= 0;
+    if (track.raw || !is_media || size < 16 || end < size || end > input.size()) return false;
+    const uint64_t n = std::min(size, kMost);
+    const Bytes tail = input.present(end - n, n);
+    const uint64_t needed = track.dense ? std::min<uint64_t>(n, 4096) : n;
+    for (const uint8_t byte : tail.span(n - needed, needed)) {
+        if (byte != 0) return false;
+    }
+    return tail.size() == n;
+}
+
+void movie_facts(Input &input, Facts &facts) {
+    const Bytes file = input.bytes();
+    const uint64_t size = input.size();
+    Bytes ftyp;
+    bool has_data = false;
+    bool is_segment = false;
+    uint64_t at = 0;
+    for (int i = 0; i < 48 && at < size; i++) {
+        const Box box = box_at(file, at);
+        if (!file.has(at, 8) || box.size == 0) break;
+        at = box.end();
+        if (box.type == fourcc("ftyp")) ftyp = box.data;
+        if (box.type == fourcc("styp") || box.type == fourcc("sidx")) is_segment = true;
+        has_data = has_data || box.type == fourcc("mdat");
+        if (box.type != fourcc("moov")) continue;
+        facts.format = format_of(ftyp);
+        if (!ftyp.empty()) facts.add_more("brand", fixed_text(ftyp, 0, 4));
+        const uint64_t start = box.at + box.header;
+        const bool is_small = box.data.size() <= kWholeHeader;
+        Movie movie{input, facts, is_small ? input.present(start, box.data.size()) : box.data, is_small};
+        read_movie(movie, at);
+        if (facts.format.empty()) facts = Facts{};
+        return;
+    }
+    facts.format = is_segment && ftyp.empty() ? "MP4" : format_of(ftyp);
+    if (facts.format.empty() || (ftyp.empty() && !has_data && !is_segment)) {
+        facts.format.clear();  // pictures, or noise
+    } else if (is_segment) {
+        facts.variant = "segment";
+    } else {
+        facts.cut(std::max(at, size), "no moov");
+        facts.problem = "no moov";
+    }
+}

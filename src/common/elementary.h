@@ -1,0 +1,69 @@
+// Headers of elementary streams, which several containers carry: what they say of a picture or sound.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "common/bytes.h"
+#include "common/facts.h"
+
+// Bits of a window, most significant first; zeros behind its end.
+class BitReader {
+ public:
+    explicit BitReader(Bytes bytes) : bytes_(bytes) {}
+    uint32_t get(unsigned n);  // 0 to 32 bits
+    bool flag() { return get(1) != 0; }
+    void skip(uint64_t n) { position_ += n; }
+    uint32_t ue();  // Exp-Golomb codes (ITU-T H.264, 9.1)
+    int32_t se();
+    uint64_t position() const { return position_; }
+    bool is_over() const { return position_ > 8 * bytes_.size(); }
+
+ private:
+    Bytes bytes_;
+    uint64_t position_ = 0;
+};
+
+// The sequence parameter set of H.264 and HEVC, from its NAL unit header on: sizes, bits, chroma, scan, pixel
+// aspect, colours and rate where they are told. False, and nothing is set, for a damaged or a cut one.
+bool h264_sequence(Bytes nal, Picture &picture);
+bool hevc_sequence(Bytes nal, Picture &picture);
+// The first sequence parameter set of a configuration record (avcC, hvcC; ISO 14496-15).
+bool avc_configuration(Bytes record, Picture &picture);
+bool hevc_configuration(Bytes record, Picture &picture);
+
+// The sequence header of MPEG-1 and MPEG-2 video from its start code on, with the extensions behind it; the
+// first picture's coding extension tells the scan.
+bool mpeg_sequence(Bytes stream, Picture &picture);
+
+// The frame header of ProRes from the frame's size on.
+bool prores_frame(Bytes frame, Picture &picture);
+
+// The AudioSpecificConfig (ISO 14496-3), the first frame header of ADTS, of AC-3 and E-AC-3.
+bool aac_configuration(Bytes config, Sound &sound);
+bool adts_frame(Bytes frame, Sound &sound);
+bool ac3_frame(Bytes frame, Sound &sound);
+
+// A frame of MPEG audio (ISO 11172-3, 13818-3, "2.5"); `bytes` is 0 for what is none.
+struct MpegAudioFrame {
+    unsigned layer = 0;
+    bool is_version_1 = false;
+    uint32_t channels = 0;
+    uint32_t rate = 0;
+    uint32_t bit_rate = 0;
+    uint32_t samples = 0;
+    uint32_t bytes = 0;
+};
+MpegAudioFrame mpeg_audio_frame(Bytes frame);
+void set_sound(const MpegAudioFrame &frame, Sound &sound);
+
+// Audio coding modes of AC-3 (ATSC A/52, table 5.8) as layout and channels.
+void set_ac3_mode(uint32_t mode, bool lfe, Sound &sound);
+// The layout of a mask of loudspeakers in the order of WAVE: "stereo", "5.1", "L R Ts", ...
+std::string speaker_layout(uint64_t mask);
+
+// First NAL unit of a type in a byte stream (ITU-T H.264, annex B); empty where there is none.
+Bytes nal_unit(Bytes stream, bool (*is_wanted)(uint8_t first));
+// The offset of the first 00 00 01 with a code behind it, from an offset on; the size where there is none.
+uint64_t start_code(Bytes stream, uint64_t from = 0);

@@ -1,0 +1,239 @@
+#include <algorithm>
+#include <bit>
+#include <iterator>
+
+#include "common/elementary.h"
+
+std::string speaker_layout(uint64_t mask) {
+    struct Layout {
+        uint64_t mask;
+        const char *name;
+    };
+    constexpr Layout kLayouts[] = {
+        {0x4, "mono"},  {0x3, "stereo"},      {0xB, "2.1"},       {0x7, "3.0"},       {0xF, "3.1"},
+        {0x33, "quad"}, {0x603, "quad"},      {0x107, "4.0"},     {0x37, "5.0"},      {0x607, "5.0"},
+        {0x3F, "5.1"},  {0x60F, "5.1"},       {0x707, "6.0"},     {0x70F, "6.1"},     {0x637, "7.0"},
+        {0x63F, "7.1"}, {0xFF, "7.1 (wide)"}, {0x2D60F, "5.1.4"}, {0x2D63F, "7.1.4"},
+    };
+    constexpr const char *kSpeakers[] = {"L",  "R",  "C",  "LFE", "Lb",  "Rb",  "Lc",  "Rc",  "Cs",
+                                         "Ls", "Rs", "Ts", "Vhl", "Vhc", "Vhr", "Tbl", "Tbc", "Tbr"};
+    for (const Layout &layout : kLayouts) {
+        if (layout.mask == mask) return layout.name;
+    }
+    std::string names;
+    for (size_t i = 0; i < std::size(kSpeakers); i++) {
+        if ((mask >> i & 1) != 0) names += std::string(names.empty() ? "" : " ") + kSpeakers[i];
+    }
+    return mask >> std::size(kSpeakers) == 0 ? names : "";
+}
+
+void set_ac3_mode(uint32_t mode, bool lfe, Sound &sound) {
+    constexpr uint32_t kChannels[] = {2, 1, 2, 3, 3, 4, 4, 5};
+    constexpr const char *kNames[2][8] = {
+        {"dual mono", "mono", "stereo", "3.0", "2/1", "4.0", "quad", "5.0"},
+        {"dual mono + LFE", "1.1", "2.1", "3.1", "2/1.1", "4.1", "4.1", "5.1"}};
+    sound.channels = kChannels[mode & 7] + (lfe ? 1 : 0);
+    sound.layout = kNames[lfe ? 1 : 0][mode & 7];
+}
+
+namespace {
+
+constexpr uint32_t kAacRates[] = {96000, 88200, 64000, 48000, 44100, 32000, 24000,
+                                  22050, 16000, 12000, 11025, 8000,  7350};
+
+// Channels by channel configuration (ISO 14496-3, table 1.19).
+struct AacChannels {
+    uint32_t channels;
+    const char *layout;
+};
+constexpr AacChannels kAacChannels[] = {
+    {0, ""},    {1, "mono"}, {2, "stereo"},     {3, "3.0"},   {4, "4.0"},
+    {5, "5.0"}, {6, "5.1"},  {8, "7.1 (wide)"}, {0, ""},      {0, ""},
+    {0, ""},    {7, "6.1"},  {8, "7.1"},        {24, "22.2"}, {8, "5.1.2"},
+};
+
+uint32_t object_type(BitReader &bits) {
+    const uint32_t type = bits.get(5);
+    return type == 31 ? 32 + bits.get(6) : type;
+}
+
+uint32_t aac_rate(BitReader &bits) {
+    const uint32_t index = bits.get(4);
+    if (index == 15) return bits.get(24);
+    return index < std::size(kAacRates) ? kAacRates[index] : 0;
+}
+
+// Elements of a program config (4.4.1.1): each channel pair has two channels.
+uint32_t program_channels(BitReader &bits) {
+    bits.skip(4 + 2 + 4);
+    const uint32_t groups[3] = {bits.get(4), bits.get(4), bits.get(4)};
+    const uint32_t effects = bits.get(2);
+    bits.skip(3 + 4);
+    for (const unsigned length : {4U, 4U, 3U}) {
+        if (bits.flag()) bits.skip(length);
+    }
+    uint32_t channels = effects;
+    for (const uint32_t n : groups) {
+        for (uint32_t i = 0; i < n; i++) {
+            channels += bits.flag() ? 2 : 1;
+            bits.skip(4);
+        }
+    }
+    return bits.is_over() ? 0 : channels;
+}
+
+void set_aac_channels(uint32_t configuration, Sound &sound) {
+    if (configuration == 0 || configuration >= std::size(kAacChannels)) return;
+    sound.channels = kAacChannels[configuration].channels;
+    sound.layout = kAacChannels[configuration].layout;
+}
+
+const char *aac_name(uint32_t type) {
+    switch (type) {
+        case 5: return "HE-AAC";
+        case 22: return "ER BSAC";
+        case 23: return "AAC-LD";
+        case 29: return "HE-AAC v2";
+        case 32: return "MP1";
+        case 33: return "MP2";
+        case 34: return "MP3";
+        case 36: return "ALS";
+        case 39: return "AAC-ELD";
+        case 42: return "USAC";
+        default: return "AAC";
+    }
+}
+
+}  // namespace
+
+bool aac_configuration(Bytes config, Sound &sound) {
+    BitReader bits(config);
+    uint32_t type = object_type(bits);
+    if (type == 0 || config.size() < 2) return false;
+    const char *name = aac_name(type);
+    uint32_t rate = aac_rate(bits);
+    const uint32_t configuration = bits.get(4);
+    const bool parametric = type == 29;
+    if (type == 5 || type == 29) {  // the rate and kind below its extension
+        rate = aac_rate(bits);
+        type = object_type(bits);
+    }
+    if (rate == 0 || rate > 192000) return false;
+    sound.codec = name;
+    sound.rate = {rate, 1};
+    set_aac_channels(configuration, sound);
+    const bool is_general = (type >= 1 && type <= 4) || type == 6 || type == 7 || type == 17 || type == 19 ||
+                            type == 20 || type == 22 || type == 23;
+    if (is_general && configuration == 0) {
+        bits.skip(1);
+        if (bits.flag()) bits.skip(14);
+        bits.skip(1);
+        if (const uint32_t channels = program_channels(bits)) sound.channels = channels;
+    } else if (is_general && name == std::string_view("AAC")) {
+        // What a writer adds behind for decoders that know it (1.6.5.1).
+        bits.skip(1);
+        if (bits.flag()) bits.skip(14);
+        bits.skip(1);
+        if (bits.get(11) == 0x2B7 && object_type(bits) == 5 && bits.flag()) {
+            sound.codec = "HE-AAC";
+            if (const uint32_t doubled = aac_rate(bits)) sound.rate = {doubled, 1};
+            if (bits.get(11) == 0x548 && bits.flag()) {
+                sound.codec = "HE-AAC v2";
+                sound.channels = 2;
+                sound.layout = "stereo";
+            }
+        }
+    }
+    if (parametric) {
+        sound.channels = 2;
+        sound.layout = "stereo";
+    }
+    return true;
+}
+
+bool adts_frame(Bytes frame, Sound &sound) {
+    BitReader bits(frame);
+    if (bits.get(12) != 0xFFF || frame.size() < 7) return false;
+    bits.skip(1);
+    if (bits.get(2) != 0) return false;
+    bits.skip(3);
+    const uint32_t rate = bits.get(4);
+    bits.skip(1);
+    const uint32_t configuration = bits.get(3);
+    bits.skip(4);
+    if (rate >= std::size(kAacRates) || bits.get(13) < 7) return false;
+    sound.codec = "AAC";
+    sound.rate = {kAacRates[rate], 1};
+    set_aac_channels(configuration, sound);
+    return true;
+}
+
+bool ac3_frame(Bytes frame, Sound &sound) {
+    constexpr uint32_t kRates[] = {48000, 44100, 32000};
+    constexpr uint32_t kBitRates[] = {32,  40,  48,  56,  64,  80,  96,  112, 128, 160,
+                                      192, 224, 256, 320, 384, 448, 512, 576, 640};
+    if (big16(frame) != 0x0B77 || frame.size() < 8) return false;
+    const unsigned id = frame[5] >> 3;
+    const unsigned rate = frame[4] >> 6;
+    if (id > 10) {  // E-AC-3 (annex E)
+        BitReader bits(frame.from(4));
+        const uint32_t code = bits.get(2);
+        const uint32_t second = bits.get(2);
+        if (id > 16 || (code == 3 && second == 3)) return false;
+        sound.codec = "E-AC-3";
+        sound.rate = {code == 3 ? kRates[second] / 2 : kRates[code], 1};
+        const uint32_t mode = bits.get(3);
+        set_ac3_mode(mode, bits.flag(), sound);
+        return true;
+    }
+    if (rate > 2 || (frame[4] & 0x3F) >= 38) return false;
+    BitReader bits(frame.from(6));
+    const uint32_t mode = bits.get(3);
+    if ((mode & 1) != 0 && mode != 1) bits.skip(2);
+    if ((mode & 4) != 0) bits.skip(2);
+    if (mode == 2) bits.skip(2);
+    sound.codec = "AC-3";
+    sound.rate = {kRates[rate] >> (id > 8 ? id - 8 : 0), 1};
+    sound.bit_rate = int64_t{kBitRates[(frame[4] & 0x3F) / 2]} * 1000 >> (id > 8 ? id - 8 : 0);
+    set_ac3_mode(mode, bits.flag(), sound);
+    return true;
+}
+
+MpegAudioFrame mpeg_audio_frame(Bytes frame) {
+    // In kbit/s by version (1; 2 and 2.5) and layer (ISO 11172-3, 2.4.2.3; 13818-3, 2.4.2.3).
+    constexpr uint16_t kBitRates[2][3][15] = {
+        {{0, 32, 64, 96, 128, 160, 192, 224, 256, 288, 320, 352, 384, 416, 448},
+         {0, 32, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320, 384},
+         {0, 32, 40, 48, 56, 64, 80, 96, 112, 128, 160, 192, 224, 256, 320}},
+        {{0, 32, 48, 56, 64, 80, 96, 112, 128, 144, 160, 176, 192, 224, 256},
+         {0, 8, 16, 24, 32, 40, 48, 56, 64, 80, 96, 112, 128, 144, 160},
+         {0, 8, 16, 24, 32, 40, 48, 56, 64, 80, 96, 112, 128, 144, 160}}};
+    constexpr uint32_t kRates[] = {44100, 48000, 32000};
+    const uint32_t header = big32(frame);
+    const uint32_t version = header >> 19 & 3;  // 3: 1, 2: 2, 0: 2.5
+    const uint32_t layer = 4 - (header >> 17 & 3);
+    const uint32_t bit_rate = header >> 12 & 15;
+    const uint32_t rate = header >> 10 & 3;
+    MpegAudioFrame found;
+    const bool valid = header >> 21 == 0x7FF && version != 1 && layer < 4 && bit_rate > 0 && bit_rate < 15 &&
+                       rate < 3 && (header & 3) != 2;
+    if (!valid) return found;
+    found.layer = layer;
+    found.is_version_1 = version == 3;
+    found.channels = (header >> 6 & 3) == 3 ? 1 : 2;
+    found.rate = kRates[rate] >> (version == 3 ? 0 : version == 2 ? 1 : 2);
+    found.bit_rate = kBitRates[version == 3 ? 0 : 1][layer - 1][bit_rate] * 1000U;
+    found.samples = layer == 1 ? 384 : layer == 3 && version != 3 ? 576 : 1152;
+    const uint32_t padding = header >> 9 & 1;
+    found.bytes = layer == 1 ? (12 * found.bit_rate / found.rate + padding) * 4
+                             : found.samples / 8 * found.bit_rate / found.rate + padding;
+    return found;
+}
+
+void set_sound(const MpegAudioFrame &frame, Sound &sound) {
+    constexpr const char *kNames[] = {"", "MP1", "MP2", "MP3"};
+    sound.codec = kNames[frame.layer];
+    sound.channels = frame.channels;
+    sound.layout = frame.channels == 1 ? "mono" : "stereo";
+    sound.rate = {frame.rate, 1};
+}

@@ -1,0 +1,229 @@
+#include <algorithm>
+#include <cstdio>
+
+#include "common/names.h"
+#include "common/ordered_bytes.h"
+#include "jpeg2000/facts.h"
+
+namespace {
+
+constexpr uint32_t kMostSegments = 1000;
+constexpr uint32_t kMostEntries = 512;
+constexpr uint64_t kTail = 65536;
+
+constexpr CodeName kProcesses[] = {
+    {0xC0, "baseline"},   {0xC1, "extended"},    {0xC2, "progressive"}, {0xC3, "lossless"},
+    {0xC5, "extended"},   {0xC6, "progressive"}, {0xC7, "lossless"},    {0xC9, "arithmetic"},
+    {0xCA, "arithmetic"}, {0xCB, "arithmetic"},  {0xCD, "arithmetic"},  {0xCE, "arithmetic"},
+    {0xCF, "arithmetic"},
+};
+
+// What is met before the first scan.
+struct Segments {
+    Bytes frame;  // of SOF, behind its length
+    Bytes jfif;
+    Bytes exif;
+    int adobe = -1;  // colour transform
+    bool has_icc = false;
+    std::string comment;
+    uint8_t process = 0;
+    uint64_t scan = 0;  // where the first begins
+    uint64_t end = 0;   // of what was looked at
+};
+
+Segments read_segments(Bytes file) {
+    Segments found;
+    uint64_t at = 2;
+    for (uint32_t i = 0; i < kMostSegments && file.has(at, 4) && file[at] == 0xFF; i++) {
+        const uint8_t code = file[at + 1];
+        const uint64_t length = big16(file, at + 2);
+        if (code == 0xFF) {  // fill
+            at++;
+            continue;
+        }
+        const Bytes content = file.sub(at + 4, length - std::min<uint64_t>(length, 2));
+        if (*name_of(kProcesses, code) && found.frame.empty()) {
+            found.frame = content;
+            found.process = code;
+        } else if (code == 0xE0 && bytes_are(content, 0, "JFIF")) {
+            found.jfif = content;
+        } else if (code == 0xE1 && bytes_are(content, 0, "Exif\0") && found.exif.empty()) {
+            found.exif = content.from(6);
+        } else if (code == 0xE2 && bytes_are(content, 0, "ICC_PROFILE")) {
+            found.has_icc = true;
+        } else if (code == 0xEE && bytes_are(content, 0, "Adobe") && content.has(11, 1)) {
+            found.adobe = content[11];
+        } else if (code == 0xFE && found.comment.empty()) {
+            found.comment = fixed_text(content, 0, std::min<uint64_t>(content.size(), 200));
+        } else if (code == 0xDA) {
+            found.scan = at;
+        }
+        at += 2 + std::max<uint64_t>(length, 2);
+        found.end = at;
+        if (found.scan != 0) break;
+    }
+    return found;
+}
+
+std::string components_of(const Segments &found) {
+    const uint32_t n = found.frame[5];
+    const auto id = [&](uint64_t i) { return found.frame[6 + 3 * i]; };
+    const auto sampling = [&](uint64_t i) { return found.frame[7 + 3 * i]; };
+    if (n == 1) return "Y";
+    if (n == 4) return "CMYK";
+    if (n != 3) return "";
+    const bool named_rgb = id(0) == 'R' && id(1) == 'G' && id(2) == 'B';
+    if (found.adobe == 0 || (found.adobe < 0 && found.jfif.empty() && named_rgb)) return "RGB";
+    const uint32_t horizontal = sampling(1) >> 4 ? (sampling(0) >> 4) / (sampling(1) >> 4) : 0;
+    const uint32_t vertical = (sampling(1) & 15) ? (sampling(0) & 15) / (sampling(1) & 15) : 0;
+    switch (horizontal << 4 | vertical) {
+        case 0x11: return "4:4:4";
+        case 0x12: return "4:4:0";
+        case 0x21: return "4:2:2";
+        case 0x22: return "4:2:0";
+        case 0x41: return "4:1:1";
+        default: return "";
+    }
+}
+
+// A directory of EXIF, which is a TIFF (CIPA DC-008).
+struct Directory {
+    OrderedBytes tiff;
+    uint64_t at = 0;
+
+    // Where the value of a tag is; 0 where the tag is not there.
+    uint64_t value(uint32_t tag) const {
+        const uint32_t entries = std::min<uint32_t>(tiff.u16(at), kMostEntries);
+        for (uint64_t i = 0; at != 0 && i < entries; i++) {
+            const uint64_t entry = at + 2 + 12 * i;
+            if (tiff.u16(entry) != tag) continue;
+            const uint64_t unit = tiff.u16(entry + 2) == 3 ? 2 : tiff.u16(entry + 2) == 4 ? 4 : 1;
+            return unit * tiff.u32(entry + 4) <= 4 ? entry + 8 : tiff.u32(entry + 8);
+        }
+        return 0;
+    }
+    uint32_t count(uint32_t tag) const {
+        const uint32_t entries = std::min<uint32_t>(tiff.u16(at), kMostEntries);
+        for (uint64_t i = 0; at != 0 && i < entries; i++) {
+            if (tiff.u16(at + 2 + 12 * i) == tag) return tiff.u32(at + 2 + 12 * i + 4);
+        }
+        return 0;
+    }
+    std::string text(uint32_t tag) const {
+        const uint64_t where = value(tag);
+        return where == 0 ? "" : fixed_text(tiff.bytes, where, std::min<uint32_t>(count(tag), 256));
+    }
+};
+
+// "2026:11:26 10:00:00", and "+02:00" where the offset from UTC is told.
+std::string exif_date(const std::string &text, const std::string &offset) {
+    int part[6];
+    if (std::sscanf(text.c_str(), "%4d:%2d:%2d %2d:%2d:%2d", &part[0], &part[1], &part[2], &part[3], &part[4],
+                    &part[5]) != 6)
+        return "";
+    const bool is_utc = offset == "+00:00" || offset == "Z";
+    const std::string date = iso_date(part[0], part[1], part[2], part[3], part[4], part[5], is_utc);
+    const bool is_told = !is_utc && offset.size() == 6 && (offset[0] == '+' || offset[0] == '-');
+    return is_told && !date.empty() ? date + offset : date;
+}
+
+void read_exif(Bytes exif, Facts &facts) {
+    const OrderedBytes tiff = bytes_are(exif, 0, "MM") ? big_endian(exif) : little_endian(exif);
+    if (tiff.u16(2) != 42) return;
+    const Directory main{tiff, tiff.u32(4)};
+    const uint64_t place = main.value(0x8769);
+    const Directory photo{tiff, place == 0 ? 0 : tiff.u32(place)};
+    std::string camera = main.text(0x010F);
+    const std::string model = main.text(0x0110);
+    if (camera.empty() || model.starts_with(camera)) {
+        camera = model;
+    } else if (!model.empty()) {
+        camera += " " + model;
+    }
+    facts.writer = main.text(0x0131);
+    if (facts.writer.empty()) facts.writer = camera;
+    facts.date = exif_date(photo.text(0x9003), photo.text(0x9011));
+    if (facts.date.empty()) facts.date = exif_date(main.text(0x0132), photo.text(0x9010));
+    facts.add_more("camera", camera);
+    const uint64_t orientation = main.value(0x0112);
+    if (orientation != 0) facts.add_more("orientation", std::to_string(tiff.u16(orientation)));
+    const uint64_t space = photo.value(0xA001);
+    if (space != 0 && tiff.u16(space) == 1) {
+        facts.picture().colour.primaries = 1;
+        facts.picture().colour.transfer = 13;
+    }
+}
+
+void read_density(Bytes jfif, Picture &picture) {
+    const uint32_t x = big16(jfif, 8);
+    const uint32_t y = big16(jfif, 10);
+    if (x > 0 && y > 0) picture.pixel_aspect = Ratio{y, x}.reduced();
+}
+
+// Entropy-coded data have a zero or a restart marker behind each FF: what follows the image's end has not.
+bool is_entropy_coded(std::span<const uint8_t> bytes) {
+    for (size_t i = 0; i + 1 < bytes.size(); i++) {
+        if (bytes[i] != 0xFF) continue;
+        const uint8_t next = bytes[i + 1];
+        const bool is_marker = next == 0 || next == 0xFF || (next >= 0xD0 && next <= 0xD7);
+        const bool is_segment = next == 0xDA || next == 0xC4 || next == 0xDB || next == 0xDD;
+        if (!is_marker && !is_segment) return false;
+    }
+    return true;
+}
+
+void judge_extent(Input &input, const Segments &found, Facts &facts) {
+    const uint64_t size = input.size();
+    if (found.scan == 0 || found.end > size) {
+        facts.cut(std::max(found.end, size) + 2, "the image data");
+        return;
+    }
+    const uint64_t n = std::min(kTail, size - found.end);
+    const Bytes tail = input.present(size - n, n);
+    const auto bytes = tail.span(0, n);
+    constexpr uint8_t kEnd[] = {0xFF, 0xD9};
+    const auto last = std::find_end(bytes.begin(), bytes.end(), std::begin(kEnd), std::end(kEnd));
+    if (last != bytes.end()) {
+        facts.whole(size - n + static_cast<uint64_t>(last - bytes.begin()) + 2);
+    } else if (is_entropy_coded(bytes)) {
+        facts.cut(size + 2, "the end of the image");
+    }
+}
+
+}  // namespace
+
+void jpeg_facts(Input &input, Facts &facts) {
+    const uint64_t size = input.size();
+    const Bytes file = input.bytes(0, size);
+    if (size > 2 && file[2] != 0xFF) {
+        facts.format.clear();
+        return;
+    }
+    const Segments found = read_segments(file);
+    Picture &picture = facts.picture();
+    picture.codec = "JPEG";
+    picture.frames = 1;
+    facts.variant = name_of(kProcesses, found.process);
+    if (!found.frame.empty()) {
+        picture.bits = found.frame[0];
+        picture.height = big16(found.frame, 1);
+        picture.width = big16(found.frame, 3);
+        picture.components = components_of(found);
+    } else {
+        facts.problem = "no frame header";
+    }
+    read_density(found.jfif, picture);
+    // JFIF has the equations of ITU-R BT.601 and all codes.
+    if (!found.jfif.empty() && picture.components.starts_with("4:")) {
+        picture.colour.matrix = 5;
+        picture.colour.full_range = 1;
+    }
+    read_exif(found.exif, facts);
+    if (found.has_icc) facts.add_more("colour", "ICC profile");
+    if (facts.writer.empty() && found.comment.starts_with("Lavc")) {
+        facts.writer = found.comment;
+    } else {
+        facts.add_more("comment", found.comment);
+    }
+    judge_extent(input, found, facts);
+}

@@ -1,0 +1,363 @@
+#include "mxf/descriptors.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "common/names.h"
+#include "common/utf16.h"
+
+namespace {
+
+using namespace std::string_view_literals;
+
+// What a label is called; the first that it begins as, from byte 8 on, counts.
+struct LabelName {
+    std::string_view label;
+    const char *name;
+};
+
+constexpr LabelName kPictureCodings[] = {
+    {"\4\1\2\1"sv, "uncompressed"},
+    {"\4\1\2\2\1\2\1\1"sv, "IMX 50"},
+    {"\4\1\2\2\1\2\1\2"sv, "IMX 50"},
+    {"\4\1\2\2\1\2\1\3"sv, "IMX 40"},
+    {"\4\1\2\2\1\2\1\4"sv, "IMX 40"},
+    {"\4\1\2\2\1\2\1\5"sv, "IMX 30"},
+    {"\4\1\2\2\1\2\1\6"sv, "IMX 30"},
+    {"\4\1\2\2\1\x10"sv, "MPEG-1"},
+    {"\4\1\2\2\1\x20"sv, "MPEG-4"},
+    {"\4\1\2\2\1\x30"sv, "H.264"},
+    {"\4\1\2\2\1\x31"sv, "H.264"},
+    {"\4\1\2\2\1\x32\x21"sv, "AVC-Intra 50"},
+    {"\4\1\2\2\1\x32\x31"sv, "AVC-Intra 100"},
+    {"\4\1\2\2\1\x32"sv, "H.264"},
+    {"\4\1\2\2\1\1"sv, "MPEG-2"},
+    {"\4\1\2\2\1\2"sv, "MPEG-2"},
+    {"\4\1\2\2\1\3"sv, "MPEG-2"},
+    {"\4\1\2\2\1\4"sv, "MPEG-2"},
+    {"\4\1\2\2\1\5"sv, "MPEG-2"},
+    {"\4\1\2\2\1\6"sv, "MPEG-2"},
+    {"\4\1\2\2\1\7"sv, "MPEG-2"},
+    {"\4\1\2\2\1\x8"sv, "MPEG-2"},
+    {"\4\1\2\2\1\x9"sv, "MPEG-2"},
+    {"\4\1\2\2\2\1"sv, "DV"},
+    {"\4\1\2\2\2\2\1"sv, "DV"},
+    {"\4\1\2\2\2\2\2"sv, "DV"},
+    {"\4\1\2\2\2\2\3"sv, "DVCPRO50"},
+    {"\4\1\2\2\2\2\4"sv, "DVCPRO50"},
+    {"\4\1\2\2\2\2"sv, "DVCPRO HD"},
+    {"\4\1\2\2\3\1"sv, "JPEG 2000"},
+    {"\4\1\2\2\3\2"sv, "TIFF/EP"},
+    {"\4\1\2\2\3\6\1"sv, "ProRes 422 Proxy"},
+    {"\4\1\2\2\3\6\2"sv, "ProRes 422 LT"},
+    {"\4\1\2\2\3\6\3"sv, "ProRes 422"},
+    {"\4\1\2\2\3\6\4"sv, "ProRes 422 HQ"},
+    {"\4\1\2\2\3\6\5"sv, "ProRes 4444"},
+    {"\4\1\2\2\3\6\6"sv, "ProRes 4444 XQ"},
+    {"\4\1\2\2\3\x9"sv, "FFV1"},
+    {"\4\1\2\2\x70\1"sv, "HDCAM"},
+    {"\4\1\2\2\x71\x24"sv, "DNxHR 444"},
+    {"\4\1\2\2\x71\x25"sv, "DNxHR HQX"},
+    {"\4\1\2\2\x71\x26"sv, "DNxHR HQ"},
+    {"\4\1\2\2\x71\x27"sv, "DNxHR SQ"},
+    {"\4\1\2\2\x71\x28"sv, "DNxHR LB"},
+    {"\4\1\2\2\x71"sv, "DNxHD"},
+    {"\4\1\2\2\x72"sv, "VC-1"},
+    {"\xE\4\2\1\2\4"sv, "DNxHD"},
+    {"\xE\4\3\1\2\6"sv, "DNxHD"},
+    // Essence containers, where no coding is told.
+    {"\xD\1\3\1\2\1\1"sv, "IMX 50"},
+    {"\xD\1\3\1\2\1\2"sv, "IMX 50"},
+    {"\xD\1\3\1\2\1\3"sv, "IMX 40"},
+    {"\xD\1\3\1\2\1\4"sv, "IMX 40"},
+    {"\xD\1\3\1\2\1\5"sv, "IMX 30"},
+    {"\xD\1\3\1\2\1\6"sv, "IMX 30"},
+    {"\xD\1\3\1\2\2\x50"sv, "DVCPRO50"},
+    {"\xD\1\3\1\2\2\x51"sv, "DVCPRO50"},
+    {"\xD\1\3\1\2\2\x60"sv, "DVCPRO HD"},
+    {"\xD\1\3\1\2\2\x61"sv, "DVCPRO HD"},
+    {"\xD\1\3\1\2\2\x62"sv, "DVCPRO HD"},
+    {"\xD\1\3\1\2\2\x63"sv, "DVCPRO HD"},
+    {"\xD\1\3\1\2\2"sv, "DV"},
+    {"\xD\1\3\1\2\3"sv, "HDCAM"},
+    {"\xD\1\3\1\2\5"sv, "uncompressed"},
+    {"\xD\1\3\1\2\xC"sv, "JPEG 2000"},
+    {"\xD\1\3\1\2\xF"sv, "H.264"},
+    {"\xD\1\3\1\2\x10"sv, "H.264"},
+    {"\xD\1\3\1\2\x11"sv, "DNxHD"},
+    {"\xD\1\3\1\2\x12"sv, "VC-1"},
+    {"\xD\1\3\1\2\x13"sv, "VC-1"},
+    {"\xD\1\3\1\2\x1C"sv, "ProRes"},
+    {"\xD\1\3\1\2\x23"sv, "FFV1"},
+};
+
+constexpr LabelName kSoundCodings[] = {
+    {"\4\2\2\1"sv, "PCM"},
+    {"\4\2\2\2\3\1\1"sv, "A-law"},
+    {"\4\2\2\2\3\2\1"sv, "AC-3"},
+    {"\4\2\2\2\3\2\4"sv, "MP1"},
+    {"\4\2\2\2\3\2\5"sv, "MP2"},
+    {"\4\2\2\2\3\2\6"sv, "MP2"},
+    {"\4\2\2\2\3\2\x1C"sv, "Dolby E"},
+    {"\4\2\2\2\3\3"sv, "AAC"},
+    {"\4\2\2\2\3\4"sv, "AAC"},
+    {"\xD\1\3\1\2\1"sv, "PCM"},
+    {"\xD\1\3\1\2\6"sv, "PCM"},
+    {"\xD\1\3\1\2\xA"sv, "A-law"},
+};
+
+template <size_t N>
+std::string label_name(const LabelName (&names)[N], Bytes label) {
+    for (const LabelName &row : names) {
+        if (begins_as(label.from(8), row.label)) return row.name;
+    }
+    return "";
+}
+
+constexpr uint64_t kColour = 13;  // its number in a label
+
+// Labels of colours to the codes of H.273.
+constexpr int kTransfers[] = {-1, 4, 1, 7, 1, 12, 8, 17, 11, 14, 16, 18, 13};
+constexpr int kEquations[] = {-1, 6, 1, 7, 8, 0, 9};
+constexpr int kPrimaries[] = {-1, 6, 5, 1, 9, 10, 12};
+
+template <size_t N>
+int colour_code(const int (&codes)[N], Bytes label, std::string_view kind) {
+    const bool known = begins_as(label, "\x06\x0E\x2B\x34\4\1\1"sv) && begins_as(label.from(8), kind);
+    return known && label[kColour] < N ? codes[label[kColour]] : -1;
+}
+
+// Items of descriptors by their static tags (ST 377-1), of sub-descriptors by the ends of their labels.
+constexpr uint32_t kSampleRate = 0x3001;
+constexpr uint32_t kContainerFormat = 0x3004;
+constexpr uint32_t kPictureCoding = 0x3201;
+constexpr uint32_t kStored[] = {0x3203, 0x3202};  // width, height
+constexpr uint32_t kSampled[] = {0x3205, 0x3204};
+constexpr uint32_t kDisplayed[] = {0x3209, 0x3208};
+constexpr uint32_t kFrameLayout = 0x320C;
+constexpr uint32_t kLineMap = 0x320D;
+constexpr uint32_t kAspectRatio = 0x320E;
+constexpr uint32_t kTransfer = 0x3210;
+constexpr uint32_t kFieldDominance = 0x3212;
+constexpr uint32_t kColourPrimaries = 0x3219;
+constexpr uint32_t kCodingEquations = 0x321A;
+constexpr auto kSubDescriptors = "\6\1\1\4\6\x10\0\0"sv;
+constexpr auto kMpegBitRate = "\4\1\6\2\1\xB\0\0"sv;
+constexpr auto kJpeg2000Coding = "\4\1\6\3\xC\0\0\0"sv;
+constexpr auto kJpeg2000Sizing = "\4\1\6\3\xB\0\0\0"sv;
+constexpr auto kSoundfieldSymbol = "\1\3\7\1\2\0\0\0"sv;
+constexpr auto kAudioLanguage = "\3\1\1\2\3\x15\0\0"sv;
+
+enum Layout : uint8_t { full_frame, separate_fields, single_field, mixed_fields, segmented_frame, unknown };
+
+Layout layout_of(const MetadataSet &d) {
+    const int64_t layout = Metadata::number(d, kFrameLayout, unknown);
+    return layout >= 0 && layout < unknown ? static_cast<Layout>(layout) : unknown;
+}
+
+// The parity of the fields' first lines says which is the upper one, their dominance which comes first
+// (ST 377-1, annex G).
+Scan field_order(const MetadataSet &d) {
+    constexpr uint64_t kArrayHead = 8;
+    const Bytes map = Metadata::item(d, kLineMap);
+    const uint32_t first = big32(map, kArrayHead);
+    const uint32_t second = big32(map, kArrayHead + 4);
+    if (first == 0 || second == 0 || first > INT32_MAX || second > INT32_MAX) return Scan::interlaced;
+    const bool top_is_first_field = (first + second) % 2 == 1;
+    return top_is_first_field == (Metadata::number(d, kFieldDominance, 1) != 2) ? Scan::top_first
+                                                                                : Scan::bottom_first;
+}
+
+Scan scan_of(const MetadataSet &d) {
+    switch (layout_of(d)) {
+        case full_frame:
+        case segmented_frame: return Scan::progressive;
+        case separate_fields:
+        case mixed_fields: return field_order(d);
+        case single_field: return Scan::interlaced;
+        default: return Scan::unknown;
+    }
+}
+
+// Heights count the lines of a field where fields, or segments, are stored one after the other.
+void read_sizes(const MetadataSet &d, Picture &picture) {
+    const Layout layout = layout_of(d);
+    const int64_t fields = layout == separate_fields || layout == segmented_frame ? 2 : 1;
+    const auto side = [&](int i) {
+        for (const uint32_t tag : {kDisplayed[i], kSampled[i], kStored[i]}) {
+            const int64_t value = Metadata::number(d, tag, 0);
+            if (value > 0 && value < INT32_MAX) return static_cast<uint32_t>(i == 1 ? value * fields : value);
+        }
+        return uint32_t{0};
+    };
+    const auto stored = [&](int i) {
+        const int64_t value = Metadata::number(d, kStored[i], 0);
+        return value > 0 && value < INT32_MAX ? static_cast<uint32_t>(i == 1 ? value * fields : value) : 0;
+    };
+    picture.width = side(0);
+    picture.height = side(1);
+    if ((stored(0) == picture.width && stored(1) == picture.height) || stored(0) == 0) return;
+    picture.coded_width = stored(0);
+    picture.coded_height = stored(1);
+}
+
+// What is told is the aspect of the picture, often of two or three digits: what is within half a percent of
+// square pixels is meant so.
+void read_aspect(const MetadataSet &d, Picture &picture) {
+    const Ratio shown = Metadata::ratio(d, kAspectRatio);
+    if (!shown.is_set() || picture.width == 0 || picture.height == 0) return;
+    const Ratio aspect = Ratio{shown.n * picture.height, shown.d * picture.width}.reduced();
+    picture.pixel_aspect = std::fabs(aspect.value() - 1) < 0.005 ? Ratio{1, 1} : aspect;
+}
+
+std::string chroma_of(int64_t horizontal, int64_t vertical, bool alpha) {
+    const char *chroma = horizontal == 1   ? "4:4:4"
+                         : horizontal == 4 ? "4:1:1"
+                         : horizontal != 2 ? ""
+                         : vertical == 2   ? "4:2:0"
+                                           : "4:2:2";
+    return alpha && *chroma ? std::string(chroma) + ":4" : chroma;
+}
+
+int range_of(int64_t black, int64_t white, uint32_t bits) {
+    if (bits < 8 || bits > 16 || black < 0 || white <= 0) return -1;
+    if (black == 16 << (bits - 8)) return 0;
+    return black == 0 && white == (1 << bits) - 1 ? 1 : -1;
+}
+
+void read_cdci(const MetadataSet &d, Picture &picture) {
+    picture.bits = static_cast<uint32_t>(std::clamp<int64_t>(Metadata::number(d, 0x3301, 0), 0, 64));
+    const bool alpha = Metadata::number(d, 0x3309, 0) > 0;
+    picture.components = chroma_of(Metadata::number(d, 0x3302, 0), Metadata::number(d, 0x3308, 1), alpha);
+    picture.colour.full_range =
+        range_of(Metadata::number(d, 0x3304, -1), Metadata::number(d, 0x3305, -1), picture.bits);
+}
+
+// Pairs of a component's letter and its depth; 253 and 254 are floats of 16 and 32 bits.
+void read_rgba(const MetadataSet &d, Picture &picture) {
+    constexpr uint64_t kMostPairs = 8;
+    const Bytes layout = Metadata::item(d, 0x3401);
+    std::string letters;
+    for (uint64_t i = 0; i < kMostPairs && layout[2 * i] != 0; i++) {
+        const char letter = static_cast<char>(layout[2 * i] & ~0x20);
+        if (letter < 'A' || letter > 'Z' || letter == 'F') continue;
+        letters += letter;
+        if (picture.bits == 0) picture.bits = layout[2 * i + 1];
+    }
+    picture.floating = picture.bits == 253 || picture.bits == 254;
+    if (picture.floating) picture.bits = picture.bits == 253 ? 16 : 32;
+    const auto has = [&](const char *all) {
+        return std::all_of(all, all + 3, [&](char c) { return letters.find(c) != std::string::npos; });
+    };
+    const bool alpha = letters.find('A') != std::string::npos;
+    picture.components = has("RGB")   ? (alpha ? "RGBA" : "RGB")
+                         : has("XYZ") ? "XYZ"
+                         : has("YUV") ? (alpha ? "4:4:4:4" : "4:4:4")
+                                      : letters;
+    picture.colour.full_range =
+        range_of(Metadata::number(d, 0x3407, -1), Metadata::number(d, 0x3406, -1), picture.bits);
+}
+
+std::vector<const MetadataSet *> sub_descriptors(const Metadata &metadata, const MetadataSet &d) {
+    return metadata.referred_by(metadata.item(d, kSubDescriptors));
+}
+
+void read_jpeg2000(const Metadata &metadata, const MetadataSet &sub, Picture &picture) {
+    // Scod, SGcod and SPcod of a COD marker: the last byte but the precincts is the wavelet's.
+    const Bytes coding = metadata.item(sub, kJpeg2000Coding);
+    if (coding.size() >= 10) picture.codec = coding[9] == 1 ? "JPEG 2000 5/3" : "JPEG 2000 9/7";
+    const Bytes sizing = metadata.item(sub, kJpeg2000Sizing);
+    if (sizing.size() >= 11 && picture.bits == 0) picture.bits = (sizing[8] & 0x7F) + 1U;
+}
+
+// "XDCAM HD422" is long-GOP 4:2:2 profile at high level with 50 Mbit/s.
+bool is_xdcam_422(Bytes coding, const Picture &picture) {
+    return begins_as(coding.from(8), "\4\1\2\2\1\4\3"sv) && picture.bit_rate == 50000000;
+}
+
+constexpr CodeName kKinds[] = {{0x51, "MPEG-2"}};
+
+}  // namespace
+
+bool is_picture(const MetadataSet &d) {
+    switch (d.kind) {
+        case SetKind::generic_picture:
+        case SetKind::cdci:
+        case SetKind::rgba:
+        case SetKind::mpeg2_video: return true;
+        default: return false;
+    }
+}
+
+bool is_sound(const MetadataSet &d) {
+    return d.kind == SetKind::generic_sound || d.kind == SetKind::aes3 || d.kind == SetKind::wave;
+}
+
+Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
+    Picture picture;
+    const Bytes coding = Metadata::item(d, kPictureCoding);
+    picture.codec = label_name(kPictureCodings, coding);
+    if (picture.codec.empty())
+        picture.codec = label_name(kPictureCodings, Metadata::item(d, kContainerFormat));
+    if (picture.codec.empty()) picture.codec = name_of(kKinds, static_cast<uint32_t>(d.kind));
+    picture.scan = scan_of(d);
+    read_sizes(d, picture);
+    read_aspect(d, picture);
+    picture.colour.transfer = colour_code(kTransfers, Metadata::item(d, kTransfer), "\4\1\1\1\1"sv);
+    picture.colour.matrix = colour_code(kEquations, Metadata::item(d, kCodingEquations), "\4\1\1\1\2"sv);
+    picture.colour.primaries = colour_code(kPrimaries, Metadata::item(d, kColourPrimaries), "\4\1\1\1\3"sv);
+    if (d.kind == SetKind::rgba) {
+        read_rgba(d, picture);
+    } else {
+        read_cdci(d, picture);
+    }
+    if (picture.colour.matrix == 0 && picture.components == "4:4:4") picture.components = "RGB";
+    const Bytes bit_rate = metadata.item(d, kMpegBitRate);
+    if (bit_rate.size() == 4 && big32(bit_rate) > 0) picture.bit_rate = big32(bit_rate);
+    if (is_xdcam_422(coding, picture)) picture.codec = "XDCAM HD422";
+    for (const MetadataSet *sub : sub_descriptors(metadata, d)) {
+        if (sub->kind == SetKind::jpeg2000) read_jpeg2000(metadata, *sub, picture);
+    }
+    picture.rate = Metadata::ratio(d, kSampleRate);
+    if (picture.rate.value() > 1000) picture.rate = {};
+    return picture;
+}
+
+Sound sound_of(const Metadata &metadata, const MetadataSet &d) {
+    // Symbols of soundfield groups (ST 377-4, ST 2067-8).
+    constexpr std::pair<std::string_view, const char *> kLayouts[] = {
+        {"sgM", "mono"}, {"sg1", "mono"}, {"sgST", "stereo"},   {"sgLtRt", "Lt Rt"}, {"sg51", "5.1"},
+        {"sg61", "6.1"}, {"sg71", "7.1"}, {"sgSDS", "7.1 SDS"}, {"sg71DS", "7.1"},   {"sgDM", "dual mono"}};
+    Sound sound;
+    sound.channels = static_cast<uint32_t>(std::clamp<int64_t>(Metadata::number(d, 0x3D07, 0), 0, 1024));
+    sound.rate = Metadata::ratio(d, 0x3D03);
+    sound.codec = label_name(kSoundCodings, Metadata::item(d, 0x3D06));
+    if (sound.codec.empty()) sound.codec = label_name(kSoundCodings, Metadata::item(d, kContainerFormat));
+    if (sound.codec.empty() && d.kind != SetKind::generic_sound) sound.codec = "PCM";
+    if (sound.codec == "PCM")
+        sound.bits = static_cast<uint32_t>(std::clamp<int64_t>(Metadata::number(d, 0x3D01, 0), 0, 64));
+    for (const MetadataSet *sub : sub_descriptors(metadata, d)) {
+        if (sub->kind != SetKind::soundfield_group) continue;
+        const auto text = [&](std::string_view label) {
+            return text_of_utf16(big_endian(metadata.item(*sub, label)));
+        };
+        const std::string symbol = text(kSoundfieldSymbol);
+        for (const auto &[known, name] : kLayouts) {
+            if (symbol == known) sound.layout = name;
+        }
+        if (sound.layout.empty()) sound.layout = symbol;
+        sound.language = text(kAudioLanguage);
+    }
+    return sound;
+}
+
+std::string wrapping_of(Bytes container) {
+    if (!begins_as(container.from(8), "\xD\1\3\1\2"sv)) return "";
+    const uint8_t kind = container[13];
+    const bool is_early =
+        kind == 0x06 || kind == 0x0A || kind == 0x0B || kind == 0x0C || kind == 0x0F || kind >= 0x11;
+    const uint8_t wrapping = container[is_early ? 14 : 15];
+    if (kind == 0x01 || kind == 0x03) return "frame";
+    if (kind == 0x06 && wrapping >= 3) return wrapping == 3 ? "frame" : wrapping == 4 ? "clip" : "";
+    return wrapping == 1 ? "frame" : wrapping == 2 ? "clip" : "";
+}

@@ -1,0 +1,144 @@
+#include "mxf/metadata.h"
+
+#include <algorithm>
+
+#include "common/utf16.h"
+#include "mxf/klv.h"
+
+namespace {
+
+using namespace std::string_view_literals;
+
+constexpr int kMostItems = 1024;          // of a set that are searched
+constexpr uint64_t kMostElements = 1024;  // of an array that are looked at
+constexpr uint64_t kArrayHead = 8;        // count and size of the elements
+constexpr uint64_t kUid = 16;
+constexpr uint32_t kInstanceUid = 0x3C0A;
+
+std::string key_text(Bytes b) {
+    const auto bytes = b.span(0, kUid);
+    return {bytes.begin(), bytes.end()};
+}
+
+// Lengths of items are BER where the key says so, else of two bytes.
+bool is_metadata_set(Bytes key) {
+    return bytes_are(key, 0, "\x06\x0E\x2B\x34\x02\x53\x01") &&
+           begins_as(key.from(8), "\x0D\x01\x01\x01\x01\x01"sv);
+}
+
+bool is_primer(Bytes key) {
+    return begins_as(key, "\x06\x0E\x2B\x34\x02\x05\x01"sv) &&
+           begins_as(key.from(8), "\x0D\x01\x02\x01\x01\x05\x01"sv);
+}
+
+}  // namespace
+
+KlvPlace klv_at(Bytes b, uint64_t offset) {
+    const Bytes item = b.from(offset);
+    const BerLength length = read_ber(item, kKeySize);
+    if (!is_smpte_label(item, 0) || !length.is_allowed) return {};
+    return {offset + kKeySize + 1 + length.more, length.value, item.has(0, kKeySize + 1 + length.more)};
+}
+
+bool is_fill(Bytes key) {
+    return begins_as(key, "\x06\x0E\x2B\x34\x01\x01\x01"sv) &&
+           begins_as(key.from(8), "\x03\x01\x02\x10\x01"sv);
+}
+
+bool begins_as(Bytes b, std::string_view text) {
+    for (size_t i = 0; i < text.size(); i++) {
+        if (b[i] != static_cast<uint8_t>(text[i])) return false;
+    }
+    return b.size() >= text.size();
+}
+
+bool are_same(Bytes a, Bytes b) {
+    for (uint64_t i = 0; i < a.size(); i++) {
+        if (a[i] != b[i]) return false;
+    }
+    return a.size() == b.size() && !a.empty();
+}
+
+void Metadata::read(Bytes metadata) {
+    for (uint64_t at = 0; at < metadata.size();) {
+        const KlvPlace place = klv_at(metadata, at);
+        if (!place.is_set) break;
+        const Bytes key = metadata.sub(at, kKeySize);
+        const Bytes value = metadata.sub(place.value, place.length);
+        if (is_primer(key)) {
+            const uint64_t count = std::min<uint64_t>(big32(value), kMostElements);
+            for (uint64_t i = 0; i < count; i++) {
+                const Bytes row = value.from(kArrayHead + 18 * i);
+                tags_[key_text(row.sub(10, 8))] = big16(row);
+            }
+        } else if (is_metadata_set(key)) {
+            sets_.push_back({static_cast<SetKind>(key[14]), value});
+            by_uid_.emplace(key_text(item(sets_.back(), kInstanceUid)), sets_.size() - 1);
+        } else if (bytes_are(key, 4, "\x02\x05\x01\x01\x0D\x01\x02\x01")) {
+            break;  // a partition pack
+        }
+        if (place.end() <= at) break;
+        at = place.end();
+    }
+}
+
+Bytes Metadata::item(const MetadataSet &set, uint32_t tag) {
+    uint64_t at = 0;
+    for (int i = 0; i < kMostItems && set.items.has(at, 4); i++) {
+        const uint64_t length = big16(set.items, at + 2);
+        if (big16(set.items, at) == tag) return set.items.sub(at + 4, length);
+        at += 4 + length;
+    }
+    return {};
+}
+
+Bytes Metadata::item(const MetadataSet &set, std::string_view label) const {
+    const auto found = tags_.find(std::string(label));
+    return found == tags_.end() ? Bytes() : item(set, found->second);
+}
+
+int64_t Metadata::number(const MetadataSet &set, uint32_t tag, int64_t other) {
+    const Bytes value = item(set, tag);
+    if (value.empty() || value.size() > 8) return other;
+    return static_cast<int64_t>(value.big(0, static_cast<unsigned>(value.size())));
+}
+
+int64_t Metadata::position(const MetadataSet &set, uint32_t tag) {
+    const Bytes value = item(set, tag);
+    const int64_t position = static_cast<int64_t>(big64(value));
+    return value.size() == 8 && position >= 0 ? position : -1;
+}
+
+Ratio Metadata::ratio(const MetadataSet &set, uint32_t tag) {
+    const Bytes value = item(set, tag);
+    const Ratio ratio{static_cast<int32_t>(big32(value)), static_cast<int32_t>(big32(value, 4))};
+    return ratio.is_set() ? ratio.reduced() : Ratio{};
+}
+
+std::string Metadata::text(const MetadataSet &set, uint32_t tag) {
+    return text_of_utf16(big_endian(item(set, tag)));
+}
+
+std::vector<const MetadataSet *> Metadata::all(SetKind kind) const {
+    std::vector<const MetadataSet *> found;
+    for (const MetadataSet &set : sets_) {
+        if (set.kind == kind && found.size() < kMostElements) found.push_back(&set);
+    }
+    return found;
+}
+
+const MetadataSet *Metadata::referred(Bytes uid) const {
+    if (uid.size() < kUid) return nullptr;
+    const auto found = by_uid_.find(key_text(uid));
+    return found == by_uid_.end() ? nullptr : &sets_[found->second];
+}
+
+std::vector<const MetadataSet *> Metadata::referred_by(Bytes references) const {
+    std::vector<const MetadataSet *> found;
+    const uint64_t count = std::min<uint64_t>(big32(references), kMostElements);
+    for (uint64_t i = 0; i < count && references.has(kArrayHead + kUid * i, kUid); i++) {
+        const MetadataSet *set = referred(references.sub(kArrayHead + kUid * i, kUid));
+        if (set) found.push_back(set);
+    }
+    return found;
+}

@@ -1,0 +1,653 @@
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+
+#include "common/elementary.h"
+#include "common/names.h"
+#include "common/values.h"
+#include "quicktime/facts_movie.h"
+
+namespace {
+
+// What a sample entry's type alone says. Kind: how zeros in its data are judged, and what tells more.
+enum class Kind : uint8_t { coded, dense, raw, avc, hevc, mpeg4, mpeg2, prores, vc3, jpeg, vpx, av1 };
+
+struct PictureCodec {
+    char type[5];
+    const char *codec;
+    const char *components;
+    uint32_t bits;
+    Kind kind = Kind::coded;
+};
+
+constexpr PictureCodec kPictureCodecs[] = {
+    {"apch", "ProRes 422 HQ", "4:2:2", 10, Kind::prores},
+    {"apcn", "ProRes 422", "4:2:2", 10, Kind::prores},
+    {"apcs", "ProRes 422 LT", "4:2:2", 10, Kind::prores},
+    {"apco", "ProRes 422 Proxy", "4:2:2", 10, Kind::prores},
+    {"ap4h", "ProRes 4444", "4:4:4", 12, Kind::prores},
+    {"ap4x", "ProRes 4444 XQ", "4:4:4", 12, Kind::prores},
+    {"aprn", "ProRes RAW", "Bayer", 0},
+    {"aprh", "ProRes RAW HQ", "Bayer", 0},
+    {"avc1", "H.264", "", 0, Kind::avc},
+    {"avc2", "H.264", "", 0, Kind::avc},
+    {"avc3", "H.264", "", 0, Kind::avc},
+    {"avc4", "H.264", "", 0, Kind::avc},
+    {"dva1", "H.264", "", 0, Kind::avc},
+    {"dvav", "H.264", "", 0, Kind::avc},
+    {"hvc1", "HEVC", "", 0, Kind::hevc},
+    {"hev1", "HEVC", "", 0, Kind::hevc},
+    {"dvh1", "HEVC", "", 0, Kind::hevc},
+    {"dvhe", "HEVC", "", 0, Kind::hevc},
+    {"av01", "AV1", "", 0, Kind::av1},
+    {"vp08", "VP8", "4:2:0", 8, Kind::dense},
+    {"vp09", "VP9", "", 0, Kind::vpx},
+    {"vvc1", "VVC", "", 0, Kind::dense},
+    {"mp4v", "MPEG-4", "4:2:0", 8, Kind::mpeg4},
+    {"s263", "H.263", "4:2:0", 8},
+    {"h263", "H.263", "4:2:0", 8},
+    {"SVQ1", "Sorenson Video", "", 0},
+    {"SVQ3", "Sorenson Video 3", "4:2:0", 8},
+    {"cvid", "Cinepak", "", 0},
+    {"CFHD", "CineForm", "", 0},
+    {"AVdn", "DNxHD", "4:2:2", 8, Kind::vc3},
+    {"AVdh", "DNxHR", "4:2:2", 0, Kind::vc3},
+    {"Hap1", "Hap", "RGB", 8},
+    {"Hap5", "Hap Alpha", "RGBA", 8},
+    {"HapY", "Hap Q", "YCoCg", 8},
+    {"HapM", "Hap Q Alpha", "YCoCgA", 8},
+    {"HapA", "Hap Alpha-Only", "Y", 8},
+    {"Hap7", "Hap R", "RGBA", 8},
+    {"HapH", "Hap HDR", "RGB", 16},
+    {"icod", "Apple Intermediate Codec", "4:2:0", 8},
+    {"rle ", "Animation", "", 0},
+    {"png ", "PNG", "", 0},
+    {"tiff", "TIFF", "", 0},
+    {"jpeg", "Motion JPEG", "", 8, Kind::jpeg},
+    {"mjpa", "Motion JPEG", "", 8, Kind::jpeg},
+    {"mjpb", "Motion JPEG", "", 8},
+    {"AVDJ", "Motion JPEG", "", 8, Kind::jpeg},
+    {"AVRn", "Motion JPEG", "", 8, Kind::jpeg},
+    {"dmb1", "Motion JPEG", "", 8, Kind::jpeg},
+    {"MJPG", "Motion JPEG", "", 8, Kind::jpeg},
+    {"mjp2", "JPEG 2000", "", 0},
+    {"AVj2", "JPEG 2000", "", 0},
+    {"jxsm", "JPEG XS", "", 0},
+    {"apv1", "APV", "", 0},
+    {"drac", "Dirac", "", 0},
+    {"vc-1", "VC-1", "4:2:0", 8},
+    {"FFV1", "FFV1", "", 0, Kind::dense},
+    {"dvc ", "DV", "4:1:1", 8},
+    {"dvcp", "DV", "4:2:0", 8},
+    {"dvpp", "DVCPRO", "4:1:1", 8},
+    {"dvpn", "DVCPRO", "4:1:1", 8},
+    {"dvp ", "DVCPRO", "4:1:1", 8},
+    {"dv5n", "DVCPRO50", "4:2:2", 8},
+    {"dv5p", "DVCPRO50", "4:2:2", 8},
+    {"dvh2", "DVCPRO HD", "4:2:2", 8},
+    {"dvh3", "DVCPRO HD", "4:2:2", 8},
+    {"dvh4", "DVCPRO HD", "4:2:2", 8},
+    {"dvh5", "DVCPRO HD", "4:2:2", 8},
+    {"dvh6", "DVCPRO HD", "4:2:2", 8},
+    {"dvhp", "DVCPRO HD", "4:2:2", 8},
+    {"dvhq", "DVCPRO HD", "4:2:2", 8},
+    {"AVdv", "DV", "", 8},
+    {"AVd1", "DV", "", 8},
+    {"m2v1", "MPEG-2", "", 8, Kind::mpeg2},
+    {"mp2v", "MPEG-2", "", 8, Kind::mpeg2},
+    {"mpg2", "MPEG-2", "", 8, Kind::mpeg2},
+    {"m1v ", "MPEG-1", "4:2:0", 8, Kind::mpeg2},
+    {"m1v1", "MPEG-1", "4:2:0", 8, Kind::mpeg2},
+    {"mp1v", "MPEG-1", "4:2:0", 8, Kind::mpeg2},
+    {"mpeg", "MPEG-1", "4:2:0", 8, Kind::mpeg2},
+    {"v210", "uncompressed", "4:2:2", 10, Kind::raw},
+    {"v216", "uncompressed", "4:2:2", 16, Kind::raw},
+    {"v410", "uncompressed", "4:4:4", 10, Kind::raw},
+    {"v408", "uncompressed", "4:4:4:4", 8, Kind::raw},
+    {"r408", "uncompressed", "4:4:4:4", 8, Kind::raw},
+    {"r4fl", "uncompressed", "4:4:4:4", 32, Kind::raw},
+    {"v308", "uncompressed", "4:4:4", 8, Kind::raw},
+    {"2vuy", "uncompressed", "4:2:2", 8, Kind::raw},
+    {"2Vuy", "uncompressed", "4:2:2", 8, Kind::raw},
+    {"UYVY", "uncompressed", "4:2:2", 8, Kind::raw},
+    {"AV1x", "uncompressed", "4:2:2", 8, Kind::raw},
+    {"AVup", "uncompressed", "4:2:2", 8, Kind::raw},
+    {"AVUI", "uncompressed", "4:2:2", 8, Kind::raw},
+    {"yuvs", "uncompressed", "4:2:2", 8, Kind::raw},
+    {"yuv2", "uncompressed", "4:2:2", 8, Kind::raw},
+    {"YUY2", "uncompressed", "4:2:2", 8, Kind::raw},
+    {"YUYV", "uncompressed", "4:2:2", 8, Kind::raw},
+    {"y420", "uncompressed", "4:2:0", 8, Kind::raw},
+    {"I420", "uncompressed", "4:2:0", 8, Kind::raw},
+    {"yv12", "uncompressed", "4:2:0", 8, Kind::raw},
+    {"raw ", "uncompressed", "", 0, Kind::raw},
+    {"b16g", "uncompressed", "Y", 16, Kind::raw},
+    {"b48r", "uncompressed", "RGB", 16, Kind::raw},
+    {"b64a", "uncompressed", "RGBA", 16, Kind::raw},
+    {"b32a", "uncompressed", "YA", 16, Kind::raw},
+    {"r210", "uncompressed", "RGB", 10, Kind::raw},
+    {"R10k", "uncompressed", "RGB", 10, Kind::raw},
+    {"R10g", "uncompressed", "RGB", 10, Kind::raw},
+    {"AVrp", "uncompressed", "RGB", 10, Kind::raw},
+    {"BGRA", "uncompressed", "RGBA", 8, Kind::raw},
+    {"RGBA", "uncompressed", "RGBA", 8, Kind::raw},
+    {"ABGR", "uncompressed", "RGBA", 8, Kind::raw},
+};
+
+// Families whose last character or two tell a size and a rate.
+constexpr PictureCodec kPictureFamilies[] = {
+    {"ai1", "AVC-Intra 100", "4:2:2", 10, Kind::avc}, {"ai5", "AVC-Intra 50", "4:2:0", 10, Kind::avc},
+    {"mx5", "IMX 50", "4:2:2", 8, Kind::mpeg2},       {"mx4", "IMX 40", "4:2:2", 8, Kind::mpeg2},
+    {"mx3", "IMX 30", "4:2:2", 8, Kind::mpeg2},       {"xd5", "XDCAM HD422", "4:2:2", 8, Kind::mpeg2},
+    {"xdv", "XDCAM HD", "4:2:0", 8, Kind::mpeg2},     {"xdh", "XDCAM HD", "4:2:0", 8, Kind::mpeg2},
+    {"hdv", "HDV", "4:2:0", 8, Kind::mpeg2},
+};
+
+std::string text_of(uint32_t type) {
+    std::string text;
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        const uint32_t byte = type >> shift & 0xFF;
+        if (is_printable(byte)) text += static_cast<char>(byte);
+    }
+    return text.substr(0, text.find_last_not_of(' ') + 1);
+}
+
+PictureCodec picture_codec(uint32_t type) {
+    const auto is_code = [&](const PictureCodec &codec) { return fourcc(codec.type) == type; };
+    const auto is_family = [&](const PictureCodec &codec) {
+        return fourcc(codec.type) == (type & 0xFFFFFF00);
+    };
+    const auto *found = std::ranges::find_if(kPictureCodecs, is_code);
+    if (found != std::end(kPictureCodecs)) return *found;
+    const auto *family = std::ranges::find_if(kPictureFamilies, is_family);
+    if (family != std::end(kPictureFamilies)) return *family;
+    return {"", "", "", 0, Kind::coded};
+}
+
+// The elementary stream descriptor of MPEG-4 (ISO 14496-1, 7.2.6).
+struct StreamDescriptor {
+    uint8_t object = 0;  // its type indication
+    int64_t bit_rate = 0;
+    Bytes specific;
+};
+
+struct Descriptor {
+    uint8_t tag = 0;
+    Bytes data;
+    uint64_t end = 0;
+};
+
+Descriptor descriptor_at(Bytes holder, uint64_t at) {
+    const uint8_t tag = holder[at++];
+    uint64_t size = 0;
+    for (int i = 0; i < 4; i++) {
+        const uint8_t byte = holder[at++];
+        size = size << 7 | (byte & 0x7F);
+        if ((byte & 0x80) == 0) break;
+    }
+    return {tag, holder.sub(at, size), at + size};
+}
+
+StreamDescriptor stream_descriptor(Bytes esds) {
+    StreamDescriptor found;
+    Descriptor outer = descriptor_at(esds, 4);
+    uint64_t at = 0;
+    if (outer.tag == 3) {
+        const uint8_t flags = outer.data[2];
+        at = 3;
+        if ((flags & 0x80) != 0) at += 2;
+        if ((flags & 0x40) != 0) at += 1 + uint64_t{outer.data[at]};
+        if ((flags & 0x20) != 0) at += 2;
+        outer = descriptor_at(outer.data, at);
+    }
+    if (outer.tag != 4) return found;
+    found.object = outer.data[0];
+    found.bit_rate = big32(outer.data, 9);
+    const Descriptor specific = descriptor_at(outer.data, 13);
+    if (specific.tag == 5) found.specific = specific.data;
+    return found;
+}
+
+// What the stream itself says of the picture, where the container does not know better.
+void take_stream(const Picture &stream, Picture &picture) {
+    if (picture.width == 0) {
+        picture.width = stream.width;
+        picture.height = stream.height;
+    }
+    const uint32_t width = stream.coded_width != 0 ? stream.coded_width : stream.width;
+    const uint32_t height = stream.coded_height != 0 ? stream.coded_height : stream.height;
+    if (width != 0 && (width != picture.width || height != picture.height)) {
+        picture.coded_width = width;
+        picture.coded_height = height;
+    }
+    if (stream.bits != 0) picture.bits = stream.bits;
+    if (!stream.components.empty()) picture.components = stream.components;
+    if (stream.scan != Scan::unknown) picture.scan = stream.scan;
+    if (stream.pixel_aspect.is_set()) picture.pixel_aspect = stream.pixel_aspect;
+    if (stream.bit_rate > 0) picture.bit_rate = stream.bit_rate;
+    picture.colour = stream.colour;
+}
+
+void read_av1(Bytes record, Picture &picture) {
+    if (record.size() < 4 || record[0] != 0x81) return;
+    const uint8_t flags = record[2];
+    picture.bits = (flags & 0x40) == 0 ? 8 : (flags & 0x20) != 0 ? 12 : 10;
+    constexpr const char *kChroma[] = {"4:4:4", "4:4:4", "4:2:2", "4:2:0"};
+    picture.components = (flags & 0x10) != 0 ? "Y" : kChroma[flags >> 2 & 3];
+}
+
+void read_vpx(Bytes record, Picture &picture) {
+    if (record.size() < 10) return;
+    constexpr const char *kChroma[] = {"4:2:0", "4:2:0", "4:2:2", "4:4:4", "", "", "", ""};
+    picture.bits = record[6] >> 4;
+    picture.components = kChroma[record[6] >> 1 & 7];
+    const auto code = [&](uint64_t at) { return record[at] == 2 ? -1 : record[at]; };
+    picture.colour = {code(7), code(8), code(9), record[6] & 1};
+}
+
+// VC-3 (SMPTE ST 2019-1): compression identifiers and what they stand for.
+bool vc3_frame(Bytes frame, Picture &picture) {
+    if (!bytes_are(frame, 0, "\0\0\2\x80") && big32(frame) >> 8 != 3) return false;
+    constexpr CodeName kKinds[] = {
+        {1270, "DNxHR 444"}, {1271, "DNxHR HQX"}, {1272, "DNxHR HQ"}, {1273, "DNxHR SQ"}, {1274, "DNxHR LB"}};
+    const uint32_t id = big32(frame, 40);
+    picture.codec = name_of(kKinds, id, "DNxHD");
+    constexpr uint32_t kDepths[] = {0, 8, 10, 12, 0, 0, 0, 0};
+    picture.bits = kDepths[frame[33] >> 5];
+    const bool is_444 = id == 1256 || id == 1270;
+    picture.components = !is_444 ? "4:2:2" : (frame[44] & 1) != 0 || id == 1256 ? "RGB" : "4:4:4";
+    if ((frame[5] & 2) == 0) picture.scan = Scan::progressive;
+    return true;
+}
+
+// The frame header of JPEG (ITU-T T.81, B.2.2): precision and sampling factors.
+bool jpeg_frame(Bytes frame, Picture &picture) {
+    uint64_t at = 2;
+    if (big16(frame) != 0xFFD8) return false;
+    for (int i = 0; i < 64 && frame.has(at, 10) && frame[at] == 0xFF; i++) {
+        const uint8_t marker = frame[at + 1];
+        if (marker >= 0xC0 && marker <= 0xC3) {
+            picture.bits = frame[at + 4];
+            const uint8_t parts = frame[at + 9];
+            constexpr CodeName kChroma[] = {
+                {0x11, "4:4:4"}, {0x21, "4:2:2"}, {0x22, "4:2:0"}, {0x41, "4:1:1"}, {0x12, "4:4:0"}};
+            const uint32_t luma = frame[at + 11];
+            const uint32_t chroma = frame[at + 14];
+            if (parts == 1) picture.components = "Y";
+            if (parts == 3 && chroma >> 4 != 0 && (chroma & 15) != 0)
+                picture.components =
+                    name_of(kChroma, (luma >> 4) / (chroma >> 4) << 4 | (luma & 15) / (chroma & 15));
+            return true;
+        }
+        at += 2 + uint64_t{big16(frame, at + 2)};
+    }
+    return false;
+}
+
+// The first sample, as far as its headers reach.
+Bytes first_sample(Input &input, const Track &track) {
+    const SampleTable table(track.table);
+    if (table.chunk_count == 0 || table.samples == 0 || track.is_external) return {};
+    return input.present(table.chunk(0), std::min<uint64_t>(table.size_of(0), 2048));
+}
+
+// A parameter set in the samples, each unit behind its length, or in a byte stream.
+bool avc_sample(Bytes sample, Picture &picture) {
+    const auto is_sequence = [](uint8_t first) { return (first & 0x1F) == 7; };
+    if (big32(sample) <= 1) return h264_sequence(nal_unit(sample, is_sequence), picture);
+    uint64_t at = 0;
+    for (int i = 0; i < 16 && sample.has(at, 5); i++) {
+        const uint64_t size = big32(sample, at);
+        if (is_sequence(sample[at + 4])) return h264_sequence(sample.sub(at + 4, size), picture);
+        at += 4 + size;
+    }
+    return false;
+}
+
+void read_mpeg4(Bytes esds, Picture &picture, Kind &kind) {
+    const StreamDescriptor stream = stream_descriptor(esds);
+    if (stream.bit_rate > 0) picture.bit_rate = stream.bit_rate;
+    if (stream.object >= 0x60 && stream.object <= 0x65) picture.codec = "MPEG-2";
+    if (stream.object == 0x6A) picture.codec = "MPEG-1";
+    if (stream.object == 0x6C) picture.codec = "Motion JPEG";
+    if (stream.object == 0x6D) picture.codec = "PNG";
+    if (stream.object == 0x6E) picture.codec = "JPEG 2000";
+    if (stream.object == 0x21) picture.codec = "H.264";
+    if (picture.codec != "MPEG-4") picture.components.clear();
+    if (picture.codec.starts_with("MPEG-")) {
+        Picture sequence;
+        if (stream.object >= 0x60 && mpeg_sequence(stream.specific, sequence)) take_stream(sequence, picture);
+        if (stream.object >= 0x60) kind = Kind::mpeg2;
+    }
+}
+
+// Scan by the number of fields and their detail (QuickTime File Format, 'fiel'): 1 and 6 are stored field by
+// field; 9 and 14 are interleaved, the first line in the earlier or the later one.
+Scan scan_of(uint8_t fields, uint8_t detail) {
+    if (fields == 1) return Scan::progressive;
+    if (fields != 2) return Scan::unknown;
+    if (detail == 1 || detail == 9) return Scan::top_first;
+    return detail == 6 || detail == 14 ? Scan::bottom_first : Scan::interlaced;
+}
+
+void read_colours(Bytes colr, Picture &picture) {
+    const bool is_nclx = bytes_are(colr, 0, "nclx");
+    if (!is_nclx && !bytes_are(colr, 0, "nclc")) return;
+    const auto code = [&](uint64_t at) {
+        return big16(colr, at) == 2 ? -1 : static_cast<int>(big16(colr, at));
+    };
+    picture.colour.primaries = code(4);
+    picture.colour.transfer = code(6);
+    picture.colour.matrix = code(8);
+    if (is_nclx) picture.colour.full_range = colr[10] >> 7;
+}
+
+// Which part of the picture is to be shown; the track's size is what says whether it counts.
+void read_clean_aperture(Bytes clap, const Track &track, Picture &picture, Facts &facts) {
+    const uint64_t d[2] = {big32(clap, 4), big32(clap, 12)};
+    if (d[0] == 0 || d[1] == 0) return;
+    const uint64_t width = big32(clap, 0) / d[0];
+    const uint64_t height = big32(clap, 8) / d[1];
+    if (width == picture.width && height == picture.height) return;
+    if (width == 0 || height == 0 || width > picture.width || height > picture.height) return;
+    facts.add_more("clean aperture", std::to_string(width) + "x" + std::to_string(height));
+    if (track.width != width || track.height != height) return;
+    if (picture.coded_width == 0) {
+        picture.coded_width = picture.width;
+        picture.coded_height = picture.height;
+    }
+    picture.width = track.width;
+    picture.height = track.height;
+}
+
+// RGB by the depth of the sample entry: 32 has an alpha channel, from 33 on it is grey.
+void set_by_depth(uint32_t depth, Picture &picture) {
+    if (depth == 32) picture.components = "RGBA";
+    if (depth == 24 || depth == 16) picture.components = "RGB";
+    if (depth == 64) picture.components = "RGBA";
+    if (depth == 48) picture.components = "RGB";
+    picture.bits = depth == 64 || depth == 48 ? 16 : depth == 32 || depth == 24 ? 8 : depth == 16 ? 5 : 0;
+    if (depth > 0 && depth <= 8) {
+        picture.components = "palette";
+        picture.bits = depth;
+    } else if (depth > 32 && depth <= 40) {
+        picture.components = "Y";
+        picture.bits = depth - 32;
+    }
+}
+
+uint32_t protected_type(Bytes boxes, uint32_t type) {
+    const bool is_protected = type == fourcc("encv") || type == fourcc("enca") || type == fourcc("drmi") ||
+                              type == fourcc("drms") || type == fourcc("p608");
+    const Bytes original = is_protected ? find_box(find_box(boxes, fourcc("sinf")), fourcc("frma")) : Bytes{};
+    return original.empty() ? type : big32(original);
+}
+
+}  // namespace
+
+void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &facts) {
+    const Bytes entry = track.description;
+    const Bytes boxes = entry.from(78);
+    track.codec = protected_type(boxes, track.codec);
+    const PictureCodec codec = picture_codec(track.codec);
+    Kind kind = codec.kind;
+    picture.codec = codec.codec[0] != 0 ? codec.codec : text_of(track.codec);
+    picture.components = codec.components;
+    picture.bits = codec.bits;
+    picture.width = big16(entry, 24);
+    picture.height = big16(entry, 26);
+    picture.language = track.language;
+    const uint32_t depth = big16(entry, 74);
+    if (track.codec == fourcc("raw ") || track.codec == fourcc("rle ") || track.codec == fourcc("png "))
+        set_by_depth(depth, picture);
+    if (kind == Kind::prores && depth == 32 && codec.bits == 12) picture.components = "4:4:4:4";
+
+    Picture stream;
+    bool is_known = false;
+    each_box(boxes, [&](const Box &box) {
+        if (box.type == fourcc("avcC")) is_known = avc_configuration(box.data, stream);
+        if (box.type == fourcc("hvcC")) is_known = hevc_configuration(box.data, stream);
+        if (box.type == fourcc("av1C")) read_av1(box.data, picture);
+        if (box.type == fourcc("vpcC")) read_vpx(box.data, picture);
+        if (box.type == fourcc("esds")) read_mpeg4(box.data, picture, kind);
+        if (box.type == fourcc("btrt") && big32(box.data, 8) > 0) picture.bit_rate = big32(box.data, 8);
+    });
+    if (!is_known && kind >= Kind::avc && kind <= Kind::jpeg) {
+        const Bytes sample = first_sample(input, track);
+        switch (kind) {
+            case Kind::avc: is_known = avc_sample(sample, stream); break;
+            case Kind::mpeg2: is_known = mpeg_sequence(sample, stream); break;
+            case Kind::prores: is_known = prores_frame(sample, stream); break;
+            case Kind::jpeg: is_known = jpeg_frame(sample, stream); break;
+            case Kind::vc3:
+                is_known = vc3_frame(sample, stream);
+                if (is_known) picture.codec = stream.codec;
+                break;
+            default: break;
+        }
+    }
+    if (is_known) take_stream(stream, picture);
+    each_box(boxes, [&](const Box &box) {
+        const Bytes data = box.data;
+        if (box.type == fourcc("fiel") && scan_of(data[0], data[1]) != Scan::unknown)
+            picture.scan = scan_of(data[0], data[1]);
+        if (box.type == fourcc("colr")) read_colours(data, picture);
+        if (box.type == fourcc("pasp")) {
+            const Ratio aspect{big32(data, 0), big32(data, 4)};
+            if (aspect.is_set()) picture.pixel_aspect = aspect.reduced();
+        }
+        if (box.type == fourcc("clap")) read_clean_aperture(data, track, picture, facts);
+        if (box.type == fourcc("clli"))
+            facts.add_more("content light",
+                           std::to_string(big16(data, 0)) + "/" + std::to_string(big16(data, 2)));
+        if (box.type == fourcc("dvcC") || box.type == fourcc("dvvC"))
+            facts.add_more("Dolby Vision", "profile " + std::to_string(data[2] >> 1));
+    });
+    track.raw = kind == Kind::raw;
+    track.dense = kind == Kind::avc || kind == Kind::hevc || kind == Kind::av1 || kind == Kind::dense ||
+                  kind == Kind::vpx || kind == Kind::prores;
+}
+
+namespace {
+
+struct SoundCodec {
+    char type[5];
+    const char *codec;
+    uint32_t bits = 0;  // 0: those of the sample entry, where it is uncompressed
+};
+
+constexpr SoundCodec kSoundCodecs[] = {
+    {"sowt", "PCM"},       {"twos", "PCM"},          {"raw ", "PCM"},           {"NONE", "PCM"},
+    {"in24", "PCM", 24},   {"in32", "PCM", 32},      {"fl32", "PCM float", 32}, {"fl64", "PCM float", 64},
+    {"lpcm", "PCM"},       {"ipcm", "PCM"},          {"fpcm", "PCM float"},     {"ulaw", "mu-law", 8},
+    {"alaw", "A-law", 8},  {"ima4", "IMA ADPCM"},    {"MAC3", "MACE 3:1"},      {"MAC6", "MACE 6:1"},
+    {"QDM2", "QDesign 2"}, {"QDMC", "QDesign"},      {"Qclp", "QCELP"},         {"mp4a", "AAC"},
+    {".mp3", "MP3"},       {"ms\0U", "MP3"},         {"mp3 ", "MP3"},           {".mp2", "MP2"},
+    {"ac-3", "AC-3"},      {"AC-3", "AC-3"},         {"sac3", "AC-3"},          {"ec-3", "E-AC-3"},
+    {"ac-4", "AC-4"},      {"Opus", "Opus"},         {"alac", "ALAC"},          {"fLaC", "FLAC"},
+    {"dtsc", "DTS"},       {"dtsh", "DTS"},          {"dtsl", "DTS"},           {"dtse", "DTS"},
+    {"mlpa", "TrueHD"},    {"samr", "AMR-NB"},       {"sawb", "AMR-WB"},        {"mha1", "MPEG-H"},
+    {"mhm1", "MPEG-H"},    {"ms\0\x02", "MS ADPCM"}, {"ms\0\x11", "IMA ADPCM"},
+};
+
+// Layouts of Core Audio by their tag's upper half.
+constexpr CodeName kLayouts[] = {
+    {100, "mono"},     {101, "stereo"}, {102, "stereo"}, {103, "matrix stereo"}, {104, "mid/side"},
+    {106, "binaural"}, {108, "quad"},   {109, "5.0"},    {110, "6.0"},           {111, "8.0"},
+    {113, "3.0"},      {114, "3.0"},    {115, "4.0"},    {116, "4.0"},           {117, "5.0"},
+    {118, "5.0"},      {119, "5.0"},    {120, "5.0"},    {121, "5.1"},           {122, "5.1"},
+    {123, "5.1"},      {124, "5.1"},    {125, "6.1"},    {126, "7.1 (wide)"},    {127, "7.1 (wide)"},
+    {128, "7.1"},      {133, "2.1"},    {138, "6.0"},    {139, "6.1"},           {141, "7.0"},
+    {142, "5.1"},      {143, "5.1"},    {144, "5.1"},    {145, "6.1"},           {150, "7.0"},
+    {184, "7.1"},
+};
+
+std::string described_layout(Bytes chan) {
+    constexpr CodeName kLabels[] = {
+        {1, "L"},    {2, "R"},    {3, "C"},    {4, "LFE"}, {5, "Ls"},   {6, "Rs"},   {7, "Lc"},   {8, "Rc"},
+        {9, "Cs"},   {10, "Lsd"}, {11, "Rsd"}, {12, "Ts"}, {13, "Vhl"}, {14, "Vhc"}, {15, "Vhr"}, {33, "Rls"},
+        {34, "Rrs"}, {35, "Lw"},  {36, "Rw"},  {38, "Lt"}, {39, "Rt"},  {42, "mono"}};
+    const uint32_t n = big32(chan, 12);
+    std::string names;
+    for (uint64_t i = 0; i < n && i < 64 && chan.has(16 + 20 * i, 20); i++) {
+        const std::string name = name_of(kLabels, big32(chan, 16 + 20 * i));
+        if (name.empty()) return "";
+        names += (i > 0 ? " " : "") + name;
+    }
+    if (names == "C") return "mono";
+    if (names == "L R") return "stereo";
+    return names == "L R C LFE Ls Rs" ? "5.1" : names;
+}
+
+std::string core_audio_layout(Bytes chan) {
+    const uint32_t tag = big32(chan, 4);
+    if (tag == 0) return described_layout(chan);
+    if (tag == 0x10000) return speaker_layout(big32(chan, 8));
+    return name_of(kLayouts, tag >> 16);
+}
+
+void read_sound_esds(Bytes esds, Sound &sound) {
+    const StreamDescriptor stream = stream_descriptor(esds);
+    if (stream.bit_rate > 0) sound.bit_rate = stream.bit_rate;
+    constexpr CodeName kObjects[] = {{0x69, "MP3"},  {0x6B, "MP3"},  {0xA5, "AC-3"},   {0xA6, "E-AC-3"},
+                                     {0xA9, "DTS"},  {0xAA, "DTS"},  {0xAB, "DTS"},    {0xAC, "DTS"},
+                                     {0xAD, "Opus"}, {0xC1, "FLAC"}, {0xDD, "Vorbis"}, {0xE1, "QCELP"}};
+    if (const char *name = name_of(kObjects, stream.object); name[0] != 0) sound.codec = name;
+    if (stream.object == 0x40 || (stream.object >= 0x66 && stream.object <= 0x68))
+        aac_configuration(stream.specific, sound);
+}
+
+void read_ac3_box(Bytes data, Sound &sound) {
+    constexpr uint32_t kBitRates[] = {32,  40,  48,  56,  64,  80,  96,  112, 128, 160,
+                                      192, 224, 256, 320, 384, 448, 512, 576, 640};
+    BitReader bits(data);
+    bits.skip(2 + 5 + 3);
+    const uint32_t mode = bits.get(3);
+    set_ac3_mode(mode, bits.flag(), sound);
+    const uint32_t code = bits.get(5);
+    if (code < std::size(kBitRates)) sound.bit_rate = int64_t{kBitRates[code]} * 1000;
+}
+
+// Of the first independent substream and of its dependent one, which adds channels (ETSI TS 102 366, F.6).
+void read_eac3_box(Bytes data, Sound &sound) {
+    BitReader bits(data);
+    const uint32_t kilobits = bits.get(13);
+    bits.skip(3 + 2 + 5 + 1 + 1 + 3);
+    const uint32_t mode = bits.get(3);
+    set_ac3_mode(mode, bits.flag(), sound);
+    bits.skip(3);
+    if (bits.get(4) > 0) {
+        constexpr uint32_t kPlaces[] = {2, 2, 1, 1, 2, 2, 2, 1, 1};  // channels, from the first bit on
+        const uint32_t places = bits.get(9);
+        for (unsigned i = 0; i < 9; i++) sound.channels += (places >> (8 - i) & 1) * kPlaces[i];
+        sound.layout = sound.channels == 8 && (places & 0x80) != 0 ? "7.1" : "";
+    }
+    if (kilobits > 0) sound.bit_rate = int64_t{kilobits} * 1000;
+}
+
+void read_sound_boxes(Bytes boxes, Sound &sound, int depth) {
+    each_box(boxes, [&](const Box &box) {
+        const Bytes data = box.data;
+        switch (box.type) {
+            case fourcc("wave"):
+                if (depth < 2) read_sound_boxes(data, sound, depth + 1);
+                break;
+            case fourcc("esds"): read_sound_esds(data, sound); break;
+            case fourcc("chan"):
+                if (std::string layout = core_audio_layout(data); !layout.empty()) sound.layout = layout;
+                break;
+            case fourcc("dac3"): read_ac3_box(data, sound); break;
+            case fourcc("dec3"): read_eac3_box(data, sound); break;
+            case fourcc("dOps"):
+                sound.channels = data[1];
+                sound.rate = {48000, 1};
+                break;
+            case fourcc("alac"):
+                if (data.size() < 28) break;
+                sound.bits = data[9];
+                sound.channels = data[13];
+                if (big32(data, 24) > 0) sound.rate = {big32(data, 24), 1};
+                if (big32(data, 20) > 0) sound.bit_rate = big32(data, 20);
+                break;
+            case fourcc("dfLa"): {
+                BitReader bits(data.from(8 + 10));
+                const uint32_t rate = bits.get(20);
+                sound.channels = bits.get(3) + 1;
+                sound.bits = bits.get(5) + 1;
+                if (rate > 0) sound.rate = {rate, 1};
+                break;
+            }
+            case fourcc("pcmC"): sound.bits = data[5]; break;
+            case fourcc("srat"):
+                if (big32(data, 4) > 0) sound.rate = {big32(data, 4), 1};
+                break;
+            case fourcc("btrt"):
+                if (big32(data, 8) > 0) sound.bit_rate = big32(data, 8);
+                break;
+            default: break;
+        }
+    });
+}
+
+// Version 2 of a sound entry (QuickTime File Format): floating rate, bits and flags of "lpcm".
+void read_version_2(Bytes entry, Track &track, Sound &sound) {
+    const double rate = double_of_bits(big64(entry, 32));
+    if (rate >= 1 && rate <= 1e7) sound.rate = Ratio{std::llround(rate * 1000), 1000}.reduced();
+    sound.channels = big32(entry, 40);
+    sound.bits = big32(entry, 48);
+    if (track.codec == fourcc("lpcm")) {
+        if ((big32(entry, 52) & 1) != 0) sound.codec = "PCM float";
+        track.packet = {big32(entry, 56), std::max<int64_t>(big32(entry, 60), 1)};
+    }
+}
+
+}  // namespace
+
+void read_sound_entry(Input &input, Track &track, Sound &sound) {
+    const Bytes entry = track.description;
+    const unsigned version = big16(entry, 8);
+    const uint64_t fixed = version == 1 ? 44 : version == 2 ? 64 : 28;
+    // Version 1 of ISO files has no more fields than 0 has.
+    const Box first = box_at(entry, 28);
+    const bool is_iso =
+        version == 1 && first.size >= 8 && entry.has(28, first.size) && big32(entry, 28) >= 8 &&
+        (first.type == fourcc("srat") || first.type == fourcc("esds") || first.type == fourcc("pcmC"));
+    const Bytes boxes = entry.from(is_iso ? 28 : fixed);
+    track.codec = protected_type(boxes, track.codec);
+    const auto is_code = [&](const SoundCodec &codec) { return fourcc(codec.type) == track.codec; };
+    const auto *codec = std::ranges::find_if(kSoundCodecs, is_code);
+    const bool is_found = codec != std::end(kSoundCodecs);
+    sound.codec = is_found ? codec->codec : text_of(track.codec);
+    sound.language = track.language;
+    sound.channels = big16(entry, 16);
+    sound.bits = is_found && codec->bits != 0 ? codec->bits : big16(entry, 18);
+    const uint32_t fixed_rate = big32(entry, 24);
+    if (fixed_rate > 0) sound.rate = Ratio{fixed_rate, 65536}.reduced();
+    if (sound.rate.is_set() && sound.rate.d != 1) sound.rate = Ratio{std::llround(sound.rate.value()), 1};
+    if (version == 2) {
+        read_version_2(entry, track, sound);
+    } else if (version == 1 && !is_iso && big32(entry, 28) > 0 && big32(entry, 36) > 0) {
+        track.packet = {big32(entry, 36), big32(entry, 28)};
+        const bool is_plain = track.codec == fourcc("sowt") || track.codec == fourcc("twos");
+        if (is_plain && track.packet.d == 1 && sound.channels > 0 && track.packet.n % sound.channels == 0)
+            sound.bits = static_cast<uint32_t>(track.packet.n / sound.channels * 8);
+    }
+    read_sound_boxes(boxes, sound, 0);
+    if (sound.codec == "MP3" || sound.codec == "MP2") {
+        const MpegAudioFrame frame = mpeg_audio_frame(first_sample(input, track));
+        if (frame.bytes > 0) set_sound(frame, sound);
+    }
+    // Rates from 65,536 Hz on have no room; the media's time scale is theirs.
+    if ((!sound.rate.is_set() || fixed_rate == 0) && version != 2 && track.timescale >= 8000 &&
+        sound.codec.starts_with("PCM"))
+        sound.rate = {track.timescale, 1};
+    if (!sound.rate.is_set() && track.timescale >= 8000) sound.rate = {track.timescale, 1};
+    track.raw = sound.codec.starts_with("PCM") || sound.codec.ends_with("-law");
+    track.dense =
+        sound.codec.find("AAC") != std::string::npos || sound.codec == "AC-3" || sound.codec == "Opus";
+    if (track.raw && !track.packet.is_set())
+        track.packet = {int64_t{sound.channels} * ((sound.bits + 7) / 8), 1};
+    const bool has_bits = track.raw || sound.codec == "ALAC" || sound.codec == "FLAC";
+    if (!has_bits || sound.bits > 64) sound.bits = 0;
+    if (track.raw && sound.codec.ends_with("-law")) sound.bits = 8;
+}

@@ -1,0 +1,247 @@
+#include <algorithm>
+#include <map>
+
+#include "quicktime/facts_movie.h"
+
+namespace {
+
+constexpr int kMostFragments = 20000;
+constexpr uint64_t kFewFragments = 24;  // that are walked through although there is an index
+
+// What the fragments of one track add up to.
+struct Run {
+    Track *track = nullptr;
+    uint32_t default_duration = 0;
+    uint32_t default_size = 0;
+    bool has_start = false;
+    uint64_t start = 0;  // decode time of the first sample, in the track's time scale
+    uint64_t end = 0;    // behind the last one
+    uint64_t samples = 0;
+    uint64_t least = UINT64_MAX;  // duration of a sample, the last one of all left out
+    uint64_t most = 0;
+    uint64_t last_duration = 0;
+    uint64_t data_end = 0;
+    uint64_t last_size = 0;
+
+    void add(uint64_t duration) {
+        if (samples > 0) {
+            least = std::min(least, last_duration);
+            most = std::max(most, last_duration);
+        }
+        last_duration = duration;
+        end += duration;
+        samples++;
+    }
+};
+
+struct Fragments {
+    Input &input;
+    std::map<uint32_t, Run> runs = {};  // by the track's id
+    uint64_t last = 0;                  // where the last box ends
+    bool is_cut = false;
+    bool has_index = false;
+    bool is_ended = true;  // the walk came to the end of the file
+    int count = 0;
+};
+
+// Sizes and durations of a run of samples (ISO 14496-12, 8.8.8); where its data ends.
+uint64_t add_samples(Bytes trun, uint32_t default_duration, uint32_t default_size, uint64_t base,
+                     uint64_t next, Run &run) {
+    const uint32_t flags = big32(trun) & 0xFFFFFF;
+    const uint64_t n = big32(trun, 4);
+    uint64_t at = 8;
+    uint64_t data = next;
+    if ((flags & 1) != 0) {
+        data = base + static_cast<uint64_t>(static_cast<int64_t>(static_cast<int32_t>(big32(trun, at))));
+        at += 4;
+    }
+    if ((flags & 4) != 0) at += 4;
+    const uint64_t fields =
+        static_cast<uint64_t>((flags >> 8 & 1) + (flags >> 9 & 1) + (flags >> 10 & 1) + (flags >> 11 & 1));
+    for (uint64_t i = 0; i < n && (fields > 0 ? trun.has(at, 4 * fields) : i < 1000000); i++) {
+        uint64_t field = at;
+        uint64_t duration = default_duration;
+        uint64_t size = default_size;
+        if ((flags & 0x100) != 0) {
+            duration = big32(trun, field);
+            field += 4;
+        }
+        if ((flags & 0x200) != 0) size = big32(trun, field);
+        run.add(duration);
+        data += size;
+        run.last_size = size;
+        at += 4 * fields;
+    }
+    if (n > 0 && data > run.data_end) run.data_end = data;
+    return data;
+}
+
+void add_fragment(Fragments &fragments, const Box &moof) {
+    uint64_t next = moof.at;
+    each_box(moof.data, [&](const Box &traf) {
+        if (traf.type != fourcc("traf")) return;
+        const Bytes tfhd = find_box(traf.data, fourcc("tfhd"));
+        const uint32_t flags = big32(tfhd) & 0xFFFFFF;
+        const auto found = fragments.runs.find(big32(tfhd, 4));
+        if (found == fragments.runs.end()) return;
+        Run &run = found->second;
+        uint64_t at = 8;
+        const auto field = [&](uint32_t flag, unsigned bytes, uint64_t other) {
+            if ((flags & flag) == 0) return other;
+            at += bytes;
+            return tfhd.big(at - bytes, bytes);
+        };
+        const uint64_t base = field(1, 8, (flags & 0x20000) != 0 ? moof.at : next);
+        field(2, 4, 0);
+        const uint32_t duration = static_cast<uint32_t>(field(8, 4, run.default_duration));
+        const uint32_t size = static_cast<uint32_t>(field(16, 4, run.default_size));
+        next = base;
+        const Bytes tfdt = find_box(traf.data, fourcc("tfdt"));
+        if (!tfdt.empty()) run.end = tfdt[0] == 1 ? big64(tfdt, 4) : big32(tfdt, 4);
+        if (!run.has_start) run.start = run.end;
+        run.has_start = true;
+        each_box(traf.data, [&](const Box &trun) {
+            if (trun.type == fourcc("trun")) next = add_samples(trun.data, duration, size, base, next, run);
+        });
+    });
+    fragments.count++;
+}
+
+// Walks through the boxes from an offset on; through all of them or one fragment alone.
+void walk(Fragments &fragments, uint64_t at, int most) {
+    const uint64_t file_size = fragments.input.size();
+    const Bytes file = fragments.input.bytes();
+    fragments.is_ended = false;
+    for (int i = 0; i < 3 * most && fragments.count < most; i++) {
+        if (at >= file_size) break;
+        const Box box = box_at(file, at);
+        if (!file.has(at, box.header) || box.size == 0) {
+            // A header that is cut, or zeros in its place.
+            fragments.is_cut = fragments.is_cut || !file.has(at, 8) || big64(file, at) == 0;
+            at = file_size;
+            break;
+        }
+        if (box.type == fourcc("moof")) add_fragment(fragments, box);
+        at = box.end();
+        fragments.last = at;
+        if (at > file_size) fragments.is_cut = true;
+    }
+    fragments.is_ended = at >= file_size;
+}
+
+// Where the last fragments begin by an index, a segment index behind the movie's header or the one at the
+// file's end; 0 where there is none, or where it does not reach to the end.
+struct Index {
+    uint64_t last = 0;
+    uint64_t entries = 0;
+};
+
+Index segment_index(Input &input, uint64_t from) {
+    const Bytes file = input.bytes();
+    Box box = box_at(file, from);
+    for (int i = 0; i < 4 && box.size > 0 && box.type != fourcc("sidx") && box.type != fourcc("moof"); i++)
+        box = box_at(file, box.end());
+    if (box.type != fourcc("sidx") || box.size == 0) return {};
+    const Bytes sidx = box.data;
+    const uint64_t wide = sidx[0] == 0 ? 0 : 8;
+    const uint64_t n = big16(sidx, 22 + wide);
+    uint64_t at = box.end() + (wide == 0 ? big32(sidx, 16) : big64(sidx, 20));
+    uint64_t last = 0;
+    for (uint64_t i = 0; i < n && sidx.has(24 + wide + 12 * i, 12); i++) {
+        const uint32_t reference = big32(sidx, 24 + wide + 12 * i);
+        if (reference >> 31 != 0) return {};  // an index of indices
+        last = at;
+        at += reference;
+    }
+    const uint64_t size = input.size();
+    return at + 65536 < size || last >= size ? Index{} : Index{last, n};
+}
+
+Index random_access_index(Input &input) {
+    const uint64_t size = input.size();
+    const Bytes end = size >= 16 ? input.present(size - 16, 16) : Bytes{};
+    const uint64_t length = big32(end, 12);
+    if (!bytes_are(end, 4, "mfro") || length > size || length < 24) return {};
+    const Bytes mfra = input.present(size - length, length).sub(0, 2 << 20);
+    if (!bytes_are(mfra, 4, "mfra")) return {};
+    Index index;
+    each_box(mfra.from(8), [&](const Box &box) {
+        if (box.type != fourcc("tfra")) return;
+        const uint64_t wide = box.data[0] == 1 ? 8 : 4;
+        const uint32_t lengths = big32(box.data, 8);
+        const uint64_t step = 2 * wide + (lengths >> 4 & 3) + (lengths >> 2 & 3) + (lengths & 3) + 3;
+        const uint64_t n = std::min<uint64_t>(big32(box.data, 12), (box.data.size() - 16) / step);
+        if (n == 0 || box.data.size() < 16 + step) return;
+        index.entries = std::max(index.entries, n);
+        index.last =
+            std::max(index.last, box.data.big(16 + (n - 1) * step + wide, static_cast<unsigned>(wide)));
+    });
+    return index;
+}
+
+void tell_track(const Run &run, bool all_walked, Facts &facts) {
+    Track &track = *run.track;
+    const uint64_t ticks = run.end - std::min(run.start, run.end);
+    if (track.timescale <= 0 || ticks == 0 || ticks > INT64_MAX) return;
+    if (track.duration < static_cast<int64_t>(ticks)) track.duration = static_cast<int64_t>(ticks);
+    track.played = Ratio{track.duration, track.timescale}.reduced();
+    if (track.sound >= 0) {
+        Sound &sound = facts.sounds[static_cast<size_t>(track.sound)];
+        const double samples = track.played.value() * sound.rate.value();
+        if (sound.rate.is_set() && samples < 9e15) sound.samples = static_cast<int64_t>(samples + 0.5);
+    }
+    if (track.picture < 0) return;
+    Picture &picture = facts.pictures[static_cast<size_t>(track.picture)];
+    const bool is_constant = run.samples > 1 && run.least == run.most && run.most > 0;
+    if (is_constant) picture.rate = rate_of(track.timescale, static_cast<int64_t>(run.most));
+    if (all_walked) {
+        picture.frames = static_cast<int64_t>(run.samples) + std::max<int64_t>(picture.frames, 0);
+        if (run.samples > 1) picture.constant_rate = is_constant;
+        if (!is_constant && run.samples <= UINT32_MAX)
+            picture.rate =
+                rate_of(static_cast<int64_t>(run.samples) * track.timescale, static_cast<int64_t>(ticks));
+    } else if (is_constant && ticks % run.most == 0) {
+        picture.frames = static_cast<int64_t>(ticks / run.most);
+    }
+}
+
+void judge(Fragments &fragments, bool has_end_index, Facts &facts) {
+    const uint64_t size = fragments.input.size();
+    uint64_t claimed = fragments.last;
+    for (auto &[id, run] : fragments.runs) {
+        claimed = std::max(claimed, run.data_end);
+        const bool is_last_unwritten = fragments.runs.size() < 16 &&
+                                       is_unwritten(fragments.input, *run.track, run.data_end, run.last_size);
+        fragments.is_cut = fragments.is_cut || run.data_end > size || is_last_unwritten;
+    }
+    if (fragments.is_cut) {
+        facts.cut(std::max(claimed, size), "the last fragment");
+    } else if (has_end_index && fragments.is_ended) {
+        facts.whole(claimed);
+    } else {
+        facts.extent.claimed = claimed;  // what ends with a fragment may have had more of them
+    }
+}
+
+}  // namespace
+
+void read_fragments(Input &input, uint64_t from, Bytes extends, std::vector<Track> &tracks, Facts &facts) {
+    Fragments fragments{input};
+    for (Track &track : tracks) fragments.runs[track.id].track = &track;
+    each_box(extends, [&](const Box &box) {
+        const auto found = fragments.runs.find(big32(box.data, 4));
+        if (box.type != fourcc("trex") || found == fragments.runs.end()) return;
+        found->second.default_duration = big32(box.data, 12);
+        found->second.default_size = big32(box.data, 16);
+    });
+    const Index at_end = random_access_index(input);
+    const Index index = at_end.last != 0 ? at_end : segment_index(input, from);
+    const bool by_index = index.last > from && index.entries > kFewFragments;
+    walk(fragments, from, by_index ? 1 : kMostFragments);
+    if (by_index) {
+        fragments.count = 0;
+        walk(fragments, index.last, static_cast<int>(kFewFragments));
+    }
+    for (const auto &[id, run] : fragments.runs) tell_track(run, !by_index && fragments.is_ended, facts);
+    judge(fragments, index.last != 0, facts);
+}
