@@ -12,7 +12,7 @@ namespace {
 constexpr uint64_t kHeader = 16;
 constexpr uint64_t kPreamble = 16;  // of a media packet
 constexpr uint64_t kMostPayload = 65536;
-constexpr int kMostPackets = 40;  // at the file's start that are looked at
+constexpr int kMostPackets = 24;  // at the file's start that are looked at
 constexpr uint64_t kTail = 131072;
 
 enum PacketType : uint8_t { map = 0xBC, media = 0xBF, end_of_stream = 0xFB, umf = 0xFD };
@@ -207,17 +207,20 @@ void Reader::read_media(const Packet &packet) {
     constexpr uint64_t kFirstBytes = 8192;
     const Bytes preamble = input_.present(packet.at + kHeader, kPreamble, 512);
     const MediaType *type = row_of(kMediaTypes, preamble[0], &MediaType::code);
-    if (!type) return;
-    const uint64_t start = packet.at + kHeader + kPreamble;
-    const Bytes data = input_.present(
-        start, std::min(packet.length - std::min(packet.length, kHeader + kPreamble), kFirstBytes));
-    if (type->kind == MediaType::timecode && !has_timecode_) {
+    const Track *track = main_track();
+    if (!type || packet.length < kHeader + kPreamble) return;
+    const bool is_timecode = type->kind == MediaType::timecode && !has_timecode_;
+    const bool is_picture =
+        type->kind == MediaType::picture && !has_picture_ && track && preamble[1] == track->id;
+    if (!is_timecode && !is_picture) return;
+    const uint64_t length = std::min(packet.length - kHeader - kPreamble, kFirstBytes);
+    const Bytes data = input_.present(packet.at + kHeader + kPreamble, length);
+    if (is_timecode) {
         has_timecode_ = true;
         const uint64_t first = big16(preamble, 6);
         if (first < big16(preamble, 8)) read_timecode_entry(data.sub(8 * first, 8));
+        return;
     }
-    const Track *track = main_track();
-    if (type->kind != MediaType::picture || has_picture_ || !track || preamble[1] != track->id) return;
     has_picture_ = true;
     Picture &picture = facts_.picture();
     Picture stream;
