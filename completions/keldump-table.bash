@@ -2,7 +2,7 @@
 _keldump_table() {
     local word=${COMP_WORDS[COMP_CWORD]}
     case $word in
-        -*) mapfile -t COMPREPLY < <(compgen -W '--csv --json -j --help --version --' -- "$word") ;;
+        -*) mapfile -t COMPREPLY < <(compgen -W '--csv --json --lines --odd --each --columns --field --files-from -0 -v -j --help --version --' -- "$word") ;;
         *) mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
     esac
 }
