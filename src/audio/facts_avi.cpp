@@ -106,8 +106,10 @@ void read_stream(Bytes list, Avi &avi) {
         return true;
     });
     const Ratio rate = rate_of(int64_t{little32(header, 24)}, int64_t{little32(header, 20)});
-    const int64_t length = little32(header, 32);
-    avi.has_length = avi.has_length || length > 0;
+    // What a writer to a pipe leaves is a length that no stream has.
+    const int64_t told = little32(header, 32);
+    const int64_t length = told >= 1 << 30 ? 0 : told;
+    avi.has_length = avi.has_length || told > 0;
     if (bytes_are(header, 0, "vids")) {
         Picture picture;
         picture.width = little32(format, 4);
@@ -124,7 +126,7 @@ void read_stream(Bytes list, Avi &avi) {
     } else if (bytes_are(header, 0, "auds")) {
         Sound sound;
         const uint64_t block = wave_format(format, sound);
-        const int64_t ticks = length > INT32_MAX || !rate.is_set() ? 0 : length;
+        const int64_t ticks = rate.is_set() ? length : 0;
         // A stream's length is in its own units, which are samples where those are of one size.
         if (ticks > 0 && block > 0 && little32(header, 44) == block) sound.samples = ticks;
         if (ticks > 0 && sound.samples < 0 && sound.rate.is_set())

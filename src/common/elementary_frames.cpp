@@ -113,6 +113,9 @@ bool stream_picture(Bytes data, Picture &picture) {
             at = start_code(data, at + 4);
         is_known = mpeg_sequence(data.from(at), stream);
     }
-    if (is_known) take_stream(stream, picture);
-    return is_known;
+    if (!is_known) return false;
+    take_stream(stream, picture);
+    if (!picture.rate.is_set()) picture.rate = stream.rate;
+    if (codec == "MPEG-1" || codec == "MPEG-2") picture.codec = stream.codec;
+    return true;
 }
