@@ -217,6 +217,9 @@ void judge_wave(Wave &wave) {
         facts.open("no sizes");
     } else if (end > size) {
         facts.cut(end, "the end of the data");
+    } else if (wave.block == 0 && !wave.sound.codec.ends_with("ADPCM") &&
+               is_unwritten(wave.input, wave.data_start, end)) {
+        facts.cut(end, "the end of the data (zeros)");
     } else if (!wave.is_streamed) {
         facts.whole(end);
     }
@@ -273,6 +276,13 @@ void read_wave(Wave &wave) {
 }
 
 }  // namespace
+
+bool is_unwritten(Input &input, uint64_t start, uint64_t end) {
+    const uint64_t n = std::min<uint64_t>(end - std::min(start, end), 2048);
+    const Bytes tail = input.present(end - n, n);
+    const auto bytes = tail.span(0, n);
+    return n >= 64 && bytes.size() == n && std::ranges::all_of(bytes, [](uint8_t byte) { return byte == 0; });
+}
 
 uint64_t wave_format(Bytes format, Sound &sound) {
     uint32_t tag = little16(format);

@@ -81,8 +81,9 @@ struct Avi {
     bool has_length = false;
     bool has_index = false;
     bool is_streamed = false;
-    uint64_t end = 0;  // of its parts
-    Bytes first = {};  // frame's data
+    bool has_zeros = false;  // in the place of a chunk
+    uint64_t end = 0;        // of its parts
+    Bytes first = {};        // frame's data
 };
 
 void read_super_index(Bytes indx, Avi &avi) {
@@ -164,6 +165,9 @@ void read_part(Bytes file, uint64_t at, uint64_t end, Avi &avi) {
         avi.is_streamed = size == 0 || size == 4 || size >= 0x7F000000;
         return !avi.is_streamed;
     });
+    const uint64_t next = avi.end + avi.end % 2;
+    if (!avi.is_streamed && next + 8 <= end && file.has(next, 8) && big64(file, next) == 0)
+        avi.has_zeros = true;
 }
 
 void judge(Avi &avi) {
@@ -173,7 +177,9 @@ void judge(Avi &avi) {
         return;
     }
     const uint64_t end = std::max(avi.end, avi.last_index);
-    if (end > size) {
+    if (avi.has_zeros) {
+        avi.facts.cut(end, "the index (zeros)");
+    } else if (end > size) {
         avi.facts.cut(end, avi.last_index > size ? "the last index" : "the end of the data");
     } else if (avi.has_index || avi.last_index > 0) {
         avi.facts.whole(end);

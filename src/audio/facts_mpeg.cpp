@@ -2,6 +2,7 @@
 #include <algorithm>
 
 #include "audio/facts.h"
+#include "audio/facts_riff.h"
 #include "common/elementary.h"
 
 namespace {
@@ -123,8 +124,12 @@ void count_frames(Stream &stream, const MpegAudioFrame &header, Bytes frame, Sou
     uint64_t frames = count.frames;
     if (!count.writer.empty() && facts.writer.empty()) facts.writer = count.writer;
     if (count.frames > 0) {
-        if (count.bytes > bytes) facts.cut(stream.start + count.bytes, "the last frames");
-        if (count.bytes > 0 && count.bytes <= bytes) facts.whole(stream.start + count.bytes);
+        const uint64_t end = stream.start + count.bytes;
+        if (count.bytes > bytes || (count.bytes > 0 && is_unwritten(stream.input, stream.start, end))) {
+            facts.cut(end, "the last frames");
+        } else if (count.bytes > 0) {
+            facts.whole(end);
+        }
         if (count.bytes > 0)
             sound.bit_rate = static_cast<int64_t>(static_cast<double>(count.bytes) * 8 * header.rate /
                                                       (static_cast<double>(frames) * header.samples) +
