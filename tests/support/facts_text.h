@@ -1,0 +1,62 @@
+// The facts of a file as one line of text.
+#pragma once
+
+#include <string>
+
+#include "common/input.h"
+#include "main/facts.h"
+
+inline std::string ratio_text(Ratio ratio) {
+    return std::to_string(ratio.n) + (ratio.d == 1 ? "" : "/" + std::to_string(ratio.d));
+}
+
+// What is known alone, in the record's order: "MOV | 1920x1080 ProRes 422 4:2:2 10 bits 25 fps 50 frames |
+// 2ch 48000 Hz 24 bits PCM | 10:00:00:00 track 3 | 2 s | whole".
+inline std::string text_of(const Facts &facts) {
+    std::string text = facts.format;
+    const auto add = [&](const std::string &word) { text += word.empty() ? "" : " " + word; };
+    add(facts.variant);
+    for (const Picture &p : facts.pictures) {
+        text += " | " + std::to_string(p.width) + "x" + std::to_string(p.height);
+        if (p.coded_width != 0)
+            add("(" + std::to_string(p.coded_width) + "x" + std::to_string(p.coded_height) + ")");
+        add(p.codec);
+        add(p.components);
+        if (p.bits != 0) add(std::to_string(p.bits) + (p.floating ? " bits float" : " bits"));
+        constexpr const char *kScans[] = {"", "p", "i", "tff", "bff"};
+        add(kScans[static_cast<size_t>(p.scan)]);
+        if (p.pixel_aspect.is_set() && p.pixel_aspect.n != p.pixel_aspect.d)
+            add("aspect " + ratio_text(p.pixel_aspect));
+        if (p.colour.primaries >= 0 || p.colour.full_range >= 0)
+            add("colour " + std::to_string(p.colour.primaries) + "," + std::to_string(p.colour.transfer) +
+                "," + std::to_string(p.colour.matrix) + "," + std::to_string(p.colour.full_range));
+        if (p.rate.is_set()) add(ratio_text(p.rate) + (p.constant_rate == false ? " vfr" : " fps"));
+        if (p.frames >= 0) add(std::to_string(p.frames) + " frames");
+        add(p.language);
+    }
+    for (const Sound &s : facts.sounds) {
+        text += " | " + std::to_string(s.channels) + "ch " + ratio_text(s.rate) + " Hz";
+        if (s.bits != 0) add(std::to_string(s.bits) + " bits");
+        add(s.codec);
+        add(s.layout);
+        add(s.language);
+        if (s.samples >= 0) add(std::to_string(s.samples) + " samples");
+    }
+    for (const FileTimecode &t : facts.timecodes) text += " | " + t.text() + " " + t.place;
+    if (!facts.keycode.empty()) text += " | key " + facts.keycode;
+    if (!facts.reel.empty()) text += " | reel " + facts.reel;
+    if (!facts.writer.empty()) text += " | by " + facts.writer;
+    if (!facts.date.empty()) text += " | " + facts.date;
+    if (facts.duration.d > 0) text += " | " + ratio_text(facts.duration) + " s";
+    constexpr const char *kStates[] = {"", "whole", "cut", "open"};
+    if (facts.extent.state != Extent::unknown) text += std::string(" | ") + kStates[facts.extent.state];
+    if (!facts.extent.missing.empty()) add(facts.extent.missing);
+    for (const auto &[name, value] : facts.more) text += " | " + name + ": " + value;
+    if (!facts.problem.empty()) text += " | ! " + facts.problem;
+    return text;
+}
+
+inline std::string facts_of(const std::string &content, const char *name = "file.bin") {
+    Input input(name, content.data(), content.size());
+    return text_of(facts(input));
+}
