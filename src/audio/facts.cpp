@@ -1,5 +1,323 @@
 #include "audio/facts.h"
 
-void riff_facts(Input &, Facts &) {}
-void aiff_facts(Input &, Facts &) {}
-void mpeg_audio_facts(Input &, Facts &) {}
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+#include <string_view>
+
+#include "audio/facts_riff.h"
+#include "common/elementary.h"
+#include "common/names.h"
+#include "common/values.h"
+
+namespace {
+
+constexpr uint32_t type_of(const char (&text)[5]) {
+    uint32_t type = 0;
+    for (int i = 0; i < 4; i++) type = type << 8 | static_cast<uint8_t>(text[i]);
+    return type;
+}
+
+constexpr CodeName kWaveCodecs[] = {
+    {1, "PCM"},          {2, "MS ADPCM"},  {3, "PCM float"}, {6, "A-law"},     {7, "mu-law"},
+    {0x11, "IMA ADPCM"}, {0x31, "GSM"},    {0x50, "MP2"},    {0x55, "MP3"},    {0xFF, "AAC"},
+    {0x160, "WMA"},      {0x161, "WMA"},   {0x162, "WMA"},   {0x706D, "AAC"},  {0x1600, "AAC"},
+    {0x1610, "AAC"},     {0x2000, "AC-3"}, {0x2001, "DTS"},  {0xF1AC, "FLAC"}, {0x704F, "Opus"},
+};
+
+// Sizes that stand for "to the end": of what was written to a pipe, whose header nobody could come back to.
+bool is_streamed(uint64_t size) {
+    return size == 0xFFFFFFFF ||
+           (size >= 0x7F000000 && size <= 0x7FFFFFFF && (size < 0x7F000100 || size >= 0x7FFFF000));
+}
+
+// The text of an element of XML, without its children; empty where there is none.
+std::string element(std::string_view xml, std::string_view name) {
+    const std::string open = "<" + std::string(name) + ">";
+    const size_t start = xml.find(open);
+    if (start == std::string_view::npos) return "";
+    std::string_view text = xml.substr(start + open.size());
+    text = text.substr(0, std::min<size_t>(text.find('<'), 256));
+    std::string plain;
+    while (!text.empty()) {
+        constexpr std::pair<std::string_view, char> kEntities[] = {
+            {"&amp;", '&'}, {"&lt;", '<'}, {"&gt;", '>'}, {"&quot;", '"'}, {"&apos;", '\''}};
+        const auto *entity =
+            std::ranges::find_if(kEntities, [&](const auto &e) { return text.starts_with(e.first); });
+        const bool is_entity = entity != std::end(kEntities);
+        plain += is_entity ? entity->second : text.front();
+        text.remove_prefix(is_entity ? entity->first.size() : 1);
+    }
+    return fixed_text(Bytes(plain.data(), plain.size()), 0, plain.size());
+}
+
+int64_t number_of(std::string_view text) {
+    int64_t value = 0;
+    for (const char c : text) {
+        if (c < '0' || c > '9' || value > INT64_MAX / 20) break;
+        value = value * 10 + (c - '0');
+    }
+    return value;
+}
+
+struct Wave {
+    Input &input;
+    Facts &facts;
+    Sound sound = {};
+    uint64_t block = 0;  // bytes of a sample of all channels
+    uint64_t data_start = 0;
+    uint64_t data_size = 0;
+    bool has_data = false;
+    bool is_streamed = false;
+    bool is_open = false;
+    int64_t told_samples = -1;  // of a fact chunk, or ds64
+    uint64_t large_data = 0;    // of ds64
+    bool has_bext = false;
+    int64_t time_reference = -1;
+    std::string originator = {};
+    std::string xml = {};
+};
+
+std::string loudness(Bytes bext, uint64_t offset, const char *unit) {
+    const int16_t value = static_cast<int16_t>(little16(bext, offset));
+    if (value == 0x7FFF) return "";
+    char text[32];
+    std::snprintf(text, sizeof text, "%.2f %s", value / 100.0, unit);
+    return text;
+}
+
+// The broadcast extension (EBU Tech 3285).
+void read_bext(Bytes bext, Wave &wave) {
+    if (bext.size() < 346) return;
+    Facts &facts = wave.facts;
+    wave.has_bext = true;
+    wave.time_reference = static_cast<int64_t>(std::min<uint64_t>(little64(bext, 338), INT64_MAX));
+    wave.originator = fixed_text(bext, 256, 32);
+    const auto part = [&](uint64_t at, uint64_t n) { return number_of(fixed_text(bext, at, n)); };
+    const bool has_time = bext[330] >= '0' && bext[330] <= '2';
+    facts.date = iso_date(part(320, 4), part(325, 2), part(328, 2), has_time ? part(330, 2) : -1,
+                          part(333, 2), part(336, 2));
+    facts.add_more("description", fixed_text(bext, 0, 256));
+    facts.add_more("originator", wave.originator);
+    facts.add_more("originator reference", fixed_text(bext, 288, 32));
+    const unsigned version = little16(bext, 346);
+    std::string umid;
+    for (const uint8_t byte : bext.span(348, version >= 1 ? 64 : 0)) {
+        char digits[4];
+        std::snprintf(digits, sizeof digits, "%02X", byte);
+        umid += digits;
+    }
+    if (umid.ends_with(std::string(64, '0'))) umid.resize(64);  // a basic one
+    if (umid.find_first_not_of('0') != std::string::npos) facts.add_more("UMID", umid);
+    if (version < 2) return;
+    facts.add_more("loudness", loudness(bext, 412, "LUFS"));
+    facts.add_more("loudness range", loudness(bext, 414, "LU"));
+    facts.add_more("true peak", loudness(bext, 416, "dBTP"));
+    facts.add_more("momentary loudness", loudness(bext, 418, "LUFS"));
+    facts.add_more("short-term loudness", loudness(bext, 420, "LUFS"));
+}
+
+void read_ds64(Bytes ds64, Wave &wave) {
+    wave.large_data = little64(ds64, 8);
+    if (little64(ds64, 16) > 0 && little64(ds64, 16) < INT64_MAX)
+        wave.told_samples = static_cast<int64_t>(little64(ds64, 16));
+}
+
+void read_info(Bytes list, Wave &wave) {
+    if (!bytes_are(list, 0, "INFO")) return;
+    each_chunk(list, 4, list.size(), false, [&](const Chunk &chunk) {
+        const std::string text = fixed_text(chunk.data, 0, std::min<uint64_t>(chunk.data.size(), 256));
+        if (chunk.type == type_of("ISFT")) wave.facts.writer = text;
+        if (chunk.type == type_of("ICRD") && wave.facts.date.empty() && text.size() >= 10)
+            wave.facts.date = iso_date(number_of(text), number_of(text.substr(5)), number_of(text.substr(8)));
+        if (chunk.type == type_of("INAM")) wave.facts.add_more("title", text);
+        return true;
+    });
+}
+
+void set_data(const Chunk &chunk, uint64_t size, Wave &wave) {
+    const uint64_t file_size = wave.input.size();
+    wave.has_data = true;
+    wave.data_start = chunk.start;
+    wave.data_size = size;
+    const uint64_t rest = file_size - std::min(file_size, chunk.start);
+    wave.is_streamed = is_streamed(size) && size > rest;
+    // No size yet, and no chunk where the next one would be.
+    wave.is_open = size == 0 && rest >= 8 &&
+                   !(wave.input.bytes()[chunk.start] >= 0x20 && wave.input.bytes()[chunk.start + 3] >= 0x20 &&
+                     little32(wave.input.bytes(), chunk.start + 4) <= rest);
+    if (wave.is_streamed || wave.is_open) wave.data_size = rest;
+}
+
+// The start: samples since midnight, as frames where the rate of the time code is told (iXML).
+void set_timecode(Wave &wave) {
+    const int64_t rate = wave.sound.rate.n;
+    int64_t samples = wave.time_reference;
+    std::string place = "bext";
+    const std::string low = element(wave.xml, "TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_LO");
+    if (samples < 0 && !low.empty()) {
+        samples =
+            (number_of(element(wave.xml, "TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_HI")) << 32) + number_of(low);
+        place = "iXML";
+    }
+    const int64_t told = number_of(element(wave.xml, "TIMESTAMP_SAMPLE_RATE"));
+    const int64_t clock = told > 0 && place == "iXML" ? told : rate;
+    if (samples < 0 || clock <= 0 || samples / clock > 7 * 86400) return;
+    const std::string rate_text = element(wave.xml, "TIMECODE_RATE");
+    const size_t slash = rate_text.find('/');
+    Ratio frames{number_of(rate_text),
+                 slash == std::string::npos ? 1 : number_of(std::string_view(rate_text).substr(slash + 1))};
+    FileTimecode timecode;
+    timecode.place = place;
+    if (frames.is_set() && frames.n < 1000000 && frames.d < 10000 && base_of(frames) > 0) {
+        timecode.base = base_of(frames);
+        timecode.drop = element(wave.xml, "TIMECODE_FLAG") == "DF";
+        // What begins with a frame was cut to a sample.
+        timecode.frames = (samples + 1) * frames.n / (frames.d * clock);
+        if (samples == 0) timecode.frames = 0;
+    } else {
+        char text[48];
+        const int64_t seconds = samples / clock;
+        std::snprintf(text, sizeof text, "%02lld:%02lld:%02lld.%03lld",
+                      static_cast<long long>(seconds / 3600), static_cast<long long>(seconds / 60 % 60),
+                      static_cast<long long>(seconds % 60),
+                      static_cast<long long>(samples % clock * 1000 / clock));
+        timecode.digits = text;
+    }
+    wave.facts.add(timecode);
+}
+
+void read_ixml(Wave &wave) {
+    Facts &facts = wave.facts;
+    const std::string_view xml = wave.xml;
+    facts.reel = element(xml, "TAPE");
+    facts.add_more("project", element(xml, "PROJECT"));
+    facts.add_more("scene", element(xml, "SCENE"));
+    facts.add_more("take", element(xml, "TAKE"));
+    facts.add_more("note", element(xml, "NOTE"));
+    facts.add_more("user bits", element(xml, "UBITS"));
+    std::string names;
+    size_t at = xml.find("<TRACK_LIST>");
+    while (at != std::string_view::npos && (at = xml.find("<TRACK>", at)) != std::string_view::npos) {
+        const size_t end = xml.find("</TRACK>", at);
+        const std::string name = element(xml.substr(at, end - at), "NAME");
+        if (!name.empty()) names += (names.empty() ? "" : ", ") + name;
+        at = end;
+    }
+    facts.add_more("tracks", names);
+}
+
+void judge_wave(Wave &wave) {
+    const uint64_t size = wave.input.size();
+    const uint64_t end = wave.data_size < INT64_MAX ? wave.data_start + wave.data_size : INT64_MAX;
+    Facts &facts = wave.facts;
+    if (!wave.has_data) {
+        facts.cut(size, "no data");
+    } else if (wave.is_open) {
+        facts.open("no sizes");
+    } else if (end > size) {
+        facts.cut(end, "the end of the data");
+    } else if (wave.block == 0 && !wave.sound.codec.ends_with("ADPCM") &&
+               is_unwritten(wave.input, wave.data_start, end)) {
+        facts.cut(end, "the end of the data (zeros)");
+    } else if (!wave.is_streamed) {
+        facts.whole(end);
+    }
+}
+
+void read_wave(Wave &wave) {
+    const Bytes file = wave.input.bytes();
+    each_chunk(file, 12, file.size(), false, [&](Chunk &chunk) {
+        const Bytes data = chunk.data;
+        switch (chunk.type) {
+            case type_of("ds64"): read_ds64(data, wave); break;
+            case type_of("fmt "): wave.block = wave_format(data, wave.sound); break;
+            case type_of("bext"): read_bext(data, wave); break;
+            case type_of("LIST"): read_info(data, wave); break;
+            case type_of("iXML"): {
+                const auto text = wave.input.present(chunk.start, std::min<uint64_t>(data.size(), 1 << 18))
+                                      .span(0, 1 << 18);
+                wave.xml.assign(text.begin(), text.end());
+                break;
+            }
+            case type_of("fact"):
+                if (wave.told_samples < 0 && data.size() >= 4) wave.told_samples = little32(data);
+                break;
+            case type_of("data"): {
+                const uint64_t told = chunk.end - chunk.start;
+                const bool is_large = told == 0xFFFFFFFF && wave.large_data > 0;
+                set_data(chunk, is_large ? wave.large_data : told, wave);
+                chunk.end = chunk.start + std::min<uint64_t>(wave.data_size, INT64_MAX);
+                break;
+            }
+            default: break;
+        }
+        return true;
+    });
+    Facts &facts = wave.facts;
+    const uint64_t present = std::min(wave.data_size, file.size() - std::min(file.size(), wave.data_start));
+    if (wave.block > 0 && wave.has_data) {
+        const uint64_t bytes = wave.is_streamed || wave.is_open ? present : wave.data_size;
+        wave.sound.samples = static_cast<int64_t>(std::min<uint64_t>(bytes / wave.block, INT64_MAX));
+    } else if (wave.told_samples >= 0 && wave.told_samples != 0xFFFFFFFF && !wave.is_streamed) {
+        wave.sound.samples = wave.told_samples;
+    }
+    facts.lasts(wave.sound.samples, wave.sound.rate);
+    facts.format = wave.has_bext ? "BWF" : "WAVE";
+    set_timecode(wave);
+    read_ixml(wave);
+    if (facts.writer.empty()) facts.writer = wave.originator;
+    if (wave.sound.channels > 0) {
+        facts.sounds.push_back(wave.sound);
+    } else {
+        facts.problem = "no format chunk";
+    }
+    judge_wave(wave);
+}
+
+}  // namespace
+
+bool is_unwritten(Input &input, uint64_t start, uint64_t end) {
+    const uint64_t n = std::min<uint64_t>(end - std::min(start, end), 2048);
+    const Bytes tail = input.present(end - n, n);
+    const auto bytes = tail.span(0, n);
+    return n >= 64 && bytes.size() == n && std::ranges::all_of(bytes, [](uint8_t byte) { return byte == 0; });
+}
+
+uint64_t wave_format(Bytes format, Sound &sound) {
+    uint32_t tag = little16(format);
+    sound.channels = little16(format, 2);
+    sound.rate = {little32(format, 4), 1};
+    uint64_t block = little16(format, 12);
+    sound.bits = little16(format, 14);
+    const uint32_t stored = sound.bits;
+    if (tag == 0xFFFE && format.size() >= 40) {
+        tag = little16(format, 24);
+        if (const uint32_t valid = little16(format, 18); valid > 0 && valid <= stored) sound.bits = valid;
+        sound.layout = speaker_layout(little32(format, 20));
+    }
+    char other[32];
+    std::snprintf(other, sizeof other, "0x%04X", tag);
+    const char *name = name_of(kWaveCodecs, tag);
+    sound.codec = name[0] != 0 ? name : other;
+    if (tag == 1 || tag == 3 || tag == 6 || tag == 7) {
+        const uint64_t packed = uint64_t{sound.channels} * ((stored + 7) / 8);
+        return block == 0 || block < packed ? packed : block;
+    }
+    sound.bits = 0;
+    if (const int64_t bytes = little32(format, 8); bytes > 0) sound.bit_rate = bytes * 8;
+    return 0;
+}
+
+void riff_facts(Input &input, Facts &facts) {
+    const Bytes head = input.bytes(0, 16);
+    if (bytes_are(head, 8, "AVI ")) {
+        avi_facts(input, facts);
+    } else if (bytes_are(head, 8, "WAVE")) {
+        if (!bytes_are(head, 0, "RIFF")) facts.variant = fixed_text(head, 0, 4);
+        Wave wave{input, facts};
+        read_wave(wave);
+    } else {
+        facts.variant = fixed_text(head, 8, 4);
+    }
+}

@@ -449,17 +449,3 @@ bool mpeg_sequence(Bytes stream, Picture &picture) {
     if (bit_rate > 0 && !is_variable) picture.bit_rate = bit_rate * 400;
     return true;
 }
-
-bool prores_frame(Bytes frame, Picture &picture) {
-    if (!bytes_are(frame, 4, "icpf") || big16(frame, 8) < 20) return false;
-    picture.width = big16(frame, 16);
-    picture.height = big16(frame, 18);
-    const uint8_t flags = frame[20];
-    const bool has_alpha = (frame[25] & 0x0F) != 0;
-    picture.components = flags >> 6 == 3 ? (has_alpha ? "4:4:4:4" : "4:4:4") : "4:2:2";
-    constexpr Scan kScans[] = {Scan::progressive, Scan::top_first, Scan::bottom_first, Scan::unknown};
-    picture.scan = kScans[flags >> 2 & 3];
-    const auto code = [&](uint64_t at) { return frame[at] == 0 ? -1 : code_of(frame[at]); };
-    picture.colour = {code(22), code(23), code(24), -1};
-    return true;
-}

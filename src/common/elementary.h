@@ -37,8 +37,15 @@ bool hevc_configuration(Bytes record, Picture &picture);
 // first picture's coding extension tells the scan.
 bool mpeg_sequence(Bytes stream, Picture &picture);
 
-// The frame header of ProRes from the frame's size on.
+// The frame headers of ProRes (from the frame's size on; SMPTE RDD 36), VC-3 and JPEG.
 bool prores_frame(Bytes frame, Picture &picture);
+bool vc3_frame(Bytes frame, Picture &picture);
+bool jpeg_frame(Bytes frame, Picture &picture);
+
+// What a stream itself says of a picture, where its container does not know better.
+void take_stream(const Picture &stream, Picture &picture);
+// The same from the first bytes of the stream, by the picture's codec. False where they say nothing.
+bool stream_picture(Bytes data, Picture &picture);
 
 // The AudioSpecificConfig (ISO 14496-3), the first frame header of ADTS, of AC-3 and E-AC-3.
 bool aac_configuration(Bytes config, Sound &sound);

@@ -225,6 +225,7 @@ constexpr Format kFormats[] = {
      [](const File &in) { return is_named(in, {".3dl", ".txt", ".scc", ".lut", ".edl", ".vamc"}); }},
     {"ZIP", "PK"sv, [](const File &) { print("Fileformat:ZIP\n"); }},
 
+    {"BW64", "BW64"sv, nullptr, riff_facts},
     {"MP3", "ID3"sv, nullptr, mpeg_audio_facts},
     {"Softimage", "S\x80\xF6\x34"sv, nullptr, softimage_facts},  // of any version
     {"MPEG-TS", ""sv, nullptr, transport_facts, is_longer_transport_stream},

@@ -1,4 +1,310 @@
 #include "mpeg/facts.h"
 
-void mpeg_facts(Input &, Facts &) {}
-void transport_facts(Input &, Facts &) {}
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <string>
+
+#include "common/elementary.h"
+#include "common/names.h"
+#include "mpeg/facts_streams.h"
+
+void Stream::add_time(int64_t time) {
+    if (time < 0) return;
+    if (first < 0) first = time;
+    // Clocks of 33 bits come round after a day.
+    constexpr int64_t kRound = int64_t{1} << 33;
+    while (time < first - kRound / 2) time += kRound;
+    first = std::min(first, time);
+    last = std::max(last, time);
+}
+
+int64_t clock_at(Bytes b, uint64_t at) {
+    const uint64_t v = b.big(at, 5);
+    return static_cast<int64_t>((v >> 33 & 7) << 30 | (v >> 17 & 0x7FFF) << 15 | (v >> 1 & 0x7FFF));
+}
+
+PesHeader pes_header(Bytes pes) {
+    PesHeader header;
+    if ((pes[6] & 0xC0) == 0x80) {  // ISO 13818-1
+        header.payload = 9 + uint64_t{pes[8]};
+        if ((pes[7] & 0x80) != 0) header.time = clock_at(pes, 9);
+        return header;
+    }
+    uint64_t at = 6;  // ISO 11172-1
+    while (at < 22 && pes[at] == 0xFF) at++;
+    if ((pes[at] & 0xC0) == 0x40) at += 2;
+    const unsigned kind = pes[at] >> 4;
+    if (kind == 2 || kind == 3) header.time = clock_at(pes, at);
+    header.payload = at + (kind == 2 ? 5 : kind == 3 ? 10 : 1);
+    return header;
+}
+
+void Stream::add_payload(Bytes payload) {
+    constexpr size_t kEnough = 16384;
+    const auto bytes = payload.span(0, kEnough - std::min(kEnough, head.size()));
+    head.append(bytes.begin(), bytes.end());
+}
+
+namespace {
+
+// The first frame of sound in a stream's beginning that another follows or that ends with it.
+template <typename Reader>
+bool find_sound(Bytes head, Reader read) {
+    for (uint64_t at = 0; at + 8 < head.size(); at++) {
+        if (read(head.from(at))) return true;
+    }
+    return false;
+}
+
+bool read_mpeg_sound(Bytes b, Sound &sound) {
+    const MpegAudioFrame frame = mpeg_audio_frame(b);
+    if (frame.bytes == 0 || (b.has(frame.bytes, 4) && mpeg_audio_frame(b.from(frame.bytes)).bytes == 0))
+        return false;
+    set_sound(frame, sound);
+    sound.bit_rate = frame.bit_rate;
+    return true;
+}
+
+// Sound of DVDs: quantization, rate and channels behind the substream's header.
+bool read_dvd_pcm(Bytes b, Sound &sound) {
+    constexpr uint32_t kBits[] = {16, 20, 24, 0};
+    constexpr uint32_t kRates[] = {48000, 96000, 44100, 32000};
+    sound.bits = kBits[b[5] >> 6];
+    sound.rate = {kRates[b[5] >> 4 & 3], 1};
+    sound.channels = (b[5] & 7) + 1U;
+    return sound.bits > 0;
+}
+
+// Of Blu-ray discs: four bytes before the samples.
+bool read_hdmv_pcm(Bytes b, Sound &sound) {
+    constexpr uint32_t kChannels[] = {0, 1, 0, 2, 3, 3, 4, 4, 5, 6, 7, 8, 0, 0, 0, 0};
+    constexpr uint32_t kBits[] = {0, 16, 20, 24};
+    sound.channels = kChannels[b[2] >> 4];
+    sound.rate = {(b[2] & 15) == 4 ? 96000 : (b[2] & 15) == 5 ? 192000 : 48000, 1};
+    sound.bits = kBits[b[3] >> 6];
+    return sound.channels > 0;
+}
+
+// SMPTE ST 302: pairs of AES3 channels in private data.
+bool read_302(Bytes b, Sound &sound) {
+    sound.channels = 2 + 2 * (b[2] >> 6U & 3U);
+    sound.bits = 16 + 4 * (b[3] >> 4U & 3U);
+    sound.rate = {48000, 1};
+    return true;
+}
+
+}  // namespace
+
+void tell_stream(Stream &stream, Facts &facts) {
+    const Bytes head(stream.head.data(), stream.head.size());
+    if (stream.is_picture) {
+        Picture picture;
+        picture.codec = stream.codec;
+        picture.language = stream.language;
+        if (stream.codec == "MPEG-4") {
+            picture.bits = 8;
+            picture.components = "4:2:0";
+        }
+        Picture sized = picture;
+        if (stream_picture(head, sized)) picture = sized;
+        if (!stream.rate.is_set()) stream.rate = picture.rate;
+        facts.pictures.push_back(picture);
+        return;
+    }
+    Sound sound;
+    sound.codec = stream.codec;
+    sound.language = stream.language;
+    if (stream.codec == "MP2") {
+        find_sound(head, [&](Bytes b) { return read_mpeg_sound(b, sound); });
+    } else if (stream.codec.ends_with("AC-3")) {
+        find_sound(head, [&](Bytes b) { return ac3_frame(b, sound); });
+    } else if (stream.codec == "AAC") {
+        find_sound(head, [&](Bytes b) { return adts_frame(b, sound); });
+    } else if (stream.codec == "PCM") {
+        if (stream.kind == Stream::dvd) read_dvd_pcm(head, sound);
+        if (stream.kind == Stream::hdmv) read_hdmv_pcm(head, sound);
+        if (stream.kind == Stream::aes3) read_302(head, sound);
+    }
+    facts.sounds.push_back(sound);
+}
+
+// By the pictures' clock, with the last one's own time; else by the sound's.
+void tell_duration(const std::vector<Stream *> &streams, Facts &facts) {
+    const Stream *longest = nullptr;
+    for (const Stream *stream : streams) {
+        if (stream->first < 0 || stream->last <= stream->first) continue;
+        if (!longest || (stream->is_picture && !longest->is_picture)) longest = stream;
+    }
+    if (!longest) return;
+    facts.duration = Ratio{longest->last - longest->first, 90000}.reduced();
+    const Ratio rate = longest->rate;
+    if (!rate.is_set()) return;
+    const double frames = static_cast<double>(longest->last - longest->first) / 90000 * rate.value() + 1;
+    if (std::abs(frames - std::round(frames)) < 0.02) facts.lasts(std::llround(frames), rate);
+}
+
+namespace {
+
+constexpr uint64_t kHead = 1 << 20;
+constexpr uint64_t kTail = 512 << 10;
+
+bool is_pes(uint8_t id) { return id >= 0xBC && id != 0xBF && id != 0xBE; }
+
+// A substream of private stream 1 as DVDs have them; its codec, or nothing.
+const char *dvd_codec(uint8_t id) {
+    if (id >= 0x80 && id <= 0x87) return "AC-3";
+    if (id >= 0x88 && id <= 0x8F) return "DTS";
+    if (id >= 0xA0 && id <= 0xAF) return "PCM";
+    return id >= 0xC0 && id <= 0xCF ? "AC-3" : nullptr;
+}
+
+struct Program {
+    Facts &facts;
+    std::map<uint32_t, Stream> streams = {};
+    bool is_ended = false;  // an end code was found
+    bool is_version_2 = false;
+    bool with_new = true;  // streams are made for ids that are new
+};
+
+void add_packet(Bytes pes, uint8_t id, Program &program) {
+    const PesHeader header = pes_header(pes);
+    Bytes payload = pes.from(header.payload);
+    uint32_t key = id;
+    Stream found;
+    if (id >= 0xE0 && id <= 0xEF) {
+        found.is_picture = true;
+        found.codec = "MPEG-2";
+        if (payload.size() > 5 && start_code(payload.sub(0, 16)) <= 1 &&
+            (payload[3] == 0x09 || payload[4] == 0x09 || (payload[4] & 0x1F) == 7))
+            found.codec = "H.264";
+    } else if (id >= 0xC0 && id <= 0xDF) {
+        found.codec = "MP2";
+    } else if (const char *codec = id == 0xBD ? dvd_codec(payload[0]) : nullptr) {
+        key = 0xBD00U | payload[0];
+        found.codec = codec;
+        found.kind = Stream::dvd;
+        if (found.codec != "PCM") payload = payload.from(4);
+    } else {
+        return;
+    }
+    auto place = program.streams.find(key);
+    if (place == program.streams.end()) {
+        if (!program.with_new) return;
+        place = program.streams.emplace(key, found).first;
+    }
+    place->second.add_time(header.time);
+    if (program.with_new) place->second.add_payload(payload);
+}
+
+// Goes from packet to packet; where it comes to, the end of the bytes or what is no packet.
+uint64_t walk_packets(Bytes bytes, uint64_t at, Program &program) {
+    for (int i = 0; i < 100000 && bytes.has(at, 4) && big32(bytes, at) >> 8 == 1; i++) {
+        const uint8_t id = bytes[at + 3];
+        if (id == 0xB9) {
+            program.is_ended = true;
+            at += 4;
+        } else if (id == 0xBA) {
+            const bool version_2 = bytes[at + 4] >> 6 == 1;
+            program.is_version_2 = program.is_version_2 || version_2;
+            at += version_2 ? 14 + (bytes[at + 13] & 7U) : 12;
+        } else if (id >= 0xBB) {
+            const uint64_t size = 6 + uint64_t{big16(bytes, at + 4)};
+            if (is_pes(id)) add_packet(bytes.sub(at, size), id, program);
+            at += size;
+        } else {
+            break;
+        }
+    }
+    return at;
+}
+
+void read_program(Input &input, Facts &facts) {
+    const uint64_t size = input.size();
+    Program program{facts};
+    const Bytes head = input.present(0, kHead);
+    uint64_t at = walk_packets(head, 0, program);
+    const uint64_t walked = at;
+    program.with_new = false;
+    Bytes tail = head;
+    uint64_t tail_start = 0;
+    if (size > kHead) {
+        tail_start = size - kTail;
+        tail = input.present(tail_start, kTail);
+        at = tail.size();
+        for (uint64_t pack = start_code(tail); pack < tail.size(); pack = start_code(tail, pack + 3)) {
+            if (tail[pack + 3] != 0xBA) continue;
+            at = walk_packets(tail, pack, program);
+            if (at + 4 > tail.size() || program.is_ended) break;
+        }
+    }
+    facts.variant = program.is_version_2 ? "program stream" : "MPEG-1 program stream";
+    std::vector<Stream *> streams;
+    for (auto &[id, stream] : program.streams) {
+        tell_stream(stream, facts);
+        streams.push_back(&stream);
+    }
+    tell_duration(streams, facts);
+    if (program.is_ended) {
+        facts.whole(size);
+    } else if (tail_start + at > size || (size <= kHead && walked + 4 > size && walked < size)) {
+        facts.cut(tail_start + at, "the last packet's end");
+    } else if (size - tail_start - at >= 2048 && big32(tail, at) == 0 && big32(tail, tail.size() - 4) == 0) {
+        facts.cut(size, "zeros where packets would be");
+    }
+}
+
+// The time code of a group of pictures (ISO 13818-2, 6.3.8).
+FileTimecode group_timecode(Bytes group, Ratio rate) {
+    const uint32_t bits = big32(group, 4);
+    const uint32_t base = base_of(rate);
+    const bool drop = bits >> 31 != 0 && (base == 30 || base == 60);
+    return file_timecode(bits >> 26 & 31, bits >> 20 & 63, bits >> 13 & 63, bits >> 7 & 63, base, drop,
+                         "group of pictures");
+}
+
+void read_video(Input &input, Facts &facts) {
+    const uint64_t size = input.size();
+    const bool is_small = size <= 3 * kHead;
+    const Bytes head = input.present(0, is_small ? size : 65536);
+    Picture picture;
+    if (!mpeg_sequence(head, picture)) {
+        facts.format.clear();
+        return;
+    }
+    facts.variant = picture.codec + " video";
+    int64_t fields = 0;
+    bool has_group = false;
+    int64_t left = 1000000;
+    for (uint64_t at = start_code(head); at < head.size() && left-- > 0; at = start_code(head, at + 4)) {
+        const uint8_t code = head[at + 3];
+        if (code == 0xB8 && !has_group) {
+            facts.add(group_timecode(head.from(at), picture.rate));
+            has_group = true;
+        }
+        if (code == 0) fields += 2;
+        // A picture that is one field says so in its coding extension.
+        if (code == 0xB5 && head[at + 4] >> 4 == 8 && (head[at + 6] & 3) != 3) fields--;
+    }
+    if (is_small) {
+        picture.frames = fields / 2;
+        facts.lasts(picture.frames, picture.rate);
+    }
+    facts.pictures.push_back(picture);
+    const Bytes end = input.present(size - std::min<uint64_t>(size, 64), 64);
+    for (uint64_t at = start_code(end); at < end.size(); at = start_code(end, at + 3)) {
+        if (end[at + 3] == 0xB7) facts.whole(size);
+    }
+}
+
+}  // namespace
+
+void mpeg_facts(Input &input, Facts &facts) {
+    const Bytes head = input.bytes(0, 16);
+    if (big32(head) == 0x1BA) {
+        read_program(input, facts);
+        if (facts.pictures.empty() && facts.sounds.empty()) facts.problem = "no streams";
+    } else if (big32(head) == 0x1B3) {
+        read_video(input, facts);
+    }
+}

@@ -441,7 +441,7 @@ void judge_extent(Movie &movie, uint64_t header_end) {
         const SampleTable table(track.table);
         const Reach reach = reach_of(movie, track, table);
         is_damaged = is_damaged || (table.samples > 0 && (table.chunk_count == 0 || table.chunk(0) == 0)) ||
-                     track.table.empty();
+                     table.sizes.empty() || table.chunks.empty();
         has_data = has_data || reach.end > 0;
         claimed = std::max(claimed, reach.end);
         if (reach.end > size) {

@@ -208,26 +208,6 @@ StreamDescriptor stream_descriptor(Bytes esds) {
     return found;
 }
 
-// What the stream itself says of the picture, where the container does not know better.
-void take_stream(const Picture &stream, Picture &picture) {
-    if (picture.width == 0) {
-        picture.width = stream.width;
-        picture.height = stream.height;
-    }
-    const uint32_t width = stream.coded_width != 0 ? stream.coded_width : stream.width;
-    const uint32_t height = stream.coded_height != 0 ? stream.coded_height : stream.height;
-    if (width != 0 && (width != picture.width || height != picture.height)) {
-        picture.coded_width = width;
-        picture.coded_height = height;
-    }
-    if (stream.bits != 0) picture.bits = stream.bits;
-    if (!stream.components.empty()) picture.components = stream.components;
-    if (stream.scan != Scan::unknown) picture.scan = stream.scan;
-    if (stream.pixel_aspect.is_set()) picture.pixel_aspect = stream.pixel_aspect;
-    if (stream.bit_rate > 0) picture.bit_rate = stream.bit_rate;
-    picture.colour = stream.colour;
-}
-
 void read_av1(Bytes record, Picture &picture) {
     if (record.size() < 4 || record[0] != 0x81) return;
     const uint8_t flags = record[2];
@@ -245,63 +225,11 @@ void read_vpx(Bytes record, Picture &picture) {
     picture.colour = {code(7), code(8), code(9), record[6] & 1};
 }
 
-// VC-3 (SMPTE ST 2019-1): compression identifiers and what they stand for.
-bool vc3_frame(Bytes frame, Picture &picture) {
-    if (!bytes_are(frame, 0, "\0\0\2\x80") && big32(frame) >> 8 != 3) return false;
-    constexpr CodeName kKinds[] = {
-        {1270, "DNxHR 444"}, {1271, "DNxHR HQX"}, {1272, "DNxHR HQ"}, {1273, "DNxHR SQ"}, {1274, "DNxHR LB"}};
-    const uint32_t id = big32(frame, 40);
-    picture.codec = name_of(kKinds, id, "DNxHD");
-    constexpr uint32_t kDepths[] = {0, 8, 10, 12, 0, 0, 0, 0};
-    picture.bits = kDepths[frame[33] >> 5];
-    const bool is_444 = id == 1256 || id == 1270;
-    picture.components = !is_444 ? "4:2:2" : (frame[44] & 1) != 0 || id == 1256 ? "RGB" : "4:4:4";
-    if ((frame[5] & 2) == 0) picture.scan = Scan::progressive;
-    return true;
-}
-
-// The frame header of JPEG (ITU-T T.81, B.2.2): precision and sampling factors.
-bool jpeg_frame(Bytes frame, Picture &picture) {
-    uint64_t at = 2;
-    if (big16(frame) != 0xFFD8) return false;
-    for (int i = 0; i < 64 && frame.has(at, 10) && frame[at] == 0xFF; i++) {
-        const uint8_t marker = frame[at + 1];
-        if (marker >= 0xC0 && marker <= 0xC3) {
-            picture.bits = frame[at + 4];
-            const uint8_t parts = frame[at + 9];
-            constexpr CodeName kChroma[] = {
-                {0x11, "4:4:4"}, {0x21, "4:2:2"}, {0x22, "4:2:0"}, {0x41, "4:1:1"}, {0x12, "4:4:0"}};
-            const uint32_t luma = frame[at + 11];
-            const uint32_t chroma = frame[at + 14];
-            if (parts == 1) picture.components = "Y";
-            if (parts == 3 && chroma >> 4 != 0 && (chroma & 15) != 0)
-                picture.components =
-                    name_of(kChroma, (luma >> 4) / (chroma >> 4) << 4 | (luma & 15) / (chroma & 15));
-            return true;
-        }
-        at += 2 + uint64_t{big16(frame, at + 2)};
-    }
-    return false;
-}
-
 // The first sample, as far as its headers reach.
 Bytes first_sample(Input &input, const Track &track) {
     const SampleTable table(track.table);
     if (table.chunk_count == 0 || table.samples == 0 || track.is_external) return {};
     return input.present(table.chunk(0), std::min<uint64_t>(table.size_of(0), 2048));
-}
-
-// A parameter set in the samples, each unit behind its length, or in a byte stream.
-bool avc_sample(Bytes sample, Picture &picture) {
-    const auto is_sequence = [](uint8_t first) { return (first & 0x1F) == 7; };
-    if (big32(sample) <= 1) return h264_sequence(nal_unit(sample, is_sequence), picture);
-    uint64_t at = 0;
-    for (int i = 0; i < 16 && sample.has(at, 5); i++) {
-        const uint64_t size = big32(sample, at);
-        if (is_sequence(sample[at + 4])) return h264_sequence(sample.sub(at + 4, size), picture);
-        at += 4 + size;
-    }
-    return false;
 }
 
 void read_mpeg4(Bytes esds, Picture &picture, Kind &kind) {
@@ -412,21 +340,9 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
         if (box.type == fourcc("esds")) read_mpeg4(box.data, picture, kind);
         if (box.type == fourcc("btrt") && big32(box.data, 8) > 0) picture.bit_rate = big32(box.data, 8);
     });
-    if (!is_known && kind >= Kind::avc && kind <= Kind::jpeg) {
-        const Bytes sample = first_sample(input, track);
-        switch (kind) {
-            case Kind::avc: is_known = avc_sample(sample, stream); break;
-            case Kind::mpeg2: is_known = mpeg_sequence(sample, stream); break;
-            case Kind::prores: is_known = prores_frame(sample, stream); break;
-            case Kind::jpeg: is_known = jpeg_frame(sample, stream); break;
-            case Kind::vc3:
-                is_known = vc3_frame(sample, stream);
-                if (is_known) picture.codec = stream.codec;
-                break;
-            default: break;
-        }
-    }
     if (is_known) take_stream(stream, picture);
+    if (!is_known && kind >= Kind::avc && kind <= Kind::jpeg)
+        stream_picture(first_sample(input, track), picture);
     each_box(boxes, [&](const Box &box) {
         const Bytes data = box.data;
         if (box.type == fourcc("fiel") && scan_of(data[0], data[1]) != Scan::unknown)

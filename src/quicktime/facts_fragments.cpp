@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <iterator>
 #include <map>
 
 #include "quicktime/facts_movie.h"
@@ -118,6 +119,13 @@ void walk(Fragments &fragments, uint64_t at, int most) {
         if (!file.has(at, box.header) || box.size == 0) {
             // A header that is cut, or zeros in its place.
             fragments.is_cut = fragments.is_cut || !file.has(at, 8) || big64(file, at) == 0;
+            at = file_size;
+            break;
+        }
+        constexpr uint32_t kTypes[] = {fourcc("moof"), fourcc("mdat"), fourcc("sidx"), fourcc("styp"),
+                                       fourcc("mfra"), fourcc("free"), fourcc("skip"), fourcc("emsg"),
+                                       fourcc("prft"), fourcc("uuid"), fourcc("wide"), fourcc("udta")};
+        if (std::ranges::find(kTypes, box.type) == std::end(kTypes)) {  // bytes behind the end
             at = file_size;
             break;
         }

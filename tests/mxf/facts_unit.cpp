@@ -116,7 +116,7 @@ struct Clip {
 };
 
 std::string extent(const std::string &bytes) {
-    const std::string text = facts_text(bytes);
+    const std::string text = facts_of(bytes);
     const size_t at = text.rfind(" | missing");
     const std::string state = text.substr(0, at);
     return state.substr(state.rfind("| ") + 2);
@@ -129,14 +129,14 @@ const std::string kFacts =
 
 }  // namespace
 
-TEST(MxfFacts, TracksOfBothFieldsTapeAndDropTimecode) { EXPECT_EQ(facts_text(Clip(false).bytes), kFacts); }
+TEST(MxfFacts, TracksOfBothFieldsTapeAndDropTimecode) { EXPECT_EQ(facts_of(Clip(false).bytes), kFacts); }
 
 TEST(MxfFacts, DurationsOfAnOpenHeaderAreThoseOfTheFootersIndex) {
-    EXPECT_EQ(facts_text(Clip(true).bytes), kFacts);
+    EXPECT_EQ(facts_of(Clip(true).bytes), kFacts);
 }
 
 TEST(MxfFacts, RunInBeforeTheHeader) {
-    EXPECT_EQ(facts_text(std::string(500, 'r') + Clip(false).bytes), kFacts);
+    EXPECT_EQ(facts_of(std::string(500, 'r') + Clip(false).bytes), kFacts);
 }
 
 TEST(MxfFacts, Extent) {
@@ -156,9 +156,9 @@ TEST(MxfFacts, Extent) {
 TEST(MxfFacts, NoPrefixLeadsOutside) {
     const std::string whole = Clip(false).bytes;
     for (size_t n = 4; n < whole.size(); n += 37) {
-        facts_text(whole.substr(0, n));
+        facts_of(whole.substr(0, n));
         std::string damaged = whole;
         damaged[n] = '\xFF';
-        facts_text(damaged);
+        facts_of(damaged);
     }
 }

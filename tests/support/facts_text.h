@@ -1,4 +1,4 @@
-// Facts as one line of text.
+// The facts of a file as one line of text.
 #pragma once
 
 #include <string>
@@ -6,51 +6,57 @@
 #include "common/input.h"
 #include "main/facts.h"
 
-inline std::string ratio_text(Ratio r) {
-    return r.d == 1 ? std::to_string(r.n) : std::to_string(r.n) + "/" + std::to_string(r.d);
+inline std::string ratio_text(Ratio ratio) {
+    return std::to_string(ratio.n) + (ratio.d == 1 ? "" : "/" + std::to_string(ratio.d));
 }
 
-// "FORMAT variant | 1920x1080 10 4:2:2 codec p 25 f50 | sound 2ch 48000 24 PCM n96000 | 01:00:00:00 place |
-// reel= writer= date= dur= | whole"; what is not known is left out.
-inline std::string facts_text(const std::string &bytes, const char *name = "file") {
-    Input input(name, bytes.data(), bytes.size());
-    const Facts f = facts(input);
-    std::string out = f.format + (f.variant.empty() ? "" : " " + f.variant);
-    const auto add = [&](const std::string &text) {
-        if (!text.empty()) out += " " + text;
-    };
-    for (const Picture &p : f.pictures) {
-        out += " | " + std::to_string(p.width) + "x" + std::to_string(p.height);
-        if (p.coded_width)
+// What is known alone, in the record's order: "MOV | 1920x1080 ProRes 422 4:2:2 10 bits 25 fps 50 frames |
+// 2ch 48000 Hz 24 bits PCM | 10:00:00:00 track 3 | 2 s | whole".
+inline std::string text_of(const Facts &facts) {
+    std::string text = facts.format;
+    const auto add = [&](const std::string &word) { text += word.empty() ? "" : " " + word; };
+    add(facts.variant);
+    for (const Picture &p : facts.pictures) {
+        text += " | " + std::to_string(p.width) + "x" + std::to_string(p.height);
+        if (p.coded_width != 0)
             add("(" + std::to_string(p.coded_width) + "x" + std::to_string(p.coded_height) + ")");
-        if (p.bits) add(std::to_string(p.bits) + (p.floating ? "f" : ""));
-        add(p.components);
         add(p.codec);
+        add(p.components);
+        if (p.bits != 0) add(std::to_string(p.bits) + (p.floating ? " bits float" : " bits"));
         constexpr const char *kScans[] = {"", "p", "i", "tff", "bff"};
-        add(kScans[static_cast<int>(p.scan)]);
-        if (p.pixel_aspect.is_set()) add("par " + ratio_text(p.pixel_aspect));
-        if (p.rate.is_set()) add(ratio_text(p.rate));
-        if (p.frames >= 0) add("f" + std::to_string(p.frames));
+        add(kScans[static_cast<size_t>(p.scan)]);
+        if (p.pixel_aspect.is_set() && p.pixel_aspect.n != p.pixel_aspect.d)
+            add("aspect " + ratio_text(p.pixel_aspect));
+        if (p.colour.primaries >= 0 || p.colour.full_range >= 0)
+            add("colour " + std::to_string(p.colour.primaries) + "," + std::to_string(p.colour.transfer) +
+                "," + std::to_string(p.colour.matrix) + "," + std::to_string(p.colour.full_range));
+        if (p.rate.is_set()) add(ratio_text(p.rate) + (p.constant_rate == false ? " vfr" : " fps"));
+        if (p.frames >= 0) add(std::to_string(p.frames) + " frames");
+        add(p.language);
     }
-    for (const Sound &s : f.sounds) {
-        out += " | sound " + std::to_string(s.channels) + "ch";
-        if (s.rate.is_set()) add(ratio_text(s.rate));
-        if (s.bits) add(std::to_string(s.bits));
+    for (const Sound &s : facts.sounds) {
+        text += " | " + std::to_string(s.channels) + "ch " + ratio_text(s.rate) + " Hz";
+        if (s.bits != 0) add(std::to_string(s.bits) + " bits");
         add(s.codec);
         add(s.layout);
         add(s.language);
-        if (s.samples >= 0) add("n" + std::to_string(s.samples));
+        if (s.samples >= 0) add(std::to_string(s.samples) + " samples");
     }
-    for (const FileTimecode &t : f.timecodes) out += " | " + t.text() + " " + t.place;
-    const auto named = [&](const char *label, const std::string &text) {
-        if (!text.empty()) out += std::string(" | ") + label + text;
-    };
-    named("reel ", f.reel);
-    named("writer ", f.writer);
-    named("date ", f.date);
-    named("lasts ", f.duration.is_set() ? ratio_text(f.duration) : "");
+    for (const FileTimecode &t : facts.timecodes) text += " | " + t.text() + " " + t.place;
+    if (!facts.keycode.empty()) text += " | key " + facts.keycode;
+    if (!facts.reel.empty()) text += " | reel " + facts.reel;
+    if (!facts.writer.empty()) text += " | by " + facts.writer;
+    if (!facts.date.empty()) text += " | " + facts.date;
+    if (facts.duration.d > 0) text += " | " + ratio_text(facts.duration) + " s";
     constexpr const char *kStates[] = {"", "whole", "cut", "open"};
-    named("", kStates[f.extent.state]);
-    named("missing ", f.extent.missing);
-    return out;
+    if (facts.extent.state != Extent::unknown) text += std::string(" | ") + kStates[facts.extent.state];
+    if (!facts.extent.missing.empty()) add(facts.extent.missing);
+    for (const auto &[name, value] : facts.more) text += " | " + name + ": " + value;
+    if (!facts.problem.empty()) text += " | ! " + facts.problem;
+    return text;
+}
+
+inline std::string facts_of(const std::string &content, const char *name = "file.bin") {
+    Input input(name, content.data(), content.size());
+    return text_of(facts(input));
 }

@@ -1,0 +1,99 @@
+#include <algorithm>
+#include <cmath>
+
+#include "audio/facts.h"
+#include "audio/facts_riff.h"
+#include "common/names.h"
+#include "common/values.h"
+
+namespace {
+
+struct Aiff {
+    Sound sound = {};
+    uint64_t block = 0;  // bytes of a sample of all channels, 0 for compressed sound
+    uint64_t start = 0;  // of the sound
+    uint64_t told = 0;   // bytes of it
+};
+
+// An 80-bit number (IEEE 754, double extended).
+double extended(Bytes b, uint64_t at) {
+    const int exponent = (big16(b, at) & 0x7FFF) - 16383 - 63;
+    return std::ldexp(static_cast<double>(big64(b, at + 2)), exponent);
+}
+
+void read_common(Bytes comm, Aiff &aiff) {
+    struct Compression {
+        const char *codec;
+        uint32_t bits;  // of a stored sample; 0: those of the chunk
+    };
+    constexpr CodeName kNames[] = {
+        {0x4E4F4E45, "PCM"},       {0x736F7774, "PCM"},       {0x74776F73, "PCM"},
+        {0x72617720, "PCM"},       {0x696E3234, "PCM"},       {0x696E3332, "PCM"},
+        {0x666C3332, "PCM float"}, {0x464C3332, "PCM float"}, {0x666C3634, "PCM float"},
+        {0x464C3634, "PCM float"}, {0x616C6177, "A-law"},     {0x414C4157, "A-law"},
+        {0x756C6177, "mu-law"},    {0x554C4157, "mu-law"},    {0x696D6134, "IMA ADPCM"},
+        {0x4D414333, "MACE 3:1"},  {0x4D414336, "MACE 6:1"},  {0x47534D20, "GSM"},
+        {0x73647832, "SDX2"}};
+    Sound &sound = aiff.sound;
+    sound.channels = big16(comm, 0);
+    sound.samples = big32(comm, 2);
+    sound.bits = big16(comm, 6);
+    const double rate = extended(comm, 8);
+    if (rate >= 1 && rate < 1e8) sound.rate = Ratio{std::llround(rate * 1000), 1000}.reduced();
+    const uint32_t type = comm.size() >= 22 ? big32(comm, 18) : 0x4E4F4E45;
+    sound.codec = name_of(kNames, type);
+    if (sound.codec.empty()) sound.codec = fixed_text(comm, 18, 4);
+    if (type == 0x666C3634 || type == 0x464C3634) sound.bits = 64;
+    if (type == 0x666C3332 || type == 0x464C3332) sound.bits = 32;
+    if (sound.codec.ends_with("-law")) sound.bits = 8;
+    const bool is_plain = sound.codec.starts_with("PCM") || sound.codec.ends_with("-law");
+    if (is_plain) aiff.block = uint64_t{sound.channels} * ((sound.bits + 7) / 8);
+    if (sound.codec == "IMA ADPCM") sound.samples *= 64;  // told are packets of 64 samples
+    if (!is_plain) sound.bits = 0;
+}
+
+}  // namespace
+
+void aiff_facts(Input &input, Facts &facts) {
+    const Bytes file = input.bytes();
+    if (!bytes_are(file, 8, "AIFF") && !bytes_are(file, 8, "AIFC")) {
+        facts.format.clear();
+        return;
+    }
+    facts.format = fixed_text(file, 8, 4);
+    Aiff aiff;
+    each_chunk(file, 12, file.size(), true, [&](Chunk &chunk) {
+        if (chunk.type == 0x434F4D4D) read_common(chunk.data, aiff);  // COMM
+        if (chunk.type == 0x53534E44) {                               // SSND
+            aiff.start = chunk.start + 8 + big32(chunk.data);
+            aiff.told = chunk.end - chunk.start;
+        }
+        const uint64_t most = std::min<uint64_t>(chunk.data.size(), 256);
+        if (chunk.type == 0x4E414D45) facts.add_more("title", fixed_text(chunk.data, 0, most));       // NAME
+        if (chunk.type == 0x414E4E4F) facts.add_more("annotation", fixed_text(chunk.data, 0, most));  // ANNO
+        return true;
+    });
+    if (aiff.sound.channels == 0) {
+        facts.problem = "no common chunk";
+        return facts.cut(file.size(), "the headers");
+    }
+    const uint64_t rest = file.size() - std::min(aiff.start, file.size());
+    const uint64_t needed = aiff.block * static_cast<uint64_t>(aiff.sound.samples);
+    // What was written to a pipe tells as much as there can be, or nothing.
+    const bool is_streamed = aiff.told >= 0x7F000000 && needed > rest && aiff.told <= 0x7F000100;
+    const bool is_open = aiff.sound.samples == 0 && aiff.start > 0 && aiff.told <= 8 && rest > 0;
+    if ((is_streamed || is_open) && aiff.block > 0)
+        aiff.sound.samples = static_cast<int64_t>(rest / aiff.block);
+    facts.lasts(aiff.sound.samples, aiff.sound.rate);
+    facts.sounds.push_back(aiff.sound);
+    if (aiff.start == 0 && aiff.sound.samples > 0) {
+        facts.cut(file.size(), "no sound");
+    } else if (is_open) {
+        facts.open("no sizes");
+    } else if (!is_streamed) {
+        const uint64_t end =
+            aiff.block > 0 ? aiff.start + needed : aiff.start + aiff.told - std::min<uint64_t>(aiff.told, 8);
+        if (end > file.size()) return facts.cut(end, "the end of the data");
+        facts.whole(end);
+    }
+}

@@ -1,0 +1,217 @@
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+
+#include "audio/facts_riff.h"
+#include "common/elementary.h"
+#include "common/values.h"
+
+namespace {
+
+constexpr uint32_t kList = 0x4C495354;  // "LIST"
+
+// Codecs by the FourCCs that writers use for them, in capitals.
+struct AviCodec {
+    std::string_view codes;  // of four characters each
+    const char *codec;
+    const char *components = "";
+    uint32_t bits = 0;
+};
+
+constexpr AviCodec kCodecs[] = {
+    {"UYVYHDYC2VUYYUY2YUYVYUNV", "uncompressed", "4:2:2", 8},
+    {"V210", "uncompressed", "4:2:2", 10},
+    {"I420IYUVYV12", "uncompressed", "4:2:0", 8},
+    {"Y800GREY", "uncompressed", "Y", 8},
+    {"R210", "uncompressed", "RGB", 10},
+    {"MJPGAVRNDMB1IJPGLJPGJPEG", "Motion JPEG", "", 8},
+    {"DVSDDV25DVCSDCVCDVPACDVCDVIS", "DV", "", 8},
+    {"DVCPDVC ", "DV", "", 8},
+    {"DV50", "DVCPRO50", "4:2:2", 8},
+    {"DVHDDVH1DV1N", "DVCPRO HD", "4:2:2", 8},
+    {"XVIDDIVXDX50FMP4MP4VM4S2DIV3MP43", "MPEG-4", "4:2:0", 8},
+    {"H264X264AVC1DAVCVSSH", "H.264"},
+    {"HEVCH265HEV1HVC1", "HEVC"},
+    {"MPG2MPEGM2V1MP2VEM2VMMES", "MPEG-2", "", 8},
+    {"MPG1MP1V", "MPEG-1", "4:2:0", 8},
+    {"CFHD", "CineForm"},
+    {"FFV1", "FFV1"},
+    {"HFYUFFVH", "HuffYUV"},
+    {"LAGS", "Lagarith"},
+    {"ULRGULRAULY0ULY2ULY4ULH0ULH2ULH4", "Ut Video", "", 8},
+    {"AVDN", "DNxHD"},
+    {"MJ2CMJP2LJ2K", "JPEG 2000"},
+    {"CVID", "Cinepak"},
+    {"WMV1WMV2WMV3", "WMV", "4:2:0", 8},
+    {"VP80", "VP8", "4:2:0", 8},
+    {"VP90", "VP9"},
+};
+
+void set_codec(uint32_t code, uint32_t depth, Picture &picture) {
+    std::string name;
+    for (int shift = 24; shift >= 0; shift -= 8) {
+        const char c = static_cast<char>(code >> shift & 0xFF);
+        name += c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
+    }
+    if (code == 0 || name == "DIB " || name == "RGB " || code == 0x03000000) {
+        picture.codec = "uncompressed";
+        picture.components = depth <= 8 ? "palette" : depth == 32 ? "RGBA" : "RGB";
+        picture.bits = depth <= 8 ? depth : depth == 16 ? 5 : 8;
+        return;
+    }
+    for (const AviCodec &codec : kCodecs) {
+        for (size_t i = 0; i < codec.codes.size(); i += 4) {
+            if (codec.codes.substr(i, 4) != name) continue;
+            picture.codec = codec.codec;
+            picture.components = codec.components;
+            picture.bits = codec.bits;
+            return;
+        }
+    }
+    for (const char c : name) {
+        if (is_printable(static_cast<uint8_t>(c))) picture.codec += c;
+    }
+}
+
+struct Avi {
+    Input &input;
+    Facts &facts;
+    int64_t frames_of_all_parts = -1;  // of an OpenDML header
+    uint64_t last_index = 0;           // where the last standard index ends
+    bool has_length = false;
+    bool has_index = false;
+    bool is_streamed = false;
+    bool has_zeros = false;  // in the place of a chunk
+    uint64_t end = 0;        // of its parts
+    Bytes first = {};        // frame's data
+};
+
+void read_super_index(Bytes indx, Avi &avi) {
+    const uint64_t n =
+        std::min<uint64_t>(little32(indx, 4), (indx.size() - std::min<uint64_t>(indx.size(), 24)) / 16);
+    if (indx[3] != 0 || n == 0) return;
+    const uint64_t at = 24 + 16 * (n - 1);
+    const uint64_t offset = little64(indx, at);
+    if (offset < INT64_MAX) avi.last_index = std::max(avi.last_index, offset + little32(indx, at + 8));
+}
+
+void read_stream(Bytes list, Avi &avi) {
+    Bytes header;
+    Bytes format;
+    Bytes properties;
+    each_chunk(list, 4, list.size(), false, [&](const Chunk &chunk) {
+        if (chunk.type == 0x73747268) header = chunk.data;      // strh
+        if (chunk.type == 0x73747266) format = chunk.data;      // strf
+        if (chunk.type == 0x76707270) properties = chunk.data;  // vprp
+        if (chunk.type == 0x696E6478) read_super_index(chunk.data, avi);
+        return true;
+    });
+    const Ratio rate = rate_of(int64_t{little32(header, 24)}, int64_t{little32(header, 20)});
+    // What a writer to a pipe leaves is a length that no stream has.
+    const int64_t told = little32(header, 32);
+    const int64_t length = told >= 1 << 30 ? 0 : told;
+    avi.has_length = avi.has_length || told > 0;
+    if (bytes_are(header, 0, "vids")) {
+        Picture picture;
+        picture.width = little32(format, 4);
+        picture.height = static_cast<uint32_t>(std::abs(int64_t{static_cast<int32_t>(little32(format, 8))}));
+        set_codec(big32(format, 16), little16(format, 14), picture);
+        picture.rate = rate;
+        if (rate.is_set()) picture.constant_rate = true;
+        if (length > 0) picture.frames = length;
+        const int64_t n = little16(properties, 22);
+        const int64_t d = little16(properties, 20);
+        if (n > 0 && d > 0 && picture.width > 0)
+            picture.pixel_aspect = Ratio{n * picture.height, d * picture.width}.reduced();
+        avi.facts.pictures.push_back(picture);
+    } else if (bytes_are(header, 0, "auds")) {
+        Sound sound;
+        const uint64_t block = wave_format(format, sound);
+        const int64_t ticks = rate.is_set() ? length : 0;
+        // A stream's length is in its own units, which are samples where those are of one size.
+        if (ticks > 0 && block > 0 && little32(header, 44) == block) sound.samples = ticks;
+        if (ticks > 0 && sound.samples < 0 && sound.rate.is_set())
+            sound.samples =
+                static_cast<int64_t>(static_cast<double>(ticks) / rate.value() * sound.rate.value() + 0.5);
+        avi.facts.sounds.push_back(sound);
+    }
+}
+
+void read_headers(Bytes list, Avi &avi) {
+    each_chunk(list, 4, list.size(), false, [&](const Chunk &chunk) {
+        if (chunk.type == kList && bytes_are(chunk.data, 0, "strl")) read_stream(chunk.data, avi);
+        if (chunk.type == kList && bytes_are(chunk.data, 0, "odml"))
+            avi.frames_of_all_parts = little32(chunk.data, 12);
+        return true;
+    });
+}
+
+// A part: 'RIFF' with 'AVI ' or, behind the first GiB, 'AVIX'.
+void read_part(Bytes file, uint64_t at, uint64_t end, Avi &avi) {
+    each_chunk(file, at + 12, end, false, [&](const Chunk &chunk) {
+        avi.end = std::max(avi.end, chunk.end);
+        const uint64_t size = chunk.end - chunk.start;
+        if (chunk.type == 0x69647831) avi.has_index = chunk.end <= file.size();  // idx1
+        if (chunk.type != kList) return true;
+        if (bytes_are(chunk.data, 0, "hdrl")) read_headers(chunk.data, avi);
+        if (bytes_are(chunk.data, 0, "INFO")) {
+            each_chunk(chunk.data, 4, chunk.data.size(), false, [&](const Chunk &text) {
+                if (text.type == 0x49534654) avi.facts.writer = fixed_text(text.data, 0, 256);  // ISFT
+                return true;
+            });
+        }
+        if (!bytes_are(chunk.data, 0, "movi")) return true;
+        if (avi.first.empty()) avi.first = avi.input.present(chunk.start + 12, 4096);
+        avi.is_streamed = size == 0 || size == 4 || size >= 0x7F000000;
+        return !avi.is_streamed;
+    });
+    const uint64_t next = avi.end + avi.end % 2;
+    if (!avi.is_streamed && next + 8 <= end && file.has(next, 8) && big64(file, next) == 0)
+        avi.has_zeros = true;
+}
+
+void judge(Avi &avi) {
+    const uint64_t size = avi.input.size();
+    if (avi.is_streamed) {
+        if (!avi.has_length) avi.facts.open("no sizes");
+        return;
+    }
+    const uint64_t end = std::max(avi.end, avi.last_index);
+    if (avi.has_zeros) {
+        avi.facts.cut(end, "the index (zeros)");
+    } else if (end > size) {
+        avi.facts.cut(end, avi.last_index > size ? "the last index" : "the end of the data");
+    } else if (avi.has_index || avi.last_index > 0) {
+        avi.facts.whole(end);
+    } else if (avi.facts.pictures.empty() && avi.facts.sounds.empty()) {
+        avi.facts.cut(size, "the headers");
+    }
+}
+
+}  // namespace
+
+void avi_facts(Input &input, Facts &facts) {
+    Avi avi{input, facts};
+    const Bytes file = input.bytes();
+    facts.format = "AVI";
+    uint64_t at = 0;
+    for (int part = 0; part < 8 && bytes_are(file, at, "RIFF"); part++) {
+        const uint64_t size = little32(file, at + 4);
+        const bool is_open = size == 0 || size >= 0x7FFFF000;
+        const uint64_t end = is_open ? file.size() : at + 8 + size;
+        read_part(file, at, end, avi);
+        at = end + size % 2;
+        if (is_open) break;
+    }
+    if (avi.last_index > 0) facts.variant = "OpenDML";
+    if (!facts.pictures.empty()) {
+        Picture &picture = facts.pictures.front();
+        if (avi.frames_of_all_parts > picture.frames && picture.frames >= 0)
+            picture.frames = avi.frames_of_all_parts;
+        stream_picture(avi.first, picture);
+        facts.lasts(picture.frames, picture.rate);
+    } else if (!facts.sounds.empty()) {
+        facts.lasts(facts.sounds.front().samples, facts.sounds.front().rate);
+    }
+    judge(avi);
+}

@@ -1,0 +1,38 @@
+// What the readers of program and transport streams share.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "common/bytes.h"
+#include "common/facts.h"
+
+// An elementary stream: what it is, its clock, and its first bytes.
+struct Stream {
+    enum Kind : uint8_t { plain, dvd, hdmv, aes3 };
+
+    std::string codec;
+    bool is_picture = false;
+    Kind kind = plain;
+    std::string language = {};
+    Ratio rate = {};
+    int64_t first = -1;  // presentation times, in 1/90,000 s
+    int64_t last = -1;
+    std::string head = {};
+
+    void add_time(int64_t time);
+    void add_payload(Bytes payload);
+};
+
+// The head of a PES packet from its start code on: where its data begins, and its presentation time or -1.
+struct PesHeader {
+    uint64_t payload = 0;
+    int64_t time = -1;
+};
+PesHeader pes_header(Bytes pes);
+int64_t clock_at(Bytes b, uint64_t at);
+
+// Adds a picture or a sound by what the stream's first bytes say.
+void tell_stream(Stream &stream, Facts &facts);
+void tell_duration(const std::vector<Stream *> &streams, Facts &facts);

@@ -1,0 +1,210 @@
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "common/names.h"
+#include "mpeg/facts.h"
+#include "mpeg/facts_streams.h"
+
+namespace {
+
+constexpr uint64_t kHead = 1 << 20;
+constexpr uint64_t kTail = 1 << 20;
+
+struct Type {
+    uint32_t type;
+    const char *codec;
+    bool is_picture = false;
+    Stream::Kind kind = Stream::plain;
+};
+
+// Stream types (ISO 13818-1, table 2-34, ATSC, Blu-ray).
+constexpr Type kTypes[] = {
+    {0x01, "MPEG-1", true}, {0x02, "MPEG-2", true},
+    {0x03, "MP2"},          {0x04, "MP2"},
+    {0x0F, "AAC"},          {0x10, "MPEG-4", true},
+    {0x11, "AAC"},          {0x1B, "H.264", true},
+    {0x20, "H.264", true},  {0x21, "JPEG 2000", true},
+    {0x24, "HEVC", true},   {0x32, "JPEG XS", true},
+    {0x33, "VVC", true},    {0x80, "PCM", false, Stream::hdmv},
+    {0x81, "AC-3"},         {0x82, "DTS"},
+    {0x83, "TrueHD"},       {0x84, "E-AC-3"},
+    {0x85, "DTS"},          {0x86, "DTS"},
+    {0x87, "E-AC-3"},       {0xEA, "VC-1", true},
+};
+
+struct Transport {
+    Facts &facts;
+    uint64_t packet = 188;  // bytes of one
+    uint64_t sync = 0;      // where its sync byte is
+    std::set<uint32_t> programs = {};
+    std::map<uint32_t, Stream> streams = {};
+    std::vector<uint32_t> order = {};
+    std::map<uint32_t, std::string> sections = {};
+    bool with_new = true;
+};
+
+// Private data (type 6) and what was registered: by descriptors (ETSI EN 300 468; SMPTE RA).
+void describe(Bytes descriptors, uint32_t type, Stream &stream) {
+    uint64_t at = 0;
+    for (int i = 0; i < 64 && descriptors.has(at, 2); i++) {
+        const uint8_t tag = descriptors[at];
+        const Bytes data = descriptors.sub(at + 2, descriptors[at + 1]);
+        at += 2 + uint64_t{descriptors[at + 1]};
+        if (tag == 0x0A) stream.language = fixed_text(data, 0, 3);
+        if (type != 6 && type < 0x80) continue;
+        if (tag == 0x6A) stream.codec = "AC-3";
+        if (tag == 0x7A) stream.codec = "E-AC-3";
+        if (tag == 0x7B) stream.codec = "DTS";
+        if (tag == 0x7C) stream.codec = "AAC";
+        if (tag != 0x05 || (!stream.codec.empty() && stream.codec != "PCM")) continue;
+        if (bytes_are(data, 0, "AC-3")) stream.codec = "AC-3";
+        if (bytes_are(data, 0, "EAC3")) stream.codec = "E-AC-3";
+        if (bytes_are(data, 0, "Opus")) stream.codec = "Opus";
+        if (bytes_are(data, 0, "DTS")) stream.codec = "DTS";
+        if (bytes_are(data, 0, "HEVC") || bytes_are(data, 0, "AV01") || bytes_are(data, 0, "VC-1")) {
+            stream.codec = bytes_are(data, 0, "HEVC") ? "HEVC" : bytes_are(data, 0, "VC-1") ? "VC-1" : "AV1";
+            stream.is_picture = true;
+        }
+        if (bytes_are(data, 0, "BSSD")) {
+            stream.codec = "PCM";
+            stream.kind = Stream::aes3;
+        }
+    }
+    if (stream.language == "und") stream.language.clear();
+}
+
+void read_association(Bytes section, Transport &transport) {
+    const uint64_t end = 3 + (big16(section, 1) & 0xFFFU);
+    for (uint64_t at = 8; at + 8 <= end && section.has(at, 4); at += 4) {
+        if (big16(section, at) != 0) transport.programs.insert(big16(section, at + 2) & 0x1FFFU);
+    }
+}
+
+void read_program_map(Bytes section, Transport &transport) {
+    const uint64_t end = 3 + (big16(section, 1) & 0xFFFU);
+    uint64_t at = 12 + (big16(section, 10) & 0xFFFU);
+    for (int i = 0; i < 64 && at + 9 <= end && section.has(at, 5); i++) {
+        const uint32_t type = section[at];
+        const uint32_t id = big16(section, at + 1) & 0x1FFFU;
+        const uint64_t length = big16(section, at + 3) & 0xFFFU;
+        Stream stream;
+        if (const Type *known = row_of(kTypes, type, &Type::type)) {
+            stream.codec = known->codec;
+            stream.is_picture = known->is_picture;
+            stream.kind = known->kind;
+        }
+        describe(section.sub(at + 5, length), type, stream);
+        at += 5 + length;
+        if (stream.codec.empty() || !transport.streams.emplace(id, stream).second) continue;
+        transport.order.push_back(id);
+    }
+}
+
+void add_section(uint32_t id, Bytes payload, bool begins, Transport &transport) {
+    std::string &kept = transport.sections[id];
+    if (begins) {
+        payload = payload.from(1 + uint64_t{payload[0]});
+        kept.clear();
+    } else if (kept.empty()) {
+        return;
+    }
+    const auto bytes = payload.span(0, 4096);
+    kept.append(bytes.begin(), bytes.end());
+    const Bytes section(kept.data(), kept.size());
+    if (kept.size() < 3 || kept.size() < 3 + (big16(section, 1) & 0xFFFU)) return;
+    if (id == 0 && section[0] == 0) read_association(section, transport);
+    if (id != 0 && section[0] == 2) read_program_map(section, transport);
+    kept.clear();
+}
+
+void add_packet(Bytes packet, Transport &transport) {
+    const uint32_t id = big16(packet, 1) & 0x1FFFU;
+    const bool begins = (packet[1] & 0x40) != 0;
+    const uint64_t start = (packet[3] & 0x20) != 0 ? 5 + uint64_t{packet[4]} : 4;
+    if ((packet[3] & 0x10) == 0 || start >= 188 || (packet[3] & 0xC0) != 0) return;
+    const Bytes payload = packet.from(start);
+    if (transport.with_new && (id == 0 || transport.programs.contains(id)))
+        return add_section(id, payload, begins, transport);
+    const auto found = transport.streams.find(id);
+    if (found == transport.streams.end()) return;
+    Stream &stream = found->second;
+    const bool is_first = begins && big32(payload) >> 8 == 1;
+    const PesHeader header = is_first ? pes_header(payload) : PesHeader{};
+    stream.add_time(header.time);
+    if (transport.with_new && (is_first || !stream.head.empty()))
+        stream.add_payload(payload.from(header.payload));
+}
+
+void walk_packets(Bytes bytes, uint64_t at, Transport &transport) {
+    while (bytes.has(at + transport.sync, 188)) {
+        const Bytes packet = bytes.sub(at + transport.sync, 188);
+        if (packet[0] == 0x47) add_packet(packet, transport);
+        at += transport.packet;
+    }
+}
+
+bool find_packets(Bytes head, Transport &transport) {
+    struct Shape {
+        uint64_t packet;
+        uint64_t sync;
+    };
+    for (const Shape shape : {Shape{188, 0}, Shape{192, 4}, Shape{204, 0}, Shape{192, 0}}) {
+        uint64_t n = 0;
+        while (n < 8 && head[shape.sync + n * shape.packet] == 0x47) n++;
+        if (n < 8 && head.has(shape.sync + n * shape.packet, 1)) continue;
+        if (n == 0) continue;
+        transport.packet = shape.packet;
+        transport.sync = shape.sync;
+        return true;
+    }
+    return false;
+}
+
+void judge(Bytes tail, uint64_t size, const Transport &transport) {
+    const uint64_t rest = size % transport.packet;
+    const uint64_t first = transport.sync;
+    // The bytes of the last packet that begins, with its sync byte where that is there.
+    const Bytes last = tail.from(tail.size() - std::min(tail.size(), rest == 0 ? transport.packet : rest));
+    const bool has_sync = last[first] == 0x47;
+    if (rest != 0 && (has_sync || last.size() <= first)) {
+        transport.facts.cut(size - rest + transport.packet, "the last packet's end");
+    } else if (big32(last, first) == 0 &&
+               big32(last, last.size() - std::min<uint64_t>(last.size(), 4)) == 0) {
+        transport.facts.cut(size, "zeros where packets would be");
+    }
+}
+
+}  // namespace
+
+void transport_facts(Input &input, Facts &facts) {
+    const uint64_t size = input.size();
+    Transport transport{facts};
+    const Bytes head = input.present(0, kHead);
+    if (!find_packets(head, transport)) {
+        facts.format.clear();
+        return;
+    }
+    if (transport.packet != 188) facts.variant = std::to_string(transport.packet) + "-byte packets";
+    // Maps may come behind the first packets of what they name.
+    walk_packets(head.sub(0, kHead / 2), 0, transport);
+    for (auto &[id, stream] : transport.streams) stream.head.clear();
+    walk_packets(head, 0, transport);
+    transport.with_new = false;
+    const uint64_t packets = size / transport.packet;
+    const uint64_t in_tail = std::min(packets, kTail / transport.packet);
+    const uint64_t start = (packets - in_tail) * transport.packet;
+    const Bytes tail = input.present(start, size - start);
+    walk_packets(tail, 0, transport);
+    std::vector<Stream *> streams;
+    for (const uint32_t id : transport.order) {
+        Stream &stream = transport.streams[id];
+        if (stream.head.empty() && transport.programs.size() > 1) continue;
+        tell_stream(stream, facts);
+        streams.push_back(&stream);
+    }
+    tell_duration(streams, facts);
+    if (transport.programs.size() > 1) facts.add_more("programs", std::to_string(transport.programs.size()));
+    if (facts.pictures.empty() && facts.sounds.empty()) facts.problem = "no program map";
+    judge(tail, size, transport);
+}

@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+#include "support/facts_text.h"
+
+namespace {
+
+std::string chunk(const std::string &type, const std::string &data, uint32_t size = 0) {
+    return little().text(type).u32(size != 0 ? size : data.size()).raw(data).str();
+}
+
+std::string format(unsigned tag, unsigned channels, unsigned bits, const std::string &rest = "",
+                   unsigned block = 0) {
+    const unsigned bytes = block != 0 ? block : channels * bits / 8;
+    return chunk("fmt ", little()
+                             .u16(tag)
+                             .u16(channels)
+                             .u32(48000)
+                             .u32(48000 * bytes)
+                             .u16(block == 1 ? 0 : bytes)
+                             .u16(bits)
+                             .raw(rest)
+                             .str());
+}
+
+std::string wave(const std::string &chunks, const std::string &id = "RIFF") {
+    return little().text(id).u32(4 + chunks.size()).text("WAVE").raw(chunks).str();
+}
+
+const std::string kSilence(9600, '\0');
+
+}  // namespace
+
+TEST(WaveFacts, Formats) {
+    const std::string pcm = format(1, 2, 16);
+    EXPECT_EQ(facts_of(wave(pcm + chunk("data", kSilence))),
+              "WAVE | 2ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s | whole");
+    EXPECT_EQ(facts_of(wave(format(1, 2, 16, "", 1) + chunk("data", kSilence))),
+              "WAVE | 2ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s | whole");
+    const std::string guid = hex("0300000000001000800000AA00389B71");
+    EXPECT_EQ(facts_of(wave(format(0xFFFE, 6, 32, little().u16(22).u16(32).u32(0x3F).raw(guid).str()) +
+                            chunk("data", kSilence))),
+              "WAVE | 6ch 48000 Hz 32 bits PCM float 5.1 400 samples | 1/120 s | whole");
+    const std::string ds64 = chunk("ds64", little().u64(0).u64(9600).u64(2400).u32(0).str());
+    EXPECT_EQ(facts_of(wave(ds64 + pcm + chunk("data", kSilence, 0xFFFFFFFF), "BW64")),
+              "WAVE BW64 | 2ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s | whole");
+}
+
+TEST(WaveFacts, Extent) {
+    const std::string pcm = format(1, 2, 16);
+    const auto state = [](const std::string &content) {
+        const std::string text = facts_of(content);
+        return text.substr(text.find(" s |") == std::string::npos ? text.rfind("s") : text.find(" s |") + 5);
+    };
+    EXPECT_EQ(state(wave(pcm + chunk("data", kSilence, 9601))), "cut the end of the data");
+    EXPECT_EQ(facts_of(wave(pcm)), "WAVE | 2ch 48000 Hz 16 bits PCM | cut no data");
+    for (const uint32_t streamed : {0xFFFFFFFFU, 0x7FFFF000U, 0x7F000050U})
+        EXPECT_EQ(facts_of(wave(pcm + chunk("data", kSilence, streamed))),
+                  "WAVE | 2ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s");
+    // An odd chunk without a pad byte.
+    EXPECT_EQ(state(wave(pcm + chunk("junk", "odd") + chunk("data", kSilence))), "whole");
+    EXPECT_EQ(state(wave(pcm + little().text("data").u32(0).raw(kSilence).str())), "open no sizes");
+}
+
+TEST(WaveFacts, Broadcast) {
+    const std::string bext = chunk("bext", little()
+                                               .text("Scene", 256)
+                                               .text("RECORDER", 32)
+                                               .zeros(32)
+                                               .text("2026-11-2610:00:00")
+                                               .u64(48000ULL * 3600 + 1601)
+                                               .u16(2)
+                                               .zeros(64)
+                                               .u16(0xF6FC - 65536 + 65536)
+                                               .u16(500)
+                                               .u16(0x7FFF)
+                                               .u16(0x7FFF)
+                                               .u16(0x7FFF)
+                                               .zeros(180)
+                                               .str());
+    EXPECT_EQ(facts_of(wave(format(1, 1, 16) + bext + chunk("data", kSilence))),
+              "BWF | 1ch 48000 Hz 16 bits PCM 4800 samples | 01:00:00.033 bext | by RECORDER | "
+              "2026-11-26T10:00:00 | 1/10 s | whole | "
+              "description: Scene | originator: RECORDER | loudness: -23.08 LUFS | loudness range: 5.00 LU");
+    const std::string ixml = chunk("iXML",
+                                   "<BWFXML><SCENE>12&amp;A</SCENE><TAKE>3</TAKE><TAPE>R7</"
+                                   "TAPE><SPEED><TIMECODE_RATE>30000/1001</TIMECODE_RATE>"
+                                   "<TIMECODE_FLAG>NDF</TIMECODE_FLAG></SPEED><TRACK_LIST><TRACK><NAME>Boom</"
+                                   "NAME></TRACK></TRACK_LIST></BWFXML>");
+    const std::string text = facts_of(wave(format(1, 1, 16) + bext + ixml + chunk("data", kSilence)));
+    EXPECT_NE(text.find("| 00:59:56:13 bext | reel R7 |"), std::string::npos) << text;
+    EXPECT_NE(text.find("scene: 12&A | take: 3 | tracks: Boom"), std::string::npos) << text;
+}
+
+TEST(SoundFacts, Samples) {
+    Transcript transcript;
+    const std::string directory = std::string(KELDUMP_SAMPLES) + "/audio/";
+    for (const char *name :
+         {"broadcast.wav", "large.wav", "mono16.aiff", "picture.avi", "sowt.aifc", "stereo24.aiff"})
+        SHOW(name + std::string(": ") + facts_of(content_of(directory + name)));
+    const std::string avi = content_of(directory + "picture.avi");
+    SHOW(facts_of(avi.substr(0, avi.size() / 2)));
+    // Frames of 144 bytes behind a tag; noise.
+    std::string frames = "ID3" + hex("03000000000000");
+    for (int i = 0; i < 10; i++) frames += hex("FFFB1464") + std::string(92, 'x');
+    SHOW(facts_of(frames));
+    SHOW(facts_of(frames.substr(0, frames.size() - 1)));
+    SHOW(facts_of(hex("FFFB1464") + std::string(200, 'x')));
+}

@@ -1,0 +1,205 @@
+#include "quicktime/movie.h"
+#include "support/facts_text.h"
+
+namespace {
+
+std::string full(const std::string &type, const std::string &payload, uint32_t version_flags = 0) {
+    return atom(type, big().u32(version_flags).raw(payload).str());
+}
+
+std::string media_header(uint32_t scale, uint32_t duration, unsigned language = 0x55C4) {
+    return full("mdhd", big().u32(0).u32(0).u32(scale).u32(duration).u16(language).u16(0).str());
+}
+
+std::string edit_list(const std::string &entries, uint32_t n) {
+    return atom("edts", full("elst", big().u32(n).raw(entries).str()));
+}
+
+std::string picture_entry(const std::string &codec, const std::string &boxes, unsigned depth = 24) {
+    return atom(codec, big().zeros(24).u16(1920).u16(1080).zeros(46).u16(depth).u16(0xFFFF).raw(boxes).str());
+}
+
+std::string sound_entry(const std::string &codec, unsigned version, unsigned channels, unsigned bits,
+                        const std::string &rest) {
+    return atom(codec, big()
+                           .zeros(8)
+                           .u16(version)
+                           .zeros(6)
+                           .u16(channels)
+                           .u16(bits)
+                           .u32(0)
+                           .u32(48000U << 16)
+                           .raw(rest)
+                           .str());
+}
+
+// Samples of 1,000 bytes, one chunk of all of them at an offset.
+struct Samples {
+    uint32_t n = 10;
+    uint32_t delta = 1001;
+    uint32_t offset = 32;
+    std::string times = {};
+};
+
+std::string track(const std::string &handler, const std::string &entry, const std::string &media_header,
+                  const Samples &samples = {}, const std::string &edits = "") {
+    const std::string times =
+        samples.times.empty() ? big().u32(1).u32(samples.n).u32(samples.delta).str() : samples.times;
+    return atom(
+        "trak",
+        full("tkhd",
+             big()
+                 .u32(0)
+                 .u32(0)
+                 .u32(1)
+                 .zeros(24)
+                 .u32(0x10000)
+                 .zeros(12)
+                 .u32(0x10000)
+                 .zeros(12)
+                 .u32(0x40000000)
+                 .u32(1920U << 16)
+                 .u32(1080U << 16)
+                 .str(),
+             1) +
+            edits +
+            atom("mdia",
+                 media_header + full("hdlr", big().u32(0).text(handler).zeros(13).str()) +
+                     atom("minf",
+                          atom("stbl", full("stsd", big().u32(1).raw(entry).str()) + full("stts", times) +
+                                           full("stsc", big().u32(1).u32(1).u32(samples.n).u32(1).str()) +
+                                           full("stsz", big().u32(1000).u32(samples.n).str()) +
+                                           full("stco", big().u32(1).u32(samples.offset).str())))));
+}
+
+// A movie whose samples begin at byte 32, before its header.
+std::string movie(const std::string &tracks, const std::string &brand = "qt  ",
+                  const std::string &data = std::string(10000, 'x')) {
+    return atom("ftyp", brand + std::string(4, '\0')) +
+           std::string(
+               "\0\0\0\x08"
+               "free",
+               8) +
+           atom("mdat", data) +
+           atom("moov",
+                full("mvhd", big().u32(3849984000U).u32(0).u32(1000).u32(0).zeros(80).str()) + tracks);
+}
+
+std::string picture(const std::string &codec, const std::string &boxes, unsigned depth = 24) {
+    const std::string text =
+        facts_of(movie(track("vide", picture_entry(codec, boxes, depth), media_header(24000, 10010))));
+    return text.substr(6, text.find(" fps") - 6);
+}
+
+std::string sound(const std::string &entry) {
+    const std::string text = facts_of(movie(track("soun", entry, media_header(48000, 10010))));
+    return text.substr(6, text.rfind(' ', text.find(" samples") - 1) - 6);
+}
+
+}  // namespace
+
+TEST(MovieFacts, Pictures) {
+    EXPECT_EQ(picture("apch", ""), "1920x1080 ProRes 422 HQ 4:2:2 10 bits 24000/1001");
+    EXPECT_EQ(picture("ap4h", "", 32), "1920x1080 ProRes 4444 4:4:4:4 12 bits 24000/1001");
+    EXPECT_EQ(picture("raw ", "", 32), "1920x1080 uncompressed RGBA 8 bits 24000/1001");
+    EXPECT_EQ(picture("xd5c", ""), "1920x1080 XDCAM HD422 4:2:2 8 bits 24000/1001");
+    EXPECT_EQ(picture("v210", atom("fiel", "\x02\x09") + atom("pasp", big().u32(8).u32(6).str()) +
+                                  atom("colr", "nclc" + big().u16(9).u16(16).u16(9).str())),
+              "1920x1080 uncompressed 4:2:2 10 bits tff aspect 4/3 colour 9,16,9,-1 24000/1001");
+    // High 4:2:2 at 10 bits, 1920x1088 cropped to 1080.
+    EXPECT_EQ(picture("avc1",
+                      atom("avcC",
+                           hex("017A0028 FFE1 0019 677A0028B6CD940780227E5C04400000FA40002EE03C60C6580001"))),
+              "1920x1080 (1920x1088) H.264 4:2:2 10 bits p 24000/1001");
+    EXPECT_EQ(picture("av01", atom("av1C", hex("81004C00"))), "1920x1080 AV1 4:2:0 10 bits 24000/1001");
+    EXPECT_EQ(picture("WxYz", ""), "1920x1080 WxYz 24000/1001");
+}
+
+TEST(MovieFacts, Sounds) {
+    EXPECT_EQ(sound(sound_entry("raw ", 0, 2, 8, "")), "2ch 48000 Hz 8 bits PCM");
+    EXPECT_EQ(sound(sound_entry("in24", 1, 2, 16, big().u32(1).u32(3).u32(6).u32(2).str())),
+              "2ch 48000 Hz 24 bits PCM");
+    EXPECT_EQ(sound(sound_entry("sowt", 1, 2, 16, big().u32(1).u32(4).u32(8).u32(2).str())),
+              "2ch 48000 Hz 32 bits PCM");
+    EXPECT_EQ(sound(sound_entry(
+                  "lpcm", 2, 3, 16,
+                  big().u32(72).f64(96000).u32(6).u32(0x7F000000).u32(32).u32(9).u32(24).u32(1).str())),
+              "6ch 96000 Hz 32 bits PCM float");
+    EXPECT_EQ(
+        sound(sound_entry("mp4a", 0, 2, 16,
+                          full("esds", hex("0316 0000 00 0411 40 15 000000 00000000 00000000 0502 11B0")))),
+        "6ch 48000 Hz AAC 5.1");
+    EXPECT_EQ(sound(sound_entry("ac-3", 0, 2, 16, atom("dac3", hex("103DC0")))), "6ch 48000 Hz AC-3 5.1");
+    EXPECT_EQ(sound(sound_entry("sowt", 0, 2, 16, full("chan", big().u32(101 << 16 | 2).zeros(8).str()))),
+              "2ch 48000 Hz 16 bits PCM stereo");
+}
+
+TEST(MovieFacts, TimeAndTracks) {
+    const std::string entry = picture_entry("apcn", "");
+    const std::string tmcd = atom("tmcd", big()
+                                              .zeros(8)
+                                              .u32(0)
+                                              .u32(1)
+                                              .u32(30000)
+                                              .u32(1001)
+                                              .u8(30)
+                                              .u8(0)
+                                              .raw(atom("name", big().u16(4).u16(0).text("A001").str()))
+                                              .str());
+    const std::string data = big().u32(17982).text(std::string(9996, 'x')).str();
+    const std::string pictures = track("vide", entry, media_header(30000, 10010));
+    EXPECT_EQ(facts_of(movie(pictures + track("tmcd", tmcd, media_header(30000, 1001), {1, 1001, 32, {}}),
+                             "qt  ", data)),
+              "MOV | 1920x1080 ProRes 422 4:2:2 10 bits 30000/1001 fps 10 frames | 00:10:00;00 track 2 | "
+              "reel A001 | "
+              "2025-12-31T00:00:00Z | 1001/3000 s | whole | brand: qt");
+    // A part of the media, and a pause before it.
+    const std::string edits =
+        edit_list(big().u32(1000).u32(0xFFFFFFFF).u32(0x10000).u32(100).u32(3003).u32(0x10000).str(), 2);
+    const std::string edited =
+        facts_of(movie(track("vide", entry, media_header(30000, 10010), {}, edits), "isom"));
+    EXPECT_NE(edited.find("MP4 |"), std::string::npos);
+    EXPECT_NE(edited.find("| edit lists: track 1: 1.000 s empty, 0.100 s from 0.100 s"), std::string::npos)
+        << edited;
+    EXPECT_NE(edited.find("| 11011/10000 s"), std::string::npos) << edited;
+    // Durations that differ; languages.
+    Samples uneven;
+    uneven.times = big().u32(3).u32(4).u32(1001).u32(5).u32(2002).u32(1).u32(1001).str();
+    const std::string varied =
+        facts_of(movie(track("vide", entry, media_header(30000, 15015, 0x0002), uneven)));
+    EXPECT_NE(varied.find("20000/1001 vfr 10 frames deu"), std::string::npos) << varied;
+}
+
+TEST(MovieFacts, Extent) {
+    const std::string whole = movie(track("vide", picture_entry("apcn", ""), media_header(24000, 10010)));
+    const auto state = [](const std::string &content) {
+        const std::string text = facts_of(content);
+        const size_t at = std::min(text.find("| cut"), text.find("| whole"));
+        return at == std::string::npos ? text : text.substr(at + 2, text.find(" |", at) - at - 2);
+    };
+    EXPECT_EQ(state(whole), "whole");
+    EXPECT_EQ(state(whole + std::string(100, 'x')), "whole");
+    EXPECT_EQ(state(whole.substr(0, whole.size() - 1)), "cut the end of moov");
+    EXPECT_EQ(state(whole.substr(0, 8000)), "cut no moov");
+    EXPECT_EQ(
+        state(movie(track("vide", picture_entry("apcn", ""), media_header(24000, 10010), {10, 1001, 32, {}}),
+                    "qt  ", std::string(10000, '\0'))),
+        "cut data of track 1 (zeros)");
+    EXPECT_EQ(
+        state(movie(track("vide", picture_entry("v210", ""), media_header(24000, 10010), {10, 1001, 32, {}}),
+                    "qt  ", std::string(10000, '\0'))),
+        "whole");
+    const std::string beyond =
+        track("vide", picture_entry("apcn", ""), media_header(24000, 10010), {10, 1001, 9000, {}});
+    EXPECT_EQ(state(movie(beyond + beyond)), "cut data of tracks 1 and 2");
+    EXPECT_EQ(facts_of(atom("free", "noise") + "noise noise").substr(0, 3), " | ");
+}
+
+TEST(MovieFacts, Fragments) {
+    const std::string sample = content_of(std::string(KELDUMP_SAMPLES) + "/quicktime/fragments.mov");
+    Transcript transcript;
+    SHOW(facts_of(sample));
+    SHOW(facts_of(sample.substr(0, sample.size() - 200)));
+    SHOW(facts_of(content_of(std::string(KELDUMP_SAMPLES) + "/quicktime/h264-aac.mov")));
+    SHOW(facts_of(content_of(std::string(KELDUMP_SAMPLES) + "/quicktime/prores-timecode.mov")));
+}
