@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <string_view>
 
 #include "common/elementary.h"
 #include "common/names.h"
@@ -13,13 +14,14 @@ namespace {
 enum class Kind : uint8_t { coded, dense, raw, avc, hevc, mpeg4, mpeg2, prores, vc3, jpeg, vpx, av1 };
 
 struct PictureCodec {
-    char type[5];
+    std::string_view types;  // of four characters each
     const char *codec;
     const char *components;
     uint32_t bits;
     Kind kind = Kind::coded;
 };
 
+// clang-format off
 constexpr PictureCodec kPictureCodecs[] = {
     {"apch", "ProRes 422 HQ", "4:2:2", 10, Kind::prores},
     {"apcn", "ProRes 422", "4:2:2", 10, Kind::prores},
@@ -29,23 +31,14 @@ constexpr PictureCodec kPictureCodecs[] = {
     {"ap4x", "ProRes 4444 XQ", "4:4:4", 12, Kind::prores},
     {"aprn", "ProRes RAW", "Bayer", 0},
     {"aprh", "ProRes RAW HQ", "Bayer", 0},
-    {"avc1", "H.264", "", 0, Kind::avc},
-    {"avc2", "H.264", "", 0, Kind::avc},
-    {"avc3", "H.264", "", 0, Kind::avc},
-    {"avc4", "H.264", "", 0, Kind::avc},
-    {"dva1", "H.264", "", 0, Kind::avc},
-    {"dvav", "H.264", "", 0, Kind::avc},
-    {"hvc1", "HEVC", "", 0, Kind::hevc},
-    {"hev1", "HEVC", "", 0, Kind::hevc},
-    {"dvh1", "HEVC", "", 0, Kind::hevc},
-    {"dvhe", "HEVC", "", 0, Kind::hevc},
+    {"avc1avc2avc3avc4dva1dvav", "H.264", "", 0, Kind::avc},
+    {"hvc1hev1dvh1dvhe", "HEVC", "", 0, Kind::hevc},
     {"av01", "AV1", "", 0, Kind::av1},
     {"vp08", "VP8", "4:2:0", 8, Kind::dense},
     {"vp09", "VP9", "", 0, Kind::vpx},
     {"vvc1", "VVC", "", 0, Kind::dense},
     {"mp4v", "MPEG-4", "4:2:0", 8, Kind::mpeg4},
-    {"s263", "H.263", "4:2:0", 8},
-    {"h263", "H.263", "4:2:0", 8},
+    {"s263h263", "H.263", "4:2:0", 8},
     {"SVQ1", "Sorenson Video", "", 0},
     {"SVQ3", "Sorenson Video 3", "4:2:0", 8},
     {"cvid", "Cinepak", "", 0},
@@ -63,15 +56,9 @@ constexpr PictureCodec kPictureCodecs[] = {
     {"rle ", "Animation", "", 0},
     {"png ", "PNG", "", 0},
     {"tiff", "TIFF", "", 0},
-    {"jpeg", "Motion JPEG", "", 8, Kind::jpeg},
-    {"mjpa", "Motion JPEG", "", 8, Kind::jpeg},
+    {"jpegmjpaAVDJAVRndmb1MJPG", "Motion JPEG", "", 8, Kind::jpeg},
     {"mjpb", "Motion JPEG", "", 8},
-    {"AVDJ", "Motion JPEG", "", 8, Kind::jpeg},
-    {"AVRn", "Motion JPEG", "", 8, Kind::jpeg},
-    {"dmb1", "Motion JPEG", "", 8, Kind::jpeg},
-    {"MJPG", "Motion JPEG", "", 8, Kind::jpeg},
-    {"mjp2", "JPEG 2000", "", 0},
-    {"AVj2", "JPEG 2000", "", 0},
+    {"mjp2AVj2", "JPEG 2000", "", 0},
     {"jxsm", "JPEG XS", "", 0},
     {"apv1", "APV", "", 0},
     {"drac", "Dirac", "", 0},
@@ -79,69 +66,41 @@ constexpr PictureCodec kPictureCodecs[] = {
     {"FFV1", "FFV1", "", 0, Kind::dense},
     {"dvc ", "DV", "4:1:1", 8},
     {"dvcp", "DV", "4:2:0", 8},
-    {"dvpp", "DVCPRO", "4:1:1", 8},
-    {"dvpn", "DVCPRO", "4:1:1", 8},
-    {"dvp ", "DVCPRO", "4:1:1", 8},
-    {"dv5n", "DVCPRO50", "4:2:2", 8},
-    {"dv5p", "DVCPRO50", "4:2:2", 8},
-    {"dvh2", "DVCPRO HD", "4:2:2", 8},
-    {"dvh3", "DVCPRO HD", "4:2:2", 8},
-    {"dvh4", "DVCPRO HD", "4:2:2", 8},
-    {"dvh5", "DVCPRO HD", "4:2:2", 8},
-    {"dvh6", "DVCPRO HD", "4:2:2", 8},
-    {"dvhp", "DVCPRO HD", "4:2:2", 8},
-    {"dvhq", "DVCPRO HD", "4:2:2", 8},
-    {"AVdv", "DV", "", 8},
-    {"AVd1", "DV", "", 8},
-    {"m2v1", "MPEG-2", "", 8, Kind::mpeg2},
-    {"mp2v", "MPEG-2", "", 8, Kind::mpeg2},
-    {"mpg2", "MPEG-2", "", 8, Kind::mpeg2},
-    {"m1v ", "MPEG-1", "4:2:0", 8, Kind::mpeg2},
-    {"m1v1", "MPEG-1", "4:2:0", 8, Kind::mpeg2},
-    {"mp1v", "MPEG-1", "4:2:0", 8, Kind::mpeg2},
-    {"mpeg", "MPEG-1", "4:2:0", 8, Kind::mpeg2},
+    {"dvppdvpndvp ", "DVCPRO", "4:1:1", 8},
+    {"dv5ndv5p", "DVCPRO50", "4:2:2", 8},
+    {"dvh2dvh3dvh4dvh5dvh6dvhpdvhq", "DVCPRO HD", "4:2:2", 8},
+    {"AVdvAVd1", "DV", "", 8},
+    {"m2v1mp2vmpg2", "MPEG-2", "", 8, Kind::mpeg2},
+    {"m1v m1v1mp1vmpeg", "MPEG-1", "4:2:0", 8, Kind::mpeg2},
     {"v210", "uncompressed", "4:2:2", 10, Kind::raw},
     {"v216", "uncompressed", "4:2:2", 16, Kind::raw},
     {"v410", "uncompressed", "4:4:4", 10, Kind::raw},
-    {"v408", "uncompressed", "4:4:4:4", 8, Kind::raw},
-    {"r408", "uncompressed", "4:4:4:4", 8, Kind::raw},
+    {"v408r408", "uncompressed", "4:4:4:4", 8, Kind::raw},
     {"r4fl", "uncompressed", "4:4:4:4", 32, Kind::raw},
     {"v308", "uncompressed", "4:4:4", 8, Kind::raw},
-    {"2vuy", "uncompressed", "4:2:2", 8, Kind::raw},
-    {"2Vuy", "uncompressed", "4:2:2", 8, Kind::raw},
-    {"UYVY", "uncompressed", "4:2:2", 8, Kind::raw},
-    {"AV1x", "uncompressed", "4:2:2", 8, Kind::raw},
-    {"AVup", "uncompressed", "4:2:2", 8, Kind::raw},
-    {"AVUI", "uncompressed", "4:2:2", 8, Kind::raw},
-    {"yuvs", "uncompressed", "4:2:2", 8, Kind::raw},
-    {"yuv2", "uncompressed", "4:2:2", 8, Kind::raw},
-    {"YUY2", "uncompressed", "4:2:2", 8, Kind::raw},
-    {"YUYV", "uncompressed", "4:2:2", 8, Kind::raw},
-    {"y420", "uncompressed", "4:2:0", 8, Kind::raw},
-    {"I420", "uncompressed", "4:2:0", 8, Kind::raw},
-    {"yv12", "uncompressed", "4:2:0", 8, Kind::raw},
+    {"2vuy2VuyUYVYAV1xAVupAVUIyuvsyuv2YUY2YUYV", "uncompressed", "4:2:2", 8, Kind::raw},
+    {"y420I420yv12", "uncompressed", "4:2:0", 8, Kind::raw},
     {"raw ", "uncompressed", "", 0, Kind::raw},
     {"b16g", "uncompressed", "Y", 16, Kind::raw},
     {"b48r", "uncompressed", "RGB", 16, Kind::raw},
     {"b64a", "uncompressed", "RGBA", 16, Kind::raw},
     {"b32a", "uncompressed", "YA", 16, Kind::raw},
-    {"r210", "uncompressed", "RGB", 10, Kind::raw},
-    {"R10k", "uncompressed", "RGB", 10, Kind::raw},
-    {"R10g", "uncompressed", "RGB", 10, Kind::raw},
-    {"AVrp", "uncompressed", "RGB", 10, Kind::raw},
-    {"BGRA", "uncompressed", "RGBA", 8, Kind::raw},
-    {"RGBA", "uncompressed", "RGBA", 8, Kind::raw},
-    {"ABGR", "uncompressed", "RGBA", 8, Kind::raw},
+    {"r210R10kR10gAVrp", "uncompressed", "RGB", 10, Kind::raw},
+    {"BGRARGBAABGR", "uncompressed", "RGBA", 8, Kind::raw},
 };
 
-// Families whose last character or two tell a size and a rate.
+// Families whose last character tells a size and a rate.
 constexpr PictureCodec kPictureFamilies[] = {
-    {"ai1", "AVC-Intra 100", "4:2:2", 10, Kind::avc}, {"ai5", "AVC-Intra 50", "4:2:0", 10, Kind::avc},
-    {"mx5", "IMX 50", "4:2:2", 8, Kind::mpeg2},       {"mx4", "IMX 40", "4:2:2", 8, Kind::mpeg2},
-    {"mx3", "IMX 30", "4:2:2", 8, Kind::mpeg2},       {"xd5", "XDCAM HD422", "4:2:2", 8, Kind::mpeg2},
-    {"xdv", "XDCAM HD", "4:2:0", 8, Kind::mpeg2},     {"xdh", "XDCAM HD", "4:2:0", 8, Kind::mpeg2},
+    {"ai1", "AVC-Intra 100", "4:2:2", 10, Kind::avc},
+    {"ai5", "AVC-Intra 50", "4:2:0", 10, Kind::avc},
+    {"mx5", "IMX 50", "4:2:2", 8, Kind::mpeg2},
+    {"mx4", "IMX 40", "4:2:2", 8, Kind::mpeg2},
+    {"mx3", "IMX 30", "4:2:2", 8, Kind::mpeg2},
+    {"xd5", "XDCAM HD422", "4:2:2", 8, Kind::mpeg2},
+    {"xdvxdh", "XDCAM HD", "4:2:0", 8, Kind::mpeg2},
     {"hdv", "HDV", "4:2:0", 8, Kind::mpeg2},
 };
+// clang-format on
 
 std::string text_of(uint32_t type) {
     std::string text;
@@ -153,14 +112,16 @@ std::string text_of(uint32_t type) {
 }
 
 PictureCodec picture_codec(uint32_t type) {
-    const auto is_code = [&](const PictureCodec &codec) { return fourcc(codec.type) == type; };
-    const auto is_family = [&](const PictureCodec &codec) {
-        return fourcc(codec.type) == (type & 0xFFFFFF00);
-    };
-    const auto *found = std::ranges::find_if(kPictureCodecs, is_code);
-    if (found != std::end(kPictureCodecs)) return *found;
-    const auto *family = std::ranges::find_if(kPictureFamilies, is_family);
-    if (family != std::end(kPictureFamilies)) return *family;
+    std::string name;
+    for (int shift = 24; shift >= 0; shift -= 8) name += static_cast<char>(type >> shift & 0xFF);
+    for (const PictureCodec &codec : kPictureCodecs) {
+        for (size_t i = 0; i < codec.types.size(); i += 4) {
+            if (codec.types.substr(i, 4) == name) return codec;
+        }
+    }
+    for (const PictureCodec &family : kPictureFamilies) {
+        if (name.starts_with(family.types)) return family;
+    }
     return {"", "", "", 0, Kind::coded};
 }
 
