@@ -185,6 +185,10 @@ void add_sounds(const std::vector<Sound> &sounds, Row &row) {
     for (const std::string &language : languages)
         row[Column::languages] += (row[Column::languages].empty() ? "" : "; ") + language;
     row[Column::samples] = known(largest->samples);
+    // Of what has no picture the sound's are the file's.
+    if (!row[Column::width].empty() || !row[Column::codec].empty()) return;
+    row[Column::codec] = row[Column::audio_codec];
+    row[Column::bit_depth] = row[Column::audio_bits];
 }
 
 void add_timecodes(const Facts &facts, Row &row) {
