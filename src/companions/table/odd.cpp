@@ -16,6 +16,13 @@ struct Compared {
     std::string of(const Row &row) const { return text ? text(row) : row[column]; }
 };
 
+// Where it is not the size that is shown.
+std::string coded_size(const Row &row) {
+    const bool same =
+        row[Column::coded_width] == row[Column::width] && row[Column::coded_height] == row[Column::height];
+    return same ? "" : row[Column::coded_width] + "x" + row[Column::coded_height];
+}
+
 constexpr Compared kCompared[] = {
     {"FORMAT", Column::format},
     {"SIZE", Column::width, picture_size},
@@ -28,8 +35,7 @@ constexpr Compared kCompared[] = {
     {"COMPONENTS", Column::components},
     {"CONSTANT RATE", Column::constant_rate},
     {"FLOATING", Column::floating},
-    {"CODED WIDTH", Column::coded_width},
-    {"CODED HEIGHT", Column::coded_height},
+    {"CODED SIZE", Column::coded_width, coded_size},
     {"SCAN", Column::scan},
     {"PIXEL ASPECT", Column::pixel_aspect},
     {"PRIMARIES", Column::primaries},

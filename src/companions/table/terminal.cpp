@@ -152,6 +152,7 @@ TerminalTable::TerminalTable(size_t width, const Selection &selection, Taker tak
         if (name == "file" && name == selection.names.back()) continue;  // it stands there anyway
         cells_.push_back(cell_of(name));
         names_file_ = names_file_ || name == "file";
+        names_problem_ = names_problem_ || name == "problem";
         cells_.back().shown = true;
     }
     for (const std::string &field : selection.fields) {
@@ -227,7 +228,7 @@ void TerminalTable::give(const Waiting &waiting) {
     if (!names_file_) line += cut_start(safe_name(waiting.row[Column::file]), room);
     line.erase(line.find_last_not_of(' ') + 1);
     line += "\n";
-    if (!problem.empty()) line += "    " + safe_name(problem) + "\n";
+    if (!problem.empty() && !names_problem_) line += "    " + safe_name(problem) + "\n";
     for (const std::string &remark : waiting.remarks) line += "    " + safe_name(remark) + "\n";
     take_(line);
 }

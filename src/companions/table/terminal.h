@@ -74,6 +74,7 @@ class TerminalTable {
     Taker take_;
     std::vector<Cell> cells_;
     bool names_file_ = false;  // a cell does
+    bool names_problem_ = false;
     std::vector<Waiting> waiting_;
     bool started_ = false;
     std::chrono::steady_clock::time_point begin_ = std::chrono::steady_clock::now();
