@@ -118,6 +118,7 @@ JsonDump::JsonDump(const JsonStyle &style, std::string_view file, JobOutput &out
 }
 
 void JsonDump::format(const char *name) {
+    is_mxf_ = std::string_view(name) == "MXF";
     format_.clear();
     append_json(format_, name, true);
 }
@@ -223,12 +224,19 @@ void JsonDump::end_line(const Line &line) {
         }
         out_ += ']';
     }
+    if (!note_.name.empty()) {
+        out_ += ", \"name\": ";
+        append_json(out_, note_.name, style_.utf8 || style_.lines);
+    }
+    if (!note_.decoded.empty()) out_ += ", \"decoded\": " + note_.decoded;
     if (!line.ends) out_ += ", \"open\": true";
     out_ += style_.lines ? "}\n" : "}";
     if (out_.size() >= kBlock) flush();
 }
 
 void JsonDump::line(const Line &line) {
+    // Labels of a primer pack count whether or not its lines are shown.
+    if (is_mxf_ && !in_line_) note_ = registers_.note(line);
     if (!in_line_) begin_line(line);
     long_value_ = in_line_ || line.goes_on;
     in_line_ = line.goes_on;

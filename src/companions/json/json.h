@@ -8,6 +8,7 @@
 
 #include "companions/job.h"
 #include "companions/lines/lines.h"
+#include "companions/registers/annotate.h"
 #include "main/dump_options.h"
 
 struct JsonStyle {
@@ -48,6 +49,9 @@ class JsonDump : public Listener {
     bool begun_ = false;
     bool any_line_ = false;
     LinePlaces places_;
+    bool is_mxf_ = false;
+    RegisterNotes registers_;
+    RegisterNote note_;  // on the line
     FieldLine field_;
     bool in_line_ = false;  // a line whose parts come one after the other
     bool shown_ = false;    // that line matches

@@ -1,0 +1,211 @@
+#include "companions/registers/decode.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iterator>
+
+#include "common/facts.h"
+#include "common/values.h"
+#include "companions/json/json.h"
+#include "registers/registers.h"
+
+namespace {
+
+constexpr int kDeepest = 8;  // types of types
+constexpr uint64_t kMostElements = 4096;
+constexpr uint64_t kMostText = 65536;  // bytes
+
+std::string json_text(std::string_view text) {
+    std::string out;
+    append_json(out, text, true);
+    return out;
+}
+
+std::string hex_text(Bytes value, uint64_t n) {
+    std::string text;
+    char digits[4];
+    for (uint64_t i = 0; i < std::min(n, value.size()); i++) {
+        std::snprintf(digits, sizeof digits, "%02x", value[i]);
+        text += digits;
+    }
+    return text;
+}
+
+void append_utf8(std::string &out, uint32_t code) {
+    if (code < 0x80) {
+        out += static_cast<char>(code);
+    } else if (code < 0x800) {
+        out += static_cast<char>(0xC0 | code >> 6);
+        out += static_cast<char>(0x80 | (code & 0x3F));
+    } else if (code < 0x10000) {
+        out += static_cast<char>(0xE0 | code >> 12);
+        out += static_cast<char>(0x80 | (code >> 6 & 0x3F));
+        out += static_cast<char>(0x80 | (code & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | code >> 18);
+        out += static_cast<char>(0x80 | (code >> 12 & 0x3F));
+        out += static_cast<char>(0x80 | (code >> 6 & 0x3F));
+        out += static_cast<char>(0x80 | (code & 0x3F));
+    }
+}
+
+std::string utf16_text(Bytes value) {
+    std::string text;
+    for (uint64_t i = 0; i + 2 <= std::min(value.size(), kMostText); i += 2) {
+        uint32_t code = big16(value, i);
+        if (code == 0) break;
+        const uint32_t low = big16(value, i + 2);
+        if (code >= 0xD800 && code < 0xDC00 && low >= 0xDC00 && low < 0xE000) {
+            code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
+            i += 2;
+        }
+        append_utf8(text, code >= 0xD800 && code < 0xE000 ? 0xFFFD : code);
+    }
+    return text;
+}
+
+std::string octet_text(Bytes value) {
+    std::string text;
+    for (uint64_t i = 0; i < std::min(value.size(), kMostText) && value[i] != 0; i++)
+        text += static_cast<char>(value[i]);
+    return text;
+}
+
+std::string number(uint64_t bits, uint64_t size, bool is_signed) {
+    if (!is_signed || size == 0) return std::to_string(bits);
+    const unsigned shift = static_cast<unsigned>(64 - 8 * size);
+    return std::to_string(static_cast<int64_t>(bits << shift) >> shift);
+}
+
+// Records and the types that the registers leave to their standards, by their sizes.
+struct Fixed {
+    const char *symbol;
+    uint64_t size;
+    std::string (*text)(Bytes value);
+};
+
+std::string rational(Bytes b) {
+    return json_text(std::to_string(static_cast<int32_t>(big32(b))) + "/" +
+                     std::to_string(static_cast<int32_t>(big32(b, 4))));
+}
+std::string two_numbers(Bytes b) { return "[" + std::to_string(b[0]) + ", " + std::to_string(b[1]) + "]"; }
+std::string product_version(Bytes b) {
+    std::string text;
+    for (uint64_t i = 0; i < 8; i += 2) text += (i ? "." : "") + std::to_string(big16(b, i));
+    return json_text(text);
+}
+std::string date(Bytes b) { return json_text(iso_date(big16(b), b[2], b[3])); }
+std::string time_stamp(Bytes b) { return json_text(iso_date(big16(b), b[2], b[3], b[4], b[5], b[6])); }
+std::string colour(Bytes b) {
+    return "[" + std::to_string(big16(b)) + ", " + std::to_string(big16(b, 2)) + "]";
+}
+std::string component_sizing(Bytes b) {
+    return "{\"Ssiz\": " + std::to_string(b[0]) + ", \"XRSiz\": " + std::to_string(b[1]) +
+           ", \"YRSiz\": " + std::to_string(b[2]) + "}";
+}
+std::string identifier(Bytes b) { return json_text(label_text(b)); }
+std::string package(Bytes b) { return json_text(hex_text(b, 32)); }
+std::string single(Bytes b) { return number_text(static_cast<double>(float_of_bits(big32(b))), 9); }
+std::string twice(Bytes b) { return number_text(double_of_bits(big64(b)), 17); }
+
+constexpr Fixed kFixed[] = {
+    {"Rational", 8, rational},
+    {"VersionType", 2, two_numbers},
+    {"ProductVersionType", 10, product_version},
+    {"DateStruct", 4, date},
+    {"TimeStamp", 8, time_stamp},
+    {"ColorPrimary", 4, colour},
+    {"J2KComponentSizing", 3, component_sizing},
+    {"AUID", 16, identifier},
+    {"UUID", 16, identifier},
+    {"UL", 16, identifier},
+    {"PackageIDType", 32, package},
+    {"UMID", 32, package},
+    {"Float", 4, single},
+    {"SingleFloat", 4, single},
+    {"Float32", 4, single},
+    {"DoubleFloat", 8, twice},
+};
+
+const Fixed *fixed_of(std::string_view symbol) {
+    const auto found = std::ranges::find(kFixed, symbol, &Fixed::symbol);
+    return found == std::end(kFixed) ? nullptr : found;
+}
+
+std::string decode(std::string_view symbol, Bytes value, int depth);
+
+// Bytes of an element of a type; 0 where they vary.
+uint64_t size_of(std::string_view symbol, int depth = 0) {
+    if (const Fixed *fixed = fixed_of(symbol)) return fixed->size;
+    const RegisterType *type = find_register_type(symbol);
+    if (!type || depth == kDeepest) return 0;
+    const std::string_view kind = type->kind;
+    if (kind == "Integer") return type->size;
+    if (kind == "StrongReference" || kind == "WeakReference") return 16;
+    if (kind == "Rename" || kind == "Enumeration") return size_of(type->base, depth + 1);
+    if (kind == "FixedArray") return type->size * size_of(type->base, depth + 1);
+    return 0;
+}
+
+std::string elements(std::string_view base, Bytes value, uint64_t count, uint64_t size, int depth) {
+    std::string out = "[";
+    for (uint64_t i = 0; i < std::min(count, kMostElements) && value.has(i * size, size); i++) {
+        const std::string element = decode(base, value.sub(i * size, size), depth);
+        if (element.empty()) return "";
+        out += (i ? ", " : "") + element;
+    }
+    return out + "]";
+}
+
+// With the count and size of their elements before them; those of characters are one text after the other.
+std::string batch(const RegisterType &type, Bytes value, int depth) {
+    const std::string_view base = type.base;
+    const uint64_t size = big32(value, 4);
+    if (!value.has(0, 8) || size == 0) return value.has(0, 8) ? "[]" : "";
+    const uint64_t expected = size_of(base);
+    if (expected != 0 && expected != size) return "";
+    return elements(base, value.from(8), big32(value), size, depth + 1);
+}
+
+std::string decode(std::string_view symbol, Bytes value, int depth) {
+    if (const Fixed *fixed = fixed_of(symbol))
+        return value.size() >= std::min<uint64_t>(fixed->size, 8) ? fixed->text(value) : "";
+    const RegisterType *type = find_register_type(symbol);
+    if (!type || depth == kDeepest || value.empty()) return "";
+    const std::string_view kind = type->kind;
+    if (kind == "Integer") {
+        const unsigned size = static_cast<unsigned>(std::min<uint64_t>(value.size(), 8));
+        const bool is_signed = symbol.starts_with("Int");
+        return number(value.big(0, size), size, is_signed);
+    }
+    if (kind == "Enumeration") {
+        if (symbol == "Boolean") return value[0] ? "true" : "false";
+        return decode(type->base, value, depth + 1);
+    }
+    if (kind == "Rename") return decode(type->base, value, depth + 1);
+    if (kind == "String" || kind == "Character") {
+        const bool wide =
+            symbol.find("16") != std::string_view::npos || std::string_view(type->base) == "Character";
+        return json_text(wide && symbol != "UTF8String" ? utf16_text(value) : octet_text(value));
+    }
+    if (kind == "StrongReference" || kind == "WeakReference") return json_text(label_text(value));
+    if (kind == "FixedArray") return elements(type->base, value, type->size, size_of(type->base), depth + 1);
+    if (kind == "VariableArray" || kind == "Set") return batch(*type, value, depth);
+    return "";
+}
+
+}  // namespace
+
+std::string label_text(Bytes label) {
+    const auto bytes = label.span(0, 16);
+    if (const RegisterEntry *entry = find_register_entry(bytes)) return entry->symbol;
+    std::string text;
+    char digits[8];
+    for (uint64_t i = 0; i < 16; i++) {
+        std::snprintf(digits, sizeof digits, "%02x%s", label[i], i == 15 ? "" : i == 7 ? "-" : ".");
+        text += digits;
+    }
+    return text;
+}
+
+std::string decoded_value(std::string_view type, Bytes value) { return decode(type, value, 0); }
