@@ -15,6 +15,8 @@ import {Tree} from './tree.js';
 const element = id => document.getElementById(id);
 const number = value => value.toLocaleString('en');
 
+const TYPING = 150;  // milliseconds until a filter is used
+
 const files = [];  // {file, path}
 let entry;         // of the list, that is open
 let frame = 0;     // of its files
@@ -131,6 +133,7 @@ function openFrame(index) {
     document.body.classList.add('has-dump');
     say('');
     restoring = isSame ? chosen : -1;
+    dumpChanged();
     look();
     list.refresh();
 }
@@ -139,6 +142,7 @@ let restoring = -1;  // the line that was chosen before the switches were
 function closeDump() {
     dump?.close();
     search?.stop();
+    element('dump-status').textContent = '';
     dump = entry = search = undefined;
     list.opened = undefined;
     tree.show(null);
@@ -234,7 +238,11 @@ element('find').addEventListener('keydown', event => {
 });
 element('next').addEventListener('click', () => step(false));
 element('previous').addEventListener('click', () => step(true));
-element('filter').addEventListener('input', event => tree.setFilter(event.target.value));
+let typing;
+element('filter').addEventListener('input', event => {
+    clearTimeout(typing);
+    typing = setTimeout(() => tree.setFilter(event.target.value), TYPING);
+});
 element('filter').addEventListener('keydown', event => {
     if (event.key === 'Escape' || event.key === 'Enter') element('tree').focus();
 });

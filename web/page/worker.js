@@ -4,6 +4,7 @@ import {Failure, run} from '../shim.js';
 import {Lines} from './lines.js';
 import {Source} from './source.js';
 
+const HEAD = 16 * 1024;  // which recognition looks at
 const PART = 4 * 1024 * 1024;  // of a text that is collected
 
 const NO_FILE = {type: 'pipe', isSeekable: false, size: () => 0, read: () => 0, write: bytes => bytes.length, close() {}};
@@ -94,9 +95,11 @@ const tasks = {
     },
 
     // The format of each of some files, by their first lines: where none is known, that is the only one.
-    facts({module, files}) {
-        return {rows: files.map(({file, name}) => {
-            const source = new Source(file);
+    async facts({module, files}) {
+        const sources = files.map(({file}) => new Source(file));
+        await Promise.all(sources.map(source => source.readHead(HEAD)));
+        return {rows: files.map(({name}, i) => {
+            const source = sources[i];
             let format = '', end = 0;
             try {
                 runOver(module, ['page', '--lines', '2', name], new Map([[name, source]]), bytes => {
@@ -115,10 +118,10 @@ const tasks = {
     },
 };
 
-onmessage = ({data}) => {
+onmessage = async ({data}) => {
     const send = (message, transfer = []) => postMessage({id: data.id, ...message}, transfer);
     try {
-        send({done: true, ...tasks[data.task](data, send)});
+        send({done: true, ...await tasks[data.task](data, send)});
     } catch (error) {
         send({done: true, error: String(error?.message ?? error)});
     }
