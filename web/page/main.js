@@ -116,7 +116,7 @@ function open(one) {
 }
 function openFrame(index) {
     if (!entry) return;
-    const chosen = tree.active;
+    const chosen = dump && tree.active > 0 ? dump.lines.ranges(tree.active)[0] : undefined;
     const isSame = index === frame && dump?.file === entry.files[index].file;
     frame = index;
     dump?.close();
@@ -132,12 +132,12 @@ function openFrame(index) {
     element('frame').textContent = `${number(frame + 1)} of ${number(entry.files.length)}`;
     document.body.classList.add('has-dump');
     say('');
-    restoring = isSame ? chosen : -1;
+    restoring = isSame && chosen ? chosen[0] : -1;
     dumpChanged();
     look();
     list.refresh();
 }
-let restoring = -1;  // the line that was chosen before the switches were
+let restoring = -1;  // the byte whose line was chosen before the switches were
 
 function closeDump() {
     dump?.close();
@@ -157,7 +157,12 @@ element('close').addEventListener('click', () => {
 function dumpChanged() {
     tree.extend();
     search?.extend();
-    if (tree.active < 0 && dump.lines.count > Math.max(restoring, 0)) tree.select(Math.max(restoring, 0), {tell: restoring > 0});
+    if (tree.active < 0 && dump.lines.count > 0) tree.select(0, {tell: false});
+    if (restoring >= 0 && dump.state !== 'running') {
+        const line = tree.active === 0 ? dump.lines.lineAt(restoring) : -1;
+        restoring = -1;
+        if (line >= 0) tree.reveal(line);
+    }
     const {lines, state} = dump;
     element('cancel').hidden = state !== 'running';
     element('go-on').hidden = state !== 'stopped';
