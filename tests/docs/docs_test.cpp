@@ -190,7 +190,7 @@ TEST(Docs, ExamplesOfTheManPages) {
 // For a shell: the files of the tree, without what builds and their users leave there.
 const std::string kFiles = "root='" + kRoot.native() + R"('
 files() {
-    ls -d "$root"/{*.md,CMake*,.clang-format,bench,check,completions,doc,docs,fuzz,packaging,run,samples,src,tests,tools}
+    ls -d "$root"/{*.md,CMake*,.clang-format,bench,check,cmake,completions,doc,docs,fuzz,packaging,run,samples,src,tests,tools,web}
 }
 )";
 

@@ -1,7 +1,8 @@
 // What the list shows of files: columns, and rows that a worker fills some files at a time.
 import {Runner, nameFor} from './pool.js';
 
-const AT_ONCE = 32;
+const AT_ONCE = 32;         // files of several entries
+const OF_A_SEQUENCE = 512;  // files of one
 
 export const COLUMNS = [
     {key: 'path', title: 'Name'},
@@ -48,8 +49,8 @@ export class FactsReader {
     async read(batch) {
         const files = batch.flatMap(entry => entry.files);
         const rows = [];
-        for (let at = 0; at < files.length; at += AT_ONCE) {
-            const part = files.slice(at, at + AT_ONCE).map(({file, path}) => ({file, name: nameFor(path)}));
+        for (let at = 0; at < files.length; at += OF_A_SEQUENCE) {
+            const part = files.slice(at, at + OF_A_SEQUENCE).map(({file, path}) => ({file, name: nameFor(path)}));
             const result = await this.runner.run('facts', {files: part});
             rows.push(...result.rows ?? part.map(() => ({problem: result.error})));
         }

@@ -15,6 +15,8 @@ import {Tree} from './tree.js';
 const element = id => document.getElementById(id);
 const number = value => value.toLocaleString('en');
 
+const TYPING = 150;  // milliseconds until a filter is used
+
 const files = [];  // {file, path}
 let entry;         // of the list, that is open
 let frame = 0;     // of its files
@@ -114,7 +116,7 @@ function open(one) {
 }
 function openFrame(index) {
     if (!entry) return;
-    const chosen = tree.active;
+    const chosen = dump && tree.active > 0 ? dump.lines.ranges(tree.active)[0] : undefined;
     const isSame = index === frame && dump?.file === entry.files[index].file;
     frame = index;
     dump?.close();
@@ -130,15 +132,17 @@ function openFrame(index) {
     element('frame').textContent = `${number(frame + 1)} of ${number(entry.files.length)}`;
     document.body.classList.add('has-dump');
     say('');
-    restoring = isSame ? chosen : -1;
+    restoring = isSame && chosen ? chosen[0] : -1;
+    dumpChanged();
     look();
     list.refresh();
 }
-let restoring = -1;  // the line that was chosen before the switches were
+let restoring = -1;  // the byte whose line was chosen before the switches were
 
 function closeDump() {
     dump?.close();
     search?.stop();
+    element('dump-status').textContent = '';
     dump = entry = search = undefined;
     list.opened = undefined;
     tree.show(null);
@@ -153,7 +157,12 @@ element('close').addEventListener('click', () => {
 function dumpChanged() {
     tree.extend();
     search?.extend();
-    if (tree.active < 0 && dump.lines.count > Math.max(restoring, 0)) tree.select(Math.max(restoring, 0), {tell: restoring > 0});
+    if (tree.active < 0 && dump.lines.count > 0) tree.select(0, {tell: false});
+    if (restoring >= 0 && dump.state !== 'running') {
+        const line = tree.active === 0 ? dump.lines.lineAt(restoring) : -1;
+        restoring = -1;
+        if (line >= 0) tree.reveal(line);
+    }
     const {lines, state} = dump;
     element('cancel').hidden = state !== 'running';
     element('go-on').hidden = state !== 'stopped';
@@ -234,7 +243,11 @@ element('find').addEventListener('keydown', event => {
 });
 element('next').addEventListener('click', () => step(false));
 element('previous').addEventListener('click', () => step(true));
-element('filter').addEventListener('input', event => tree.setFilter(event.target.value));
+let typing;
+element('filter').addEventListener('input', event => {
+    clearTimeout(typing);
+    typing = setTimeout(() => tree.setFilter(event.target.value), TYPING);
+});
 element('filter').addEventListener('keydown', event => {
     if (event.key === 'Escape' || event.key === 'Enter') element('tree').focus();
 });

@@ -2,6 +2,8 @@
 // in order and are taken once; what changes folds or the filter begins anew.
 import {MARK} from './lines.js';
 
+const DEEPEST = 2000;
+
 // A test of names for one element of a pattern: part of a name, "*" for anything, whatever the case.
 function nameTest(pattern) {
     const escaped = pattern.toLowerCase().replace(/[.+?^${}()|[\]\\]/g, '\\$&').replace(/\*/g, '.*');
@@ -37,6 +39,8 @@ export class Rows {
         this.lines = lines;
         this.folded = new Set();
         this.filter = null;
+        this.path = new Uint32Array(DEEPEST + 1);
+        this.above = new Int32Array(DEEPEST + 1);
         this.restart();
     }
 
@@ -90,8 +94,9 @@ export class Rows {
         this.next = 0;  // block to be taken
         this.foldedDepth = Infinity;
         this.shownDepth = Infinity;
-        this.path = [];
-        this.above = [];  // the last line at each depth, negative where it is a row
+        this.path.fill(0);    // numbers of names by depth
+        this.above.fill(-1);  // lines by depth that are no rows yet
+        this.deepest = 0;
         this.extend();
     }
 
@@ -127,23 +132,25 @@ export class Rows {
     }
 
     // Whether the filter takes a line; the sections around one that it takes become rows before it.
-    place(block, i, depth, line, isHidden) {
-        this.path.length = depth + 1;
-        this.above.length = depth + 1;
+    place(block, i, lineDepth, line, isHidden) {
+        const depth = Math.min(lineDepth, DEEPEST);
         const isBlank = (block.marks[i] & MARK.blank) !== 0;
+        for (; this.deepest > depth; this.deepest--) {
+            this.path[this.deepest] = 0;
+            this.above[this.deepest] = -1;
+        }
+        this.deepest = depth;
         this.path[depth] = block.names[i];
-        for (let d = 1; d < depth; d++) this.path[d] ??= 0;
         if (depth > this.shownDepth) return !isHidden;
         this.shownDepth = Infinity;
-        this.above[depth] = isBlank ? undefined : line;
+        this.above[depth] = isBlank ? -1 : line;
         if (isBlank || !this.filter.matches(this.path, depth, this.lines.names)) return false;
         this.shownDepth = depth;
         for (let d = 1; d < depth; d++) {
-            if (this.above[d] === undefined) continue;
-            if (d <= this.foldedDepth) this.push(this.above[d]);
-            this.above[d] = undefined;
+            if (this.above[d] >= 0 && d <= this.foldedDepth) this.push(this.above[d]);
+            this.above[d] = -1;
         }
-        this.above[depth] = undefined;
-        return true;
+        this.above[depth] = -1;
+        return !isHidden;
     }
 }

@@ -20,6 +20,17 @@ export class Source {
         this.window = FIRST_WINDOW;
     }
 
+    // The head, read at the same time as those of other files.
+    async readHead(size) {
+        try {
+            this.held = new Uint8Array(await this.file.slice(0, size).arrayBuffer());
+            this.requests++;
+            this.bytesRead += this.held.length;
+        } catch {
+            this.hasChanged = true;
+        }
+    }
+
     size() {
         return this.file.size;
     }

@@ -1,9 +1,11 @@
 // Runs the module's entries, each request in an instance of its own. Messages: {id, task, module, file, name, ...}; what
 // comes back has the same id.
 import {Failure, run} from '../shim.js';
-import {Lines} from './lines.js';
+import {END, Lines} from './lines.js';
 import {Source} from './source.js';
 
+const HEAD = 16 * 1024;  // which recognition looks at
+const AT_ONCE = 32;
 const PART = 4 * 1024 * 1024;  // of a text that is collected
 
 const NO_FILE = {type: 'pipe', isSeekable: false, size: () => 0, read: () => 0, write: bytes => bytes.length, close() {}};
@@ -31,6 +33,21 @@ function runOver(module, args, sources, write) {
 // RFC 4180
 function quoted(text) {
     return /[",\n\r]/.test(text) ? `"${text.replace(/"/g, '""')}"` : text;
+}
+
+function factsOf(module, source, name) {
+    let format = '', end = 0;
+    try {
+        runOver(module, ['page', '--lines', '2', name], new Map([[name, source]]), bytes => {
+            const lines = new Lines();
+            end = lines.add(bytes.slice().buffer);
+            format = lines.format || format;
+        });
+    } catch (error) {
+        return {problem: String(error.message)};
+    }
+    if (source.hasChanged) return {problem: 'cannot be read'};
+    return {format, problem: end === END.unknown ? 'unknown format' : undefined};
 }
 
 const tasks = {
@@ -93,32 +110,27 @@ const tasks = {
         return {status, blob: new Blob(parts), hasChanged: source.hasChanged};
     },
 
-    // The format of each of some files, by their first lines: where none is known, that is the only one.
-    facts({module, files}) {
-        return {rows: files.map(({file, name}) => {
-            const source = new Source(file);
-            let format = '', end = 0;
-            try {
-                runOver(module, ['page', '--lines', '2', name], new Map([[name, source]]), bytes => {
-                    const view = new DataView(bytes.buffer, bytes.byteOffset, bytes.length);
-                    const [lines, text, ranges, names, formatSize] = [1, 2, 3, 4, 5].map(i => view.getUint32(4 * i, true));
-                    const at = 32 + 31 * lines + 16 * ranges + names;
-                    format = new TextDecoder().decode(bytes.slice(at, at + formatSize)) || format;
-                    end = view.getUint32(24, true);
-                });
-            } catch (error) {
-                return {problem: String(error.message)};
-            }
-            if (source.hasChanged) return {problem: 'cannot be read'};
-            return {format, problem: end === 3 ? 'unknown format' : undefined};
-        })};
+    // The format of each of some files, by their first lines: where none is known, that is the only one. Heads of files are
+    // read at the same time, the next ones while the module looks at some.
+    async facts({module, files}) {
+        const rows = [];
+        const read = at => {
+            const sources = files.slice(at, at + AT_ONCE).map(({file}) => new Source(file));
+            return Promise.all(sources.map(source => source.readHead(HEAD))).then(() => sources);
+        };
+        for (let at = 0, next = read(0); at < files.length; at += AT_ONCE) {
+            const sources = await next;
+            next = read(at + AT_ONCE);
+            sources.forEach((source, i) => rows.push(factsOf(module, source, files[at + i].name)));
+        }
+        return {rows};
     },
 };
 
-onmessage = ({data}) => {
+onmessage = async ({data}) => {
     const send = (message, transfer = []) => postMessage({id: data.id, ...message}, transfer);
     try {
-        send({done: true, ...tasks[data.task](data, send)});
+        send({done: true, ...await tasks[data.task](data, send)});
     } catch (error) {
         send({done: true, error: String(error?.message ?? error)});
     }
