@@ -113,8 +113,8 @@ class Check {
         const int64_t usual = widths.winner().value_or(0);
         for (const SequenceFrame &frame : all_) {
             const int64_t expected = std::max<int64_t>(usual, needed(frame.number));
-            const bool is_double = std::ranges::count(all_, frame.number, &SequenceFrame::number) > 1;
-            if (frame.digits == expected || is_double) continue;
+            if (frame.digits == expected) continue;
+            if (std::ranges::count(all_, frame.number, &SequenceFrame::number) > 1) continue;
             add("padding", frame.number, frame.number,
                 "its number has " + std::to_string(frame.digits) +
                     (frame.digits == 1 ? " digit" : " digits") + ", others have " + std::to_string(usual));
@@ -500,7 +500,7 @@ class Check {
                 add("swapped", first, last, "changed places, by their " + what);
             } else {
                 add("repeated", first, first,
-                    what + (shared.counters.size() > 1 || what.ends_with("s") ? " are" : " is") +
+                    what + (shared.counters.size() > 1 || what.ends_with("s") ? " are those" : " is that") +
                         " of frame " + std::to_string(frames_[event.other]->number));
             }
         }
