@@ -111,10 +111,12 @@ class Check {
         }
         if (!padded) return;
         const int64_t usual = widths.winner().value_or(0);
-        for (const SequenceFrame &frame : all_) {
+        for (size_t i = 0; i < all_.size(); i++) {
+            const SequenceFrame &frame = all_[i];
             const int64_t expected = std::max<int64_t>(usual, needed(frame.number));
-            if (frame.digits == expected) continue;
-            if (std::ranges::count(all_, frame.number, &SequenceFrame::number) > 1) continue;
+            const bool is_double = (i > 0 && all_[i - 1].number == frame.number) ||
+                                   (i + 1 < all_.size() && all_[i + 1].number == frame.number);
+            if (frame.digits == expected || is_double) continue;
             add("padding", frame.number, frame.number,
                 "its number has " + std::to_string(frame.digits) +
                     (frame.digits == 1 ? " digit" : " digits") + ", others have " + std::to_string(usual));
