@@ -93,14 +93,13 @@ class TreeListener : public Listener {
     std::string_view text(uint32_t number) const { return pool_.text(number); }
 
     void add(const Line &line) {
-        const std::string_view body = without_blanks(line.text.substr(line.behind_position));
+        const std::string_view body = without_blanks(line.text);
         if (!line.is_aside) close_to(field_.path.size() - (field_.is_labelled ? 1 : 0));
         const size_t depth = open_.size() - 1;
         FieldNode node;
         std::string label = field_.is_labelled ? field_.path.back()->name : "";
-        for (const uint64_t index : field_.index) label += "[" + std::to_string(index) + "]";
-        const size_t first = everything_ ? 0 : values_not_compared(tree_.format, body, depth);
-        std::string value = value_text(line, field_, first);
+        const ValueRange range = everything_ ? ValueRange{} : compared_values(tree_.format, body, depth);
+        std::string value = value_text(line, field_, range);
         if (line.goes_on) {
             long_value_ = value;
             long_depth_ = open_.size();
@@ -116,6 +115,7 @@ class TreeListener : public Listener {
                 is_left_out(tree_.format, section, label) || (tree_.format == "MXF" && is_identifier(value));
             if (node.is_left_out) value.clear();
         }
+        for (const uint64_t index : field_.index) label += "[" + std::to_string(index) + "]";
         node.name = pool_.number(label);
         node.value = pool_.number(value.substr(0, kMostText));
         if (line.is_aside) {
@@ -130,6 +130,10 @@ class TreeListener : public Listener {
 
     // Types have no name of their own, and references are kept for nest_sets.
     void mxf_line(size_t depth, std::string &label, std::string &value, FieldNode &node) {
+        if (label == "MXFERROR @") {
+            if (!everything_) value.clear();
+            return;
+        }
         if (depth < 2) return;
         const size_t colon = value.find(':');
         if (!everything_ && label == "References" && colon >= 8 && colon < 17 &&
@@ -235,7 +239,8 @@ class TreeListener : public Listener {
     void end(Open &open) {
         FieldNode &node = open.node;
         if (!open.hex.empty() && (everything_ || !open.has_fields) && !node.is_left_out) {
-            const uint32_t name = node.name && node.children.empty() ? 0 : pool_.number("data");
+            const bool unnamed = node.children.empty() || tree_.format == "MXF";
+            const uint32_t name = unnamed ? 0 : pool_.number("data");
             node.children.push_back({name, 0, pool_.number(open.hex), false, {}, {}});
         }
         gather(node);

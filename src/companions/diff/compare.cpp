@@ -66,7 +66,9 @@ class Matching {
     void match_descriptions(const Nodes &one, const Nodes &other, uint32_t parent, const TextPool &pool) {
         const bool all = pool.text(parent) == "stsd";
         const auto describes = [&](const FieldNode &node) {
-            return node.is_section() && (all || pool.text(node.name).ends_with("Descriptor"));
+            const std::string_view name = pool.text(node.name);
+            return node.is_section() &&
+                   (all || (name.ends_with("Descriptor") && name != "MultipleDescriptor"));
         };
         size_t j = 0;
         for (size_t i = 0; i < one.size(); i++) {
@@ -95,7 +97,7 @@ class Comparison {
             difference.field = difference.section.back();
             difference.section.pop_back();
         }
-        if (!options_.everything && is_repeated(difference)) return;
+        if (comes_again() && is_repeated(difference)) return;
         taker_.take(difference);
     }
 
@@ -113,7 +115,7 @@ class Comparison {
                           difference.other + '\0' + difference.of;
         for (size_t i = 0; i < difference.section.size(); i++) {
             std::string name = difference.section[i];
-            if (i == 0 && ordinal_ > 0) name.erase(name.rfind(' '));
+            if (i == 0 && name.find("Partition") != std::string::npos) name = "partition";
             key += '\0' + name;
         }
         if (seen_.size() < kMostSeen) return !seen_.insert(std::move(key)).second;
@@ -174,13 +176,11 @@ class Comparison {
         if (same_fields(a, b)) return;
         const bool is_shown = a.name != 0 && !is_hidden(a);
         const size_t ordinal = ordinal_of(parent.children, place);
-        if (path_.empty()) ordinal_ = ordinal;
         if (is_shown) {
             std::string name = text(a.name);
             if (a.name != b.name) name = text(b.name);
             if (a.kind && (a.is_section())) name += " " + text(a.kind);
-            if (a.value && options_.format != "MXF" && a.kind == 0) name += " " + text(a.value);
-            if (ordinal > 0) name += " " + std::to_string(ordinal);
+            if (ordinal > 0 && !(path_.empty() && comes_again())) name += " " + std::to_string(ordinal);
             path_.push_back(name);
             names_.push_back(text(a.name));
         }
@@ -191,11 +191,16 @@ class Comparison {
         }
     }
 
+    // Formats whose outermost structures stand there several times.
+    bool comes_again() const {
+        return !options_.everything && (options_.format == "MXF" || options_.format == "GXF");
+    }
+
     // What stands around the packages of any MXF file.
     bool is_hidden(const FieldNode &node) const {
         if (options_.format != "MXF") return false;
         const std::string_view name = pool_.text(node.name);
-        return name == "Preface" || name == "ContentStorage" || name.ends_with("Array");
+        return name == "Preface" || name == "ContentStorage";
     }
 
     // Its number among those of its name; 0 where there is one only.
@@ -240,7 +245,8 @@ class Comparison {
     }
 
     void group(const Group &a, const Group &b) {
-        if (a.count != b.count) changed("number of " + called(a), grouped(a.count), grouped(b.count));
+        if (a.count != b.count && (a.name || options_.format != "QuickTime"))
+            changed("number of " + called(a), grouped(a.count), grouped(b.count));
         const uint64_t count = std::min(a.count, b.count);
         for (const FieldColumn &column : a.columns) {
             const auto same = std::ranges::find(b.columns, column.name, &FieldColumn::name);
@@ -368,7 +374,6 @@ class Comparison {
     DifferenceTaker &taker_;
     std::vector<std::string> path_;
     std::vector<std::string> names_;  // the same without kinds and numbers
-    size_t ordinal_ = 0;              // of the outermost section
     std::set<std::string> seen_;
 };
 

@@ -5,6 +5,7 @@
 #include <iterator>
 #include <span>
 
+#include "common/timecode.h"
 #include "companions/table/row.h"
 
 namespace {
@@ -51,7 +52,8 @@ class FactsComparison {
     std::vector<FactDifference> run(bool everything) {
         const Row rows[2] = {row_of(one_, ""), row_of(other_, "")};
         compare(kFirstFacts, rows[0], rows[1], "");
-        count("picture", one_.pictures.size(), other_.pictures.size());
+        const bool stills = one_.duration.d == 0 && other_.duration.d == 0;
+        count(stills ? "pictures" : "picture", one_.pictures.size(), other_.pictures.size());
         tracks(one_.pictures, other_.pictures, &Facts::pictures, kPictureFacts, "picture");
         count("sound", one_.sounds.size(), other_.sounds.size());
         tracks(one_.sounds, other_.sounds, &Facts::sounds, kSoundFacts, "sound");
@@ -76,12 +78,11 @@ class FactsComparison {
     void count(const std::string &name, size_t one, size_t other) {
         if (one == other) return;
         const auto shown = [](size_t n) { return n == 0 ? std::string("none") : std::to_string(n); };
-        differences_.push_back({name, std::to_string(one), std::to_string(other),
-                                name + ": " + shown(other) +
-                                    (other == 1 ? " track"
-                                     : other    ? " tracks"
-                                                : "") +
-                                    " instead of " + shown(one)});
+        const bool are_tracks = !name.ends_with('s');
+        std::string text = name + ": " + shown(other);
+        if (are_tracks && other > 0) text += other == 1 ? " track" : " tracks";
+        text += " instead of " + shown(one);
+        differences_.push_back({name, std::to_string(one), std::to_string(other), std::move(text)});
     }
 
     void compare(std::span<const FactRow> facts, const Row &one, const Row &other, const std::string &of) {
@@ -178,12 +179,17 @@ class FactsComparison {
     std::vector<FactDifference> differences_;
 };
 
-std::string digits_of(std::string_view text) {
-    std::string digits;
+// Frames of eight digits, "01:00:00:00" or "01000000"; -1 for any other text.
+int64_t digits_frames(std::string_view text, const FileTimecode &timecode) {
+    uint32_t bcd = 0;
+    int count = 0;
     for (const char c : text.substr(0, text.find(' '))) {
-        if (c >= '0' && c <= '9') digits += c;
+        if (c == ':' || c == ';') continue;
+        if (c < '0' || c > '9' || count++ == 8) return -1;
+        bcd = bcd << 4 | static_cast<uint32_t>(c - '0');
     }
-    return digits;
+    if (count != 8) return -1;
+    return frame_count(bcd, {timecode.base, timecode.drop}).value_or(-1);
 }
 
 // The frames of hours to fields in a byte each, as GXF has them; `swapped` those of auxiliary data, in the
@@ -226,10 +232,11 @@ bool ToldTimecodes::has_told(std::string_view label, std::string_view one, std::
             const int64_t told = pair.other.frames - pair.one.frames;
             if (step == 2 * told || (told != 0 && step == told)) return true;
         }
-        const bool is_timecode = label.ends_with("imecode") || label.ends_with("imecode/0");
-        if (is_timecode && digits_of(one).size() == 8 && digits_of(one) == digits_of(pair.one.text()) &&
-            digits_of(other) == digits_of(pair.other.text()))
-            return true;
+        if (label.ends_with("imecode") && pair.one.base > 0 && pair.other.base > 0) {
+            const int64_t a = digits_frames(one, pair.one);
+            const int64_t b = digits_frames(other, pair.other);
+            if (a >= 0 && b >= 0 && b - a == pair.other.frames - pair.one.frames) return true;
+        }
     }
     return false;
 }

@@ -60,12 +60,26 @@ class Sets {
                 const auto found = places_.find(target);
                 if (found == places_.end() || taken_[found->second - first_] || level == kMostLevels)
                     continue;
-                below.push_back(taken(found->second, level + 1));
+                FieldNode set = taken(found->second, level + 1);
+                lift_descriptors(set, below);
+                below.push_back(std::move(set));
             }
         }
         for (FieldNode &set : below) node.children.push_back(std::move(set));
         node.kind = track_kind(node);
         return node;
+    }
+
+    // The descriptors of several tracks stand beside what holds them, as that of a single one does.
+    void lift_descriptors(FieldNode &set, std::vector<FieldNode> &to) const {
+        if (pool_.text(set.name) != "MultipleDescriptor") return;
+        const auto is_descriptor = [&](const FieldNode &child) {
+            return pool_.text(child.name).ends_with("Descriptor");
+        };
+        for (FieldNode &child : set.children) {
+            if (is_descriptor(child)) to.push_back(child);
+        }
+        std::erase_if(set.children, is_descriptor);
     }
 
     // What a track carries is said by its sequence and its clips.
@@ -99,6 +113,19 @@ class Sets {
     std::map<uint32_t, size_t> places_;  // of sets, by their identifiers
 };
 
+// What lines without a label say is their parent's value.
+void take_values(FieldNode &node, TextPool &pool) {
+    const auto is_plain = [](const FieldNode &child) { return child.name == 0 && !child.is_section(); };
+    if (node.children.empty() || !std::ranges::all_of(node.children, is_plain)) return;
+    std::string value(pool.text(node.value));
+    for (const FieldNode &child : node.children) {
+        value += value.empty() ? "" : " ";
+        value += pool.text(child.value);
+    }
+    node.value = pool.number(value);
+    node.children.clear();
+}
+
 // Identifiers and references have done their work; what is left without name and value says nothing.
 void finish_items(FieldNode &node, bool everything, TextPool &pool) {
     for (FieldNode &child : node.children) finish_items(child, everything, pool);
@@ -111,6 +138,9 @@ void finish_items(FieldNode &node, bool everything, TextPool &pool) {
         const bool says_nothing = child.value == 0 && (child.is_left_out || child.name == 0);
         return was_link || (says_nothing && !child.is_section());
     });
+    if (node.name == 0 || (node.children.size() == 1 && node.children.front().name == 0)) {
+        take_values(node, pool);
+    }
 }
 
 }  // namespace

@@ -6,33 +6,35 @@
 
 namespace {
 
-constexpr size_t kAll = SIZE_MAX;
 constexpr size_t kAnyDepth = SIZE_MAX;
 
 struct HeadRow {
     std::string_view format;
     std::string_view begin;  // of the line
     size_t depth;
-    size_t values;
+    ValueRange compared;
 };
+constexpr ValueRange kNone = {0, 0};
 constexpr HeadRow kHeads[] = {
-    {"QuickTime", "ATOM ", kAnyDepth, kAll},
-    {"MXF", "Tag ", 1, kAll},
-    {"MXF", "", 0, kAll},
-    {"RIFF", "Elem ", kAnyDepth, kAll},
-    {"RF64", "Elem ", kAnyDepth, kAll},
-    {"AIFF", "Elem ", kAnyDepth, kAll},
-    {"GXF", "Tag ", kAnyDepth, 2},
-    {"GXF", "", 0, kAll},
-    {"TIFF", "tag ", kAnyDepth, 1},
-    {"JPEG", "tag ", kAnyDepth, 1},
-    {"JPEG", "", 0, kAll},
-    {"JP2", "", 0, kAll},
-    {"JPEG 2000", "", 0, kAll},
-    {"PNG", "", 0, kAll},
-    {"MNG", "", 0, kAll},
-    {"MPEG", "stream ", 0, kAll},
-    {"R3D", "", 0, kAll},
+    {"QuickTime", "ATOM ", kAnyDepth, kNone},
+    {"MXF", "Tag ", 1, kNone},
+    {"MXF", "", 0, kNone},
+    {"RIFF", "Elem ", kAnyDepth, kNone},
+    {"RF64", "Elem ", kAnyDepth, kNone},
+    {"AIFF", "Elem ", kAnyDepth, kNone},
+    {"GXF", "Tag ", kAnyDepth, {2}},
+    {"GXF", "", 0, kNone},
+    {"GXF", "info      length:", 1, {1}},
+    {"OpenEXR", "", 0, {0, 1}},
+    {"TIFF", "tag ", kAnyDepth, {1}},
+    {"JPEG", "tag ", kAnyDepth, {1}},
+    {"JPEG", "", 0, kNone},
+    {"JP2", "", 0, kNone},
+    {"JPEG 2000", "", 0, kNone},
+    {"PNG", "", 0, kNone},
+    {"MNG", "", 0, kNone},
+    {"MPEG", "stream ", 0, kNone},
+    {"R3D", "", 0, kNone},
 };
 
 struct LeftOut {
@@ -48,7 +50,7 @@ constexpr LeftOut kLeftOut[] = {
     {"QuickTime", "", "modification"},
     {"MXF", "", "MXF Primer Pack"},
     {"MXF", "", "RP210/Filler Data"},
-    {"MXF", "", "MXF Random Index Pack"},
+    {"MXF", "", "MXF Random Index Table"},
     {"MXF", "", "Length"},
     {"MXF", "", "ThisPartition"},
     {"MXF", "", "PreviousPartition"},
@@ -70,6 +72,7 @@ constexpr LeftOut kLeftOut[] = {
     {"GXF", "", "length"},
     {"GXF", "", "filesize"},
     {"GXF", "preamble", "size"},
+    {"GXF", "Payload Description", "size"},
     {"GXF", "", "trackoffset"},
     {"GXF", "", "mediaoffset"},
     {"GXF", "", "useroffset"},
@@ -202,13 +205,13 @@ bool has_twins(std::string_view format_text) {
 
 }  // namespace
 
-size_t values_not_compared(std::string_view format, std::string_view text, size_t depth) {
+ValueRange compared_values(std::string_view format, std::string_view text, size_t depth) {
     for (const HeadRow &row : kHeads) {
         if (row.format == format && text.starts_with(row.begin) &&
             (row.depth == kAnyDepth || row.depth == depth))
-            return row.values;
+            return row.compared;
     }
-    return 0;
+    return {};
 }
 
 bool is_left_out(std::string_view format, std::string_view section, std::string_view label) {
@@ -221,13 +224,13 @@ bool is_left_out(std::string_view format, std::string_view section, std::string_
     return std::ranges::any_of(kMadeWords, [&](std::string_view word) { return contains(label, word); });
 }
 
-std::string value_text(const Line &line, const FieldLine &field, size_t first) {
+std::string value_text(const Line &line, const FieldLine &field, ValueRange range) {
     std::string text;
     const bool twins = has_twins(line.text);
-    for (size_t i = first; i < field.values.size(); i++) {
+    for (size_t i = range.first; i < std::min(range.end, field.values.size()); i++) {
         const FieldValue &value = field.values[i];
         if (value.kind == FieldValue::unset) continue;
-        if (twins && i > first && repeats(value, field.values[i - 1])) continue;
+        if (twins && i > range.first && repeats(value, field.values[i - 1])) continue;
         if (!text.empty() && !value.content.empty()) text += ' ';
         if (value.kind == FieldValue::text && is_in_quotes(line, value.content)) {
             text += '\'';

@@ -2,14 +2,20 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 #include "companions/lines/lines.h"
 
-// How many of a line's first values only tell what it is: positions, sizes, tags and codes in front of a
-// name. `text` is the line without the blanks it begins with, `depth` the number of sections around it.
-size_t values_not_compared(std::string_view format, std::string_view text, size_t depth);
+// Which of a line's values are compared; the others only tell what it is and where: positions, sizes, tags
+// and codes in front of a name.
+struct ValueRange {
+    size_t first = 0;
+    size_t end = SIZE_MAX;
+};
+// `text` is the line without the blanks it begins with, `depth` the number of sections around it.
+ValueRange compared_values(std::string_view format, std::string_view text, size_t depth);
 
 // Whether a field is left out because any two files differ in it: dates, positions, sizes of atoms and sets,
 // identifiers.
@@ -17,7 +23,7 @@ bool is_left_out(std::string_view format, std::string_view section, std::string_
 
 // The values of a line as one text. Of a number that stands there in two notations, and of a code with its
 // characters, the first counts; texts that stand in quotes have them.
-std::string value_text(const Line &line, const FieldLine &field, size_t first);
+std::string value_text(const Line &line, const FieldLine &field, ValueRange range);
 
 // A text of MXF's identifiers that are none of the registers: UUIDs, and parts of UMIDs. Those that are all
 // zeros say that there is none.
