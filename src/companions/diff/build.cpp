@@ -11,9 +11,10 @@
 
 namespace {
 
-constexpr size_t kMostAlike = 64;   // sections of a name before they are counted
-constexpr size_t kMostText = 4096;  // of a value that is kept; what is longer has its hash behind
-constexpr size_t kMostHex = 4096;   // of a hex dump, in bytes
+constexpr size_t kMostAlike = 64;          // sections of a name before they are counted
+constexpr size_t kMostChildren = 100'000;  // of one section before all that follow are counted together
+constexpr size_t kMostText = 4096;         // of a value that is kept; what is longer has its hash behind
+constexpr size_t kMostHex = 4096;          // of a hex dump, in bytes
 
 constexpr std::string_view kHexDigits = "0123456789abcdefABCDEF";
 
@@ -86,7 +87,6 @@ class TreeListener : public Listener {
         FieldNode node;
         std::string hex;                             // rows that nothing names
         bool has_fields = false;                     // beside these
-        uint64_t rows = 0;                           // that are no hex dump
         std::unordered_map<uint32_t, size_t> alike;  // children of a name
     };
 
@@ -105,6 +105,9 @@ class TreeListener : public Listener {
             long_depth_ = open_.size();
         }
         if (tree_.format == "MXF") mxf_line(depth, label, value, node);
+        if (tree_.format == "MXF" && depth == 0 && label == "MXF Generic Data" && !field_.values.empty())
+            value = field_.values[0].content;
+        if (line.is_aside && label.empty() && value.empty()) label = body;
         if (tree_.format == "MPEG" && label == "stream" && field_.values.size() > 3)
             label = field_.values[3].content;
         if (tree_.format == "JPEG" && depth == 0 && field_.values.size() == 3)
@@ -182,17 +185,18 @@ class TreeListener : public Listener {
         }
         std::string_view rest = row;
         const std::string_view position = word(rest);
-        if (label.empty() && position.size() >= 4 && is_hex(position.substr(0, position.size() - 1)) &&
-            (position.back() == ':' || is_hex(position.substr(position.size() - 1))))
-            row = without_blanks(rest);
+        const bool is_position = position.size() >= 4 && is_hex(position.substr(0, position.size() - 1)) &&
+                                 (position.back() == ':' || is_hex(position));
+        if (label.empty() && is_position && !hex_bytes(rest).empty()) row = without_blanks(rest);
         const std::string bytes = hex_bytes(row);
         if (!label.empty() && label != "data") {
             add_hex_field(open.node, label, bytes);
         } else if (!bytes.empty() || !label.empty()) {
             add_capped(open.hex, (open.hex.empty() ? "" : " ") + bytes);
         } else {
-            add_to_rows(open, "", row);
-            open.rows++;
+            // The first number of an index entry is a position.
+            if (tree_.format == "MXF" && !everything_) word(row);
+            add_to_rows(open, "", without_blanks(row));
         }
     }
 
@@ -244,6 +248,11 @@ class TreeListener : public Listener {
             node.children.push_back({name, 0, pool_.number(open.hex), false, {}, {}});
         }
         gather(node);
+        if (tree_.format == "OpenEXR" && !everything_ && open_.size() == 1 && node.kind == 0) {
+            node.kind = node.value;  // the type of an attribute
+            node.value = 0;
+        }
+        if (tree_.format != "MXF" || is_counted(tree_.format, text(node.name))) take_values(node, pool_);
         if (node.kind == 0) node.kind = kind_of(node);
     }
 
@@ -303,7 +312,9 @@ class TreeListener : public Listener {
         }
         if (tree_.format == "MXF" && label.starts_with("MXF Generic ")) {
             for (const FieldNode &child : node.children) {
-                if (child.value == 0 && text(child.name) != "Length") return child.name;
+                if (child.value != 0 || text(child.name) == "Length") continue;
+                const std::string element(text(child.name));
+                return node.value ? pool_.number(element + " " + std::string(text(node.value))) : child.name;
             }
         }
         if (tree_.format == "DPX" && label == "element") return node.value;

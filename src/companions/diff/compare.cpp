@@ -111,13 +111,12 @@ class Comparison {
 
     // Structures that come again in a file (partitions, maps) differ as they did before.
     bool is_repeated(const Difference &difference) {
-        std::string key = std::to_string(difference.kind) + difference.field + '\0' + difference.one + '\0' +
-                          difference.other + '\0' + difference.of;
-        for (size_t i = 0; i < difference.section.size(); i++) {
-            std::string name = difference.section[i];
-            if (i == 0 && name.find("Partition") != std::string::npos) name = "partition";
-            key += '\0' + name;
-        }
+        const auto once = [](const std::string &name) {
+            return name.starts_with("MXF Partition") ? std::string("partition") : name;
+        };
+        std::string key = std::to_string(difference.kind) + once(difference.field) + '\0' + difference.one +
+                          '\0' + difference.other + '\0' + difference.of;
+        for (const std::string &name : difference.section) key += '\0' + once(name);
         if (seen_.size() < kMostSeen) return !seen_.insert(std::move(key)).second;
         return seen_.contains(key);
     }
@@ -173,7 +172,10 @@ class Comparison {
     }
 
     void inside(const FieldNode &parent, size_t place, const FieldNode &a, const FieldNode &b) {
-        if (same_fields(a, b)) return;
+        // A set with one item more has its tag there, too.
+        const bool is_primer = options_.format == "MXF" && text(a.name) == "MXF Primer Pack";
+        if (is_primer && !options_.everything && a.children.size() != b.children.size()) return;
+        if (same_fields(a, b) || (a.name != b.name && !have_common(a, b))) return;
         const bool is_shown = a.name != 0 && !is_hidden(a);
         const size_t ordinal = ordinal_of(parent.children, place);
         if (is_shown) {
@@ -189,6 +191,13 @@ class Comparison {
             path_.pop_back();
             names_.pop_back();
         }
+    }
+
+    // Whether two descriptions have fields to compare: of some codecs there is a hex dump only.
+    static bool have_common(const FieldNode &a, const FieldNode &b) {
+        return std::ranges::any_of(a.children, [&](const FieldNode &field) {
+            return field.name && field.value && b.child(field.name);
+        });
     }
 
     // Formats whose outermost structures stand there several times.
@@ -215,21 +224,31 @@ class Comparison {
         return count > 1 ? ordinal : 0;
     }
 
+    // Groups of one name and kind belong together, then those that are called alike.
     void groups(const FieldNode &one, const FieldNode &other) {
-        const auto same_key = [](const Group &a, const Group &b) {
-            return a.name == b.name && a.kind == b.kind;
-        };
-        for (const Group &a : one.groups) {
-            const auto b = std::ranges::find_if(other.groups, [&](const Group &g) { return same_key(a, g); });
-            if (b == other.groups.end()) {
-                lone_group(Difference::only_one, a);
-            } else {
-                group(a, *b);
+        std::vector<size_t> pairs(one.groups.size(), kNone);
+        std::vector<bool> taken(other.groups.size(), false);
+        for (const bool exactly : {true, false}) {
+            for (size_t i = 0; i < pairs.size(); i++) {
+                for (size_t j = 0; j < taken.size() && pairs[i] == kNone; j++) {
+                    const Group &a = one.groups[i];
+                    const Group &b = other.groups[j];
+                    const bool same = exactly ? a.name == b.name && a.kind == b.kind : called(a) == called(b);
+                    if (taken[j] || !same) continue;
+                    pairs[i] = j;
+                    taken[j] = true;
+                }
             }
         }
-        for (const Group &b : other.groups) {
-            if (std::ranges::none_of(one.groups, [&](const Group &g) { return same_key(g, b); }))
-                lone_group(Difference::only_other, b);
+        for (size_t i = 0; i < pairs.size(); i++) {
+            if (pairs[i] == kNone) {
+                lone_group(Difference::only_one, one.groups[i]);
+            } else {
+                group(one.groups[i], other.groups[pairs[i]]);
+            }
+        }
+        for (size_t j = 0; j < taken.size(); j++) {
+            if (!taken[j]) lone_group(Difference::only_other, other.groups[j]);
         }
     }
 

@@ -183,6 +183,9 @@ int diff_files(const std::string &one, const std::string &other, const DiffOptio
         report = std::make_unique<TextReport>(output);
     }
     report->begin(one, other);
+    // A pipe has been read by now.
+    const bool known = !all[0].format.empty() && !all[1].format.empty();
+    if (!known) all[0] = all[1] = {};
     for (const FactDifference &difference : differing_facts(all[0], all[1], options.everything))
         report->fact(difference);
     const ToldTimecodes told(all[0], all[1]);

@@ -113,19 +113,6 @@ class Sets {
     std::map<uint32_t, size_t> places_;  // of sets, by their identifiers
 };
 
-// What lines without a label say is their parent's value.
-void take_values(FieldNode &node, TextPool &pool) {
-    const auto is_plain = [](const FieldNode &child) { return child.name == 0 && !child.is_section(); };
-    if (node.children.empty() || !std::ranges::all_of(node.children, is_plain)) return;
-    std::string value(pool.text(node.value));
-    for (const FieldNode &child : node.children) {
-        value += value.empty() ? "" : " ";
-        value += pool.text(child.value);
-    }
-    node.value = pool.number(value);
-    node.children.clear();
-}
-
 // Identifiers and references have done their work; what is left without name and value says nothing.
 void finish_items(FieldNode &node, bool everything, TextPool &pool) {
     for (FieldNode &child : node.children) finish_items(child, everything, pool);
@@ -138,9 +125,7 @@ void finish_items(FieldNode &node, bool everything, TextPool &pool) {
         const bool says_nothing = child.value == 0 && (child.is_left_out || child.name == 0);
         return was_link || (says_nothing && !child.is_section());
     });
-    if (node.name == 0 || (node.children.size() == 1 && node.children.front().name == 0)) {
-        take_values(node, pool);
-    }
+    take_values(node, pool);
 }
 
 }  // namespace

@@ -4,6 +4,8 @@
 #include <charconv>
 #include <cstdint>
 
+using namespace std::literals;
+
 namespace {
 
 constexpr size_t kAnyDepth = SIZE_MAX;
@@ -17,6 +19,7 @@ struct HeadRow {
 constexpr ValueRange kNone = {0, 0};
 constexpr HeadRow kHeads[] = {
     {"QuickTime", "ATOM ", kAnyDepth, kNone},
+    {"MXF", "Tag 8", 1, {1}},  // primers have labels behind tags, which are dynamic from 8000 on
     {"MXF", "Tag ", 1, kNone},
     {"MXF", "", 0, kNone},
     {"RIFF", "Elem ", kAnyDepth, kNone},
@@ -43,12 +46,11 @@ struct LeftOut {
     std::string_view label;    // empty: all of the section
 };
 constexpr LeftOut kLeftOut[] = {
-    {"QuickTime", "stco", ""},
-    {"QuickTime", "co64", ""},
+    {"QuickTime", "stco", "data"},
+    {"QuickTime", "co64", "data"},
     {"QuickTime", "tfhd", "base_data_offset"},
     {"QuickTime", "", "creation"},
     {"QuickTime", "", "modification"},
-    {"MXF", "", "MXF Primer Pack"},
     {"MXF", "", "RP210/Filler Data"},
     {"MXF", "", "MXF Random Index Table"},
     {"MXF", "", "Length"},
@@ -63,7 +65,7 @@ constexpr LeftOut kLeftOut[] = {
     {"RF64", "Fileformat", "Size"},
     {"RF64", "", "Datasize"},
     {"AIFF", "Fileformat", "Size"},
-    {"AIFF", "SSND", ""},
+    {"AIFF", "", "PTR"},
     {"RIFF", "", "orginatordate"},
     {"RIFF", "", "orginatortime"},
     {"RF64", "", "orginatordate"},
@@ -171,10 +173,12 @@ bool is_hex_of(std::string_view text, uint64_t number) {
 bool is_code_of(std::string_view text, std::string_view characters) {
     uint64_t code = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), code, 16);
-    if (error != std::errc() || end != text.data() + text.size() || characters.size() > 4) return false;
+    if (error != std::errc() || end != text.data() + text.size() || code >> 32 != 0) return false;
     std::string spelt;
     for (int i = 0; i < 4; i++) spelt += static_cast<char>(code >> (8 * i) & 255);
-    return spelt.find(characters) != std::string::npos && (characters.size() == 4 || code >> 32 == 0);
+    const size_t first = std::min(spelt.find_first_not_of(" \0"sv), spelt.size());
+    spelt.erase(spelt.find_last_not_of(" \0"sv) + 1);
+    return spelt.substr(std::min(first, spelt.size())) == characters;
 }
 
 // Whether a value says once more what the one before it says.

@@ -6,6 +6,8 @@
 namespace {
 
 constexpr size_t kMostTexts = 1'000'000;
+constexpr size_t kMostColumns = 1000;  // of a group; what other names have stands in the last one
+constexpr size_t kMostGroups = 1000;   // of a section; other kinds count together
 constexpr uint32_t kHashed = 0x80000000;
 
 bool same_runs(const FieldColumn &one, const FieldColumn &other) {
@@ -62,6 +64,7 @@ std::string_view TextPool::text(uint32_t number) const {
 }
 
 void FieldColumn::add(uint64_t place, uint32_t value) {
+    if (place < count()) return;
     if (!runs.empty() && runs.back().value == value && runs.back().first + runs.back().count == place) {
         runs.back().count++;
     } else {
@@ -72,6 +75,7 @@ void FieldColumn::add(uint64_t place, uint32_t value) {
 FieldColumn &Group::column(uint32_t column_name) {
     const auto found = std::ranges::find(columns, column_name, &FieldColumn::name);
     if (found != columns.end()) return *found;
+    if (columns.size() == kMostColumns) return columns.back();
     columns.push_back({column_name, {}});
     return columns.back();
 }
@@ -93,11 +97,24 @@ uint64_t field_count(const FieldNode &node) {
     return count;
 }
 
+void take_values(FieldNode &node, TextPool &pool) {
+    const auto is_plain = [](const FieldNode &child) { return child.name == 0 && !child.is_section(); };
+    if (node.children.empty() || !std::ranges::all_of(node.children, is_plain)) return;
+    std::string value(pool.text(node.value));
+    for (const FieldNode &child : node.children) {
+        value += value.empty() ? "" : " ";
+        value += pool.text(child.value);
+    }
+    node.value = pool.number(value);
+    node.children.clear();
+}
+
 void fold(FieldNode &into, const FieldNode &node, TextPool &pool) {
-    const auto is_same = [&](const Group &g) { return g.name == node.name && g.kind == node.kind; };
+    const uint32_t kind = into.groups.size() < kMostGroups ? node.kind : 0;
+    const auto is_same = [&](const Group &g) { return g.name == node.name && g.kind == kind; };
     auto group = std::ranges::find_if(into.groups, is_same);
     if (group == into.groups.end()) {
-        into.groups.push_back({node.name, node.kind, 0, {}});
+        into.groups.push_back({node.name, kind, 0, {}});
         group = into.groups.end() - 1;
     }
     if (node.value) group->column(0).add(group->count, node.value);

@@ -32,7 +32,7 @@ struct FieldColumn {
     uint32_t name = 0;
     std::vector<Run> runs;
 
-    void add(uint64_t place, uint32_t value);
+    void add(uint64_t place, uint32_t value);  // places ascend; the first value of one counts
     uint64_t count() const { return runs.empty() ? 0 : runs.back().first + runs.back().count; }
 };
 
@@ -62,5 +62,7 @@ struct FieldNode {
 bool same_fields(const FieldNode &one, const FieldNode &other);
 // Lines of a section without its own.
 uint64_t field_count(const FieldNode &node);
+// Where all lines below a node are values without a label they become its own.
+void take_values(FieldNode &node, TextPool &pool);
 // Adds a section, or with `name` 0 a row of fields, to its group in the node.
 void fold(FieldNode &into, const FieldNode &node, TextPool &pool);
