@@ -114,8 +114,8 @@ class TreeListener : public Listener {
             label += field_.values[0].content;
         if (!everything_ && node.kind == 0) {
             const std::string_view section = text(open_.back().node.name);
-            node.is_left_out =
-                is_left_out(tree_.format, section, label) || (tree_.format == "MXF" && is_identifier(value));
+            node.is_left_out = node.is_left_out || is_left_out(tree_.format, section, label) ||
+                               (tree_.format == "MXF" && is_identifier(value));
             if (node.is_left_out) value.clear();
         }
         for (const uint64_t index : field_.index) label += "[" + std::to_string(index) + "]";
@@ -147,6 +147,9 @@ class TreeListener : public Listener {
         if (label == "StrongReference" || (label == "GUID" && depth == 2)) {
             node.kind = pool_.number(value);
         } else if (label == "Label" || label == "Material") {
+            // A source that is all zeros is none; any other UMID is an identifier.
+            const bool is_source = text(open_.back().node.name) == "Source Package ID" && label == "Label";
+            node.is_left_out = !everything_ && !(is_source && !is_identifier(value));
             label = "";
         } else if (is_type_name(label)) {
             label = "";

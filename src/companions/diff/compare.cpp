@@ -233,7 +233,8 @@ class Comparison {
                 for (size_t j = 0; j < taken.size() && pairs[i] == kNone; j++) {
                     const Group &a = one.groups[i];
                     const Group &b = other.groups[j];
-                    const bool same = exactly ? a.name == b.name && a.kind == b.kind : called(a) == called(b);
+                    const bool same =
+                        exactly ? a.name == b.name && a.kind == b.kind : called(a, 2) == called(b, 2);
                     if (taken[j] || !same) continue;
                     pairs[i] = j;
                     taken[j] = true;
@@ -252,20 +253,20 @@ class Comparison {
         }
     }
 
-    std::string called(const Group &group) const {
-        return counted_name(options_.format, text(group.name), text(group.kind));
+    std::string called(const Group &group, uint64_t count) const {
+        return counted_name(options_.format, text(group.name), text(group.kind), count);
     }
 
     void lone_group(Difference::Kind kind, const Group &group) {
         Difference difference;
         difference.kind = kind;
-        difference.field = grouped(group.count) + " " + called(group);
+        difference.field = grouped(group.count) + " " + called(group, group.count);
         give(difference);
     }
 
     void group(const Group &a, const Group &b) {
         if (a.count != b.count && (a.name || options_.format != "QuickTime"))
-            changed("number of " + called(a), grouped(a.count), grouped(b.count));
+            changed("number of " + called(a, 2), grouped(a.count), grouped(b.count));
         const uint64_t count = std::min(a.count, b.count);
         for (const FieldColumn &column : a.columns) {
             const auto same = std::ranges::find(b.columns, column.name, &FieldColumn::name);
@@ -285,7 +286,7 @@ class Comparison {
         Difference difference;
         difference.kind = kind;
         difference.field = label_of(column) + " of " + grouped(column.runs.size() ? filled(column) : 0) +
-                           " " + called(group);
+                           " " + called(group, column.runs.size());
         (kind == Difference::only_one ? difference.one : difference.other) = text(column.runs.front().value);
         give(difference);
     }
@@ -340,7 +341,7 @@ class Comparison {
                     found.told = found.told && told_.has_told(label, text(one), text(other));
                 if (options_.everything) {
                     for (uint64_t n = at; n < end; n++)
-                        changed(called(group) + "[" + std::to_string(n) + "]" +
+                        changed(called(group, 2) + "[" + std::to_string(n) + "]" +
                                     (label.empty() ? "" : " " + label),
                                 text(one), text(other));
                 }
@@ -368,13 +369,13 @@ class Comparison {
     void give_found(const Group &group, const std::string &label, const Found &found, uint64_t count) {
         Difference difference;
         if (count == 1 && group.count == 1) {
-            difference.field = label.empty() ? called(group) : label;
+            difference.field = label.empty() ? called(group, 1) : label;
         } else {
             difference.kind = Difference::counted;
             difference.field = label;
             difference.of = found.differ == count
-                                ? grouped(count) + " " + called(group)
-                                : grouped(found.differ) + " of " + grouped(count) + " " + called(group);
+                                ? grouped(count) + " " + called(group, count)
+                                : grouped(found.differ) + " of " + grouped(count) + " " + called(group, count));
             difference.first = found.first;
             difference.differ = found.differ;
             difference.count = count;

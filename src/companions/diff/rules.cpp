@@ -19,7 +19,6 @@ struct HeadRow {
 constexpr ValueRange kNone = {0, 0};
 constexpr HeadRow kHeads[] = {
     {"QuickTime", "ATOM ", kAnyDepth, kNone},
-    {"MXF", "Tag 8", 1, {1}},  // primers have labels behind tags, which are dynamic from 8000 on
     {"MXF", "Tag ", 1, kNone},
     {"MXF", "", 0, kNone},
     {"RIFF", "Elem ", kAnyDepth, kNone},
@@ -210,6 +209,9 @@ bool has_twins(std::string_view format_text) {
 }  // namespace
 
 ValueRange compared_values(std::string_view format, std::string_view text, size_t depth) {
+    constexpr size_t kTag = 8;  // "Tag 3c0a"
+    // A primer has labels behind its tags, which are dynamic from 8000 on.
+    if (format == "MXF" && text.starts_with("Tag ") && text.find(" - ") == kTag) return {1};
     for (const HeadRow &row : kHeads) {
         if (row.format == format && text.starts_with(row.begin) &&
             (row.depth == kAnyDepth || row.depth == depth))
@@ -263,20 +265,21 @@ bool is_counted(std::string_view format, std::string_view name) {
     return std::ranges::any_of(kCounted, [&](const auto &row) { return row[0] == format && row[1] == name; });
 }
 
-std::string counted_name(std::string_view format, std::string_view name, std::string_view kind) {
+std::string counted_name(std::string_view format, std::string_view name, std::string_view kind,
+                         uint64_t count) {
     for (const CountedName &row : kCountedNames) {
         if (row.name == name && kind.starts_with(row.kind)) return std::string(row.called);
     }
     if (format == "GXF" && name == "media") return "packets of track " + std::string(kind);
     if (format == "MPEG") return std::string(name) + " packets";
-    if (name.empty()) return "entries";
+    if (name.empty()) return count == 1 ? "entry" : "entries";
     return std::string(name) + (kind.empty() ? "" : " " + std::string(kind)) + " sections";
 }
 
 bool opens_section(std::string_view format, std::string_view section, std::string_view label) {
     if (format != "GXF") return false;
     return label == "mediatype" || (section == "Track Description" && label == "track") ||
-           (section == "Media Description" && label == "length");
+           (section == "Media Description" && label == "trackinfo");
 }
 
 bool is_type_name(std::string_view label) { return label != "Count" && label != "Size"; }

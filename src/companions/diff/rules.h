@@ -32,7 +32,8 @@ bool is_identifier(std::string_view value);
 // Whether there is one such section a frame, packet or entry.
 bool is_counted(std::string_view format, std::string_view name);
 // "system items": what counted sections are called.
-std::string counted_name(std::string_view format, std::string_view name, std::string_view kind);
+std::string counted_name(std::string_view format, std::string_view name, std::string_view kind,
+                         uint64_t count);
 // Whether the lines that follow one of this label in its section are below it.
 bool opens_section(std::string_view format, std::string_view section, std::string_view label);
 // Whether an MXF label only says of what type its item is.
