@@ -107,7 +107,13 @@ class TreeListener : public Listener {
         if (tree_.format == "MXF") mxf_line(depth, label, value, node);
         if (tree_.format == "MXF" && depth == 0 && label == "MXF Generic Data" && !field_.values.empty())
             value = field_.values[0].content;
-        if (line.is_aside && label.empty() && value.empty()) label = body;
+        if (line.is_aside) {
+            label = body;
+            value.clear();
+            const size_t position = everything_ ? std::string::npos : label.find(" @ 0x");
+            if (position != std::string::npos)
+                label.erase(position, label.find(' ', position + 5) - position);
+        }
         if (tree_.format == "MPEG" && label == "stream" && field_.values.size() > 3)
             label = field_.values[3].content;
         if (tree_.format == "JPEG" && depth == 0 && field_.values.size() == 3)
@@ -133,10 +139,7 @@ class TreeListener : public Listener {
 
     // Types have no name of their own, and references are kept for nest_sets.
     void mxf_line(size_t depth, std::string &label, std::string &value, FieldNode &node) {
-        if (label == "MXFERROR @") {
-            if (!everything_) value.clear();
-            return;
-        }
+        if (label.starts_with("MXFERROR")) return;
         if (depth < 2) return;
         const size_t colon = value.find(':');
         if (!everything_ && label == "References" && colon >= 8 && colon < 17 &&

@@ -373,9 +373,8 @@ class Comparison {
         } else {
             difference.kind = Difference::counted;
             difference.field = label;
-            difference.of = found.differ == count
-                                ? grouped(count) + " " + called(group, count)
-                                : grouped(found.differ) + " of " + grouped(count) + " " + called(group, count));
+            difference.of = grouped(count) + " " + called(group, count);
+            if (found.differ < count) difference.of.insert(0, grouped(found.differ) + " of ");
             difference.first = found.first;
             difference.differ = found.differ;
             difference.count = count;

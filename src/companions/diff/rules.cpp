@@ -51,7 +51,7 @@ constexpr LeftOut kLeftOut[] = {
     {"QuickTime", "", "creation"},
     {"QuickTime", "", "modification"},
     {"MXF", "", "RP210/Filler Data"},
-    {"MXF", "", "MXF Random Index Table"},
+    {"MXF", "MXF Random Index Table", "offset"},
     {"MXF", "", "Length"},
     {"MXF", "", "ThisPartition"},
     {"MXF", "", "PreviousPartition"},
