@@ -43,7 +43,7 @@ constexpr FactRow kLastFacts[] = {
 };
 constexpr FactRow kMadeFacts[] = {{Column::date, "date"}, {Column::size, "size", " bytes"}};
 // Of `more` what any two files differ in.
-constexpr std::string_view kMadeMore[] = {"umid", "recorded", "image offset", "size field"};
+constexpr std::string_view kMadeMore[] = {"umid", "recorded", "image offset"};
 
 class FactsComparison {
  public:

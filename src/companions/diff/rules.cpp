@@ -84,6 +84,7 @@ constexpr LeftOut kLeftOut[] = {
     {"GXF", "", "modifiedlsb"},
     {"GXF", "field locator table", "entry"},
     {"GXF", "", "locator"},
+    {"DPX", "", "filesize"},  // a wrong one is a fact
     {"DPX", "", "offsetimage"},
     {"DPX", "", "dataoffset"},
     {"Cineon", "", "offsetimage"},
