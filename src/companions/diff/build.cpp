@@ -119,8 +119,7 @@ class TreeListener : public Listener {
         if (tree_.format == "JPEG" && depth == 0 && field_.values.size() == 3)
             label += field_.values[0].content;
         if (!everything_ && node.kind == 0) {
-            const std::string_view section = text(open_.back().node.name);
-            node.is_left_out = node.is_left_out || is_left_out(tree_.format, section, label) ||
+            node.is_left_out = node.is_left_out || leaves_out(open_.back().node.name, label) ||
                                (tree_.format == "MXF" && is_identifier(value));
             if (node.is_left_out) value.clear();
         }
@@ -135,6 +134,14 @@ class TreeListener : public Listener {
         } else {
             take(open_.back(), std::move(node));
         }
+    }
+
+    bool leaves_out(uint32_t section, const std::string &label) {
+        const uint64_t key = uint64_t{section} << 32 | pool_.number(label);
+        if (left_out_.size() > kMostChildren) left_out_.clear();
+        const auto [place, is_new] = left_out_.try_emplace(key, false);
+        if (is_new) place->second = is_left_out(tree_.format, text(section), label);
+        return place->second;
     }
 
     // Types have no name of their own, and references are kept for nest_sets.
@@ -264,7 +271,9 @@ class TreeListener : public Listener {
 
     void take(Open &parent, FieldNode node) {
         const std::string_view label = text(node.name);
-        if (node.is_left_out && (!node.is_section() || open_.size() == 1)) return;
+        // Sets and items of MXF are still asked what they refer to.
+        const bool asked = node.is_section() && tree_.format == "MXF" && open_.size() > 1;
+        if (node.is_left_out && !asked) return;
         const bool is_field = node.is_section() || (node.value && label != "Count" && label != "Size");
         parent.has_fields = parent.has_fields || is_field;
         FieldNode &into = parent.node;
@@ -332,7 +341,8 @@ class TreeListener : public Listener {
     FileTree &tree_;
     LinePlaces places_;
     FieldLine field_;
-    std::vector<Open> open_;  // the root, and the sections around the line before
+    std::vector<Open> open_;                       // the root, and the sections around the line before
+    std::unordered_map<uint64_t, bool> left_out_;  // labels by their sections
     bool goes_on_ = false;
     std::string long_value_;
     size_t long_depth_ = 0;

@@ -97,6 +97,7 @@ class Comparison {
             difference.field = difference.section.back();
             difference.section.pop_back();
         }
+        if (difference.field.empty()) difference.field = "text";
         if (comes_again() && is_repeated(difference)) return;
         taker_.take(difference);
     }

@@ -48,6 +48,9 @@ constexpr LeftOut kLeftOut[] = {
     {"QuickTime", "stco", "data"},
     {"QuickTime", "co64", "data"},
     {"QuickTime", "tfhd", "base_data_offset"},
+    {"QuickTime", "", "free"},
+    {"QuickTime", "", "skip"},
+    {"QuickTime", "", "wide"},
     {"QuickTime", "", "creation"},
     {"QuickTime", "", "modification"},
     {"MXF", "", "RP210/Filler Data"},
@@ -227,7 +230,8 @@ bool is_left_out(std::string_view format, std::string_view section, std::string_
             (row.label.empty() || row.label == label))
             return true;
     }
-    if (format == "text" || format == "XML") return false;
+    // A box of that type says more than its identifier.
+    if (format == "text" || format == "XML" || label == "uuid") return false;
     return std::ranges::any_of(kMadeWords, [&](std::string_view word) { return contains(label, word); });
 }
 
