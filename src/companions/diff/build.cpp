@@ -67,6 +67,7 @@ class TreeListener : public Listener {
             if (!line.goes_on) end_long();
         } else {
             places_.place(line, field_);
+            long_depth_ = SIZE_MAX;
             if (line.is_listing) {
                 add_row(line);
             } else if (!line.text.empty()) {
@@ -271,9 +272,9 @@ class TreeListener : public Listener {
 
     void take(Open &parent, FieldNode node) {
         const std::string_view label = text(node.name);
-        // Sets and items of MXF are still asked what they refer to.
-        const bool asked = node.is_section() && tree_.format == "MXF" && open_.size() > 1;
-        if (node.is_left_out && !asked) return;
+        // Of a section that is left out the fields still count, but not of padding.
+        const bool counts = node.is_section() && open_.size() > 1 && tree_.format != "QuickTime";
+        if (node.is_left_out && !counts) return;
         const bool is_field = node.is_section() || (node.value && label != "Count" && label != "Size");
         parent.has_fields = parent.has_fields || is_field;
         FieldNode &into = parent.node;

@@ -97,7 +97,7 @@ class Comparison {
             difference.field = difference.section.back();
             difference.section.pop_back();
         }
-        if (difference.field.empty()) difference.field = "text";
+        if (difference.field.empty() && difference.kind != Difference::counted) difference.field = "text";
         if (comes_again() && is_repeated(difference)) return;
         taker_.take(difference);
     }
@@ -321,7 +321,8 @@ class Comparison {
     };
 
     void column_of(const Group &group, const FieldColumn &a, const FieldColumn &b, uint64_t count) {
-        const std::string label = label_of(a);
+        std::string label = label_of(a);
+        if (label.empty() && group.name && options_.format == "MXF") label = "key";
         Found found;
         size_t i = 0;
         size_t j = 0;
