@@ -171,14 +171,6 @@ void Reader::read_map(Bytes payload) {
     }
 }
 
-// What DV says of itself: lines and rate of the system, and 4:1:1 or 4:2:0 at 25 Mbit/s (IEC 61834, SMPTE
-// 314M: the application of tracks).
-void read_dv(Bytes frame, Picture &picture) {
-    if (frame[0] >> 5 != 0 || !frame.has(0, 80) || picture.codec != "DV") return;
-    const bool is_625 = (frame[3] & 0x80) != 0;
-    picture.components = is_625 && (frame[4] & 7) == 0 ? "4:2:0" : "4:1:1";
-}
-
 // Sizes by the system where the pictures themselves do not tell.
 void set_sizes(const Track &track, Picture &picture) {
     const bool is_hd = track.lines == 4 || track.lines == 6;
@@ -232,7 +224,7 @@ void Reader::read_media(const Packet &packet) {
         if (told.is_set()) picture.rate = told;
         picture.constant_rate = true;
     } else {
-        read_dv(data, picture);
+        dv_frame(data, picture);
     }
 }
 

@@ -57,6 +57,12 @@ bool find_sound(Bytes head, Reader read) {
     return false;
 }
 
+// LATM in LOAS (ISO 14496-3, 1.7): the configuration of one program, whose fields are whole bytes behind the
+// sync word.
+bool loas_frame(Bytes b, Sound &sound) {
+    return big16(b) >> 5 == 0x2B7 && (b[3] & 0xC0) == 0 && aac_configuration(b.sub(5, 64), sound);
+}
+
 bool read_mpeg_sound(Bytes b, Sound &sound) {
     const MpegAudioFrame frame = mpeg_audio_frame(b);
     if (frame.bytes == 0 || (b.has(frame.bytes, 4) && mpeg_audio_frame(b.from(frame.bytes)).bytes == 0))
@@ -102,12 +108,7 @@ void tell_stream(Stream &stream, Facts &facts) {
         Picture picture;
         picture.codec = stream.codec;
         picture.language = stream.language;
-        if (stream.codec == "MPEG-4") {
-            picture.bits = 8;
-            picture.components = "4:2:0";
-        }
-        Picture sized = picture;
-        if (stream_picture(head, sized)) picture = sized;
+        stream_picture(head, picture);
         if (!stream.rate.is_set()) stream.rate = picture.rate;
         facts.pictures.push_back(picture);
         return;
@@ -120,7 +121,9 @@ void tell_stream(Stream &stream, Facts &facts) {
     } else if (stream.codec.ends_with("AC-3")) {
         find_sound(head, [&](Bytes b) { return ac3_frame(b, sound); });
     } else if (stream.codec == "AAC") {
-        find_sound(head, [&](Bytes b) { return adts_frame(b, sound); });
+        find_sound(head, [&](Bytes b) { return adts_frame(b, sound) || loas_frame(b, sound); });
+    } else if (stream.codec == "DTS") {
+        find_sound(head, [&](Bytes b) { return dts_frame(b, sound); });
     } else if (stream.codec == "PCM") {
         if (stream.kind == Stream::dvd) read_dvd_pcm(head, sound);
         if (stream.kind == Stream::hdmv) read_hdmv_pcm(head, sound);
