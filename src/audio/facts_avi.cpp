@@ -30,6 +30,8 @@ struct Avi {
     int64_t frames_of_all_parts = -1;  // of an OpenDML header
     uint64_t last_index = 0;           // where the last standard index ends
     bool has_length = false;
+    bool is_indexed = false;  // by the header's flags
+    uint64_t told_end = 0;    // of the parts, by their own sizes
     bool has_index = false;
     bool is_streamed = false;
     bool has_zeros = false;  // in the place of a chunk
@@ -92,6 +94,7 @@ void read_stream(Bytes list, Avi &avi) {
 
 void read_headers(Bytes list, Avi &avi) {
     each_chunk(list, 4, list.size(), false, [&](const Chunk &chunk) {
+        if (chunk.type == 0x61766968) avi.is_indexed = (little32(chunk.data, 12) & 0x10) != 0;  // avih
         if (chunk.type == kList && bytes_are(chunk.data, 0, "strl")) read_stream(chunk.data, avi);
         if (chunk.type == kList && bytes_are(chunk.data, 0, "odml"))
             avi.frames_of_all_parts = little32(chunk.data, 12);
@@ -148,6 +151,8 @@ void judge(Avi &avi) {
         avi.facts.cut(end, avi.last_index > size ? "the last index" : "the end of the data");
     } else if (avi.has_index || avi.last_index > 0) {
         avi.facts.whole(end);
+    } else if (avi.is_indexed && avi.told_end > size) {
+        avi.facts.cut(avi.told_end, "the index");
     } else if (avi.facts.pictures.empty() && avi.facts.sounds.empty()) {
         avi.facts.cut(size, "the headers");
     }
@@ -164,6 +169,7 @@ void avi_facts(Input &input, Facts &facts) {
         const uint64_t size = little32(file, at + 4);
         const bool is_open = size == 0 || size >= 0x7FFFF000;
         const uint64_t end = is_open ? file.size() : at + 8 + size;
+        if (!is_open) avi.told_end = end;
         read_part(file, at, end, avi);
         at = end + size % 2;
         if (is_open) break;

@@ -43,6 +43,8 @@ bool prores_frame(Bytes frame, Picture &picture);
 bool vc3_frame(Bytes frame, Picture &picture);
 bool jpeg_frame(Bytes frame, Picture &picture);
 bool dv_frame(Bytes frame, Picture &picture);
+// Samples a line that DVCPRO HD has of 1280 or 1920 (SMPTE ST 370).
+uint32_t dv_hd_columns(uint32_t height, Ratio rate);
 
 // What a stream itself says of a picture, where its container does not know better.
 void take_stream(const Picture &stream, Picture &picture);

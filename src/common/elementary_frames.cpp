@@ -99,6 +99,11 @@ bool dv_frame(Bytes frame, Picture &picture) {
     return true;
 }
 
+uint32_t dv_hd_columns(uint32_t height, Ratio rate) {
+    const bool is_60 = rate.d == 1001 || rate.value() > 50.5 || rate.value() == 30;
+    return height <= 720 ? 960 : is_60 ? 1280 : 1440;
+}
+
 namespace {
 
 template <typename Use>

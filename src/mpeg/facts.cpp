@@ -132,19 +132,23 @@ void tell_stream(Stream &stream, Facts &facts) {
     facts.sounds.push_back(sound);
 }
 
-// By the pictures' clock, with the last one's own time; else by the sound's.
+// By the pictures' clock, with the last one's own time; else by the sound's, or that of the program.
 void tell_duration(const std::vector<Stream *> &streams, Facts &facts) {
-    const Stream *longest = nullptr;
+    const auto rank = [](const Stream &stream) {
+        return stream.is_picture ? 2 : stream.codec.empty() ? 0 : 1;
+    };
+    const Stream *best = nullptr;
     for (const Stream *stream : streams) {
         if (stream->first < 0 || stream->last <= stream->first) continue;
-        if (!longest || (stream->is_picture && !longest->is_picture)) longest = stream;
+        if (!best || rank(*stream) > rank(*best)) best = stream;
     }
-    if (!longest) return;
-    facts.duration = Ratio{longest->last - longest->first, 90000}.reduced();
-    const Ratio rate = longest->rate;
-    if (!rate.is_set()) return;
-    const double frames = static_cast<double>(longest->last - longest->first) / 90000 * rate.value() + 1;
-    if (std::abs(frames - std::round(frames)) < 0.02) facts.lasts(std::llround(frames), rate);
+    if (!best) return;
+    const int64_t ticks = best->last - best->first;
+    facts.duration = Ratio{ticks, 90000}.reduced();
+    const double frames = static_cast<double>(ticks) / 90000 * best->rate.value() + 1;
+    if (!best->rate.is_set() || std::abs(frames - std::round(frames)) >= 0.02) return;
+    facts.lasts(std::llround(frames), best->rate);
+    if (!facts.pictures.empty()) facts.pictures[0].frames = std::llround(frames);
 }
 
 namespace {
@@ -202,7 +206,12 @@ void add_packet(Bytes pes, uint8_t id, Program &program) {
 
 // Goes from packet to packet; where it comes to, the end of the bytes or what is no packet.
 uint64_t walk_packets(Bytes bytes, uint64_t at, Program &program) {
-    for (int i = 0; i < 100000 && bytes.has(at, 4) && big32(bytes, at) >> 8 == 1; i++) {
+    constexpr uint64_t kMostStuffing = 64;  // zeros that fill up a sector of a disc
+    for (int i = 0; i < 100000 && bytes.has(at, 4); i++) {
+        const Bytes stuffing = bytes.sub(at, kMostStuffing);
+        const uint64_t next = start_code(stuffing);
+        if (big32(stuffing) == 0 && next < stuffing.size()) at += next;
+        if (big32(bytes, at) >> 8 != 1) break;
         const uint8_t id = bytes[at + 3];
         if (id == 0xB9) {
             program.is_ended = true;

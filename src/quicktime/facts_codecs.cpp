@@ -190,6 +190,8 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
         if (box.type == fourcc("fiel") && scan_of(data[0], data[1]) != Scan::unknown)
             picture.scan = scan_of(data[0], data[1]);
         if (box.type == fourcc("colr")) read_colours(data, picture);
+        const Bytes jp2_colour = box.type == fourcc("jp2h") ? find_box(data, fourcc("colr")) : Bytes{};
+        if (jp2_colour[0] == 1 && big32(jp2_colour, 3) == 16) picture.components = "RGB";  // sRGB
         if (box.type == fourcc("pasp")) {
             const Ratio aspect{big32(data, 0), big32(data, 4)};
             if (aspect.is_set()) picture.pixel_aspect = aspect.reduced();
@@ -201,6 +203,7 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
         if (box.type == fourcc("dvcC") || box.type == fourcc("dvvC"))
             facts.add_more("Dolby Vision", "profile " + std::to_string(data[2] >> 1));
     });
+    track.stuffed = kind == CodecKind::mpeg2;
     track.raw = kind == CodecKind::raw;
     track.dense = kind == CodecKind::avc || kind == CodecKind::hevc || kind == CodecKind::av1 ||
                   kind == CodecKind::dense || kind == CodecKind::vpx || kind == CodecKind::prores;
