@@ -8,6 +8,7 @@
 #include "common/print.h"
 #include "common/run.h"
 #include "companions/lines/lines.h"
+#include "main/facts.h"
 #include "main/file_sequence.h"
 
 namespace {
@@ -92,5 +93,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
         listening_to.finish();
     } catch (const EndOfRun &) {
     }
+    facts(input);
     return 0;
 }

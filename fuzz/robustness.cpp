@@ -1,4 +1,4 @@
-// Feeds damaged copies of files to the dumps, in processes of its own, and reports every copy on which one
+// Feeds damaged copies of files to the dumps, and to the readers of facts, in processes of its own, and reports every copy on which one
 // crashes, is caught by a sanitizer, writes to standard error, ends with an unexpected status or takes too
 // long.
 //
@@ -29,6 +29,7 @@
 #include "common/end_of_run.h"
 #include "common/print.h"
 #include "main/command_line.h"
+#include "main/facts.h"
 #include "main/file_sequence.h"
 
 namespace fs = std::filesystem;
@@ -138,6 +139,7 @@ void dump(const fs::path &path, const std::vector<std::string> &switches) {
         status = end.status;
     }
     standard_output.flush();
+    if (switches.empty()) facts(path.c_str());
     if (status > 0) _exit(status);
 }
 

@@ -10,10 +10,10 @@
 
 namespace {
 
-constexpr int64_t kFirstChunk = 12;
-constexpr int64_t kChunkHeader = 8;
+constexpr int64_t kFirstRiffChunk = 12;
+constexpr int64_t kRiffChunkHeader = 8;
 constexpr int64_t kBufferSize = 65536;  // of a chunk's header and the payload that is looked at
-constexpr int64_t kMaxPayload = kBufferSize - kChunkHeader;
+constexpr int64_t kMaxPayload = kBufferSize - kRiffChunkHeader;
 constexpr uint32_t kSmallestRead = 512;
 constexpr int64_t kScanSize = 64;  // what the search for the format reads at each chunk
 constexpr uint32_t kUnknownSize = 0xFFFFFFFF;
@@ -31,7 +31,7 @@ constexpr FieldRow kFormatRows[] = {
 };
 // clang-format on
 
-struct Walk {
+struct RiffWalk {
     DumpOptions &opts;
     Input &input;
     bool rf64;
@@ -96,10 +96,10 @@ class CircleDetector {
 };
 
 // First pass: the sample rate, and the sizes of RF64. False when it could not be read.
-bool scan_format(Walk &walk) {
+bool scan_format(RiffWalk &walk) {
     CircleDetector circle;
     FileRange led_here;  // the size that leads to the chunk
-    int64_t offset = kFirstChunk;
+    int64_t offset = kFirstRiffChunk;
     do {
         forget();
         also(led_here);
@@ -112,7 +112,7 @@ bool scan_format(Walk &walk) {
             print("Error: Scanning for formattag, read failed\n");
             return false;
         }
-        const Bytes payload = chunk.from(kChunkHeader);
+        const Bytes payload = chunk.from(kRiffChunkHeader);
         if (bytes_are(chunk, 0, "fmt ")) {
             walk.rate = kept(payload.from(4), 4);
             return true;
@@ -132,7 +132,7 @@ bool scan_format(Walk &walk) {
     return true;
 }
 
-void print_format(Walk &walk, Bytes payload) {
+void print_format(RiffWalk &walk, Bytes payload) {
     print("  FMT\n");
     print_field_rows(little_endian(payload), kFormatRows);
     walk.channels = little16(payload, 2);
@@ -147,7 +147,7 @@ void print_size64(const char *label, Bytes field, int64_t value) {
           static_cast<long long>(value));
 }
 
-void print_sizes(const Walk &walk, Bytes payload) {
+void print_sizes(const RiffWalk &walk, Bytes payload) {
     const int32_t entries = static_cast<int32_t>(little32(payload, 24));
     print_size64("   Size            ", payload, walk.riff_size64);
     print_size64("   Datasize        ", payload.from(8), walk.data_size);
@@ -186,7 +186,7 @@ void print_play_length(const Kept<int64_t> &length, const Kept<uint32_t> &bytes_
     print_time("   Length          ", seconds, milliseconds);
 }
 
-void print_data(Walk &walk, const Chunk &chunk) {
+void print_data(RiffWalk &walk, const Chunk &chunk) {
     print("  DATA\n");
     const int64_t samples =
         walk.channels && walk.block_size ? chunk.length.shown() / walk.block_size.shown() : 0;
@@ -194,7 +194,7 @@ void print_data(Walk &walk, const Chunk &chunk) {
     print("   Samples         %d\n", static_cast<int32_t>(samples));
     print_play_length(chunk.length, walk.bytes_per_second);
     if (!walk.opts.flag_a && !walk.opts.flag_t) return;
-    audio_samplesdump(walk.opts, walk.input, static_cast<uint64_t>(chunk.offset + kChunkHeader), samples,
+    audio_samplesdump(walk.opts, walk.input, static_cast<uint64_t>(chunk.offset + kRiffChunkHeader), samples,
                       walk.channels, walk.bits, 1, walk.budget);
 }
 
@@ -211,7 +211,7 @@ constexpr FieldRow kBextTexts[] = {
 constexpr FieldRow kBextVersion = {346, Field::dec16, "   version            "};
 // clang-format on
 
-void print_bext(const Walk &walk, const Chunk &chunk) {
+void print_bext(const RiffWalk &walk, const Chunk &chunk) {
     const OrderedBytes payload = little_endian(chunk.payload);
     print("  Broadcast Wave\n");
     for (const FieldRow &row : kBextTexts) {
@@ -232,7 +232,7 @@ void print_ixml(Bytes payload) {
     print("%s\n", checkascii(payload, width));
 }
 
-void print_chunk(Walk &walk, const Chunk &chunk) {
+void print_chunk(RiffWalk &walk, const Chunk &chunk) {
     print(" Elem ");
     label_begins(false);
     print("%c%c%c%c", chunk.id[0], chunk.id[1], chunk.id[2], chunk.id[3]);
@@ -261,15 +261,15 @@ void print_chunk(Walk &walk, const Chunk &chunk) {
 }
 
 // Second pass: every chunk.
-void walk_chunks(Walk &walk) {
-    for (int64_t offset = kFirstChunk; offset < walk.riff_size;) {
+void walk_chunks(RiffWalk &walk) {
+    for (int64_t offset = kFirstRiffChunk; offset < walk.riff_size;) {
         if (!walk.input.has_place(offset)) {
             print("Error: seek failed\n");
             return;
         }
         const Bytes bytes = walk.at(offset, kBufferSize);
         const int64_t available = walk.left_from(offset);
-        if (available < kChunkHeader) {
+        if (available < kRiffChunkHeader) {
             print("Error: read failed\n");
             return;
         }
@@ -278,14 +278,14 @@ void walk_chunks(Walk &walk) {
         Kept<int64_t> length = signed_size(bytes.from(4));
         if (size_field == kUnknownSize && bytes_are(bytes, 0, "data")) length = walk.data_size;
         const int64_t payload = std::min(length.value, kMaxPayload);
-        if (length < 0 || available - kChunkHeader < payload) {
+        if (length < 0 || available - kRiffChunkHeader < payload) {
             from(length.at);
             print("Error: read failed %d @ %lld\n", static_cast<int>(kBufferSize),
                   static_cast<long long>(offset));
             return;
         }
         print_chunk(walk, {offset, length, size_field, bytes.sub(0, 4),
-                           bytes.sub(kChunkHeader, static_cast<uint64_t>(payload))});
+                           bytes.sub(kRiffChunkHeader, static_cast<uint64_t>(payload))});
         if (length > INT64_MAX - offset - 9) return;
         offset = after_chunk(offset, length);
     }
@@ -303,7 +303,7 @@ void riffdump(DumpOptions &opts, Bytes header, const char *name, int rf64) {
         print("Error: Could not open file '%s'\n", name);
         return;
     }
-    Walk walk{opts,
+    RiffWalk walk{opts,
               *input,
               rf64 != 0,
               bytes_are(header, 8, "CDXA"),

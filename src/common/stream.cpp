@@ -115,7 +115,7 @@ void add_copied(std::vector<FileRange> &ranges, const Bytes &bytes) {
     }
 }
 
-uint32_t length() { return static_cast<uint32_t>(standard_output.held().size()); }
+uint32_t held_length() { return static_cast<uint32_t>(standard_output.held().size()); }
 
 // What no piece covers is text of the file.
 void cover(std::vector<Piece> &pieces, uint32_t end) {
@@ -132,7 +132,7 @@ void tell(bool ends) {
     state.reads.insert(state.reads.end(), state.also.begin(), state.also.end());
     normalize(state.reads);
     clip(state.reads);
-    if (!state.line.is_listing) cover(state.pieces, length());
+    if (!state.line.is_listing) cover(state.pieces, held_length());
     state.line.text = standard_output.held();
     state.line.pieces = state.pieces;
     state.line.at = state.reads;
@@ -177,7 +177,7 @@ Listening::~Listening() {
 void Listening::to_dump_of(Input &file) { state.file = &file; }
 
 void Listening::finish() {
-    if (listening && length() > 0) tell(false);
+    if (listening && held_length() > 0) tell(false);
 }
 
 namespace stream {
@@ -255,7 +255,7 @@ bool is_own(const char *text) {
 void forget_own() { state.own_count = 0; }
 
 void mark_position(uint32_t deeper) {
-    state.line.behind_position = length();
+    state.line.behind_position = held_length();
     state.line.deeper = deeper;
 }
 
@@ -265,7 +265,7 @@ void mark_field() { state.line.is_field = true; }
 
 void mark_label(bool is_own) {
     state.line.label_is_marked = true;
-    state.line.label_start = length();
+    state.line.label_start = held_length();
     state.line.label_is_own = is_own;
 }
 
@@ -274,7 +274,7 @@ void mark_label_end() {
         state.line.label_is_marked = true;
         state.line.label_start = state.line.behind_position;
     }
-    state.line.label_end = length();
+    state.line.label_end = held_length();
 }
 
 void tell_format(const char *name) {

@@ -8,11 +8,11 @@
 
 namespace {
 
-constexpr uint64_t kChannels = 196;
-constexpr uint64_t kChannelSize = 28;
+constexpr uint64_t kCineonChannels = 196;
+constexpr uint64_t kCineonChannelSize = 28;
 
 // clang-format off
-constexpr FieldRow kFileRows[] = {
+constexpr FieldRow kCineonFileRows[] = {
     {0, Field::hex32, " magic          C : "},
     {4, Field::hex32, " offsetimage    C : "},
     {8, Field::set_hex32, " genericheader    : "},
@@ -24,7 +24,7 @@ constexpr FieldRow kFileRows[] = {
     {132, Field::ascii, " creationdate     : ", 24},
 };
 
-constexpr FieldRow kImageRows[] = {
+constexpr FieldRow kCineonImageRows[] = {
     {192, Field::dec8, " orientation    C : ", table_orientation},
     {193, Field::dec8, " channels       C : "},
 };
@@ -58,7 +58,7 @@ constexpr FieldRow kDataRows[] = {
     {688, Field::set_dec32, " endofchannelpad  : "},
 };
 
-constexpr FieldRow kSourceRows[] = {
+constexpr FieldRow kCineonSourceRows[] = {
     {712, Field::set_dec32, " xoffset          : "},
     {716, Field::set_dec32, " yoffset          : "},
     {720, Field::ascii, " filename         : ", 100},
@@ -71,7 +71,7 @@ constexpr FieldRow kSourceRows[] = {
     {980, Field::set_cineon_real, " gamma            : "},
 };
 
-constexpr FieldRow kFilmRows[] = {
+constexpr FieldRow kCineonFilmRows[] = {
     {1024, Field::set_dec8, " filmmfgid        : "},
     {1025, Field::set_dec8, " filmtype         : "},
     {1026, Field::set_dec8, " offset           : "},
@@ -89,13 +89,13 @@ void print_rows(Bytes header, std::span<const FieldRow> rows) {
     print_field_rows(little_endian(header), rows);
 }
 
-void print_image(Bytes header) {
+void print_cineon_image(Bytes header) {
     print("image\n");
-    print_rows(header, kImageRows);
+    print_rows(header, kCineonImageRows);
     // Counts beyond 8 show what follows the channel table.
-    for (int i = 0; i < header[offset_of(kImageRows, "channels")]; i++) {
+    for (int i = 0; i < header[offset_of(kCineonImageRows, "channels")]; i++) {
         print(" channel-%d\n", i);
-        print_rows(header.from(kChannels + kChannelSize * static_cast<uint64_t>(i)), kChannelRows);
+        print_rows(header.from(kCineonChannels + kCineonChannelSize * static_cast<uint64_t>(i)), kChannelRows);
     }
     print_rows(header, kColourRows);
 }
@@ -105,12 +105,12 @@ void print_image(Bytes header) {
 void cineondump(DumpOptions &, Bytes bytes, uint32_t length) {
     const Bytes header = bytes.sub(0, length);
     print("file\n");
-    print_rows(header, kFileRows);
-    print_image(header);
+    print_rows(header, kCineonFileRows);
+    print_cineon_image(header);
     print("data\n");
     print_rows(header, kDataRows);
     print("source\n");
-    print_rows(header, kSourceRows);
+    print_rows(header, kCineonSourceRows);
     print("film\n");
-    print_rows(header, kFilmRows);
+    print_rows(header, kCineonFilmRows);
 }

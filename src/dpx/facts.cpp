@@ -110,7 +110,9 @@ struct Reach {
 
 // What the file's own size field says where it is wrong, and what lies behind the picture.
 void add_sizes(const Reach &reach, uint64_t told, uint64_t present, Facts &facts) {
-    if (told > 0 && told != present) facts.add_more("size field", std::to_string(told));
+    if (present < reach.least) return;
+    if (told > 0 && told != present && told != reach.padded)
+        facts.add_more("size field", std::to_string(told));
     const uint64_t end = std::max(reach.padded, told);
     if (reach.is_known && present > end && reach.padded > 0)
         facts.add_more("trailing bytes", std::to_string(present - end));

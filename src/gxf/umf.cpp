@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr uint64_t kPreambleSize = 5;
+constexpr uint64_t kUmfPreambleSize = 5;
 constexpr uint8_t kFirstPacket = 0x01;
 constexpr uint8_t kLastPacket = 0x02;
 constexpr uint32_t kPacketDataRead = 32768;
@@ -189,7 +189,7 @@ void collect(UmfCollection &umf, Bytes packet) {
 
 // The preamble's size counts, whatever the packet's length.
 void gxfumfpacket(Bytes rest, UmfCollection &umf) {
-    if (!rest.has(0, kPreambleSize)) {
+    if (!rest.has(0, kUmfPreambleSize)) {
         print("gxfmap: fread error\n");
         return;
     }
@@ -200,11 +200,11 @@ void gxfumfpacket(Bytes rest, UmfCollection &umf) {
     print("  size          %d\n", static_cast<int32_t>(size));
 
     const uint32_t wanted = std::min(size, kPacketDataRead);
-    if (!rest.has(kPreambleSize, wanted)) {
+    if (!rest.has(kUmfPreambleSize, wanted)) {
         print("gxfmap: fread error\n");
         return;
     }
-    collect(umf, rest.sub(kPreambleSize, wanted));
+    collect(umf, rest.sub(kUmfPreambleSize, wanted));
     if (!(flags & kLastPacket) || umf.budget.spent()) return;
     umf.budget.spend(umf.data.size());
     print_descriptions(umf);

@@ -12,8 +12,8 @@
 
 namespace {
 
-constexpr uint64_t kMarkerSize = 2;
-constexpr uint64_t kSegmentHead = 4;  // marker and size
+constexpr uint64_t kJpegMarkerSize = 2;
+constexpr uint64_t kJpegSegmentHead = 4;  // marker and size
 
 // Segments of which nothing but a title, if that, is known.
 struct Title {
@@ -171,8 +171,8 @@ uint64_t print_segment(DumpOptions &opts, Bytes buf, uint64_t offset, uint64_t s
         return size;
     }
     switch (code) {
-        case 0xD8: print_header(offset, "SOI", code, kMarkerSize); return kMarkerSize;
-        case 0xD9: print_header(offset, "EOI", code, kMarkerSize); return kMarkerSize;
+        case 0xD8: print_header(offset, "SOI", code, kJpegMarkerSize); return kJpegMarkerSize;
+        case 0xD9: print_header(offset, "EOI", code, kJpegMarkerSize); return kJpegMarkerSize;
         case 0xDA:
             print_header(offset, "SOS", code, size);
             print_scan(segment);
@@ -194,8 +194,8 @@ uint64_t jpegentry(DumpOptions &opts, Bytes buf, uint64_t offset, Budget &budget
         print(" Expected to find 0xff, found 0x%02x\n:", buf[offset]);
         return 0;
     }
-    const uint64_t size = kMarkerSize + big16(buf, offset + 2);
-    from(buf.sub(offset, buf[offset + 1] == 0xD8 || buf[offset + 1] == 0xD9 ? kMarkerSize : kSegmentHead));
+    const uint64_t size = kJpegMarkerSize + big16(buf, offset + 2);
+    from(buf.sub(offset, buf[offset + 1] == 0xD8 || buf[offset + 1] == 0xD9 ? kJpegMarkerSize : kJpegSegmentHead));
     const uint64_t result = print_segment(opts, buf, offset, size, budget);
     if (opts.verbose) jp2_hexdump(buf, offset, result);
     return result;

@@ -11,6 +11,7 @@ struct DumpOutcome {
 };
 
 // Dumps a file as keldump does under the same switches, in a run of its own, to a listener or, without one,
-// to standard output; movies are recognised by what is in them. Any name is a file's. Nothing is printed for one that cannot be opened; of one whose
-// format is unknown the line that says so. A listener that has enough ends it by end_run.
+// to standard output; movies are recognised by what is in them. Any name is a file's. Nothing is printed for
+// one that cannot be opened; of one whose format is unknown the line that says so. A listener that has enough
+// ends it by end_run.
 DumpOutcome dump(const char *path, const DumpOptions &options, Listener *listener);

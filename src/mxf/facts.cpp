@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "jpeg2000/facts.h"
-#include "mxf/descriptors.h"
-#include "mxf/metadata.h"
-#include "mxf/partitions.h"
+#include "mxf/facts_descriptors.h"
+#include "mxf/facts_metadata.h"
+#include "mxf/facts_partitions.h"
 
 namespace {
 

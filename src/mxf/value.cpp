@@ -14,7 +14,7 @@ namespace {
 
 constexpr uint32_t kMaxUnknown = 256;  // bytes shown of a value of unknown kind
 constexpr uint32_t kMaxElement = 32;   // bytes shown of an array element
-constexpr uint32_t kLabelSize = 16;
+constexpr uint32_t kLabelBytes = 16;
 constexpr uint64_t kArrayHeader = 8;
 constexpr int32_t kMostEmpty = 256;  // elements without bytes that are listed of an array
 
@@ -108,7 +108,7 @@ void print_named(DumpOptions &opts, const char *before, Bytes ul, const char *be
     printuuid(opts, ul);
     print("%s", own(between));
     if (*between == '\n') label_ends();
-    also(ul.sub(0, kLabelSize));
+    also(ul.sub(0, kLabelBytes));
     print_name_or_unknown(opts, ul);
     print("\n");
 }
@@ -117,7 +117,7 @@ void print_strong_reference(DumpOptions &opts, const char *before, Bytes ul, con
     print("%s", own(before));
     printuuid(opts, ul);
     print("%s", own(between));
-    also(ul.sub(0, kLabelSize));
+    also(ul.sub(0, kLabelBytes));
     print("%s\n", mxf_guid_string(opts, ul));
 }
 
@@ -184,7 +184,7 @@ void put_index_entry(LineBuffer &out, int32_t i, const Array &array) {
 }
 
 void print_labels(DumpOptions &opts, Bytes buffer, uint64_t offset, const Array &array, ValueKind kind) {
-    if (array.size != kLabelSize) {
+    if (array.size != kLabelBytes) {
         mxferror(opts, buffer, offset + kArrayHeader, "size != 16");
         return;
     }

@@ -31,7 +31,7 @@ constexpr QtRow kSampleToChunk[] = {
     {4, u32, "data.nsamples[]="},
     {8, u32, "data.desc[]="},
 };
-constexpr QtRow kColor[] = {
+constexpr QtRow kTableColor[] = {
     {0, u16, "data.alpha[]="},
     {2, u16, "data.red[]="},
     {4, u16, "data.green[]="},
@@ -60,7 +60,7 @@ constexpr Table kTables[] = {
     {"co64", Reading::by_entry, kCounted, 8, kOffset64, 8},
     {"stsc", Reading::by_entry, kCounted, 8, kSampleToChunk, 12},
     {"stsz", Reading::by_entry, kSizes, 12, kNumber, 4},
-    {"ctab", Reading::by_entry, kColors, 8, kColor, 8, false},
+    {"ctab", Reading::by_entry, kColors, 8, kTableColor, 8, false},
 };
 
 uint64_t entry_count(const QtAtom &atom, const Table &table) {

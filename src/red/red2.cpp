@@ -10,11 +10,11 @@
 
 namespace {
 
-constexpr uint32_t kPayloadRead = 16376;
+constexpr uint32_t kPayloadRead2 = 16376;
 constexpr uint64_t kAlignment = 4096;
-constexpr uint64_t kHexDumped = 4096;
+constexpr uint64_t kHexDumped2 = 4096;
 constexpr unsigned kFramesCounted = 8192;
-constexpr unsigned kFramesShown = 9;  // without -v
+constexpr unsigned kFramesShown2 = 9;  // without -v
 
 // The frame index: entries of three 32-bit values behind a header.
 constexpr unsigned kIndexHeader = 17;  // 32-bit values before the first entry's last one
@@ -22,11 +22,11 @@ constexpr unsigned kIndexEntry = 3;
 
 // clang-format off
 // Header and end marker, from the chunk's first byte on.
-constexpr FieldRow kSizeRows[] = {
+constexpr FieldRow kSizeRows2[] = {
     {76, Field::dec32, " xsize    "},
     {80, Field::dec32, " ysize    "},
 };
-constexpr FieldRow kEndRows[] = {
+constexpr FieldRow kEndRows2[] = {
     {88, Field::hex32, " maxvideo    "},
     {92, Field::dec32, " videoframes "},
     {104, Field::dec16, " infosize    "},
@@ -35,14 +35,14 @@ constexpr FieldRow kEndRows[] = {
 
 void print_header(const DumpOptions &opts, const RedChunk &chunk) {
     forget();
-    print_field_rows(big_endian(chunk.held), kSizeRows);
+    print_field_rows(big_endian(chunk.held), kSizeRows2);
     print(" fps      %d/%d\n", static_cast<int32_t>(red32(chunk.held, 88)), red16(chunk.held, 86));
     redinfodump(opts, chunk.held, chunk.size);
 }
 
 void print_frame(const DumpOptions &opts, const RedChunk &chunk, unsigned &frames) {
     if (frames < kFramesCounted) frames++;
-    if (!opts.verbose && frames > kFramesShown) return;
+    if (!opts.verbose && frames > kFramesShown2) return;
     print("frame               : %d\n", frames);
     redinfodump(opts, chunk.held, chunk.size);
 }
@@ -63,7 +63,7 @@ void print_end(const DumpOptions &opts, const RedChunk &chunk) {
     const unsigned long long file_size = red64(chunk.held, 64);
     print(" filesize    %16llx / %lld\n", file_size, static_cast<long long>(file_size));
     print(" table_rii   %s%08x%s\n", "00000", red32(chunk.held, 84), "000");
-    print_field_rows(big_endian(chunk.held), kEndRows);
+    print_field_rows(big_endian(chunk.held), kEndRows2);
     redinfodump(opts, chunk.held, chunk.size);
 }
 
@@ -75,14 +75,14 @@ void print_chunk(const DumpOptions &opts, const RedChunk &chunk, unsigned &frame
     if (is_type(chunk, "RED")) print_header(opts, chunk);
     if (is_type(chunk, "RII")) print_index(chunk, frames);
     if (is_type(chunk, "REO")) print_end(opts, chunk);
-    if (opts.verbose >= 2) redhexdump(chunk.held.sub(0, kHexDumped), chunk.offset());
+    if (opts.verbose >= 2) redhexdump(chunk.held.sub(0, kHexDumped2), chunk.offset());
 }
 
 }  // namespace
 
 void reddumpv2(DumpOptions &opts, Input &input) {
     print("Fileformat:R3D/V2\n");
-    ChunkReader reader(input, kPayloadRead);
+    ChunkReader reader(input, kPayloadRead2);
     unsigned frames = 0;
     RedChunk chunk;
     for (uint64_t position = 0; reader.read_header(position, chunk);) {

@@ -29,7 +29,7 @@ constexpr int kNoteReserve = 32;    // of the print buffer, kept for the note of
 uint64_t type_size(uint32_t type) { return type <= kDouble ? kTypeSizes[type] : 1; }
 
 // Text in a print buffer.
-struct Output {
+struct ValueText {
     char *text;
     int size;
     int length = 0;
@@ -38,7 +38,7 @@ struct Output {
     bool is_full() const { return room() <= kReserve; }
 };
 
-void append_ratio(Output &out, double numerator, double denominator) {
+void append_ratio(ValueText &out, double numerator, double denominator) {
     char *p = out.text + out.length;
     const size_t room = static_cast<size_t>(out.room());
     out.length += denominator == 0 ? std::snprintf(p, room, "NAN ")
@@ -46,7 +46,7 @@ void append_ratio(Output &out, double numerator, double denominator) {
 }
 
 // Appends one element and returns it as a number, 0 for the types without one.
-uint32_t append_element(Output &out, uint32_t type, OrderedBytes element) {
+uint32_t append_element(ValueText &out, uint32_t type, OrderedBytes element) {
     char *p = out.text + out.length;
     const size_t room = static_cast<size_t>(out.room());
     const auto as_signed = [](uint32_t v) { return static_cast<int32_t>(v); };
@@ -114,7 +114,7 @@ uint64_t tiff_field_used(uint32_t type, uint32_t count) {
 
 const char *tifftype(OrderedBytes base, uint32_t type, uint32_t count, uint32_t value, uint32_t *first) {
     uint32_t size = 0;
-    Output out{get_buffer(&size), static_cast<int>(size)};
+    ValueText out{get_buffer(&size), static_cast<int>(size)};
     out.text[0] = '\0';
     *first = 0;
     if (static_cast<int32_t>(count) <= 0) return out.text;

@@ -194,6 +194,52 @@ TEST(KeldumpSeq, BackwardsAndStanding) {
     SHOW(report_of(frames));
 }
 
+// Frames that changed places, one that is its neighbour's, values that come back, numbers that stand for two
+// frames, and what all frames share are a finding each.
+TEST(KeldumpSeq, WhatBelongsTogether) {
+    Transcript transcript;
+    const auto frames_with = [](auto change) {
+        std::vector<ByteWriter> frames;
+        for (uint32_t i = 0; i < 40; i++) frames.push_back(dpx(at_24(i), i).at(1712).u32(1000 + i));
+        change(frames);
+        return lines_from(report_of(frames), "", 3);
+    };
+    using Frames = std::vector<ByteWriter>;
+    SHOW(frames_with([](Frames &f) { std::swap(f[20], f[21]); }));
+    SHOW(frames_with([](Frames &f) { f[20] = f[19]; }));
+    SHOW(frames_with([](Frames &f) { f[20].at(1920).u32(at_24(21)); }));
+    SHOW(frames_with([](Frames &f) {
+        for (size_t i = 3; i < 40; i += 5) f[i].at(801).u8(2);
+    }));
+    SHOW(frames_with([](Frames &f) {
+        for (ByteWriter &frame : f) frame.at(16).u32(9000);
+    }));
+    SHOW(frames_with([](Frames &f) {
+        for (size_t i = 10; i < 20; i++) f[i].at(1920).u32(at_24(9));
+    }));
+    SHOW(frames_with([](Frames &f) {
+        for (uint32_t i = 0; i < 40; i++) f[i] = dpx(at_24(i / 2), i);
+    }));
+    SHOW(frames_with([](Frames &f) { f[20].at(4).u32(800); }));
+    SHOW(frames_with([](Frames &f) {
+        for (uint32_t i = 0; i < 40; i++) f[i] = dpx(timecode_of(24 * 86400 - 20 + i, {24}), i);
+    }));
+}
+
+TEST(KeldumpSeq, FramesThatShouldBeThere) {
+    const Workplace place;
+    for (const char *name : {"a.0002.dpx", "a.0003.dpx", "a.04.dpx"})
+        place.write(name, dpx(at_24(0), 0).at(1664).fill(0xFF, 16).at(1920).u32(0xFFFFFFFF).str());
+    EXPECT_EQ(seq(place, {"--frames", "1-6", "--json", "--ignore", "padding", "."}).out,
+              "[\n{\"sequence\": \"./a.#.dpx\", \"summary\": \"3 frames 2-4, DPX 32x18, 10 bit, 24 fps\", "
+              "\"findings\": [\n"
+              "  {\"kind\": \"missing\", \"first\": 1, \"last\": 1, \"text\": \"missing (1)\"},\n"
+              "  {\"kind\": \"missing\", \"first\": 5, \"last\": 6, \"text\": \"missing (2)\"}\n]}\n]\n");
+    EXPECT_EQ(seq(place, {"--quiet", "--ignore", "padding", "."}).out, "");
+    EXPECT_EQ(lines_from(seq(place, {"."}).out, "", 1),
+              "./a.#.dpx: frame 4: its number has 2 digits, others have 4\n");
+}
+
 TEST(KeldumpSeq, DropFrameWithoutRate) {
     std::vector<ByteWriter> frames;
     for (uint32_t i = 0; i < 40; i++) frames.push_back(dpx(timecode_of(1790 + i, {30, true}) | 0x40, i, 0));

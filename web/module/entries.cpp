@@ -5,6 +5,7 @@
 
 int keldump_main(int argc, char **argv);
 int keldump_all_main(int argc, char **argv);
+int keldump_diff_main(int argc, char **argv);
 int keldump_json_main(int argc, char **argv);
 int keldump_table_main(int argc, char **argv);
 int page_main(int argc, char **argv);
@@ -23,6 +24,7 @@ struct Entry {
 constexpr Entry kEntries[] = {
     {"keldump", keldump_main},
     {"keldump-all", keldump_all_main},
+    {"keldump-diff", keldump_diff_main},
     {"keldump-json", keldump_json_main},
     {"keldump-table", keldump_table_main},
     {"page", page_main},

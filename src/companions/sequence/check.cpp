@@ -111,9 +111,11 @@ class Check {
         }
         if (!padded) return;
         const int64_t usual = widths.winner().value_or(0);
-        for (const SequenceFrame &frame : all_) {
+        for (size_t i = 0; i < all_.size(); i++) {
+            const SequenceFrame &frame = all_[i];
             const int64_t expected = std::max<int64_t>(usual, needed(frame.number));
-            const bool is_double = std::ranges::count(all_, frame.number, &SequenceFrame::number) > 1;
+            const bool is_double = (i > 0 && all_[i - 1].number == frame.number) ||
+                                   (i + 1 < all_.size() && all_[i + 1].number == frame.number);
             if (frame.digits == expected || is_double) continue;
             add("padding", frame.number, frame.number,
                 "its number has " + std::to_string(frame.digits) +
@@ -500,7 +502,7 @@ class Check {
                 add("swapped", first, last, "changed places, by their " + what);
             } else {
                 add("repeated", first, first,
-                    what + (shared.counters.size() > 1 || what.ends_with("s") ? " are" : " is") +
+                    what + (shared.counters.size() > 1 || what.ends_with("s") ? " are those" : " is that") +
                         " of frame " + std::to_string(frames_[event.other]->number));
             }
         }

@@ -84,13 +84,11 @@ class Breaks {
         return k + 1;
     }
 
-    // Whether a segment goes on from before a single frame or a swap.
+    // Whether a segment goes on from before the frames of a finding.
     bool came_back(size_t k) const {
         if (events_.empty()) return false;
         const CounterEvent &event = events_.back();
-        const bool single = event.kind == CounterEvent::alone || event.kind == CounterEvent::repeated ||
-                            event.kind == CounterEvent::swapped;
-        return single && set_[segments_[k].first - 1] == event.last &&
+        return event.kind != CounterEvent::jump && set_[segments_[k].first - 1] == event.last &&
                expected_offset(event.first, event.expected) == segments_[k].offset;
     }
     int64_t expected_offset(size_t frame, int64_t value) const {

@@ -13,7 +13,6 @@ struct CountedFrame {
 
 struct CounterRule {
     int64_t step = 1;     // of the value
-    int64_t share = 1;    // successive frames of one value
     int64_t modulus = 0;  // after which values begin anew; 0: never
 };
 

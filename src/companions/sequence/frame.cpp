@@ -32,12 +32,12 @@ TextPairs properties_of(const Facts &facts) {
     };
     const Row row = row_of(facts, "");
     const Picture &picture = facts.pictures.front();
+    add("codec", picture.codec);
     add("size", size_of(picture.width, picture.height));
     if (picture.coded_width > 0) add("coded size", size_of(picture.coded_width, picture.coded_height));
     for (const ColumnRow &column : table_columns()) {
         switch (column.column) {
             case Column::bit_depth:
-            case Column::codec:
             case Column::components:
             case Column::scan:
             case Column::pixel_aspect:

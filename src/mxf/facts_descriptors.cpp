@@ -1,4 +1,4 @@
-#include "mxf/descriptors.h"
+#include "mxf/facts_descriptors.h"
 
 #include <algorithm>
 #include <cmath>

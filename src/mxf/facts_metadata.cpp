@@ -1,4 +1,4 @@
-#include "mxf/metadata.h"
+#include "mxf/facts_metadata.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 // Facts of the essence descriptors of MXF files (SMPTE ST 377-1, annex F).
 #pragma once
 
-#include "mxf/metadata.h"
+#include "mxf/facts_metadata.h"
 
 bool is_picture(const MetadataSet &descriptor);
 bool is_sound(const MetadataSet &descriptor);

@@ -1,9 +1,9 @@
-#include "mxf/partitions.h"
+#include "mxf/facts_partitions.h"
 
 #include <algorithm>
 #include <string_view>
 
-#include "mxf/metadata.h"
+#include "mxf/facts_metadata.h"
 
 namespace {
 
