@@ -6,7 +6,8 @@ import {VirtualList} from './virtual.js';
 
 const SHOWN = 2000;  // characters of a line
 
-const KINDS = [[/^\s*- /, 'removed'], [/^\s*\+ /, 'added'], [/^\S.*\/.*[^:]$|^\S[^:]*$/, 'section']];
+// Of the lines: what one file has alone, and sections, below which their fields stand.
+const KINDS = [[/^\s*- /, 'removed'], [/^\s*\+ /, 'added'], [/^\S(?!.*: )/, 'section']];
 
 export class Comparison {
     // `dialog` has a heading, `box` gets the lines.
