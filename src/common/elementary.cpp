@@ -31,7 +31,7 @@ int32_t BitReader::se() {
 
 uint64_t start_code(Bytes stream, uint64_t from) {
     const auto bytes = stream.span(0, stream.size());
-    for (uint64_t i = from; i + 4 <= bytes.size(); i++) {
+    for (size_t i = static_cast<size_t>(std::min<uint64_t>(from, bytes.size())); i + 4 <= bytes.size(); i++) {
         if (bytes[i + 2] > 1) {
             i += 2;
         } else if (bytes[i] == 0 && bytes[i + 1] == 0 && bytes[i + 2] == 1) {

@@ -59,7 +59,7 @@ void read_segment(Bytes segment, MainHeader &header) {
         case 0x53: {
             const uint64_t component = segment.big(4, 1 + static_cast<unsigned>(wide));
             if (component < header.wavelets.size())
-                header.wavelets[component] = wavelet_of(segment[10 + wide]);
+                header.wavelets[static_cast<size_t>(component)] = wavelet_of(segment[10 + wide]);
             break;
         }
         case 0x50: header.has_high_throughput = (big32(segment, 4) & 0x20000) != 0; break;

@@ -53,11 +53,9 @@ void write_out(std::string_view text) {
             text.remove_prefix(static_cast<size_t>(done));
         } else if (errno != EINTR) {
             complain(std::string("cannot write: ") + std::strerror(errno));
-            end_now(kTrouble);
+            std::_Exit(kTrouble);
         }
     }
 }
-
-void end_now(int status) { std::_Exit(status); }
 
 unsigned core_count() { return 1; }

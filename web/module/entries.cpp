@@ -4,8 +4,15 @@
 #include "common/print.h"
 
 int keldump_main(int argc, char **argv);
+int keldump_all_main(int argc, char **argv);
+int keldump_diff_main(int argc, char **argv);
 int keldump_json_main(int argc, char **argv);
+int keldump_table_main(int argc, char **argv);
 int page_main(int argc, char **argv);
+int page_groups_main(int argc, char **argv);
+int page_odd_main(int argc, char **argv);
+int page_rows_main(int argc, char **argv);
+int page_sequence_main(int argc, char **argv);
 
 namespace {
 
@@ -16,8 +23,15 @@ struct Entry {
 
 constexpr Entry kEntries[] = {
     {"keldump", keldump_main},
+    {"keldump-all", keldump_all_main},
+    {"keldump-diff", keldump_diff_main},
     {"keldump-json", keldump_json_main},
+    {"keldump-table", keldump_table_main},
     {"page", page_main},
+    {"page-groups", page_groups_main},
+    {"page-odd", page_odd_main},
+    {"page-rows", page_rows_main},
+    {"page-sequence", page_sequence_main},
 };
 
 }  // namespace

@@ -42,11 +42,18 @@ uint32_t PageLines::name_of(const PathElement &element) {
 void PageLines::begin(const Line &line) {
     places_.place(line, field_);
     name_ = field_.is_labelled ? name_of(*field_.path.back()) : 0;
+    if (format_ == "MXF") take_note(line);
     if (line.text.empty()) {
         depth_ = 2;  // at the end of what stands above
     } else if (!line.is_aside) {
         depth_ = static_cast<uint16_t>(field_.path.size() + (field_.is_labelled ? 0 : 1));
     }
+}
+
+void PageLines::take_note(const Line &line) {
+    const RegisterNote note = registers_.note(line);
+    note_ = note.name;
+    if (!note.decoded.empty()) note_ += (note_.empty() ? "= " : " = ") + note.decoded;
 }
 
 void PageLines::end(const Line &line, uint8_t marks) {
@@ -70,6 +77,12 @@ void PageLines::end(const Line &line, uint8_t marks) {
     }
     range_ends_.push_back(static_cast<uint32_t>(more_ranges_.size() / 2));
     names_.push_back(name_);
+    if (!note_.empty()) {
+        note_lines_.push_back(static_cast<uint32_t>(text_ends_.size() - 1));
+        notes_ += note_;
+        note_ends_.push_back(static_cast<uint32_t>(notes_.size()));
+        note_.clear();
+    }
     depths_.push_back(std::max<uint16_t>(depth_, 1));
     marks_.push_back(marks);
     write_due();
@@ -104,7 +117,7 @@ void PageLines::write_due() {
 void PageLines::write_block(End end, uint32_t status) {
     std::string out;
     const size_t lines = text_ends_.size();
-    out.reserve(32 + lines * 31 + more_ranges_.size() * 8 + new_names_.size() + format_.size() +
+    out.reserve(40 + lines * 31 + more_ranges_.size() * 8 + new_names_.size() + format_.size() +
                 text_.size());
     append_word(out, kBlockMark);
     append_word(out, static_cast<uint32_t>(lines));
@@ -114,21 +127,27 @@ void PageLines::write_block(End end, uint32_t status) {
     append_word(out, static_cast<uint32_t>(format_.size()));
     append_word(out, end);
     append_word(out, status);
+    append_word(out, static_cast<uint32_t>(note_lines_.size()));
+    append_word(out, static_cast<uint32_t>(notes_.size()));
     append(out, offsets_);
     append(out, sizes_);
     append(out, more_ranges_);
     append(out, text_ends_);
     append(out, range_ends_);
     append(out, names_);
+    append(out, note_lines_);
+    append(out, note_ends_);
     append(out, depths_);
     append(out, marks_);
     out += new_names_;
     out += format_;
     out += text_;
+    out += notes_;
     write_out(out);
     offsets_.clear(), sizes_.clear(), more_ranges_.clear();
     text_ends_.clear(), range_ends_.clear(), names_.clear(), depths_.clear(), marks_.clear();
-    new_names_.clear(), text_.clear();
+    note_lines_.clear(), note_ends_.clear();
+    new_names_.clear(), text_.clear(), notes_.clear();
 }
 
 void PageLines::finish(End end, int status) { write_block(end, static_cast<uint32_t>(status)); }

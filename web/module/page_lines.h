@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "companions/lines/lines.h"
+#include "companions/registers/annotate.h"
 
 // What is told of a dump: lines behind the first `skip`, until there are so many, or so many bytes of text.
 struct PageLimits {
@@ -18,12 +19,13 @@ struct PageLimits {
 };
 
 // Listens to a dump and writes a block to standard output, in one piece, when it holds many lines or some
-// time has passed. A block, in little-endian order: eight words (a mark, numbers of lines, of bytes of their
+// time has passed. A block, in little-endian order: ten words (a mark, numbers of lines, of bytes of their
 // text, of further ranges, of bytes of new names, of the format's name; the end and the status of the dump in
-// its last block); for each line the offset and the size of its first range (doubles); offsets and sizes of
-// further ranges; where each line's text and its further ranges end, its name (0: none) in the dump's list of
-// names; its depth (16 bits) and its marks (8 bits); the names, each behind its size; the format's name; the
-// text.
+// its last block; numbers of notes and of bytes of their text); for each line the offset and the size of its
+// first range (doubles); offsets and sizes of further ranges; where each line's text and its further ranges
+// end, its name (0: none) in the dump's list of names; in which line of the block each note stands and where
+// its text ends; depths of lines (16 bits) and their marks (8 bits); the names, each behind its size; the
+// format's name; the text; the text of notes (what the registers say of MXF).
 class PageLines : public Listener {
  public:
     enum Mark : uint8_t { kListing = 1, kAside = 2, kCut = 4, kOpen = 8, kBlank = 16 };
@@ -38,6 +40,7 @@ class PageLines : public Listener {
 
  private:
     void begin(const Line &line);
+    void take_note(const Line &line);
     void end(const Line &line, uint8_t marks);
     uint32_t name_of(const PathElement &element);
     void write_due();
@@ -56,11 +59,13 @@ class PageLines : public Listener {
     std::unordered_map<std::string, uint32_t> known_names_;
     std::string format_;
 
+    RegisterNotes registers_;
+    std::string note_;  // on the current line
     std::vector<double> offsets_, sizes_, more_ranges_;
-    std::vector<uint32_t> text_ends_, range_ends_, names_;
+    std::vector<uint32_t> text_ends_, range_ends_, names_, note_lines_, note_ends_;
     std::vector<uint16_t> depths_;
     std::vector<uint8_t> marks_;
-    std::string new_names_, text_;
+    std::string new_names_, text_, notes_;
 
     size_t block_lines_;
     std::chrono::steady_clock::time_point written_;

@@ -19,3 +19,26 @@ export interface Dump {
 }
 export function dump(file: string | URL, options?: {switches?: string[]; lines?: false}): string;
 export function dump(file: string | URL, options: {switches?: string[]; lines: true}): Dump;
+
+/** What is true of a file, by the columns of keldump-table; null where it is not known. */
+export interface Facts {
+    file: string;
+    format: string | null;
+    width: number | null;
+    height: number | null;
+    bit_depth: number | null;
+    codec: string | null;
+    frame_rate: number | null;
+    /** Seconds. */
+    duration: number | null;
+    channels: number | null;
+    sample_rate: number | null;
+    timecode: string | null;
+    keycode: string | null;
+    reel: string | null;
+    problem: string | null;
+    size: number | null;
+    more: Record<string, string>;
+    [column: string]: string | number | boolean | null | Record<string, string>;
+}
+export function facts(file: string | URL): Facts;

@@ -1,22 +1,22 @@
-// What the list shows of files: columns, and rows that a worker fills some files at a time.
+// What the list shows of files: rows of keldump-table, which a worker reads some files at a time.
 import {Runner, nameFor} from './pool.js';
+import {entryOf} from './sequences.js';
 
-const AT_ONCE = 32;         // files of several entries
-const OF_A_SEQUENCE = 512;  // files of one
+const AT_ONCE = 256;    // files that a worker is asked for
+const INTERVAL = 200;   // milliseconds between two changes of the list
+const UNKNOWN = 'unknown format';
 
-export const COLUMNS = [
-    {key: 'path', title: 'Name'},
-    {key: 'format', title: 'Format'},
-    {key: 'frames', title: 'Files', isNumber: true},
-    {key: 'size', title: 'Size', isNumber: true},
-    {key: 'problem', title: 'Problem'},
-];
+// The cells of a row in the module's order.
+export const CELLS = ['format', 'picture', 'rate', 'codec', 'bits', 'duration', 'sound', 'start', 'reel', 'problem'];
 
 export class FactsReader {
-    // `changed` is called when entries got their facts.
-    constructor(changed) {
+    // `changed(entry, entries)` is called when an entry got its facts: itself, or those that its files are instead;
+    // `ended()` when no more is read.
+    constructor(changed, ended) {
         this.changed = changed;
+        this.ended = ended;
         this.runner = new Runner();
+        this.grouper = new Runner();
         this.waiting = [];
     }
     add(entries) {
@@ -29,50 +29,62 @@ export class FactsReader {
     get left() {
         return this.waiting.length;
     }
+    async groups(files) {
+        const {groups} = await this.grouper.run('groups', {paths: files.map(({path}) => path)});
+        return groups ?? files.map(({path}, i) => [path, [i]]);
+    }
+    // Of each entry, what most others have otherwise.
+    async odd(entries) {
+        const known = entries.filter(entry => entry.packed);
+        const {odd = []} = await this.grouper.run('odd', {rows: known.map(entry => entry.packed)});
+        for (const entry of entries) entry.odd = undefined;
+        for (const [i, remarks] of odd) known[i].odd = remarks;
+    }
 
     async work() {
         this.isRunning = true;
         while (this.waiting.length > 0) {
-            const entry = this.waiting.shift();
-            const batch = [entry];
-            let files = entry.files.length;
-            while (this.waiting.length > 0 && files + this.waiting[0].files.length <= AT_ONCE) {
+            const batch = [];
+            for (let files = 0; files < AT_ONCE && this.waiting.length > 0; files += batch.at(-1).files.length)
                 batch.push(this.waiting.shift());
-                files += batch.at(-1).files.length;
-            }
-            await this.read(batch);
-            this.changed();
+            const entries = batch.map(({files}) => files.map(({file, path}) => ({file, path, name: nameFor(path)})));
+            let read = 0;
+            const result = await this.runner.run('rows', {entries}, ({entry, rows}) => {
+                read = entry + 1;
+                this.take(batch[entry], rows);
+            });
+            for (const entry of batch.slice(read)) setRow(entry, {cells: CELLS.map(name => name === 'problem' ? result.error : ''), numbers: {}, known: true});
         }
         this.isRunning = false;
-        this.changed();
+        this.ended();
     }
-    async read(batch) {
-        const files = batch.flatMap(entry => entry.files);
-        const rows = [];
-        for (let at = 0; at < files.length; at += OF_A_SEQUENCE) {
-            const part = files.slice(at, at + OF_A_SEQUENCE).map(({file, path}) => ({file, name: nameFor(path)}));
-            const result = await this.runner.run('facts', {files: part});
-            rows.push(...result.rows ?? part.map(() => ({problem: result.error})));
-        }
-        for (const entry of batch) combine(entry, rows.splice(0, entry.files.length));
+    take(entry, rows) {
+        const entries = rows.length === 1 ? [entry] : entry.files.map(file => entryOf([file]));
+        entries.forEach((one, i) => setRow(one, rows[i]));
+        this.changed(entry, entries);
     }
 }
 
-// An entry's facts from those of its files.
-function combine(entry, rows) {
-    const formats = [...new Set(rows.map(row => row.format ?? ''))];
-    entry.format = formats.length === 1 ? formats[0] : 'several';
-    entry.frames = entry.files.length;
-    const problems = [];
-    if (entry.missing) problems.push(`${entry.missing.toLocaleString('en')} missing`);
-    if (entry.isSequence) {
-        if (formats.length > 1) problems.push(`${formats.length} formats`);
-        const sizes = new Set(entry.files.map(({file}) => file.size));
-        if (sizes.size > 1) entry.odd = `${sizes.size.toLocaleString('en')} sizes`;
-    } else if (entry.size === 0) {
-        problems.push('empty');
-    }
-    for (const problem of new Set(rows.map(row => row.problem).filter(Boolean))) problems.push(problem);
-    entry.problem = problems.join(', ');
+function setRow(entry, row) {
+    CELLS.forEach((name, i) => {
+        entry[name] = row.cells[i];
+    });
+    entry.numbers = row.numbers;
+    entry.packed = row.packed;
     entry.isRead = true;
+    entry.isSequence = entry.files.length > 1;
+    // Files of unknown format that a folder holds beside others are no findings.
+    entry.isOther = !row.known && entry.problem.startsWith(UNKNOWN) && entry.path.includes('/');
+    if (entry.size === 0 && !entry.problem) entry.problem = 'empty';
+}
+
+// Calls a function now and then, and not more often.
+export function seldom(call) {
+    let timer;
+    return () => {
+        timer ??= setTimeout(() => {
+            timer = undefined;
+            call();
+        }, INTERVAL);
+    };
 }

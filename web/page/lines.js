@@ -4,10 +4,10 @@ import {safeText} from './safe.js';
 export const MARK = {listing: 1, aside: 2, cut: 4, open: 8, blank: 16};
 export const END = {none: 0, dumped: 1, unopened: 2, unknown: 3, stopped: 4};
 
-const HEADER = 32;
+const HEADER = 40;
 
 function readBlock(buffer, first) {
-    const [, lines, textSize, ranges, namesSize, formatSize, end, status] = new Uint32Array(buffer, 0, 8);
+    const [, lines, textSize, ranges, namesSize, formatSize, end, status, notes, notesSize] = new Uint32Array(buffer, 0, 10);
     let at = HEADER;
     const column = (Type, count) => {
         const values = new Type(buffer, at, count);
@@ -22,11 +22,14 @@ function readBlock(buffer, first) {
         textEnds: column(Uint32Array, lines),
         rangeEnds: column(Uint32Array, lines),
         names: column(Uint32Array, lines),
+        noteLines: column(Uint32Array, notes),
+        noteEnds: column(Uint32Array, notes),
         depths: column(Uint16Array, lines),
         marks: column(Uint8Array, lines),
         newNames: column(Uint8Array, namesSize),
         format: column(Uint8Array, formatSize),
         text: column(Uint8Array, textSize),
+        notes: column(Uint8Array, notesSize),
     };
 }
 
@@ -84,6 +87,12 @@ export class Lines {
     text(line, longest = Infinity) {
         const bytes = this.bytes(line);
         return safeText(bytes.length > longest ? bytes.subarray(0, longest) : bytes);
+    }
+    // What the registers of today say of a line of MXF; empty for most.
+    note(line) {
+        const {first, noteLines, noteEnds, notes} = this.blockOf(line);
+        const i = noteLines.indexOf(line - first);
+        return i < 0 ? '' : safeText(notes.subarray(i > 0 ? noteEnds[i - 1] : 0, noteEnds[i]));
     }
     depth(line) {
         const block = this.blockOf(line);

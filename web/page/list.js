@@ -1,9 +1,24 @@
 // The files: a row an entry, problems and odd values first and marked; sorted, filtered, opened by Enter or a click.
-import {COLUMNS} from './facts.js';
 import {safeName} from './safe.js';
 import {collator} from './sequences.js';
 import {rowHeightOf} from './tree.js';
 import {VirtualList} from './virtual.js';
+
+// `number` is what a column is sorted by, `odd` its title in remarks.
+const COLUMNS = [
+    {key: 'path', title: 'Name'},
+    {key: 'format', title: 'Format', odd: 'FORMAT'},
+    {key: 'picture', title: 'Size', odd: 'SIZE', number: entry => entry.numbers?.width * entry.numbers?.height},
+    {key: 'rate', title: 'Rate', odd: 'RATE', number: entry => entry.numbers?.frame_rate},
+    {key: 'codec', title: 'Codec', odd: 'CODEC'},
+    {key: 'bits', title: 'Bits', odd: 'BITS', number: entry => entry.numbers?.bit_depth},
+    {key: 'duration', title: 'Duration', number: entry => entry.isSequence ? entry.files.length : entry.numbers?.duration},
+    {key: 'sound', title: 'Sound', odd: 'SOUND', number: entry => entry.numbers?.channels},
+    {key: 'start', title: 'Timecode'},
+    {key: 'reel', title: 'Reel', odd: 'REEL'},
+    {key: 'bytes', title: 'Bytes', number: entry => entry.size},
+    {key: 'problem', title: 'Problem'},
+];
 
 export function sizeText(bytes) {
     const units = ['B', 'KB', 'MB', 'GB', 'TB'];
@@ -12,23 +27,31 @@ export function sizeText(bytes) {
     return unit === 0 ? `${bytes} B` : `${size.toFixed(size < 10 ? 1 : 0)} ${units[unit]}`;
 }
 
-function cellText(entry, key) {
-    if (key === 'size') return sizeText(entry.size);
-    if (key === 'path') return safeName(entry.path);
-    if (key === 'frames') return entry.isSequence ? entry.files.length.toLocaleString('en') : '';
-    if (key === 'problem') return [entry.problem, entry.odd].filter(Boolean).join(', ');
-    return entry[key] === undefined ? '' : safeName(String(entry[key]));
+// "MXF 1920x1080 25 fps 10:00:00:00 5.0 GB"
+export function titleOf(entry, size) {
+    return [entry.format, entry.picture, entry.rate && `${entry.rate} fps`, entry.start, sizeText(size)].filter(Boolean).map(safeName).join('  ');
 }
 
-function compare(a, b, key) {
-    const order = [entry => entry.problem ? 0 : entry.odd ? 1 : 2];
-    if (key === 'problem') {
-        const difference = order[0](a) - order[0](b);
-        return difference || collator.compare(a.path, b.path);
-    }
-    if (key === 'size') return a.size - b.size;
-    if (key === 'frames') return a.files.length - b.files.length;
-    return collator.compare(a[key] ?? '', b[key] ?? '') || collator.compare(a.path, b.path);
+const cleanText = entry => entry.isSequence && entry.isRead ? `${entry.files.length.toLocaleString('en')} ${entry.format}, clean` : '';
+
+function cellText(entry, key) {
+    if (key === 'bytes') return sizeText(entry.size);
+    if (key === 'problem') return safeName([entry.problem, ...entry.odd ?? []].filter(Boolean).join('; ') || cleanText(entry));
+    return safeName(entry[key] ?? '');
+}
+
+// What needs a look comes first: problems, then odd values; files that nothing is known of last.
+function rankOf(entry) {
+    if (entry.isOther) return 3;
+    return entry.problem ? 0 : entry.odd ? 1 : 2;
+}
+
+function compare(a, b, {key, number}) {
+    let difference = 0;
+    if (key === 'problem') difference = rankOf(a) - rankOf(b);
+    else if (number) difference = (number(a) || 0) - (number(b) || 0);
+    else difference = collator.compare(a[key] ?? '', b[key] ?? '');
+    return difference || a.order - b.order;
 }
 
 export class FileList {
@@ -41,6 +64,7 @@ export class FileList {
         this.shown = [];
         this.filter = '';
         this.sortKey = 'problem';
+        this.isPair = false;  // two rows are chosen, and not those between them
         this.descending = false;
         this.active = 0;  // rows
         this.anchor = 0;
@@ -50,9 +74,17 @@ export class FileList {
         this.drawHead();
     }
 
+    // Entries in the order of their names.
     set(entries) {
         this.entries = entries;
+        entries.forEach((entry, i) => {
+            entry.order = i;
+        });
         this.update();
+    }
+    replace(entry, entries) {
+        const at = this.entries.indexOf(entry);
+        if (at >= 0) this.set([...this.entries.slice(0, at), ...entries, ...this.entries.slice(at + 1)]);
     }
     setFilter(text) {
         this.filter = text.trim().toLowerCase();
@@ -60,7 +92,7 @@ export class FileList {
     }
     // Sorts and filters anew; what is chosen stays so.
     update() {
-        const chosen = this.shown[this.active];
+        const [chosen, anchor] = [this.shown[this.active], this.shown[this.anchor]];
         const words = this.filter.split(/\s+/).filter(Boolean);
         this.shown = this.entries.filter(entry => {
             if (words.length === 0) return true;
@@ -68,10 +100,10 @@ export class FileList {
             return words.every(word => text.includes(word));
         });
         const sign = this.descending ? -1 : 1;
-        this.shown.sort((a, b) => sign * compare(a, b, this.sortKey));
-        const at = this.shown.indexOf(chosen);
-        this.active = Math.max(0, at);
-        this.anchor = this.active;
+        const column = COLUMNS.find(({key}) => key === this.sortKey);
+        this.shown.sort((a, b) => sign * compare(a, b, column));
+        this.active = Math.max(0, this.shown.indexOf(chosen));
+        this.anchor = this.isPair ? Math.max(0, this.shown.indexOf(anchor)) : this.active;
         this.list.setCount(this.shown.length);
     }
     refresh() {
@@ -102,23 +134,26 @@ export class FileList {
 
     draw(row, element, i) {
         const entry = this.shown[row];
-        const [first, last] = this.selection;
         element.id = `${this.box.id}-${i}`;
         element.className = 'file';
-        element.classList.toggle('problem', Boolean(entry.problem));
-        element.classList.toggle('odd', !entry.problem && Boolean(entry.odd));
-        element.classList.toggle('selected', row >= first && row <= last);
+        const isSelected = this.isSelected(row);
+        const problem = Boolean(entry.problem) && !entry.isOther;
+        element.classList.toggle('problem', problem);
+        element.classList.toggle('odd', !problem && Boolean(entry.odd));
+        element.classList.toggle('other', entry.isOther === true);
+        element.classList.toggle('selected', isSelected);
         element.classList.toggle('active', row === this.active);
         element.classList.toggle('opened', entry === this.opened);
         element.setAttribute('role', 'row');
-        element.setAttribute('aria-selected', row >= first && row <= last);
+        element.setAttribute('aria-selected', isSelected);
         element.setAttribute('aria-rowindex', row + 1);
         element.replaceChildren(...COLUMNS.map(column => {
             const cell = document.createElement('span');
             cell.className = `column ${column.key}`;
             cell.setAttribute('role', 'gridcell');
             cell.textContent = cellText(entry, column.key);
-            if (column.key === 'path') cell.title = cell.textContent;
+            if (column.key === 'path' || column.key === 'problem') cell.title = cell.textContent;
+            if (column.odd && entry.odd?.some(remark => remark.startsWith(`${column.odd} `))) cell.classList.add('unusual');
             return cell;
         }));
         if (row === this.active) this.box.setAttribute('aria-activedescendant', element.id);
@@ -127,19 +162,28 @@ export class FileList {
     get selection() {
         return [Math.min(this.anchor, this.active), Math.max(this.anchor, this.active)];
     }
+    isSelected(row) {
+        const [first, last] = this.selection;
+        return this.isPair ? row === first || row === last : row >= first && row <= last;
+    }
+    get selected() {
+        return this.shown.filter((entry, row) => this.isSelected(row));
+    }
     // The selected rows, or all where there is but one, as tab-separated text.
     text() {
-        const [first, last] = this.selection;
-        const rows = first === last ? this.shown : this.shown.slice(first, last + 1);
+        const rows = this.selected.length > 1 ? this.selected : this.shown;
         const lines = [COLUMNS.map(column => column.title), ...rows.map(entry => COLUMNS.map(column =>
-            column.key === 'size' ? entry.size : cellText(entry, column.key)))];
+            column.key === 'bytes' ? entry.size : cellText(entry, column.key)))];
         return lines.map(line => `${line.join('\t')}\n`).join('');
     }
-    choose(row, extend) {
+    // `extend`: all rows from the last that was chosen; `pair`: that one and this.
+    choose(row, {extend = false, pair = false} = {}) {
         if (this.shown.length === 0) return;
         this.active = Math.max(0, Math.min(row, this.shown.length - 1));
-        if (!extend) this.anchor = this.active;
+        this.isPair = pair && this.active !== this.anchor;
+        if (!extend && !pair) this.anchor = this.active;
         this.list.show(this.active);
+        this.onChoose?.();
     }
     open(row) {
         const entry = this.shown[row];
@@ -151,23 +195,24 @@ export class FileList {
     pressed(event) {
         const row = this.list.rowOf(event.target);
         if (row < 0 || event.button !== 0) return;
-        this.choose(row, event.shiftKey);
-        if (!event.shiftKey) this.open(row);
+        const pair = event.ctrlKey || event.metaKey;
+        this.choose(row, {extend: event.shiftKey, pair});
+        if (!event.shiftKey && !pair) this.open(row);
     }
     keyed(event) {
         if (event.altKey) return;
         if ((event.ctrlKey || event.metaKey) && event.key === 'a') {
             event.preventDefault();
             this.anchor = 0;
-            this.choose(this.shown.length - 1, true);
+            this.choose(this.shown.length - 1, {extend: true});
             return;
         }
-        if (event.ctrlKey || event.metaKey) return;
+        const pair = event.ctrlKey || event.metaKey;
         const steps = {ArrowDown: 1, ArrowUp: -1, PageDown: this.list.page, PageUp: -this.list.page, Home: -Infinity, End: Infinity};
         if (event.key in steps) {
             event.preventDefault();
-            this.choose(this.active + steps[event.key], event.shiftKey);
-        } else if (event.key === 'Enter' || event.key === ' ') {
+            this.choose(this.active + steps[event.key], {extend: event.shiftKey, pair});
+        } else if (!pair && (event.key === 'Enter' || event.key === ' ')) {
             event.preventDefault();
             this.open(this.active);
         }

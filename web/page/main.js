@@ -1,14 +1,15 @@
 // The page: what its parts tell each other.
+import {Comparison} from './compare.js';
 import {Dump} from './dump.js';
 import {copyText, download, handleCopies, referenceTo, textOf} from './export.js';
-import {FactsReader} from './facts.js';
+import {FactsReader, seldom} from './facts.js';
 import {chosenFiles, droppedFiles, pickedFolder} from './files.js';
 import {Search} from './find.js';
 import {HexView} from './hex.js';
-import {FileList, sizeText} from './list.js';
+import {FileList, sizeText, titleOf} from './list.js';
 import {prepare} from './pool.js';
 import {safeName} from './safe.js';
-import {groupFiles} from './sequences.js';
+import {entriesOf} from './sequences.js';
 import {Switches} from './switches.js';
 import {Tree} from './tree.js';
 
@@ -28,10 +29,19 @@ const switches = new Switches(element('switches'), () => openFrame(frame));
 const tree = new Tree(element('tree'), lineChosen);
 const hex = new HexView(element('hex'), byteChosen);
 const list = new FileList(element('columns'), element('list'), open);
-const facts = new FactsReader(() => {
+const refreshList = seldom(() => {
     list.update();
     showListStatus();
+    if (dump) showTitle();
 });
+const facts = new FactsReader((one, entries) => {
+    if (entries[0] !== one) list.replace(one, entries);
+    refreshList();
+}, async () => {
+    await facts.odd(list.entries);
+    refreshList();
+});
+const comparison = new Comparison(element('comparison'), element('differences'));
 
 // Files
 
@@ -47,7 +57,7 @@ async function addFiles(found) {
         showListStatus();
         shown = performance.now();
     }
-    if (files.length > before) setEntries();
+    if (files.length > before) await setEntries();
     showListStatus();
     if (unreadable.length > 0) say(`Could not be read: ${unreadable.map(safeName).join(', ')}. Try “Open folder”.`);
     else if (files.length === before + 1 && before === 0) open(list.entries[0]);
@@ -56,22 +66,31 @@ async function addFiles(found) {
 function failed(path) {
     unreadable.push(path);
 }
-function setEntries() {
-    const known = new Map(list.entries.map(one => [one.path, one]));
-    const entries = groupFiles(files).map(one => {
-        const old = known.get(one.path);
-        return old && old.files.length === one.files.length && old.files[0].file === one.files[0].file ? old : one;
+// Groups all files anew; entries that stay the same keep their facts.
+let grouping = 0;
+async function setEntries() {
+    document.body.classList.add('has-files');
+    const current = ++grouping;
+    const grouped = [...files];
+    const groups = await facts.groups(grouped);
+    if (current !== grouping) return;
+    const known = new Map(list.entries.map(one => [one.files[0].file, one]));
+    const entries = entriesOf(grouped, groups).map(one => {
+        const old = known.get(one.files[0].file);
+        return old && old.path === one.path && old.files.length === one.files.length ? old : one;
     });
     list.set(entries);
-    document.body.classList.add('has-files');
     facts.clear();
     facts.add(entries.filter(one => !one.isRead));
+    showListStatus();
 }
 function showListStatus() {
     const size = list.entries.reduce((sum, one) => sum + one.size, 0);
-    const left = facts.left > 0 ? `, ${number(facts.left)} to read` : '';
+    const left = list.entries.filter(one => !one.isRead).length;
+    const reading = left > 0 ? `, ${number(left)} to read` : '';
     const shown = list.shown.length < list.entries.length ? `${number(list.shown.length)} of ` : '';
-    element('list-status').textContent = `${shown}${number(list.entries.length)} entries, ${number(files.length)} files, ${sizeText(size)}${left}`;
+    element('list-status').textContent = `${shown}${number(list.entries.length)} entries, ${number(files.length)} files, ${sizeText(size)}${reading}`;
+    showComparable();
 }
 
 element('open-files').addEventListener('click', () => element('file-input').click());
@@ -100,12 +119,32 @@ element('list-filter').addEventListener('input', event => {
 });
 element('clear').addEventListener('click', () => {
     files.length = 0;
+    grouping++;
     facts.clear();
     list.set([]);
     closeDump();
     document.body.classList.remove('has-files');
     element('open-files').focus();
 });
+
+// Two files beside each other
+
+// The two that are chosen; else what is open and the one that is chosen.
+function comparable() {
+    const {selected} = list;
+    const two = selected.length === 2 ? selected : [entry, selected[0]];
+    return selected.length < 3 && two[0] && two[1] && two[0] !== two[1] ? two : undefined;
+}
+function showComparable() {
+    element('compare').disabled = !comparable();
+}
+list.onChoose = showComparable;
+element('compare').addEventListener('click', () => {
+    const two = comparable();
+    if (two) comparison.show(two.map(one => one.files[one === entry ? frame : 0]), switches.details);
+});
+element('close-comparison').addEventListener('click', () => comparison.close());
+element('copy-comparison').addEventListener('click', () => copyText(comparison.text));
 
 // The dump
 
@@ -132,6 +171,7 @@ function openFrame(index) {
     element('frame').textContent = `${number(frame + 1)} of ${number(entry.files.length)}`;
     document.body.classList.add('has-dump');
     say('');
+    showComparable();
     restoring = isSame && chosen ? chosen[0] : -1;
     dumpChanged();
     look();
@@ -144,6 +184,7 @@ function closeDump() {
     search?.stop();
     element('dump-status').textContent = '';
     dump = entry = search = undefined;
+    showComparable();
     list.opened = undefined;
     tree.show(null);
     hex.show(null);
@@ -170,8 +211,12 @@ function dumpChanged() {
     element('progress').hidden = state !== 'running';
     element('dump-status').textContent = statusText(lines, state);
     element('tree').setAttribute('aria-busy', state === 'running');
-    element('facts').textContent = [lines.format, sizeText(dump.file.size)].filter(Boolean).join('  ');
+    showTitle();
     if (state === 'failed') say(dump.message);
+}
+function showTitle() {
+    const {size} = dump.file;
+    element('facts').textContent = entry.isRead ? titleOf(entry, size) : [dump.lines.format, sizeText(size)].filter(Boolean).join('  ');
 }
 function statusText(lines, state) {
     const count = `${number(lines.count)} lines`;
@@ -312,7 +357,7 @@ function say(text) {
 
 // The browser's zoom and fonts change how tall a row is.
 addEventListener('resize', () => {
-    for (const part of [tree, hex, list]) part.refresh();
+    for (const part of [tree, hex, list, comparison]) part.refresh();
 });
 
 prepare(element('worker').textContent, element('module').textContent).then(

@@ -59,6 +59,10 @@ export class Switches {
         box.append(...this.selects, ...this.marks.map(mark => mark.element));
     }
 
+    // Those of the details alone.
+    get details() {
+        return CHOICES[1].options[this.selects[1].selectedIndex].switches;
+    }
     // As the command has them, for a file of a size.
     list(size) {
         const chosen = CHOICES.flatMap((choice, i) => {

@@ -136,6 +136,13 @@ export class Tree {
             note.textContent = ` … ${more.toLocaleString('en')} more`;
             parts.push(note);
         }
+        const registered = this.lines.note(line);
+        if (registered) {
+            const note = document.createElement('span');
+            note.className = 'note';
+            note.textContent = registered;
+            parts.push(note);
+        }
         return parts;
     }
     drawn() {

@@ -1,11 +1,10 @@
 // Runs the module's entries, each request in an instance of its own. Messages: {id, task, module, file, name, ...}; what
 // comes back has the same id.
 import {Failure, run} from '../shim.js';
-import {END, Lines} from './lines.js';
+import {Lines} from './lines.js';
+import {RowReader} from './rowreader.js';
 import {Source} from './source.js';
 
-const HEAD = 16 * 1024;  // which recognition looks at
-const AT_ONCE = 32;
 const PART = 4 * 1024 * 1024;  // of a text that is collected
 
 const NO_FILE = {type: 'pipe', isSeekable: false, size: () => 0, read: () => 0, write: bytes => bytes.length, close() {}};
@@ -17,37 +16,50 @@ function writer(write) {
     }};
 }
 
+function reader(bytes) {
+    let at = 0;
+    return {...NO_FILE, read(into) {
+        const part = bytes.subarray(at, at + into.length);
+        into.set(part);
+        at += part.length;
+        return part.length;
+    }};
+}
+
 // Runs an entry over files by the names that it gets.
-function runOver(module, args, sources, write) {
+function runOver(module, args, sources, write, input, complain = () => {}) {
     const files = {
-        standard: [NO_FILE, writer(write), NO_FILE],
+        standard: [input ? reader(input) : NO_FILE, writer(write), writer(complain)],
         open(name) {
             const source = sources.get(name);
-            if (!source) throw new Failure('ENOENT');
+            if (!source || source.hasChanged) throw new Failure('ENOENT');
             return source;
         },
     };
     return run(module, args, files);
 }
 
+function joined(pieces) {
+    const whole = new Uint8Array(pieces.reduce((sum, piece) => sum + piece.length, 0));
+    let at = 0;
+    for (const piece of pieces) {
+        whole.set(piece, at);
+        at += piece.length;
+    }
+    return whole;
+}
+
+// What an entry prints.
+function printedBy(module, entry, {names = [], sources = [], input}) {
+    const pieces = [];
+    runOver(module, [entry, ...names], new Map(sources.map((source, i) => [names[i], source])), bytes => pieces.push(bytes.slice()), input);
+    return joined(pieces);
+}
+const rowReader = module => new RowReader((entry, inputs) => printedBy(module, entry, inputs));
+
 // RFC 4180
 function quoted(text) {
     return /[",\n\r]/.test(text) ? `"${text.replace(/"/g, '""')}"` : text;
-}
-
-function factsOf(module, source, name) {
-    let format = '', end = 0;
-    try {
-        runOver(module, ['page', '--lines', '2', name], new Map([[name, source]]), bytes => {
-            const lines = new Lines();
-            end = lines.add(bytes.slice().buffer);
-            format = lines.format || format;
-        });
-    } catch (error) {
-        return {problem: String(error.message)};
-    }
-    if (source.hasChanged) return {problem: 'cannot be read'};
-    return {format, problem: end === END.unknown ? 'unknown format' : undefined};
 }
 
 const tasks = {
@@ -110,20 +122,27 @@ const tasks = {
         return {status, blob: new Blob(parts), hasChanged: source.hasChanged};
     },
 
-    // The format of each of some files, by their first lines: where none is known, that is the only one. Heads of files are
-    // read at the same time, the next ones while the module looks at some.
-    async facts({module, files}) {
-        const rows = [];
-        const read = at => {
-            const sources = files.slice(at, at + AT_ONCE).map(({file}) => new Source(file));
-            return Promise.all(sources.map(source => source.readHead(HEAD))).then(() => sources);
-        };
-        for (let at = 0, next = read(0); at < files.length; at += AT_ONCE) {
-            const sources = await next;
-            next = read(at + AT_ONCE);
-            sources.forEach((source, i) => rows.push(factsOf(module, source, files[at + i].name)));
-        }
-        return {rows};
+    groups({module, paths}) {
+        return {groups: rowReader(module).groups(paths)};
+    },
+    // Entries, each an array of {file, name, path}.
+    async rows({module, entries}, send) {
+        await rowReader(module).read(entries, (entry, rows) => send({entry, rows}));
+        return {};
+    },
+    odd({module, rows}) {
+        return {odd: rowReader(module).odd(rows)};
+    },
+
+    // What differs between two files, as text.
+    compare({module, files, switches}) {
+        const sources = files.map(({file}) => new Source(file));
+        const names = files.map(({name}, i) => `${'AB'[i]}/${name}`);
+        const pieces = [], messages = [];
+        const status = runOver(module, ['keldump-diff', ...switches, '--', ...names],
+            new Map(sources.map((source, i) => [names[i], source])), bytes => pieces.push(bytes.slice()), undefined, bytes => messages.push(bytes.slice()));
+        const textOf = parts => new TextDecoder().decode(joined(parts));
+        return {status, text: textOf(pieces), message: textOf(messages), hasChanged: sources.some(source => source.hasChanged)};
     },
 };
 

@@ -7,13 +7,14 @@ import path from 'node:path';
 import test from 'node:test';
 import {fileURLToPath} from 'node:url';
 
-import {dump} from '../../build-wasi/npm/package/keldump.js';
+import {dump, facts} from '../../build-wasi/npm/package/keldump.js';
 import {madeFiles} from './made.js';
 import {recordedDumps} from './recorded.js';
 
 const ROOT = fileURLToPath(new URL('../..', import.meta.url));
 const NATIVE = path.join(ROOT, 'build/keldump');
 const NATIVE_JSON = path.join(ROOT, 'build/keldump-json');
+const NATIVE_TABLE = path.join(ROOT, 'build/keldump-table');
 const CLI = path.join(ROOT, 'build-wasi/npm/package/cli.js');
 const sample = name => path.join(ROOT, 'samples', name);
 
@@ -109,4 +110,12 @@ test('lines as data', () => {
     const impossible = path.join(cwd, 'impossible.j2k');
     fs.writeFileSync(impossible, impossibleCodestream());
     assert.equal(dump(impossible, {lines: true}).status, 1);
+});
+
+test('facts', () => {
+    const files = [...new Set(recordedDumps().map(one => one.sample))];
+    const expected = spawnSync(NATIVE_TABLE, ['--each', '--lines', ...files], {maxBuffer: 1 << 30}).stdout.toString().trim().split('\n').map(line => JSON.parse(line));
+    assert.equal(expected.length, files.length);
+    files.forEach(file => assert.deepEqual(facts(file), expected.find(row => row.file === file)));
+    assert.equal(facts('none').problem, 'No such file or directory');
 });

@@ -17,6 +17,9 @@ import {recordedDumps} from './recorded.js';
 const ROOT = fileURLToPath(new URL('../..', import.meta.url));
 const PAGE = pathToFileURL(path.join(ROOT, 'build/keldump.html')).href;
 const NATIVE = path.join(ROOT, 'build/keldump');
+const TABLE = path.join(ROOT, 'build/keldump-table');
+const JSON_DUMP = path.join(ROOT, 'build/keldump-json');
+const DIFF = path.join(ROOT, 'build/keldump-diff');
 const sample = name => path.join(ROOT, 'samples', name);
 
 let browser, work;
@@ -60,10 +63,9 @@ async function drawn(page, expression) {
     await page.evaluate('new Promise(done => requestAnimationFrame(() => requestAnimationFrame(done)))');
     return page.evaluate(expression);
 }
-const shownLines = page => drawn(page, `[...document.querySelectorAll('#tree .line:not([hidden])')].map(line => [...line.childNodes].slice(1).map(node => node.textContent).join(''))`);
-const activeLine = page => drawn(page, `document.querySelector('#tree .active')?.textContent.replace(/^[▸▾]/, '')`);
+const shownLines = page => drawn(page, `[...document.querySelectorAll('#tree .line:not([hidden])')].map(line => [...line.childNodes].slice(1).filter(node => node.className !== 'note').map(node => node.textContent).join(''))`);
+const activeLine = page => drawn(page, `[...document.querySelector('#tree .active')?.childNodes ?? []].slice(1).filter(node => node.className !== 'note').map(node => node.textContent).join('')`);
 const hits = page => drawn(page, `[...document.querySelectorAll('#hex .hexrow:not([hidden]) i.hit:not(.character)')].map(byte => byte.textContent).join('')`);
-const listed = page => drawn(page, `[...document.querySelectorAll('#list .file:not([hidden])')].map(row => [...row.children].map(cell => cell.textContent).join('|'))`);
 // What a copy puts into the clipboard.
 async function copied(page, copy) {
     await page.evaluate(`window.copies = []; document.addEventListener('copy', event => copies.push(event.clipboardData.getData('text/plain')))`);
@@ -257,26 +259,60 @@ test('copies and downloads are whole', () => withPage(async page => {
     }
 }));
 
-test('the list: sequences, problems first, sorting, filter, copy', () => withPage(async page => {
+// Cells by the titles of their columns.
+const table = page => drawn(page, `[...document.querySelectorAll('#list .file:not([hidden])')].map(row => ({
+    kind: ['problem', 'odd', 'other'].find(kind => row.classList.contains(kind)) ?? '', unusual: row.querySelector('.unusual')?.textContent,
+    ...Object.fromEntries([...row.children].map(cell => [cell.className.split(' ')[1], cell.textContent]))}))`);
+const rowOf = (rows, name) => rows.find(row => row.path.endsWith(name));
+
+// Frames of a reel: number 50 is not there, 17 is cut, 20 has another size of picture.
+function writeReel(count) {
     const frame = fs.readFileSync(sample('dpx/rgb8-big.dpx'));
-    for (let i = 1; i <= 100; i++) if (i !== 50) inWork(`reel/shot.${String(i).padStart(4, '0')}.dpx`, frame);
-    const files = fs.readdirSync(inWork('reel')).map(name => path.join(work, 'reel', name));
-    await openFiles(page, ...files, sample('mxf/dv.mxf'), sample('raw/make.sh'), sample('audio/stereo16.wav'));
-    await sleep(200);
-    const rows = await listed(page);
-    assert.match(rows[0], /^make\.sh\|.*unknown format$/);
-    assert.match(rows[1], /^shot\.\[0001-0100\]\.dpx\|DPX\|99\|.*\|1 missing$/);
-    assert.match(rows[2], /^dv\.mxf\|MXF\|/);
-    await page.click('#columns .size');
-    await page.click('#columns .size');
-    assert.match((await listed(page))[0], /shot/);
+    const other = Buffer.from(frame);
+    other.writeUInt32BE(other.readUInt32BE(772) - 1, 772);
+    for (let i = 1; i <= count; i++)
+        if (i !== 50) inWork(`reel/shot.${String(i).padStart(4, '0')}.dpx`, i === 17 ? frame.subarray(0, 3000) : i === 20 ? other : frame);
+    return fs.readdirSync(inWork('reel')).map(name => path.join(work, 'reel', name));
+}
+
+test('the list has the rows of keldump-table: sequences, problems and odd values first', () => withPage(async page => {
+    const others = ['mxf/dv.mxf', 'audio/stereo16.wav', 'quicktime/h264-aac.mov', 'dpx/film10-little.dpx'].map(sample);
+    const movie = fs.readFileSync(sample('quicktime/h264-aac.mov'));
+    const copies = ['one.mov', 'two.mov', 'three.mov', 'four.mov'].map(name => inWork(`movies/${name}`, movie));
+    copies.push(inWork('movies/cut.mov', movie.subarray(0, movie.length - 2000)));
+    const files = [...writeReel(100), ...others, ...copies];
+    await openFiles(page, ...files, sample('raw/make.sh'));
+    await sleep(600);
+    const rows = await table(page);
+    const expected = JSON.parse(spawnSync(TABLE, ['--json', ...files]).stdout);
+    assert.equal(rows.length, expected.length + 1);
+    for (const row of expected) {
+        const shown = rowOf(rows, path.basename(row.file));
+        const told = [row.format, row.width ? `${row.width}x${row.height}` : '', row.codec ?? '', `${row.frame_rate ?? ''}`, `${row.bit_depth ?? ''}`,
+            row.timecode ?? row.keycode ?? '', row.reel ?? '', row.problem ?? ''];
+        const problem = row.problem ? shown.problem : '';
+        assert.deepEqual([shown.format, shown.picture, shown.codec, shown.rate, shown.bits, shown.start, shown.reel, problem], told, row.file);
+    }
+    assert.deepEqual(rows.slice(0, 3).map(row => row.kind), ['problem', 'problem', 'problem']);
+    assert.match(rowOf(rows, 'shot.[0001-0100].dpx').problem, /^1 missing; frame 17: cut.*; frame 20: width/);
+    assert.match(rowOf(rows, 'cut.mov').problem, /^cut: /);
+    assert.match(rowOf(rows, 'make.sh').problem, /^unknown format/);
+    const odd = rows.filter(row => row.kind === 'odd');
+    assert(rows.indexOf(odd[0]) === 3 && odd.every(row => /^[A-Z ]+ \S.* of \d/.test(row.problem)), JSON.stringify(odd));
+    assert.equal(rowOf(rows, 'dv.mxf').unusual, 'MXF');
+
+    await page.click('#columns .bytes');
+    await page.click('#columns .bytes');
+    const sizes = (await page.evaluate(`[...document.querySelectorAll('#list .file:not([hidden]) .bytes')].map(e => e.textContent)`));
+    assert.equal((await table(page))[0].path, 'shot.[0001-0100].dpx', sizes.join());
     await page.evaluate(`document.getElementById('list-filter').focus()`);
-    await page.type('mxf');
+    await page.type('dv mxf');
     await sleep(200);
-    assert.equal((await listed(page)).length, 1);
-    assert.match(await copied(page, () => page.click('#copy-list')), /^Name\tFormat\tFiles\tSize\tProblem\ndv\.mxf\tMXF\t\t\d+\t\n$/);
+    assert.equal((await table(page)).length, 1);
+    assert.match(await copied(page, () => page.click('#copy-list')),
+        /^Name\tFormat\tSize\tRate\tCodec\tBits\tDuration\tSound\tTimecode\tReel\tBytes\tProblem\ndv\.mxf\tMXF\t720x576\t25\t[^\n]*\n$/);
     await page.evaluate(`document.getElementById('list-filter').value = ''; document.getElementById('list-filter').dispatchEvent(new Event('input'))`);
-    // A sequence opens at its first frame.
+    // A sequence opens at its first frame; the title has what the list says.
     await page.evaluate(`document.getElementById('list').focus()`);
     await page.press('Home');
     await page.press('Enter');
@@ -284,6 +320,62 @@ test('the list: sequences, problems first, sorting, filter, copy', () => withPag
     assert.equal(await page.text('frame'), '1 of 99');
     await page.click('#next-frame');
     assert.match(await page.text('name'), /shot\.0002\.dpx/);
+    assert.match(await page.text('facts'), /^DPX {2}\d+x\d+ {2}.*KB$/);
+}));
+
+test('a folder of many frames', () => withPage(async page => {
+    const frame = fs.readFileSync(sample('dpx/rgb8-big.dpx'));
+    for (let i = 1; i <= 2000; i++) inWork(`many/a.${i}.dpx`, frame);
+    inWork('many/notes.txt', 'none');
+    const started = Date.now();
+    await page.drop([path.join(work, 'many')]);
+    await page.until(`[...document.querySelectorAll('#list .problem')].some(cell => cell.textContent === '2,000 DPX, clean')`, 60);
+    console.log(`# 2,000 frames: ${((Date.now() - started) / 1000).toFixed(1)} s from the drop to the row`);
+    const rows = await table(page);
+    // A file of unknown format that a folder holds is no finding.
+    assert.deepEqual(rows.map(row => [row.path, row.kind]), [['many/a.[1-2000].dpx', ''], ['many/notes.txt', 'other']]);
+    fs.rmSync(path.join(work, 'many'), {recursive: true});
+}));
+
+test('two files are compared', () => withPage(async page => {
+    const [one, two] = ['dpx/rgb8-big.dpx', 'dpx/rgb10-big.dpx'].map(sample);
+    await openFiles(page, one, sample('mxf/dv.mxf'), two);
+    await sleep(400);
+    assert.equal(await page.evaluate(`document.getElementById('compare').disabled`), true);
+    const names = (await table(page)).map(row => row.path);
+    await page.evaluate(`document.getElementById('list').focus()`);
+    await page.press('Home');
+    await page.press('ArrowDown', names.indexOf(path.basename(one)));
+    await page.press('Control+ArrowDown');
+    await page.press('Control+ArrowUp', 9);
+    await page.press('Control+ArrowDown', names.indexOf(path.basename(two)));
+    assert.equal(await page.evaluate(`document.querySelectorAll('#list .selected').length`), 2);
+    await page.click('#compare');
+    await page.until(`document.querySelectorAll('.difference').length > 1`);
+    const expected = spawnSync(DIFF, ['--', one, two]).stdout.toString().split('\n').filter((line, i) => line && !(i < 2 && /^(---|\+\+\+) /.test(line)));
+    const shown = await drawn(page, `[...document.querySelectorAll('.difference:not([hidden])')].map(line => line.textContent)`);
+    assert.deepEqual(shown, expected.slice(0, shown.length));
+    await page.press('Escape');
+    assert.equal(await page.evaluate(`document.getElementById('comparison').open`), false);
+}));
+
+test('what the registers say stands beside lines of MXF', () => withPage(async page => {
+    const file = sample('mxf/op1a-jpeg2000.mxf');
+    const told = JSON.parse(execFileSync(JSON_DUMP, [file]))[0].lines.filter(line => line.name || line.decoded !== undefined);
+    assert(told.length > 0);
+    await openFiles(page, file);
+    for (const line of told.slice(0, 5)) {
+        await page.evaluate(`document.getElementById('find').value = ${JSON.stringify(line.text.trim())}; document.getElementById('find').dispatchEvent(new Event('input'))`);
+        await page.evaluate(`document.getElementById('find').focus()`);
+        await page.press('Enter');
+        await sleep(100);
+        const notes = await drawn(page, `[...document.querySelectorAll('#tree .line:not([hidden]) .note')].map(note => note.textContent)`);
+        assert(notes.some(note => line.name ? note.startsWith(line.name) : note.startsWith('= ')), JSON.stringify([line, notes]));
+    }
+    // They are no part of the text.
+    await page.evaluate(`document.getElementById('tree').focus()`);
+    await page.press('Control+a');
+    assert.equal(await copied(page, () => page.press('Control+c')), dumpOf(file));
 }));
 
 test('a dropped folder', () => withPage(async page => {
@@ -292,7 +384,7 @@ test('a dropped folder', () => withPage(async page => {
     await page.drop([path.join(work, 'folder')]);
     await page.until(`document.getElementById('list-status').textContent.startsWith('2 entries')`);
     await sleep(300);
-    assert.deepEqual((await listed(page)).map(row => row.split('|').slice(0, 2).join('|')), ['folder/b.mov|QuickTime', 'folder/deep/a.mxf|MXF']);
+    assert.deepEqual((await table(page)).map(row => `${row.path} ${row.format}`), ['folder/b.mov MOV', 'folder/deep/a.mxf MXF']);
 }));
 
 test('texts of files are only text', () => withPage(async page => {

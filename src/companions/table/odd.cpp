@@ -53,7 +53,7 @@ constexpr Compared kCompared[] = {
 
 }  // namespace
 
-Oddities find_odd(const std::vector<Row> &rows) {
+Oddities find_odd(const std::vector<Row> &rows, double alike) {
     Oddities odd;
     std::vector<std::vector<std::string>> remarks(rows.size());
     for (const Compared &compared : kCompared) {
@@ -68,6 +68,7 @@ Oddities find_odd(const std::vector<Row> &rows) {
         const auto usual =
             std::ranges::max_element(counts, {}, [](const auto &entry) { return entry.second; });
         if (usual->second == 1 && known > 2) continue;
+        if (static_cast<double>(usual->second) < alike * static_cast<double>(known)) continue;
         odd.titles.emplace_back(compared.title);
         for (size_t i = 0; i < rows.size(); i++) {
             const std::string value = compared.of(rows[i]);

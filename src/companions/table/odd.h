@@ -17,5 +17,5 @@ struct Oddities {
 };
 
 // A value is odd where it is not the most frequent one. What each file has for itself (name, times, sizes,
-// lengths) is not compared, nor what no two files have in common.
-Oddities find_odd(const std::vector<Row> &rows);
+// lengths) is not compared, nor what no two files have in common, or less than the part `alike` of them.
+Oddities find_odd(const std::vector<Row> &rows, double alike = 0);

@@ -53,25 +53,6 @@ std::string clock_text(double seconds, bool thousandths) {
 
 double number_of(const std::string &text) { return std::strtod(text.c_str(), nullptr); }
 
-// In frames at the numbers that a second counts where there is a rate; frames alone of numbered ones.
-std::string duration_text(const Row &row) {
-    if (!row[Column::first_frame].empty())
-        return grouped(static_cast<uint64_t>(number_of(row[Column::frames])));
-    const std::string &duration = row[Column::duration];
-    if (duration.empty()) return "";
-    const double rate = number_of(row[Column::frame_rate]);
-    if (rate < 1) return clock_text(number_of(duration), true);
-    const int64_t base = std::llround(rate);
-    const int64_t frames = std::llround(number_of(duration) * rate);
-    char text[16];
-    std::snprintf(text, sizeof text, ":%02d", static_cast<int>(frames % base));
-    return clock_text(static_cast<double>(frames / base), false) + text;
-}
-
-std::string start_text(const Row &row) {
-    return row[Column::timecode].empty() ? row[Column::keycode] : row[Column::timecode];
-}
-
 std::string keycode_cell(const Row &row) { return row[Column::timecode].empty() ? "" : row[Column::keycode]; }
 
 std::string title_of(const std::string &name) {
@@ -89,6 +70,21 @@ std::string picture_size(const Row &row) {
     return row[Column::width].empty() ? "" : row[Column::width] + "x" + row[Column::height];
 }
 
+// In frames at the numbers that a second counts where there is a rate; frames alone of numbered ones.
+std::string duration_text(const Row &row) {
+    if (!row[Column::first_frame].empty())
+        return grouped(static_cast<uint64_t>(number_of(row[Column::frames])));
+    const std::string &duration = row[Column::duration];
+    if (duration.empty()) return "";
+    const double rate = number_of(row[Column::frame_rate]);
+    if (rate < 1) return clock_text(number_of(duration), true);
+    const int64_t base = std::llround(rate);
+    const int64_t frames = std::llround(number_of(duration) * rate);
+    char text[16];
+    std::snprintf(text, sizeof text, ":%02d", static_cast<int>(frames % base));
+    return clock_text(static_cast<double>(frames / base), false) + text;
+}
+
 std::string sound_text(const Row &row) {
     if (row[Column::channels].empty()) return row[Column::audio_codec];
     std::string text = row[Column::channels] + "ch";
@@ -100,6 +96,10 @@ std::string sound_text(const Row &row) {
     std::snprintf(rate, sizeof rate, "%s%gk", lossless ? "/" : " ",
                   number_of(row[Column::sample_rate]) / 1000);
     return text + rate;
+}
+
+std::string start_text(const Row &row) {
+    return row[Column::timecode].empty() ? row[Column::keycode] : row[Column::timecode];
 }
 
 void TableSums::add(const Row &row) {

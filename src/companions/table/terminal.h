@@ -10,7 +10,10 @@
 #include "companions/table/row.h"
 
 std::string picture_size(const Row &row);  // "3840x2160"
-std::string sound_text(const Row &row);    // "2ch 24/48k", "6ch AAC 48k"
+std::string duration_text(
+    const Row &row);  // "00:01:30:12", without a rate "00:01:30.500"; frames of numbered ones
+std::string sound_text(const Row &row);  // "2ch 24/48k", "6ch AAC 48k"
+std::string start_text(const Row &row);  // the timecode, or the keycode of what has none
 
 // What a table ends with.
 struct TableSums {

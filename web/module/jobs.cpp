@@ -1,0 +1,27 @@
+// companions/workers.h where there are no processes: one job after the other.
+#include <algorithm>
+
+#include "companions/workers.h"
+
+namespace {
+
+class Said : public JobOutput {
+ public:
+    Said(size_t index, JobsReader &reader) : index_(index), reader_(reader) {}
+    void out(std::string_view text) override { reader_.out(index_, text); }
+    void complain(const std::string &message) override { reader_.complain(index_, message); }
+
+ private:
+    const size_t index_;
+    JobsReader &reader_;
+};
+
+}  // namespace
+
+void run_jobs(size_t count, unsigned, const Work &work, JobsReader &reader) {
+    for (size_t index = 0; index < count; index++) {
+        Said said(index, reader);
+        reader.done(index, work(index, said), "");
+        reader.progress(index + 1);
+    }
+}

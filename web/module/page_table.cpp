@@ -1,0 +1,133 @@
+// The entries of the page's list. Packed rows and names come and go by companions/packing.h.
+#include <unistd.h>
+
+#include <iterator>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "companions/command.h"
+#include "companions/frame_groups.h"
+#include "companions/json/json.h"
+#include "companions/packing.h"
+#include "companions/table/odd.h"
+#include "companions/table/output.h"
+#include "companions/table/read.h"
+#include "companions/table/sequence.h"
+#include "companions/table/terminal.h"
+
+namespace {
+
+constexpr size_t kFewFrames = 64;
+constexpr double kAlike = 0.6;  // files that must agree where others are odd: a list may hold anything
+
+std::string read_input() {
+    std::string text;
+    char block[64 * 1024];
+    for (ssize_t n = 0; (n = read(STDIN_FILENO, block, sizeof block)) > 0;)
+        text.append(block, static_cast<size_t>(n));
+    return text;
+}
+
+std::string json_text(std::string_view text) {
+    std::string json;
+    append_json(json, text, true);
+    return json;
+}
+
+// A row for the page: what is shown, what columns are sorted by, and all of it for further questions.
+std::string given(const Row &row) {
+    const std::string shown[] = {row[Column::format], picture_size(row),      row[Column::frame_rate],
+                                 row[Column::codec],  row[Column::bit_depth], duration_text(row),
+                                 sound_text(row),     start_text(row),        row[Column::reel],
+                                 row[Column::problem]};
+    const Selection selection{{"width", "height", "frame_rate", "bit_depth", "duration", "channels"}, {}};
+    std::string json = "{\"cells\": [";
+    for (const std::string &text : shown) json += (&text == shown ? "" : ", ") + json_text(text);
+    json += "], \"known\": ";
+    json += row.is_known ? "true" : "false";
+    json += ", \"numbers\": " + json_object(row, selection) + "}";
+    std::string out;
+    put_text(out, json);
+    put_text(out, row.packed());
+    return out;
+}
+
+// What files are compared with each other: movies, stills or sound.
+int kind_of(const Row &row) {
+    if (!row.is_known) return 0;
+    if (row[Column::width].empty()) return 1;
+    return row[Column::duration].empty() || !row[Column::first_frame].empty() ? 2 : 3;
+}
+
+}  // namespace
+
+// Names, each behind its size, as groups of files: [[name, [number of a file, ...]], ...].
+int page_groups_main(int, char **) {
+    const std::string input = read_input();
+    std::vector<std::string> names;
+    for (std::string_view left = input; !left.empty();) names.push_back(take_text(left));
+    std::string json = "[";
+    for (const FrameGroup &group : group_frames(names, is_still_name)) {
+        json += json.size() > 1 ? ",\n[" : "[";
+        json += json_text(group.files.size() > 1 ? group.range_name(names) : names[group.first]) + ", [";
+        for (const size_t &file : group.files)
+            json += (&file == group.files.data() ? "" : ", ") + std::to_string(file);
+        json += "]]";
+    }
+    write_out(json + "]");
+    return kFine;
+}
+
+// The rows of files: of each what the page shows, and the row itself.
+int page_rows_main(int argc, char **argv) {
+    for (int i = 1; i < argc; i++) write_out(given(read_row(argv[i], {})));
+    return kFine;
+}
+
+// The row of a sequence, of the names and the rows of its frames; nothing where they are no frames of one.
+int page_sequence_main(int, char **) {
+    const std::string input = read_input();
+    std::vector<std::string> names;
+    std::vector<std::string> rows;
+    for (std::string_view left = input; !left.empty();) {
+        names.push_back(take_text(left));
+        rows.push_back(take_text(left));
+    }
+    const std::vector<FrameGroup> groups = group_frames(names, is_still_name);
+    if (groups.size() != 1 || !groups[0].is_numbered) return kFound;
+    SequenceRow sequence;
+    for (size_t i = 0; i < names.size(); i++)
+        sequence.add(groups[0].numbers[i], Row::unpacked(rows[groups[0].files[i]]));
+    if (names.size() <= kFewFrames && 4 * sequence.unlike() >= names.size()) return kFound;
+    write_out(given(sequence.finish(groups[0], names)));
+    return kFine;
+}
+
+// What is odd among rows of a kind: [[number of the row, [remark, ...]], ...].
+int page_odd_main(int, char **) {
+    const std::string input = read_input();
+    std::map<int, std::vector<Row>> kinds;
+    std::map<int, std::vector<size_t>> numbers;
+    size_t count = 0;
+    for (std::string_view left = input; !left.empty(); count++) {
+        Row row = Row::unpacked(take_text(left));
+        const int kind = kind_of(row);
+        numbers[kind].push_back(count);
+        kinds[kind].push_back(std::move(row));
+    }
+    std::string json = "[";
+    for (const auto &[kind, rows] : kinds) {
+        for (const OddRow &odd : find_odd(rows, kAlike).rows) {
+            if (odd.remarks.empty()) continue;
+            json += json.size() > 1 ? ",\n[" : "[";
+            json += std::to_string(numbers[kind][odd.row]) + ", [";
+            for (const std::string &remark : odd.remarks)
+                json += (&remark == odd.remarks.data() ? "" : ", ") + json_text(remark);
+            json += "]]";
+        }
+    }
+    write_out(json + "]");
+    return kFine;
+}
