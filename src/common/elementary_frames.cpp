@@ -180,9 +180,9 @@ bool mpeg4_picture(Bytes data, Bytes setup, Picture &picture) {
     BitReader bits(data.from(at + 4));
     bits.skip(9);
     const uint32_t version = bits.flag() ? bits.get(7) >> 3 : 1;
-    constexpr Ratio kAspects[] = {{0, 0}, {1, 1}, {12, 11}, {10, 11}, {16, 11}, {40, 33}};
+    constexpr Ratio kVisualAspects[] = {{0, 0}, {1, 1}, {12, 11}, {10, 11}, {16, 11}, {40, 33}};
     const uint32_t aspect = bits.get(4);
-    if (aspect < std::size(kAspects)) picture.pixel_aspect = kAspects[aspect];
+    if (aspect < std::size(kVisualAspects)) picture.pixel_aspect = kVisualAspects[aspect];
     if (aspect == 15) {
         const int64_t n = bits.get(8);
         picture.pixel_aspect = Ratio{n, bits.get(8)}.reduced();
