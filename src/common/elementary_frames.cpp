@@ -276,6 +276,7 @@ class RangeReader {
         }
         return is_one;
     }
+    bool is_over() const { return at_ > bytes_.size() + 2; }
     uint32_t number(uint8_t (&states)[32], bool is_signed = false) {
         if (bit(states[0])) return 0;
         int length = 0;
@@ -320,7 +321,7 @@ bool ffv1_picture(Bytes data, Bytes setup, Picture &picture) {
                          : !has_chroma ? (alpha ? "YA" : "Y")
                                        : name_of(kByShifts, across << 4 | down);
     if (!is_rgb && has_chroma && alpha) picture.components += ":4";
-    return picture.bits <= 16 && across < 8 && down < 8;
+    return !reader.is_over() && picture.bits >= 8 && picture.bits <= 16 && across < 8 && down < 8;
 }
 
 bool png_picture(Bytes data, Bytes, Picture &picture) {
