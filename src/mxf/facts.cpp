@@ -157,10 +157,10 @@ std::string writer_of(const MetadataSet &identification) {
 // Adds what only the stream tells.
 void complete(Picture &picture, const Picture &stream) {
     picture.codec = stream.codec;
-    if (picture.width == 0) {
-        picture.width = stream.width;
-        picture.height = stream.height;
-    }
+    if (picture.width == 0) picture.height = stream.height;
+    // Descriptors may count in whole blocks.
+    if (picture.width == 0 || (stream.width < picture.width && picture.width - stream.width < 16))
+        picture.width = stream.width > 0 ? stream.width : picture.width;
     if (picture.bits == 0) picture.bits = stream.bits;
     if (picture.components.empty()) picture.components = stream.components;
     const bool is_open = picture.scan == Scan::unknown || picture.scan == Scan::interlaced;
