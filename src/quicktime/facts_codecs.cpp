@@ -279,14 +279,11 @@ void read_sound_esds(Bytes esds, Sound &sound) {
 }
 
 void read_ac3_box(Bytes data, Sound &sound) {
-    constexpr uint32_t kBitRates[] = {32,  40,  48,  56,  64,  80,  96,  112, 128, 160,
-                                      192, 224, 256, 320, 384, 448, 512, 576, 640};
     BitReader bits(data);
     bits.skip(2 + 5 + 3);
     const uint32_t mode = bits.get(3);
     set_ac3_mode(mode, bits.flag(), sound);
-    const uint32_t code = bits.get(5);
-    if (code < std::size(kBitRates)) sound.bit_rate = int64_t{kBitRates[code]} * 1000;
+    sound.bit_rate = ac3_bit_rate(bits.get(5));
 }
 
 // Of the first independent substream and of its dependent one, which adds channels (ETSI TS 102 366, F.6).
