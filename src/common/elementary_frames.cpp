@@ -38,7 +38,7 @@ bool vc3_frame(Bytes frame, Picture &picture) {
     picture.bits = kDepths[frame[33] >> 5];
     const bool is_444 = id == 1256 || id == 1270;
     picture.components = !is_444 ? "4:2:2" : (frame[44] & 1) != 0 || id == 1256 ? "RGB" : "4:4:4";
-    if ((frame[5] & 2) == 0) picture.scan = Scan::progressive;
+    picture.scan = (frame[5] & 2) == 0 ? Scan::progressive : Scan::interlaced;
     return true;
 }
 
