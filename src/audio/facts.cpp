@@ -6,17 +6,12 @@
 #include <string_view>
 
 #include "audio/facts_riff.h"
+#include "common/codecs.h"
 #include "common/elementary.h"
 #include "common/names.h"
 #include "common/values.h"
 
 namespace {
-
-constexpr uint32_t type_of(const char (&text)[5]) {
-    uint32_t type = 0;
-    for (int i = 0; i < 4; i++) type = type << 8 | static_cast<uint8_t>(text[i]);
-    return type;
-}
 
 constexpr CodeName kWaveCodecs[] = {
     {1, "PCM"},          {2, "MS ADPCM"},  {3, "PCM float"}, {6, "A-law"},     {7, "mu-law"},
@@ -128,10 +123,10 @@ void read_info(Bytes list, Wave &wave) {
     if (!bytes_are(list, 0, "INFO")) return;
     each_chunk(list, 4, list.size(), false, [&](const Chunk &chunk) {
         const std::string text = fixed_text(chunk.data, 0, std::min<uint64_t>(chunk.data.size(), 256));
-        if (chunk.type == type_of("ISFT")) wave.facts.writer = text;
-        if (chunk.type == type_of("ICRD") && wave.facts.date.empty() && text.size() >= 10)
+        if (chunk.type == fourcc("ISFT")) wave.facts.writer = text;
+        if (chunk.type == fourcc("ICRD") && wave.facts.date.empty() && text.size() >= 10)
             wave.facts.date = iso_date(number_of(text), number_of(text.substr(5)), number_of(text.substr(8)));
-        if (chunk.type == type_of("INAM")) wave.facts.add_more("title", text);
+        if (chunk.type == fourcc("INAM")) wave.facts.add_more("title", text);
         return true;
     });
 }
@@ -231,20 +226,20 @@ void read_wave(Wave &wave) {
     each_chunk(file, 12, file.size(), false, [&](Chunk &chunk) {
         const Bytes data = chunk.data;
         switch (chunk.type) {
-            case type_of("ds64"): read_ds64(data, wave); break;
-            case type_of("fmt "): wave.block = wave_format(data, wave.sound); break;
-            case type_of("bext"): read_bext(data, wave); break;
-            case type_of("LIST"): read_info(data, wave); break;
-            case type_of("iXML"): {
+            case fourcc("ds64"): read_ds64(data, wave); break;
+            case fourcc("fmt "): wave.block = wave_format(data, wave.sound); break;
+            case fourcc("bext"): read_bext(data, wave); break;
+            case fourcc("LIST"): read_info(data, wave); break;
+            case fourcc("iXML"): {
                 const auto text = wave.input.present(chunk.start, std::min<uint64_t>(data.size(), 1 << 18))
                                       .span(0, 1 << 18);
                 wave.xml.assign(text.begin(), text.end());
                 break;
             }
-            case type_of("fact"):
+            case fourcc("fact"):
                 if (wave.told_samples < 0 && data.size() >= 4) wave.told_samples = little32(data);
                 break;
-            case type_of("data"): {
+            case fourcc("data"): {
                 const uint64_t told = chunk.end - chunk.start;
                 const bool is_large = told == 0xFFFFFFFF && wave.large_data > 0;
                 set_data(chunk, is_large ? wave.large_data : told, wave);

@@ -3,6 +3,7 @@
 
 #include "audio/facts.h"
 #include "audio/facts_riff.h"
+#include "common/codecs.h"
 #include "common/names.h"
 #include "common/values.h"
 
@@ -27,24 +28,24 @@ void read_common(Bytes comm, Aiff &aiff) {
         uint32_t bits;  // of a stored sample; 0: those of the chunk
     };
     constexpr CodeName kNames[] = {
-        {0x4E4F4E45, "PCM"},       {0x736F7774, "PCM"},       {0x74776F73, "PCM"},
-        {0x72617720, "PCM"},       {0x696E3234, "PCM"},       {0x696E3332, "PCM"},
-        {0x666C3332, "PCM float"}, {0x464C3332, "PCM float"}, {0x666C3634, "PCM float"},
-        {0x464C3634, "PCM float"}, {0x616C6177, "A-law"},     {0x414C4157, "A-law"},
-        {0x756C6177, "mu-law"},    {0x554C4157, "mu-law"},    {0x696D6134, "IMA ADPCM"},
-        {0x4D414333, "MACE 3:1"},  {0x4D414336, "MACE 6:1"},  {0x47534D20, "GSM"},
-        {0x73647832, "SDX2"}};
+        {fourcc("NONE"), "PCM"},       {fourcc("sowt"), "PCM"},       {fourcc("twos"), "PCM"},
+        {fourcc("raw "), "PCM"},       {fourcc("in24"), "PCM"},       {fourcc("in32"), "PCM"},
+        {fourcc("fl32"), "PCM float"}, {fourcc("FL32"), "PCM float"}, {fourcc("fl64"), "PCM float"},
+        {fourcc("FL64"), "PCM float"}, {fourcc("alaw"), "A-law"},     {fourcc("ALAW"), "A-law"},
+        {fourcc("ulaw"), "mu-law"},    {fourcc("ULAW"), "mu-law"},    {fourcc("ima4"), "IMA ADPCM"},
+        {fourcc("MAC3"), "MACE 3:1"},  {fourcc("MAC6"), "MACE 6:1"},  {fourcc("GSM "), "GSM"},
+        {fourcc("sdx2"), "SDX2"}};
     Sound &sound = aiff.sound;
     sound.channels = big16(comm, 0);
     sound.samples = big32(comm, 2);
     sound.bits = big16(comm, 6);
     const double rate = extended(comm, 8);
     if (rate >= 1 && rate < 1e8) sound.rate = Ratio{std::llround(rate * 1000), 1000}.reduced();
-    const uint32_t type = comm.size() >= 22 ? big32(comm, 18) : 0x4E4F4E45;
+    const uint32_t type = comm.size() >= 22 ? big32(comm, 18) : fourcc("NONE");
     sound.codec = name_of(kNames, type);
     if (sound.codec.empty()) sound.codec = fixed_text(comm, 18, 4);
-    if (type == 0x666C3634 || type == 0x464C3634) sound.bits = 64;
-    if (type == 0x666C3332 || type == 0x464C3332) sound.bits = 32;
+    if (type == fourcc("fl64") || type == fourcc("FL64")) sound.bits = 64;
+    if (type == fourcc("fl32") || type == fourcc("FL32")) sound.bits = 32;
     if (sound.codec.ends_with("-law")) sound.bits = 8;
     const bool is_plain = sound.codec.starts_with("PCM") || sound.codec.ends_with("-law");
     if (is_plain) aiff.block = uint64_t{sound.channels} * ((sound.bits + 7) / 8);
@@ -63,14 +64,14 @@ void aiff_facts(Input &input, Facts &facts) {
     facts.format = fixed_text(file, 8, 4);
     Aiff aiff;
     each_chunk(file, 12, file.size(), true, [&](Chunk &chunk) {
-        if (chunk.type == 0x434F4D4D) read_common(chunk.data, aiff);  // COMM
-        if (chunk.type == 0x53534E44) {                               // SSND
+        if (chunk.type == fourcc("COMM")) read_common(chunk.data, aiff);
+        if (chunk.type == fourcc("SSND")) {
             aiff.start = chunk.start + 8 + big32(chunk.data);
             aiff.told = chunk.end - chunk.start;
         }
         const uint64_t most = std::min<uint64_t>(chunk.data.size(), 256);
-        if (chunk.type == 0x4E414D45) facts.add_more("title", fixed_text(chunk.data, 0, most));       // NAME
-        if (chunk.type == 0x414E4E4F) facts.add_more("annotation", fixed_text(chunk.data, 0, most));  // ANNO
+        if (chunk.type == fourcc("NAME")) facts.add_more("title", fixed_text(chunk.data, 0, most));
+        if (chunk.type == fourcc("ANNO")) facts.add_more("annotation", fixed_text(chunk.data, 0, most));
         return true;
     });
     if (aiff.sound.channels == 0) {

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr uint32_t kList = 0x4C495354;  // "LIST"
+constexpr uint32_t kList = fourcc("LIST");
 
 void set_codec(uint32_t code, uint32_t depth, Picture &picture) {
     if (code == 0 || code == 0x03000000 || type_text(code) == "DIB" || type_text(code) == "RGB") {
@@ -54,10 +54,10 @@ void read_stream(Bytes list, Avi &avi) {
     Bytes format;
     Bytes properties;
     each_chunk(list, 4, list.size(), false, [&](const Chunk &chunk) {
-        if (chunk.type == 0x73747268) header = chunk.data;      // strh
-        if (chunk.type == 0x73747266) format = chunk.data;      // strf
-        if (chunk.type == 0x76707270) properties = chunk.data;  // vprp
-        if (chunk.type == 0x696E6478) read_super_index(chunk.data, avi);
+        if (chunk.type == fourcc("strh")) header = chunk.data;
+        if (chunk.type == fourcc("strf")) format = chunk.data;
+        if (chunk.type == fourcc("vprp")) properties = chunk.data;
+        if (chunk.type == fourcc("indx")) read_super_index(chunk.data, avi);
         return true;
     });
     const Ratio rate = rate_of(int64_t{little32(header, 24)}, int64_t{little32(header, 20)});
@@ -94,7 +94,7 @@ void read_stream(Bytes list, Avi &avi) {
 
 void read_headers(Bytes list, Avi &avi) {
     each_chunk(list, 4, list.size(), false, [&](const Chunk &chunk) {
-        if (chunk.type == 0x61766968) avi.is_indexed = (little32(chunk.data, 12) & 0x10) != 0;  // avih
+        if (chunk.type == fourcc("avih")) avi.is_indexed = (little32(chunk.data, 12) & 0x10) != 0;
         if (chunk.type == kList && bytes_are(chunk.data, 0, "strl")) read_stream(chunk.data, avi);
         if (chunk.type == kList && bytes_are(chunk.data, 0, "odml"))
             avi.frames_of_all_parts = little32(chunk.data, 12);
@@ -107,12 +107,12 @@ void read_part(Bytes file, uint64_t at, uint64_t end, Avi &avi) {
     each_chunk(file, at + 12, end, false, [&](const Chunk &chunk) {
         avi.end = std::max(avi.end, chunk.end);
         const uint64_t size = chunk.end - chunk.start;
-        if (chunk.type == 0x69647831) avi.has_index = chunk.end <= file.size();  // idx1
+        if (chunk.type == fourcc("idx1")) avi.has_index = chunk.end <= file.size();
         if (chunk.type != kList) return true;
         if (bytes_are(chunk.data, 0, "hdrl")) read_headers(chunk.data, avi);
         if (bytes_are(chunk.data, 0, "INFO")) {
             each_chunk(chunk.data, 4, chunk.data.size(), false, [&](const Chunk &text) {
-                if (text.type == 0x49534654) avi.facts.writer = fixed_text(text.data, 0, 256);  // ISFT
+                if (text.type == fourcc("ISFT")) avi.facts.writer = fixed_text(text.data, 0, 256);
                 return true;
             });
         }

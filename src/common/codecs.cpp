@@ -119,23 +119,23 @@ const PictureCodec *listed(std::string_view name, bool in_any_case) {
     return nullptr;
 }
 
-std::string characters(uint32_t type) {
+}  // namespace
+
+std::string type_characters(uint32_t type) {
     std::string text;
     for (int shift = 24; shift >= 0; shift -= 8) text += static_cast<char>(type >> shift & 0xFF);
     return text;
 }
 
-}  // namespace
-
 PictureCodec picture_codec(uint32_t type) {
-    const std::string name = characters(type);
+    const std::string name = type_characters(type);
     const PictureCodec *found = listed(name, false);
     if (!found) found = listed(name, true);
     return found ? *found : PictureCodec{};
 }
 
 std::string type_text(uint32_t type) {
-    std::string text = characters(type);
+    std::string text = type_characters(type);
     std::erase_if(text, [](char c) { return !is_printable(static_cast<uint8_t>(c)); });
     return text.substr(0, text.find_last_not_of(' ') + 1);
 }

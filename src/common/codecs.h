@@ -5,6 +5,12 @@
 #include <string>
 #include <string_view>
 
+constexpr uint32_t fourcc(const char (&type)[5]) {
+    uint32_t code = 0;
+    for (int i = 0; i < 4; i++) code = code << 8 | static_cast<uint8_t>(type[i]);
+    return code;
+}
+
 // How the data of a codec are judged where they hold zeros, and what of them tells more.
 enum class CodecKind : uint8_t { coded, dense, raw, avc, hevc, mpeg4, mpeg2, prores, vc3, jpeg, vpx, av1 };
 
@@ -19,5 +25,6 @@ struct PictureCodec {
 // By the type as it is, or else by its letters in any case (writers of AVI do not agree on one). One without
 // a name is unknown.
 PictureCodec picture_codec(uint32_t type);
-// The printable characters of a type, without blanks at its end.
+// The four characters of a type; those that are printable, without blanks at its end.
+std::string type_characters(uint32_t type);
 std::string type_text(uint32_t type);

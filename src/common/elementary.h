@@ -71,7 +71,9 @@ struct MpegAudioFrame {
 MpegAudioFrame mpeg_audio_frame(Bytes frame);
 void set_sound(const MpegAudioFrame &frame, Sound &sound);
 
-// Audio coding modes of AC-3 (ATSC A/52, table 5.8) as layout and channels.
+// Audio coding modes of AC-3 (ATSC A/52, table 5.8) as layout and channels, its bit rates by their codes or
+// -1.
+int64_t ac3_bit_rate(uint32_t code);
 void set_ac3_mode(uint32_t mode, bool lfe, Sound &sound);
 // The layout of a mask of loudspeakers in the order of WAVE: "stereo", "5.1", "L R Ts", ...
 std::string speaker_layout(uint64_t mask);

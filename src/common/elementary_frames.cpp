@@ -38,7 +38,10 @@ bool vc3_frame(Bytes frame, Picture &picture) {
     picture.bits = kDepths[frame[33] >> 5];
     const bool is_444 = id == 1256 || id == 1270;
     picture.components = !is_444 ? "4:2:2" : (frame[44] & 1) != 0 || id == 1256 ? "RGB" : "4:4:4";
-    if ((frame[5] & 2) == 0) picture.scan = Scan::progressive;
+    // The first field, which is the upper one, has 2 there, the other 3.
+    picture.scan = (frame[5] & 2) == 0   ? Scan::progressive
+                   : (frame[5] & 1) == 0 ? Scan::top_first
+                                         : Scan::interlaced;
     return true;
 }
 

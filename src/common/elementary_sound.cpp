@@ -168,10 +168,14 @@ bool adts_frame(Bytes frame, Sound &sound) {
     return true;
 }
 
-bool ac3_frame(Bytes frame, Sound &sound) {
-    constexpr uint32_t kRates[] = {48000, 44100, 32000};
+int64_t ac3_bit_rate(uint32_t code) {
     constexpr uint32_t kBitRates[] = {32,  40,  48,  56,  64,  80,  96,  112, 128, 160,
                                       192, 224, 256, 320, 384, 448, 512, 576, 640};
+    return code < std::size(kBitRates) ? int64_t{kBitRates[code]} * 1000 : -1;
+}
+
+bool ac3_frame(Bytes frame, Sound &sound) {
+    constexpr uint32_t kRates[] = {48000, 44100, 32000};
     if (big16(frame) != 0x0B77 || frame.size() < 8) return false;
     const unsigned id = frame[5] >> 3;
     const unsigned rate = frame[4] >> 6;
@@ -194,7 +198,7 @@ bool ac3_frame(Bytes frame, Sound &sound) {
     if (mode == 2) bits.skip(2);
     sound.codec = "AC-3";
     sound.rate = {kRates[rate] >> (id > 8 ? id - 8 : 0), 1};
-    sound.bit_rate = int64_t{kBitRates[(frame[4] & 0x3F) / 2]} * 1000 >> (id > 8 ? id - 8 : 0);
+    sound.bit_rate = ac3_bit_rate((frame[4] & 0x3FU) / 2) >> (id > 8 ? id - 8 : 0);
     set_ac3_mode(mode, bits.flag(), sound);
     return true;
 }

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "common/codecs.h"
 #include "common/names.h"
 
 namespace {
@@ -260,12 +261,6 @@ struct Box {
     bool is_open = false;  // to the file's end, wherever that is
 };
 
-constexpr uint32_t type_of(std::string_view text) {
-    uint32_t type = 0;
-    for (const char c : text) type = type << 8 | static_cast<uint8_t>(c);
-    return type;
-}
-
 // The box at a place of a window; false where none is.
 bool box_at(Bytes file, uint64_t place, Box &box) {
     if (!file.has(place, 8)) return false;
@@ -304,14 +299,14 @@ void read_header_box(Bytes header, Facts &facts) {
     Picture &picture = facts.picture();
     for (uint64_t at = 0, i = 0; i < 64 && box_at(header, at, box); i++, at = box.end) {
         const Bytes content = header.sub(box.content, box.end - box.content);
-        if (box.type == type_of("ihdr")) {
+        if (box.type == fourcc("ihdr")) {
             picture.height = big32(content);
             picture.width = big32(content, 4);
-        } else if (box.type == type_of("colr") && picture.colour.primaries < 0) {
+        } else if (box.type == fourcc("colr") && picture.colour.primaries < 0) {
             read_colour(content, facts);
-        } else if (box.type == type_of("pclr")) {
+        } else if (box.type == fourcc("pclr")) {
             palette = true;
-        } else if (box.type == type_of("cdef")) {
+        } else if (box.type == fourcc("cdef")) {
             for (uint64_t k = 0; k < std::min<uint64_t>(big16(content), 64); k++) {
                 const uint32_t type = big16(content, 4 + 6 * k);
                 alpha = alpha || type == 1 || type == 2;
@@ -346,15 +341,15 @@ void jp2_facts(Input &input, Facts &facts) {
     for (int i = 0; i < kMostBoxes && end < size; i++, end = box.end) {
         if (!box_at(file, end, box)) break;
         const Bytes content = file.sub(box.content, box.end - box.content);
-        if (box.type == type_of("ftyp")) {
+        if (box.type == fourcc("ftyp")) {
             const uint32_t brand = big32(content);
-            facts.variant = brand == type_of("jpx ")   ? "JPX"
-                            : brand == type_of("jpm ") ? "JPM"
-                            : brand == type_of("mjp2") ? "MJ2"
-                                                       : "";
-        } else if (box.type == type_of("jp2h") && facts.pictures.empty()) {
+            facts.variant = brand == fourcc("jpx ")   ? "JPX"
+                            : brand == fourcc("jpm ") ? "JPM"
+                            : brand == fourcc("mjp2") ? "MJ2"
+                                                      : "";
+        } else if (box.type == fourcc("jp2h") && facts.pictures.empty()) {
             read_header_box(content, facts);
-        } else if (box.type == type_of("jp2c") && !has_codestream) {
+        } else if (box.type == fourcc("jp2c") && !has_codestream) {
             has_codestream = true;
             read_codestream(input, box.content, box.is_open ? UINT64_MAX : box.end, facts);
         }
@@ -363,8 +358,8 @@ void jp2_facts(Input &input, Facts &facts) {
     if (picture.codec.empty()) picture.codec = "JPEG 2000";
     if (picture.components.empty() && picture.colour.matrix == 5) picture.components = "4:4:4";
     if (facts.extent.state == Extent::cut || facts.variant == "MJ2") return;
-    constexpr uint32_t kLastBoxes[] = {type_of("jp2c"), type_of("xml "), type_of("uuid"), type_of("uinf"),
-                                       type_of("jp2i"), type_of("asoc"), type_of("free"), type_of("mdat")};
+    constexpr uint32_t kLastBoxes[] = {fourcc("jp2c"), fourcc("xml "), fourcc("uuid"), fourcc("uinf"),
+                                       fourcc("jp2i"), fourcc("asoc"), fourcc("free"), fourcc("mdat")};
     const bool is_box = std::ranges::count(kLastBoxes, box.type) > 0 || !has_codestream;
     if (end > size && is_box) {
         facts.cut(end, "the last box's end");

@@ -243,7 +243,7 @@ void read_program(Input &input, Facts &facts) {
     if (size > kHead) {
         tail_start = size - kTail;
         tail = input.present(tail_start, kTail);
-        at = tail.size();
+        at = 0;
         for (uint64_t pack = start_code(tail); pack < tail.size(); pack = start_code(tail, pack + 3)) {
             if (tail[pack + 3] != 0xBA) continue;
             at = walk_packets(tail, pack, program);

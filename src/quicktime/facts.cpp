@@ -330,12 +330,6 @@ void read_timecode_track(Movie &movie, const Track &track) {
 // Names and values that writers leave (user data, iTunes and QuickTime metadata).
 using Metadata = std::map<std::string, std::string>;
 
-std::string key_of(uint32_t type) {
-    std::string key;
-    for (int shift = 24; shift >= 0; shift -= 8) key += static_cast<char>(type >> shift & 0xFF);
-    return key;
-}
-
 void read_items(Bytes meta, Metadata &metadata) {
     const Bytes boxes = bytes_are(meta, 4, "hdlr") ? meta : meta.from(4);
     std::vector<std::string> keys;
@@ -349,7 +343,7 @@ void read_items(Bytes meta, Metadata &metadata) {
         const Bytes data = find_box(item.data, fourcc("data"));
         const bool is_numbered = item.type >= 1 && item.type <= keys.size();
         if (big32(data) > 2) return;  // no text
-        metadata.try_emplace(is_numbered ? keys[item.type - 1] : key_of(item.type),
+        metadata.try_emplace(is_numbered ? keys[item.type - 1] : type_characters(item.type),
                              fixed_text(data, 8, std::min<uint64_t>(data.size(), 1024)));
     });
 }
@@ -358,7 +352,7 @@ void read_user_data(Bytes udta, Metadata &metadata) {
     each_box(udta, [&](const Box &box) {
         if (box.type == fourcc("meta")) read_items(box.data, metadata);
         if (box.type >> 24 == 0xA9)
-            metadata.try_emplace(key_of(box.type), fixed_text(box.data, 4, big16(box.data)));
+            metadata.try_emplace(type_characters(box.type), fixed_text(box.data, 4, big16(box.data)));
     });
 }
 
@@ -538,7 +532,7 @@ std::string format_of(Bytes ftyp) {
         {"mj2", "MJ2"},  {"mjp2", "MJ2"}, {"mif1", ""},    {"msf1", ""},   {"hei", ""},    {"hev", ""},
         {"avif", ""},    {"avis", ""},    {"crx ", "CR3"},
     };
-    const std::string brand = key_of(big32(ftyp));
+    const std::string brand = type_characters(big32(ftyp));
     for (const auto &[begin, name] : kBrands) {
         if (brand.starts_with(begin)) return name;
     }

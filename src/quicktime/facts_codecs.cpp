@@ -72,9 +72,11 @@ void read_vpx(Bytes record, Picture &picture) {
     picture.colour = {code(7), code(8), code(9), record[6] & 1};
 }
 
-// The first sample, as far as its headers reach.
+// The first sample, as far as its headers reach: of many tracks those of the first ones.
 Bytes first_sample(Input &input, const Track &track) {
+    constexpr uint64_t kMostReads = 40;
     const SampleTable table(track.table);
+    if (input.reads() > kMostReads) return {};
     if (table.chunk_count == 0 || table.samples == 0 || track.is_external) return {};
     return input.present(table.chunk(0), std::min<uint64_t>(table.size_of(0), 2048));
 }
@@ -279,14 +281,11 @@ void read_sound_esds(Bytes esds, Sound &sound) {
 }
 
 void read_ac3_box(Bytes data, Sound &sound) {
-    constexpr uint32_t kBitRates[] = {32,  40,  48,  56,  64,  80,  96,  112, 128, 160,
-                                      192, 224, 256, 320, 384, 448, 512, 576, 640};
     BitReader bits(data);
     bits.skip(2 + 5 + 3);
     const uint32_t mode = bits.get(3);
     set_ac3_mode(mode, bits.flag(), sound);
-    const uint32_t code = bits.get(5);
-    if (code < std::size(kBitRates)) sound.bit_rate = int64_t{kBitRates[code]} * 1000;
+    sound.bit_rate = ac3_bit_rate(bits.get(5));
 }
 
 // Of the first independent substream and of its dependent one, which adds channels (ETSI TS 102 366, F.6).

@@ -6,14 +6,9 @@
 #include <vector>
 
 #include "common/bytes.h"
+#include "common/codecs.h"
 #include "common/facts.h"
 #include "common/input.h"
-
-constexpr uint32_t fourcc(const char (&type)[5]) {
-    uint32_t code = 0;
-    for (int i = 0; i < 4; i++) code = code << 8 | static_cast<uint8_t>(type[i]);
-    return code;
-}
 
 struct Box {
     uint32_t type = 0;

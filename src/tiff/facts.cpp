@@ -108,7 +108,8 @@ class Directory {
         end_ = offset + head + size;
     }
 
-    bool is_whole() const { return is_whole_; }
+    // Tags ascend, so that the last one is 0 only where it was never written.
+    bool is_whole() const { return is_whole_ && entries_.u32((count_ - 1) * entry_size()) != 0; }
     uint64_t end() const { return end_; }
     uint64_t next() const { return entries_.number(count_ * entry_size(), big_ ? 8 : 4); }
 
