@@ -80,16 +80,13 @@ void aiff_facts(Input &input, Facts &facts) {
     const uint64_t rest = file.size() - std::min(aiff.start, file.size());
     const uint64_t needed = aiff.block * static_cast<uint64_t>(aiff.sound.samples);
     // What was written to a pipe tells as much as there can be, or nothing.
-    const bool is_streamed = aiff.told >= 0x7F000000 && needed > rest && aiff.told <= 0x7F000100;
-    const bool is_open = aiff.sound.samples == 0 && aiff.start > 0 && aiff.told <= 8 && rest > 0;
-    if ((is_streamed || is_open) && aiff.block > 0)
-        aiff.sound.samples = static_cast<int64_t>(rest / aiff.block);
+    const bool is_streamed = (aiff.told >= 0x7F000000 && needed > rest && aiff.told <= 0x7F000100) ||
+                             (aiff.sound.samples == 0 && aiff.start > 0 && aiff.told <= 8 && rest > 0);
+    if (is_streamed && aiff.block > 0) aiff.sound.samples = static_cast<int64_t>(rest / aiff.block);
     facts.lasts(aiff.sound.samples, aiff.sound.rate);
     facts.sounds.push_back(aiff.sound);
     if (aiff.start == 0 && aiff.sound.samples > 0) {
         facts.cut(file.size(), "no sound");
-    } else if (is_open) {
-        facts.open("no sizes");
     } else if (!is_streamed) {
         const uint64_t end =
             aiff.block > 0 ? aiff.start + needed : aiff.start + aiff.told - std::min<uint64_t>(aiff.told, 8);

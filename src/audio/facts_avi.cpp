@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "audio/facts_riff.h"
+#include "common/codecs.h"
 #include "common/elementary.h"
 #include "common/values.h"
 
@@ -10,67 +11,17 @@ namespace {
 
 constexpr uint32_t kList = 0x4C495354;  // "LIST"
 
-// Codecs by the FourCCs that writers use for them, in capitals.
-struct AviCodec {
-    std::string_view codes;  // of four characters each
-    const char *codec;
-    const char *components = "";
-    uint32_t bits = 0;
-};
-
-constexpr AviCodec kCodecs[] = {
-    {"UYVYHDYC2VUYYUY2YUYVYUNV", "uncompressed", "4:2:2", 8},
-    {"V210", "uncompressed", "4:2:2", 10},
-    {"I420IYUVYV12", "uncompressed", "4:2:0", 8},
-    {"Y800GREY", "uncompressed", "Y", 8},
-    {"R210", "uncompressed", "RGB", 10},
-    {"MJPGAVRNDMB1IJPGLJPGJPEG", "Motion JPEG", "", 8},
-    {"DVSDDV25DVCSDCVCDVPACDVCDVIS", "DV", "", 8},
-    {"DVCPDVC ", "DV", "", 8},
-    {"DV50", "DVCPRO50", "4:2:2", 8},
-    {"DVHDDVH1DV1N", "DVCPRO HD", "4:2:2", 8},
-    {"XVIDDIVXDX50FMP4MP4VM4S2DIV3MP43", "MPEG-4", "4:2:0", 8},
-    {"H264X264AVC1DAVCVSSH", "H.264"},
-    {"HEVCH265HEV1HVC1", "HEVC"},
-    {"MPG2MPEGM2V1MP2VEM2VMMES", "MPEG-2", "", 8},
-    {"MPG1MP1V", "MPEG-1", "4:2:0", 8},
-    {"CFHD", "CineForm"},
-    {"FFV1", "FFV1"},
-    {"HFYUFFVH", "HuffYUV"},
-    {"LAGS", "Lagarith"},
-    {"ULRGULRAULY0ULY2ULY4ULH0ULH2ULH4", "Ut Video", "", 8},
-    {"AVDN", "DNxHD"},
-    {"MJ2CMJP2LJ2K", "JPEG 2000"},
-    {"CVID", "Cinepak"},
-    {"WMV1WMV2WMV3", "WMV", "4:2:0", 8},
-    {"VP80", "VP8", "4:2:0", 8},
-    {"VP90", "VP9"},
-};
-
 void set_codec(uint32_t code, uint32_t depth, Picture &picture) {
-    std::string name;
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        const char c = static_cast<char>(code >> shift & 0xFF);
-        name += c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c;
-    }
-    if (code == 0 || name == "DIB " || name == "RGB " || code == 0x03000000) {
+    if (code == 0 || code == 0x03000000 || type_text(code) == "DIB" || type_text(code) == "RGB") {
         picture.codec = "uncompressed";
         picture.components = depth <= 8 ? "palette" : depth == 32 ? "RGBA" : "RGB";
         picture.bits = depth <= 8 ? depth : depth == 16 ? 5 : 8;
         return;
     }
-    for (const AviCodec &codec : kCodecs) {
-        for (size_t i = 0; i < codec.codes.size(); i += 4) {
-            if (codec.codes.substr(i, 4) != name) continue;
-            picture.codec = codec.codec;
-            picture.components = codec.components;
-            picture.bits = codec.bits;
-            return;
-        }
-    }
-    for (const char c : name) {
-        if (is_printable(static_cast<uint8_t>(c))) picture.codec += c;
-    }
+    const PictureCodec codec = picture_codec(code);
+    picture.codec = codec.codec[0] != 0 ? codec.codec : type_text(code);
+    picture.components = codec.components;
+    picture.bits = codec.bits;
 }
 
 struct Avi {
@@ -79,11 +30,14 @@ struct Avi {
     int64_t frames_of_all_parts = -1;  // of an OpenDML header
     uint64_t last_index = 0;           // where the last standard index ends
     bool has_length = false;
+    bool is_indexed = false;  // by the header's flags
+    uint64_t told_end = 0;    // of the parts, by their own sizes
     bool has_index = false;
     bool is_streamed = false;
     bool has_zeros = false;  // in the place of a chunk
     uint64_t end = 0;        // of its parts
-    Bytes first = {};        // frame's data
+    Bytes first = {};        // chunks of frames
+    Bytes setup = {};        // what the first picture's format has behind its fields
 };
 
 void read_super_index(Bytes indx, Avi &avi) {
@@ -116,6 +70,7 @@ void read_stream(Bytes list, Avi &avi) {
         picture.width = little32(format, 4);
         picture.height = static_cast<uint32_t>(std::abs(int64_t{static_cast<int32_t>(little32(format, 8))}));
         set_codec(big32(format, 16), little16(format, 14), picture);
+        if (avi.facts.pictures.empty()) avi.setup = format.from(40);
         picture.rate = rate;
         if (rate.is_set()) picture.constant_rate = true;
         if (length > 0) picture.frames = length;
@@ -139,6 +94,7 @@ void read_stream(Bytes list, Avi &avi) {
 
 void read_headers(Bytes list, Avi &avi) {
     each_chunk(list, 4, list.size(), false, [&](const Chunk &chunk) {
+        if (chunk.type == 0x61766968) avi.is_indexed = (little32(chunk.data, 12) & 0x10) != 0;  // avih
         if (chunk.type == kList && bytes_are(chunk.data, 0, "strl")) read_stream(chunk.data, avi);
         if (chunk.type == kList && bytes_are(chunk.data, 0, "odml"))
             avi.frames_of_all_parts = little32(chunk.data, 12);
@@ -161,13 +117,25 @@ void read_part(Bytes file, uint64_t at, uint64_t end, Avi &avi) {
             });
         }
         if (!bytes_are(chunk.data, 0, "movi")) return true;
-        if (avi.first.empty()) avi.first = avi.input.present(chunk.start + 12, 4096);
+        if (avi.first.empty()) avi.first = avi.input.present(chunk.start + 4, 8192);
         avi.is_streamed = size == 0 || size == 4 || size >= 0x7F000000;
         return !avi.is_streamed;
     });
     const uint64_t next = avi.end + avi.end % 2;
     if (!avi.is_streamed && next + 8 <= end && file.has(next, 8) && big64(file, next) == 0)
         avi.has_zeros = true;
+}
+
+// The data of the first chunk of a picture ("00dc", "01db"): sound, or an index, may come before it.
+Bytes first_frame(Bytes chunks) {
+    uint64_t at = 0;
+    for (int i = 0; i < 64 && chunks.has(at, 8); i++) {
+        const uint64_t size = little32(chunks, at + 4);
+        if (chunks[at + 2] == 'd' && (chunks[at + 3] == 'c' || chunks[at + 3] == 'b') && size > 0)
+            return chunks.sub(at + 8, size);
+        at += 8 + size + size % 2;
+    }
+    return {};
 }
 
 void judge(Avi &avi) {
@@ -183,6 +151,8 @@ void judge(Avi &avi) {
         avi.facts.cut(end, avi.last_index > size ? "the last index" : "the end of the data");
     } else if (avi.has_index || avi.last_index > 0) {
         avi.facts.whole(end);
+    } else if (avi.is_indexed && avi.told_end > size) {
+        avi.facts.cut(avi.told_end, "the index");
     } else if (avi.facts.pictures.empty() && avi.facts.sounds.empty()) {
         avi.facts.cut(size, "the headers");
     }
@@ -199,6 +169,7 @@ void avi_facts(Input &input, Facts &facts) {
         const uint64_t size = little32(file, at + 4);
         const bool is_open = size == 0 || size >= 0x7FFFF000;
         const uint64_t end = is_open ? file.size() : at + 8 + size;
+        if (!is_open) avi.told_end = end;
         read_part(file, at, end, avi);
         at = end + size % 2;
         if (is_open) break;
@@ -208,7 +179,7 @@ void avi_facts(Input &input, Facts &facts) {
         Picture &picture = facts.pictures.front();
         if (avi.frames_of_all_parts > picture.frames && picture.frames >= 0)
             picture.frames = avi.frames_of_all_parts;
-        stream_picture(avi.first, picture);
+        stream_picture(first_frame(avi.first), picture, avi.setup);
         facts.lasts(picture.frames, picture.rate);
     } else if (!facts.sounds.empty()) {
         facts.lasts(facts.sounds.front().samples, facts.sounds.front().rate);

@@ -99,6 +99,8 @@ uint64_t walk(Stream &stream, Size size_of) {
     }
     if (at > bytes.size()) {
         stream.facts.cut(stream.start + at, "the last frame");
+    } else if (at < bytes.size() && is_unwritten(stream.input, stream.start + at, stream.end)) {
+        stream.facts.cut(stream.end, "the last frames (zeros)");
     } else if (at == bytes.size()) {
         stream.facts.extent.claimed = stream.start + at;
     }

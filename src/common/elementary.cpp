@@ -41,20 +41,6 @@ uint64_t start_code(Bytes stream, uint64_t from) {
     return stream.size();
 }
 
-Bytes nal_unit(Bytes stream, bool (*is_wanted)(uint8_t first)) {
-    for (uint64_t at = start_code(stream); at < stream.size(); at = start_code(stream, at + 3)) {
-        if (is_wanted(stream[at + 3])) return stream.sub(at + 3, start_code(stream, at + 3) - at - 3);
-    }
-    return {};
-}
-
-namespace {
-
-// Luma and chroma samples a pixel column and row, by chroma_format_idc.
-constexpr const char *kChroma[] = {"Y", "4:2:0", "4:2:2", "4:4:4"};
-constexpr uint32_t kLargestSide = 65536;
-
-// A NAL unit without its emulation prevention bytes, as far as a parameter set can reach.
 std::string raw_payload(Bytes nal, uint64_t header) {
     std::string raw;
     int zeros = 0;
@@ -68,6 +54,12 @@ std::string raw_payload(Bytes nal, uint64_t header) {
     }
     return raw;
 }
+
+namespace {
+
+// Luma and chroma samples a pixel column and row, by chroma_format_idc.
+constexpr const char *kChroma[] = {"Y", "4:2:0", "4:2:2", "4:4:4"};
+constexpr uint32_t kLargestSide = 65536;
 
 // Sample aspect ratios of ITU-T H.273, table 5.
 constexpr Ratio kAspects[] = {{0, 0},   {1, 1},    {12, 11}, {10, 11}, {16, 11}, {40, 33},
@@ -103,11 +95,12 @@ void read_usability(BitReader &bits, Picture &picture) {
     }
 }
 
-void read_timing(BitReader &bits, int64_t ticks, Picture &picture) {
-    if (!bits.flag()) return;
+bool read_timing(BitReader &bits, int64_t ticks, Picture &picture) {
+    if (!bits.flag()) return false;
     const int64_t unit = bits.get(32);
     const int64_t scale = bits.get(32);
     if (unit > 0 && scale / ticks / unit <= 1000) picture.rate = rate_of(scale, unit * ticks);
+    return true;
 }
 
 void skip_scaling_list(BitReader &bits, int size) {
@@ -134,7 +127,33 @@ bool set_sizes(Size coded, uint64_t columns, uint64_t lines, Picture &picture) {
     return true;
 }
 
-bool read_h264(BitReader bits, Picture &picture) {
+// Parameters of the reference decoder: bits of delays in a picture timing.
+int read_decoder_parameters(BitReader &bits) {
+    const uint32_t n = bits.ue();
+    bits.skip(8);
+    for (uint32_t i = 0; i <= n && i < 32; i++) {
+        bits.ue();
+        bits.ue();
+        bits.skip(1);
+    }
+    bits.skip(5);
+    const int delays = static_cast<int>(bits.get(5) + bits.get(5) + 2);
+    bits.skip(5);
+    return delays;
+}
+
+// Bits of a picture timing before its structure; -1 where it has none.
+int structure_place(BitReader &bits) {
+    int delays = 0;
+    const bool has_first = bits.flag();
+    if (has_first) delays = read_decoder_parameters(bits);
+    const bool has_second = bits.flag();
+    if (has_second) delays = read_decoder_parameters(bits);
+    if (has_first || has_second) bits.skip(1);
+    return bits.flag() && !bits.is_over() ? delays : -1;
+}
+
+bool read_h264(BitReader bits, Picture &picture, int &place) {
     const uint32_t profile = bits.get(8);
     bits.skip(16);
     bits.ue();
@@ -185,7 +204,8 @@ bool read_h264(BitReader bits, Picture &picture) {
     picture.scan = frames_only ? Scan::progressive : Scan::interlaced;
     if (bits.flag()) {
         read_usability(bits, picture);
-        read_timing(bits, 2, picture);
+        if (read_timing(bits, 2, picture)) bits.skip(1);  // whether the rate is fixed
+        place = structure_place(bits);
     }
     if (picture.components == "4:4:4" && picture.colour.matrix == 0) picture.components = "RGB";
     return true;
@@ -317,17 +337,21 @@ bool read_set(Bytes nal, uint64_t header, Picture &picture, Reader read) {
 
 }  // namespace
 
-bool h264_sequence(Bytes nal, Picture &picture) {
-    return (nal[0] & 0x1F) == 7 && read_set(nal, 1, picture, read_h264);
+bool h264_sequence(Bytes nal, Picture &picture, int *timing) {
+    int place = -1;
+    const auto read = [&](BitReader bits, Picture &found) { return read_h264(bits, found, place); };
+    if ((nal[0] & 0x1F) != 7 || !read_set(nal, 1, picture, read)) return false;
+    if (timing) *timing = place;
+    return true;
 }
 
 bool hevc_sequence(Bytes nal, Picture &picture) {
     return (nal[0] >> 1 & 0x3F) == 33 && read_set(nal, 2, picture, read_hevc);
 }
 
-bool avc_configuration(Bytes record, Picture &picture) {
+bool avc_configuration(Bytes record, Picture &picture, int *timing) {
     if (record[0] != 1 || (record[5] & 0x1F) == 0) return false;
-    return h264_sequence(record.sub(8, big16(record, 6)), picture);
+    return h264_sequence(record.sub(8, big16(record, 6)), picture, timing);
 }
 
 bool hevc_configuration(Bytes record, Picture &picture) {

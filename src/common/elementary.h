@@ -27,30 +27,36 @@ class BitReader {
 
 // The sequence parameter set of H.264 and HEVC, from its NAL unit header on: sizes, bits, chroma, scan, pixel
 // aspect, colours and rate where they are told. False, and nothing is set, for a damaged or a cut one.
-bool h264_sequence(Bytes nal, Picture &picture);
+// `timing` becomes the bits of a picture timing message of H.264 before the picture's structure, or -1.
+bool h264_sequence(Bytes nal, Picture &picture, int *timing = nullptr);
 bool hevc_sequence(Bytes nal, Picture &picture);
 // The first sequence parameter set of a configuration record (avcC, hvcC; ISO 14496-15).
-bool avc_configuration(Bytes record, Picture &picture);
+bool avc_configuration(Bytes record, Picture &picture, int *timing = nullptr);
 bool hevc_configuration(Bytes record, Picture &picture);
 
 // The sequence header of MPEG-1 and MPEG-2 video from its start code on, with the extensions behind it; the
 // first picture's coding extension tells the scan.
 bool mpeg_sequence(Bytes stream, Picture &picture);
 
-// The frame headers of ProRes (from the frame's size on; SMPTE RDD 36), VC-3 and JPEG.
+// The frame headers of ProRes (from the frame's size on; SMPTE RDD 36), VC-3, JPEG and DV (by the codec).
 bool prores_frame(Bytes frame, Picture &picture);
 bool vc3_frame(Bytes frame, Picture &picture);
 bool jpeg_frame(Bytes frame, Picture &picture);
+bool dv_frame(Bytes frame, Picture &picture);
+// Samples a line that DVCPRO HD has of 1280 or 1920 (SMPTE ST 370).
+uint32_t dv_hd_columns(uint32_t height, Ratio rate);
 
 // What a stream itself says of a picture, where its container does not know better.
 void take_stream(const Picture &stream, Picture &picture);
-// The same from the first bytes of the stream, by the picture's codec. False where they say nothing.
-bool stream_picture(Bytes data, Picture &picture);
+// The same from the first bytes of the stream, or from what a container keeps for its decoder (avcC, hvcC,
+// the bytes behind an AVI's format), by the picture's codec. False where they say nothing.
+bool stream_picture(Bytes data, Picture &picture, Bytes setup = {});
 
-// The AudioSpecificConfig (ISO 14496-3), the first frame header of ADTS, of AC-3 and E-AC-3.
+// The AudioSpecificConfig (ISO 14496-3), the first frame header of ADTS, of AC-3 and E-AC-3, of DTS.
 bool aac_configuration(Bytes config, Sound &sound);
 bool adts_frame(Bytes frame, Sound &sound);
 bool ac3_frame(Bytes frame, Sound &sound);
+bool dts_frame(Bytes frame, Sound &sound);
 
 // A frame of MPEG audio (ISO 11172-3, 13818-3, "2.5"); `bytes` is 0 for what is none.
 struct MpegAudioFrame {
@@ -70,7 +76,7 @@ void set_ac3_mode(uint32_t mode, bool lfe, Sound &sound);
 // The layout of a mask of loudspeakers in the order of WAVE: "stereo", "5.1", "L R Ts", ...
 std::string speaker_layout(uint64_t mask);
 
-// First NAL unit of a type in a byte stream (ITU-T H.264, annex B); empty where there is none.
-Bytes nal_unit(Bytes stream, bool (*is_wanted)(uint8_t first));
+// A NAL unit without its header and its emulation prevention bytes, as far as a parameter set can reach.
+std::string raw_payload(Bytes nal, uint64_t header);
 // The offset of the first 00 00 01 with a code behind it, from an offset on; the size where there is none.
 uint64_t start_code(Bytes stream, uint64_t from = 0);

@@ -1,8 +1,11 @@
+#include <algorithm>
+#include <bit>
 #include <iterator>
 #include <string_view>
 
 #include "common/elementary.h"
 #include "common/names.h"
+#include "jpeg2000/facts.h"
 
 // What the stream itself says of the picture, where the container does not know better.
 void take_stream(const Picture &stream, Picture &picture) {
@@ -77,45 +80,309 @@ bool prores_frame(Bytes frame, Picture &picture) {
     return true;
 }
 
-// A parameter set in the samples, each unit behind its length, or in a byte stream.
-static bool avc_sample(Bytes sample, Picture &picture) {
-    const auto is_sequence = [](uint8_t first) { return (first & 0x1F) == 7; };
-    if (big32(sample) <= 1) return h264_sequence(nal_unit(sample, is_sequence), picture);
-    uint64_t at = 0;
-    for (int i = 0; i < 16 && sample.has(at, 5); i++) {
-        const uint64_t size = big32(sample, at);
-        if (is_sequence(sample[at + 4])) return h264_sequence(sample.sub(at + 4, size), picture);
-        at += 4 + size;
+// IEC 61834 and SMPTE 314M: lines and chroma stand in the first block's header, the display's shape in the
+// video auxiliary blocks, which are packs of five bytes.
+bool dv_frame(Bytes frame, Picture &picture) {
+    constexpr uint64_t kBlock = 80;
+    if (frame[0] >> 5 != 0 || !frame.has(0, 6 * kBlock)) return false;
+    const bool is_625 = (frame[3] & 0x80) != 0;
+    picture.bits = 8;
+    if (picture.codec == "DV") picture.components = is_625 && (frame[4] & 7) == 0 ? "4:2:0" : "4:1:1";
+    for (uint64_t i = 0; i < 45 && picture.codec != "DVCPRO HD"; i++) {
+        const uint64_t at = (3 + i / 15) * kBlock + 3 + i % 15 * 5;
+        const int64_t lines = is_625 ? 576 : 480;
+        if (frame[at] != 0x61) continue;
+        const bool is_wide = (frame[at + 2] & 7) == 2 || (frame[at + 2] & 7) == 7;
+        picture.pixel_aspect = Ratio{(is_wide ? 16 : 4) * lines, (is_wide ? 9 : 3) * 720}.reduced();
+        break;
+    }
+    return true;
+}
+
+uint32_t dv_hd_columns(uint32_t height, Ratio rate) {
+    const bool is_60 = rate.d == 1001 || rate.value() > 50.5 || rate.value() == 30;
+    return height <= 720 ? 960 : is_60 ? 1280 : 1440;
+}
+
+namespace {
+
+template <typename Use>
+void each_nal(Bytes sample, unsigned length_bytes, Use use) {
+    const bool is_stream = big32(sample) == 1 || big32(sample) >> 8 == 1;
+    uint64_t at = is_stream ? start_code(sample) : 0;
+    for (int i = 0; i < 64 && sample.has(at, 5); i++) {
+        const uint64_t start = at + (is_stream ? 3 : length_bytes);
+        const uint64_t end = is_stream ? start_code(sample, start) : start + sample.big(at, length_bytes);
+        use(sample.sub(start, end - start));
+        at = end;
+    }
+}
+
+// Which field comes first: the structure in the picture timing of the first picture (ITU-T H.264, D.1.3).
+void read_picture_timing(BitReader message, int skipped, Picture &picture) {
+    message.skip(static_cast<uint64_t>(skipped));
+    constexpr Scan kStructures[] = {Scan::progressive,  Scan::top_first, Scan::bottom_first, Scan::top_first,
+                                    Scan::bottom_first, Scan::top_first, Scan::bottom_first};
+    const uint32_t structure = message.get(4);
+    if (structure < std::size(kStructures)) picture.scan = kStructures[structure];
+}
+
+void read_enhancement(Bytes nal, int skipped, Picture &picture) {
+    const std::string raw = raw_payload(nal, 1);
+    const Bytes messages(raw.data(), raw.size());
+    const auto number = [&](uint64_t &at) {
+        uint64_t value = 0;
+        while (messages[at] == 0xFF) value += messages[at++];
+        return value + messages[at++];
+    };
+    for (uint64_t at = 0; messages.has(at, 3);) {
+        const uint64_t type = number(at);
+        const uint64_t size = number(at);
+        if (type == 1) return read_picture_timing(BitReader(messages.sub(at, size)), skipped, picture);
+        at += size;
+    }
+}
+
+// A parameter set of the configuration record or of the samples.
+bool avc_picture(Bytes data, Bytes setup, Picture &picture) {
+    const bool has_record = setup[0] == 1;
+    const unsigned length_bytes = has_record ? (setup[4] & 3U) + 1 : 4;
+    int skipped = -1;
+    bool is_known = has_record && avc_configuration(setup, picture, &skipped);
+    each_nal(data, length_bytes, [&](Bytes nal) {
+        const int type = nal[0] & 0x1F;
+        if (type == 7 && !is_known) is_known = h264_sequence(nal, picture, &skipped);
+        if (type == 6 && skipped >= 0 && picture.scan == Scan::interlaced)
+            read_enhancement(nal, skipped, picture);
+    });
+    return is_known;
+}
+
+bool hevc_picture(Bytes data, Bytes setup, Picture &picture) {
+    if (setup.size() >= 23) return hevc_configuration(setup, picture);
+    bool is_known = false;
+    each_nal(data, 4, [&](Bytes nal) { is_known = is_known || hevc_sequence(nal, picture); });
+    return is_known;
+}
+
+// A sequence header of MPEG video, which may come later than the first bytes.
+bool mpeg_picture(Bytes data, Bytes, Picture &picture) {
+    uint64_t at = start_code(data);
+    for (int i = 0; i < 1000 && at < data.size() && data[at + 3] != 0xB3; i++) at = start_code(data, at + 4);
+    return mpeg_sequence(data.from(at), picture);
+}
+
+// The video object layer (ISO 14496-2, 6.2.3) of the decoder's configuration or of the stream.
+bool mpeg4_picture(Bytes data, Bytes setup, Picture &picture) {
+    if (!setup.empty()) data = setup;
+    uint64_t at = start_code(data);
+    while (at < data.size() && (data[at + 3] & 0xF0) != 0x20) at = start_code(data, at + 3);
+    BitReader bits(data.from(at + 4));
+    bits.skip(9);
+    const uint32_t version = bits.flag() ? bits.get(7) >> 3 : 1;
+    constexpr Ratio kAspects[] = {{0, 0}, {1, 1}, {12, 11}, {10, 11}, {16, 11}, {40, 33}};
+    const uint32_t aspect = bits.get(4);
+    if (aspect < std::size(kAspects)) picture.pixel_aspect = kAspects[aspect];
+    if (aspect == 15) {
+        const int64_t n = bits.get(8);
+        picture.pixel_aspect = Ratio{n, bits.get(8)}.reduced();
+    }
+    if (bits.flag()) {
+        bits.skip(3);
+        if (bits.flag()) bits.skip(79);
+    }
+    const uint32_t shape = bits.get(2);
+    if (shape == 3 && version != 1) bits.skip(4);
+    bits.skip(1);
+    const uint32_t resolution = bits.get(16);
+    bits.skip(1);
+    if (bits.flag())
+        picture.rate =
+            rate_of(resolution, int64_t{bits.get(static_cast<unsigned>(std::bit_width(resolution - 1)))});
+    if (shape != 0 || resolution == 0) return false;
+    bits.skip(1);
+    picture.width = bits.get(13);
+    bits.skip(1);
+    picture.height = bits.get(13);
+    bits.skip(1);
+    picture.scan = bits.flag() ? Scan::interlaced : Scan::progressive;
+    picture.bits = 8;
+    picture.components = "4:2:0";
+    return !bits.is_over() && picture.width > 0 && picture.height > 0;
+}
+
+// The markers of SMPTE ST 2042's kin that CineForm begins with: numbers of a tag and a value.
+bool cineform_picture(Bytes data, Bytes, Picture &picture) {
+    constexpr const char *kFormats[] = {"", "4:2:2", "Bayer", "RGB", "RGBA"};
+    for (uint64_t at = 0; at < 512 && data.has(at, 4); at += 4) {
+        const uint16_t value = big16(data, at + 2);
+        if (big16(data, at) == 84) picture.components = name_at(kFormats, value);
+        if (big16(data, at) == 70 && value <= 16) picture.bits = value;
+    }
+    return picture.bits != 0;
+}
+
+// What an encoder of HuffYUV leaves behind its format: bits a pixel, or those of a component and its shifts.
+bool huffyuv_picture(Bytes, Bytes setup, Picture &picture) {
+    if (setup.size() < 4) return false;
+    constexpr CodeName kOfAPixel[] = {{12, "4:2:0"}, {16, "4:2:2"}, {24, "RGB"}, {32, "RGBA"}};
+    constexpr CodeName kByShifts[] = {{0, "4:4:4"}, {1, "4:2:2"}, {5, "4:2:0"}, {2, "4:1:1"}, {4, "4:4:0"}};
+    const bool is_old = setup[3] == 0;
+    const uint8_t flags = setup[2];
+    picture.bits = is_old ? 8 : (setup[1] >> 4) + 1U;
+    picture.components = is_old             ? name_of(kOfAPixel, setup[1])
+                         : (flags & 3) == 0 ? "Y"
+                         : (flags & 1) == 0 ? "RGB"
+                                            : name_of(kByShifts, setup[1] & 15U);
+    if (!is_old && (flags & 4) != 0) picture.components += picture.components == "RGB" ? "A" : ":4";
+    picture.scan = (flags & 0x30) == 0x20 ? Scan::progressive : Scan::unknown;
+    return !picture.components.empty();
+}
+
+// The range coder of FFV1 (RFC 9043, 3.8.1) with its default transitions.
+class RangeReader {
+ public:
+    explicit RangeReader(Bytes bytes) : bytes_(bytes), low_(big16(bytes)) {
+        constexpr int64_t kOne = int64_t{1} << 32;
+        constexpr int kMost = 248;
+        const auto step = [](int64_t p) { return p + (((kOne - p) * (kOne / 20) + kOne / 2) >> 32); };
+        const auto place = [](int64_t p) { return static_cast<int>((256 * p + kOne / 2) >> 32); };
+        int last = 0;
+        for (int64_t p = kOne / 2; last < 256; p = step(p)) {
+            const int next = std::max(place(p), last + 1);
+            if (last > 0 && next <= kMost) one_[last] = static_cast<uint8_t>(next);
+            if (next > kMost) break;
+            last = next;
+        }
+        for (int i = 256 - kMost; i <= kMost; i++) {
+            if (one_[i] == 0)
+                one_[i] = static_cast<uint8_t>(std::clamp(place(step((i * kOne + 128) >> 8)), i + 1, kMost));
+        }
+    }
+    bool bit(uint8_t &state) {
+        const uint32_t part = range_ * state >> 8;
+        range_ -= part;
+        const bool is_one = low_ >= range_;
+        if (is_one) {
+            low_ -= range_;
+            range_ = part;
+            state = one_[state];
+        } else {
+            state = static_cast<uint8_t>(256 - one_[256 - state]);
+        }
+        if (range_ < 0x100) {
+            range_ <<= 8;
+            low_ = low_ << 8 | bytes_[at_++];
+        }
+        return is_one;
+    }
+    uint32_t number(uint8_t (&states)[32], bool is_signed = false) {
+        if (bit(states[0])) return 0;
+        int length = 0;
+        while (length < 24 && bit(states[1 + std::min(length, 9)])) length++;
+        uint32_t value = 1;
+        for (int i = length - 1; i >= 0; i--) value = value << 1 | (bit(states[22 + std::min(i, 9)]) ? 1 : 0);
+        if (is_signed) bit(states[11 + std::min(length, 10)]);
+        return value;
+    }
+
+ private:
+    Bytes bytes_;
+    uint64_t at_ = 2;
+    uint32_t range_ = 0xFF00;
+    uint32_t low_;
+    uint8_t one_[257] = {};
+};
+
+// Parameters of FFV1 (RFC 9043, 4.2): in a record of their own, or in the first frame of versions 0 and 1.
+bool ffv1_picture(Bytes data, Bytes setup, Picture &picture) {
+    RangeReader reader(setup.empty() ? data : setup);
+    uint8_t states[32];
+    std::ranges::fill(states, uint8_t{128});
+    uint8_t key = 128;
+    if (setup.empty() && !reader.bit(key)) return false;
+    const uint32_t version = reader.number(states);
+    if (version > 4 || (version < 2) != setup.empty()) return false;
+    if (version >= 3) reader.number(states);
+    if (reader.number(states) > 1) {
+        for (int i = 1; i < 256; i++) reader.number(states, true);
+    }
+    const bool is_rgb = reader.number(states) == 1;
+    const uint32_t bits = version > 0 ? reader.number(states) : 8;
+    const bool has_chroma = reader.bit(states[0]);
+    const uint32_t across = reader.number(states);
+    const uint32_t down = reader.number(states);
+    const bool alpha = reader.bit(states[0]);
+    constexpr CodeName kByShifts[] = {{0x00, "4:4:4"}, {0x10, "4:2:2"}, {0x11, "4:2:0"},
+                                      {0x20, "4:1:1"}, {0x22, "4:1:0"}, {0x01, "4:4:0"}};
+    picture.bits = bits == 0 ? 8 : bits;
+    picture.components = is_rgb        ? (alpha ? "RGBA" : "RGB")
+                         : !has_chroma ? (alpha ? "YA" : "Y")
+                                       : name_of(kByShifts, across << 4 | down);
+    if (!is_rgb && has_chroma && alpha) picture.components += ":4";
+    return picture.bits <= 16 && across < 8 && down < 8;
+}
+
+bool png_picture(Bytes data, Bytes, Picture &picture) {
+    constexpr const char *kComponents[] = {"Y", "", "RGB", "palette", "YA", "", "RGBA"};
+    if (!bytes_are(data, 12, "IHDR")) return false;
+    picture.bits = data[24];
+    picture.components = name_at(kComponents, data[25]);
+    return true;
+}
+
+// A codestream, in boxes or without.
+bool jpeg2000_picture(Bytes data, Bytes, Picture &picture) {
+    for (uint64_t at = 0; at < 512 && data.has(at, 4); at++) {
+        if (bytes_are(data, at, "\xFF\x4F\xFF\x51")) return codestream_picture(data.from(at), picture);
     }
     return false;
 }
 
-bool stream_picture(Bytes data, Picture &picture) {
-    Picture stream;
-    const std::string_view codec = picture.codec;
-    bool is_known = false;
-    if (codec == "H.264" || codec.starts_with("AVC-Intra")) {
-        is_known = avc_sample(data, stream);
-    } else if (codec == "HEVC") {
-        is_known =
-            hevc_sequence(nal_unit(data, [](uint8_t first) { return (first >> 1 & 0x3F) == 33; }), stream);
-    } else if (codec.starts_with("ProRes 4")) {
-        is_known = prores_frame(data, stream);
-    } else if (codec == "Motion JPEG") {
-        is_known = jpeg_frame(data, stream);
-    } else if (codec.starts_with("DNx")) {
-        is_known = vc3_frame(data, stream);
-        if (is_known) picture.codec = stream.codec;
-    } else if (codec != "MPEG-4" && codec != "uncompressed") {
-        // A sequence header of MPEG video, which may come later than the first bytes.
-        uint64_t at = start_code(data);
-        for (int i = 0; i < 1000 && at < data.size() && data[at + 3] != 0xB3; i++)
-            at = start_code(data, at + 4);
-        is_known = mpeg_sequence(data.from(at), stream);
+template <bool (*read)(Bytes, Picture &)>
+bool frame_alone(Bytes data, Bytes, Picture &picture) {
+    return read(data, picture);
+}
+
+// Readers by what a codec's name begins with. Some tell more of the codec than its container does.
+struct StreamReader {
+    std::string_view codec;
+    bool (*read)(Bytes data, Bytes setup, Picture &picture);
+    bool names = false;
+};
+
+constexpr StreamReader kReaders[] = {
+    {"H.264", avc_picture},
+    {"AVC-Intra", avc_picture},
+    {"HEVC", hevc_picture},
+    {"ProRes", frame_alone<prores_frame>},
+    {"Motion JPEG", frame_alone<jpeg_frame>},
+    {"DNx", frame_alone<vc3_frame>, true},
+    {"DV", frame_alone<dv_frame>},
+    {"JPEG 2000", jpeg2000_picture, true},
+    {"PNG", png_picture},
+    {"CineForm", cineform_picture},
+    {"FFV1", ffv1_picture},
+    {"HuffYUV", huffyuv_picture},
+    {"MPEG-4", mpeg4_picture},
+    {"MPEG-", mpeg_picture, true},
+    {"IMX", mpeg_picture},
+    {"XDCAM", mpeg_picture},
+    {"HDV", mpeg_picture},
+};
+
+}  // namespace
+
+bool stream_picture(Bytes data, Picture &picture, Bytes setup) {
+    for (const StreamReader &reader : kReaders) {
+        if (!std::string_view(picture.codec).starts_with(reader.codec)) continue;
+        Picture stream;
+        stream.codec = picture.codec;
+        if (!reader.read(data, setup, stream)) return false;
+        take_stream(stream, picture);
+        if (!picture.rate.is_set()) picture.rate = stream.rate;
+        if (reader.names) picture.codec = stream.codec;
+        return true;
     }
-    if (!is_known) return false;
-    take_stream(stream, picture);
-    if (!picture.rate.is_set()) picture.rate = stream.rate;
-    if (codec == "MPEG-1" || codec == "MPEG-2") picture.codec = stream.codec;
-    return true;
+    return false;
 }

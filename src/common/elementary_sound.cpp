@@ -199,6 +199,28 @@ bool ac3_frame(Bytes frame, Sound &sound) {
     return true;
 }
 
+// ETSI TS 102 114, 5.3.1: the core.
+bool dts_frame(Bytes frame, Sound &sound) {
+    constexpr uint32_t kRates[] = {0,     8000, 16000, 32000, 0,     0,     11025, 22050,
+                                   44100, 0,    0,     12000, 24000, 48000, 0,     0};
+    constexpr uint32_t kChannels[] = {1, 2, 2, 2, 2, 3, 3, 4, 4, 5, 6, 6, 6, 7, 8, 8};
+    constexpr const char *kLayouts[] = {"mono", "dual mono", "stereo", "stereo", "stereo",
+                                        "3.0",  "2/1",       "4.0",    "quad",   "5.0"};
+    BitReader bits(frame);
+    if (bits.get(32) != 0x7FFE8001) return false;
+    bits.skip(1 + 5 + 1 + 7 + 14);
+    const uint32_t mode = bits.get(6);
+    const uint32_t rate = kRates[bits.get(4)];
+    bits.skip(5 + 10);
+    const bool lfe = bits.get(2) % 3 != 0;
+    if (mode >= std::size(kChannels) || rate == 0 || bits.is_over()) return false;
+    sound.channels = kChannels[mode] + (lfe ? 1 : 0);
+    sound.layout = mode >= std::size(kLayouts) ? "" : mode == 9 && lfe ? "5.1" : kLayouts[mode];
+    if (lfe && mode < 9) sound.layout += " + LFE";
+    sound.rate = {rate, 1};
+    return true;
+}
+
 MpegAudioFrame mpeg_audio_frame(Bytes frame) {
     // In kbit/s by version (1; 2 and 2.5) and layer (ISO 11172-3, 2.4.2.3; 13818-3, 2.4.2.3).
     constexpr uint16_t kBitRates[2][3][15] = {

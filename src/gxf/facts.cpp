@@ -171,24 +171,15 @@ void Reader::read_map(Bytes payload) {
     }
 }
 
-// What DV says of itself: lines and rate of the system, and 4:1:1 or 4:2:0 at 25 Mbit/s (IEC 61834, SMPTE
-// 314M: the application of tracks).
-void read_dv(Bytes frame, Picture &picture) {
-    if (frame[0] >> 5 != 0 || !frame.has(0, 80) || picture.codec != "DV") return;
-    const bool is_625 = (frame[3] & 0x80) != 0;
-    picture.components = is_625 && (frame[4] & 7) == 0 ? "4:2:0" : "4:1:1";
-}
-
 // Sizes by the system where the pictures themselves do not tell.
 void set_sizes(const Track &track, Picture &picture) {
     const bool is_hd = track.lines == 4 || track.lines == 6;
-    const bool is_dv_hd = picture.codec == "DVCPRO HD";
-    const bool is_60 = track.rate.d == 1001 || track.rate.value() > 50.5 || track.rate.value() == 30;
     picture.height = track.lines == 4 ? 1080 : track.lines == 6 ? 720 : track.lines == 2 ? 576 : 480;
     picture.width = !is_hd ? 720 : track.lines == 6 ? 1280 : 1920;
-    if (is_dv_hd) {
-        picture.width = track.lines == 6 ? 960 : is_60 ? 1280 : 1440;
-        picture.pixel_aspect = is_60 && track.lines == 4 ? Ratio{3, 2} : Ratio{4, 3};
+    if (picture.codec == "DVCPRO HD") {
+        const int64_t full = picture.width;
+        picture.width = dv_hd_columns(picture.height, track.rate);
+        picture.pixel_aspect = Ratio{full, picture.width}.reduced();
     }
 }
 
@@ -232,7 +223,7 @@ void Reader::read_media(const Packet &packet) {
         if (told.is_set()) picture.rate = told;
         picture.constant_rate = true;
     } else {
-        read_dv(data, picture);
+        dv_frame(data, picture);
     }
 }
 

@@ -134,11 +134,12 @@ inline bool is_movie(const File &in) {
     return size != 0 && size < 8 && size != 1 ? false : std::ranges::any_of(kFirstAtoms, is_first);
 }
 
-// MXF may begin with up to 64 KiB of something else (SMPTE ST 377-1, run-in), of which the head is searched.
+// MXF may begin with up to 64 KiB of something else (SMPTE ST 377-1, run-in).
 inline bool has_run_in(const File &in) {
     constexpr std::string_view kPartition = "\x06\x0E\x2B\x34\x02\x05\x01\x01\x0D\x01\x02"sv;
-    const auto head = in.head.span(0, kDetectionSize);
-    return !std::ranges::search(head, kPartition, {}, {}, [](char c) {
+    constexpr uint64_t kRunIn = 65536;
+    const Bytes bytes = in.input.present(0, kRunIn + kPartition.size());
+    return !std::ranges::search(bytes.span(0, bytes.size()), kPartition, {}, {}, [](char c) {
                 return static_cast<uint8_t>(c);
             }).empty();
 }

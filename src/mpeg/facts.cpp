@@ -57,6 +57,12 @@ bool find_sound(Bytes head, Reader read) {
     return false;
 }
 
+// LATM in LOAS (ISO 14496-3, 1.7): the configuration of one program, whose fields are whole bytes behind the
+// sync word.
+bool loas_frame(Bytes b, Sound &sound) {
+    return big16(b) >> 5 == 0x2B7 && (b[3] & 0xC0) == 0 && aac_configuration(b.sub(5, 64), sound);
+}
+
 bool read_mpeg_sound(Bytes b, Sound &sound) {
     const MpegAudioFrame frame = mpeg_audio_frame(b);
     if (frame.bytes == 0 || (b.has(frame.bytes, 4) && mpeg_audio_frame(b.from(frame.bytes)).bytes == 0))
@@ -102,12 +108,7 @@ void tell_stream(Stream &stream, Facts &facts) {
         Picture picture;
         picture.codec = stream.codec;
         picture.language = stream.language;
-        if (stream.codec == "MPEG-4") {
-            picture.bits = 8;
-            picture.components = "4:2:0";
-        }
-        Picture sized = picture;
-        if (stream_picture(head, sized)) picture = sized;
+        stream_picture(head, picture);
         if (!stream.rate.is_set()) stream.rate = picture.rate;
         facts.pictures.push_back(picture);
         return;
@@ -120,7 +121,9 @@ void tell_stream(Stream &stream, Facts &facts) {
     } else if (stream.codec.ends_with("AC-3")) {
         find_sound(head, [&](Bytes b) { return ac3_frame(b, sound); });
     } else if (stream.codec == "AAC") {
-        find_sound(head, [&](Bytes b) { return adts_frame(b, sound); });
+        find_sound(head, [&](Bytes b) { return adts_frame(b, sound) || loas_frame(b, sound); });
+    } else if (stream.codec == "DTS") {
+        find_sound(head, [&](Bytes b) { return dts_frame(b, sound); });
     } else if (stream.codec == "PCM") {
         if (stream.kind == Stream::dvd) read_dvd_pcm(head, sound);
         if (stream.kind == Stream::hdmv) read_hdmv_pcm(head, sound);
@@ -129,19 +132,23 @@ void tell_stream(Stream &stream, Facts &facts) {
     facts.sounds.push_back(sound);
 }
 
-// By the pictures' clock, with the last one's own time; else by the sound's.
+// By the pictures' clock, with the last one's own time; else by the sound's, or that of the program.
 void tell_duration(const std::vector<Stream *> &streams, Facts &facts) {
-    const Stream *longest = nullptr;
+    const auto rank = [](const Stream &stream) {
+        return stream.is_picture ? 2 : stream.codec.empty() ? 0 : 1;
+    };
+    const Stream *best = nullptr;
     for (const Stream *stream : streams) {
         if (stream->first < 0 || stream->last <= stream->first) continue;
-        if (!longest || (stream->is_picture && !longest->is_picture)) longest = stream;
+        if (!best || rank(*stream) > rank(*best)) best = stream;
     }
-    if (!longest) return;
-    facts.duration = Ratio{longest->last - longest->first, 90000}.reduced();
-    const Ratio rate = longest->rate;
-    if (!rate.is_set()) return;
-    const double frames = static_cast<double>(longest->last - longest->first) / 90000 * rate.value() + 1;
-    if (std::abs(frames - std::round(frames)) < 0.02) facts.lasts(std::llround(frames), rate);
+    if (!best) return;
+    const int64_t ticks = best->last - best->first;
+    facts.duration = Ratio{ticks, 90000}.reduced();
+    const double frames = static_cast<double>(ticks) / 90000 * best->rate.value() + 1;
+    if (!best->rate.is_set() || std::abs(frames - std::round(frames)) >= 0.02) return;
+    facts.lasts(std::llround(frames), best->rate);
+    if (!facts.pictures.empty()) facts.pictures[0].frames = std::llround(frames);
 }
 
 namespace {
@@ -199,7 +206,12 @@ void add_packet(Bytes pes, uint8_t id, Program &program) {
 
 // Goes from packet to packet; where it comes to, the end of the bytes or what is no packet.
 uint64_t walk_packets(Bytes bytes, uint64_t at, Program &program) {
-    for (int i = 0; i < 100000 && bytes.has(at, 4) && big32(bytes, at) >> 8 == 1; i++) {
+    constexpr uint64_t kMostStuffing = 64;  // zeros that fill up a sector of a disc
+    for (int i = 0; i < 100000 && bytes.has(at, 4); i++) {
+        const Bytes stuffing = bytes.sub(at, kMostStuffing);
+        const uint64_t next = start_code(stuffing);
+        if (big32(stuffing) == 0 && next < stuffing.size()) at += next;
+        if (big32(bytes, at) >> 8 != 1) break;
         const uint8_t id = bytes[at + 3];
         if (id == 0xB9) {
             program.is_ended = true;

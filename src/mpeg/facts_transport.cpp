@@ -2,6 +2,7 @@
 #include <map>
 #include <set>
 
+#include "common/elementary.h"
 #include "common/names.h"
 #include "mpeg/facts.h"
 #include "mpeg/facts_streams.h"
@@ -41,6 +42,7 @@ struct Transport {
     std::map<uint32_t, Stream> streams = {};
     std::vector<uint32_t> order = {};
     std::map<uint32_t, std::string> sections = {};
+    Stream clock = {};  // program clock references
     bool with_new = true;
 };
 
@@ -96,7 +98,8 @@ void read_program_map(Bytes section, Transport &transport) {
         }
         describe(section.sub(at + 5, length), type, stream);
         at += 5 + length;
-        if (stream.codec.empty() || !transport.streams.emplace(id, stream).second) continue;
+        const bool is_private = type == 6 || type >= 0x80;
+        if ((stream.codec.empty() && !is_private) || !transport.streams.emplace(id, stream).second) continue;
         transport.order.push_back(id);
     }
 }
@@ -118,10 +121,23 @@ void add_section(uint32_t id, Bytes payload, bool begins, Transport &transport) 
     kept.clear();
 }
 
+// Private data that no descriptor names, by the id of their packets and what these begin with.
+void identify(Bytes pes, Bytes data, Stream &stream) {
+    const uint64_t at = start_code(data);
+    if (pes[3] >> 5 == 6 && big16(data) >> 5 == 0x2B7) stream.codec = "AAC";  // LATM
+    if (pes[3] >> 5 == 6 && big16(data) >> 5 == 0x7FF) stream.codec = (data[1] & 6) == 0 ? "AAC" : "MP2";
+    if (pes[3] >> 4 != 0xE) return;
+    stream.is_picture = true;
+    if (data[at + 3] == 0xB3) stream.codec = "MPEG-2";
+    if (data[at + 3] == 0xB0 || data[at + 3] >> 5 == 1) stream.codec = "MPEG-4";
+}
+
 void add_packet(Bytes packet, Transport &transport) {
     const uint32_t id = big16(packet, 1) & 0x1FFFU;
     const bool begins = (packet[1] & 0x40) != 0;
     const uint64_t start = (packet[3] & 0x20) != 0 ? 5 + uint64_t{packet[4]} : 4;
+    if ((packet[3] & 0x20) != 0 && packet[4] >= 7 && (packet[5] & 0x10) != 0)
+        transport.clock.add_time(static_cast<int64_t>(packet.big(6, 5) >> 7));
     if ((packet[3] & 0x10) == 0 || start >= 188 || (packet[3] & 0xC0) != 0) return;
     const Bytes payload = packet.from(start);
     if (transport.with_new && (id == 0 || transport.programs.contains(id)))
@@ -131,6 +147,7 @@ void add_packet(Bytes packet, Transport &transport) {
     Stream &stream = found->second;
     const bool is_first = begins && big32(payload) >> 8 == 1;
     const PesHeader header = is_first ? pes_header(payload) : PesHeader{};
+    if (is_first && stream.codec.empty()) identify(payload, payload.from(header.payload), stream);
     stream.add_time(header.time);
     if (transport.with_new && (is_first || !stream.head.empty()))
         stream.add_payload(payload.from(header.payload));
@@ -199,10 +216,11 @@ void transport_facts(Input &input, Facts &facts) {
     std::vector<Stream *> streams;
     for (const uint32_t id : transport.order) {
         Stream &stream = transport.streams[id];
-        if (stream.head.empty() && transport.programs.size() > 1) continue;
+        if (stream.codec.empty() || (stream.head.empty() && transport.programs.size() > 1)) continue;
         tell_stream(stream, facts);
         streams.push_back(&stream);
     }
+    streams.push_back(&transport.clock);
     tell_duration(streams, facts);
     if (transport.programs.size() > 1) facts.add_more("programs", std::to_string(transport.programs.size()));
     if (facts.pictures.empty() && facts.sounds.empty()) facts.problem = "no program map";

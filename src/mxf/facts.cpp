@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "jpeg2000/facts.h"
+#include "common/elementary.h"
 #include "mxf/facts_descriptors.h"
 #include "mxf/facts_metadata.h"
 #include "mxf/facts_partitions.h"
@@ -139,6 +139,21 @@ std::string writer_of(const MetadataSet &identification) {
                   std::to_string(big16(numbers, 4));
     }
     return version.empty() ? writer : writer + " " + version;
+}
+
+// Adds what only the stream tells.
+void complete(Picture &picture, const Picture &stream) {
+    picture.codec = stream.codec;
+    if (picture.width == 0) {
+        picture.width = stream.width;
+        picture.height = stream.height;
+    }
+    if (picture.bits == 0) picture.bits = stream.bits;
+    if (picture.components.empty()) picture.components = stream.components;
+    const bool is_open = picture.scan == Scan::unknown || picture.scan == Scan::interlaced;
+    if (is_open && stream.scan != Scan::unknown) picture.scan = stream.scan;
+    if (!picture.pixel_aspect.is_set()) picture.pixel_aspect = stream.pixel_aspect;
+    if (picture.colour.primaries < 0 && picture.colour.transfer < 0) picture.colour = stream.colour;
 }
 
 // What index table segments tell of the edit units of their essence.
@@ -401,21 +416,34 @@ void Reader::read_origin() {
         facts_.date = timestamp(Metadata::item(*prefaces[0], 0x3B02));
 }
 
-// Descriptors of JPEG 2000 may leave open how it is coded: then the first frame's header tells.
+// What a stream without a known label begins with.
+std::string codec_of(Bytes frame) {
+    if (bytes_are(frame, 0, "\xFF\x10\xFF\x50")) return "JPEG XS";
+    const uint64_t at = start_code(frame);
+    if (at > 1 || !frame.has(at, 5)) return "";
+    const uint8_t unit = frame[at + 3];
+    if (unit == 0x40 || unit == 0x46) return "HEVC";
+    return (unit & 0x1F) == 7 || unit == 9 ? "H.264" : unit == 0xB3 ? "MPEG-2" : "";
+}
+
+// Descriptors may leave open how a picture is coded, and which field is first: then its first frame tells.
 void Reader::read_first_picture() {
-    constexpr uint64_t kCodestreamHeader = 4096;
-    if (facts_.pictures.empty() || facts_.pictures[0].codec != "JPEG 2000") return;
+    constexpr uint64_t kHeaders = 4096;
+    constexpr uint8_t kPictures[] = {0x05, 0x15, 0x18};  // items of content packages, generic, with sound
+    if (facts_.pictures.empty()) return;
+    Picture &picture = facts_.pictures[0];
     uint64_t place = partitions_.header->essence;
     for (int i = 0; i < 16; i++) {
         const Bytes item = input_.present(place, 32, 512);
         const KlvPlace klv = klv_at(item, 0);
         if (!klv.is_set || klv.end() > input_.size() - place) return;
-        if (begins_as(item.from(4), "\1\2\1"sv) && begins_as(item.from(8), "\xD\1\3\1\x15"sv)) {
-            const Bytes frame = input_.present(place + klv.value, std::min(klv.length, kCodestreamHeader));
-            // Some writers wrap all of a JP2 file.
-            uint64_t start = 0;
-            while (frame.has(start, 4) && !bytes_are(frame, start, "\xFF\x4F\xFF\x51")) start++;
-            codestream_picture(frame.from(start), facts_.pictures[0]);
+        const bool is_essence = begins_as(item.from(4), "\1\2\1"sv) && begins_as(item.from(8), "\xD\1\3\1"sv);
+        if (is_essence && std::ranges::count(kPictures, item[12]) > 0) {
+            const Bytes frame = input_.present(place + klv.value, std::min(klv.length, kHeaders));
+            if (picture.codec.empty()) picture.codec = codec_of(frame);
+            Picture stream;
+            stream.codec = picture.codec;
+            if (stream_picture(frame, stream)) complete(picture, stream);
             return;
         }
         place += klv.end();

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "common/elementary.h"
 #include "common/names.h"
 #include "common/utf16.h"
 
@@ -301,7 +302,13 @@ Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
         picture.codec = label_name(kPictureCodings, Metadata::item(d, kContainerFormat));
     if (picture.codec.empty()) picture.codec = name_of(kKinds, static_cast<uint32_t>(d.kind));
     picture.scan = scan_of(d);
+    picture.rate = Metadata::ratio(d, kSampleRate);
+    if (picture.rate.value() > 1000) picture.rate = {};
     read_sizes(d, picture);
+    if (picture.codec == "DVCPRO HD") {
+        picture.width = dv_hd_columns(picture.height, picture.rate);
+        picture.coded_width = picture.coded_height = 0;
+    }
     read_aspect(d, picture);
     picture.colour.transfer = colour_code(kTransfers, Metadata::item(d, kTransfer), "\4\1\1\1\1"sv);
     picture.colour.matrix = colour_code(kEquations, Metadata::item(d, kCodingEquations), "\4\1\1\1\2"sv);
@@ -318,8 +325,6 @@ Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
     for (const MetadataSet *sub : sub_descriptors(metadata, d)) {
         if (sub->kind == SetKind::jpeg2000) read_jpeg2000(metadata, *sub, picture);
     }
-    picture.rate = Metadata::ratio(d, kSampleRate);
-    if (picture.rate.value() > 1000) picture.rate = {};
     return picture;
 }
 

@@ -549,6 +549,9 @@ bool is_unwritten(Input &input, const Track &track, uint64_t end, uint64_t size)
     if (track.raw || !is_media || size < 16 || end < size || end > input.size()) return false;
     const uint64_t n = std::min(size, kMost);
     const Bytes tail = input.present(end - n, n);
+    // MPEG video may be filled up with zeros.
+    const Bytes head = track.stuffed ? input.present(end - size, 16) : Bytes{};
+    if ((big64(head) | big64(head, 8)) != 0) return false;
     const uint64_t needed = track.dense ? std::min<uint64_t>(n, 4096) : n;
     for (const uint8_t byte : tail.span(n - needed, needed)) {
         if (byte != 0) return false;

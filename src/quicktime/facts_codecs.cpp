@@ -3,127 +3,13 @@
 #include <iterator>
 #include <string_view>
 
+#include "common/codecs.h"
 #include "common/elementary.h"
 #include "common/names.h"
 #include "common/values.h"
 #include "quicktime/facts_movie.h"
 
 namespace {
-
-// What a sample entry's type alone says. Kind: how zeros in its data are judged, and what tells more.
-enum class Kind : uint8_t { coded, dense, raw, avc, hevc, mpeg4, mpeg2, prores, vc3, jpeg, vpx, av1 };
-
-struct PictureCodec {
-    std::string_view types;  // of four characters each
-    const char *codec;
-    const char *components;
-    uint32_t bits;
-    Kind kind = Kind::coded;
-};
-
-// clang-format off
-constexpr PictureCodec kPictureCodecs[] = {
-    {"apch", "ProRes 422 HQ", "4:2:2", 10, Kind::prores},
-    {"apcn", "ProRes 422", "4:2:2", 10, Kind::prores},
-    {"apcs", "ProRes 422 LT", "4:2:2", 10, Kind::prores},
-    {"apco", "ProRes 422 Proxy", "4:2:2", 10, Kind::prores},
-    {"ap4h", "ProRes 4444", "4:4:4", 12, Kind::prores},
-    {"ap4x", "ProRes 4444 XQ", "4:4:4", 12, Kind::prores},
-    {"aprn", "ProRes RAW", "Bayer", 0},
-    {"aprh", "ProRes RAW HQ", "Bayer", 0},
-    {"avc1avc2avc3avc4dva1dvav", "H.264", "", 0, Kind::avc},
-    {"hvc1hev1dvh1dvhe", "HEVC", "", 0, Kind::hevc},
-    {"av01", "AV1", "", 0, Kind::av1},
-    {"vp08", "VP8", "4:2:0", 8, Kind::dense},
-    {"vp09", "VP9", "", 0, Kind::vpx},
-    {"vvc1", "VVC", "", 0, Kind::dense},
-    {"mp4v", "MPEG-4", "4:2:0", 8, Kind::mpeg4},
-    {"s263h263", "H.263", "4:2:0", 8},
-    {"SVQ1", "Sorenson Video", "", 0},
-    {"SVQ3", "Sorenson Video 3", "4:2:0", 8},
-    {"cvid", "Cinepak", "", 0},
-    {"CFHD", "CineForm", "", 0},
-    {"AVdn", "DNxHD", "4:2:2", 8, Kind::vc3},
-    {"AVdh", "DNxHR", "4:2:2", 0, Kind::vc3},
-    {"Hap1", "Hap", "RGB", 8},
-    {"Hap5", "Hap Alpha", "RGBA", 8},
-    {"HapY", "Hap Q", "YCoCg", 8},
-    {"HapM", "Hap Q Alpha", "YCoCgA", 8},
-    {"HapA", "Hap Alpha-Only", "Y", 8},
-    {"Hap7", "Hap R", "RGBA", 8},
-    {"HapH", "Hap HDR", "RGB", 16},
-    {"icod", "Apple Intermediate Codec", "4:2:0", 8},
-    {"rle ", "Animation", "", 0},
-    {"png ", "PNG", "", 0},
-    {"tiff", "TIFF", "", 0},
-    {"jpegmjpaAVDJAVRndmb1MJPG", "Motion JPEG", "", 8, Kind::jpeg},
-    {"mjpb", "Motion JPEG", "", 8},
-    {"mjp2AVj2", "JPEG 2000", "", 0},
-    {"jxsm", "JPEG XS", "", 0},
-    {"apv1", "APV", "", 0},
-    {"drac", "Dirac", "", 0},
-    {"vc-1", "VC-1", "4:2:0", 8},
-    {"FFV1", "FFV1", "", 0, Kind::dense},
-    {"dvc ", "DV", "4:1:1", 8},
-    {"dvcp", "DV", "4:2:0", 8},
-    {"dvppdvpndvp ", "DVCPRO", "4:1:1", 8},
-    {"dv5ndv5p", "DVCPRO50", "4:2:2", 8},
-    {"dvh2dvh3dvh4dvh5dvh6dvhpdvhq", "DVCPRO HD", "4:2:2", 8},
-    {"AVdvAVd1", "DV", "", 8},
-    {"m2v1mp2vmpg2", "MPEG-2", "", 8, Kind::mpeg2},
-    {"m1v m1v1mp1vmpeg", "MPEG-1", "4:2:0", 8, Kind::mpeg2},
-    {"v210", "uncompressed", "4:2:2", 10, Kind::raw},
-    {"v216", "uncompressed", "4:2:2", 16, Kind::raw},
-    {"v410", "uncompressed", "4:4:4", 10, Kind::raw},
-    {"v408r408", "uncompressed", "4:4:4:4", 8, Kind::raw},
-    {"r4fl", "uncompressed", "4:4:4:4", 32, Kind::raw},
-    {"v308", "uncompressed", "4:4:4", 8, Kind::raw},
-    {"2vuy2VuyUYVYAV1xAVupAVUIyuvsyuv2YUY2YUYV", "uncompressed", "4:2:2", 8, Kind::raw},
-    {"y420I420yv12", "uncompressed", "4:2:0", 8, Kind::raw},
-    {"raw ", "uncompressed", "", 0, Kind::raw},
-    {"b16g", "uncompressed", "Y", 16, Kind::raw},
-    {"b48r", "uncompressed", "RGB", 16, Kind::raw},
-    {"b64a", "uncompressed", "RGBA", 16, Kind::raw},
-    {"b32a", "uncompressed", "YA", 16, Kind::raw},
-    {"r210R10kR10gAVrp", "uncompressed", "RGB", 10, Kind::raw},
-    {"BGRARGBAABGR", "uncompressed", "RGBA", 8, Kind::raw},
-};
-
-// Families whose last character tells a size and a rate.
-constexpr PictureCodec kPictureFamilies[] = {
-    {"ai1", "AVC-Intra 100", "4:2:2", 10, Kind::avc},
-    {"ai5", "AVC-Intra 50", "4:2:0", 10, Kind::avc},
-    {"mx5", "IMX 50", "4:2:2", 8, Kind::mpeg2},
-    {"mx4", "IMX 40", "4:2:2", 8, Kind::mpeg2},
-    {"mx3", "IMX 30", "4:2:2", 8, Kind::mpeg2},
-    {"xd5", "XDCAM HD422", "4:2:2", 8, Kind::mpeg2},
-    {"xdvxdh", "XDCAM HD", "4:2:0", 8, Kind::mpeg2},
-    {"hdv", "HDV", "4:2:0", 8, Kind::mpeg2},
-};
-// clang-format on
-
-std::string text_of(uint32_t type) {
-    std::string text;
-    for (int shift = 24; shift >= 0; shift -= 8) {
-        const uint32_t byte = type >> shift & 0xFF;
-        if (is_printable(byte)) text += static_cast<char>(byte);
-    }
-    return text.substr(0, text.find_last_not_of(' ') + 1);
-}
-
-PictureCodec picture_codec(uint32_t type) {
-    std::string name;
-    for (int shift = 24; shift >= 0; shift -= 8) name += static_cast<char>(type >> shift & 0xFF);
-    for (const PictureCodec &codec : kPictureCodecs) {
-        for (size_t i = 0; i < codec.types.size(); i += 4) {
-            if (codec.types.substr(i, 4) == name) return codec;
-        }
-    }
-    for (const PictureCodec &family : kPictureFamilies) {
-        if (name.starts_with(family.types)) return family;
-    }
-    return {"", "", "", 0, Kind::coded};
-}
 
 // The elementary stream descriptor of MPEG-4 (ISO 14496-1, 7.2.6).
 struct StreamDescriptor {
@@ -193,7 +79,8 @@ Bytes first_sample(Input &input, const Track &track) {
     return input.present(table.chunk(0), std::min<uint64_t>(table.size_of(0), 2048));
 }
 
-void read_mpeg4(Bytes esds, Picture &picture, Kind &kind) {
+// What the decoder is told, which for MPEG video is the head of its stream.
+Bytes read_mpeg4(Bytes esds, Picture &picture, CodecKind &kind) {
     const StreamDescriptor stream = stream_descriptor(esds);
     if (stream.bit_rate > 0) picture.bit_rate = stream.bit_rate;
     if (stream.object >= 0x60 && stream.object <= 0x65) picture.codec = "MPEG-2";
@@ -203,11 +90,8 @@ void read_mpeg4(Bytes esds, Picture &picture, Kind &kind) {
     if (stream.object == 0x6E) picture.codec = "JPEG 2000";
     if (stream.object == 0x21) picture.codec = "H.264";
     if (picture.codec != "MPEG-4") picture.components.clear();
-    if (picture.codec.starts_with("MPEG-")) {
-        Picture sequence;
-        if (stream.object >= 0x60 && mpeg_sequence(stream.specific, sequence)) take_stream(sequence, picture);
-        if (stream.object >= 0x60) kind = Kind::mpeg2;
-    }
+    if (stream.object >= 0x60 && picture.codec.starts_with("MPEG-")) kind = CodecKind::mpeg2;
+    return stream.specific;
 }
 
 // Scan by the number of fields and their detail (QuickTime File Format, 'fiel'): 1 and 6 are stored field by
@@ -279,8 +163,8 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
     const Bytes boxes = entry.from(78);
     track.codec = protected_type(boxes, track.codec);
     const PictureCodec codec = picture_codec(track.codec);
-    Kind kind = codec.kind;
-    picture.codec = codec.codec[0] != 0 ? codec.codec : text_of(track.codec);
+    CodecKind kind = codec.kind;
+    picture.codec = codec.codec[0] != 0 ? codec.codec : type_text(track.codec);
     picture.components = codec.components;
     picture.bits = codec.bits;
     picture.width = big16(entry, 24);
@@ -289,26 +173,25 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
     const uint32_t depth = big16(entry, 74);
     if (track.codec == fourcc("raw ") || track.codec == fourcc("rle ") || track.codec == fourcc("png "))
         set_by_depth(depth, picture);
-    if (kind == Kind::prores && depth == 32 && codec.bits == 12) picture.components = "4:4:4:4";
+    if (kind == CodecKind::prores && depth == 32 && codec.bits == 12) picture.components = "4:4:4:4";
 
-    Picture stream;
-    bool is_known = false;
+    Bytes setup;
     each_box(boxes, [&](const Box &box) {
-        if (box.type == fourcc("avcC")) is_known = avc_configuration(box.data, stream);
-        if (box.type == fourcc("hvcC")) is_known = hevc_configuration(box.data, stream);
+        if (box.type == fourcc("avcC") || box.type == fourcc("hvcC") || box.type == fourcc("glbl"))
+            setup = box.data;
         if (box.type == fourcc("av1C")) read_av1(box.data, picture);
         if (box.type == fourcc("vpcC")) read_vpx(box.data, picture);
-        if (box.type == fourcc("esds")) read_mpeg4(box.data, picture, kind);
+        if (box.type == fourcc("esds")) setup = read_mpeg4(box.data, picture, kind);
         if (box.type == fourcc("btrt") && big32(box.data, 8) > 0) picture.bit_rate = big32(box.data, 8);
     });
-    if (is_known) take_stream(stream, picture);
-    if (!is_known && kind >= Kind::avc && kind <= Kind::jpeg)
-        stream_picture(first_sample(input, track), picture);
+    stream_picture(first_sample(input, track), picture, setup);
     each_box(boxes, [&](const Box &box) {
         const Bytes data = box.data;
         if (box.type == fourcc("fiel") && scan_of(data[0], data[1]) != Scan::unknown)
             picture.scan = scan_of(data[0], data[1]);
         if (box.type == fourcc("colr")) read_colours(data, picture);
+        const Bytes jp2_colour = box.type == fourcc("jp2h") ? find_box(data, fourcc("colr")) : Bytes{};
+        if (jp2_colour[0] == 1 && big32(jp2_colour, 3) == 16) picture.components = "RGB";  // sRGB
         if (box.type == fourcc("pasp")) {
             const Ratio aspect{big32(data, 0), big32(data, 4)};
             if (aspect.is_set()) picture.pixel_aspect = aspect.reduced();
@@ -320,9 +203,10 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
         if (box.type == fourcc("dvcC") || box.type == fourcc("dvvC"))
             facts.add_more("Dolby Vision", "profile " + std::to_string(data[2] >> 1));
     });
-    track.raw = kind == Kind::raw;
-    track.dense = kind == Kind::avc || kind == Kind::hevc || kind == Kind::av1 || kind == Kind::dense ||
-                  kind == Kind::vpx || kind == Kind::prores;
+    track.stuffed = kind == CodecKind::mpeg2;
+    track.raw = kind == CodecKind::raw;
+    track.dense = kind == CodecKind::avc || kind == CodecKind::hevc || kind == CodecKind::av1 ||
+                  kind == CodecKind::dense || kind == CodecKind::vpx || kind == CodecKind::prores;
 }
 
 namespace {
@@ -494,7 +378,7 @@ void read_sound_entry(Input &input, Track &track, Sound &sound) {
     const auto is_code = [&](const SoundCodec &codec) { return fourcc(codec.type) == track.codec; };
     const auto *codec = std::ranges::find_if(kSoundCodecs, is_code);
     const bool is_found = codec != std::end(kSoundCodecs);
-    sound.codec = is_found ? codec->codec : text_of(track.codec);
+    sound.codec = is_found ? codec->codec : type_text(track.codec);
     sound.language = track.language;
     sound.channels = big16(entry, 16);
     sound.bits = is_found && codec->bits != 0 ? codec->bits : big16(entry, 18);
@@ -510,6 +394,7 @@ void read_sound_entry(Input &input, Track &track, Sound &sound) {
             sound.bits = static_cast<uint32_t>(track.packet.n / sound.channels * 8);
     }
     read_sound_boxes(boxes, sound, 0);
+    if (sound.codec == "DTS") dts_frame(first_sample(input, track), sound);
     if (sound.codec == "MP3" || sound.codec == "MP2") {
         const MpegAudioFrame frame = mpeg_audio_frame(first_sample(input, track));
         if (frame.bytes > 0) set_sound(frame, sound);

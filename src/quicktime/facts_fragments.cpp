@@ -235,7 +235,13 @@ void judge(Fragments &fragments, bool has_end_index, Facts &facts) {
 
 void read_fragments(Input &input, uint64_t from, Bytes extends, std::vector<Track> &tracks, Facts &facts) {
     Fragments fragments{input};
-    for (Track &track : tracks) fragments.runs[track.id].track = &track;
+    for (Track &track : tracks) {
+        Run &run = fragments.runs[track.id];
+        run.track = &track;
+        // The movie's header may have samples of its own, which the fragments go on behind.
+        run.has_start = SampleTable(track.table).samples > 0;
+        if (run.has_start) run.end = static_cast<uint64_t>(track.duration);
+    }
     each_box(extends, [&](const Box &box) {
         const auto found = fragments.runs.find(big32(box.data, 4));
         if (box.type != fourcc("trex") || found == fragments.runs.end()) return;

@@ -74,10 +74,11 @@ struct Track {
     Bytes description;
     Bytes edits;
     uint32_t codec = 0;
-    Ratio packet;        // bytes of a sample of uncompressed sound, n in d samples
-    bool raw = false;    // zeros are a picture or silence
-    bool dense = false;  // its samples hold no kilobytes of zeros
-    int picture = -1;    // index in Facts
+    Ratio packet;          // bytes of a sample of uncompressed sound, n in d samples
+    bool stuffed = false;  // its samples may end in zeros
+    bool raw = false;      // zeros are a picture or silence
+    bool dense = false;    // its samples hold no kilobytes of zeros
+    int picture = -1;      // index in Facts
     int sound = -1;
     Ratio played;
 };

@@ -3,6 +3,7 @@
 #include "common/names.h"
 #include "common/print.h"
 #include "common/stream.h"
+#include "common/values.h"
 
 namespace {
 
@@ -12,20 +13,27 @@ constexpr int kNone = -1;
 constexpr uint16_t kHigh = 0x3FF;
 constexpr uint16_t kEndOfActiveVideo = 0x40;  // H bit of the XYZ word
 
-// Words between two EAVs of an SD signal, and of one of the two streams of an HD signal.
-constexpr CodeName kSdRasters[] = {
-    {858, "Raster is SDTV - NTSC 720x486 30Hz"},
-    {864, "Raster is SDTV - PAL 720x576 25Hz"},
-    {1144, "Raster is SDTV - PAL 960x486 30Hz"},
-    {1152, "Raster is SDTV - PAL 960x576 25Hz"},
+// Words between two EAVs of an SD signal, and of one of the two streams of an HD signal. Rates that may be
+// those of NTSC are not known.
+constexpr Raster kSdRasters[] = {
+    {858, "Raster is SDTV - NTSC 720x486 30Hz", 720, 486},
+    {864, "Raster is SDTV - PAL 720x576 25Hz", 720, 576, {25, 1}},
+    {1144, "Raster is SDTV - PAL 960x486 30Hz", 960, 486},
+    {1152, "Raster is SDTV - PAL 960x576 25Hz", 960, 576, {25, 1}},
 };
-constexpr CodeName kHdRasters[] = {
-    {1375, "Raster is HDTV - SMPTE296/72 1280x720"},  {1650, "Raster is HDTV - SMPTE296/60 1280x720"},
-    {1980, "Raster is HDTV - SMPTE296/50 1280x720"},  {2200, "Raster is HDTV - SMPTE274/30 1920x1080"},
-    {2250, "Raster is HDTV - FILM2K/20 2048x1556"},   {2376, "Raster is HDTV - SMPTE295/25 1920x1080"},
-    {2500, "Raster is HDTV - FILM2K/15 2048x1556"},   {2640, "Raster is HDTV - SMPTE274/25 1920x1080"},
-    {2750, "Raster is HDTV - SMPTE274/24 1920x1080"}, {3300, "Raster is HDTV - SMPTE296/30 1280x720z"},
-    {3960, "Raster is HDTV - SMPTE296/25 1280x720"},  {4125, "Raster is HDTV - SMPTE296/24 1280x720"},
+constexpr Raster kHdRasters[] = {
+    {1375, "Raster is HDTV - SMPTE296/72 1280x720", 1280, 720},
+    {1650, "Raster is HDTV - SMPTE296/60 1280x720", 1280, 720},
+    {1980, "Raster is HDTV - SMPTE296/50 1280x720", 1280, 720, {50, 1}},
+    {2200, "Raster is HDTV - SMPTE274/30 1920x1080", 1920, 1080},
+    {2250, "Raster is HDTV - FILM2K/20 2048x1556", 2048, 1556},
+    {2376, "Raster is HDTV - SMPTE295/25 1920x1080", 1920, 1080, {25, 1}},
+    {2500, "Raster is HDTV - FILM2K/15 2048x1556", 2048, 1556},
+    {2640, "Raster is HDTV - SMPTE274/25 1920x1080", 1920, 1080, {25, 1}},
+    {2750, "Raster is HDTV - SMPTE274/24 1920x1080", 1920, 1080},
+    {3300, "Raster is HDTV - SMPTE296/30 1280x720z", 1280, 720},
+    {3960, "Raster is HDTV - SMPTE296/25 1280x720", 1280, 720, {25, 1}},
+    {4125, "Raster is HDTV - SMPTE296/24 1280x720", 1280, 720},
 };
 
 // Two EAVs with the SAVs before and behind the last one.
@@ -71,32 +79,51 @@ Timing find_timing(const uint16_t *words, int limit, int interleave) {
     return found;
 }
 
-int name_sd_raster(int line) {
-    const char *raster = name_of(kSdRasters, static_cast<uint32_t>(line), nullptr);
-    if (!raster) {
-        print("Warning: Unknown raster linelength %d\n", line);
-        return 0;
-    }
-    print("%s\n", raster);
-    return 1;
+const Raster *raster_of(const Timing &timing, int divisor, int interleave) {
+    const uint32_t line = static_cast<uint32_t>((timing.last_eav - timing.previous_eav) / divisor);
+    return interleave == 1 ? row_of(kSdRasters, line, &Raster::line)
+                           : row_of(kHdRasters, line, &Raster::line);
 }
 
-int name_hd_raster(const uint16_t *words, const Timing &timing, int line, const WordPlaces &places) {
-    const char *raster = name_of(kHdRasters, static_cast<uint32_t>(line / 2), nullptr);
-    if (!raster) {
-        print("Warning: Unknown raster linelength %d\n", line);
-        return 0;
-    }
-    print("%s\n", raster);
+bool are_consistent(const uint16_t *words, const Timing &timing, const WordPlaces &places) {
     const uint16_t *eav = words + timing.last_eav;
     const uint16_t *sav = words + timing.sav_after;
-    if (eav[6] == eav[7] && sav[6] == sav[7]) return 1;
+    if (eav[6] == eav[7] && sav[6] == sav[7]) return true;
     for (const int reference : {timing.last_eav, timing.sav_after}) places.tell(reference, 2 * kReference);
     print("Warning: EAV XYZ code different, probably recorded DF in NDF raster\n");
-    return 0;
+    return false;
+}
+
+// Timing words are told by their eight high bits.
+uint16_t as_timing_word(uint32_t word) {
+    if ((word & 0x3FC) == 0) return 0;
+    if ((word & 0x3FC) == 0x3FC) return 0x3FF;
+    return static_cast<uint16_t>(word);
+}
+
+uint16_t word_of_byte(uint8_t byte) {
+    return byte == 255 ? uint16_t{0x3FF} : static_cast<uint16_t>(byte * 4);
+}
+
+// Three words in four bytes: little-endian 10-bit fields, or three bytes of high bits and one of low bits.
+void unpack_group(uint16_t *words, Bytes group, bool kel_packing) {
+    const uint32_t packed = little32(group);
+    for (uint32_t i = 0; i < 3; i++) {
+        const uint32_t word = kel_packing ? uint32_t{group[i]} << 2 | (group[3] >> (6 - 2 * i) & 3U)
+                                          : packed >> (10 * i) & 0x3FF;
+        words[i] = as_timing_word(word);
+    }
 }
 
 }  // namespace
+
+std::vector<uint16_t> unpack_words(Bytes data, bool in_bytes, bool kel_packing) {
+    std::vector<uint16_t> words(kSignalWords);
+    for (size_t i = 0; in_bytes && i < words.size(); i++) words[i] = word_of_byte(data[i]);
+    for (size_t i = 0; !in_bytes && i + 3 <= words.size(); i += 3)
+        unpack_group(&words[i], data.from(i / 3 * 4), kel_packing);
+    return words;
+}
 
 void WordPlaces::tell(int first, int n) const {
     const uint64_t from = static_cast<uint64_t>(first);
@@ -118,6 +145,21 @@ int rawdump_formatdetect(const uint16_t *words, int count, const WordPlaces &pla
         print("Warning: Could not find SAV and EAV for line length detect\n");
         return 0;
     }
-    const int line = timing.last_eav - timing.previous_eav;
-    return interleave == 1 ? name_sd_raster(line) : name_hd_raster(words, timing, line, places);
+    const Raster *raster = raster_of(timing, interleave, interleave);
+    if (!raster) {
+        print("Warning: Unknown raster linelength %d\n", timing.last_eav - timing.previous_eav);
+        return 0;
+    }
+    print("%s\n", raster->text);
+    return interleave == 1 || are_consistent(words, timing, places) ? 1 : 0;
+}
+
+const Raster *find_raster(const uint16_t *words, int count) {
+    const int limit = count - kMargin;
+    const int interleave = limit < 1 ? 0 : find_interleave(words, limit);
+    const Timing timing = interleave == 0 ? Timing{} : find_timing(words, limit, interleave);
+    if (!timing.complete()) return nullptr;
+    // SD signals have a word of colour difference for each of luma: the table counts one of both.
+    const Raster *raster = raster_of(timing, interleave, interleave);
+    return raster || interleave == 2 ? raster : raster_of(timing, 2, interleave);
 }

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "rawstream/detect.h"
+
 // Lines of a tag and a decimal number up to a tab, then the words of the signal.
 void sdi_facts(Input &input, Facts &facts) {
     constexpr uint64_t kMostHeader = 4096;
@@ -33,6 +35,13 @@ void sdi_facts(Input &input, Facts &facts) {
     }
     const uint64_t start = static_cast<uint64_t>(tab - bytes.begin()) + 1;
     const uint64_t size = static_cast<uint64_t>(std::max(number("\nsize "), number("STREAMERsize ")));
+    const std::vector<uint16_t> words =
+        unpack_words(input.present(start, 2 * kSignalWords), bits == 8, text.find("nbits10kel") != text.npos);
+    if (const Raster *raster = find_raster(words.data(), kSignalWords)) {
+        picture.width = raster->width;
+        picture.height = raster->height;
+        picture.rate = raster->rate;
+    }
     if (input.size() <= start) {
         facts.cut(start + 1, "the signal");
     } else if (size > 0 && input.size() >= start + size) {

@@ -12,7 +12,6 @@
 
 namespace {
 
-constexpr int kWords = 32768;  // samples that are looked at
 constexpr uint64_t kMagicSize = 8;
 constexpr int64_t kEightBits = 8;
 
@@ -85,39 +84,6 @@ Header read_header(Bytes file) {
     return header;
 }
 
-// Timing words are told by their eight high bits.
-uint16_t as_timing_word(uint32_t word) {
-    if ((word & 0x3FC) == 0) return 0;
-    if ((word & 0x3FC) == 0x3FC) return 0x3FF;
-    return static_cast<uint16_t>(word);
-}
-
-uint16_t word_of_byte(uint8_t byte) {
-    return byte == 255 ? uint16_t{0x3FF} : static_cast<uint16_t>(byte * 4);
-}
-
-// Three words in four bytes: little-endian 10-bit fields, or three bytes of high bits and one of low bits.
-void unpack_group(uint16_t *words, Bytes group, bool kel_packing) {
-    const uint32_t packed = little32(group);
-    for (uint32_t i = 0; i < 3; i++) {
-        const uint32_t word = kel_packing ? uint32_t{group[i]} << 2 | (group[3] >> (6 - 2 * i) & 3U)
-                                          : packed >> (10 * i) & 0x3FF;
-        words[i] = as_timing_word(word);
-    }
-}
-
-// The first words of the data; what the file does not hold is 0.
-std::vector<uint16_t> unpack(const Header &header, Bytes data) {
-    std::vector<uint16_t> words(kWords);
-    if (header.bits == kEightBits) {
-        for (size_t i = 0; i < kWords; i++) words[i] = word_of_byte(data[i]);
-    } else {
-        for (size_t i = 0; i + 3 <= kWords; i += 3)
-            unpack_group(&words[i], data.from(i / 3 * 4), header.kel_packing);
-    }
-    return words;
-}
-
 char mark(uint16_t word) {
     switch (word) {
         case 0x000:
@@ -175,12 +141,13 @@ void rawdump(DumpOptions &opts, const char *name) {
         print_unreadable();
         return;
     }
-    const std::vector<uint16_t> words = unpack(header, bytes.from(header.data));
+    const std::vector<uint16_t> words =
+        unpack_words(bytes.from(header.data), header.bits == kEightBits, header.kel_packing);
     const WordPlaces places{bytes.from(header.data), header.bits == kEightBits};
     forget();
-    const int consistent = rawdump_formatdetect(words.data(), kWords, places);
+    const int consistent = rawdump_formatdetect(words.data(), kSignalWords, places);
     if (opts.verbose) {
-        rawdump_hexdump(words.data(), kWords, places);
+        rawdump_hexdump(words.data(), kSignalWords, places);
     } else if (!consistent) {
         print("Use option -v to hexdump data\n");
     }

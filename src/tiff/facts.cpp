@@ -103,7 +103,8 @@ class Directory {
         count_ = std::min(start.number(0, static_cast<unsigned>(head)), kMostEntries);
         const uint64_t size = count_ * entry_size() + (big ? 8 : 4);
         entries_ = {input.present(offset + head, size), order};
-        is_whole_ = start.bytes.size() == head && entries_.bytes.size() >= count_ * entry_size();
+        is_whole_ =
+            count_ > 0 && start.bytes.size() == head && entries_.bytes.size() >= count_ * entry_size();
         end_ = offset + head + size;
     }
 

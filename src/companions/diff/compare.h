@@ -1,12 +1,40 @@
-// What differs between two dumps.
+// What differs between the trees of two dumps.
 #pragma once
 
+#include <cstdint>
 #include <string>
+#include <string_view>
+#include <vector>
 
-#include "companions/diff/dump_tree.h"
+#include "companions/diff/facts.h"
+#include "companions/diff/tree.h"
 
-// The differences as text, safe for a terminal: under a line with the section each, a field with both values
-// ("label: one -> other"), or what only one side has ("- label: value" of the first, "+ label: value" of the
-// second, with the number of lines below it). Lines below each other are aligned by their labels, so that a
-// section that one side has more does not move the others. Empty when nothing differs.
-std::string compare_dumps(const DumpNode &one, const DumpNode &other);
+struct Difference {
+    enum Kind : uint8_t { changed, only_one, only_other, counted } kind = changed;
+    std::vector<std::string> section;
+    std::string field;
+    std::string one;
+    std::string other;
+    uint64_t below = 0;   // fields below what only one side has
+    std::string of;       // of what is counted: "6,000 system items", "12 of 6,000 sound elements"
+    uint64_t first = 0;   // of what is counted: where the difference begins, from 0 on
+    uint64_t differ = 0;  // how many differ
+    uint64_t count = 0;   // of how many
+};
+
+class DifferenceTaker {
+ public:
+    virtual ~DifferenceTaker() = default;
+    virtual void take(const Difference &difference) = 0;
+};
+
+struct CompareOptions {
+    std::string format;
+    bool everything = false;  // each of what is counted, and sections that come again
+};
+
+// Fields of a section come before the sections in it. Sections belong together by their names, what tells
+// them apart (a track's handler) and their order, wherever they stand; of descriptions of one thing (codecs)
+// those that are left in order. `told` is left out.
+void compare_trees(const FieldNode &one, const FieldNode &other, const TextPool &pool,
+                   const CompareOptions &options, const ToldTimecodes &told, DifferenceTaker &taker);
