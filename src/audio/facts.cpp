@@ -20,9 +20,10 @@ constexpr uint32_t type_of(const char (&text)[5]) {
 
 constexpr CodeName kWaveCodecs[] = {
     {1, "PCM"},          {2, "MS ADPCM"},  {3, "PCM float"}, {6, "A-law"},     {7, "mu-law"},
-    {0x11, "IMA ADPCM"}, {0x31, "GSM"},    {0x50, "MP2"},    {0x55, "MP3"},    {0xFF, "AAC"},
-    {0x160, "WMA"},      {0x161, "WMA"},   {0x162, "WMA"},   {0x706D, "AAC"},  {0x1600, "AAC"},
-    {0x1610, "AAC"},     {0x2000, "AC-3"}, {0x2001, "DTS"},  {0xF1AC, "FLAC"}, {0x704F, "Opus"},
+    {0x11, "IMA ADPCM"}, {0x31, "GSM"},    {0x45, "G.726"},  {0x64, "G.726"},  {0x50, "MP2"},
+    {0x55, "MP3"},       {0xFF, "AAC"},    {0x160, "WMA"},   {0x161, "WMA"},   {0x162, "WMA"},
+    {0x706D, "AAC"},     {0x1600, "AAC"},  {0x1610, "AAC"},  {0x2000, "AC-3"}, {0x2001, "DTS"},
+    {0xF1AC, "FLAC"},    {0x704F, "Opus"},
 };
 
 // Sizes that stand for "to the end": of what was written to a pipe, whose header nobody could come back to.

@@ -179,7 +179,9 @@ void avi_facts(Input &input, Facts &facts) {
         Picture &picture = facts.pictures.front();
         if (avi.frames_of_all_parts > picture.frames && picture.frames >= 0)
             picture.frames = avi.frames_of_all_parts;
+        const Ratio aspect = picture.pixel_aspect;
         stream_picture(first_frame(avi.first), picture, avi.setup);
+        if (aspect.is_set()) picture.pixel_aspect = aspect;
         facts.lasts(picture.frames, picture.rate);
     } else if (!facts.sounds.empty()) {
         facts.lasts(facts.sounds.front().samples, facts.sounds.front().rate);

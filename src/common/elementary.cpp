@@ -30,12 +30,15 @@ int32_t BitReader::se() {
 }
 
 uint64_t start_code(Bytes stream, uint64_t from) {
-    const auto bytes = stream.span(0, stream.size());
-    for (size_t i = static_cast<size_t>(std::min<uint64_t>(from, bytes.size())); i + 4 <= bytes.size(); i++) {
-        if (bytes[i + 2] > 1) {
-            i += 2;
-        } else if (bytes[i] == 0 && bytes[i + 1] == 0 && bytes[i + 2] == 1) {
-            return i;
+    constexpr uint64_t kStep = 4096;  // bytes that are looked at together: a file's are copied
+    for (; stream.has(from, 4); from += kStep - 3) {
+        const auto bytes = stream.span(from, kStep);
+        for (uint64_t i = 0; i + 4 <= bytes.size(); i++) {
+            if (bytes[i + 2] > 1) {
+                i += 2;
+            } else if (bytes[i] == 0 && bytes[i + 1] == 0 && bytes[i + 2] == 1) {
+                return from + i;
+            }
         }
     }
     return stream.size();

@@ -86,7 +86,13 @@ bool dv_frame(Bytes frame, Picture &picture) {
     constexpr uint64_t kBlock = 80;
     if (frame[0] >> 5 != 0 || !frame.has(0, 6 * kBlock)) return false;
     const bool is_625 = (frame[3] & 0x80) != 0;
+    const uint8_t signal = frame[5 * kBlock + 51] & 0x1F;  // of the pack of the video's source
+    const bool has_signal = frame[5 * kBlock + 48] == 0x60 && picture.codec == "DV";
     picture.bits = 8;
+    if (has_signal && signal >= 4) {
+        picture.codec = signal == 4 ? "DVCPRO50" : "DVCPRO HD";
+        picture.components = "4:2:2";
+    }
     if (picture.codec == "DV") picture.components = is_625 && (frame[4] & 7) == 0 ? "4:2:0" : "4:1:1";
     for (uint64_t i = 0; i < 45 && picture.codec != "DVCPRO HD"; i++) {
         const uint64_t at = (3 + i / 15) * kBlock + 3 + i % 15 * 5;
@@ -180,9 +186,9 @@ bool mpeg4_picture(Bytes data, Bytes setup, Picture &picture) {
     BitReader bits(data.from(at + 4));
     bits.skip(9);
     const uint32_t version = bits.flag() ? bits.get(7) >> 3 : 1;
-    constexpr Ratio kAspects[] = {{0, 0}, {1, 1}, {12, 11}, {10, 11}, {16, 11}, {40, 33}};
+    constexpr Ratio kVisualAspects[] = {{0, 0}, {1, 1}, {12, 11}, {10, 11}, {16, 11}, {40, 33}};
     const uint32_t aspect = bits.get(4);
-    if (aspect < std::size(kAspects)) picture.pixel_aspect = kAspects[aspect];
+    if (aspect < std::size(kVisualAspects)) picture.pixel_aspect = kVisualAspects[aspect];
     if (aspect == 15) {
         const int64_t n = bits.get(8);
         picture.pixel_aspect = Ratio{n, bits.get(8)}.reduced();
@@ -276,6 +282,7 @@ class RangeReader {
         }
         return is_one;
     }
+    bool is_over() const { return at_ > bytes_.size() + 2; }
     uint32_t number(uint8_t (&states)[32], bool is_signed = false) {
         if (bit(states[0])) return 0;
         int length = 0;
@@ -320,7 +327,7 @@ bool ffv1_picture(Bytes data, Bytes setup, Picture &picture) {
                          : !has_chroma ? (alpha ? "YA" : "Y")
                                        : name_of(kByShifts, across << 4 | down);
     if (!is_rgb && has_chroma && alpha) picture.components += ":4";
-    return picture.bits <= 16 && across < 8 && down < 8;
+    return !reader.is_over() && picture.bits >= 8 && picture.bits <= 16 && across < 8 && down < 8;
 }
 
 bool png_picture(Bytes data, Bytes, Picture &picture) {
@@ -358,7 +365,7 @@ constexpr StreamReader kReaders[] = {
     {"ProRes", frame_alone<prores_frame>},
     {"Motion JPEG", frame_alone<jpeg_frame>},
     {"DNx", frame_alone<vc3_frame>, true},
-    {"DV", frame_alone<dv_frame>},
+    {"DV", frame_alone<dv_frame>, true},
     {"JPEG 2000", jpeg2000_picture, true},
     {"PNG", png_picture},
     {"CineForm", cineform_picture},

@@ -9,13 +9,12 @@
 #include <system_error>
 
 #include "companions/command.h"
+#include "companions/frame_groups.h"
 #include "companions/safe_text.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
 
 // The run of digits at a position, without its leading zeros; moves behind it.
 std::string_view take_number(std::string_view text, size_t &at) {

@@ -10,8 +10,6 @@ namespace {
 
 constexpr size_t kMostDigits = 18;
 
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
-
 size_t name_start(std::string_view path) {
     const size_t slash = path.rfind('/');
     return slash == std::string_view::npos ? 0 : slash + 1;

@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+inline bool is_digit(char c) { return c >= '0' && c <= '9'; }
+
 // A name taken apart at the number that counts the frames.
 struct FrameNumber {
     size_t start = 0;  // of its digits in the path, behind a sign

@@ -7,9 +7,9 @@
 
 namespace {
 
-constexpr uint32_t kMostSegments = 1000;
+constexpr uint32_t kMostJpegSegments = 1000;
 constexpr uint32_t kMostEntries = 512;
-constexpr uint64_t kTail = 65536;
+constexpr uint64_t kJpegTail = 65536;
 
 constexpr CodeName kProcesses[] = {
     {0xC0, "baseline"},   {0xC1, "extended"},    {0xC2, "progressive"}, {0xC3, "lossless"},
@@ -34,7 +34,7 @@ struct Segments {
 Segments read_segments(Bytes file) {
     Segments found;
     uint64_t at = 2;
-    for (uint32_t i = 0; i < kMostSegments && file.has(at, 4) && file[at] == 0xFF; i++) {
+    for (uint32_t i = 0; i < kMostJpegSegments && file.has(at, 4) && file[at] == 0xFF; i++) {
         const uint8_t code = file[at + 1];
         const uint64_t length = big16(file, at + 2);
         if (code == 0xFF) {  // fill
@@ -178,7 +178,7 @@ void judge_extent(Input &input, const Segments &found, Facts &facts) {
         facts.cut(std::max(found.end, size) + 2, "the image data");
         return;
     }
-    const uint64_t n = std::min(kTail, size - found.end);
+    const uint64_t n = std::min(kJpegTail, size - found.end);
     const Bytes tail = input.present(size - n, n);
     const auto bytes = tail.span(0, n);
     constexpr uint8_t kEnd[] = {0xFF, 0xD9};

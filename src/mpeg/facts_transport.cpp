@@ -9,8 +9,8 @@
 
 namespace {
 
-constexpr uint64_t kHead = 1 << 20;
-constexpr uint64_t kTail = 1 << 20;
+constexpr uint64_t kStreamHead = 1 << 20;
+constexpr uint64_t kStreamTail = 1 << 20;
 
 struct Type {
     uint32_t type;
@@ -197,19 +197,19 @@ void judge(Bytes tail, uint64_t size, const Transport &transport) {
 void transport_facts(Input &input, Facts &facts) {
     const uint64_t size = input.size();
     Transport transport{facts};
-    const Bytes head = input.present(0, kHead);
+    const Bytes head = input.present(0, kStreamHead);
     if (!find_packets(head, transport)) {
         facts.format.clear();
         return;
     }
     if (transport.packet != 188) facts.variant = std::to_string(transport.packet) + "-byte packets";
     // Maps may come behind the first packets of what they name.
-    walk_packets(head.sub(0, kHead / 2), 0, transport);
+    walk_packets(head.sub(0, kStreamHead / 2), 0, transport);
     for (auto &[id, stream] : transport.streams) stream.head.clear();
     walk_packets(head, 0, transport);
     transport.with_new = false;
     const uint64_t packets = size / transport.packet;
-    const uint64_t in_tail = std::min(packets, kTail / transport.packet);
+    const uint64_t in_tail = std::min(packets, kStreamTail / transport.packet);
     const uint64_t start = (packets - in_tail) * transport.packet;
     const Bytes tail = input.present(start, size - start);
     walk_packets(tail, 0, transport);

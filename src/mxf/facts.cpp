@@ -1,6 +1,7 @@
 #include "mxf/facts.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "common/elementary.h"
 #include "mxf/facts_descriptors.h"
@@ -107,6 +108,18 @@ std::string timestamp(Bytes b) {
     return iso_date(big16(b), b[2], b[3], b[4], b[5], b[6]);
 }
 
+// A label as "06.0e.2b.34.04.01.01.01-0d.01..."; empty where there is none.
+std::string digits_of(Bytes label) {
+    if (label.size() < 16) return "";
+    std::string text;
+    char digits[8];
+    for (uint64_t i = 0; i < 16; i++) {
+        std::snprintf(digits, sizeof digits, "%02x%s", label[i], i == 15 ? "" : i == 7 ? "-" : ".");
+        text += digits;
+    }
+    return text;
+}
+
 std::string hex_text(Bytes b) {
     std::string text;
     for (uint64_t i = 0; i < b.size() && i < 64; i++) {
@@ -144,10 +157,10 @@ std::string writer_of(const MetadataSet &identification) {
 // Adds what only the stream tells.
 void complete(Picture &picture, const Picture &stream) {
     picture.codec = stream.codec;
-    if (picture.width == 0) {
-        picture.width = stream.width;
-        picture.height = stream.height;
-    }
+    if (picture.width == 0) picture.height = stream.height;
+    // Descriptors may count in whole blocks.
+    if (picture.width == 0 || (stream.width < picture.width && picture.width - stream.width < 16))
+        picture.width = stream.width > 0 ? stream.width : picture.width;
     if (picture.bits == 0) picture.bits = stream.bits;
     if (picture.components.empty()) picture.components = stream.components;
     const bool is_open = picture.scan == Scan::unknown || picture.scan == Scan::interlaced;
@@ -204,6 +217,7 @@ class Reader {
     void add_timecode(const Package &package, int64_t start, Ratio rate, const char *place);
     void read_origin();
     void read_first_picture();
+    std::string specifications() const;
     void add_details();
 
     bool is_contained(const Package &package) const;
@@ -219,6 +233,8 @@ class Reader {
     std::vector<Package> sources_;
     std::optional<Index> index_;
     std::string wrapping_;
+    std::string coding_;  // labels
+    std::string container_;
     int64_t data_tracks_ = 0;
 };
 
@@ -314,6 +330,10 @@ void Reader::read_descriptor(const Package &package, const MetadataSet &descript
     }
     if (facts_.pictures.size() + facts_.sounds.size() >= kMostTracks) return;
     if (wrapping_.empty()) wrapping_ = wrapping_of(Metadata::item(descriptor, 0x3004));
+    if (coding_.empty() && kind == TrackKind::picture) {
+        coding_ = digits_of(Metadata::item(descriptor, 0x3201));
+        container_ = digits_of(Metadata::item(descriptor, 0x3004));
+    }
     const int64_t duration = duration_of(package, track, descriptor);
     if (kind == TrackKind::picture) {
         Picture picture = picture_of(metadata_, descriptor);
@@ -450,11 +470,27 @@ void Reader::read_first_picture() {
     }
 }
 
+// Labels of the specifications that the file says it conforms to (SMPTE ST 377-1, Preface).
+std::string Reader::specifications() const {
+    using namespace std::string_view_literals;
+    constexpr uint64_t kMost = 16;
+    const std::vector<const MetadataSet *> prefaces = metadata_.all(SetKind::preface);
+    if (prefaces.empty()) return "";
+    const Bytes labels = metadata_.item(*prefaces[0], "\x01\x02\x02\x10\x02\x04\x00\x00"sv);
+    std::string text;
+    for (uint64_t i = 0; i < std::min<uint64_t>(big32(labels), kMost) && labels.has(8 + 16 * i, 16); i++)
+        text += (text.empty() ? "" : ", ") + digits_of(labels.sub(8 + 16 * i, 16));
+    return text;
+}
+
 void Reader::add_details() {
     facts_.add_more("header partition", partitions_.header->status_text());
     facts_.add_more("footer partition", partitions_.footer ? partitions_.footer->status_text() : "none");
     if (partitions_.count > 0) facts_.add_more("partitions", std::to_string(partitions_.count));
     facts_.add_more("wrapping", wrapping_);
+    facts_.add_more("coding label", coding_);
+    facts_.add_more("container label", container_);
+    facts_.add_more("conforms to", specifications());
     if (!materials_.empty()) {
         const Package &material = materials_.front();
         facts_.add_more("clip name", Metadata::text(*material.set, 0x4402));

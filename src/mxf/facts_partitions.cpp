@@ -15,7 +15,7 @@ constexpr uint64_t kPackSize = 88;       // of a pack's value, before the list o
 constexpr uint64_t kItemHead = 32;       // read of an item: its key and length
 constexpr uint64_t kTail = 65536;        // where a random index pack is looked for
 constexpr uint64_t kLongTail = 1 << 20;  // where the last items of a file without footer are
-constexpr int kMostItems = 24;           // behind the header that are walked through
+constexpr int kMostPackItems = 24;       // behind the header that are walked through
 constexpr uint64_t kMostPlaces = 1000;
 constexpr uint64_t kPlaceSize = 12;
 
@@ -219,7 +219,7 @@ void Partitions::judge(Input &input, bool is_compressed, Facts &facts) const {
         }
         return;
     }
-    Chain chain = follow(input, header->essence, kMostItems);
+    Chain chain = follow(input, header->essence, kMostPackItems);
     if (chain.state == Chain::unknown) chain = last_chain(input, kTail);
     if (chain.state == Chain::unknown) chain = last_chain(input, kLongTail);
     const bool is_empty =

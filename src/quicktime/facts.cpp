@@ -310,9 +310,10 @@ void read_timecode_track(Movie &movie, const Track &track) {
     const Bytes name = find_box(entry.from(26), fourcc("name"));
     if (movie.facts.reel.empty()) movie.facts.reel = fixed_text(name, 4, big16(name));
     const SampleTable table(track.table);
-    if (base == 0 || table.chunk_count == 0 || (flags & 8) != 0) return;
+    const uint64_t place = table.chunk_count > 0 ? table.chunk(0) : track.in_fragment;
+    if (base == 0 || place == 0 || (flags & 8) != 0) return;
     const bool wide = track.codec == fourcc("tc64");
-    const Bytes sample = movie.input.present(table.chunk(0), wide ? 8 : 4);
+    const Bytes sample = movie.input.present(place, wide ? 8 : 4);
     if (sample.size() < (wide ? 8U : 4U)) return;
     int64_t frames = wide ? static_cast<int64_t>(big64(sample)) : int64_t{big32(sample)};
     const Edits edits = edits_of(movie, track);
@@ -514,6 +515,9 @@ void read_movie(Movie &movie, uint64_t end) {
     if (!extends.empty()) {
         movie.facts.variant = "fragmented";
         read_fragments(movie.input, end, extends, movie.tracks, movie.facts);
+        for (const Track &track : movie.tracks) {
+            if (track.handler == fourcc("tmcd") && track.in_fragment > 0) read_timecode_track(movie, track);
+        }
     } else if (movie.facts.problem.empty()) {
         judge_extent(movie, end);
     }

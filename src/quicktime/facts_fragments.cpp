@@ -68,6 +68,7 @@ uint64_t add_samples(Bytes trun, uint32_t default_duration, uint32_t default_siz
             field += 4;
         }
         if ((flags & 0x200) != 0) size = big32(trun, field);
+        if (run.track->in_fragment == 0) run.track->in_fragment = data;
         run.add(duration);
         data += size;
         run.last_size = size;

@@ -74,11 +74,12 @@ struct Track {
     Bytes description;
     Bytes edits;
     uint32_t codec = 0;
-    Ratio packet;          // bytes of a sample of uncompressed sound, n in d samples
-    bool stuffed = false;  // its samples may end in zeros
-    bool raw = false;      // zeros are a picture or silence
-    bool dense = false;    // its samples hold no kilobytes of zeros
-    int picture = -1;      // index in Facts
+    Ratio packet;              // bytes of a sample of uncompressed sound, n in d samples
+    uint64_t in_fragment = 0;  // where its first sample is that a fragment has
+    bool stuffed = false;      // its samples may end in zeros
+    bool raw = false;          // zeros are a picture or silence
+    bool dense = false;        // its samples hold no kilobytes of zeros
+    int picture = -1;          // index in Facts
     int sound = -1;
     Ratio played;
 };

@@ -108,3 +108,28 @@ TEST(SoundFacts, Samples) {
     SHOW(facts_of(frames.substr(0, frames.size() - 1)));
     SHOW(facts_of(hex("FFFB1464") + std::string(200, 'x')));
 }
+
+// What was written to a pipe has no sizes; an index that the header tells of is missed; frames end in zeros.
+TEST(SoundFacts, Ends) {
+    const std::string aiff = big()
+                                 .text("FORM")
+                                 .u32(0)
+                                 .text("AIFFCOMM")
+                                 .u32(18)
+                                 .u16(1)
+                                 .u32(0)
+                                 .u16(16)
+                                 .hex("400EBB80000000000000")
+                                 .text("SSND")
+                                 .u32(0)
+                                 .zeros(8)
+                                 .fill('x', 4800)
+                                 .str();
+    EXPECT_EQ(facts_of(aiff), "AIFF | 1ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s");
+    const std::string avi = content_of(std::string(KELDUMP_SAMPLES) + "/audio/picture.avi");
+    EXPECT_EQ(extent_of(avi.substr(0, avi.rfind("idx1")), "a.avi"), "cut the index");
+    std::string frames;
+    for (int i = 0; i < 4; i++) frames += hex("FFF14C800C9FFC") + std::string(93, 'x');
+    EXPECT_EQ(extent_of(frames, "a.aac"), "unknown");
+    EXPECT_EQ(extent_of(frames + std::string(200, '\0'), "a.aac"), "cut the last frames (zeros)");
+}

@@ -28,3 +28,25 @@ TEST(MpegFacts, TransportPackets) {
     EXPECT_EQ(facts_of(timed), "MPEG-TS 192-byte packets" + plain.substr(7));
     EXPECT_EQ(facts_of(protected_ones), "MPEG-TS 204-byte packets" + plain.substr(7));
 }
+
+namespace {
+
+std::string replaced(std::string text, const std::string &from, const std::string &to, size_t start = 0) {
+    for (size_t at = start; (at = text.find(from, at)) != std::string::npos; at += to.size())
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+}  // namespace
+
+// Streams as private data, which the ids of their packets and their first bytes tell; sectors of discs that
+// are filled up with zeros.
+TEST(MpegFacts, PrivateStreamsAndStuffing) {
+    const std::string packets = content_of(std::string(KELDUMP_SAMPLES) + "/mpeg/transport.ts");
+    const std::string hidden = replaced(replaced(packets, "\x02\xE1", "\x06\xE1"), "\x03\xE1", "\x06\xE1");
+    EXPECT_NE(hidden, packets);
+    EXPECT_EQ(facts_of(hidden), facts_of(packets));
+    const std::string program = content_of(std::string(KELDUMP_SAMPLES) + "/mpeg/program.vob");
+    const std::string pack("\0\0\1\xBA", 4);
+    EXPECT_EQ(facts_of(replaced(program, pack, std::string(20, '\0') + pack, 4)), facts_of(program));
+}

@@ -169,3 +169,10 @@ TEST(MxfFacts, NoPrefixLeadsOutside) {
         facts_of(damaged);
     }
 }
+
+TEST(MxfFacts, RunIn) {
+    const std::string clip = Clip(false).bytes;
+    const std::string plain = facts_of(clip);
+    EXPECT_EQ(facts_of(std::string(100, 'x') + clip).substr(0, 12), plain.substr(0, 12));
+    EXPECT_EQ(facts_of(std::string(60000, 'x') + clip).substr(0, 12), plain.substr(0, 12));
+}

@@ -203,3 +203,29 @@ TEST(MovieFacts, Fragments) {
     SHOW(facts_of(content_of(std::string(KELDUMP_SAMPLES) + "/quicktime/h264-aac.mov")));
     SHOW(facts_of(content_of(std::string(KELDUMP_SAMPLES) + "/quicktime/prores-timecode.mov")));
 }
+
+// Constant bit rates fill up the samples of MPEG video with zeros: a sample of zeros alone was not written.
+TEST(MovieFacts, StuffedSamples) {
+    const auto extent = [](const std::string &codec, size_t zeros) {
+        const std::string data = std::string(10000 - zeros, 'x') + std::string(zeros, '\0');
+        return extent_of(
+            movie(track("vide", picture_entry(codec, ""), media_header(24000, 10010)), "qt  ", data),
+            "a.mov");
+    };
+    EXPECT_EQ(extent("xd5c", 900), "whole");
+    EXPECT_EQ(extent("xd5c", 1000), "cut data of track 1 (zeros)");
+    EXPECT_EQ(extent("cvid", 1000), "cut data of track 1 (zeros)");
+}
+
+// A header with samples of its own before those of the fragments.
+TEST(MovieFacts, FragmentsBehindSamples) {
+    const std::string extends =
+        atom("mvex", full("trex", big().u32(1).u32(1).u32(1001).u32(1000).u32(0).str()));
+    const std::string fragment =
+        atom("moof", atom("traf", full("tfhd", big().u32(1).str()) + full("trun", big().u32(5).str())));
+    const std::string text =
+        facts_of(movie(track("vide", picture_entry("apcn", ""), media_header(24000, 10010)) + extends) +
+                 fragment + atom("mdat", std::string(5000, 'x')));
+    EXPECT_NE(text.find("fps 15 frames"), std::string::npos) << text;
+    EXPECT_NE(text.find(" | 1001/1600 s"), std::string::npos) << text;
+}

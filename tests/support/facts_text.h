@@ -1,10 +1,13 @@
 // The facts of a file as one line of text.
 #pragma once
 
+#include <algorithm>
+#include <filesystem>
 #include <string>
 
 #include "common/input.h"
 #include "main/facts.h"
+#include "support/command.h"
 
 inline std::string ratio_text(Ratio ratio) {
     return std::to_string(ratio.n) + (ratio.d == 1 ? "" : "/" + std::to_string(ratio.d));
@@ -59,4 +62,35 @@ inline std::string text_of(const Facts &facts) {
 inline std::string facts_of(const std::string &content, const char *name = "file.bin") {
     Input input(name, content.data(), content.size());
     return text_of(facts(input));
+}
+
+// What is left of a file's facts where it is cut: "cut the picture's end" and the like.
+inline std::string extent_of(const std::string &content, const char *name) {
+    Input input(name, content.data(), content.size());
+    const Facts found = facts(input);
+    constexpr const char *kStates[] = {"unknown", "whole", "cut", "open"};
+    return kStates[found.extent.state] + (found.extent.missing.empty() ? "" : " " + found.extent.missing);
+}
+
+// The facts of all samples of a directory; whether they are whole without their last byte, their second half,
+// and with zeros in its place.
+inline std::string facts_of_samples(const std::string &directory) {
+    std::vector<std::string> names;
+    for (const auto &entry :
+         std::filesystem::directory_iterator(std::string(KELDUMP_SAMPLES) + "/" + directory)) {
+        const std::string extension = entry.path().extension().string();
+        if (extension != ".txt" && extension != ".sh") names.push_back(entry.path().string());
+    }
+    std::ranges::sort(names);
+    std::string text;
+    for (const std::string &path : names) {
+        const std::string name = std::filesystem::path(path).filename().string();
+        const std::string content = content_of(path);
+        const size_t half = content.size() / 2;
+        text += name + ": " + facts_of(content, name.c_str()) + "\n";
+        for (const std::string &part : {content.substr(0, content.size() - 1), content.substr(0, half),
+                                        content.substr(0, half) + std::string(half, '\0')})
+            text += "  " + extent_of(part, name.c_str()) + "\n";
+    }
+    return text;
 }

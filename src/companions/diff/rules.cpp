@@ -16,27 +16,27 @@ struct HeadRow {
     size_t depth;
     ValueRange compared;
 };
-constexpr ValueRange kNone = {0, 0};
+constexpr ValueRange kNoRange = {0, 0};
 constexpr HeadRow kHeads[] = {
-    {"QuickTime", "ATOM ", kAnyDepth, kNone},
-    {"MXF", "Tag ", 1, kNone},
-    {"MXF", "", 0, kNone},
-    {"RIFF", "Elem ", kAnyDepth, kNone},
-    {"RF64", "Elem ", kAnyDepth, kNone},
-    {"AIFF", "Elem ", kAnyDepth, kNone},
+    {"QuickTime", "ATOM ", kAnyDepth, kNoRange},
+    {"MXF", "Tag ", 1, kNoRange},
+    {"MXF", "", 0, kNoRange},
+    {"RIFF", "Elem ", kAnyDepth, kNoRange},
+    {"RF64", "Elem ", kAnyDepth, kNoRange},
+    {"AIFF", "Elem ", kAnyDepth, kNoRange},
     {"GXF", "Tag ", kAnyDepth, {2}},
-    {"GXF", "", 0, kNone},
+    {"GXF", "", 0, kNoRange},
     {"GXF", "info      length:", 1, {1}},
     {"OpenEXR", "", 0, {0, 1}},
     {"TIFF", "tag ", kAnyDepth, {1}},
     {"JPEG", "tag ", kAnyDepth, {1}},
-    {"JPEG", "", 0, kNone},
-    {"JP2", "", 0, kNone},
-    {"JPEG 2000", "", 0, kNone},
-    {"PNG", "", 0, kNone},
-    {"MNG", "", 0, kNone},
-    {"MPEG", "stream ", 0, kNone},
-    {"R3D", "", 0, kNone},
+    {"JPEG", "", 0, kNoRange},
+    {"JP2", "", 0, kNoRange},
+    {"JPEG 2000", "", 0, kNoRange},
+    {"PNG", "", 0, kNoRange},
+    {"MNG", "", 0, kNoRange},
+    {"MPEG", "stream ", 0, kNoRange},
+    {"R3D", "", 0, kNoRange},
 };
 
 struct LeftOut {

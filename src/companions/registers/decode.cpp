@@ -1,6 +1,7 @@
 #include "companions/registers/decode.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <iterator>
 
@@ -209,3 +210,22 @@ std::string label_text(Bytes label) {
 }
 
 std::string decoded_value(std::string_view type, Bytes value) { return decode(type, value, 0); }
+
+std::string with_register_names(std::string_view text) {
+    constexpr std::string_view kSmpte = "06.0e.2b.34.";
+    constexpr size_t kDigits = 16 * 3 - 1;
+    std::string out;
+    for (size_t at = 0; at < text.size();) {
+        const size_t label = std::min(text.find(kSmpte, at), text.size());
+        out += text.substr(at, label - at);
+        at = label + kDigits;
+        if (label == text.size()) break;
+        uint8_t bytes[16] = {};
+        for (size_t i = 0; i < 16 && label + 3 * i + 2 <= text.size(); i++) {
+            const char *digits = text.data() + label + 3 * i;
+            std::from_chars(digits, digits + 2, bytes[i], 16);
+        }
+        out += label_text(Bytes(bytes, sizeof bytes));
+    }
+    return out;
+}

@@ -14,8 +14,6 @@
 
 namespace {
 
-constexpr int64_t kCounts = 10000;  // of a keycode
-
 std::string joined(const std::vector<std::string> &words) {
     std::string text;
     for (size_t i = 0; i < words.size(); i++) {
@@ -370,7 +368,8 @@ class Check {
             return;
         }
         spread(counted, film_.share, *film_.step);
-        for (CounterEvent event : find_breaks(counted, {*film_.step, kCounts * per_count * film_.share})) {
+        for (CounterEvent event :
+             find_breaks(counted, {*film_.step, kKeycodeCounts * per_count * film_.share})) {
             event = moved(event, first);
             const uint32_t roll = frames_[event.first]->keycode.roll;
             tell(
@@ -387,7 +386,9 @@ class Check {
         for (size_t i = 1; i < counted.size(); i++) {
             if (!counted[i].value || !counted[i - 1].value) continue;
             const int64_t moved =
-                (*counted[i].value - *counted[i - 1].value + kCounts + kCounts / 2) % kCounts - kCounts / 2;
+                (*counted[i].value - *counted[i - 1].value + kKeycodeCounts + kKeycodeCounts / 2) %
+                    kKeycodeCounts -
+                kKeycodeCounts / 2;
             if (std::abs(moved) > counted[i].number - counted[i - 1].number)
                 add("keycode", counted[i].number, counted[i].number,
                     "keycode " + keycode_text(*frames_[first + i - 1]) + " -> " +

@@ -6,7 +6,6 @@
 
 namespace {
 
-constexpr int32_t kCounts = 10000;  // of a keycode, before they begin anew
 constexpr int64_t kMostShared = 4;  // frames that share a number
 
 // Calls with each two frames of successive numbers.
@@ -33,7 +32,7 @@ std::optional<int64_t> perforations_a_count(int64_t step) {
 
 // How many counts lie between two keycodes, the shorter way around.
 int64_t counts_between(const Keycode &a, const Keycode &b) {
-    return (b.count - a.count + kCounts + kCounts / 2) % kCounts - kCounts / 2;
+    return (b.count - a.count + kKeycodeCounts + kKeycodeCounts / 2) % kKeycodeCounts - kKeycodeCounts / 2;
 }
 
 // How many successive frames most values stay for, where that is more than one for most of them.

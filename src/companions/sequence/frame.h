@@ -11,6 +11,7 @@
 #include "companions/packing.h"
 
 constexpr uint32_t kNoTimecode = 0xFFFFFFFF;
+constexpr int64_t kKeycodeCounts = 10000;  // before they begin anew
 
 // Names that many frames share, by numbers; 0 is the empty one.
 class Names {

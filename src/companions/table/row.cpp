@@ -6,6 +6,7 @@
 #include <iterator>
 
 #include "companions/packing.h"
+#include "companions/registers/decode.h"
 
 namespace {
 
@@ -291,6 +292,7 @@ Row row_of(const Facts &facts, std::string_view file) {
         row[Column::bit_rate] =
             std::to_string(std::llround(8 * static_cast<double>(facts.extent.present) / seconds));
     row.more = facts.more;
+    for (auto &[name, value] : row.more) value = with_register_names(value);
     return row;
 }
 

@@ -13,7 +13,7 @@ constexpr Column kShared[] = {Column::format, Column::width,      Column::height
 
 const char *name_of(Column column) { return table_columns()[static_cast<size_t>(column)].name; }
 
-uint64_t number_of(const std::string &text) {
+uint64_t whole_of(const std::string &text) {
     uint64_t number = 0;
     std::from_chars(text.data(), text.data() + text.size(), number);
     return number;
@@ -50,8 +50,8 @@ void SequenceRow::add_trouble(const std::string &text, int64_t frame) {
 }
 
 void SequenceRow::add(const FrameNumber &number, Row row) {
-    size_ += number_of(row[Column::size]);
-    claimed_ += std::max(number_of(row[Column::size]), number_of(row[Column::bytes_claimed]));
+    size_ += whole_of(row[Column::size]);
+    claimed_ += std::max(whole_of(row[Column::size]), whole_of(row[Column::bytes_claimed]));
     if (!row[Column::problem].empty()) add_trouble(kind_of(row[Column::problem]), number.value);
     // A frame without a header has nothing to compare.
     if (row[Column::width].empty() && begun_) return;

@@ -1,0 +1,78 @@
+#include "common/elementary.h"
+
+#include <gtest/gtest.h>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+#include "support/facts_text.h"
+
+namespace {
+
+std::string told(const char *codec, const std::string &data, const std::string &setup = "") {
+    Facts facts;
+    facts.picture().codec = codec;
+    const bool is_known =
+        stream_picture(Bytes(data.data(), data.size()), facts.picture(), Bytes(setup.data(), setup.size()));
+    return is_known ? text_of(facts).substr(3) : "nothing";
+}
+
+std::string bytes(std::string_view hex) { return big().hex(hex).str(); }
+
+std::string dv(uint8_t system, uint8_t application, uint8_t display) {
+    return big()
+        .u8(0x1F)
+        .at(3)
+        .u8(system)
+        .u8(application)
+        .at(320)
+        .hex("804F000000")
+        .at(343)
+        .u8(0x61)
+        .u8(0)
+        .u8(display)
+        .at(480)
+        .u8(0)
+        .str();
+}
+
+}  // namespace
+
+// Heads of streams as encoders write them.
+TEST(Elementary, Pictures) {
+    Transcript transcript;
+    const std::string parameters =
+        bytes("00000001 67640015acd941410fcb808800000300080000030190f8a14cb0 00000001 68fba3cb22c0");
+    SHOW(told("H.264", parameters + bytes("000001 060101328000000165")));
+    SHOW(told("H.264", parameters + bytes("000001 060101428000000165")));
+    SHOW(told("H.264", parameters));
+    SHOW(told("MPEG-4", bytes("000001b001 000001b58913 00000100 00000120 00c48d8800cd0a041e1443")));
+    SHOW(told("CineForm", bytes("00010009000200030000557800005e2000004cbc000a0000000b0001000c000300540003000d"
+                                "000300140140001500f00046000c")));
+    SHOW(told("FFV1", bytes("f4c75731a9e8e97710017c70fda2086bb56a6d00043caf00003fffaaaaaaaaaa")));
+    SHOW(told("FFV1", bytes("89375d2074906d7640e9ae3a38dd07acb806161e")));
+    SHOW(told("HuffYUV", "", bytes("00102000422425")));
+    SHOW(told("HuffYUV", "", bytes("00912101422425")));
+    SHOW(told("HuffYUV", "", ""));
+    SHOW(told("PNG", bytes("89504e470d0a1a0a 0000000d49484452 00000140 000000f0 1002")));
+    SHOW(told("DV", dv(0xBF, 0x78, 2)));
+    SHOW(told("DV", dv(0x3F, 0x79, 0)));
+    SHOW(told("uncompressed", parameters));
+}
+
+TEST(Elementary, Dts) {
+    const std::string dts = bytes("7ffe8001fc3c75b276c005380009ef7b");
+    Sound sound;
+    EXPECT_TRUE(dts_frame(Bytes(dts.data(), dts.size()), sound));
+    EXPECT_EQ(sound.channels, 6U);
+    EXPECT_EQ(sound.layout, "5.1");
+    EXPECT_FALSE(dts_frame(Bytes(dts.data(), 6), sound));
+}
+
+// Codes across the borders of what is looked at together.
+TEST(Elementary, StartCodes) {
+    for (const size_t at : {0, 1, 4091, 4092, 4093, 4094, 4096, 8190}) {
+        const std::string stream = std::string(at, 'x') + bytes("000001b3") + std::string(10, '\0');
+        EXPECT_EQ(start_code(Bytes(stream.data(), stream.size())), at);
+        EXPECT_EQ(start_code(Bytes(stream.data(), stream.size()), at + 1), stream.size());
+    }
+}
