@@ -326,7 +326,7 @@ test('the list has the rows of keldump-table: sequences, problems and odd values
 test('a folder of many frames', () => withPage(async page => {
     const frame = fs.readFileSync(sample('dpx/rgb8-big.dpx'));
     for (let i = 1; i <= 2000; i++) inWork(`many/a.${i}.dpx`, frame);
-    inWork('many/notes.txt', 'none');
+    inWork('many/notes.bin', Buffer.from([1, 2, 3, 0, 255, 254, 0, 9]));
     const started = Date.now();
     await page.drop([path.join(work, 'many')]);
     await page.until(`[...document.querySelectorAll('#list .problem')].some(cell => cell.textContent === '2,000 DPX, clean')`, 60);
@@ -334,7 +334,7 @@ test('a folder of many frames', () => withPage(async page => {
     await page.until(`!document.getElementById('list-status').textContent.includes('to read')`);
     const rows = await table(page);
     // A file of unknown format that a folder holds is no finding.
-    assert.deepEqual(rows.map(row => [row.path, row.kind]), [['many/a.[1-2000].dpx', ''], ['many/notes.txt', 'other']]);
+    assert.deepEqual(rows.map(row => [row.path, row.kind]), [['many/a.[1-2000].dpx', ''], ['many/notes.bin', 'other']]);
     fs.rmSync(path.join(work, 'many'), {recursive: true});
 }));
 
