@@ -33,7 +33,7 @@ uint64_t start_code(Bytes stream, uint64_t from) {
     constexpr uint64_t kStep = 4096;  // bytes that are looked at together: a file's are copied
     for (; stream.has(from, 4); from += kStep - 3) {
         const auto bytes = stream.span(from, kStep);
-        for (uint64_t i = 0; i + 4 <= bytes.size(); i++) {
+        for (size_t i = 0; i + 4 <= bytes.size(); i++) {
             if (bytes[i + 2] > 1) {
                 i += 2;
             } else if (bytes[i] == 0 && bytes[i + 1] == 0 && bytes[i + 2] == 1) {

@@ -7,7 +7,8 @@
 
 namespace {
 
-constexpr uint32_t kBlockMark = 0x4B4C4231;  // "1BLK"
+enum Width : uint32_t { kWidePlaces = 1, kWideNames = 2 };  // of a block's columns
+constexpr uint32_t kBlockMark = 0x4B4C4231;                 // "1BLK"
 constexpr size_t kFirstLines = 128;
 constexpr size_t kMostLines = 64 * 1024;
 constexpr size_t kMostText = 4 << 20;
@@ -18,6 +19,12 @@ constexpr std::chrono::milliseconds kInterval(80);
 template <typename T>
 void append(std::string &out, const std::vector<T> &values) {
     out.append(reinterpret_cast<const char *>(values.data()), values.size() * sizeof(T));
+}
+
+// The same in half the room.
+template <typename Narrow, typename T>
+void append_as(std::string &out, const std::vector<T> &values) {
+    append(out, std::vector<Narrow>(values.begin(), values.end()));
 }
 
 void append_word(std::string &out, uint32_t word) {
@@ -117,7 +124,11 @@ void PageLines::write_due() {
 void PageLines::write_block(End end, uint32_t status) {
     std::string out;
     const size_t lines = text_ends_.size();
-    out.reserve(40 + lines * 31 + more_ranges_.size() * 8 + new_names_.size() + format_.size() +
+    const auto is_wide = [](double number) { return number > UINT32_MAX; };
+    const uint32_t widths =
+        (std::ranges::any_of(offsets_, is_wide) || std::ranges::any_of(sizes_, is_wide) ? kWidePlaces : 0) |
+        (known_names_.size() > UINT16_MAX ? kWideNames : 0);
+    out.reserve(48 + lines * 31 + more_ranges_.size() * 8 + new_names_.size() + format_.size() +
                 text_.size());
     append_word(out, kBlockMark);
     append_word(out, static_cast<uint32_t>(lines));
@@ -129,14 +140,22 @@ void PageLines::write_block(End end, uint32_t status) {
     append_word(out, status);
     append_word(out, static_cast<uint32_t>(note_lines_.size()));
     append_word(out, static_cast<uint32_t>(notes_.size()));
-    append(out, offsets_);
-    append(out, sizes_);
+    append_word(out, widths);
+    append_word(out, 0);
     append(out, more_ranges_);
+    if (widths & kWidePlaces) {
+        append(out, offsets_);
+        append(out, sizes_);
+    } else {
+        append_as<uint32_t>(out, offsets_);
+        append_as<uint32_t>(out, sizes_);
+    }
     append(out, text_ends_);
-    append(out, range_ends_);
-    append(out, names_);
+    if (!more_ranges_.empty()) append(out, range_ends_);
+    if (widths & kWideNames) append(out, names_);
     append(out, note_lines_);
     append(out, note_ends_);
+    if (!(widths & kWideNames)) append_as<uint16_t>(out, names_);
     append(out, depths_);
     append(out, marks_);
     out += new_names_;

@@ -19,13 +19,15 @@ struct PageLimits {
 };
 
 // Listens to a dump and writes a block to standard output, in one piece, when it holds many lines or some
-// time has passed. A block, in little-endian order: ten words (a mark, numbers of lines, of bytes of their
+// time has passed. A block, in little-endian order: twelve words (a mark, numbers of lines, of bytes of their
 // text, of further ranges, of bytes of new names, of the format's name; the end and the status of the dump in
-// its last block; numbers of notes and of bytes of their text); for each line the offset and the size of its
-// first range (doubles); offsets and sizes of further ranges; where each line's text and its further ranges
-// end, its name (0: none) in the dump's list of names; in which line of the block each note stands and where
-// its text ends; depths of lines (16 bits) and their marks (8 bits); the names, each behind its size; the
-// format's name; the text; the text of notes (what the registers say of MXF).
+// its last block; numbers of notes and of bytes of their text; widths, 1: places are doubles, else 32 bits,
+// 2: names have 32 bits, else 16; 0); offsets and sizes of further ranges (doubles); for each line the offset
+// and the size of its first range, where its text and, where there are any, its further ranges end; its name
+// (0: none) in the dump's list of names, where that has 32 bits; in which line of the block each note stands
+// and where its text ends; for each line its name of 16 bits, its depth (16 bits) and its marks (8 bits); the
+// names, each behind its size; the format's name; the text; the text of notes (what the registers say of
+// MXF).
 class PageLines : public Listener {
  public:
     enum Mark : uint8_t { kListing = 1, kAside = 2, kCut = 4, kOpen = 8, kBlank = 16 };

@@ -40,7 +40,7 @@ export class Dump {
         else if (result.hasChanged) this.fail('The file changed, or can no longer be read: choose it anew.');
         else if (end === END.unopened) this.fail('The file cannot be read.');
         else this.state = end === END.stopped ? 'stopped' : 'done';
-        if (this.state !== 'stopped') this.runner.cancel();
+        this.runner.cancel();  // its memory with it
         this.changed();
     }
     fail(message) {

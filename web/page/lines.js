@@ -4,26 +4,30 @@ import {safeText} from './safe.js';
 export const MARK = {listing: 1, aside: 2, cut: 4, open: 8, blank: 16};
 export const END = {none: 0, dumped: 1, unopened: 2, unknown: 3, stopped: 4};
 
-const HEADER = 40;
+const HEADER = 48;
+const WIDE_PLACES = 1, WIDE_NAMES = 2;
 
 function readBlock(buffer, first) {
-    const [, lines, textSize, ranges, namesSize, formatSize, end, status, notes, notesSize] = new Uint32Array(buffer, 0, 10);
+    const [, lines, textSize, ranges, namesSize, formatSize, end, status, notes, notesSize, widths] = new Uint32Array(buffer, 0, 11);
     let at = HEADER;
     const column = (Type, count) => {
         const values = new Type(buffer, at, count);
         at += count * Type.BYTES_PER_ELEMENT;
         return values;
     };
+    const Place = widths & WIDE_PLACES ? Float64Array : Uint32Array;
+    const wideNames = widths & WIDE_NAMES;
     return {
         first, lines, end, status,
-        offsets: column(Float64Array, lines),
-        sizes: column(Float64Array, lines),
         ranges: column(Float64Array, 2 * ranges),
+        offsets: column(Place, lines),
+        sizes: column(Place, lines),
         textEnds: column(Uint32Array, lines),
-        rangeEnds: column(Uint32Array, lines),
-        names: column(Uint32Array, lines),
+        rangeEnds: column(Uint32Array, ranges > 0 ? lines : 0),
+        wideNames: column(Uint32Array, wideNames ? lines : 0),
         noteLines: column(Uint32Array, notes),
         noteEnds: column(Uint32Array, notes),
+        names: column(Uint16Array, wideNames ? 0 : lines),
         depths: column(Uint16Array, lines),
         marks: column(Uint8Array, lines),
         newNames: column(Uint8Array, namesSize),
@@ -53,6 +57,7 @@ export class Lines {
             at += 4 + size;
         }
         if (block.lines > 0) {
+            if (block.wideNames.length > 0) block.names = block.wideNames;
             this.blocks.push(block);
             this.count += block.lines;
             this.textSize += block.text.length;
@@ -112,7 +117,8 @@ export class Lines {
         const block = this.blockOf(line);
         const i = line - block.first;
         const ranges = block.sizes[i] > 0 ? [[block.offsets[i], block.sizes[i]]] : [];
-        for (let r = i > 0 ? block.rangeEnds[i - 1] : 0; r < block.rangeEnds[i]; r++)
+        const end = block.rangeEnds[i] ?? 0;
+        for (let r = i > 0 ? block.rangeEnds[i - 1] ?? 0 : 0; r < end; r++)
             ranges.push([block.ranges[2 * r], block.ranges[2 * r + 1]]);
         return ranges;
     }

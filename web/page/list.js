@@ -152,7 +152,7 @@ export class FileList {
             cell.className = `column ${column.key}`;
             cell.setAttribute('role', 'gridcell');
             cell.textContent = cellText(entry, column.key);
-            if (column.key === 'path' || column.key === 'problem') cell.title = cell.textContent;
+            cell.title = cell.textContent;
             if (column.odd && entry.odd?.some(remark => remark.startsWith(`${column.odd} `))) cell.classList.add('unusual');
             return cell;
         }));

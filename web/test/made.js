@@ -44,3 +44,17 @@ export function* madeFiles(samples, copies = 3) {
         }
     }
 }
+
+// An MXF with tags, a label and a set that came after the dump's dictionaries.
+export function writtenToday() {
+    const bytes = text => Buffer.from(text.replace(/ /g, ''), 'hex');
+    const item = (key, value) => Buffer.concat([bytes(key), Buffer.from([0x83, 0, value.length >> 8, value.length & 255]), value]);
+    const local = (tag, value) => Buffer.concat([Buffer.from([tag >> 8, tag & 255, 0, value.length]), value]);
+    const primer = '00000002 00000012 8001 060E2B34 0101010E 03020102 26000000 8002 060E2B34 0101010E 01020210 02040000';
+    return Buffer.concat([
+        item('060E2B34 02050101 0D010201 01020400', Buffer.alloc(88)),
+        item('060E2B34 02050101 0D010201 01050100', bytes(primer)),
+        item('060E2B34 02530101 0D010101 01016B00', Buffer.concat([
+            local(0x8001, Buffer.from('en')), local(0x8002, bytes('00000001 00000010 060E2B34 04010101 01010101 01010000'))])),
+    ]);
+}

@@ -156,8 +156,6 @@ constexpr CountedName kCountedNames[] = {
     {"frame", "", "frames"},
 };
 
-constexpr std::string_view kBlanks = " \t";
-
 bool contains(std::string_view text, std::string_view part) {
     return std::search(text.begin(), text.end(), part.begin(), part.end(), [](char a, char b) {
                return (a >= 'A' && a <= 'Z' ? static_cast<char>(a + 32) : a) == b;

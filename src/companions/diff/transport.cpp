@@ -101,7 +101,7 @@ class Programs {
         const uint64_t size = 3U + (big16(bytes, 1) & 0x0FFFU);
         if (bytes.size() < size) return;
         section.complete = true;
-        section.bytes.resize(size);
+        section.bytes.resize(static_cast<size_t>(size));
         if (pid == 0) {
             for (uint64_t i = 8; i + 8 <= size && wanted_.size() < kMostTables; i += 4) {
                 if (big16(bytes, i) != 0) wanted_.try_emplace(big16(bytes, i + 2) & 0x1FFFU);

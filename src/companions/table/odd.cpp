@@ -59,8 +59,11 @@ Oddities find_odd(const std::vector<Row> &rows, double alike) {
     for (const Compared &compared : kCompared) {
         std::map<std::string, size_t> counts;
         size_t known = 0;
+        const auto is_compared = [&](const Row &row) {
+            return row.is_known && (alike == 0 || !compared.of(row).empty());
+        };
         for (const Row &row : rows) {
-            if (!row.is_known) continue;
+            if (!is_compared(row)) continue;
             counts[compared.of(row)]++;
             known++;
         }
@@ -68,11 +71,11 @@ Oddities find_odd(const std::vector<Row> &rows, double alike) {
         const auto usual =
             std::ranges::max_element(counts, {}, [](const auto &entry) { return entry.second; });
         if (usual->second == 1 && known > 2) continue;
-        if (static_cast<double>(usual->second) < alike * static_cast<double>(known)) continue;
+        if (static_cast<double>(usual->second) < alike * static_cast<double>(rows.size())) continue;
         odd.titles.emplace_back(compared.title);
         for (size_t i = 0; i < rows.size(); i++) {
             const std::string value = compared.of(rows[i]);
-            if (!rows[i].is_known || value == usual->first) continue;
+            if (!is_compared(rows[i]) || value == usual->first) continue;
             const std::string others = counts.size() == 2 ? "; others " : "; most ";
             remarks[i].push_back(std::string(compared.title) + " " + (value.empty() ? "none" : value) + " (" +
                                  grouped(counts[value]) + " of " + grouped(known) + others +

@@ -17,5 +17,6 @@ struct Oddities {
 };
 
 // A value is odd where it is not the most frequent one. What each file has for itself (name, times, sizes,
-// lengths) is not compared, nor what no two files have in common, or less than the part `alike` of them.
+// lengths) is not compared, nor what no two files have in common. With `alike`, for files that were not put
+// together to be alike, that part of them must agree, and what a file does not say is not odd.
 Oddities find_odd(const std::vector<Row> &rows, double alike = 0);
