@@ -74,9 +74,9 @@ void read_vpx(Bytes record, Picture &picture) {
 
 // The first sample, as far as its headers reach: of many tracks those of the first ones.
 Bytes first_sample(Input &input, const Track &track) {
-    constexpr uint64_t kMostReads = 40;
+    constexpr uint64_t kMostSampleReads = 40;
     const SampleTable table(track.table);
-    if (input.reads() > kMostReads) return {};
+    if (input.reads() > kMostSampleReads) return {};
     if (table.chunk_count == 0 || table.samples == 0 || track.is_external) return {};
     return input.present(table.chunk(0), std::min<uint64_t>(table.size_of(0), 2048));
 }

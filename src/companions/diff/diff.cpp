@@ -6,6 +6,7 @@
 #include "companions/diff/build.h"
 #include "companions/diff/compare.h"
 #include "companions/json/json.h"
+#include "companions/registers/decode.h"
 #include "companions/safe_text.h"
 #include "companions/table/row.h"
 #include "main/facts.h"
@@ -16,8 +17,10 @@ constexpr size_t kShown = 200;  // of a value, in bytes
 constexpr size_t kBlock = 32 * 1024;
 constexpr int kSchema = 1;
 
-std::string shown(const std::string &value) {
-    if (value.empty()) return "(empty)";
+// Labels of the SMPTE registers by their names.
+std::string shown(const std::string &stored) {
+    if (stored.empty()) return "(empty)";
+    const std::string value = with_register_names(stored);
     if (value.size() <= kShown) return safe_name(value);
     size_t end = kShown;
     while (end > 0 && (static_cast<uint8_t>(value[end]) & 0xC0) == 0x80) end--;

@@ -1,4 +1,5 @@
 #include "companions/diff/facts.h"
+#include "companions/registers/decode.h"
 
 #include <algorithm>
 #include <charconv>
@@ -171,7 +172,7 @@ class FactsComparison {
         for (const auto &[key, value] : facts.more) {
             if (key == name) values += (values.empty() ? "" : "; ") + value;
         }
-        return values;
+        return with_register_names(values);
     }
 
     const Facts &one_;
