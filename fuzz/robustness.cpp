@@ -1,6 +1,6 @@
-// Feeds damaged copies of files to the dumps, and to the readers of facts, in processes of its own, and reports every copy on which one
-// crashes, is caught by a sanitizer, writes to standard error, ends with an unexpected status or takes too
-// long.
+// Feeds damaged copies of files to the dumps, and to the readers of facts, in processes of its own, and
+// reports every copy on which one crashes, is caught by a sanitizer, writes to standard error, ends with an
+// unexpected status or takes too long.
 //
 //   robustness [--rounds N] [--seconds S] [--seed N] [--keep DIRECTORY] FILE_OR_DIRECTORY...
 //

@@ -1,5 +1,6 @@
 // MPEG audio and AAC, each with ID3 tags around it or without.
 #include <algorithm>
+#include <cmath>
 
 #include "audio/facts.h"
 #include "audio/facts_riff.h"
@@ -145,7 +146,7 @@ void count_frames(Stream &stream, const MpegAudioFrame &header, Bytes frame, Sou
         const auto place = [&](uint64_t i) {
             return stream.start + static_cast<uint64_t>(static_cast<double>(i) * length + 0.001);
         };
-        const uint64_t all = static_cast<uint64_t>(static_cast<double>(bytes) / length + 0.5);
+        const uint64_t all = static_cast<uint64_t>(std::llround(static_cast<double>(bytes) / length));
         if (all < 3 || !has_frame_at(stream, header, place(all / 2)) ||
             !has_frame_at(stream, header, place(all - 1)))
             return;

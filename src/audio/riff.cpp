@@ -304,11 +304,11 @@ void riffdump(DumpOptions &opts, Bytes header, const char *name, int rf64) {
         return;
     }
     RiffWalk walk{opts,
-              *input,
-              rf64 != 0,
-              bytes_are(header, 8, "CDXA"),
-              signed_size(header.from(4)),
-              Budget(input->size())};
+                  *input,
+                  rf64 != 0,
+                  bytes_are(header, 8, "CDXA"),
+                  signed_size(header.from(4)),
+                  Budget(input->size())};
     if (!is_addressable(input->size())) {
         print("Error: Failed to allocate buffer %lld bytes\n", static_cast<long long>(kBufferSize));
         return;

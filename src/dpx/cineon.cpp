@@ -95,7 +95,8 @@ void print_cineon_image(Bytes header) {
     // Counts beyond 8 show what follows the channel table.
     for (int i = 0; i < header[offset_of(kCineonImageRows, "channels")]; i++) {
         print(" channel-%d\n", i);
-        print_rows(header.from(kCineonChannels + kCineonChannelSize * static_cast<uint64_t>(i)), kChannelRows);
+        print_rows(header.from(kCineonChannels + kCineonChannelSize * static_cast<uint64_t>(i)),
+                   kChannelRows);
     }
     print_rows(header, kColourRows);
 }

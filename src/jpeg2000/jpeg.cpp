@@ -195,7 +195,8 @@ uint64_t jpegentry(DumpOptions &opts, Bytes buf, uint64_t offset, Budget &budget
         return 0;
     }
     const uint64_t size = kJpegMarkerSize + big16(buf, offset + 2);
-    from(buf.sub(offset, buf[offset + 1] == 0xD8 || buf[offset + 1] == 0xD9 ? kJpegMarkerSize : kJpegSegmentHead));
+    from(buf.sub(offset,
+                 buf[offset + 1] == 0xD8 || buf[offset + 1] == 0xD9 ? kJpegMarkerSize : kJpegSegmentHead));
     const uint64_t result = print_segment(opts, buf, offset, size, budget);
     if (opts.verbose) jp2_hexdump(buf, offset, result);
     return result;
