@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <string_view>
 
@@ -86,8 +87,7 @@ void read_stream(Bytes list, Avi &avi) {
         // A stream's length is in its own units, which are samples where those are of one size.
         if (ticks > 0 && block > 0 && little32(header, 44) == block) sound.samples = ticks;
         if (ticks > 0 && sound.samples < 0 && sound.rate.is_set())
-            sound.samples =
-                static_cast<int64_t>(static_cast<double>(ticks) / rate.value() * sound.rate.value() + 0.5);
+            sound.samples = std::llround(static_cast<double>(ticks) / rate.value() * sound.rate.value());
         avi.facts.sounds.push_back(sound);
     }
 }

@@ -134,9 +134,8 @@ void count_frames(Stream &stream, const MpegAudioFrame &header, Bytes frame, Sou
             facts.whole(end);
         }
         if (count.bytes > 0)
-            sound.bit_rate = static_cast<int64_t>(static_cast<double>(count.bytes) * 8 * header.rate /
-                                                      (static_cast<double>(frames) * header.samples) +
-                                                  0.5);
+            sound.bit_rate = std::llround(static_cast<double>(count.bytes) * 8 * header.rate /
+                                          (static_cast<double>(frames) * header.samples));
     } else if (bytes <= kWalked) {
         frames = walk(stream, [](Bytes b) { return uint64_t{mpeg_audio_frame(b).bytes}; });
         if (has_frame_at(stream, header, stream.start + bytes / header.bytes / 2 * header.bytes))

@@ -9,3 +9,9 @@ Text text_at(Bytes b, uint64_t offset, uint64_t width) {
     if (length == 0) return {0, ""};
     return {static_cast<int>(length), reinterpret_cast<const char *>(field.span(0, length).data())};
 }
+
+bool contains(Bytes b, std::string_view text) {
+    const auto bytes = b.span(0, b.size());
+    const auto same = [](uint8_t byte, char c) { return byte == static_cast<uint8_t>(c); };
+    return std::search(bytes.begin(), bytes.end(), text.begin(), text.end(), same) != bytes.end();
+}

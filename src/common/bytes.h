@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "common/block_cache.h"
 #include "common/file_range.h"
@@ -121,3 +122,5 @@ struct Text {
     const char *start;
 };
 Text text_at(Bytes b, uint64_t offset, uint64_t width);
+// Whether the bytes of a text stand anywhere in a window.
+bool contains(Bytes b, std::string_view text);

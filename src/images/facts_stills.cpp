@@ -39,12 +39,6 @@ const char *grey_or_colour(uint64_t channels) {
     return channels < std::size(kNames) ? kNames[channels] : "";
 }
 
-bool holds(Bytes b, std::string_view text) {
-    return !std::ranges::search(b.span(0, b.size()), text, {}, {}, [](char c) {
-                return static_cast<uint8_t>(c);
-            }).empty();
-}
-
 // Where run-length packets of a TGA end that have that many pixels; nothing where the data is too long to be
 // looked at.
 std::optional<uint64_t> packets_end(Input &input, uint64_t at, uint64_t pixels, uint64_t pixel_bytes) {
@@ -131,7 +125,7 @@ void tga_facts(Input &input, Facts &facts) {
     const uint64_t data = 18U + h.u8(0) + (map ? uint64_t{h.u16(5)} * ((h.u8(7) + 7U) / 8) : 0);
     const uint64_t pixels = uint64_t{h.u16(12)} * h.u16(14) * ((depth + 7) / 8);
     if (footer) facts.variant = "TGA 2.0";
-    if (!footer && holds(tail, "TRUEVISION-XFIL")) {
+    if (!footer && contains(tail, "TRUEVISION-XFIL")) {
         facts.cut(0, "the footer's end");
     } else if (!(type & 8)) {
         judge_end(input, facts, data + pixels);
@@ -183,7 +177,7 @@ void softimage_facts(Input &input, Facts &facts) {
         const OrderedBytes channel = h.from(104 + 4 * i);
         const uint32_t mask = channel.u8(3);
         bits = std::max<uint32_t>(bits, channel.u8(1));
-        if (mask & 0xE0) components = "RGB" + components;
+        if (mask & 0xE0) components.insert(0, "RGB");
         if (mask & 0x10) components += "A";
         codec = channel.u8(2) == 0 ? "uncompressed" : "RLE";
         if (channel.u8(0) == 0) break;

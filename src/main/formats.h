@@ -138,17 +138,14 @@ inline bool is_movie(const File &in) {
 inline bool has_run_in(const File &in) {
     constexpr std::string_view kPartition = "\x06\x0E\x2B\x34\x02\x05\x01\x01\x0D\x01\x02"sv;
     constexpr uint64_t kRunIn = 65536;
-    const Bytes bytes = in.input.present(0, kRunIn + kPartition.size());
-    return !std::ranges::search(bytes.span(0, bytes.size()), kPartition, {}, {}, [](char c) {
-                return static_cast<uint8_t>(c);
-            }).empty();
+    return contains(in.input.present(0, kRunIn + kPartition.size()), kPartition);
 }
 
 // The sync byte of the first packets, which are 192 or 204 bytes apart.
 inline bool is_longer_transport_stream(const File &in) {
-    for (const auto &[first, step] : {std::pair{4, 192}, {0, 204}, {0, 192}}) {
-        int packets = 0;
-        while (packets < 4 && in.head[static_cast<uint64_t>(first + step * packets)] == 0x47) packets++;
+    for (const auto &[first, step] : {std::pair<uint64_t, uint64_t>{4, 192}, {0, 204}, {0, 192}}) {
+        uint64_t packets = 0;
+        while (packets < 4 && in.head[first + step * packets] == 0x47) packets++;
         if (packets == 4) return true;
     }
     return false;

@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <bit>
+#include <cmath>
 #include <iterator>
 #include <map>
 
@@ -57,8 +59,7 @@ uint64_t add_samples(Bytes trun, uint32_t default_duration, uint32_t default_siz
         at += 4;
     }
     if ((flags & 4) != 0) at += 4;
-    const uint64_t fields =
-        static_cast<uint64_t>((flags >> 8 & 1) + (flags >> 9 & 1) + (flags >> 10 & 1) + (flags >> 11 & 1));
+    const uint64_t fields = static_cast<uint64_t>(std::popcount(flags & 0xF00U));
     for (uint64_t i = 0; i < n && (fields > 0 ? trun.has(at, 4 * fields) : i < 1000000); i++) {
         uint64_t field = at;
         uint64_t duration = default_duration;
@@ -197,7 +198,7 @@ void tell_track(const Run &run, bool all_walked, Facts &facts) {
     if (track.sound >= 0) {
         Sound &sound = facts.sounds[static_cast<size_t>(track.sound)];
         const double samples = track.played.value() * sound.rate.value();
-        if (sound.rate.is_set() && samples < 9e15) sound.samples = static_cast<int64_t>(samples + 0.5);
+        if (sound.rate.is_set() && samples < 9e15) sound.samples = std::llround(samples);
     }
     if (track.picture < 0) return;
     Picture &picture = facts.pictures[static_cast<size_t>(track.picture)];

@@ -130,8 +130,9 @@ class Programs {
             const bool is_text = tag == 0x05 || tag == 0x0A || tag == 0x48;
             char name[40];
             std::snprintf(name, sizeof name, "descriptor %02x", tag);
-            add(node, name_of(kDescriptors, tag, name),
-                is_text && !text.empty() ? "'" + text + "' " + hex : hex);
+            std::string shown;
+            if (is_text && !text.empty()) shown.append("'").append(text).append("' ");
+            add(node, name_of(kDescriptors, tag, name), shown.append(hex));
             at += 2 + size;
         }
     }

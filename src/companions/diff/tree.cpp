@@ -30,7 +30,7 @@ void add_fields(Group &group, const FieldNode &node, const std::string &path, Te
         const auto earlier = std::ranges::count(names, child.name);
         names.push_back(child.name);
         if (earlier > 0) name += " " + std::to_string(earlier + 1);
-        if (!path.empty() && !name.empty()) name = path + "/" + name;
+        if (!path.empty() && !name.empty()) name.insert(0, "/").insert(0, path);
         if (name.empty()) name = path;
         if (child.value || !child.is_section()) {
             group.column(pool.number(name)).add(group.count, child.value);

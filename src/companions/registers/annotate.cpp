@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <iterator>
 #include <vector>
 
 #include "companions/registers/decode.h"
@@ -32,9 +33,10 @@ const RegisterEntry *label_among(Input &input, std::span<const FileRange> at) {
         const auto bytes = read_at<64>(input, range.offset);
         const std::span looked_at(bytes.data(),
                                   static_cast<size_t>(std::min<uint64_t>(range.size, bytes.size())));
-        const auto found = std::ranges::search(looked_at, kSmpte);
-        if (found.empty()) continue;
-        return find_register_entry(looked_at.subspan(static_cast<size_t>(found.begin() - looked_at.begin())));
+        const auto found =
+            std::search(looked_at.begin(), looked_at.end(), std::begin(kSmpte), std::end(kSmpte));
+        if (found == looked_at.end()) continue;
+        return find_register_entry(looked_at.subspan(static_cast<size_t>(found - looked_at.begin())));
     }
     return nullptr;
 }

@@ -201,9 +201,10 @@ void find_changes(const std::vector<const SequenceFrame *> &frames, const Names 
             if (!all.empty()) all.back().last = i - 1;
             all.push_back({i, i, number});
         }
-        for (auto &[name, all] : runs) {
+        for (auto &[property, all] : runs) {
+            const std::string &name = property;
             const bool is_there =
-                std::ranges::any_of(properties, [&](const auto &property) { return property.first == name; });
+                std::ranges::any_of(properties, [&](const auto &known) { return known.first == name; });
             if (is_there || all.back().value == 0) continue;
             all.back().last = i - 1;
             all.push_back({i, i, 0});

@@ -82,7 +82,8 @@ std::string duration_text(const Row &row) {
     const int64_t frames = std::llround(number_of(duration) * rate);
     char text[16];
     std::snprintf(text, sizeof text, ":%02d", static_cast<int>(frames % base));
-    return clock_text(static_cast<double>(frames / base), false) + text;
+    const int64_t whole = frames / base;
+    return clock_text(static_cast<double>(whole), false) + text;
 }
 
 std::string sound_text(const Row &row) {
