@@ -276,8 +276,7 @@ void read_wave(Wave &wave) {
 bool is_unwritten(Input &input, uint64_t start, uint64_t end) {
     const uint64_t n = std::min<uint64_t>(end - std::min(start, end), 2048);
     const Bytes tail = input.present(end - n, n);
-    const auto bytes = tail.span(0, n);
-    return n >= 64 && bytes.size() == n && std::ranges::all_of(bytes, [](uint8_t byte) { return byte == 0; });
+    return n >= 64 && tail.size() == n && is_zero(tail);
 }
 
 uint64_t wave_format(Bytes format, Sound &sound) {

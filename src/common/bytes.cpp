@@ -15,3 +15,8 @@ bool contains(Bytes b, std::string_view text) {
     const auto same = [](uint8_t byte, char c) { return byte == static_cast<uint8_t>(c); };
     return std::search(bytes.begin(), bytes.end(), text.begin(), text.end(), same) != bytes.end();
 }
+
+bool is_zero(Bytes b) {
+    const auto bytes = b.span(0, b.size());
+    return std::all_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte == 0; });
+}

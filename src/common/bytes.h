@@ -124,3 +124,5 @@ struct Text {
 Text text_at(Bytes b, uint64_t offset, uint64_t width);
 // Whether the bytes of a text stand anywhere in a window.
 bool contains(Bytes b, std::string_view text);
+// Whether all bytes of a window are zero.
+bool is_zero(Bytes b);

@@ -1,7 +1,10 @@
 #include "common/facts.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 #include <numeric>
 
 #include "common/timecode.h"
@@ -158,6 +161,21 @@ std::string iso_date(int64_t year, int64_t month, int64_t day, int64_t hour, int
     return {text, static_cast<size_t>(length)};
 }
 
+std::string iso_date_in(std::string_view text) {
+    int64_t part[6] = {0, 0, 0, -1, 0, 0};
+    size_t count = 0;
+    const char *const end = text.data() + text.size();
+    for (const char *at = text.data(); at < end && count < std::size(part);) {
+        const auto [behind, error] = std::from_chars(at, end, part[count]);
+        const bool is_number = error == std::errc() && *at != '-';
+        if (is_number) count++;
+        at = is_number ? behind : at + 1;
+    }
+    if (count < 3) return "";
+    if (count < std::size(part)) part[3] = -1;
+    return iso_date(part[0], part[1], part[2], part[3], part[4], part[5]);
+}
+
 std::string iso_date_of_unix(int64_t seconds) {
     constexpr int64_t kDay = 86400;
     if (seconds < -62135596800 || seconds > 253402300799) return "";
@@ -178,5 +196,27 @@ std::string iso_date_of_unix(int64_t seconds) {
 std::string number_text(double number, int digits) {
     char text[32];
     std::snprintf(text, sizeof text, "%.*g", digits, number);
+    return text;
+}
+
+std::string hex_text(Bytes b) {
+    constexpr uint64_t kMost = 64;
+    constexpr char kDigits[] = "0123456789abcdef";
+    std::string text;
+    for (uint64_t i = 0; i < std::min(b.size(), kMost); i++) {
+        text += kDigits[b[i] >> 4];
+        text += kDigits[b[i] & 15];
+    }
+    return text;
+}
+
+std::string label_digits(Bytes label) {
+    constexpr uint64_t kSize = 16;
+    if (label.size() < kSize) return "";
+    std::string text;
+    for (uint64_t i = 0; i < kSize; i++) {
+        text += hex_text(label.sub(i, 1));
+        if (i + 1 < kSize) text += i == 7 ? '-' : '.';
+    }
     return text;
 }

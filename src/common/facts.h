@@ -51,7 +51,6 @@ struct Picture {
     std::optional<bool> constant_rate;
     int64_t frames = -1;
     int64_t bit_rate = -1;  // bits a second, where the file says it
-    std::string language;
 };
 
 // A sound track.
@@ -146,8 +145,15 @@ std::string keycode_text(int64_t manufacturer, int64_t type, int64_t prefix, int
 // "2026-11-26T10:00:00"; the time is left out where hours are negative; empty where a part is out of range.
 std::string iso_date(int64_t year, int64_t month, int64_t day, int64_t hour = -1, int64_t minute = 0,
                      int64_t second = 0, bool utc = false);
+// Of a text with the numbers of a date, and of a time where there are six: "2026:11:26 10:00:00".
+std::string iso_date_in(std::string_view text);
 // Of seconds since 1970-01-01 UTC.
 std::string iso_date_of_unix(int64_t seconds);
 
 // A number as "%g" with what digits it needs up to `digits`.
 std::string number_text(double number, int digits = 6);
+
+// Bytes as hexadecimal digits, up to 64 of them.
+std::string hex_text(Bytes b);
+// A label of the SMPTE registers as "06.0e.2b.34.04.01.01.01-0d.01..."; empty where there are no 16 bytes.
+std::string label_digits(Bytes label);

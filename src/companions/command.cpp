@@ -1,44 +1,17 @@
 #include "companions/command.h"
 
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-
-#include "companions/safe_text.h"
 
 namespace {
 
 const char *command_name = "keldump";
 
-// A descriptor that is closed would be given to the next file, and a message would land in it.
-void fill_standard_descriptors() {
-    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        if (fcntl(fd, F_GETFD) >= 0) continue;
-        // Writing to standard output is to fail as it does where it is closed.
-        const int opened = open("/dev/null", fd == STDERR_FILENO ? O_WRONLY : O_RDONLY);
-        if (opened >= 0 && opened != fd) close(opened);
-    }
-}
-
-[[noreturn]] void end_by_broken_pipe() {
-    std::signal(SIGPIPE, SIG_DFL);
-    raise(SIGPIPE);
-    _exit(kTrouble);
-}
-
 }  // namespace
 
 void start_companion(const char *name) {
     command_name = name;
-    fill_standard_descriptors();
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);  // a limit is a write that fails
+    prepare_process();
 }
 
 bool answered(int argc, char **argv, const char *usage) {
@@ -67,26 +40,4 @@ int trouble(const std::string &message) {
 void complain(const std::string &message) {
     const std::string line = std::string(command_name) + ": " + message + "\n";
     std::fputs(line.c_str(), stderr);
-}
-
-void write_out(std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t done = write(STDOUT_FILENO, text.data(), text.size());
-        if (done >= 0) {
-            text.remove_prefix(static_cast<size_t>(done));
-        } else if (errno == EPIPE) {
-            end_by_broken_pipe();
-        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
-            pollfd ready{STDOUT_FILENO, POLLOUT, 0};
-            poll(&ready, 1, -1);
-        } else if (errno != EINTR) {
-            complain(std::string("cannot write: ") + std::strerror(errno));
-            _exit(kTrouble);
-        }
-    }
-}
-
-unsigned core_count() {
-    const long cores = sysconf(_SC_NPROCESSORS_ONLN);
-    return cores < 1 ? 1 : static_cast<unsigned>(cores);
 }

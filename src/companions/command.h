@@ -13,6 +13,9 @@ constexpr int kTrouble = 2;  // wrong usage, output that cannot be written
 // that a write that fails is an error and not a signal.
 void start_companion(const char *name);
 
+// What start_companion asks of the system (process.cpp; the module for browsers has its own).
+void prepare_process();
+
 // Answers --help and --version on standard output when the arguments are just that; whether they were.
 bool answered(int argc, char **argv, const char *usage);
 

@@ -1,14 +1,9 @@
 #include "companions/files.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iostream>
 #include <system_error>
 
-#include "companions/command.h"
 #include "companions/frame_groups.h"
 #include "companions/safe_text.h"
 
@@ -101,18 +96,4 @@ FileList list_files(const std::vector<std::string> &operands) {
         }
     }
     return list;
-}
-
-bool read_names(const std::string &file, char end, std::vector<std::string> &names) {
-    std::ifstream listed;
-    if (file != "-") listed.open(file, std::ios::binary);
-    std::istream &in = file == "-" ? std::cin : listed;
-    for (std::string name; std::getline(in, name, end);) {
-        if (!name.empty()) names.push_back(name);
-    }
-    if (in.bad() || (file != "-" && !listed.is_open())) {
-        complain(problem_text(file, std::strerror(errno)));
-        return false;
-    }
-    return true;
 }

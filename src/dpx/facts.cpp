@@ -29,29 +29,6 @@ std::string real_text(OrderedBytes header, uint64_t offset) {
     return value > 0 && value < 1e6 ? number_text(value) : "";
 }
 
-std::string hex_text(uint32_t value) {
-    char text[16];
-    std::snprintf(text, sizeof text, "%08x", value);
-    return text;
-}
-
-// "2026:11:26:10:00:00" and its kin, with a time zone that is not read, as ISO 8601.
-std::string header_date(const std::string &text) {
-    int part[6] = {0, 0, 0, -1, 0, 0};
-    size_t count = 0;
-    for (size_t i = 0; i < text.size() && count < std::size(part);) {
-        if (text[i] < '0' || text[i] > '9') {
-            i++;
-            continue;
-        }
-        int value = 0;
-        for (; i < text.size() && text[i] >= '0' && text[i] <= '9' && value < 100000; i++)
-            value = value * 10 + (text[i] - '0');
-        part[count++] = value;
-    }
-    return count < 3 ? "" : iso_date(part[0], part[1], part[2], part[3], part[4], part[5]);
-}
-
 // A decimal number in text; -1 where it is none.
 int64_t number_in(const std::string &text) {
     if (text.empty() || text.size() > 9) return -1;
@@ -246,6 +223,12 @@ void add_industry_header(OrderedBytes h, Facts &facts) {
     facts.reel = fixed_text(h.bytes, 1972, 76);
 }
 
+std::string user_bits(OrderedBytes h) {
+    char text[16];
+    std::snprintf(text, sizeof text, "%08x", h.u32(1924));
+    return text;
+}
+
 void add_dpx_details(OrderedBytes h, Facts &facts) {
     const auto text = [&](const char *name, uint64_t offset, uint64_t width) {
         facts.add_more(name, fixed_text(h.bytes, offset, width));
@@ -276,7 +259,7 @@ void add_dpx_details(OrderedBytes h, Facts &facts) {
     facts.add_more("shutter angle", real_text(h, 1728));
     text("frame id", 1732, 32);
     text("slate", 1764, 100);
-    if (h.u32(1924) != kUnset && h.u32(1924) != 0) facts.add_more("user bits", hex_text(h.u32(1924)));
+    if (h.u32(1924) != kUnset && h.u32(1924) != 0) facts.add_more("user bits", user_bits(h));
     facts.add_more("gamma", real_text(h, 1948));
     if (facts.keycode.empty()) facts.add_more("keycode text", fixed_text(h.bytes, 1664, 16));
 }
@@ -308,7 +291,7 @@ void dpx_facts(Input &input, Facts &facts) {
         picture.pixel_aspect = Ratio{h.u32(1628), h.u32(1632)}.reduced();
     if (has_industry_header(h)) add_industry_header(h, facts);
     facts.writer = fixed_text(h.bytes, 160, 100);
-    facts.date = header_date(fixed_text(h.bytes, 136, 24));
+    facts.date = iso_date_in(fixed_text(h.bytes, 136, 24));
     add_dpx_details(h, facts);
 
     Reach reach;
@@ -378,7 +361,7 @@ void cineon_facts(Input &input, Facts &facts) {
         facts.add_more("frame id", fixed_text(h.bytes, 1076, 32));
         facts.add_more("slate", fixed_text(h.bytes, 1108, 200));
     }
-    facts.date = header_date(fixed_text(h.bytes, 132, 12) + " " + fixed_text(h.bytes, 144, 12));
+    facts.date = iso_date_in(fixed_text(h.bytes, 132, 12) + " " + fixed_text(h.bytes, 144, 12));
     facts.add_more("byte order", h.is_big() ? "big-endian" : "little-endian");
     facts.add_more("image offset", std::to_string(offset));
     if (h.u8(681) != 0xFF) facts.add_more("packing", std::to_string(h.u8(681)));

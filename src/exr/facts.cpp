@@ -156,12 +156,7 @@ void add_value(std::string_view name, std::string_view type, OrderedBytes value,
     if (name == "chromaticities") add_chromaticities(value, part.picture);
     if ((name == "software" || name == "Software") && facts.writer.empty()) facts.writer = text();
     if (name == "reelName" || name == "reel") facts.reel = text();
-    if (name == "capDate" && facts.date.empty()) {
-        int date[6];
-        const bool whole = std::sscanf(text().c_str(), "%4d:%2d:%2d %2d:%2d:%2d", &date[0], &date[1],
-                                       &date[2], &date[3], &date[4], &date[5]) == 6;
-        if (whole) facts.date = iso_date(date[0], date[1], date[2], date[3], date[4], date[5]);
-    }
+    if (name == "capDate" && facts.date.empty()) facts.date = iso_date_in(text());
 }
 
 // Reads the attributes of a header from an offset on; where the next one begins, 0 where it is cut.

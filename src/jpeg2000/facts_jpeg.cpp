@@ -117,13 +117,9 @@ struct Directory {
 
 // "2026:11:26 10:00:00", and "+02:00" where the offset from UTC is told.
 std::string exif_date(const std::string &text, const std::string &offset) {
-    int part[6];
-    if (std::sscanf(text.c_str(), "%4d:%2d:%2d %2d:%2d:%2d", &part[0], &part[1], &part[2], &part[3], &part[4],
-                    &part[5]) != 6)
-        return "";
-    const bool is_utc = offset == "+00:00" || offset == "Z";
-    const std::string date = iso_date(part[0], part[1], part[2], part[3], part[4], part[5], is_utc);
-    const bool is_told = !is_utc && offset.size() == 6 && (offset[0] == '+' || offset[0] == '-');
+    const std::string date = iso_date_in(text);
+    if (offset == "+00:00" || offset == "Z") return date.empty() ? "" : date + "Z";
+    const bool is_told = offset.size() == 6 && (offset[0] == '+' || offset[0] == '-');
     return is_told && !date.empty() ? date + offset : date;
 }
 

@@ -107,7 +107,6 @@ void tell_stream(Stream &stream, Facts &facts) {
     if (stream.is_picture) {
         Picture picture;
         picture.codec = stream.codec;
-        picture.language = stream.language;
         stream_picture(head, picture);
         if (!stream.rate.is_set()) stream.rate = picture.rate;
         facts.pictures.push_back(picture);

@@ -1,7 +1,6 @@
 #include "mxf/facts.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "common/elementary.h"
 #include "mxf/facts_descriptors.h"
@@ -106,28 +105,6 @@ int64_t converted(int64_t position, Ratio from, Ratio to) {
 std::string timestamp(Bytes b) {
     if (b.size() != 8) return "";
     return iso_date(big16(b), b[2], b[3], b[4], b[5], b[6]);
-}
-
-// A label as "06.0e.2b.34.04.01.01.01-0d.01..."; empty where there is none.
-std::string digits_of(Bytes label) {
-    if (label.size() < 16) return "";
-    std::string text;
-    char digits[8];
-    for (uint64_t i = 0; i < 16; i++) {
-        std::snprintf(digits, sizeof digits, "%02x%s", label[i], i == 15 ? "" : i == 7 ? "-" : ".");
-        text += digits;
-    }
-    return text;
-}
-
-std::string hex_text(Bytes b) {
-    std::string text;
-    for (uint64_t i = 0; i < b.size() && i < 64; i++) {
-        constexpr char kDigits[] = "0123456789abcdef";
-        text += kDigits[b[i] >> 4];
-        text += kDigits[b[i] & 15];
-    }
-    return text;
 }
 
 std::string pattern_text(Bytes label) {
@@ -331,8 +308,8 @@ void Reader::read_descriptor(const Package &package, const MetadataSet &descript
     if (facts_.pictures.size() + facts_.sounds.size() >= kMostTracks) return;
     if (wrapping_.empty()) wrapping_ = wrapping_of(Metadata::item(descriptor, 0x3004));
     if (coding_.empty() && kind == TrackKind::picture) {
-        coding_ = digits_of(Metadata::item(descriptor, 0x3201));
-        container_ = digits_of(Metadata::item(descriptor, 0x3004));
+        coding_ = label_digits(Metadata::item(descriptor, 0x3201));
+        container_ = label_digits(Metadata::item(descriptor, 0x3004));
     }
     const int64_t duration = duration_of(package, track, descriptor);
     if (kind == TrackKind::picture) {
@@ -479,7 +456,7 @@ std::string Reader::specifications() const {
     const Bytes labels = metadata_.item(*prefaces[0], "\x01\x02\x02\x10\x02\x04\x00\x00"sv);
     std::string text;
     for (uint64_t i = 0; i < std::min<uint64_t>(big32(labels), kMost) && labels.has(8 + 16 * i, 16); i++)
-        text += (text.empty() ? "" : ", ") + digits_of(labels.sub(8 + 16 * i, 16));
+        text += (text.empty() ? "" : ", ") + label_digits(labels.sub(8 + 16 * i, 16));
     return text;
 }
 

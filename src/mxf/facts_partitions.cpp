@@ -46,11 +46,6 @@ struct Chain {
     bool is_unfinished = false;  // the last item, no fill, ends with zeros: it was not written to its end
 };
 
-bool is_zero(Bytes b) {
-    const auto bytes = b.span(0, b.size());
-    return std::all_of(bytes.begin(), bytes.end(), [](uint8_t byte) { return byte == 0; });
-}
-
 // Whether what is left behind a place is all zeros, as far as the last 64 KiB tell.
 bool is_zero_from(Input &input, uint64_t place) {
     const uint64_t size = input.size();

@@ -551,10 +551,7 @@ bool is_unwritten(Input &input, const Track &track, uint64_t end, uint64_t size)
     const Bytes head = track.stuffed ? input.present(end - size, 16) : Bytes{};
     if ((big64(head) | big64(head, 8)) != 0) return false;
     const uint64_t needed = track.dense ? std::min<uint64_t>(n, 4096) : n;
-    for (const uint8_t byte : tail.span(n - needed, needed)) {
-        if (byte != 0) return false;
-    }
-    return tail.size() == n;
+    return tail.size() == n && is_zero(tail.sub(n - needed, needed));
 }
 
 void movie_facts(Input &input, Facts &facts) {

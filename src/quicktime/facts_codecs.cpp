@@ -171,7 +171,6 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
     picture.bits = codec.bits;
     picture.width = big16(entry, 24);
     picture.height = big16(entry, 26);
-    picture.language = track.language;
     const uint32_t depth = big16(entry, 74);
     if (track.codec == fourcc("raw ") || track.codec == fourcc("rle ") || track.codec == fourcc("png "))
         set_by_depth(depth, picture);

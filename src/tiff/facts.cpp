@@ -241,9 +241,8 @@ DataEnd data_end(Input &input, const Directory &directory) {
     if (!result.is_known || directory.number(kCompression, kUncompressed) == kUncompressed || last_size == 0)
         return result;
     const uint64_t n = std::min(last_size, kTail);
-    const auto tail = input.present(result.end - n, n).span(0, n);
-    result.is_blank =
-        n >= 16 && tail.size() == n && std::ranges::all_of(tail, [](uint8_t b) { return b == 0; });
+    const Bytes tail = input.present(result.end - n, n);
+    result.is_blank = n >= 16 && tail.size() == n && is_zero(tail);
     return result;
 }
 
@@ -257,16 +256,9 @@ FileTimecode dng_timecode(const Directory &directory, Ratio rate) {
     return bcd_timecode(bcd, base_of(rate), "TimeCodes");
 }
 
-std::string date_of(const std::string &text) {
-    int part[6];
-    const bool whole = std::sscanf(text.c_str(), "%4d%*c%2d%*c%2d %2d:%2d:%2d", &part[0], &part[1], &part[2],
-                                   &part[3], &part[4], &part[5]) == 6;
-    return whole ? iso_date(part[0], part[1], part[2], part[3], part[4], part[5]) : "";
-}
-
 void add_first_directory(const Directory &directory, Facts &facts) {
     facts.writer = directory.values(kSoftware).text();
-    facts.date = date_of(directory.values(kDateTime).text());
+    facts.date = iso_date_in(directory.values(kDateTime).text());
     const Values version = directory.values(kDngVersion);
     if (version.count >= 2 && version.type == 1) {
         facts.format = "DNG";

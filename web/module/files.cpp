@@ -1,33 +1,6 @@
 // companions/files.h where directories cannot be listed: every operand is a file.
 #include "companions/files.h"
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-
-#include "companions/command.h"
-#include "companions/safe_text.h"
-
 FileList list_files(const std::vector<std::string> &operands) {
     return {operands, std::vector<bool>(operands.size(), true), {}};
-}
-
-bool read_names(const std::string &file, char end, std::vector<std::string> &names) {
-    FILE *in = file == "-" ? stdin : std::fopen(file.c_str(), "rb");
-    if (!in) {
-        complain(safe_name(file) + ": " + std::strerror(errno));
-        return false;
-    }
-    std::string name;
-    for (int c = 0; c != EOF;) {
-        c = std::getc(in);
-        if (c != EOF && c != static_cast<unsigned char>(end)) {
-            name += static_cast<char>(c);
-        } else if (!name.empty()) {
-            names.push_back(std::move(name));
-            name.clear();
-        }
-    }
-    if (in != stdin) std::fclose(in);
-    return true;
 }

@@ -48,33 +48,45 @@ RegisterNote RegisterNotes::note(const Line &line) {
     Input *input = Input::current();
     if (!input) return note;
     const std::string_view text = trimmed(line.text.substr(line.behind_position));
-    if (text.starts_with("Tag ") && !line.at.empty()) {
-        take_tag(*input, line, text, note);
-    } else if (text == "Unknown" && !type_.empty()) {
-        std::vector<uint8_t> value(size_);
-        value.resize(static_cast<size_t>(input->read(value_, value.data(), value.size())));
-        note.decoded = decoded_value(type_, Bytes(value.data(), value.size()));
-        type_.clear();
+    const bool is_tag = text.starts_with("Tag ") && !line.at.empty();
+    const bool is_declared = is_tag && text.find(" - ") != std::string_view::npos;
+    const bool is_unknown = text.ends_with("nknown") || text.ends_with("UNKNOWN");
+    if (is_declared) {
+        const auto *entry = declare(*input, line.at.front().offset);
+        if (entry && is_unknown) note.name = entry->symbol;
+    } else if (is_tag) {
+        item_ = line.at.front().offset;
+        const auto *entry = is_unknown ? declaration(*input) : nullptr;
+        if (entry) note.name = entry->symbol;
+    } else if (text == "Unknown") {
+        note.decoded = decoded(*input);
     } else if (text.find("nknown") != std::string_view::npos) {
-        if (const RegisterEntry *entry = label_among(*input, line.at)) note.name = entry->symbol;
+        const auto *entry = label_among(*input, line.at);
+        if (entry) note.name = entry->symbol;
     }
     return note;
 }
 
-// "Tag 8001 - 06.0e.2b.34... - NAME" of a primer pack, "Tag 8001/16 NAME" of an item.
-void RegisterNotes::take_tag(Input &input, const Line &line, std::string_view text, RegisterNote &note) {
-    const uint64_t offset = line.at.front().offset;
-    const auto bytes = read_at<2 + kLabel>(input, offset);
-    const uint16_t tag = static_cast<uint16_t>(bytes[0] << 8 | bytes[1]);
-    const bool is_declared = text.find(" - ") != std::string_view::npos;
-    if (is_declared) std::copy_n(bytes.begin() + 2, kLabel, tags_[tag].begin());
-    type_.clear();
-    const auto label = tags_.find(tag);
-    const RegisterEntry *entry = label == tags_.end() ? nullptr : find_register_entry(label->second);
-    if (!entry) return;
-    if (text.ends_with("nknown") || text.ends_with("UNKNOWN")) note.name = entry->symbol;
-    if (is_declared) return;
-    type_ = entry->type;
-    value_ = offset + 4;
-    size_ = static_cast<uint16_t>(bytes[2] << 8 | bytes[3]);
+// "Tag 8001 - 06.0e.2b.34... - NAME" of a primer pack.
+const RegisterEntry *RegisterNotes::declare(Input &input, uint64_t place) {
+    const auto bytes = read_at<2 + kLabel>(input, place);
+    auto &label = tags_[static_cast<uint16_t>(bytes[0] << 8 | bytes[1])];
+    std::copy_n(bytes.begin() + 2, kLabel, label.begin());
+    return find_register_entry(label);
+}
+
+// Of the item whose line came last.
+const RegisterEntry *RegisterNotes::declaration(Input &input) const {
+    const auto bytes = read_at<2>(input, item_);
+    const auto label = tags_.find(static_cast<uint16_t>(bytes[0] << 8 | bytes[1]));
+    return label == tags_.end() ? nullptr : find_register_entry(label->second);
+}
+
+std::string RegisterNotes::decoded(Input &input) const {
+    const RegisterEntry *entry = declaration(input);
+    if (!entry) return "";
+    const auto size = read_at<2>(input, item_ + 2);
+    std::vector<uint8_t> value(static_cast<size_t>(size[0] << 8 | size[1]));
+    value.resize(static_cast<size_t>(input.read(item_ + 4, value.data(), value.size())));
+    return decoded_value(entry->type, Bytes(value.data(), value.size()));
 }

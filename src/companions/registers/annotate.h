@@ -5,10 +5,11 @@
 #include <cstdint>
 #include <map>
 #include <string>
-#include <string_view>
 
 #include "common/input.h"
 #include "common/stream.h"
+
+struct RegisterEntry;
 
 struct RegisterNote {
     std::string name;     // the symbol of a label, set or tag that the dump does not know
@@ -22,10 +23,10 @@ class RegisterNotes {
     RegisterNote note(const Line &line);
 
  private:
-    void take_tag(Input &input, const Line &line, std::string_view text, RegisterNote &note);
+    const RegisterEntry *declare(Input &input, uint64_t place);
+    const RegisterEntry *declaration(Input &input) const;
+    std::string decoded(Input &input) const;
 
     std::map<uint16_t, std::array<uint8_t, 16>> tags_;  // labels, as primer packs declare them
-    std::string type_;                                  // of the item whose value comes next
-    uint64_t value_ = 0;                                // where it lies
-    uint16_t size_ = 0;
+    uint64_t item_ = 0;                                 // where the item of the line before lies
 };

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstdio>
 #include <iterator>
 
 #include "common/facts.h"
+#include "common/utf16.h"
 #include "common/values.h"
 #include "companions/json/json.h"
 #include "registers/registers.h"
@@ -20,49 +20,6 @@ std::string json_text(std::string_view text) {
     std::string out;
     append_json(out, text, true);
     return out;
-}
-
-std::string hex_text(Bytes value, uint64_t n) {
-    std::string text;
-    char digits[4];
-    for (uint64_t i = 0; i < std::min(n, value.size()); i++) {
-        std::snprintf(digits, sizeof digits, "%02x", value[i]);
-        text += digits;
-    }
-    return text;
-}
-
-void append_utf8(std::string &out, uint32_t code) {
-    if (code < 0x80) {
-        out += static_cast<char>(code);
-    } else if (code < 0x800) {
-        out += static_cast<char>(0xC0 | code >> 6);
-        out += static_cast<char>(0x80 | (code & 0x3F));
-    } else if (code < 0x10000) {
-        out += static_cast<char>(0xE0 | code >> 12);
-        out += static_cast<char>(0x80 | (code >> 6 & 0x3F));
-        out += static_cast<char>(0x80 | (code & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | code >> 18);
-        out += static_cast<char>(0x80 | (code >> 12 & 0x3F));
-        out += static_cast<char>(0x80 | (code >> 6 & 0x3F));
-        out += static_cast<char>(0x80 | (code & 0x3F));
-    }
-}
-
-std::string utf16_text(Bytes value) {
-    std::string text;
-    for (uint64_t i = 0; i + 2 <= std::min(value.size(), kMostText); i += 2) {
-        uint32_t code = big16(value, i);
-        if (code == 0) break;
-        const uint32_t low = big16(value, i + 2);
-        if (code >= 0xD800 && code < 0xDC00 && low >= 0xDC00 && low < 0xE000) {
-            code = 0x10000 + ((code - 0xD800) << 10) + (low - 0xDC00);
-            i += 2;
-        }
-        append_utf8(text, code >= 0xD800 && code < 0xE000 ? 0xFFFD : code);
-    }
-    return text;
 }
 
 std::string octet_text(Bytes value) {
@@ -105,7 +62,7 @@ std::string component_sizing(Bytes b) {
            ", \"YRSiz\": " + std::to_string(b[2]) + "}";
 }
 std::string identifier(Bytes b) { return json_text(label_text(b)); }
-std::string package(Bytes b) { return json_text(hex_text(b, 32)); }
+std::string package(Bytes b) { return json_text(hex_text(b.sub(0, 32))); }
 std::string single(Bytes b) { return number_text(static_cast<double>(float_of_bits(big32(b))), 9); }
 std::string twice(Bytes b) { return number_text(double_of_bits(big64(b)), 17); }
 
@@ -187,7 +144,8 @@ std::string decode(std::string_view symbol, Bytes value, int depth) {
     if (kind == "String" || kind == "Character") {
         const bool wide =
             symbol.find("16") != std::string_view::npos || std::string_view(type->base) == "Character";
-        return json_text(wide && symbol != "UTF8String" ? utf16_text(value) : octet_text(value));
+        return json_text(wide && symbol != "UTF8String" ? text_of_utf16(big_endian(value))
+                                                        : octet_text(value));
     }
     if (kind == "StrongReference" || kind == "WeakReference") return json_text(label_text(value));
     if (kind == "FixedArray") return elements(type->base, value, type->size, size_of(type->base), depth + 1);
@@ -200,13 +158,7 @@ std::string decode(std::string_view symbol, Bytes value, int depth) {
 std::string label_text(Bytes label) {
     const auto bytes = label.span(0, 16);
     if (const RegisterEntry *entry = find_register_entry(bytes)) return entry->symbol;
-    std::string text;
-    char digits[8];
-    for (uint64_t i = 0; i < 16; i++) {
-        std::snprintf(digits, sizeof digits, "%02x%s", label[i], i == 15 ? "" : i == 7 ? "-" : ".");
-        text += digits;
-    }
-    return text;
+    return label_digits(label);
 }
 
 std::string decoded_value(std::string_view type, Bytes value) { return decode(type, value, 0); }

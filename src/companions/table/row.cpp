@@ -62,6 +62,8 @@ constexpr ColumnRow kColumns[] = {
     {Column::first_frame, "first_frame", ColumnRow::text},
     {Column::last_frame, "last_frame", ColumnRow::text},
     {Column::frames_missing, "frames_missing", ColumnRow::number},
+    {Column::video_bit_rate, "video_bit_rate", ColumnRow::number},
+    {Column::audio_bit_rate, "audio_bit_rate", ColumnRow::number},
 };
 static_assert(std::size(kColumns) == static_cast<size_t>(Column::count));
 
@@ -139,6 +141,7 @@ void add_picture(const Picture &picture, Row &row) {
     row[Column::rate] = ratio_text(picture.rate, '/');
     if (picture.constant_rate) row[Column::constant_rate] = truth(*picture.constant_rate);
     row[Column::frames] = known(picture.frames);
+    row[Column::video_bit_rate] = known(picture.bit_rate);
     row[Column::components] = picture.components;
     if (picture.bits > 0) row[Column::floating] = truth(picture.floating);
     row[Column::coded_width] = positive(picture.coded_width ? picture.coded_width : picture.width);
@@ -186,6 +189,7 @@ void add_sounds(const std::vector<Sound> &sounds, Row &row) {
     for (const std::string &language : languages)
         row[Column::languages] += (row[Column::languages].empty() ? "" : "; ") + language;
     row[Column::samples] = known(largest->samples);
+    row[Column::audio_bit_rate] = known(sounds.front().bit_rate);
     // Of what has no picture the sound's are the file's.
     if (!row[Column::width].empty() || !row[Column::codec].empty()) return;
     row[Column::codec] = row[Column::audio_codec];

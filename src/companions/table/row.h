@@ -63,6 +63,8 @@ enum class Column : uint8_t {
     first_frame,
     last_frame,
     frames_missing,
+    video_bit_rate,
+    audio_bit_rate,
     count,
 };
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
-#include <cstdlib>
 
 namespace {
 
@@ -17,6 +16,16 @@ uint64_t whole_of(const std::string &text) {
     uint64_t number = 0;
     std::from_chars(text.data(), text.data() + text.size(), number);
     return number;
+}
+
+// "24000/1001"; not set for anything else.
+Ratio ratio_in(const std::string &text) {
+    const char *const end = text.data() + text.size();
+    Ratio ratio;
+    const auto behind = std::from_chars(text.data(), end, ratio.n).ptr;
+    if (behind == end || *behind != '/') return {};
+    std::from_chars(behind + 1, end, ratio.d);
+    return ratio;
 }
 
 // "cut: 3 of 7 KB, the picture's end" of many frames is "cut".
@@ -88,18 +97,11 @@ Row SequenceRow::finish(const FrameGroup &group, const std::vector<std::string> 
     row[Column::size] = std::to_string(size_);
     row[Column::bytes_claimed] = std::to_string(claimed_);
     row[Column::timecode_end] = last_timecode_;
-    const double rate = std::strtod(row[Column::frame_rate].c_str(), nullptr);
-    if (rate > 0) {
-        int64_t n = 0;
-        int64_t d = 1;
-        if (std::sscanf(row[Column::rate].c_str(), "%lld/%lld", reinterpret_cast<long long *>(&n),
-                        reinterpret_cast<long long *>(&d)) == 2 &&
-            n > 0) {
-            char text[64];
-            std::snprintf(text, sizeof text, "%.3f",
-                          static_cast<double>(frames) * static_cast<double>(d) / static_cast<double>(n));
-            row[Column::duration] = text;
-        }
+    const Ratio rate = ratio_in(row[Column::rate]);
+    if (rate.is_set()) {
+        char text[64];
+        std::snprintf(text, sizeof text, "%.3f", static_cast<double>(frames) / rate.value());
+        row[Column::duration] = text;
     }
     std::string problem;
     if (missing > 0) problem = grouped(static_cast<uint64_t>(missing)) + " missing";
