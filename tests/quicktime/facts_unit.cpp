@@ -162,12 +162,20 @@ TEST(MovieFacts, TimeAndTracks) {
     EXPECT_NE(edited.find("| edit lists: track 1: 1.000 s empty, 0.100 s from 0.100 s"), std::string::npos)
         << edited;
     EXPECT_NE(edited.find("| 11011/10000 s"), std::string::npos) << edited;
-    // Durations that differ; languages.
+    // Durations that differ.
     Samples uneven;
     uneven.times = big().u32(3).u32(4).u32(1001).u32(5).u32(2002).u32(1).u32(1001).str();
     const std::string varied =
         facts_of(movie(track("vide", entry, media_header(30000, 15015, 0x0002), uneven)));
-    EXPECT_NE(varied.find("20000/1001 vfr 10 frames deu"), std::string::npos) << varied;
+    EXPECT_NE(varied.find("20000/1001 vfr 10 frames |"), std::string::npos) << varied;
+    // Languages: of the Macintosh, three letters, and none.
+    const auto spoken = [](uint32_t code) {
+        return facts_of(
+            movie(track("soun", sound_entry("raw ", 0, 2, 8, ""), media_header(48000, 10010, code))));
+    };
+    EXPECT_NE(spoken(2).find("PCM deu"), std::string::npos) << spoken(2);
+    EXPECT_NE(spoken(0x1A41).find("PCM fra"), std::string::npos) << spoken(0x1A41);
+    EXPECT_NE(spoken(0x55C4).find("PCM 10010 samples"), std::string::npos) << spoken(0x55C4);  // "und"
 }
 
 TEST(MovieFacts, Extent) {
