@@ -1,3 +1,4 @@
+#include <charconv>
 #include <cstdio>
 
 #include "common/values.h"
@@ -45,29 +46,37 @@ void append_ratio(ValueText &out, double numerator, double denominator) {
                                    : std::snprintf(p, room, "%1.5f ", numerator / denominator);
 }
 
+// An element always fits: a value ends when no more than the reserve is left.
+void append_decimal(ValueText &out, uint32_t value) {
+    char *p = out.text + out.length;
+    char *end = std::to_chars(p, p + out.room(), static_cast<int32_t>(value)).ptr;
+    *end++ = ' ';
+    *end = '\0';
+    out.length += static_cast<int>(end - p);
+}
+
 // Appends one element and returns it as a number, 0 for the types without one.
 uint32_t append_element(ValueText &out, uint32_t type, OrderedBytes element) {
     char *p = out.text + out.length;
     const size_t room = static_cast<size_t>(out.room());
-    const auto as_signed = [](uint32_t v) { return static_cast<int32_t>(v); };
     uint32_t value = 0;
     switch (type) {
         case kByte:
             value = element.u8(0);
-            out.length += std::snprintf(p, room, "%d ", as_signed(value));
+            append_decimal(out, value);
             break;
         case kShort:
             value = element.u16(0);
-            out.length += std::snprintf(p, room, "%d ", as_signed(value));
+            append_decimal(out, value);
             break;
         case kLong:
             value = element.u32(0);
-            out.length += std::snprintf(p, room, "%d ", as_signed(value));
+            append_decimal(out, value);
             break;
         case kRational: append_ratio(out, element.u32(0), element.u32(4)); break;
         case kSByte:
             value = static_cast<uint32_t>(static_cast<int8_t>(element.u8(0)));
-            out.length += std::snprintf(p, room, "%d ", as_signed(value));
+            append_decimal(out, value);
             break;
         case kUndefined:
             value = element.u8(0);
@@ -80,7 +89,7 @@ uint32_t append_element(ValueText &out, uint32_t type, OrderedBytes element) {
             break;
         case kSLong:
             value = little32(element.bytes);
-            out.length += std::snprintf(p, room, "%d ", as_signed(value));
+            append_decimal(out, value);
             break;
         case kSRational: append_ratio(out, element.s32(0), element.s32(4)); break;
         case kFloat:
