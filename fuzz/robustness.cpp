@@ -37,7 +37,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr time_t kProcessorSecondsARun = 30;  // for a dump of 95 MB, beside other work
-constexpr unsigned kSecondsARun = 120;  // for one that waits
+constexpr unsigned kSecondsARun = 120;        // for one that waits
 constexpr rlim_t kOutputLimit = rlim_t{1} << 30;
 constexpr int kFatalComponent = 1;  // the one status beside 0 that a dump may end with
 

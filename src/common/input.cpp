@@ -149,10 +149,14 @@ int64_t Input::read_file(uint64_t offset, void *data, uint64_t n) {
 }
 
 bool Input::spool() {
-    spool_ = Spool::of(fd_).release();
+    spool_ = new Spool;
+    if (!spool_->take(fd_)) {
+        delete spool_;
+        spool_ = nullptr;
+    }
+    failed_ = !spool_;
     close(fd_);
     fd_ = -1;
-    failed_ = !spool_;
     sized_ = true;
     size_ = spool_ ? spool_->size() : 0;
     known_end_ = size_;

@@ -8,9 +8,16 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <ctime>
 #include <utility>
 
 namespace {
+
+double seconds() {
+    timespec now;
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
 
 // File systems whose requests go to another machine, or to a process that may pass them on.
 bool is_remote(int fd) {
@@ -71,13 +78,12 @@ void Link::before_read(int fd, uint64_t offset, uint64_t n) {
         }
         for (const FileRange &range : ahead_->before_read(offset, n, cost_)) announce(fd, range);
     }
-    started_ = Clock::now();
+    started_ = seconds();
 }
 
 void Link::after_read(int fd, int64_t count) {
     if (place_ == local || count <= 0) return;
-    cost_.measured(static_cast<uint64_t>(count),
-                   std::chrono::duration<double>(Clock::now() - started_).count());
+    cost_.measured(static_cast<uint64_t>(count), seconds() - started_);
     if (cost_.is_slow() && place_ == unknown) place_ = is_remote(fd) ? remote : local;
 }
 

@@ -1,7 +1,6 @@
 // The way to a file's system: what it costs, and what is asked of it before it is needed.
 #pragma once
 
-#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -33,12 +32,10 @@ class Link {
     int take_announced(const char *name);
 
  private:
-    using Clock = std::chrono::steady_clock;
-
     enum { unknown, local, remote } place_ = unknown;
     LinkCost cost_;
     std::optional<ReadAhead> ahead_;  // of the current input
-    Clock::time_point started_;       // the current read
+    double started_ = 0;              // the current read, in seconds of the monotonic clock
     std::string announced_name_;
     int announced_ = -1;
 };

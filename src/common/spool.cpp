@@ -65,15 +65,14 @@ uint64_t write_at(int fd, uint64_t offset, const uint8_t *data, uint64_t n) {
 
 }  // namespace
 
-std::unique_ptr<Spool> Spool::of(int pipe) {
-    std::unique_ptr<Spool> spool(new Spool);
-    spool->fd_ = nameless_file();
-    spool->disk_is_full_ = spool->fd_ < 0;
-    const auto block = std::make_unique_for_overwrite<uint8_t[]>(kBlock);
-    while (const uint64_t count = read_some(pipe, block.get(), kBlock)) {
-        if (!spool->add(block.get(), count)) return nullptr;
+bool Spool::take(int pipe) {
+    fd_ = nameless_file();
+    disk_is_full_ = fd_ < 0;
+    std::vector<uint8_t> block(kBlock);
+    while (const uint64_t count = read_some(pipe, block.data(), kBlock)) {
+        if (!add(block.data(), count)) return false;
     }
-    return spool;
+    return true;
 }
 
 Spool::~Spool() {
@@ -91,9 +90,9 @@ bool Spool::add(const uint8_t *data, uint64_t n) {
     if (in_memory_ + n > kMostInMemory) return false;
     while (n > 0) {
         const uint64_t inside = in_memory_ % kBlock;
-        if (inside == 0) blocks_.push_back(std::make_unique_for_overwrite<uint8_t[]>(kBlock));
+        if (inside == 0) blocks_.emplace_back(kBlock);
         const uint64_t part = std::min(n, kBlock - inside);
-        std::memcpy(blocks_.back().get() + inside, data, static_cast<size_t>(part));
+        std::memcpy(blocks_.back().data() + inside, data, static_cast<size_t>(part));
         in_memory_ += part;
         data += part;
         n -= part;
@@ -112,7 +111,7 @@ int64_t Spool::read(uint64_t offset, void *data, uint64_t n) const {
     const uint64_t place = offset - on_disk_;
     if (place >= in_memory_) return 0;
     const uint64_t part = std::min({n, in_memory_ - place, kBlock - place % kBlock});
-    const uint8_t *block = blocks_[static_cast<size_t>(place / kBlock)].get();
+    const uint8_t *block = blocks_[static_cast<size_t>(place / kBlock)].data();
     std::memcpy(data, block + place % kBlock, static_cast<size_t>(part));
     return static_cast<int64_t>(part);
 }

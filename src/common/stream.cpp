@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <functional>
 #include <vector>
 
 #include "common/input.h"
@@ -100,9 +99,9 @@ void add_bytes(std::vector<FileRange> &ranges, FileRange range) {
 size_t place_in_copy(const Bytes &bytes) {
     const std::span<const uint8_t> copy = state.copy.bytes;
     const uint8_t *first = bytes.span(0, bytes.size()).data();
-    const bool inside =
-        std::less_equal<>{}(copy.data(), first) && std::less<>{}(first, copy.data() + copy.size());
-    return inside ? static_cast<size_t>(first - copy.data()) : copy.size();
+    // One below the copy is, as a number, far beyond it.
+    const uintptr_t place = reinterpret_cast<uintptr_t>(first) - reinterpret_cast<uintptr_t>(copy.data());
+    return std::min(size_t{place}, copy.size());
 }
 
 // Adds what bytes of the copy in memory were in the file.

@@ -1,6 +1,6 @@
 #include <cstring>
-#include <memory>
 #include <span>
+#include <vector>
 
 #include "common/line_buffer.h"
 #include "raw/raw.h"
@@ -8,7 +8,7 @@
 namespace {
 
 constexpr size_t kShortest = 6;  // characters of a run that is printed
-constexpr size_t kBlock = 64 * 1024;
+constexpr size_t kSearchBlock = 64 * 1024;
 
 uint8_t is_run_character(uint8_t c) {
     const bool digit = static_cast<uint8_t>(c - '0') < 10;
@@ -18,9 +18,9 @@ uint8_t is_run_character(uint8_t c) {
 
 // A block of the file and what its bytes are, found by loops that the compiler turns into vector code.
 struct Search {
-    uint8_t bytes[kBlock];
-    uint8_t in_run[kBlock + kShortest];  // 1 for a run character; zeros behind the block
-    uint8_t long_run[kBlock];            // 1 where kShortest run characters begin
+    uint8_t bytes[kSearchBlock];
+    uint8_t in_run[kSearchBlock + kShortest];  // 1 for a run character; zeros behind the block
+    uint8_t long_run[kSearchBlock];            // 1 where kShortest run characters begin
 };
 
 // A run that the end of a block cuts.
@@ -102,13 +102,14 @@ void search_block(LineBuffer &out, OpenRun &run, uint64_t position, Search &sear
 }  // namespace
 
 void stringsearchfile(DumpOptions &, Input &input) {
-    const auto search = std::make_unique_for_overwrite<Search>();
+    std::vector<Search> searches(1);  // too large for a stack
+    Search &search = searches.front();
     LineBuffer out;
     OpenRun run;
     forget();
     uint64_t position = 0;
-    while (const uint64_t got = input.read(position, search->bytes, kBlock)) {
-        search_block(out, run, position, *search, static_cast<size_t>(got));
+    while (const uint64_t got = input.read(position, search.bytes, kSearchBlock)) {
+        search_block(out, run, position, search, static_cast<size_t>(got));
         position += got;
     }
     close(out, run);

@@ -6,8 +6,6 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
-#include <numeric>
 #include <string>
 #include <vector>
 
@@ -46,11 +44,18 @@ std::string bytes_of(const std::string &ul) {
     return bytes;
 }
 
+bool next_line(std::FILE *in, std::string &line) {
+    line.clear();
+    int c;
+    while ((c = std::fgetc(in)) != EOF && c != '\n') line += static_cast<char>(c);
+    return c != EOF || !line.empty();
+}
+
 std::vector<Row> read(const char *path, size_t column_count) {
-    std::ifstream in(path);
+    std::FILE *in = std::fopen(path, "r");
     if (!in) fail(std::string("cannot read ") + path);
     std::vector<Row> rows;
-    for (std::string line; std::getline(in, line);) {
+    for (std::string line; next_line(in, line);) {
         if (line.empty() || line[0] == '#') continue;
         const std::vector<std::string> c = columns(line);
         if (c.size() != column_count) fail("wrong number of columns: " + line);
@@ -64,6 +69,7 @@ std::vector<Row> read(const char *path, size_t column_count) {
         }
         rows.push_back(row);
     }
+    std::fclose(in);
     return rows;
 }
 
@@ -93,8 +99,8 @@ void write_index(std::FILE *out, const char *name, std::vector<uint16_t> numbers
 }
 
 std::vector<uint16_t> all(size_t count) {
-    std::vector<uint16_t> numbers(count);
-    std::iota(numbers.begin(), numbers.end(), uint16_t{0});
+    std::vector<uint16_t> numbers;
+    for (size_t i = 0; i < count; i++) numbers.push_back(static_cast<uint16_t>(i));
     return numbers;
 }
 
