@@ -328,7 +328,9 @@ void exr_facts(Input &input, Facts &facts) {
     } while (version & 0x1000 && file.u8(at) != 0 && parts.size() < kMostParts);
     if (version & 0x1000) at++;
 
-    const auto area = [](const Part &part) { return part.data.width() * part.data.height(); };
+    const auto area = [](const Part &part) {
+        return static_cast<double>(part.data.width()) * static_cast<double>(part.data.height());
+    };
     const auto main = std::ranges::max_element(parts, {}, area);
     const bool tiled = version & 0x200 || main->type == "tiledimage" || main->type == "deeptile";
     facts.variant = version & 0x800 || main->type.starts_with("deep") ? "deep"
