@@ -5,6 +5,7 @@
 
 #include "common/facts.h"
 #include "common/input.h"
+#include "main/facts_of.h"
 
 // A chunk of a RIFF or IFF file; `end` is where its header says that it ends, without a pad byte.
 struct Chunk {

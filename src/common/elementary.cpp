@@ -69,8 +69,6 @@ constexpr Ratio kAspects[] = {{0, 0},   {1, 1},    {12, 11}, {10, 11}, {16, 11},
                               {24, 11}, {20, 11},  {32, 11}, {80, 33}, {18, 11}, {15, 11},
                               {64, 33}, {160, 99}, {4, 3},   {3, 2},   {2, 1}};
 
-int code_of(uint32_t code) { return code == 2 ? -1 : static_cast<int>(code); }
-
 // The part of a video usability information that H.264 and HEVC have in common.
 void read_usability(BitReader &bits, Picture &picture) {
     if (bits.flag()) {
@@ -87,9 +85,9 @@ void read_usability(BitReader &bits, Picture &picture) {
         bits.skip(3);
         picture.colour.full_range = bits.flag() ? 1 : 0;
         if (bits.flag()) {
-            picture.colour.primaries = code_of(bits.get(8));
-            picture.colour.transfer = code_of(bits.get(8));
-            picture.colour.matrix = code_of(bits.get(8));
+            picture.colour.primaries = colour_code(bits.get(8));
+            picture.colour.transfer = colour_code(bits.get(8));
+            picture.colour.matrix = colour_code(bits.get(8));
         }
     }
     if (bits.flag()) {  // places of chroma samples
@@ -396,9 +394,9 @@ Ratio mpeg2_aspect(uint32_t code, Size shown) {
 void read_display_extension(BitReader &bits, Size &shown, Picture &picture) {
     bits.skip(3);
     if (bits.flag()) {
-        picture.colour.primaries = code_of(bits.get(8));
-        picture.colour.transfer = code_of(bits.get(8));
-        picture.colour.matrix = code_of(bits.get(8));
+        picture.colour.primaries = colour_code(bits.get(8));
+        picture.colour.transfer = colour_code(bits.get(8));
+        picture.colour.matrix = colour_code(bits.get(8));
     }
     const uint64_t width = bits.get(14);
     bits.skip(1);

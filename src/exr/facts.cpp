@@ -1,11 +1,10 @@
-#include "exr/facts.h"
-
 #include <algorithm>
 #include <bit>
 #include <cmath>
 
 #include "common/ordered_bytes.h"
 #include "common/values.h"
+#include "main/facts_of.h"
 
 namespace {
 

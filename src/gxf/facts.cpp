@@ -1,11 +1,10 @@
-#include "gxf/facts.h"
-
 #include <algorithm>
 #include <optional>
 
 #include "common/elementary.h"
 #include "common/names.h"
 #include "common/ordered_bytes.h"
+#include "main/facts_of.h"
 
 namespace {
 

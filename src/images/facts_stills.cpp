@@ -5,11 +5,11 @@
 #include <iterator>
 #include <optional>
 
+#include "common/elementary.h"
 #include "common/names.h"
 #include "common/ordered_bytes.h"
 #include "common/values.h"
-#include "images/facts.h"
-
+#include "main/facts_of.h"
 namespace {
 
 constexpr uint32_t kMostSide = 1 << 20;
@@ -24,14 +24,6 @@ Picture &still(Facts &facts, uint32_t width, uint32_t height, uint32_t bits, std
     picture.codec = std::move(codec);
     picture.frames = 1;
     return picture;
-}
-
-void judge_end(Input &input, Facts &facts, uint64_t end) {
-    if (end > input.size()) {
-        facts.cut(end, "the picture's end");
-    } else {
-        facts.whole(end);
-    }
 }
 
 const char *grey_or_colour(uint64_t channels) {
@@ -78,20 +70,17 @@ void bmp_facts(Input &input, Facts &facts) {
     const bool palette = depth <= 8;
     const uint32_t bits = palette ? depth : depth == 16 ? 5 : depth == 64 ? 16 : 8;
     const bool alpha = depth == 32 && size >= 56 && h.u32(66) != 0;
-    Picture &picture = still(facts, width, height, bits,
-                             palette ? "palette"
-                             : alpha ? "RGBA"
-                                     : "RGB",
-                             name_of(kCodecs, compression, ""));
+    const char *const components = palette ? "palette" : alpha ? "RGBA" : "RGB";
+    Picture &picture = still(facts, width, height, bits, components, name_of(kCodecs, compression));
     if (!core && h.s32(38) > 0 && h.s32(42) > 0 && h.s32(38) != h.s32(42))
         picture.pixel_aspect = Ratio{h.s32(42), h.s32(38)}.reduced();
-    facts.add_more("bits a pixel", std::to_string(depth));
+    facts.add_more("bits a pixel", depth);
     if (lines < 0) facts.add_more("orientation", "top down");
     const uint64_t offset = h.u32(10);
     const bool plain = picture.codec == "uncompressed";
     const uint64_t line = (uint64_t{width} * depth + 31) / 32 * 4;
     const uint64_t told = core ? 0 : h.u32(34);
-    if (plain || told > 0) judge_end(input, facts, offset + (plain ? line * height : told));
+    if (plain || told > 0) facts.reaches(offset + (plain ? line * height : told));
 }
 
 // There is no magic number: what is not possible is no TGA.
@@ -118,7 +107,7 @@ void tga_facts(Input &input, Facts &facts) {
           : alpha ? "RGBA"
                   : "RGB",
           type & 8 ? "RLE" : "uncompressed");
-    facts.add_more("bits a pixel", std::to_string(depth));
+    facts.add_more("bits a pixel", depth);
     const uint64_t size = input.size();
     const Bytes tail = input.present(size < 26 ? 0 : size - 26, 26);
     const bool footer = bytes_are(tail, 8, "TRUEVISION-XFILE.\0");
@@ -128,11 +117,11 @@ void tga_facts(Input &input, Facts &facts) {
     if (!footer && contains(tail, "TRUEVISION-XFIL")) {
         facts.cut(0, "the footer's end");
     } else if (!(type & 8)) {
-        judge_end(input, facts, data + pixels);
+        facts.reaches(data + pixels);
     } else if (footer) {
         facts.whole(size);
     } else if (const auto end = packets_end(input, data, uint64_t{h.u16(12)} * h.u16(14), (depth + 7) / 8)) {
-        judge_end(input, facts, *end);
+        facts.reaches(*end);
     }
 }
 
@@ -150,7 +139,7 @@ void sgi_facts(Input &input, Facts &facts) {
     still(facts, h.u16(6), height, 8 * bytes, grey_or_colour(channels), storage ? "RLE" : "uncompressed");
     facts.add_more("name", fixed_text(h.bytes, 24, 80));
     if (!storage) {
-        judge_end(input, facts, 512 + uint64_t{h.u16(6)} * height * channels * bytes);
+        facts.reaches(512 + uint64_t{h.u16(6)} * height * channels * bytes);
         return;
     }
     // Tables of where each line of each channel begins, and of its length.
@@ -159,7 +148,7 @@ void sgi_facts(Input &input, Facts &facts) {
     uint64_t end = 512 + 8 * rows;
     for (uint64_t i = 0; i < std::min(rows, tables.bytes.size() / 4); i++)
         end = std::max(end, uint64_t{tables.u32(4 * i)} + tables.u32(4 * (rows + i)));
-    judge_end(input, facts, end);
+    facts.reaches(end);
 }
 
 void softimage_facts(Input &input, Facts &facts) {
@@ -184,8 +173,7 @@ void softimage_facts(Input &input, Facts &facts) {
     }
     Picture &picture = still(facts, h.u16(92), h.u16(94), bits, components, codec);
     picture.scan = h.u16(100) < std::size(kFields) ? kFields[h.u16(100)] : Scan::unknown;
-    const double ratio = static_cast<double>(float_of_bits(h.u32(96)));
-    if (ratio > 0.01 && ratio < 100) picture.pixel_aspect = Ratio{std::llround(ratio * 1000), 1000}.reduced();
+    picture.pixel_aspect = aspect_of(static_cast<double>(float_of_bits(h.u32(96))));
     facts.variant = number_text(static_cast<double>(float_of_bits(h.u32(4))), 3);
     facts.add_more("comment", fixed_text(h.bytes, 8, 80));
 }
@@ -215,16 +203,13 @@ void add_png_chunk(OrderedBytes chunk, Facts &facts) {
 // ISO 15948. The chunks are walked by their headers: compressed data has many, as a rule of 8 to 64 KiB.
 void png_facts(Input &input, Facts &facts) {
     constexpr int kMostChunks = 1 << 16;
-    constexpr const char *kComponents[] = {"Y", "", "RGB", "palette", "YA", "", "RGBA"};
     const uint64_t size = input.size();
     const OrderedBytes h = big_endian(input.present(0, 33));
     if (!bytes_are(h.bytes, 12, "IHDR")) {
         facts.cut(33, "the header's end");
         return;
     }
-    const uint32_t type = h.u8(25);
-    still(facts, h.u32(16), h.u32(20), h.u8(24), type < std::size(kComponents) ? kComponents[type] : "",
-          "Deflate");
+    still(facts, h.u32(16), h.u32(20), h.u8(24), png_components(h.u8(25)), "Deflate");
     if (h.u8(28) == 1) facts.variant = "interlaced";
     const bool ends = size >= 12 && bytes_are(input.present(size - 12, 12), 4, "IEND");
     uint64_t at = 33;
@@ -301,7 +286,7 @@ void netpbm_facts(Input &input, Facts &facts) {
     const uint64_t line =
         kind == 0 ? (uint64_t{width} + 7) / 8 : uint64_t{width} * (kind == 2 ? 3 : 1) * bytes;
     if (!plain) {
-        judge_end(input, facts, header.data() + line * height);
+        facts.reaches(header.data() + line * height);
     } else {
         // A digit and what divides it from the next, but in PBM.
         const uint64_t samples = uint64_t{width} * height * (kind == 2 ? 3 : 1);

@@ -1,5 +1,3 @@
-#include "mpeg/facts.h"
-
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -7,6 +5,7 @@
 
 #include "common/elementary.h"
 #include "common/names.h"
+#include "main/facts_of.h"
 #include "mpeg/facts_streams.h"
 
 void Stream::add_time(int64_t time) {

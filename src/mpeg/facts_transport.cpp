@@ -4,7 +4,7 @@
 
 #include "common/elementary.h"
 #include "common/names.h"
-#include "mpeg/facts.h"
+#include "main/facts_of.h"
 #include "mpeg/facts_streams.h"
 
 namespace {

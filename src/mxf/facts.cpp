@@ -1,9 +1,7 @@
-#include "mxf/facts.h"
-
 #include <algorithm>
 
 #include "common/elementary.h"
-#include "mxf/facts_descriptors.h"
+#include "main/facts_of.h"
 #include "mxf/facts_metadata.h"
 #include "mxf/facts_partitions.h"
 
@@ -14,7 +12,6 @@ using namespace std::string_view_literals;
 constexpr uint64_t kMostMetadata = 3 << 19;  // bytes that are read of header metadata
 constexpr uint64_t kLastIndex = 131072;      // and of the end of an index
 constexpr size_t kMostTracks = 512;
-constexpr int64_t kSeconds = 86400;
 
 // A part of a track that plays a track of another package.
 struct Clip {
@@ -115,20 +112,16 @@ std::string pattern_text(Bytes label) {
 }
 
 std::string writer_of(const MetadataSet &identification) {
-    std::string writer = Metadata::text(identification, 0x3C01);
-    const std::string product = Metadata::text(identification, 0x3C02);
+    std::string writer =
+        product_text(Metadata::text(identification, 0x3C01), Metadata::text(identification, 0x3C02));
     std::string version = Metadata::text(identification, 0x3C04);
-    if (writer.empty() || product.starts_with(writer)) {
-        writer = product;
-    } else if (!product.empty()) {
-        writer += " " + product;
-    }
     const Bytes numbers = Metadata::item(identification, 0x3C03);
     if (version.empty() && numbers.size() == 10 && big64(numbers) != 0) {
         version = std::to_string(big16(numbers)) + "." + std::to_string(big16(numbers, 2)) + "." +
                   std::to_string(big16(numbers, 4));
     }
-    return version.empty() ? writer : writer + " " + version;
+    append(writer, version, " ");
+    return writer;
 }
 
 // Adds what only the stream tells.
@@ -159,10 +152,7 @@ Index read_index(Input &input, uint64_t start, uint64_t end) {
     end = std::min(end, input.size());
     const uint64_t from = end - std::min({end, kLastIndex, end - std::min(start, end)});
     const Bytes window = input.present(from, end - from);
-    const auto bytes = window.span(0, window.size());
-    const auto at = std::search(bytes.begin(), bytes.end(), kSegment.begin(), kSegment.end(),
-                                [](uint8_t a, char b) { return a == static_cast<uint8_t>(b); });
-    uint64_t place = static_cast<uint64_t>(at - bytes.begin());
+    uint64_t place = find_in(window, kSegment);
     for (int i = 0; i < 1000; i++) {
         const KlvPlace klv = klv_at(window, place);
         if (!klv.is_set) break;
@@ -347,13 +337,13 @@ void Reader::read_tracks() {
         if (is_tape && facts_.reel.empty()) facts_.reel = Metadata::text(*package.set, 0x4402);
         if (!is_tape && is_contained(package)) read_package(package);
     }
-    std::ranges::stable_sort(facts_.pictures, std::greater{},
-                             [](const Picture &p) { return uint64_t{p.width} * p.height; });
+    facts_.largest_first();
     if (played && played->duration > 0) facts_.lasts(played->duration, played->rate);
-    if (!facts_.duration.is_set() && !facts_.pictures.empty() && facts_.pictures[0].frames > 0)
-        facts_.lasts(facts_.pictures[0].frames, facts_.pictures[0].rate);
-    if (!facts_.duration.is_set() && !facts_.sounds.empty() && facts_.sounds[0].samples > 0)
-        facts_.lasts(facts_.sounds[0].samples, facts_.sounds[0].rate);
+    const auto last = [&](int64_t frames, Ratio rate) {
+        if (!facts_.duration.is_set() && frames > 0) facts_.lasts(frames, rate);
+    };
+    if (!facts_.pictures.empty()) last(facts_.pictures[0].frames, facts_.pictures[0].rate);
+    if (!facts_.sounds.empty()) last(facts_.sounds[0].samples, facts_.sounds[0].rate);
 }
 
 // The timecode of a package where what is played of it begins.
@@ -364,9 +354,8 @@ void Reader::add_timecode(const Package &package, int64_t start, Ratio rate, con
     const bool drop = Metadata::number(*track->timecode, 0x1503, 0) == 1;
     const int64_t first = static_cast<int64_t>(big64(Metadata::item(*track->timecode, 0x1501)));
     if (base < 1 || base > 1000 || first < 0 || first > INT64_MAX / 2) return;
-    const int64_t dropped = drop ? base / 15 * (1440 - 144) : 0;
-    const int64_t frames = (first + converted(start, rate, track->rate)) % (kSeconds * base - dropped);
-    facts_.add({frames, static_cast<uint32_t>(base), drop, place, {}});
+    facts_.add(counted_timecode(first + converted(start, rate, track->rate), static_cast<uint32_t>(base),
+                                drop, place));
 }
 
 // From the material through what it plays to the tape that this was recorded from.
@@ -390,14 +379,15 @@ void Reader::read_timecodes() {
         }
     }
     // Files of many essence packages repeat them.
-    std::vector<FileTimecode> once;
+    const auto is_same = [](const FileTimecode &a, const FileTimecode &b) {
+        return a.place == b.place && a.frames == b.frames && a.base == b.base;
+    };
+    auto end = facts_.timecodes.begin();
     for (FileTimecode &timecode : facts_.timecodes) {
-        const auto is_same = [&](const FileTimecode &t) {
-            return t.place == timecode.place && t.frames == timecode.frames && t.base == timecode.base;
-        };
-        if (std::ranges::none_of(once, is_same)) once.push_back(std::move(timecode));
+        if (std::none_of(facts_.timecodes.begin(), end, [&](const auto &t) { return is_same(t, timecode); }))
+            std::swap(*end++, timecode);
     }
-    facts_.timecodes = std::move(once);
+    facts_.timecodes.erase(end, facts_.timecodes.end());
 }
 
 void Reader::read_origin() {
@@ -449,21 +439,20 @@ void Reader::read_first_picture() {
 
 // Labels of the specifications that the file says it conforms to (SMPTE ST 377-1, Preface).
 std::string Reader::specifications() const {
-    using namespace std::string_view_literals;
     constexpr uint64_t kMost = 16;
     const std::vector<const MetadataSet *> prefaces = metadata_.all(SetKind::preface);
     if (prefaces.empty()) return "";
     const Bytes labels = metadata_.item(*prefaces[0], "\x01\x02\x02\x10\x02\x04\x00\x00"sv);
     std::string text;
     for (uint64_t i = 0; i < std::min<uint64_t>(big32(labels), kMost) && labels.has(8 + 16 * i, 16); i++)
-        text += (text.empty() ? "" : ", ") + label_digits(labels.sub(8 + 16 * i, 16));
+        append(text, label_digits(labels.sub(8 + 16 * i, 16)));
     return text;
 }
 
 void Reader::add_details() {
     facts_.add_more("header partition", partitions_.header->status_text());
     facts_.add_more("footer partition", partitions_.footer ? partitions_.footer->status_text() : "none");
-    if (partitions_.count > 0) facts_.add_more("partitions", std::to_string(partitions_.count));
+    if (partitions_.count > 0) facts_.add_more("partitions", partitions_.count);
     facts_.add_more("wrapping", wrapping_);
     facts_.add_more("coding label", coding_);
     facts_.add_more("container label", container_);
@@ -476,7 +465,7 @@ void Reader::add_details() {
         if (track && track->rate.is_set())
             facts_.add_more("edit rate", std::to_string(track->rate.n) + "/" + std::to_string(track->rate.d));
     }
-    if (data_tracks_ > 0) facts_.add_more("data tracks", std::to_string(data_tracks_));
+    if (data_tracks_ > 0) facts_.add_more("data tracks", data_tracks_);
 }
 
 void Reader::read() {

@@ -45,13 +45,6 @@ bool is_fill(Bytes key) {
            begins_as(key.from(8), "\x03\x01\x02\x10\x01"sv);
 }
 
-bool begins_as(Bytes b, std::string_view text) {
-    for (size_t i = 0; i < text.size(); i++) {
-        if (b[i] != static_cast<uint8_t>(text[i])) return false;
-    }
-    return b.size() >= text.size();
-}
-
 bool are_same(Bytes a, Bytes b) {
     for (uint64_t i = 0; i < a.size(); i++) {
         if (a[i] != b[i]) return false;

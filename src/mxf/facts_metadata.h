@@ -76,4 +76,12 @@ class Metadata {
 };
 
 bool are_same(Bytes a, Bytes b);
-bool begins_as(Bytes b, std::string_view text);
+
+// All that an essence descriptor (SMPTE ST 377-1, annex F) and its sub-descriptors tell of a picture: nothing
+// of how many frames there are.
+bool is_picture(const MetadataSet &descriptor);
+bool is_sound(const MetadataSet &descriptor);
+Picture picture_of(const Metadata &metadata, const MetadataSet &descriptor);
+Sound sound_of(const Metadata &metadata, const MetadataSet &descriptor);
+// "frame" or "clip" by the label of an essence container; empty for any other.
+std::string wrapping_of(Bytes container);

@@ -1,5 +1,3 @@
-#include "quicktime/facts.h"
-
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -9,31 +7,8 @@
 #include <utility>
 
 #include "common/values.h"
+#include "main/facts_of.h"
 #include "quicktime/facts_movie.h"
-
-Box box_at(Bytes holder, uint64_t at) {
-    Box box;
-    box.type = big32(holder, at + 4);
-    box.at = at;
-    box.size = big32(holder, at);
-    if (box.size == 1) {
-        box.header = 16;
-        box.size = big64(holder, at + 8);
-    } else if (box.size == 0 && box.type != 0) {
-        box.size = holder.size() - std::min(at, holder.size());
-    }
-    if (box.size < box.header) box.size = 0;
-    box.data = holder.sub(at + box.header, box.size - std::min(box.size, box.header));
-    return box;
-}
-
-Bytes find_box(Bytes holder, uint32_t type) {
-    Bytes found;
-    each_box(holder, [&](const Box &box) {
-        if (box.type == type && found.empty()) found = box.data;
-    });
-    return found;
-}
 
 SampleTable::SampleTable(Bytes stbl) {
     each_box(stbl, [&](const Box &box) {
@@ -227,8 +202,7 @@ Edits edits_of(const Movie &movie, const Track &track) {
             if (length == 0) edits.to_the_end = true;
         }
         if (big32(entry, step - 4) != 0x10000 && time >= 0) edits.other_rate = true;
-        if (i < 4) edits.text += (i > 0 ? ", " : "") + text;
-        if (i == 4) edits.text += ", ...";
+        if (i <= 4) append(edits.text, i < 4 ? text : "...");
     }
     return edits;
 }
@@ -283,7 +257,7 @@ void read_picture_track(Movie &movie, Track &track) {
         if (std::fabs(value - 1) * picture.width > 2 && value > 0.2 && value < 5)
             picture.pixel_aspect = aspect;
     }
-    if (track.rotation != 0) movie.facts.add_more("rotation", std::to_string(track.rotation));
+    if (track.rotation != 0) movie.facts.add_more("rotation", track.rotation);
     track.picture = static_cast<int>(movie.facts.pictures.size());
     movie.facts.pictures.push_back(std::move(picture));
 }
@@ -292,10 +266,8 @@ void read_sound_track(Movie &movie, Track &track) {
     Sound sound;
     read_sound_entry(movie.input, track, sound);
     if (track.timescale > 0 && sound.rate.is_set() && sound.rate.d == 1 && track.duration > 0) {
-        const double samples = static_cast<double>(track.duration) * static_cast<double>(sound.rate.n) /
-                               static_cast<double>(track.timescale);
-        if (samples < 9e15)
-            sound.samples = sound.rate.n == track.timescale ? track.duration : std::llround(samples);
+        const double samples = Ratio{track.duration, track.timescale}.value() * sound.rate.value();
+        if (samples < 9e15) sound.samples = std::llround(samples);
     }
     track.sound = static_cast<int>(movie.facts.sounds.size());
     movie.facts.sounds.push_back(std::move(sound));
@@ -318,17 +290,12 @@ void read_timecode_track(Movie &movie, const Track &track) {
     int64_t frames = wide ? static_cast<int64_t>(big64(sample)) : int64_t{big32(sample)};
     const Edits edits = edits_of(movie, track);
     if (edits.media_edits > 0 && frame > 0 && track.timescale > 0) frames += edits.first_time / frame;
-    FileTimecode timecode;
-    timecode.base = base;
-    timecode.drop = (flags & 1) != 0;
-    timecode.place = "track " + std::to_string(track.number);
-    const int64_t dropped = timecode.drop ? base / 15 * (24 * 60 - 24 * 6) : 0;
-    timecode.frames = frames % (int64_t{24} * 3600 * base - dropped);
-    if (frames >= 0) movie.facts.add(timecode);
+    const std::string track_name = "track " + std::to_string(track.number);
+    if (frames >= 0) movie.facts.add(counted_timecode(frames, base, (flags & 1) != 0, track_name));
 }
 
 // Names and values that writers leave (user data, iTunes and QuickTime metadata).
-using Metadata = std::map<std::string, std::string>;
+using Metadata = std::map<std::string, std::string, std::less<>>;
 
 void read_items(Bytes meta, Metadata &metadata) {
     const Bytes boxes = bytes_are(meta, 4, "hdlr") ? meta : meta.from(4);
@@ -336,7 +303,7 @@ void read_items(Bytes meta, Metadata &metadata) {
     const Bytes list = find_box(boxes, fourcc("keys"));
     uint64_t at = 8;
     for (uint32_t i = 0; i < big32(list, 4) && list.has(at, 8) && big32(list, at) >= 8; i++) {
-        keys.push_back(fixed_text(list, at + 8, std::min<uint64_t>(big32(list, at) - 8, 256)));
+        keys.push_back(fixed_text(list, at + 8, std::min(big32(list, at) - 8, 256U)));
         at += big32(list, at);
     }
     each_box(find_box(boxes, fourcc("ilst")), [&](const Box &item) {
@@ -344,7 +311,7 @@ void read_items(Bytes meta, Metadata &metadata) {
         const bool is_numbered = item.type >= 1 && item.type <= keys.size();
         if (big32(data) > 2) return;  // no text
         metadata.try_emplace(is_numbered ? keys[item.type - 1] : type_characters(item.type),
-                             fixed_text(data, 8, std::min<uint64_t>(data.size(), 1024)));
+                             fixed_text(data, 8, 1024));
     });
 }
 
@@ -356,32 +323,42 @@ void read_user_data(Bytes udta, Metadata &metadata) {
     });
 }
 
-std::string first_of(const Metadata &metadata, std::initializer_list<const char *> keys) {
-    for (const char *key : keys) {
-        const auto found = metadata.find(key);
-        if (found != metadata.end() && !found->second.empty()) return found->second;
-    }
-    return "";
-}
-
 void read_metadata(Movie &movie) {
+    // What the record or the format calls it, and what writers do.
+    struct Row {
+        std::string_view name;
+        std::string_view keys[4];
+    };
+    constexpr Row kRows[] = {
+        {"writer", {"\xA9swr", "com.apple.quicktime.software", "\xA9too", "software"}},
+        {"reel", {"com.apple.proapps.reel", "com.arri.camera.ReelName", "reel_name", "reel"}},
+        {"make", {"com.apple.quicktime.make", "\xA9mak"}},
+        {"model", {"com.apple.quicktime.model", "\xA9mod"}},
+        {"scene", {"com.apple.proapps.scene", "scene"}},
+        {"take", {"com.apple.proapps.shot", "take"}},
+        {"title", {"\xA9nam", "com.apple.quicktime.title", "com.apple.quicktime.displayname"}},
+        {"recorded",
+         {"com.apple.quicktime.creationdate",
+          "\xA9"
+          "day"}},
+    };
     Metadata metadata;
     read_user_data(find_box(movie.moov, fourcc("udta")), metadata);
     read_items(find_box(movie.moov, fourcc("meta")), metadata);
-    Facts &facts = movie.facts;
-    facts.writer = first_of(metadata, {"\xA9swr", "com.apple.quicktime.software", "\xA9too", "software"});
-    if (facts.reel.empty())
-        facts.reel =
-            first_of(metadata, {"com.apple.proapps.reel", "com.arri.camera.ReelName", "reel_name", "reel"});
-    facts.add_more("make", first_of(metadata, {"com.apple.quicktime.make", "\xA9mak"}));
-    facts.add_more("model", first_of(metadata, {"com.apple.quicktime.model", "\xA9mod"}));
-    facts.add_more("scene", first_of(metadata, {"com.apple.proapps.scene", "scene"}));
-    facts.add_more("take", first_of(metadata, {"com.apple.proapps.shot", "take"}));
-    facts.add_more("title", first_of(metadata, {"\xA9nam", "com.apple.quicktime.title",
-                                                "com.apple.quicktime.displayname"}));
-    facts.add_more("recorded", first_of(metadata, {"com.apple.quicktime.creationdate",
-                                                   "\xA9"
-                                                   "day"}));
+    for (const Row &row : kRows) {
+        std::string value;
+        for (const std::string_view key : row.keys) {
+            const auto found = metadata.find(key);
+            if (value.empty() && found != metadata.end()) value = found->second;
+        }
+        if (row.name == "writer") {
+            movie.facts.writer = value;
+        } else if (row.name != "reel") {
+            movie.facts.add_more(row.name, value);
+        } else if (movie.facts.reel.empty()) {
+            movie.facts.reel = value;
+        }
+    }
 }
 
 // Where the last chunk of a track ends, by the last entries of its tables.
@@ -499,7 +476,7 @@ void read_movie(Movie &movie, uint64_t end) {
             read_timecode_track(movie, track);
         }
         const std::string text = play(movie, track, rate);
-        if (!text.empty() && track.handler != fourcc("tmcd")) edits += (edits.empty() ? "" : "; ") + text;
+        if (track.handler != fourcc("tmcd")) append(edits, text, "; ");
         if (track.is_external) movie.facts.add_more("external data", "track " + std::to_string(track.number));
     }
     read_metadata(movie);
@@ -516,11 +493,7 @@ void read_movie(Movie &movie, uint64_t end) {
         judge_extent(movie, end);
     }
     set_duration(movie);
-    // The largest picture is the main one.
-    auto &pictures = movie.facts.pictures;
-    const auto area = [](const Picture &p) { return uint64_t{p.width} * p.height; };
-    const auto largest = std::ranges::max_element(pictures, {}, area);
-    if (largest != pictures.end()) std::rotate(pictures.begin(), largest, largest + 1);
+    movie.facts.largest_first();
 }
 
 // The name of what a file is by the major brand of its 'ftyp'; empty for pictures, which are none of ours.
@@ -571,7 +544,7 @@ void movie_facts(Input &input, Facts &facts) {
         if (box.type != fourcc("moov")) continue;
         facts.format = format_of(ftyp);
         if (!ftyp.empty()) facts.add_more("brand", fixed_text(ftyp, 0, 4));
-        const uint64_t start = box.at + box.header;
+        const uint64_t start = box.start();
         const bool is_small = box.data.size() <= kWholeHeader;
         Movie movie{input, facts, is_small ? input.present(start, box.data.size()) : box.data, is_small};
         read_movie(movie, at);

@@ -1,11 +1,10 @@
-#include "tiff/facts.h"
-
 #include <algorithm>
 #include <optional>
 
 #include "common/names.h"
 #include "common/ordered_bytes.h"
 #include "common/values.h"
+#include "main/facts_of.h"
 
 namespace {
 
