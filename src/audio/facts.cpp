@@ -69,6 +69,7 @@ struct Wave {
     bool is_open = false;
     int64_t told_samples = -1;  // of a fact chunk, or ds64
     uint64_t large_data = 0;    // of ds64
+    uint64_t last_end = 0;      // of chunks that are known to be some
     bool has_bext = false;
     int64_t time_reference = -1;
     std::string originator = {};
@@ -203,6 +204,8 @@ void judge_wave(Wave &wave) {
     if (!wave.has_data) return facts.cut(wave.input.size(), "no data");
     if (wave.is_open) return facts.open("no sizes");
     if (!wave.is_streamed) facts.reaches(end, "the end of the data");
+    // Some sizes count a pad byte that is not there.
+    if (wave.last_end > std::max(end, wave.input.size() + 1)) facts.cut(wave.last_end, "the last chunk");
     if (facts.extent.state != Extent::cut && is_coded && is_unwritten(wave.input, wave.data_start, end))
         facts.cut(end, "the end of the data (zeros)");
 }
@@ -210,7 +213,9 @@ void judge_wave(Wave &wave) {
 void read_wave(Wave &wave) {
     const Bytes file = wave.input.bytes();
     each_chunk(file, 12, file.size(), false, [&](Chunk &chunk) {
+        constexpr std::string_view kOthers = "LISTbextiXMLaxmlchnalevlcue PEAKJUNKid3 ID3 smplinst_PMXumid";
         const Bytes data = chunk.data;
+        if (kOthers.find(type_characters(chunk.type)) % 4 == 0) wave.last_end = chunk.end;
         switch (chunk.type) {
             case fourcc("ds64"): read_ds64(data, wave); break;
             case fourcc("fmt "): wave.block = wave_format(data, wave.sound); break;
@@ -258,12 +263,6 @@ void read_wave(Wave &wave) {
 }
 
 }  // namespace
-
-bool is_unwritten(Input &input, uint64_t start, uint64_t end) {
-    const uint64_t n = std::min<uint64_t>(end - std::min(start, end), 2048);
-    const Bytes tail = input.present(end - n, n);
-    return n >= 64 && tail.size() == n && is_zero(tail);
-}
 
 uint64_t wave_format(Bytes format, Sound &sound) {
     uint32_t tag = little16(format);

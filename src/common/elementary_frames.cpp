@@ -351,6 +351,27 @@ bool jpeg2000_picture(Bytes data, Bytes, Picture &picture) {
     return false;
 }
 
+// ISO/IEC 21122-1, A.4: the picture header and the component table behind the capabilities.
+bool jpegxs_picture(Bytes data, Bytes, Picture &picture) {
+    const Bytes stream = data.from(find_in(data.sub(0, 1024), "\xFF\x10\xFF\x50"));
+    const char *components = "";
+    if (!bytes_are(stream, 0, "\xFF\x10\xFF\x50")) return false;
+    for (uint64_t at = 2; stream[at] == 0xFF && stream[at + 1] < 0x20;
+         at += 2 + uint64_t{big16(stream, at + 2)}) {
+        if (stream[at + 1] == 0x12) {
+            picture.width = big16(stream, at + 12);
+            picture.height = big16(stream, at + 14);
+            const uint8_t transform = stream[at + 25] & 15;
+            components = stream[at + 20] == 1 ? "Y" : transform == 1 ? "RGB" : transform == 3 ? "Bayer" : "";
+        } else if (stream[at + 1] == 0x13) {
+            picture.bits = stream[at + 4];
+            picture.components =
+                *components ? components : chroma_text(stream[at + 7] >> 4, stream[at + 7] & 15);
+        }
+    }
+    return picture.bits != 0;
+}
+
 template <bool (*read)(Bytes, Picture &)>
 bool frame_alone(Bytes data, Bytes, Picture &picture) {
     return read(data, picture);
@@ -372,6 +393,7 @@ constexpr StreamReader kReaders[] = {
     {"DNx", frame_alone<vc3_frame>, true},
     {"DV", frame_alone<dv_frame>, true},
     {"JPEG 2000", jpeg2000_picture, true},
+    {"JPEG XS", jpegxs_picture},
     {"PNG", png_picture},
     {"CineForm", cineform_picture},
     {"FFV1", ffv1_picture},

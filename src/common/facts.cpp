@@ -253,6 +253,12 @@ int64_t decimal_in(std::string_view text, size_t at, size_t n) {
     return at + n <= text.size() ? decimal_in(text.substr(at, n)) : -1;
 }
 
+bool ends_in_zeros(Input &input, uint64_t start, uint64_t end, uint64_t least, uint64_t most) {
+    const uint64_t n = std::min(end - std::min(start, end), most);
+    const Bytes tail = input.present(end - n, n);
+    return n >= least && tail.size() == n && is_zero(tail);
+}
+
 std::string hex_text(Bytes b) {
     constexpr uint64_t kMost = 64;
     constexpr char kDigits[] = "0123456789abcdef";

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "common/bytes.h"
+#include "common/input.h"
 
 // n/d, not set where one of them is not positive.
 struct Ratio {
@@ -175,6 +176,10 @@ std::string number_text(double number, int digits = 6);
 // are none.
 int64_t decimal_in(std::string_view text);
 int64_t decimal_in(std::string_view text, size_t at, size_t n);
+// Whether the bytes before an offset, `most` at most, are all zeros, `least` at least: they were never
+// written where the format has no such zeros.
+bool ends_in_zeros(Input &input, uint64_t start, uint64_t end, uint64_t least, uint64_t most);
+
 // Bytes as hexadecimal digits, up to 64 of them.
 std::string hex_text(Bytes b);
 // A label of the SMPTE registers as "06.0e.2b.34.04.01.01.01-0d.01..."; empty where there are no 16 bytes.

@@ -279,13 +279,13 @@ void judge_extent(Input &input, const std::vector<Part> &parts, uint64_t tables,
     // Deep chunks have the sizes of their sample counts and of their samples, of 64 bits.
     const uint64_t end = deep ? last + fields + 24 + chunk.u64(fields) + chunk.u64(fields + 8)
                               : last + fields + 4 + chunk.u32(fields);
+    // No compression ends in zeros, but one may leave what it does not make smaller.
     const bool is_blank =
-        chunk.bytes.size() >= fields + 4 && (deep ? chunk.u64(fields) : chunk.u32(fields)) == 0;
-    if (last + fields + 4 > input.size() || end > input.size() || is_blank) {
-        facts.cut(end, is_blank ? "the last chunk holds zeros" : "the last chunk");
-    } else {
-        facts.whole(end);
-    }
+        chunk.bytes.size() >= fields + 4 &&
+        ((deep ? chunk.u64(fields) : chunk.u32(fields)) == 0 ||
+         (last_part->compression != 0 && end > last && ends_in_zeros(input, last + fields, end, 64, 1024)));
+    if (is_blank) return facts.cut(end, "the last chunk holds zeros");
+    facts.reaches(std::max(end, last + fields + 4), "the last chunk");
 }
 
 void add_details(const std::vector<Part> &parts, const Part &main, Facts &facts) {

@@ -146,9 +146,17 @@ void sgi_facts(Input &input, Facts &facts) {
     const uint64_t rows = uint64_t{height} * channels;
     const OrderedBytes tables = big_endian(input.present(512, 8 * rows));
     uint64_t end = 512 + 8 * rows;
-    for (uint64_t i = 0; i < std::min(rows, tables.bytes.size() / 4); i++)
-        end = std::max(end, uint64_t{tables.u32(4 * i)} + tables.u32(4 * (rows + i)));
+    uint64_t last = end;
+    for (uint64_t i = 0; i < std::min(rows, tables.bytes.size() / 4); i++) {
+        const uint64_t start = tables.u32(4 * i);
+        if (start + tables.u32(4 * (rows + i)) <= end) continue;
+        end = start + tables.u32(4 * (rows + i));
+        last = start;
+    }
     facts.reaches(end);
+    // A line begins with a count, and ends with a zero.
+    const bool is_blank = end > last + bytes && is_zero(input.present(last, bytes));
+    if (is_blank && end <= input.size()) facts.cut(end, "the last lines (zeros)");
 }
 
 void softimage_facts(Input &input, Facts &facts) {

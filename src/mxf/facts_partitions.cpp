@@ -48,9 +48,7 @@ struct Chain {
 
 // Whether what is left behind a place is all zeros, as far as the last 64 KiB tell.
 bool is_zero_from(Input &input, uint64_t place) {
-    const uint64_t size = input.size();
-    const uint64_t n = std::min(size - place, kTail);
-    return n > 0 && is_zero(input.present(size - n, n));
+    return ends_in_zeros(input, place, input.size(), 1, kTail);
 }
 
 Chain follow(Input &input, uint64_t place, int most) {

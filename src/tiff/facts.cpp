@@ -236,12 +236,12 @@ DataEnd data_end(Input &input, const Directory &directory) {
         last_size = counts.number(i);
         result.is_known = true;
     }
-    constexpr uint64_t kTail = 4096;
     if (!result.is_known || directory.number(kCompression, kUncompressed) == kUncompressed || last_size == 0)
         return result;
-    const uint64_t n = std::min(last_size, kTail);
-    const Bytes tail = input.present(result.end - n, n);
-    result.is_blank = n >= 16 && tail.size() == n && is_zero(tail);
+    // Codes that end with a sum or a marker hold no zeros there.
+    constexpr uint64_t kEnded[] = {5, 7, 8, 32946};
+    const bool is_ended = std::ranges::count(kEnded, directory.number(kCompression)) > 0;
+    result.is_blank = ends_in_zeros(input, result.end - last_size, result.end, 16, is_ended ? 64 : 4096);
     return result;
 }
 
