@@ -90,10 +90,7 @@ void read_usability(BitReader &bits, Picture &picture) {
             picture.colour.matrix = colour_code(bits.get(8));
         }
     }
-    if (bits.flag()) {  // places of chroma samples
-        bits.ue();
-        bits.ue();
-    }
+    if (bits.flag()) bits.skip_codes(2);  // places of chroma samples
 }
 
 bool read_timing(BitReader &bits, int64_t ticks, Picture &picture) {
@@ -133,8 +130,7 @@ int read_decoder_parameters(BitReader &bits) {
     const uint32_t n = bits.ue();
     bits.skip(8);
     for (uint32_t i = 0; i <= n && i < 32; i++) {
-        bits.ue();
-        bits.ue();
+        bits.skip_codes(2);
         bits.skip(1);
     }
     bits.skip(5);
@@ -178,8 +174,7 @@ bool read_h264(BitReader bits, Picture &picture, int &place) {
     if (order == 0) bits.ue();
     if (order == 1) {
         bits.skip(1);
-        bits.se();
-        bits.se();
+        bits.skip_codes(2);
         const uint32_t n = bits.ue();
         for (uint32_t i = 0; i < n && !bits.is_over(); i++) bits.se();
     }
@@ -269,15 +264,14 @@ bool skip_to_usability(BitReader &bits, unsigned sub_layers) {
     const uint32_t order_bits = bits.ue() + 4;
     const bool all_layers = bits.flag();
     for (unsigned i = all_layers ? 0 : sub_layers; i <= sub_layers; i++) {
-        for (int k = 0; k < 3; k++) bits.ue();
+        bits.skip_codes(3);
     }
-    for (int i = 0; i < 6; i++) bits.ue();
+    bits.skip_codes(6);
     if (bits.flag() && bits.flag()) skip_hevc_scaling(bits);
     bits.skip(2);
     if (bits.flag()) {  // PCM blocks
         bits.skip(8);
-        bits.ue();
-        bits.ue();
+        bits.skip_codes(2);
         bits.skip(1);
     }
     const uint32_t sets = bits.ue();
@@ -318,9 +312,7 @@ bool read_hevc(BitReader bits, Picture &picture) {
         const bool fields = bits.flag();
         bits.skip(1);
         if (fields) picture.scan = Scan::interlaced;
-        if (bits.flag()) {
-            for (int i = 0; i < 4; i++) bits.ue();
-        }
+        if (bits.flag()) bits.skip_codes(4);
         read_timing(bits, 1, picture);
     }
     if (picture.components == "4:4:4" && picture.colour.matrix == 0) picture.components = "RGB";

@@ -16,6 +16,9 @@ class BitReader {
     bool flag() { return get(1) != 0; }
     void skip(uint64_t n) { position_ += n; }
     uint32_t ue();  // Exp-Golomb codes (ITU-T H.264, 9.1)
+    void skip_codes(int n) {
+        while (n-- > 0) ue();
+    }
     int32_t se();
     uint64_t position() const { return position_; }
     bool is_over() const { return position_ > 8 * bytes_.size(); }

@@ -177,11 +177,9 @@ std::string components_of(const Directory &directory) {
             const Values subsampling = directory.values(kSubsampling);
             // Encoders that leave it out have it in their JPEG data.
             if (subsampling.count == 0 && directory.number(kCompression) == 7) return "YCbCr";
-            const uint64_t across = subsampling.has(0) ? subsampling.number(0) : 2;
-            const uint64_t down = subsampling.has(1) ? subsampling.number(1) : 2;
-            if (across == 1) return down == 1 ? "4:4:4" : "4:4:0";
-            if (across == 2) return down == 1 ? "4:2:2" : "4:2:0";
-            return across == 4 && down == 1 ? "4:1:1" : "YCbCr";
+            const std::string chroma = chroma_text(subsampling.has(0) ? subsampling.number(0) : 2,
+                                                   subsampling.has(1) ? subsampling.number(1) : 2);
+            return chroma.empty() ? "YCbCr" : chroma;
         }
         case 8:
         case 9:
@@ -264,11 +262,10 @@ void add_first_directory(const Directory &directory, Facts &facts) {
         facts.variant = std::to_string(version.number(0)) + "." + std::to_string(version.number(1));
     }
     std::string camera = directory.values(kMake).text();
-    const std::string model = directory.values(kModel).text();
-    if (!model.empty()) camera += (camera.empty() ? "" : " ") + model;
+    append(camera, directory.values(kModel).text(), " ");
     facts.add_more("camera", camera);
     const uint64_t orientation = directory.number(kOrientation, 1);
-    if (orientation != 1) facts.add_more("orientation", std::to_string(orientation));
+    if (orientation != 1) facts.add_more("orientation", orientation);
 }
 
 }  // namespace
@@ -309,10 +306,8 @@ void tiff_facts(Input &input, Facts &facts) {
         const Values below = directory.values(kSubDirectories);
         for (uint64_t i = 0; i < std::min<uint64_t>(below.count, 16); i++) waiting.push_back(below.number(i));
         if (is_first) add_first_directory(directory, facts);
-        if (!rate.is_set()) {
-            const Ratio found = directory.values(kFrameRate).ratio();
-            if (found.is_set()) rate = rate_of(found.n, found.d);
-        }
+        const Ratio told = directory.values(kFrameRate).ratio();
+        if (!rate.is_set()) rate = rate_of(told.n, told.d);
         if (!timecode.is_set()) timecode = dng_timecode(directory, rate);
         if (facts.reel.empty()) facts.reel = directory.values(kReelName).text();
 
@@ -324,19 +319,16 @@ void tiff_facts(Input &input, Facts &facts) {
         is_known = is_known || data.is_known;
         is_blank = is_blank || data.is_blank;
         const uint64_t area = uint64_t{picture.width} * picture.height;
-        if (area > largest) {
-            largest = area;
-            is_tiled = directory.number(kTileWidth) > 0;
-            facts.pictures.insert(facts.pictures.begin(), std::move(picture));
-        } else {
-            facts.pictures.push_back(std::move(picture));
-        }
+        if (area > largest) is_tiled = directory.number(kTileWidth) > 0;
+        largest = std::max(largest, area);
+        facts.pictures.push_back(std::move(picture));
     }
+    facts.largest_first();
     if (!facts.pictures.empty()) facts.pictures.front().rate = rate;
     facts.add(std::move(timecode));
-    if (is_tiled) facts.variant += facts.variant.empty() ? "tiled" : ", tiled";
-    if (pages > 1) facts.add_more("pages", std::to_string(pages));
-    if (facts.pictures.size() > 1) facts.add_more("pictures", std::to_string(facts.pictures.size()));
+    if (is_tiled) append(facts.variant, "tiled");
+    if (pages > 1) facts.add_more("pages", pages);
+    if (facts.pictures.size() > 1) facts.add_more("pictures", facts.pictures.size());
 
     if (is_cut) {
         facts.cut(end, "the directory");
