@@ -41,10 +41,7 @@ void read_common(Bytes comm, Aiff &aiff) {
 
 void aiff_facts(Input &input, Facts &facts) {
     const Bytes file = input.bytes();
-    if (!bytes_are(file, 8, "AIFF") && !bytes_are(file, 8, "AIFC")) {
-        facts.format.clear();
-        return;
-    }
+    if (!bytes_are(file, 8, "AIFF") && !bytes_are(file, 8, "AIFC")) return facts.format.clear();
     facts.format = fixed_text(file, 8, 4);
     Aiff aiff;
     each_chunk(file, 12, file.size(), true, [&](Chunk &chunk) {

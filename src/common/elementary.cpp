@@ -111,19 +111,38 @@ struct Size {
     uint64_t height = 0;
 };
 
-// Sets both sizes of a picture, of which lines and columns are cropped.
-bool set_sizes(Size coded, uint64_t columns, uint64_t lines, Picture &picture) {
-    const bool valid = coded.width > columns && coded.height > lines && coded.width <= kLargestSide &&
-                       coded.height <= kLargestSide;
-    if (!valid) return false;
-    picture.width = static_cast<uint32_t>(coded.width - columns);
-    picture.height = static_cast<uint32_t>(coded.height - lines);
-    if (columns + lines > 0) {
-        picture.coded_width = static_cast<uint32_t>(coded.width);
-        picture.coded_height = static_cast<uint32_t>(coded.height);
+// What both standards tell of a picture's samples; lines and columns that are cropped count in chroma
+// samples, and in lines of both fields.
+struct Coded {
+    Size size;
+    uint32_t chroma = 1;
+    bool planes = false;
+    uint32_t depth = 8;
+    uint64_t frame_lines = 1;
+    uint64_t crop[4] = {};
+
+    void read_crop(BitReader &bits) {
+        if (!bits.flag()) return;
+        for (uint64_t &side : crop) side = bits.ue();
     }
-    return true;
-}
+    bool set(Picture &picture) const {
+        const uint64_t across = !planes && (chroma == 1 || chroma == 2) ? 2 : 1;
+        const uint64_t down = (!planes && chroma == 1 ? 2 : 1) * frame_lines;
+        const uint64_t columns = across * (crop[0] + crop[1]);
+        const uint64_t lines = down * (crop[2] + crop[3]);
+        const bool valid = size.width > columns && size.height > lines && size.width <= kLargestSide &&
+                           size.height <= kLargestSide && chroma <= 3 && depth <= 16;
+        if (!valid) return false;
+        picture.width = static_cast<uint32_t>(size.width - columns);
+        picture.height = static_cast<uint32_t>(size.height - lines);
+        picture.coded_width = columns + lines > 0 ? static_cast<uint32_t>(size.width) : picture.coded_width;
+        picture.coded_height =
+            columns + lines > 0 ? static_cast<uint32_t>(size.height) : picture.coded_height;
+        picture.bits = depth;
+        picture.components = kChroma[chroma];
+        return true;
+    }
+};
 
 // Parameters of the reference decoder: bits of delays in a picture timing.
 int read_decoder_parameters(BitReader &bits) {
@@ -154,18 +173,16 @@ bool read_h264(BitReader bits, Picture &picture, int &place) {
     const uint32_t profile = bits.get(8);
     bits.skip(16);
     bits.ue();
-    uint32_t chroma = 1;
-    uint32_t depth = 8;
-    bool planes = false;
+    Coded coded;
     constexpr uint32_t kHigh[] = {100, 110, 122, 244, 44, 83, 86, 118, 128, 138, 139, 134, 135};
     if (std::ranges::find(kHigh, profile) != std::end(kHigh)) {
-        chroma = bits.ue();
-        if (chroma == 3) planes = bits.flag();
-        depth = 8 + bits.ue();
+        coded.chroma = bits.ue();
+        if (coded.chroma == 3) coded.planes = bits.flag();
+        coded.depth = 8 + bits.ue();
         bits.ue();
         bits.skip(1);
         const bool has_scaling = bits.flag();
-        for (int i = 0; has_scaling && i < (chroma == 3 ? 12 : 8); i++) {
+        for (int i = 0; has_scaling && i < (coded.chroma == 3 ? 12 : 8); i++) {
             if (bits.flag()) skip_scaling_list(bits, i < 6 ? 16 : 64);
         }
     }
@@ -180,23 +197,16 @@ bool read_h264(BitReader bits, Picture &picture, int &place) {
     }
     bits.ue();
     bits.skip(1);
-    const Size blocks{uint64_t{bits.ue()} + 1, uint64_t{bits.ue()} + 1};
+    coded.size = {16 * (uint64_t{bits.ue()} + 1), 16 * (uint64_t{bits.ue()} + 1)};
     const bool frames_only = bits.flag();
-    if (!frames_only) bits.skip(1);
-    bits.skip(1);
-    uint64_t crop[4] = {};
-    if (bits.flag()) {
-        for (uint64_t &side : crop) side = bits.ue();
+    if (!frames_only) {
+        coded.frame_lines = 2;
+        coded.size.height *= 2;
+        bits.skip(1);
     }
-    const uint64_t frame_lines = frames_only ? 1 : 2;
-    const uint64_t across = !planes && (chroma == 1 || chroma == 2) ? 2 : 1;
-    const uint64_t down = (!planes && chroma == 1 ? 2 : 1) * frame_lines;
-    if (bits.is_over() || chroma > 3 || depth > 14) return false;
-    if (!set_sizes({16 * blocks.width, 16 * blocks.height * frame_lines}, across * (crop[0] + crop[1]),
-                   down * (crop[2] + crop[3]), picture))
-        return false;
-    picture.bits = depth;
-    picture.components = kChroma[chroma];
+    bits.skip(1);
+    coded.read_crop(bits);
+    if (bits.is_over() || !coded.set(picture)) return false;
     picture.scan = frames_only ? Scan::progressive : Scan::interlaced;
     if (bits.flag()) {
         read_usability(bits, picture);
@@ -291,21 +301,14 @@ bool read_hevc(BitReader bits, Picture &picture) {
     bits.skip(1);
     skip_levels(bits, sub_layers);
     bits.ue();
-    const uint32_t chroma = bits.ue();
-    const bool planes = chroma == 3 && bits.flag();
-    const Size coded{bits.ue(), bits.ue()};
-    uint64_t crop[4] = {};
-    if (bits.flag()) {
-        for (uint64_t &side : crop) side = bits.ue();
-    }
-    const uint32_t depth = 8 + bits.ue();
+    Coded coded;
+    coded.chroma = bits.ue();
+    coded.planes = coded.chroma == 3 && bits.flag();
+    coded.size = {bits.ue(), bits.ue()};
+    coded.read_crop(bits);
+    coded.depth = 8 + bits.ue();
     bits.ue();
-    const uint64_t across = !planes && (chroma == 1 || chroma == 2) ? 2 : 1;
-    const uint64_t down = !planes && chroma == 1 ? 2 : 1;
-    if (bits.is_over() || chroma > 3 || depth > 16) return false;
-    if (!set_sizes(coded, across * (crop[0] + crop[1]), down * (crop[2] + crop[3]), picture)) return false;
-    picture.bits = depth;
-    picture.components = kChroma[chroma];
+    if (bits.is_over() || !coded.set(picture)) return false;
     if (skip_to_usability(bits, sub_layers)) {
         read_usability(bits, picture);
         bits.skip(1);

@@ -356,7 +356,7 @@ bool jpegxs_picture(Bytes data, Bytes, Picture &picture) {
     const Bytes stream = data.from(find_in(data.sub(0, 1024), "\xFF\x10\xFF\x50"));
     const char *components = "";
     if (!bytes_are(stream, 0, "\xFF\x10\xFF\x50")) return false;
-    for (uint64_t at = 2; stream[at] == 0xFF && stream[at + 1] < 0x20;
+    for (uint64_t at = 2; stream[at] == 0xFF && stream[at + 1] != 0x20;
          at += 2 + uint64_t{big16(stream, at + 2)}) {
         if (stream[at + 1] == 0x12) {
             picture.width = big16(stream, at + 12);

@@ -103,11 +103,9 @@ class Reader {
         return found == tracks_.end() ? nullptr : &*found;
     }
     Ratio rate() const {
-        const Track *track = main_track();
-        for (const Track &other : tracks_) {
-            if (!track && other.rate.is_set()) track = &other;
-        }
-        return track ? track->rate : Ratio{};
+        if (const Track *track = main_track()) return track->rate;
+        const auto found = std::ranges::find_if(tracks_, [](const Track &t) { return t.rate.is_set(); });
+        return found == tracks_.end() ? Ratio{} : found->rate;
     }
     int64_t fields_a_frame() const {
         const Track *track = main_track();
@@ -338,7 +336,7 @@ void Reader::read() {
     finish();
     read_umf();
     facts_.add(std::move(track_timecode_));
-    facts_.add_more("tracks", std::to_string(tracks_.size()));
+    facts_.add_more("tracks", tracks_.size());
     judge();
 }
 

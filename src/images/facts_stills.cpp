@@ -63,10 +63,8 @@ void bmp_facts(Input &input, Facts &facts) {
     constexpr uint32_t kDepths[] = {0, 1, 2, 4, 8, 16, 24, 32, 64};
     const bool known_depth = std::ranges::find(kDepths, depth) != std::end(kDepths);
     if (std::ranges::find(kSizes, size) == std::end(kSizes) || width > kMostSide || height > kMostSide ||
-        !known_depth) {
-        facts.format.clear();
-        return;
-    }
+        !known_depth)
+        return facts.format.clear();
     const bool palette = depth <= 8;
     const uint32_t bits = palette ? depth : depth == 16 ? 5 : depth == 64 ? 16 : 8;
     const bool alpha = depth == 32 && size >= 56 && h.u32(66) != 0;
@@ -96,10 +94,8 @@ void tga_facts(Input &input, Facts &facts) {
         depth == 8 || (!mapped && (depth == 15 || depth == 16 || depth == 24 || depth == 32));
     const bool known_map =
         map == 0 ? !mapped : map == 1 && (h.u8(7) == 15 || h.u8(7) == 16 || h.u8(7) == 24 || h.u8(7) == 32);
-    if (!known_type || !known_depth || !known_map || h.u16(12) == 0 || h.u16(14) == 0) {
-        facts.format.clear();
-        return;
-    }
+    if (!known_type || !known_depth || !known_map || h.u16(12) == 0 || h.u16(14) == 0)
+        return facts.format.clear();
     const bool alpha = (h.u8(17) & 15) > 0 && (depth == 32 || depth == 16);
     still(facts, h.u16(12), h.u16(14), depth == 15 || depth == 16 ? (grey ? 8 : 5) : 8,
           mapped  ? "palette"
@@ -130,18 +126,13 @@ void sgi_facts(Input &input, Facts &facts) {
     const uint32_t storage = h.u8(2);
     const uint32_t bytes = h.u8(3);
     const uint32_t dimensions = h.u16(4);
-    if (storage > 1 || bytes < 1 || bytes > 2 || dimensions < 1 || dimensions > 3) {
-        facts.format.clear();
-        return;
-    }
+    if (storage > 1 || bytes < 1 || bytes > 2 || dimensions < 1 || dimensions > 3)
+        return facts.format.clear();
     const uint32_t height = dimensions > 1 ? h.u16(8) : 1;
     const uint32_t channels = dimensions > 2 ? h.u16(10) : 1;
     still(facts, h.u16(6), height, 8 * bytes, grey_or_colour(channels), storage ? "RLE" : "uncompressed");
     facts.add_more("name", fixed_text(h.bytes, 24, 80));
-    if (!storage) {
-        facts.reaches(512 + uint64_t{h.u16(6)} * height * channels * bytes);
-        return;
-    }
+    if (!storage) return facts.reaches(512 + uint64_t{h.u16(6)} * height * channels * bytes);
     // Tables of where each line of each channel begins, and of its length.
     const uint64_t rows = uint64_t{height} * channels;
     const OrderedBytes tables = big_endian(input.present(512, 8 * rows));
@@ -163,10 +154,7 @@ void softimage_facts(Input &input, Facts &facts) {
     constexpr uint64_t kMostChannels = 8;
     constexpr Scan kFields[] = {Scan::unknown, Scan::interlaced, Scan::interlaced, Scan::progressive};
     const OrderedBytes h = big_endian(input.present(0, 104 + 4 * kMostChannels));
-    if (!bytes_are(h.bytes, 88, "PICT")) {
-        facts.format.clear();
-        return;
-    }
+    if (!bytes_are(h.bytes, 88, "PICT")) return facts.format.clear();
     std::string components;
     std::string codec;
     uint32_t bits = 0;
@@ -213,10 +201,7 @@ void png_facts(Input &input, Facts &facts) {
     constexpr int kMostChunks = 1 << 16;
     const uint64_t size = input.size();
     const OrderedBytes h = big_endian(input.present(0, 33));
-    if (!bytes_are(h.bytes, 12, "IHDR")) {
-        facts.cut(33, "the header's end");
-        return;
-    }
+    if (!bytes_are(h.bytes, 12, "IHDR")) return facts.cut(33, "the header's end");
     still(facts, h.u32(16), h.u32(20), h.u8(24), png_components(h.u8(25)), "Deflate");
     if (h.u8(28) == 1) facts.variant = "interlaced";
     const bool ends = size >= 12 && bytes_are(input.present(size - 12, 12), 4, "IEND");
@@ -224,16 +209,11 @@ void png_facts(Input &input, Facts &facts) {
     for (int i = 0; i < kMostChunks; i++) {
         const OrderedBytes chunk = big_endian(input.present(at, 256));
         const uint64_t end = at + 12 + chunk.u32(0);
-        if (chunk.bytes.size() < 8 || end > size) {
-            facts.cut(std::max(end, at + 12),
-                      bytes_are(chunk.bytes, 4, "IDAT") ? "picture data" : "the end chunk");
-            return;
-        }
+        if (chunk.bytes.size() < 8 || end > size)
+            return facts.cut(std::max(end, at + 12),
+                             bytes_are(chunk.bytes, 4, "IDAT") ? "picture data" : "the end chunk");
         const bool data = bytes_are(chunk.bytes, 4, "IDAT");
-        if (bytes_are(chunk.bytes, 4, "IEND") || (data && ends)) {
-            facts.whole(ends ? size : end);
-            return;
-        }
+        if (bytes_are(chunk.bytes, 4, "IEND") || (data && ends)) return facts.whole(ends ? size : end);
         if (chunk.u32(4) == 0) {
             facts.cut(end, "picture data: zeros in its place");
             return;
@@ -282,10 +262,7 @@ void netpbm_facts(Input &input, Facts &facts) {
     const uint32_t width = header.number();
     const uint32_t height = header.number();
     const uint32_t most = kind == 0 ? 1 : header.number();
-    if (width == 0 || height == 0 || most == 0 || most > 65535) {
-        facts.format.clear();
-        return;
-    }
+    if (width == 0 || height == 0 || most == 0 || most > 65535) return facts.format.clear();
     facts.format = kFormats[kind];
     facts.variant = plain ? "plain" : "raw";
     still(facts, width, height, static_cast<uint32_t>(std::bit_width(most)), kind == 2 ? "RGB" : "Y",

@@ -228,10 +228,7 @@ void read_codestream(Input &input, uint64_t start, uint64_t limit, Facts &facts)
     fill_picture(header, facts.picture());
     facts.picture().frames = 1;
     add_header_details(header, facts);
-    if (header.tile_parts == 0) {
-        facts.cut(present + 1, "the codestream's tiles");
-        return;
-    }
+    if (header.tile_parts == 0) return facts.cut(present + 1, "the codestream's tiles");
     const uint64_t first = start + header.tile_parts;
     const uint32_t most = present - start <= kSmallFile ? 70000 : kMostTileParts;
     uint64_t end = 0;

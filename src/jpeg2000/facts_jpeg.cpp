@@ -146,10 +146,8 @@ bool is_entropy_coded(std::span<const uint8_t> bytes) {
 
 void judge_extent(Input &input, const Segments &found, Facts &facts) {
     const uint64_t size = input.size();
-    if (found.scan == 0 || found.end > size) {
-        facts.cut(std::max(found.end, size) + 2, "the image data");
-        return;
-    }
+    if (found.scan == 0 || found.end > size)
+        return facts.cut(std::max(found.end, size) + 2, "the image data");
     const uint64_t n = std::min(kJpegTail, size - found.end);
     const Bytes tail = input.present(size - n, n);
     const uint64_t last = find_last_in(tail, "\xFF\xD9");
@@ -165,10 +163,7 @@ void judge_extent(Input &input, const Segments &found, Facts &facts) {
 void jpeg_facts(Input &input, Facts &facts) {
     const uint64_t size = input.size();
     const Bytes file = input.bytes(0, size);
-    if (size > 2 && file[2] != 0xFF) {
-        facts.format.clear();
-        return;
-    }
+    if (size > 2 && file[2] != 0xFF) return facts.format.clear();
     const Segments found = read_segments(file);
     Picture &picture = facts.picture();
     picture.codec = "JPEG";

@@ -194,10 +194,7 @@ void transport_facts(Input &input, Facts &facts) {
     const uint64_t size = input.size();
     Transport transport{facts};
     const Bytes head = input.present(0, kStreamHead);
-    if (!find_packets(head, transport)) {
-        facts.format.clear();
-        return;
-    }
+    if (!find_packets(head, transport)) return facts.format.clear();
     if (transport.packet != 188) facts.variant = std::to_string(transport.packet) + "-byte packets";
     // Maps may come behind the first packets of what they name.
     walk_packets(head.sub(0, kStreamHead / 2), 0, transport);

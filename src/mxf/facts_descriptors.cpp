@@ -157,7 +157,7 @@ constexpr auto kAudioLanguage = "\3\1\1\2\3\x15\0\0"sv;
 enum Layout : uint8_t { full_frame, separate_fields, single_field, mixed_fields, segmented_frame, unknown };
 
 Layout layout_of(const MetadataSet &d) {
-    const int64_t layout = Metadata::number(d, kFrameLayout, unknown);
+    const int64_t layout = d.number(kFrameLayout, unknown);
     return layout >= 0 && layout < unknown ? static_cast<Layout>(layout) : unknown;
 }
 
@@ -165,13 +165,12 @@ Layout layout_of(const MetadataSet &d) {
 // (ST 377-1, annex G).
 Scan field_order(const MetadataSet &d) {
     constexpr uint64_t kArrayHead = 8;
-    const Bytes map = Metadata::item(d, kLineMap);
+    const Bytes map = d.item(kLineMap);
     const uint32_t first = big32(map, kArrayHead);
     const uint32_t second = big32(map, kArrayHead + 4);
     if (first == 0 || second == 0 || first > INT32_MAX || second > INT32_MAX) return Scan::interlaced;
     const bool top_is_first_field = (first + second) % 2 == 1;
-    return top_is_first_field == (Metadata::number(d, kFieldDominance, 1) != 2) ? Scan::top_first
-                                                                                : Scan::bottom_first;
+    return top_is_first_field == (d.number(kFieldDominance, 1) != 2) ? Scan::top_first : Scan::bottom_first;
 }
 
 Scan scan_of(const MetadataSet &d) {
@@ -191,7 +190,7 @@ void read_sizes(const MetadataSet &d, Picture &picture) {
     const int64_t fields = layout == separate_fields || layout == segmented_frame ? 2 : 1;
     const auto side = [&](std::initializer_list<uint32_t> tags, int64_t times) {
         for (const uint32_t tag : tags) {
-            const int64_t value = Metadata::number(d, tag, 0);
+            const int64_t value = d.number(tag);
             if (value > 0 && value < INT32_MAX) return static_cast<uint32_t>(value * times);
         }
         return uint32_t{0};
@@ -208,7 +207,7 @@ void read_sizes(const MetadataSet &d, Picture &picture) {
 // What is told is the aspect of the picture, often of two or three digits: what is within half a percent of
 // square pixels is meant so.
 void read_aspect(const MetadataSet &d, Picture &picture) {
-    const Ratio shown = Metadata::ratio(d, kAspectRatio);
+    const Ratio shown = d.ratio(kAspectRatio);
     if (!shown.is_set() || picture.width == 0 || picture.height == 0) return;
     const Ratio aspect = Ratio{shown.n * picture.height, shown.d * picture.width}.reduced();
     picture.pixel_aspect = std::fabs(aspect.value() - 1) < 0.005 ? Ratio{1, 1} : aspect;
@@ -221,20 +220,19 @@ int range_of(int64_t black, int64_t white, uint32_t bits) {
 }
 
 void read_cdci(const MetadataSet &d, Picture &picture) {
-    picture.bits = static_cast<uint32_t>(std::clamp<int64_t>(Metadata::number(d, 0x3301, 0), 0, 64));
-    const bool alpha = Metadata::number(d, 0x3309, 0) > 0;
-    const int64_t across = Metadata::number(d, 0x3302, 0);
-    const int64_t down = across == 2 && Metadata::number(d, 0x3308, 1) == 2 ? 2 : 1;
+    picture.bits = d.number_below(0x3301, 64);
+    const bool alpha = d.number(0x3309) > 0;
+    const int64_t across = d.number(0x3302);
+    const int64_t down = across == 2 && d.number(0x3308, 1) == 2 ? 2 : 1;
     picture.components = chroma_text(static_cast<uint64_t>(across), static_cast<uint64_t>(down));
     if (alpha) append(picture.components, picture.components.empty() ? "" : "4", ":");
-    picture.colour.full_range =
-        range_of(Metadata::number(d, 0x3304, -1), Metadata::number(d, 0x3305, -1), picture.bits);
+    picture.colour.full_range = range_of(d.number(0x3304, -1), d.number(0x3305, -1), picture.bits);
 }
 
 // Pairs of a component's letter and its depth; 253 and 254 are floats of 16 and 32 bits.
 void read_rgba(const MetadataSet &d, Picture &picture) {
     constexpr uint64_t kMostPairs = 8;
-    const Bytes layout = Metadata::item(d, 0x3401);
+    const Bytes layout = d.item(0x3401);
     std::string letters;
     for (uint64_t i = 0; i < kMostPairs && layout[2 * i] != 0; i++) {
         const char letter = static_cast<char>(layout[2 * i] & ~0x20);
@@ -252,8 +250,7 @@ void read_rgba(const MetadataSet &d, Picture &picture) {
                          : has("XYZ") ? "XYZ"
                          : has("YUV") ? (alpha ? "4:4:4:4" : "4:4:4")
                                       : letters;
-    picture.colour.full_range =
-        range_of(Metadata::number(d, 0x3407, -1), Metadata::number(d, 0x3406, -1), picture.bits);
+    picture.colour.full_range = range_of(d.number(0x3407, -1), d.number(0x3406, -1), picture.bits);
 }
 
 std::vector<const MetadataSet *> sub_descriptors(const Metadata &metadata, const MetadataSet &d) {
@@ -291,11 +288,11 @@ bool is_sound(const MetadataSet &d) {
 
 Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
     Picture picture;
-    const Bytes coding = Metadata::item(d, kPictureCoding);
-    picture.codec = picture_codec_of(coding, Metadata::item(d, kContainerFormat));
+    const Bytes coding = d.item(kPictureCoding);
+    picture.codec = picture_codec_of(coding, d.item(kContainerFormat));
     if (picture.codec.empty() && d.kind == SetKind::mpeg2_video) picture.codec = "MPEG-2";
     picture.scan = scan_of(d);
-    picture.rate = Metadata::ratio(d, kSampleRate);
+    picture.rate = d.ratio(kSampleRate);
     if (picture.rate.value() > 1000) picture.rate = {};
     read_sizes(d, picture);
     if (picture.codec == "DVCPRO HD") {
@@ -303,9 +300,9 @@ Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
         picture.coded_width = picture.coded_height = 0;
     }
     read_aspect(d, picture);
-    picture.colour.transfer = colour_code(kTransfers, Metadata::item(d, kTransfer), "\4\1\1\1\1"sv);
-    picture.colour.matrix = colour_code(kEquations, Metadata::item(d, kCodingEquations), "\4\1\1\1\2"sv);
-    picture.colour.primaries = colour_code(kPrimaries, Metadata::item(d, kColourPrimaries), "\4\1\1\1\3"sv);
+    picture.colour.transfer = colour_code(kTransfers, d.item(kTransfer), "\4\1\1\1\1"sv);
+    picture.colour.matrix = colour_code(kEquations, d.item(kCodingEquations), "\4\1\1\1\2"sv);
+    picture.colour.primaries = colour_code(kPrimaries, d.item(kColourPrimaries), "\4\1\1\1\3"sv);
     if (d.kind == SetKind::rgba) {
         read_rgba(d, picture);
     } else {
@@ -327,14 +324,13 @@ Sound sound_of(const Metadata &metadata, const MetadataSet &d) {
         {"sgM", "mono"}, {"sg1", "mono"}, {"sgST", "stereo"},   {"sgLtRt", "Lt Rt"}, {"sg51", "5.1"},
         {"sg61", "6.1"}, {"sg71", "7.1"}, {"sgSDS", "7.1 SDS"}, {"sg71DS", "7.1"},   {"sgDM", "dual mono"}};
     Sound sound;
-    sound.channels = static_cast<uint32_t>(std::clamp<int64_t>(Metadata::number(d, 0x3D07, 0), 0, 1024));
-    sound.rate = Metadata::ratio(d, 0x3D03);
-    sound.codec = name_behind(Metadata::item(d, 0x3D06), "\4\2\2"sv, kSounds);
+    sound.channels = d.number_below(0x3D07, 1024);
+    sound.rate = d.ratio(0x3D03);
+    sound.codec = name_behind(d.item(0x3D06), "\4\2\2"sv, kSounds);
     if (sound.codec.empty())
-        sound.codec = name_behind(Metadata::item(d, kContainerFormat), kContainer, kSoundContainers);
+        sound.codec = name_behind(d.item(kContainerFormat), kContainer, kSoundContainers);
     if (sound.codec.empty() && d.kind != SetKind::generic_sound) sound.codec = "PCM";
-    if (sound.codec == "PCM")
-        sound.bits = static_cast<uint32_t>(std::clamp<int64_t>(Metadata::number(d, 0x3D01, 0), 0, 64));
+    if (sound.codec == "PCM") sound.bits = d.number_below(0x3D01, 64);
     for (const MetadataSet *sub : sub_descriptors(metadata, d)) {
         if (sub->kind != SetKind::soundfield_group) continue;
         const auto text = [&](std::string_view label) {

@@ -274,10 +274,7 @@ void tiff_facts(Input &input, Facts &facts) {
     const Bytes head = input.present(0, 16);
     const OrderedBytes header = head[0] == 'M' ? big_endian(head) : little_endian(head);
     const bool big = header.u16(2) == 43;
-    if (header.u16(2) != 42 && !big) {
-        facts.format.clear();
-        return;
-    }
+    if (header.u16(2) != 42 && !big) return facts.format.clear();
     if (big) facts.variant = "BigTIFF";
 
     std::vector<uint64_t> seen;

@@ -43,7 +43,8 @@ TEST(ExrFacts, LastChunks) {
     const std::string sizes = little().u64(20).u64(1980).u64(9000).str();
     const std::string tiled = file(0x202, header(9, tiles), little().zeros(16).u32(2000).raw(data).str());
     const std::string deep_tiled = file(0x802, header(2, deep), std::string(16, '\0') + sizes + data);
-    const std::string plain = file(2, header(0, ""), little().u32(0).u32(2000).raw(data).str());
+    const std::string plain = file(2, header(0, attribute("chunkCount", "int", little().u32(1).str())),
+                                   little().u32(0).u32(2000).raw(data).str());
     EXPECT_EQ(facts_of(tiled),
               "EXR tiled | 64x32 DWAB RGB 16 bits float 1 frames | whole | channels: B G R | tiles: 64x32");
     EXPECT_EQ(facts_of(deep_tiled),
