@@ -1,6 +1,8 @@
 // Boxes of files after ISO 14496-12 and ISO 15444-1, atoms of QuickTime files.
 #pragma once
 
+#include <string_view>
+
 #include "common/bytes.h"
 
 struct Box {
@@ -42,11 +44,15 @@ void each_box(Bytes holder, Use use) {
     }
 }
 
-// What the first box of a type holds; empty where there is none.
-inline Bytes find_box(Bytes holder, uint32_t type) {
-    Bytes found;
-    each_box(holder, [&](const Box &box) {
-        if (box.type == type && found.empty()) found = box.data;
-    });
-    return found;
+// What the first box of a type holds, or of each in a path of them ("mdia/minf/stbl"); empty where there is
+// none.
+inline Bytes find_box(Bytes holder, std::string_view path) {
+    for (size_t at = 0; at + 4 <= path.size(); at += 5) {
+        Bytes found;
+        each_box(holder, [&](const Box &box) {
+            if (found.empty() && begins_as(holder.from(box.at + 4), path.substr(at, 4))) found = box.data;
+        });
+        holder = found;
+    }
+    return holder;
 }

@@ -63,8 +63,8 @@ std::string language_of(uint32_t code) {
     if (code < 0x400 || code == 0x7FFF) return "";
     std::string text;
     for (const int shift : {10, 5, 0}) text += static_cast<char>(0x60 + (code >> shift & 31));
-    const bool letters = std::ranges::all_of(text, [](char c) { return c >= 'a' && c <= 'z'; });
-    return letters && text != "und" ? text : "";
+    const bool is_known = text != "und" && text.find_first_not_of("abcdefghijklmnopqrstuvwxyz") == text.npos;
+    return is_known ? text : "";
 }
 
 // Seconds since 1904, UTC.
@@ -95,21 +95,18 @@ void read_track_header(Bytes tkhd, Track &track) {
 Track read_track(Bytes trak, uint32_t number) {
     Track track;
     track.number = number;
-    const Bytes mdia = find_box(trak, fourcc("mdia"));
-    read_track_header(find_box(trak, fourcc("tkhd")), track);
-    track.edits = find_box(find_box(trak, fourcc("edts")), fourcc("elst"));
-    const Bytes mdhd = find_box(mdia, fourcc("mdhd"));
+    read_track_header(find_box(trak, "tkhd"), track);
+    track.edits = find_box(trak, "edts/elst");
+    const Bytes mdhd = find_box(trak, "mdia/mdhd");
     const uint64_t more = mdhd[0] == 1 ? 12 : 0;
     track.timescale = big32(mdhd, mdhd[0] == 1 ? 20 : 12);
     track.duration = duration_of(mdhd, 16);
     track.language = language_of(big16(mdhd, 20 + more));
-    track.handler = big32(find_box(mdia, fourcc("hdlr")), 8);
-    track.media_information = find_box(mdia, fourcc("minf"));
-    track.table = find_box(track.media_information, fourcc("stbl"));
-    const Bytes dref = find_box(find_box(track.media_information, fourcc("dinf")), fourcc("dref"));
+    track.handler = big32(find_box(trak, "mdia/hdlr"), 8);
+    track.table = find_box(trak, "mdia/minf/stbl");
+    const Bytes dref = find_box(trak, "mdia/minf/dinf/dref");
     track.is_external = big32(dref, 4) > 0 && dref.size() >= 20 && (dref[19] & 1) == 0;
-    const Bytes stsd = find_box(track.table, fourcc("stsd"));
-    const Box entry = box_at(stsd, 8);
+    const Box entry = box_at(find_box(track.table, "stsd"), 8);
     track.codec = entry.type;
     track.description = entry.data;
     return track;
@@ -209,7 +206,7 @@ Edits edits_of(const Movie &movie, const Track &track) {
 
 // The composition offset of the first sample: where a track that has B frames begins.
 int64_t first_offset(Bytes table) {
-    const Bytes ctts = find_box(table, fourcc("ctts"));
+    const Bytes ctts = find_box(table, "ctts");
     return big32(ctts, 4) > 0 ? static_cast<int32_t>(big32(ctts, 12)) : 0;
 }
 
@@ -220,13 +217,11 @@ std::string play(const Movie &movie, Track &track, Ratio rate) {
     const Edits edits = edits_of(movie, track);
     if (edits.media_edits + edits.empty_edits == 0 || movie.timescale <= 0) return "";
     const double tick = 1.0 / static_cast<double>(movie.timescale);
-    const bool is_sound = track.sound >= 0;
     const int64_t rest = track.duration + first_offset(track.table) - edits.first_time;
     const double rest_seconds = static_cast<double>(rest) / static_cast<double>(track.timescale);
-    const double skipped = static_cast<double>(edits.first_time - first_offset(track.table)) /
-                           static_cast<double>(track.timescale);
+    const double skipped = static_cast<double>(track.duration - rest) / static_cast<double>(track.timescale);
     // Sound that is coded begins with what its decoder needs, and ends with what fills a frame.
-    const double slack = is_sound && !track.raw ? 0.1 : 1.5 * tick;
+    const double slack = track.sound >= 0 && !track.raw ? 0.1 : 1.5 * tick;
     const bool is_single = edits.media_edits == 1 && edits.empty_edits == 0 && !edits.other_rate;
     const bool to_the_end = edits.to_the_end || std::fabs(edits.seconds - rest_seconds) <= 1.5 * tick;
     if (is_single && to_the_end && rest > 0) {
@@ -249,14 +244,11 @@ void read_picture_track(Movie &movie, Track &track) {
     const SampleTable table(track.table);
     read_picture_entry(movie.input, track, picture, movie.facts);
     set_rate(track, table, picture);
-    if (!picture.pixel_aspect.is_set() && track.width > 0 && track.height > 0 && picture.width > 0) {
-        const Ratio aspect =
-            Ratio{int64_t{track.width} * picture.height, int64_t{track.height} * picture.width}.reduced();
-        const double value = aspect.value();
-        // The track's size is in whole pixels.
-        if (std::fabs(value - 1) * picture.width > 2 && value > 0.2 && value < 5)
-            picture.pixel_aspect = aspect;
-    }
+    const Ratio aspect{int64_t{track.width} * picture.height, int64_t{track.height} * picture.width};
+    const bool is_likely = aspect.value() > 0.2 && aspect.value() < 5;
+    // The track's size is in whole pixels.
+    if (!picture.pixel_aspect.is_set() && is_likely && std::fabs(aspect.value() - 1) * picture.width > 2)
+        picture.pixel_aspect = aspect.reduced();
     if (track.rotation != 0) movie.facts.add_more("rotation", track.rotation);
     track.picture = static_cast<int>(movie.facts.pictures.size());
     movie.facts.pictures.push_back(std::move(picture));
@@ -279,7 +271,7 @@ void read_timecode_track(Movie &movie, const Track &track) {
     const uint32_t flags = big32(entry, 12);
     const int64_t frame = big32(entry, 20);
     const uint32_t base = entry[24];
-    const Bytes name = find_box(entry.from(26), fourcc("name"));
+    const Bytes name = find_box(entry.from(26), "name");
     if (movie.facts.reel.empty()) movie.facts.reel = fixed_text(name, 4, big16(name));
     const SampleTable table(track.table);
     const uint64_t place = table.chunk_count > 0 ? table.chunk(0) : track.in_fragment;
@@ -300,14 +292,14 @@ using Metadata = std::map<std::string, std::string, std::less<>>;
 void read_items(Bytes meta, Metadata &metadata) {
     const Bytes boxes = bytes_are(meta, 4, "hdlr") ? meta : meta.from(4);
     std::vector<std::string> keys;
-    const Bytes list = find_box(boxes, fourcc("keys"));
+    const Bytes list = find_box(boxes, "keys");
     uint64_t at = 8;
     for (uint32_t i = 0; i < big32(list, 4) && list.has(at, 8) && big32(list, at) >= 8; i++) {
         keys.push_back(fixed_text(list, at + 8, std::min(big32(list, at) - 8, 256U)));
         at += big32(list, at);
     }
-    each_box(find_box(boxes, fourcc("ilst")), [&](const Box &item) {
-        const Bytes data = find_box(item.data, fourcc("data"));
+    each_box(find_box(boxes, "ilst"), [&](const Box &item) {
+        const Bytes data = find_box(item.data, "data");
         const bool is_numbered = item.type >= 1 && item.type <= keys.size();
         if (big32(data) > 2) return;  // no text
         metadata.try_emplace(is_numbered ? keys[item.type - 1] : type_characters(item.type),
@@ -337,14 +329,11 @@ void read_metadata(Movie &movie) {
         {"scene", {"com.apple.proapps.scene", "scene"}},
         {"take", {"com.apple.proapps.shot", "take"}},
         {"title", {"\xA9nam", "com.apple.quicktime.title", "com.apple.quicktime.displayname"}},
-        {"recorded",
-         {"com.apple.quicktime.creationdate",
-          "\xA9"
-          "day"}},
+        {"recorded", {"com.apple.quicktime.creationdate", "\251day"}},
     };
     Metadata metadata;
-    read_user_data(find_box(movie.moov, fourcc("udta")), metadata);
-    read_items(find_box(movie.moov, fourcc("meta")), metadata);
+    read_user_data(find_box(movie.moov, "udta"), metadata);
+    read_items(find_box(movie.moov, "meta"), metadata);
     for (const Row &row : kRows) {
         std::string value;
         for (const std::string_view key : row.keys) {
@@ -422,22 +411,16 @@ void judge_extent(Movie &movie, uint64_t header_end) {
             inside.emplace_back(&track, reach);
         }
     }
-    if (!beyond.empty()) {
-        movie.facts.cut(claimed, list_of_tracks(beyond));
-    } else if (header_end > size || is_damaged || movie.tracks.empty()) {
-        movie.facts.cut(claimed, "the end of moov");
-    } else {
-        for (const auto &[track, reach] : inside) {
-            if (movie.input.reads() <= kMostReads &&
-                is_unwritten(movie.input, *track, reach.end, reach.last_size))
-                beyond.push_back(track->number);
-        }
-        if (!beyond.empty()) {
-            movie.facts.cut(claimed, list_of_tracks(beyond) + " (zeros)");
-        } else if (has_data) {
-            movie.facts.whole(claimed);
-        }
+    Facts &facts = movie.facts;
+    if (!beyond.empty()) return facts.cut(claimed, list_of_tracks(beyond));
+    if (header_end > size || is_damaged || movie.tracks.empty()) return facts.cut(claimed, "the end of moov");
+    for (const auto &[track, reach] : inside) {
+        const bool is_read = movie.input.reads() <= kMostReads;
+        if (is_read && is_unwritten(movie.input, *track, reach.end, reach.last_size))
+            beyond.push_back(track->number);
     }
+    if (!beyond.empty()) return facts.cut(claimed, list_of_tracks(beyond) + " (zeros)");
+    if (has_data) facts.whole(claimed);
 }
 
 // The picture's duration, unless something else is played on much longer.
@@ -455,7 +438,7 @@ void set_duration(Movie &movie) {
 }
 
 void read_movie(Movie &movie, uint64_t end) {
-    const Bytes mvhd = find_box(movie.moov, fourcc("mvhd"));
+    const Bytes mvhd = find_box(movie.moov, "mvhd");
     movie.timescale = big32(mvhd, mvhd[0] == 1 ? 20 : 12);
     movie.facts.date = date_of(mvhd[0] == 1 ? big64(mvhd, 4) : big32(mvhd, 4));
     Bytes extends;
@@ -541,9 +524,9 @@ void movie_facts(Input &input, Facts &facts) {
         if (box.type != fourcc("moov")) continue;
         facts.format = format_of(ftyp);
         if (!ftyp.empty()) facts.add_more("brand", fixed_text(ftyp, 0, 4));
-        const uint64_t start = box.start();
         const bool is_small = box.data.size() <= kWholeHeader;
-        Movie movie{input, facts, is_small ? input.present(start, box.data.size()) : box.data, is_small};
+        const Bytes moov = is_small ? input.present(box.start(), box.data.size()) : box.data;
+        Movie movie{input, facts, moov, is_small};
         read_movie(movie, at);
         if (facts.format.empty()) facts = Facts{};
         return;

@@ -149,7 +149,7 @@ void set_by_depth(uint32_t depth, Picture &picture) {
 uint32_t protected_type(Bytes boxes, uint32_t type) {
     const bool is_protected = type == fourcc("encv") || type == fourcc("enca") || type == fourcc("drmi") ||
                               type == fourcc("drms") || type == fourcc("p608");
-    const Bytes original = is_protected ? find_box(find_box(boxes, fourcc("sinf")), fourcc("frma")) : Bytes{};
+    const Bytes original = is_protected ? find_box(boxes, "sinf/frma") : Bytes{};
     return original.empty() ? type : big32(original);
 }
 
@@ -186,7 +186,7 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
         if (box.type == fourcc("fiel") && scan_of(data[0], data[1]) != Scan::unknown)
             picture.scan = scan_of(data[0], data[1]);
         if (box.type == fourcc("colr")) read_colours(data, picture);
-        const Bytes jp2_colour = box.type == fourcc("jp2h") ? find_box(data, fourcc("colr")) : Bytes{};
+        const Bytes jp2_colour = box.type == fourcc("jp2h") ? find_box(data, "colr") : Bytes{};
         if (jp2_colour[0] == 1 && big32(jp2_colour, 3) == 16) picture.components = "RGB";  // sRGB
         if (box.type == fourcc("pasp")) {
             const Ratio aspect{big32(data, 0), big32(data, 4)};

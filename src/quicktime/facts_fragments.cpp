@@ -83,7 +83,7 @@ void add_fragment(Fragments &fragments, const Box &moof) {
     uint64_t next = moof.at;
     each_box(moof.data, [&](const Box &traf) {
         if (traf.type != fourcc("traf")) return;
-        const Bytes tfhd = find_box(traf.data, fourcc("tfhd"));
+        const Bytes tfhd = find_box(traf.data, "tfhd");
         const uint32_t flags = big32(tfhd) & 0xFFFFFF;
         const auto found = fragments.runs.find(big32(tfhd, 4));
         if (found == fragments.runs.end()) return;
@@ -99,7 +99,7 @@ void add_fragment(Fragments &fragments, const Box &moof) {
         const uint32_t duration = static_cast<uint32_t>(field(8, 4, run.default_duration));
         const uint32_t size = static_cast<uint32_t>(field(16, 4, run.default_size));
         next = base;
-        const Bytes tfdt = find_box(traf.data, fourcc("tfdt"));
+        const Bytes tfdt = find_box(traf.data, "tfdt");
         if (!tfdt.empty()) run.end = tfdt[0] == 1 ? big64(tfdt, 4) : big32(tfdt, 4);
         if (!run.has_start) run.start = run.end;
         run.has_start = true;

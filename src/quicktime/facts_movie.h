@@ -39,7 +39,6 @@ struct Track {
     uint32_t height = 0;
     int rotation = 0;
     std::string language;
-    Bytes media_information;
     Bytes table;  // stbl
     Bytes description;
     Bytes edits;

@@ -54,6 +54,8 @@ constexpr CodeName kCompressions[] = {
     {6, "JPEG"},
     {7, "JPEG"},
     {8, "Deflate"},
+    {9, "JBIG"},
+    {10, "JBIG"},
     {32771, "CCITT RLE"},
     {32773, "PackBits"},
     {32809, "ThunderScan"},
