@@ -51,24 +51,6 @@ std::string jpeg_chroma(Bytes components) {
     return chroma_text(shared(4), shared(0));
 }
 
-// The frame header of JPEG (ITU-T T.81, B.2.2): precision and sampling factors.
-bool jpeg_frame(Bytes frame, Picture &picture) {
-    uint64_t at = 2;
-    if (big16(frame) != 0xFFD8) return false;
-    for (int i = 0; i < 64 && frame.has(at, 10) && frame[at] == 0xFF; i++) {
-        const uint8_t marker = frame[at + 1];
-        if (marker >= 0xC0 && marker <= 0xC3) {
-            picture.bits = frame[at + 4];
-            const uint8_t parts = frame[at + 9];
-            if (parts == 1) picture.components = "Y";
-            if (parts == 3) picture.components = jpeg_chroma(frame.from(at + 10));
-            return true;
-        }
-        at += 2 + uint64_t{big16(frame, at + 2)};
-    }
-    return false;
-}
-
 bool prores_frame(Bytes frame, Picture &picture) {
     if (!bytes_are(frame, 4, "icpf") || big16(frame, 8) < 20) return false;
     picture.width = big16(frame, 16);

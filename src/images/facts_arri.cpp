@@ -1,6 +1,7 @@
 #include "common/ordered_bytes.h"
 #include "common/values.h"
 #include "main/facts_of.h"
+
 namespace {
 
 constexpr uint64_t kHeader = 4096;

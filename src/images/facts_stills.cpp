@@ -10,6 +10,7 @@
 #include "common/ordered_bytes.h"
 #include "common/values.h"
 #include "main/facts_of.h"
+
 namespace {
 
 constexpr uint32_t kMostSide = 1 << 20;

@@ -5,6 +5,7 @@
 #include "common/names.h"
 #include "common/ordered_bytes.h"
 #include "main/facts_of.h"
+
 namespace {
 
 constexpr uint32_t kMostJpegSegments = 1000;
@@ -159,6 +160,14 @@ void judge_extent(Input &input, const Segments &found, Facts &facts) {
 }
 
 }  // namespace
+
+bool jpeg_frame(Bytes frame, Picture &picture) {
+    if (big16(frame) != 0xFFD8) return false;
+    const Segments found = read_segments(frame);
+    picture.bits = found.frame[0];
+    picture.components = components_of(found);
+    return !found.frame.empty();
+}
 
 void jpeg_facts(Input &input, Facts &facts) {
     const uint64_t size = input.size();
