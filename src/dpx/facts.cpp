@@ -111,30 +111,27 @@ uint64_t samples_of(uint32_t code) {
     return code >= 150 && code <= 156 ? code - 148 : 0;
 }
 
-// Codes of SMPTE 268M, tables 5A and 5B, and those of H.273 for them; what is printing density or logarithmic
-// has none.
+// By the codes of SMPTE 268M, tables 5A and 5B, and those of H.273 for them; what is printing density or
+// logarithmic has none.
 struct Characteristic {
-    uint32_t code;
     const char *name;
     int transfer;
     int primaries;
 };
 
-constexpr Characteristic kCharacteristics[] = {
-    {0, "", -1, -1},
-    {1, "printing density", -1, -1},
-    {2, "linear", 8, -1},
-    {3, "logarithmic", -1, -1},
-    {4, "unspecified video", -1, -1},
-    {5, "SMPTE 274M", 1, 1},
-    {6, "ITU-R 709", 1, 1},
-    {7, "ITU-R 601-5 B/G", 5, 5},
-    {8, "ITU-R 601-5 M", 6, 6},
-    {9, "NTSC composite", -1, -1},
-    {10, "PAL composite", -1, -1},
-    {11, "Z linear", -1, -1},
-    {12, "Z homogeneous", -1, -1},
-};
+constexpr Characteristic kCharacteristics[] = {{"", -1, -1},
+                                               {"printing density", -1, -1},
+                                               {"linear", 8, -1},
+                                               {"logarithmic", -1, -1},
+                                               {"unspecified video", -1, -1},
+                                               {"SMPTE 274M", 1, 1},
+                                               {"ITU-R 709", 1, 1},
+                                               {"ITU-R 601-5 B/G", 5, 5},
+                                               {"ITU-R 601-5 M", 6, 6},
+                                               {"NTSC composite", -1, -1},
+                                               {"PAL composite", -1, -1},
+                                               {"Z linear", -1, -1},
+                                               {"Z homogeneous", -1, -1}};
 
 const Characteristic &characteristic(uint32_t code) {
     return kCharacteristics[code < std::size(kCharacteristics) ? code : 0];
@@ -176,11 +173,8 @@ std::string dpx_keycode(OrderedBytes h) {
     const auto number = [&](uint64_t offset, uint64_t width) {
         return decimal_in(fixed_text(h.bytes, offset, width));
     };
-    const int64_t manufacturer = number(1664, 2);
-    const int64_t prefix = number(1670, 6);
-    const int64_t count = number(1676, 4);
-    if (manufacturer <= 0 && prefix <= 0 && count <= 0) return "";
-    return keycode_text(manufacturer, number(1666, 2), prefix, count, number(1668, 2));
+    if (number(1664, 2) <= 0 && number(1670, 6) <= 0 && number(1676, 4) <= 0) return "";
+    return keycode_text(number(1664, 2), number(1666, 2), number(1670, 6), number(1676, 4), number(1668, 2));
 }
 
 void add_industry_header(OrderedBytes h, Facts &facts) {

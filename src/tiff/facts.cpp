@@ -45,31 +45,23 @@ enum Tag : uint16_t {
     kLastDng = 51105,
 };
 
-constexpr CodeName kCompressions[] = {
-    {1, "uncompressed"},
-    {2, "CCITT RLE"},
-    {3, "CCITT Group 3"},
-    {4, "CCITT Group 4"},
-    {5, "LZW"},
-    {6, "JPEG"},
-    {7, "JPEG"},
-    {8, "Deflate"},
-    {9, "JBIG"},
-    {10, "JBIG"},
-    {32771, "CCITT RLE"},
-    {32773, "PackBits"},
-    {32809, "ThunderScan"},
-    {32946, "Deflate"},
-    {34676, "LogLuv"},
-    {34677, "LogLuv"},
-    {34712, "JPEG 2000"},
-    {34892, "JPEG"},
-    {34925, "LZMA"},
-    {50000, "Zstandard"},
-    {50001, "WebP"},
-    {50002, "JPEG XL"},
-    {52546, "JPEG XL"},
-};
+constexpr CodeName kCompressions[] = {  // TIFF 6.0 and its supplements, and what cameras have
+    {1, "uncompressed"},  {2, "CCITT RLE"},
+    {3, "CCITT Group 3"}, {4, "CCITT Group 4"},
+    {5, "LZW"},           {6, "JPEG"},
+    {7, "JPEG"},          {8, "Deflate"},
+    {9, "JBIG"},          {10, "JBIG"},
+    {32767, "Sony ARW"},  {32771, "CCITT RLE"},
+    {32773, "PackBits"},  {32809, "ThunderScan"},
+    {32946, "Deflate"},   {33003, "JPEG 2000"},
+    {33005, "JPEG 2000"}, {34661, "JBIG"},
+    {34676, "LogLuv"},    {34677, "LogLuv"},
+    {34712, "JPEG 2000"}, {34713, "Nikon NEF"},
+    {34887, "LERC"},      {34892, "JPEG"},
+    {34925, "LZMA"},      {34933, "PNG"},
+    {34934, "JPEG XR"},   {50000, "Zstandard"},
+    {50001, "WebP"},      {50002, "JPEG XL"},
+    {52546, "JPEG XL"},   {65535, "Pentax PEF"}};
 
 constexpr uint32_t kUncompressed = 1;
 
