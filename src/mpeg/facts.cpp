@@ -102,6 +102,8 @@ void tell_stream(Stream &stream, Facts &facts) {
     Sound sound;
     sound.codec = stream.codec;
     sound.language = stream.language;
+    sound.channels = stream.channels;
+    if (stream.codec == "Opus") sound.rate = {48000, 1};
     // The first frame of sound in what there is of the stream.
     const auto find = [&](auto read) {
         for (uint64_t at = 0; at + 8 < head.size() && !read(head.from(at), sound);) at++;

@@ -70,6 +70,7 @@ void describe(Bytes descriptors, uint32_t type, Stream &stream) {
         if (tag == 0x0A) stream.language = fixed_text(data, 0, 3);
         if (type != 6 && type < 0x80) continue;
         stream.codec = name_of(kDescriptors, tag, stream.codec.c_str());
+        if (tag == 0x7F && data[0] == 0x80 && data[1] <= 8) stream.channels = data[1];  // of Opus
         if (tag != 0x05 || (!stream.codec.empty() && stream.codec != "PCM")) continue;
         if (const Type *found = row_of(kRegistered, big32(data), &Type::type)) set_type(*found, stream);
     }

@@ -68,6 +68,15 @@ TEST(Elementary, Dts) {
     EXPECT_FALSE(dts_frame(Bytes(dts.data(), 6), sound));
 }
 
+// A pair in front and one behind, told by a program config.
+TEST(Elementary, AacProgram) {
+    const std::string config = bytes("118004c4040021100d4c61766335392e33372e31303056e500");
+    Sound sound;
+    EXPECT_TRUE(aac_configuration(Bytes(config.data(), config.size()), sound));
+    EXPECT_EQ(sound.channels, 4U);
+    EXPECT_EQ(sound.layout, "quad");
+}
+
 // Codes across the borders of what is looked at together.
 TEST(Elementary, StartCodes) {
     for (const size_t at : {0, 1, 4091, 4092, 4093, 4094, 4096, 8190}) {
