@@ -47,6 +47,8 @@ void Stream::add_payload(Bytes payload) {
 
 namespace {
 
+using namespace std::string_view_literals;
+
 // LATM in LOAS (ISO 14496-3, 1.7): the configuration of one program, whose fields are whole bytes behind the
 // sync word.
 bool loas_frame(Bytes b, Sound &sound) {
@@ -141,6 +143,8 @@ namespace {
 
 constexpr uint64_t kHead = 1 << 20;
 constexpr uint64_t kTail = 512 << 10;
+constexpr uint64_t kEnd = 65536;    // where the last start code of video is looked for
+constexpr uint64_t kSector = 2048;  // of a disc, which zeros may fill up
 
 bool is_pes(uint8_t id) { return id >= 0xBC && id != 0xBF && id != 0xBE; }
 
@@ -247,7 +251,8 @@ void read_program(Input &input, Facts &facts) {
         facts.whole(size);
     } else if (tail_start + at > size || (size <= kHead && walked + 4 > size && walked < size)) {
         facts.cut(tail_start + at, "the last packet's end");
-    } else if (size - tail_start - at >= 2048 && big32(tail, at) == 0 && big32(tail, tail.size() - 4) == 0) {
+    } else if (size - tail_start - at >= kSector && big32(tail, at) == 0 &&
+               big32(tail, tail.size() - 4) == 0) {
         facts.cut(size, "zeros where packets would be");
     }
 }
@@ -286,9 +291,12 @@ void read_video(Input &input, Facts &facts) {
         facts.lasts(picture.frames, picture.rate);
     }
     facts.pictures.push_back(picture);
-    const Bytes end = input.present(size - std::min<uint64_t>(size, 64), 64);
-    for (uint64_t at = start_code(end); at < end.size(); at = start_code(end, at + 3)) {
-        if (end[at + 3] == 0xB7) facts.whole(size);
+    // Zeros stand before start codes alone.
+    const Bytes end = input.present(size - std::min(size, kEnd), kEnd);
+    if (end[find_last_in(end, "\0\0\1"sv) + 3] == 0xB7) {
+        facts.whole(size);
+    } else if (ends_in_zeros(input, 0, size, kSector, kSector)) {
+        facts.cut(size, "zeros where pictures would be");
     }
 }
 

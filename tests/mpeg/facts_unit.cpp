@@ -64,3 +64,12 @@ TEST(MpegFacts, Descriptors) {
                  null + null),
         "MPEG-TS | 2ch 48000 Hz Opus");
 }
+
+// Zeros behind the end of a sequence fill up a sector; behind a picture they are in the place of others.
+TEST(MpegFacts, ZerosBehindVideo) {
+    const std::string video = content_of(std::string(KELDUMP_SAMPLES) + "/mpeg/video.m2v");
+    const std::string zeros(4096, '\0');
+    EXPECT_EQ(extent_of(video + big().hex("000001B7").str() + zeros, "a.m2v"), "whole");
+    EXPECT_EQ(extent_of(video + big().hex("00000100").str() + zeros, "a.m2v"),
+              "cut zeros where pictures would be");
+}
