@@ -230,10 +230,7 @@ DataEnd data_end(Input &input, const Directory &directory) {
     }
     if (!result.is_known || directory.number(kCompression, kUncompressed) == kUncompressed || last_size == 0)
         return result;
-    // Codes that end with a sum or a marker hold no zeros there.
-    constexpr uint64_t kEnded[] = {5, 7, 8, 32946};
-    const bool is_ended = std::ranges::count(kEnded, directory.number(kCompression)) > 0;
-    result.is_blank = ends_in_zeros(input, result.end - last_size, result.end, 16, is_ended ? 64 : 4096);
+    result.is_blank = ends_in_zeros(input, result.end - last_size, result.end, 16, 4096);
     return result;
 }
 

@@ -53,7 +53,7 @@ TEST(TiffFacts, Directories) {
     SHOW(facts_of(little().text("II*").u8(0).u32(64).zeros(500).str()));
 }
 
-// Offsets of 64 bits; strips that end in zeros, of which a compression with an end has none.
+// Offsets of 64 bits; a strip of zeros, which no compression makes.
 TEST(TiffFacts, BigTiff) {
     const auto tiff = [](uint32_t compression, const std::string &data) {
         const std::string first = directory({{256, 4, 8}, {257, 4, 8}, {330, 18, 256}}, true);
@@ -78,11 +78,11 @@ TEST(TiffFacts, BigTiff) {
             .str();
     };
     const std::string written(500, 's');
-    const std::string zeros = std::string(400, 's') + std::string(100, '\0');
+    const std::string zeros(500, '\0');
     const std::string text = facts_of(tiff(8, written));
     EXPECT_EQ(text.substr(0, text.find(" | 8x8")), "TIFF BigTIFF | 300x200 Deflate Y 16 bits 1 frames");
     EXPECT_EQ(extent_of(tiff(8, written), "a.tif"), "whole");
     EXPECT_EQ(extent_of(tiff(8, zeros), "a.tif"), "cut the end of the picture data holds zeros");
-    EXPECT_EQ(extent_of(tiff(4, zeros), "a.tif"), "whole");
+    EXPECT_EQ(extent_of(tiff(1, zeros), "a.tif"), "whole");
     EXPECT_EQ(extent_of(tiff(8, std::string(499, 's')), "a.tif"), "cut picture data");
 }
