@@ -1,6 +1,6 @@
-#include "audio/facts.h"
-
 #include <algorithm>
+#include <cctype>
+#include <chrono>
 #include <cstdio>
 #include <iterator>
 #include <string_view>
@@ -10,6 +10,7 @@
 #include "common/elementary.h"
 #include "common/names.h"
 #include "common/values.h"
+#include "main/facts_of.h"
 
 namespace {
 
@@ -68,6 +69,7 @@ struct Wave {
     bool is_open = false;
     int64_t told_samples = -1;  // of a fact chunk, or ds64
     uint64_t large_data = 0;    // of ds64
+    uint64_t last_end = 0;      // of chunks that are known to be some
     bool has_bext = false;
     int64_t time_reference = -1;
     std::string originator = {};
@@ -89,20 +91,13 @@ void read_bext(Bytes bext, Wave &wave) {
     wave.has_bext = true;
     wave.time_reference = static_cast<int64_t>(std::min<uint64_t>(little64(bext, 338), INT64_MAX));
     wave.originator = fixed_text(bext, 256, 32);
-    const auto part = [&](uint64_t at, uint64_t n) { return number_of(fixed_text(bext, at, n)); };
-    const bool has_time = bext[330] >= '0' && bext[330] <= '2';
-    facts.date = iso_date(part(320, 4), part(325, 2), part(328, 2), has_time ? part(330, 2) : -1,
-                          part(333, 2), part(336, 2));
+    facts.date = iso_date_in(fixed_text(bext, 320, 10) + " " + fixed_text(bext, 330, 8));
     facts.add_more("description", fixed_text(bext, 0, 256));
     facts.add_more("originator", wave.originator);
     facts.add_more("originator reference", fixed_text(bext, 288, 32));
     const unsigned version = little16(bext, 346);
-    std::string umid;
-    for (const uint8_t byte : bext.span(348, version >= 1 ? 64 : 0)) {
-        char digits[4];
-        std::snprintf(digits, sizeof digits, "%02X", byte);
-        umid += digits;
-    }
+    std::string umid = hex_text(bext.sub(348, version >= 1 ? 64 : 0));
+    std::ranges::transform(umid, umid.begin(), [](char c) { return static_cast<char>(std::toupper(c)); });
     if (umid.ends_with(std::string(64, '0'))) umid.resize(64);  // a basic one
     if (umid.find_first_not_of('0') != std::string::npos) facts.add_more("UMID", umid);
     if (version < 2) return;
@@ -122,10 +117,9 @@ void read_ds64(Bytes ds64, Wave &wave) {
 void read_info(Bytes list, Wave &wave) {
     if (!bytes_are(list, 0, "INFO")) return;
     each_chunk(list, 4, list.size(), false, [&](const Chunk &chunk) {
-        const std::string text = fixed_text(chunk.data, 0, std::min<uint64_t>(chunk.data.size(), 256));
+        const std::string text = fixed_text(chunk.data, 0, 256);
         if (chunk.type == fourcc("ISFT")) wave.facts.writer = text;
-        if (chunk.type == fourcc("ICRD") && wave.facts.date.empty() && text.size() >= 10)
-            wave.facts.date = iso_date(number_of(text), number_of(text.substr(5)), number_of(text.substr(8)));
+        if (chunk.type == fourcc("ICRD") && wave.facts.date.empty()) wave.facts.date = iso_date_in(text);
         if (chunk.type == fourcc("INAM")) wave.facts.add_more("title", text);
         return true;
     });
@@ -161,23 +155,22 @@ void set_timecode(Wave &wave) {
     if (samples < 0 || clock <= 0 || samples / clock > 7 * 86400) return;
     const std::string rate_text = element(wave.xml, "TIMECODE_RATE");
     const size_t slash = rate_text.find('/');
-    Ratio frames{number_of(rate_text),
-                 slash == std::string::npos ? 1 : number_of(std::string_view(rate_text).substr(slash + 1))};
+    const Ratio frames{number_of(rate_text), slash == rate_text.npos
+                                                 ? 1
+                                                 : number_of(std::string_view(rate_text).substr(slash + 1))};
     FileTimecode timecode;
     timecode.place = place;
     if (frames.is_set() && frames.n < 1000000 && frames.d < 10000 && base_of(frames) > 0) {
         timecode.base = base_of(frames);
         timecode.drop = element(wave.xml, "TIMECODE_FLAG") == "DF";
         // What begins with a frame was cut to a sample.
-        timecode.frames = (samples + 1) * frames.n / (frames.d * clock);
-        if (samples == 0) timecode.frames = 0;
+        timecode.frames = samples == 0 ? 0 : (samples + 1) * frames.n / (frames.d * clock);
     } else {
         char text[48];
-        const int64_t seconds = samples / clock;
-        std::snprintf(text, sizeof text, "%02lld:%02lld:%02lld.%03lld",
-                      static_cast<long long>(seconds / 3600), static_cast<long long>(seconds / 60 % 60),
-                      static_cast<long long>(seconds % 60),
-                      static_cast<long long>(samples % clock * 1000 / clock));
+        const std::chrono::hh_mm_ss since(std::chrono::seconds(samples / clock));
+        std::snprintf(text, sizeof text, "%02d:%02d:%02d.%03d", static_cast<int>(since.hours().count()),
+                      static_cast<int>(since.minutes().count()), static_cast<int>(since.seconds().count()),
+                      static_cast<int>(samples % clock * 1000 / clock));
         timecode.digits = text;
     }
     wave.facts.add(timecode);
@@ -187,44 +180,42 @@ void read_ixml(Wave &wave) {
     Facts &facts = wave.facts;
     const std::string_view xml = wave.xml;
     facts.reel = element(xml, "TAPE");
-    facts.add_more("project", element(xml, "PROJECT"));
-    facts.add_more("scene", element(xml, "SCENE"));
-    facts.add_more("take", element(xml, "TAKE"));
-    facts.add_more("note", element(xml, "NOTE"));
-    facts.add_more("user bits", element(xml, "UBITS"));
+    constexpr std::pair<const char *, std::string_view> kElements[] = {{"project", "PROJECT"},
+                                                                       {"scene", "SCENE"},
+                                                                       {"take", "TAKE"},
+                                                                       {"note", "NOTE"},
+                                                                       {"user bits", "UBITS"}};
+    for (const auto &[name, tag] : kElements) facts.add_more(name, element(xml, tag));
     std::string names;
     size_t at = xml.find("<TRACK_LIST>");
     while (at != std::string_view::npos && (at = xml.find("<TRACK>", at)) != std::string_view::npos) {
         const size_t end = xml.find("</TRACK>", at);
         const std::string name = element(xml.substr(at, end - at), "NAME");
-        if (!name.empty()) names += (names.empty() ? "" : ", ") + name;
+        append(names, name);
         at = end;
     }
     facts.add_more("tracks", names);
 }
 
 void judge_wave(Wave &wave) {
-    const uint64_t size = wave.input.size();
     const uint64_t end = wave.data_size < INT64_MAX ? wave.data_start + wave.data_size : INT64_MAX;
     Facts &facts = wave.facts;
-    if (!wave.has_data) {
-        facts.cut(size, "no data");
-    } else if (wave.is_open) {
-        facts.open("no sizes");
-    } else if (end > size) {
-        facts.cut(end, "the end of the data");
-    } else if (wave.block == 0 && !wave.sound.codec.ends_with("ADPCM") &&
-               is_unwritten(wave.input, wave.data_start, end)) {
+    const bool is_coded = wave.block == 0 && !wave.sound.codec.ends_with("ADPCM");
+    if (!wave.has_data) return facts.cut(wave.input.size(), "no data");
+    if (wave.is_open) return facts.open("no sizes");
+    if (!wave.is_streamed) facts.reaches(end, "the end of the data");
+    // Some sizes count a pad byte that is not there.
+    if (wave.last_end > std::max(end, wave.input.size() + 1)) facts.cut(wave.last_end, "the last chunk");
+    if (facts.extent.state != Extent::cut && is_coded && is_unwritten(wave.input, wave.data_start, end))
         facts.cut(end, "the end of the data (zeros)");
-    } else if (!wave.is_streamed) {
-        facts.whole(end);
-    }
 }
 
 void read_wave(Wave &wave) {
     const Bytes file = wave.input.bytes();
     each_chunk(file, 12, file.size(), false, [&](Chunk &chunk) {
+        constexpr std::string_view kOthers = "LISTbextiXMLaxmlchnalevlcue PEAKJUNKid3 ID3 smplinst_PMXumid";
         const Bytes data = chunk.data;
+        if (kOthers.find(type_characters(chunk.type)) % 4 == 0) wave.last_end = chunk.end;
         switch (chunk.type) {
             case fourcc("ds64"): read_ds64(data, wave); break;
             case fourcc("fmt "): wave.block = wave_format(data, wave.sound); break;
@@ -272,12 +263,6 @@ void read_wave(Wave &wave) {
 }
 
 }  // namespace
-
-bool is_unwritten(Input &input, uint64_t start, uint64_t end) {
-    const uint64_t n = std::min<uint64_t>(end - std::min(start, end), 2048);
-    const Bytes tail = input.present(end - n, n);
-    return n >= 64 && tail.size() == n && is_zero(tail);
-}
 
 uint64_t wave_format(Bytes format, Sound &sound) {
     uint32_t tag = little16(format);

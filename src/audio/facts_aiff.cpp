@@ -1,11 +1,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "audio/facts.h"
 #include "audio/facts_riff.h"
 #include "common/codecs.h"
-#include "common/names.h"
-#include "common/values.h"
+#include "main/facts_of.h"
 
 namespace {
 
@@ -23,18 +21,6 @@ double extended(Bytes b, uint64_t at) {
 }
 
 void read_common(Bytes comm, Aiff &aiff) {
-    struct Compression {
-        const char *codec;
-        uint32_t bits;  // of a stored sample; 0: those of the chunk
-    };
-    constexpr CodeName kNames[] = {
-        {fourcc("NONE"), "PCM"},       {fourcc("sowt"), "PCM"},       {fourcc("twos"), "PCM"},
-        {fourcc("raw "), "PCM"},       {fourcc("in24"), "PCM"},       {fourcc("in32"), "PCM"},
-        {fourcc("fl32"), "PCM float"}, {fourcc("FL32"), "PCM float"}, {fourcc("fl64"), "PCM float"},
-        {fourcc("FL64"), "PCM float"}, {fourcc("alaw"), "A-law"},     {fourcc("ALAW"), "A-law"},
-        {fourcc("ulaw"), "mu-law"},    {fourcc("ULAW"), "mu-law"},    {fourcc("ima4"), "IMA ADPCM"},
-        {fourcc("MAC3"), "MACE 3:1"},  {fourcc("MAC6"), "MACE 6:1"},  {fourcc("GSM "), "GSM"},
-        {fourcc("sdx2"), "SDX2"}};
     Sound &sound = aiff.sound;
     sound.channels = big16(comm, 0);
     sound.samples = big32(comm, 2);
@@ -42,11 +28,9 @@ void read_common(Bytes comm, Aiff &aiff) {
     const double rate = extended(comm, 8);
     if (rate >= 1 && rate < 1e8) sound.rate = Ratio{std::llround(rate * 1000), 1000}.reduced();
     const uint32_t type = comm.size() >= 22 ? big32(comm, 18) : fourcc("NONE");
-    sound.codec = name_of(kNames, type);
-    if (sound.codec.empty()) sound.codec = fixed_text(comm, 18, 4);
-    if (type == fourcc("fl64") || type == fourcc("FL64")) sound.bits = 64;
-    if (type == fourcc("fl32") || type == fourcc("FL32")) sound.bits = 32;
-    if (sound.codec.ends_with("-law")) sound.bits = 8;
+    const SoundCodec codec = sound_codec(type);
+    sound.codec = codec.codec[0] != 0 ? codec.codec : fixed_text(comm, 18, 4);
+    if (codec.bits != 0) sound.bits = codec.bits;
     const bool is_plain = sound.codec.starts_with("PCM") || sound.codec.ends_with("-law");
     if (is_plain) aiff.block = uint64_t{sound.channels} * ((sound.bits + 7) / 8);
     if (sound.codec == "IMA ADPCM") sound.samples *= 64;  // told are packets of 64 samples
@@ -57,10 +41,7 @@ void read_common(Bytes comm, Aiff &aiff) {
 
 void aiff_facts(Input &input, Facts &facts) {
     const Bytes file = input.bytes();
-    if (!bytes_are(file, 8, "AIFF") && !bytes_are(file, 8, "AIFC")) {
-        facts.format.clear();
-        return;
-    }
+    if (!bytes_are(file, 8, "AIFF") && !bytes_are(file, 8, "AIFC")) return facts.format.clear();
     facts.format = fixed_text(file, 8, 4);
     Aiff aiff;
     each_chunk(file, 12, file.size(), true, [&](Chunk &chunk) {
@@ -69,9 +50,8 @@ void aiff_facts(Input &input, Facts &facts) {
             aiff.start = chunk.start + 8 + big32(chunk.data);
             aiff.told = chunk.end - chunk.start;
         }
-        const uint64_t most = std::min<uint64_t>(chunk.data.size(), 256);
-        if (chunk.type == fourcc("NAME")) facts.add_more("title", fixed_text(chunk.data, 0, most));
-        if (chunk.type == fourcc("ANNO")) facts.add_more("annotation", fixed_text(chunk.data, 0, most));
+        if (chunk.type == fourcc("NAME")) facts.add_more("title", fixed_text(chunk.data, 0, 256));
+        if (chunk.type == fourcc("ANNO")) facts.add_more("annotation", fixed_text(chunk.data, 0, 256));
         return true;
     });
     if (aiff.sound.channels == 0) {
@@ -91,7 +71,6 @@ void aiff_facts(Input &input, Facts &facts) {
     } else if (!is_streamed) {
         const uint64_t end =
             aiff.block > 0 ? aiff.start + needed : aiff.start + aiff.told - std::min<uint64_t>(aiff.told, 8);
-        if (end > file.size()) return facts.cut(end, "the end of the data");
-        facts.whole(end);
+        facts.reaches(end, "the end of the data");
     }
 }

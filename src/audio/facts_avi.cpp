@@ -7,6 +7,7 @@
 #include "common/codecs.h"
 #include "common/elementary.h"
 #include "common/values.h"
+#include "main/facts_of.h"
 
 namespace {
 
@@ -147,10 +148,8 @@ void judge(Avi &avi) {
     const uint64_t end = std::max(avi.end, avi.last_index);
     if (avi.has_zeros) {
         avi.facts.cut(end, "the index (zeros)");
-    } else if (end > size) {
-        avi.facts.cut(end, avi.last_index > size ? "the last index" : "the end of the data");
-    } else if (avi.has_index || avi.last_index > 0) {
-        avi.facts.whole(end);
+    } else if (end > size || avi.has_index || avi.last_index > 0) {
+        avi.facts.reaches(end, avi.last_index > size ? "the last index" : "the end of the data");
     } else if (avi.is_indexed && avi.told_end > size) {
         avi.facts.cut(avi.told_end, "the index");
     } else if (avi.facts.pictures.empty() && avi.facts.sounds.empty()) {

@@ -2,9 +2,9 @@
 #include <algorithm>
 #include <cmath>
 
-#include "audio/facts.h"
 #include "audio/facts_riff.h"
 #include "common/elementary.h"
+#include "main/facts_of.h"
 
 namespace {
 
@@ -61,12 +61,15 @@ Count count_in(Bytes frame, const MpegAudioFrame &header) {
     const Bytes xing = frame.from(4 + side);
     if (bytes_are(xing, 0, "Xing") || bytes_are(xing, 0, "Info")) {
         const uint32_t flags = big32(xing, 4);
-        Count count;
         uint64_t at = 8;
-        if ((flags & 1) != 0) count.frames = big32(xing, at);
-        at += (flags & 1) != 0 ? 4 : 0;
-        if ((flags & 2) != 0) count.bytes = big32(xing, at);
-        at += ((flags & 2) != 0 ? 4 : 0) + ((flags & 4) != 0 ? 100 : 0) + ((flags & 8) != 0 ? 4 : 0);
+        const auto field = [&](uint32_t flag, uint64_t bytes) {
+            const uint32_t value = flags & flag ? big32(xing, at) : 0;
+            if (flags & flag) at += bytes;
+            return value;
+        };
+        Count count{field(1, 4), field(2, 4)};
+        field(4, 100);
+        field(8, 4);
         if (xing[at] >= 'A' && xing[at] <= 'z') count.writer = fixed_text(xing, at, 9);
         return count;
     }
@@ -128,11 +131,9 @@ void count_frames(Stream &stream, const MpegAudioFrame &header, Bytes frame, Sou
     if (!count.writer.empty() && facts.writer.empty()) facts.writer = count.writer;
     if (count.frames > 0) {
         const uint64_t end = stream.start + count.bytes;
-        if (count.bytes > bytes || (count.bytes > 0 && is_unwritten(stream.input, stream.start, end))) {
-            facts.cut(end, "the last frames");
-        } else if (count.bytes > 0) {
-            facts.whole(end);
-        }
+        const bool is_cut = count.bytes > bytes || is_unwritten(stream.input, stream.start, end);
+        if (is_cut && count.bytes > 0) facts.cut(end, "the last frames");
+        if (!is_cut && count.bytes > 0) facts.whole(end);
         if (count.bytes > 0)
             sound.bit_rate = std::llround(static_cast<double>(count.bytes) * 8 * header.rate /
                                           (static_cast<double>(frames) * header.samples));

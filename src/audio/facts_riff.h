@@ -5,6 +5,7 @@
 
 #include "common/facts.h"
 #include "common/input.h"
+#include "main/facts_of.h"
 
 // A chunk of a RIFF or IFF file; `end` is where its header says that it ends, without a pad byte.
 struct Chunk {
@@ -34,8 +35,10 @@ void each_chunk(Bytes file, uint64_t at, uint64_t end, bool big_endian, Use use)
     }
 }
 
-// Whether the last bytes before an offset, 2 KiB at most, were never written: coded sound has no such zeros.
-bool is_unwritten(Input &input, uint64_t start, uint64_t end);
+// Whether the last bytes before an offset were never written: coded sound has no such zeros.
+inline bool is_unwritten(Input &input, uint64_t start, uint64_t end) {
+    return ends_in_zeros(input, start, end, 64, 2048);
+}
 
 // WAVEFORMAT and its extensions: codec, channels, rate, bits, layout. Returns bytes of a sample of all
 // channels, 0 for compressed sound.

@@ -10,10 +10,26 @@ Text text_at(Bytes b, uint64_t offset, uint64_t width) {
     return {static_cast<int>(length), reinterpret_cast<const char *>(field.span(0, length).data())};
 }
 
-bool contains(Bytes b, std::string_view text) {
+namespace {
+
+bool is_same(uint8_t byte, char c) { return byte == static_cast<uint8_t>(c); }
+
+}  // namespace
+
+bool begins_as(Bytes b, std::string_view text) {
+    return b.size() >= text.size() && std::ranges::equal(b.span(0, text.size()), text, is_same);
+}
+
+uint64_t find_in(Bytes b, std::string_view text, uint64_t from) {
+    const auto bytes = b.span(from, b.size());
+    const auto found = std::search(bytes.begin(), bytes.end(), text.begin(), text.end(), is_same);
+    return b.size() - static_cast<uint64_t>(bytes.end() - found);
+}
+
+uint64_t find_last_in(Bytes b, std::string_view text) {
     const auto bytes = b.span(0, b.size());
-    const auto same = [](uint8_t byte, char c) { return byte == static_cast<uint8_t>(c); };
-    return std::search(bytes.begin(), bytes.end(), text.begin(), text.end(), same) != bytes.end();
+    return static_cast<uint64_t>(
+        std::find_end(bytes.begin(), bytes.end(), text.begin(), text.end(), is_same) - bytes.begin());
 }
 
 bool is_zero(Bytes b) {

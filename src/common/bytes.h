@@ -122,7 +122,11 @@ struct Text {
     const char *start;
 };
 Text text_at(Bytes b, uint64_t offset, uint64_t width);
-// Whether the bytes of a text stand anywhere in a window.
-bool contains(Bytes b, std::string_view text);
+// Whether a window begins with the bytes of a text.
+bool begins_as(Bytes b, std::string_view text);
+// Where the bytes of a text stand first in a window from an offset on, and last; its size where they do not.
+uint64_t find_in(Bytes b, std::string_view text, uint64_t from = 0);
+uint64_t find_last_in(Bytes b, std::string_view text);
+inline bool contains(Bytes b, std::string_view text) { return find_in(b, text) < b.size(); }
 // Whether all bytes of a window are zero.
 bool is_zero(Bytes b);

@@ -6,6 +6,8 @@
 
 namespace {
 
+using namespace std::string_view_literals;
+
 // clang-format off
 constexpr PictureCodec kPictureCodecs[] = {
     {"apch", "ProRes 422 HQ", "4:2:2", 10, CodecKind::prores},
@@ -105,15 +107,49 @@ constexpr PictureCodec kPictureCodecs[] = {
 };
 // clang-format on
 
+constexpr SoundCodec kSoundCodecs[] = {{"sowttwosraw NONElpcmipcm"sv, "PCM"},
+                                       {"in24"sv, "PCM", 24},
+                                       {"in32"sv, "PCM", 32},
+                                       {"fpcm"sv, "PCM float"},
+                                       {"fl32FL32"sv, "PCM float", 32},
+                                       {"fl64FL64"sv, "PCM float", 64},
+                                       {"ulawULAW"sv, "mu-law", 8},
+                                       {"alawALAW"sv, "A-law", 8},
+                                       {"ima4ms\0\x11"sv, "IMA ADPCM"},
+                                       {"ms\0\x02"sv, "MS ADPCM"},
+                                       {"MAC3"sv, "MACE 3:1"},
+                                       {"MAC6"sv, "MACE 6:1"},
+                                       {"QDM2"sv, "QDesign 2"},
+                                       {"QDMC"sv, "QDesign"},
+                                       {"Qclp"sv, "QCELP"},
+                                       {"mp4a"sv, "AAC"},
+                                       {".mp3ms\0Ump3 "sv, "MP3"},
+                                       {".mp2"sv, "MP2"},
+                                       {"ac-3AC-3sac3"sv, "AC-3"},
+                                       {"ec-3"sv, "E-AC-3"},
+                                       {"ac-4"sv, "AC-4"},
+                                       {"Opus"sv, "Opus"},
+                                       {"alac"sv, "ALAC"},
+                                       {"fLaC"sv, "FLAC"},
+                                       {"dtscdtshdtsldtse"sv, "DTS"},
+                                       {"mlpa"sv, "TrueHD"},
+                                       {"samr"sv, "AMR-NB"},
+                                       {"sawb"sv, "AMR-WB"},
+                                       {"mha1mhm1"sv, "MPEG-H"},
+                                       {"GSM "sv, "GSM"},
+                                       {"sdx2"sv, "SDX2"}};
+
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
-const PictureCodec *listed(std::string_view name, bool in_any_case) {
+// A row by one of its types; each character may be any where the row has "*".
+template <typename Row, size_t N>
+const Row *listed(const Row (&rows)[N], std::string_view name, bool in_any_case) {
     const auto is_same = [&](char listed, char c) {
         return listed == c || listed == '*' || (in_any_case && lower(listed) == lower(c));
     };
-    for (const PictureCodec &codec : kPictureCodecs) {
-        for (size_t i = 0; i < codec.types.size(); i += name.size()) {
-            if (std::ranges::equal(codec.types.substr(i, name.size()), name, is_same)) return &codec;
+    for (const Row &row : rows) {
+        for (size_t i = 0; i < row.types.size(); i += name.size()) {
+            if (std::ranges::equal(row.types.substr(i, name.size()), name, is_same)) return &row;
         }
     }
     return nullptr;
@@ -129,9 +165,14 @@ std::string type_characters(uint32_t type) {
 
 PictureCodec picture_codec(uint32_t type) {
     const std::string name = type_characters(type);
-    const PictureCodec *found = listed(name, false);
-    if (!found) found = listed(name, true);
+    const PictureCodec *found = listed(kPictureCodecs, name, false);
+    if (!found) found = listed(kPictureCodecs, name, true);
     return found ? *found : PictureCodec{};
+}
+
+SoundCodec sound_codec(uint32_t type) {
+    const SoundCodec *found = listed(kSoundCodecs, type_characters(type), false);
+    return found ? *found : SoundCodec{};
 }
 
 std::string type_text(uint32_t type) {

@@ -1,4 +1,4 @@
-// Picture codecs by the four characters that movies and AVI have for them.
+// Codecs by the four characters that movies, AVI and AIFF have for them.
 #pragma once
 
 #include <cstdint>
@@ -22,9 +22,16 @@ struct PictureCodec {
     CodecKind kind = CodecKind::coded;
 };
 
+struct SoundCodec {
+    std::string_view types;
+    const char *codec = "";
+    uint32_t bits = 0;  // 0: as the header says, where it is not compressed
+};
+
 // By the type as it is, or else by its letters in any case (writers of AVI do not agree on one). One without
 // a name is unknown.
 PictureCodec picture_codec(uint32_t type);
+SoundCodec sound_codec(uint32_t type);
 // The four characters of a type; those that are printable, without blanks at its end.
 std::string type_characters(uint32_t type);
 std::string type_text(uint32_t type);

@@ -69,8 +69,6 @@ constexpr Ratio kAspects[] = {{0, 0},   {1, 1},    {12, 11}, {10, 11}, {16, 11},
                               {24, 11}, {20, 11},  {32, 11}, {80, 33}, {18, 11}, {15, 11},
                               {64, 33}, {160, 99}, {4, 3},   {3, 2},   {2, 1}};
 
-int code_of(uint32_t code) { return code == 2 ? -1 : static_cast<int>(code); }
-
 // The part of a video usability information that H.264 and HEVC have in common.
 void read_usability(BitReader &bits, Picture &picture) {
     if (bits.flag()) {
@@ -87,15 +85,12 @@ void read_usability(BitReader &bits, Picture &picture) {
         bits.skip(3);
         picture.colour.full_range = bits.flag() ? 1 : 0;
         if (bits.flag()) {
-            picture.colour.primaries = code_of(bits.get(8));
-            picture.colour.transfer = code_of(bits.get(8));
-            picture.colour.matrix = code_of(bits.get(8));
+            picture.colour.primaries = colour_code(bits.get(8));
+            picture.colour.transfer = colour_code(bits.get(8));
+            picture.colour.matrix = colour_code(bits.get(8));
         }
     }
-    if (bits.flag()) {  // places of chroma samples
-        bits.ue();
-        bits.ue();
-    }
+    if (bits.flag()) bits.skip_codes(2);  // places of chroma samples
 }
 
 bool read_timing(BitReader &bits, int64_t ticks, Picture &picture) {
@@ -116,27 +111,45 @@ struct Size {
     uint64_t height = 0;
 };
 
-// Sets both sizes of a picture, of which lines and columns are cropped.
-bool set_sizes(Size coded, uint64_t columns, uint64_t lines, Picture &picture) {
-    const bool valid = coded.width > columns && coded.height > lines && coded.width <= kLargestSide &&
-                       coded.height <= kLargestSide;
-    if (!valid) return false;
-    picture.width = static_cast<uint32_t>(coded.width - columns);
-    picture.height = static_cast<uint32_t>(coded.height - lines);
-    if (columns + lines > 0) {
-        picture.coded_width = static_cast<uint32_t>(coded.width);
-        picture.coded_height = static_cast<uint32_t>(coded.height);
+// What both standards tell of a picture's samples; lines and columns that are cropped count in chroma
+// samples, and in lines of both fields.
+struct Coded {
+    Size size;
+    uint32_t chroma = 1;
+    bool planes = false;
+    uint32_t depth = 8;
+    uint64_t frame_lines = 1;
+    uint64_t crop[4] = {};
+
+    void read_crop(BitReader &bits) {
+        if (!bits.flag()) return;
+        for (uint64_t &side : crop) side = bits.ue();
     }
-    return true;
-}
+    bool set(Picture &picture) const {
+        const uint64_t across = !planes && (chroma == 1 || chroma == 2) ? 2 : 1;
+        const uint64_t down = (!planes && chroma == 1 ? 2 : 1) * frame_lines;
+        const uint64_t columns = across * (crop[0] + crop[1]);
+        const uint64_t lines = down * (crop[2] + crop[3]);
+        const bool valid = size.width > columns && size.height > lines && size.width <= kLargestSide &&
+                           size.height <= kLargestSide && chroma <= 3 && depth <= 16;
+        if (!valid) return false;
+        picture.width = static_cast<uint32_t>(size.width - columns);
+        picture.height = static_cast<uint32_t>(size.height - lines);
+        picture.coded_width = columns + lines > 0 ? static_cast<uint32_t>(size.width) : picture.coded_width;
+        picture.coded_height =
+            columns + lines > 0 ? static_cast<uint32_t>(size.height) : picture.coded_height;
+        picture.bits = depth;
+        picture.components = kChroma[chroma];
+        return true;
+    }
+};
 
 // Parameters of the reference decoder: bits of delays in a picture timing.
 int read_decoder_parameters(BitReader &bits) {
     const uint32_t n = bits.ue();
     bits.skip(8);
     for (uint32_t i = 0; i <= n && i < 32; i++) {
-        bits.ue();
-        bits.ue();
+        bits.skip_codes(2);
         bits.skip(1);
     }
     bits.skip(5);
@@ -160,18 +173,16 @@ bool read_h264(BitReader bits, Picture &picture, int &place) {
     const uint32_t profile = bits.get(8);
     bits.skip(16);
     bits.ue();
-    uint32_t chroma = 1;
-    uint32_t depth = 8;
-    bool planes = false;
+    Coded coded;
     constexpr uint32_t kHigh[] = {100, 110, 122, 244, 44, 83, 86, 118, 128, 138, 139, 134, 135};
     if (std::ranges::find(kHigh, profile) != std::end(kHigh)) {
-        chroma = bits.ue();
-        if (chroma == 3) planes = bits.flag();
-        depth = 8 + bits.ue();
+        coded.chroma = bits.ue();
+        if (coded.chroma == 3) coded.planes = bits.flag();
+        coded.depth = 8 + bits.ue();
         bits.ue();
         bits.skip(1);
         const bool has_scaling = bits.flag();
-        for (int i = 0; has_scaling && i < (chroma == 3 ? 12 : 8); i++) {
+        for (int i = 0; has_scaling && i < (coded.chroma == 3 ? 12 : 8); i++) {
             if (bits.flag()) skip_scaling_list(bits, i < 6 ? 16 : 64);
         }
     }
@@ -180,30 +191,22 @@ bool read_h264(BitReader bits, Picture &picture, int &place) {
     if (order == 0) bits.ue();
     if (order == 1) {
         bits.skip(1);
-        bits.se();
-        bits.se();
+        bits.skip_codes(2);
         const uint32_t n = bits.ue();
         for (uint32_t i = 0; i < n && !bits.is_over(); i++) bits.se();
     }
     bits.ue();
     bits.skip(1);
-    const Size blocks{uint64_t{bits.ue()} + 1, uint64_t{bits.ue()} + 1};
+    coded.size = {16 * (uint64_t{bits.ue()} + 1), 16 * (uint64_t{bits.ue()} + 1)};
     const bool frames_only = bits.flag();
-    if (!frames_only) bits.skip(1);
-    bits.skip(1);
-    uint64_t crop[4] = {};
-    if (bits.flag()) {
-        for (uint64_t &side : crop) side = bits.ue();
+    if (!frames_only) {
+        coded.frame_lines = 2;
+        coded.size.height *= 2;
+        bits.skip(1);
     }
-    const uint64_t frame_lines = frames_only ? 1 : 2;
-    const uint64_t across = !planes && (chroma == 1 || chroma == 2) ? 2 : 1;
-    const uint64_t down = (!planes && chroma == 1 ? 2 : 1) * frame_lines;
-    if (bits.is_over() || chroma > 3 || depth > 14) return false;
-    if (!set_sizes({16 * blocks.width, 16 * blocks.height * frame_lines}, across * (crop[0] + crop[1]),
-                   down * (crop[2] + crop[3]), picture))
-        return false;
-    picture.bits = depth;
-    picture.components = kChroma[chroma];
+    bits.skip(1);
+    coded.read_crop(bits);
+    if (bits.is_over() || !coded.set(picture)) return false;
     picture.scan = frames_only ? Scan::progressive : Scan::interlaced;
     if (bits.flag()) {
         read_usability(bits, picture);
@@ -271,15 +274,14 @@ bool skip_to_usability(BitReader &bits, unsigned sub_layers) {
     const uint32_t order_bits = bits.ue() + 4;
     const bool all_layers = bits.flag();
     for (unsigned i = all_layers ? 0 : sub_layers; i <= sub_layers; i++) {
-        for (int k = 0; k < 3; k++) bits.ue();
+        bits.skip_codes(3);
     }
-    for (int i = 0; i < 6; i++) bits.ue();
+    bits.skip_codes(6);
     if (bits.flag() && bits.flag()) skip_hevc_scaling(bits);
     bits.skip(2);
     if (bits.flag()) {  // PCM blocks
         bits.skip(8);
-        bits.ue();
-        bits.ue();
+        bits.skip_codes(2);
         bits.skip(1);
     }
     const uint32_t sets = bits.ue();
@@ -299,30 +301,21 @@ bool read_hevc(BitReader bits, Picture &picture) {
     bits.skip(1);
     skip_levels(bits, sub_layers);
     bits.ue();
-    const uint32_t chroma = bits.ue();
-    const bool planes = chroma == 3 && bits.flag();
-    const Size coded{bits.ue(), bits.ue()};
-    uint64_t crop[4] = {};
-    if (bits.flag()) {
-        for (uint64_t &side : crop) side = bits.ue();
-    }
-    const uint32_t depth = 8 + bits.ue();
+    Coded coded;
+    coded.chroma = bits.ue();
+    coded.planes = coded.chroma == 3 && bits.flag();
+    coded.size = {bits.ue(), bits.ue()};
+    coded.read_crop(bits);
+    coded.depth = 8 + bits.ue();
     bits.ue();
-    const uint64_t across = !planes && (chroma == 1 || chroma == 2) ? 2 : 1;
-    const uint64_t down = !planes && chroma == 1 ? 2 : 1;
-    if (bits.is_over() || chroma > 3 || depth > 16) return false;
-    if (!set_sizes(coded, across * (crop[0] + crop[1]), down * (crop[2] + crop[3]), picture)) return false;
-    picture.bits = depth;
-    picture.components = kChroma[chroma];
+    if (bits.is_over() || !coded.set(picture)) return false;
     if (skip_to_usability(bits, sub_layers)) {
         read_usability(bits, picture);
         bits.skip(1);
         const bool fields = bits.flag();
         bits.skip(1);
         if (fields) picture.scan = Scan::interlaced;
-        if (bits.flag()) {
-            for (int i = 0; i < 4; i++) bits.ue();
-        }
+        if (bits.flag()) bits.skip_codes(4);
         read_timing(bits, 1, picture);
     }
     if (picture.components == "4:4:4" && picture.colour.matrix == 0) picture.components = "RGB";
@@ -396,9 +389,9 @@ Ratio mpeg2_aspect(uint32_t code, Size shown) {
 void read_display_extension(BitReader &bits, Size &shown, Picture &picture) {
     bits.skip(3);
     if (bits.flag()) {
-        picture.colour.primaries = code_of(bits.get(8));
-        picture.colour.transfer = code_of(bits.get(8));
-        picture.colour.matrix = code_of(bits.get(8));
+        picture.colour.primaries = colour_code(bits.get(8));
+        picture.colour.transfer = colour_code(bits.get(8));
+        picture.colour.matrix = colour_code(bits.get(8));
     }
     const uint64_t width = bits.get(14);
     bits.skip(1);

@@ -16,6 +16,9 @@ class BitReader {
     bool flag() { return get(1) != 0; }
     void skip(uint64_t n) { position_ += n; }
     uint32_t ue();  // Exp-Golomb codes (ITU-T H.264, 9.1)
+    void skip_codes(int n) {
+        while (n-- > 0) ue();
+    }
     int32_t se();
     uint64_t position() const { return position_; }
     bool is_over() const { return position_ > 8 * bytes_.size(); }
@@ -34,6 +37,9 @@ bool hevc_sequence(Bytes nal, Picture &picture);
 bool avc_configuration(Bytes record, Picture &picture, int *timing = nullptr);
 bool hevc_configuration(Bytes record, Picture &picture);
 
+// A code of H.273, or -1 for the one that says nothing.
+inline int colour_code(uint32_t code) { return code == 2 ? -1 : static_cast<int>(code); }
+
 // The sequence header of MPEG-1 and MPEG-2 video from its start code on, with the extensions behind it; the
 // first picture's coding extension tells the scan.
 bool mpeg_sequence(Bytes stream, Picture &picture);
@@ -43,9 +49,16 @@ bool prores_frame(Bytes frame, Picture &picture);
 bool vc3_frame(Bytes frame, Picture &picture);
 bool jpeg_frame(Bytes frame, Picture &picture);
 bool dv_frame(Bytes frame, Picture &picture);
+// What the main header of a JPEG 2000 codestream tells of its picture: the codec by the wavelet, and sizes,
+// bits and components where they are not set yet. False where no codestream begins.
+bool codestream_picture(Bytes codestream, Picture &picture);
+// Chroma by the three components of a JPEG frame header (ITU-T T.81, B.2.2).
+std::string jpeg_chroma(Bytes components);
 // Samples a line that DVCPRO HD has of 1280 or 1920 (SMPTE ST 370).
 uint32_t dv_hd_columns(uint32_t height, Ratio rate);
 
+// What a colour type of PNG stands for: "RGBA"; empty for none.
+const char *png_components(uint8_t type);
 // What a stream itself says of a picture, where its container does not know better.
 void take_stream(const Picture &stream, Picture &picture);
 // The same from the first bytes of the stream, or from what a container keeps for its decoder (avcC, hvcC,

@@ -5,8 +5,6 @@
 
 #include "common/elementary.h"
 #include "common/names.h"
-#include "jpeg2000/facts.h"
-
 // What the stream itself says of the picture, where the container does not know better.
 void take_stream(const Picture &stream, Picture &picture) {
     if (picture.width == 0) {
@@ -45,28 +43,12 @@ bool vc3_frame(Bytes frame, Picture &picture) {
     return true;
 }
 
-// The frame header of JPEG (ITU-T T.81, B.2.2): precision and sampling factors.
-bool jpeg_frame(Bytes frame, Picture &picture) {
-    uint64_t at = 2;
-    if (big16(frame) != 0xFFD8) return false;
-    for (int i = 0; i < 64 && frame.has(at, 10) && frame[at] == 0xFF; i++) {
-        const uint8_t marker = frame[at + 1];
-        if (marker >= 0xC0 && marker <= 0xC3) {
-            picture.bits = frame[at + 4];
-            const uint8_t parts = frame[at + 9];
-            constexpr CodeName kChroma[] = {
-                {0x11, "4:4:4"}, {0x21, "4:2:2"}, {0x22, "4:2:0"}, {0x41, "4:1:1"}, {0x12, "4:4:0"}};
-            const uint32_t luma = frame[at + 11];
-            const uint32_t chroma = frame[at + 14];
-            if (parts == 1) picture.components = "Y";
-            if (parts == 3 && chroma >> 4 != 0 && (chroma & 15) != 0)
-                picture.components =
-                    name_of(kChroma, (luma >> 4) / (chroma >> 4) << 4 | (luma & 15) / (chroma & 15));
-            return true;
-        }
-        at += 2 + uint64_t{big16(frame, at + 2)};
-    }
-    return false;
+std::string jpeg_chroma(Bytes components) {
+    const auto shared = [&](unsigned shift) {
+        const unsigned chroma = components[4] >> shift & 15;
+        return chroma != 0 ? (components[1] >> shift & 15) / chroma : 0U;
+    };
+    return chroma_text(shared(4), shared(0));
 }
 
 bool prores_frame(Bytes frame, Picture &picture) {
@@ -106,6 +88,11 @@ bool dv_frame(Bytes frame, Picture &picture) {
         break;
     }
     return true;
+}
+
+const char *png_components(uint8_t type) {
+    constexpr const char *kComponents[] = {"Y", "", "RGB", "palette", "YA", "", "RGBA"};
+    return name_at(kComponents, type);
 }
 
 uint32_t dv_hd_columns(uint32_t height, Ratio rate) {
@@ -235,14 +222,13 @@ bool cineform_picture(Bytes data, Bytes, Picture &picture) {
 bool huffyuv_picture(Bytes, Bytes setup, Picture &picture) {
     if (setup.size() < 4) return false;
     constexpr CodeName kOfAPixel[] = {{12, "4:2:0"}, {16, "4:2:2"}, {24, "RGB"}, {32, "RGBA"}};
-    constexpr CodeName kByShifts[] = {{0, "4:4:4"}, {1, "4:2:2"}, {5, "4:2:0"}, {2, "4:1:1"}, {4, "4:4:0"}};
     const bool is_old = setup[3] == 0;
     const uint8_t flags = setup[2];
     picture.bits = is_old ? 8 : (setup[1] >> 4) + 1U;
     picture.components = is_old             ? name_of(kOfAPixel, setup[1])
                          : (flags & 3) == 0 ? "Y"
                          : (flags & 1) == 0 ? "RGB"
-                                            : name_of(kByShifts, setup[1] & 15U);
+                                            : chroma_text(1U << (setup[1] & 3), 1U << (setup[1] >> 2 & 3));
     if (!is_old && (flags & 4) != 0) picture.components += picture.components == "RGB" ? "A" : ":4";
     picture.scan = (flags & 0x30) == 0x20 ? Scan::progressive : Scan::unknown;
     return !picture.components.empty();
@@ -323,21 +309,19 @@ bool ffv1_picture(Bytes data, Bytes setup, Picture &picture) {
     const uint32_t across = reader.number(states);
     const uint32_t down = reader.number(states);
     const bool alpha = reader.bit(states[0]);
-    constexpr CodeName kByShifts[] = {{0x00, "4:4:4"}, {0x10, "4:2:2"}, {0x11, "4:2:0"},
-                                      {0x20, "4:1:1"}, {0x22, "4:1:0"}, {0x01, "4:4:0"}};
     picture.bits = bits == 0 ? 8 : bits;
-    picture.components = is_rgb        ? (alpha ? "RGBA" : "RGB")
-                         : !has_chroma ? (alpha ? "YA" : "Y")
-                                       : name_of(kByShifts, across << 4 | down);
+    picture.components = is_rgb ? (alpha ? "RGBA" : "RGB")
+                         : !has_chroma
+                             ? (alpha ? "YA" : "Y")
+                             : chroma_text(across < 4 ? 1U << across : 0, down < 4 ? 1U << down : 0);
     if (!is_rgb && has_chroma && alpha) picture.components += ":4";
     return !reader.is_over() && picture.bits >= 8 && picture.bits <= 16 && across < 8 && down < 8;
 }
 
 bool png_picture(Bytes data, Bytes, Picture &picture) {
-    constexpr const char *kComponents[] = {"Y", "", "RGB", "palette", "YA", "", "RGBA"};
     if (!bytes_are(data, 12, "IHDR")) return false;
     picture.bits = data[24];
-    picture.components = name_at(kComponents, data[25]);
+    picture.components = png_components(data[25]);
     return true;
 }
 
@@ -347,6 +331,27 @@ bool jpeg2000_picture(Bytes data, Bytes, Picture &picture) {
         if (bytes_are(data, at, "\xFF\x4F\xFF\x51")) return codestream_picture(data.from(at), picture);
     }
     return false;
+}
+
+// ISO/IEC 21122-1, A.4: the picture header and the component table behind the capabilities.
+bool jpegxs_picture(Bytes data, Bytes, Picture &picture) {
+    const Bytes stream = data.from(find_in(data.sub(0, 1024), "\xFF\x10\xFF\x50"));
+    const char *components = "";
+    if (!bytes_are(stream, 0, "\xFF\x10\xFF\x50")) return false;
+    for (uint64_t at = 2; stream[at] == 0xFF && stream[at + 1] != 0x20;
+         at += 2 + uint64_t{big16(stream, at + 2)}) {
+        if (stream[at + 1] == 0x12) {
+            picture.width = big16(stream, at + 12);
+            picture.height = big16(stream, at + 14);
+            const uint8_t transform = stream[at + 25] & 15;
+            components = stream[at + 20] == 1 ? "Y" : transform == 1 ? "RGB" : transform == 3 ? "Bayer" : "";
+        } else if (stream[at + 1] == 0x13) {
+            picture.bits = stream[at + 4];
+            picture.components =
+                *components ? components : chroma_text(stream[at + 7] >> 4, stream[at + 7] & 15);
+        }
+    }
+    return picture.bits != 0;
 }
 
 template <bool (*read)(Bytes, Picture &)>
@@ -370,6 +375,7 @@ constexpr StreamReader kReaders[] = {
     {"DNx", frame_alone<vc3_frame>, true},
     {"DV", frame_alone<dv_frame>, true},
     {"JPEG 2000", jpeg2000_picture, true},
+    {"JPEG XS", jpegxs_picture},
     {"PNG", png_picture},
     {"CineForm", cineform_picture},
     {"FFV1", ffv1_picture},

@@ -3,6 +3,7 @@
 #include <iterator>
 
 #include "common/elementary.h"
+#include "common/names.h"
 
 std::string speaker_layout(uint64_t mask) {
     struct Layout {
@@ -63,8 +64,12 @@ uint32_t aac_rate(BitReader &bits) {
     return index < std::size(kAacRates) ? kAacRates[index] : 0;
 }
 
-// Elements of a program config (4.4.1.1): each channel pair has two channels.
-uint32_t program_channels(BitReader &bits) {
+// Elements of a program config (4.4.1.1), of which each channel pair has two channels: in front, at the
+// sides, behind and of low frequency.
+void read_program(BitReader &bits, Sound &sound) {
+    constexpr CodeName kLayouts[] = {{0x1000, "mono"}, {0x2000, "stereo"}, {0x2001, "2.1"},  {0x3000, "3.0"},
+                                     {0x3001, "3.1"},  {0x3010, "4.0"},    {0x2020, "quad"}, {0x3020, "5.0"},
+                                     {0x3021, "5.1"},  {0x3200, "5.0"},    {0x3201, "5.1"},  {0x3221, "7.1"}};
     bits.skip(4 + 2 + 4);
     const uint32_t groups[3] = {bits.get(4), bits.get(4), bits.get(4)};
     const uint32_t effects = bits.get(2);
@@ -72,14 +77,20 @@ uint32_t program_channels(BitReader &bits) {
     for (const unsigned length : {4U, 4U, 3U}) {
         if (bits.flag()) bits.skip(length);
     }
-    uint32_t channels = effects;
+    uint32_t all = effects;
+    uint32_t places = 0;
     for (const uint32_t n : groups) {
+        uint32_t channels = 0;
         for (uint32_t i = 0; i < n; i++) {
             channels += bits.flag() ? 2 : 1;
             bits.skip(4);
         }
+        all += channels;
+        places = places << 4 | std::min(channels, 15U);
     }
-    return bits.is_over() ? 0 : channels;
+    if (bits.is_over() || all == 0) return;
+    sound.channels = all;
+    sound.layout = name_of(kLayouts, places << 4 | effects);
 }
 
 void set_aac_channels(uint32_t configuration, Sound &sound) {
@@ -128,7 +139,7 @@ bool aac_configuration(Bytes config, Sound &sound) {
         bits.skip(1);
         if (bits.flag()) bits.skip(14);
         bits.skip(1);
-        if (const uint32_t channels = program_channels(bits)) sound.channels = channels;
+        read_program(bits, sound);
     } else if (is_general && name == std::string_view("AAC")) {
         // What a writer adds behind for decoders that know it (1.6.5.1).
         bits.skip(1);

@@ -7,6 +7,7 @@
 #include <iterator>
 #include <numeric>
 
+#include "common/names.h"
 #include "common/timecode.h"
 
 Ratio Ratio::reduced() const {
@@ -34,6 +35,17 @@ void Facts::whole(uint64_t claimed) {
     extent.claimed = claimed;
 }
 
+void Facts::reaches(uint64_t end, std::string missing) {
+    if (end <= extent.present) return whole(end);
+    cut(end, std::move(missing));
+}
+
+void Facts::largest_first() {
+    const auto area = [](const Picture &p) { return uint64_t{p.width} * p.height; };
+    const auto largest = std::ranges::max_element(pictures, {}, area);
+    if (largest != pictures.end()) std::rotate(pictures.begin(), largest, largest + 1);
+}
+
 void Facts::open(std::string reason) {
     extent.state = Extent::open;
     extent.missing = std::move(reason);
@@ -46,8 +58,7 @@ void Facts::lasts(int64_t frames, Ratio rate) {
 }
 
 void Facts::add(FileTimecode timecode) {
-    if (timecode.bcd == UINT32_MAX && !timecode.is_valid()) return;
-    timecodes.push_back(std::move(timecode));
+    if (timecode.is_set()) timecodes.push_back(std::move(timecode));
 }
 
 std::string FileTimecode::text() const {
@@ -69,6 +80,32 @@ std::string fixed_text(Bytes b, uint64_t offset, uint64_t width) {
     const size_t first = view.find_first_not_of(" \t\r\n");
     if (first == std::string_view::npos) return "";
     return std::string(view.substr(first, view.find_last_not_of(" \t\r\n") + 1 - first));
+}
+
+std::string chroma_text(uint64_t across, uint64_t down) {
+    constexpr CodeName kNames[] = {{0x11, "4:4:4"}, {0x12, "4:4:0"}, {0x21, "4:2:2"},
+                                   {0x22, "4:2:0"}, {0x41, "4:1:1"}, {0x44, "4:1:0"}};
+    return across < 16 && down < 16 ? name_of(kNames, static_cast<uint32_t>(across << 4 | down)) : "";
+}
+
+std::string size_text(uint64_t width, uint64_t height) {
+    return std::to_string(width) + "x" + std::to_string(height);
+}
+
+std::string product_text(std::string maker, const std::string &product) {
+    if (product.starts_with(maker)) return product;
+    append(maker, product, " ");
+    return maker;
+}
+
+void append(std::string &list, std::string_view text, std::string_view divider) {
+    if (!list.empty() && !text.empty()) list += divider;
+    list += text;
+}
+
+Ratio aspect_of(double aspect, int64_t parts) {
+    if (!(aspect > 0.01 && aspect < 100)) return {};
+    return Ratio{std::llround(aspect * static_cast<double>(parts)), parts}.reduced();
 }
 
 Ratio rate_of(double rate) {
@@ -102,14 +139,19 @@ uint32_t base_of(Ratio rate) {
 
 FileTimecode file_timecode(int64_t hours, int64_t minutes, int64_t seconds, int64_t frames, uint32_t base,
                            bool drop, std::string place) {
-    const bool valid = hours >= 0 && hours < 24 && minutes >= 0 && minutes < 60 && seconds >= 0 &&
-                       seconds < 60 && frames >= 0 && frames < base;
-    if (!valid) return {};
+    const auto within = [](int64_t value, int64_t end) { return value >= 0 && value < end; };
+    if (!within(hours, 24) || !within(minutes, 60) || !within(seconds, 60) || !within(frames, base))
+        return {};
     const int64_t dropped = Counting{base, drop}.dropped();
     const int64_t all_minutes = hours * 60 + minutes;
     const int64_t count =
         (all_minutes * 60 + seconds) * base + frames - dropped * (all_minutes - all_minutes / 10);
     return {count, base, drop, std::move(place)};
+}
+
+FileTimecode counted_timecode(int64_t frames, uint32_t base, bool drop, std::string place) {
+    const int64_t dropped = int64_t{Counting{base, drop}.dropped()} * (24 * 60 - 24 * 6);
+    return {frames % (int64_t{24} * 3600 * base - dropped), base, drop, std::move(place)};
 }
 
 FileTimecode bcd_timecode(uint32_t bcd, uint32_t base, std::string place) {
@@ -197,6 +239,24 @@ std::string number_text(double number, int digits) {
     char text[32];
     std::snprintf(text, sizeof text, "%.*g", digits, number);
     return text;
+}
+
+int64_t decimal_in(std::string_view text) {
+    const bool is_number = !text.empty() && text.size() <= 18 &&
+                           std::ranges::all_of(text, [](char c) { return c >= '0' && c <= '9'; });
+    int64_t value = -1;
+    if (is_number) std::from_chars(text.data(), text.data() + text.size(), value);
+    return value;
+}
+
+int64_t decimal_in(std::string_view text, size_t at, size_t n) {
+    return at + n <= text.size() ? decimal_in(text.substr(at, n)) : -1;
+}
+
+bool ends_in_zeros(Input &input, uint64_t start, uint64_t end, uint64_t least, uint64_t most) {
+    const uint64_t n = std::min(end - std::min(start, end), most);
+    const Bytes tail = input.present(end - n, n);
+    return n >= least && tail.size() == n && is_zero(tail);
 }
 
 std::string hex_text(Bytes b) {

@@ -3,6 +3,7 @@
 // the truth. What is not known stays empty, 0 or as said here; nothing is guessed.
 #pragma once
 
+#include <concepts>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "common/bytes.h"
+#include "common/input.h"
 
 // n/d, not set where one of them is not positive.
 struct Ratio {
@@ -108,10 +110,15 @@ struct Facts {
     // The main picture, made where there is none yet.
     Picture &picture();
     void add_more(std::string_view name, std::string value);  // nothing for an empty value
+    void add_more(std::string_view name, std::integral auto value) { add_more(name, std::to_string(value)); }
     // Marks the file as cut: where its structures end at least, and what lies behind its end.
     void cut(uint64_t claimed, std::string missing);
     void whole(uint64_t claimed = 0);
+    // Cut where its structures end behind the file, else whole.
+    void reaches(uint64_t end, std::string missing = "the picture's end");
     void open(std::string reason);
+    // The largest picture becomes the main one.
+    void largest_first();
     // Seconds of that many frames or samples at a rate; nothing where one is not known.
     void lasts(int64_t frames, Ratio rate);
     void add(FileTimecode timecode);  // nothing for one that is not set
@@ -121,6 +128,17 @@ struct Facts {
 // begins with 0xFF.
 std::string fixed_text(Bytes b, uint64_t offset, uint64_t width);
 
+// "4:2:2" by the luma samples that share a chroma sample across and down; empty for what has no name.
+std::string chroma_text(uint64_t across, uint64_t down);
+// "1920x1080".
+std::string size_text(uint64_t width, uint64_t height);
+// A maker and what it made, whose name may begin with the maker's.
+std::string product_text(std::string maker, const std::string &product);
+// Appends a text, where it is none that is empty, to what may have others.
+void append(std::string &list, std::string_view text, std::string_view divider = ", ");
+
+// The aspect that a number tells to so many parts; not set where it is no aspect.
+Ratio aspect_of(double aspect, int64_t parts = 1000);
 // A rate as the ratio that is meant: 23.976, 23.98 and 23.97602 are 24000/1001; whole rates n/1; any other in
 // thousandths. Not set for what is no rate.
 Ratio rate_of(double rate);
@@ -132,13 +150,14 @@ uint32_t base_of(Ratio rate);
 // Of hours to frames, at the base's numbers. Not set where a part is out of range.
 FileTimecode file_timecode(int64_t hours, int64_t minutes, int64_t seconds, int64_t frames, uint32_t base,
                            bool drop, std::string place);
+// Of frames since midnight, of which those of whole days are left out.
+FileTimecode counted_timecode(int64_t frames, uint32_t base, bool drop, std::string place);
 // Of 32 BCD bits as SMPTE 12M has them; bit 6 of the frames' byte is the drop flag at base 30. Base 0: not
 // known.
 FileTimecode bcd_timecode(uint32_t bcd, uint32_t base, std::string place);
 
 // "02 24 123456 7890+12": manufacturer, film type, prefix, count and perforations of a keycode (SMPTE 254);
-// empty where one of the first four is
-// beyond its digits.
+// empty where one of the first four is beyond its digits.
 std::string keycode_text(int64_t manufacturer, int64_t type, int64_t prefix, int64_t count,
                          int64_t perforations);
 
@@ -152,6 +171,14 @@ std::string iso_date_of_unix(int64_t seconds);
 
 // A number as "%g" with what digits it needs up to `digits`.
 std::string number_text(double number, int digits = 6);
+
+// A decimal number of up to 18 digits; -1 where a text is none, or where n of its characters from a place on
+// are none.
+int64_t decimal_in(std::string_view text);
+int64_t decimal_in(std::string_view text, size_t at, size_t n);
+// Whether the bytes before an offset, `most` at most, are all zeros, `least` at least: they were never
+// written where the format has no such zeros.
+bool ends_in_zeros(Input &input, uint64_t start, uint64_t end, uint64_t least, uint64_t most);
 
 // Bytes as hexadecimal digits, up to 64 of them.
 std::string hex_text(Bytes b);

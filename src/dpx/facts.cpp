@@ -1,5 +1,3 @@
-#include "dpx/facts.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -8,6 +6,7 @@
 #include "common/names.h"
 #include "common/ordered_bytes.h"
 #include "common/values.h"
+#include "main/facts_of.h"
 
 namespace {
 
@@ -27,17 +26,6 @@ Ratio film_rate(double rate) { return rate >= 1 && rate <= 1000 ? rate_of(rate) 
 std::string real_text(OrderedBytes header, uint64_t offset) {
     const double value = positive_real(header, offset);
     return value > 0 && value < 1e6 ? number_text(value) : "";
-}
-
-// A decimal number in text; -1 where it is none.
-int64_t number_in(const std::string &text) {
-    if (text.empty() || text.size() > 9) return -1;
-    int64_t value = 0;
-    for (const char c : text) {
-        if (c < '0' || c > '9') return -1;
-        value = value * 10 + (c - '0');
-    }
-    return value;
 }
 
 // What pictures take in their file: rows of samples in words.
@@ -62,12 +50,9 @@ Packing packing_of(uint64_t bits, bool filled) {
 
 // Bytes of that many samples.
 uint64_t packed_bytes(uint64_t samples, uint64_t bits, Packing packing, bool whole_words) {
-    if (packing.samples_a_word == 0) {
-        const uint64_t bytes = (samples * bits + 7) / 8;
-        return whole_words ? (bytes + 3) / 4 * 4 : bytes;
-    }
+    const uint64_t words = packing.samples_a_word;
     const uint64_t bytes =
-        (samples + packing.samples_a_word - 1) / packing.samples_a_word * packing.word_bytes;
+        words == 0 ? (samples * bits + 7) / 8 : (samples + words - 1) / words * packing.word_bytes;
     return whole_words ? (bytes + 3) / 4 * 4 : bytes;
 }
 
@@ -88,25 +73,15 @@ struct Reach {
 // What the file's own size field says where it is wrong, and what lies behind the picture.
 void add_sizes(const Reach &reach, uint64_t told, uint64_t present, Facts &facts) {
     if (present < reach.least) return;
-    if (told > 0 && told != present && told != reach.padded)
-        facts.add_more("size field", std::to_string(told));
+    if (told > 0 && told != present && told != reach.padded) facts.add_more("size field", told);
     const uint64_t end = std::max(reach.padded, told);
-    if (reach.is_known && present > end && reach.padded > 0)
-        facts.add_more("trailing bytes", std::to_string(present - end));
+    if (reach.is_known && present > end && reach.padded > 0) facts.add_more("trailing bytes", present - end);
 }
 
 // Whether the size that the header tells is that of padded lines decides whether padding is missed.
 void judge_extent(const Reach &reach, uint64_t told, uint64_t offset, uint64_t present, Facts &facts) {
-    if (present < offset + 1) {
-        facts.cut(std::max(offset, reach.least), "the picture");
-    } else if (reach.is_known && reach.least > 0) {
-        const uint64_t needed = told >= reach.padded ? reach.padded : reach.least;
-        if (present < needed) {
-            facts.cut(needed, "the picture's end");
-        } else {
-            facts.whole(needed);
-        }
-    }
+    if (present < offset + 1) return facts.cut(std::max(offset, reach.least), "the picture");
+    if (reach.is_known && reach.least > 0) facts.reaches(told >= reach.padded ? reach.padded : reach.least);
 }
 
 bool is_cut_header(uint64_t present, uint64_t needed, Facts &facts) {
@@ -129,44 +104,37 @@ constexpr Descriptor kDescriptors[] = {
     {52, "ABGR", 4}, {100, "4:2:2", 2}, {101, "4:2:2:4", 3}, {102, "4:4:4", 3}, {103, "4:4:4:4", 4},
 };
 
-const Descriptor *descriptor_of(uint32_t code) {
-    const auto *found = std::ranges::find(kDescriptors, code, &Descriptor::code);
-    if (found != std::end(kDescriptors)) return found;
-    return nullptr;
-}
-
 // User-defined elements of 2 to 8 components have codes of their own.
 uint64_t samples_of(uint32_t code) {
-    if (const Descriptor *known_one = descriptor_of(code)) return known_one->samples;
+    if (const Descriptor *known_one = row_of(kDescriptors, code, &Descriptor::code))
+        return known_one->samples;
     return code >= 150 && code <= 156 ? code - 148 : 0;
 }
 
-constexpr CodeName kTransferNames[] = {
-    {1, "printing density"}, {2, "linear"},         {3, "logarithmic"},     {4, "unspecified video"},
-    {5, "SMPTE 274M"},       {6, "ITU-R 709"},      {7, "ITU-R 601-5 B/G"}, {8, "ITU-R 601-5 M"},
-    {9, "NTSC composite"},   {10, "PAL composite"}, {11, "Z linear"},       {12, "Z homogeneous"},
+// By the codes of SMPTE 268M, tables 5A and 5B, and those of H.273 for them; what is printing density or
+// logarithmic has none.
+struct Characteristic {
+    const char *name;
+    int transfer;
+    int primaries;
 };
 
-// H.273 for the codes of SMPTE 268M, tables 5A and 5B; what is printing density or logarithmic has none.
-int transfer_code(uint32_t code) {
-    switch (code) {
-        case 2: return 8;
-        case 5:
-        case 6: return 1;
-        case 7: return 5;
-        case 8: return 6;
-        default: return -1;
-    }
-}
+constexpr Characteristic kCharacteristics[] = {{"", -1, -1},
+                                               {"printing density", -1, -1},
+                                               {"linear", 8, -1},
+                                               {"logarithmic", -1, -1},
+                                               {"unspecified video", -1, -1},
+                                               {"SMPTE 274M", 1, 1},
+                                               {"ITU-R 709", 1, 1},
+                                               {"ITU-R 601-5 B/G", 5, 5},
+                                               {"ITU-R 601-5 M", 6, 6},
+                                               {"NTSC composite", -1, -1},
+                                               {"PAL composite", -1, -1},
+                                               {"Z linear", -1, -1},
+                                               {"Z homogeneous", -1, -1}};
 
-int primaries_code(uint32_t code) {
-    switch (code) {
-        case 5:
-        case 6: return 1;
-        case 7: return 5;
-        case 8: return 6;
-        default: return -1;
-    }
+const Characteristic &characteristic(uint32_t code) {
+    return kCharacteristics[code < std::size(kCharacteristics) ? code : 0];
 }
 
 Reach element_reach(OrderedBytes header, OrderedBytes element, uint64_t image_offset) {
@@ -191,7 +159,7 @@ Reach element_reach(OrderedBytes header, OrderedBytes element, uint64_t image_of
 std::string dpx_components(OrderedBytes header, uint64_t elements) {
     std::string names;
     for (uint64_t i = 0; i < elements; i++) {
-        const Descriptor *descriptor = descriptor_of(header.u8(780 + 72 * i + 20));
+        const Descriptor *descriptor = row_of(kDescriptors, header.u8(780 + 72 * i + 20), &Descriptor::code);
         if (descriptor) names += descriptor->name;
     }
     return names;
@@ -203,13 +171,10 @@ bool has_industry_header(OrderedBytes h) { return h.u32(28) != 0 && known(h.u32(
 
 std::string dpx_keycode(OrderedBytes h) {
     const auto number = [&](uint64_t offset, uint64_t width) {
-        return number_in(fixed_text(h.bytes, offset, width));
+        return decimal_in(fixed_text(h.bytes, offset, width));
     };
-    const int64_t manufacturer = number(1664, 2);
-    const int64_t prefix = number(1670, 6);
-    const int64_t count = number(1676, 4);
-    if (manufacturer <= 0 && prefix <= 0 && count <= 0) return "";
-    return keycode_text(manufacturer, number(1666, 2), prefix, count, number(1668, 2));
+    if (number(1664, 2) <= 0 && number(1670, 6) <= 0 && number(1676, 4) <= 0) return "";
+    return keycode_text(number(1664, 2), number(1666, 2), number(1670, 6), number(1676, 4), number(1668, 2));
 }
 
 void add_industry_header(OrderedBytes h, Facts &facts) {
@@ -223,18 +188,12 @@ void add_industry_header(OrderedBytes h, Facts &facts) {
     facts.reel = fixed_text(h.bytes, 1972, 76);
 }
 
-std::string user_bits(OrderedBytes h) {
-    char text[16];
-    std::snprintf(text, sizeof text, "%08x", h.u32(1924));
-    return text;
-}
-
 void add_dpx_details(OrderedBytes h, Facts &facts) {
     const auto text = [&](const char *name, uint64_t offset, uint64_t width) {
         facts.add_more(name, fixed_text(h.bytes, offset, width));
     };
     const auto number = [&](const char *name, uint32_t value) {
-        if (value != kUnset && value != 0) facts.add_more(name, std::to_string(value));
+        if (value != kUnset && value != 0) facts.add_more(name, value);
     };
     facts.add_more("byte order", h.is_big() ? "big-endian" : "little-endian");
     number("image offset", h.u32(4));
@@ -244,9 +203,9 @@ void add_dpx_details(OrderedBytes h, Facts &facts) {
     number("data offset", h.u32(808));
     number("line padding", h.u32(812));
     number("image padding", h.u32(816));
-    facts.add_more("transfer", name_of(kTransferNames, h.u8(801), ""));
-    facts.add_more("colorimetric", name_of(kTransferNames, h.u8(802), ""));
-    if (h.u16(804) != 0xFFFF) facts.add_more("packing", std::to_string(h.u16(804)));
+    facts.add_more("transfer", characteristic(h.u8(801)).name);
+    facts.add_more("colorimetric", characteristic(h.u8(802)).name);
+    if (h.u16(804) != 0xFFFF) facts.add_more("packing", h.u16(804));
     text("file name", 36, 100);
     text("project", 260, 200);
     text("copyright", 460, 200);
@@ -259,7 +218,11 @@ void add_dpx_details(OrderedBytes h, Facts &facts) {
     facts.add_more("shutter angle", real_text(h, 1728));
     text("frame id", 1732, 32);
     text("slate", 1764, 100);
-    if (h.u32(1924) != kUnset && h.u32(1924) != 0) facts.add_more("user bits", user_bits(h));
+    if (h.u32(1924) != kUnset && h.u32(1924) != 0) {
+        char bits[16];
+        std::snprintf(bits, sizeof bits, "%08x", h.u32(1924));
+        facts.add_more("user bits", bits);
+    }
     facts.add_more("gamma", real_text(h, 1948));
     if (facts.keycode.empty()) facts.add_more("keycode text", fixed_text(h.bytes, 1664, 16));
 }
@@ -285,8 +248,8 @@ void dpx_facts(Input &input, Facts &facts) {
     picture.components = dpx_components(h, elements);
     picture.codec = encoded ? "RLE" : "uncompressed";
     picture.frames = 1;
-    picture.colour.transfer = transfer_code(h.u8(801));
-    picture.colour.primaries = primaries_code(h.u8(802));
+    picture.colour.transfer = characteristic(h.u8(801)).transfer;
+    picture.colour.primaries = characteristic(h.u8(802)).primaries;
     if (known(h.u32(1628)) > 0 && known(h.u32(1632)) > 0)
         picture.pixel_aspect = Ratio{h.u32(1628), h.u32(1632)}.reduced();
     if (has_industry_header(h)) add_industry_header(h, facts);
@@ -363,11 +326,10 @@ void cineon_facts(Input &input, Facts &facts) {
     }
     facts.date = iso_date_in(fixed_text(h.bytes, 132, 12) + " " + fixed_text(h.bytes, 144, 12));
     facts.add_more("byte order", h.is_big() ? "big-endian" : "little-endian");
-    facts.add_more("image offset", std::to_string(offset));
-    if (h.u8(681) != 0xFF) facts.add_more("packing", std::to_string(h.u8(681)));
+    facts.add_more("image offset", offset);
+    if (h.u8(681) != 0xFF) facts.add_more("packing", h.u8(681));
     facts.add_more("file name", fixed_text(h.bytes, 32, 100));
-    if (known(h.u32(1068)) > 0 && offset >= 2048)
-        facts.add_more("frame position", std::to_string(h.u32(1068)));
+    if (known(h.u32(1068)) > 0 && offset >= 2048) facts.add_more("frame position", h.u32(1068));
     facts.add_more("input device", fixed_text(h.bytes, 844, 64));
     facts.add_more("gamma", real_text(h, 980));
     const Reach reach = cineon_reach(h, channels, offset);

@@ -1,11 +1,11 @@
-#include "exr/facts.h"
-
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <optional>
 
 #include "common/ordered_bytes.h"
 #include "common/values.h"
+#include "main/facts_of.h"
 
 namespace {
 
@@ -31,8 +31,8 @@ struct Box {
     int64_t width() const { return right - left + 1; }
     int64_t height() const { return bottom - top + 1; }
     std::string text() const {
-        return std::to_string(left) + "," + std::to_string(top) + " " + std::to_string(width()) + "x" +
-               std::to_string(height());
+        const std::string size = std::to_string(width()) + "x" + std::to_string(height());
+        return std::to_string(left) + "," + std::to_string(top) + " " + size;
     }
     bool operator==(const Box &) const = default;
 };
@@ -50,9 +50,12 @@ struct Part {
     Box display;
     std::vector<Channel> channels;
     uint32_t compression = 0;
-    uint64_t tile_width = 0, tile_height = 0;
-    uint32_t tile_mode = 0;
-    int64_t chunks = -1;  // as an attribute says
+    struct {
+        uint64_t width = 0, height = 0;
+        unsigned mode = 0;
+    } tiles;
+    int64_t chunks = -1;               // as an attribute says
+    std::optional<uint32_t> timecode;  // SMPTE 12M bits in the order of television signals
     std::string name, type, view;
 };
 
@@ -89,7 +92,7 @@ std::string components_of(const std::vector<Channel> &channels) {
     if (has("R") && has("G") && has("B")) return "RGB" + alpha;
     if (has("Y") && has("RY") && has("BY")) {
         const Channel &chroma = *find("RY");
-        return std::string(chroma.across == 2 ? chroma.down == 2 ? "4:2:0" : "4:2:2" : "4:4:4") +
+        return chroma_text(static_cast<uint32_t>(chroma.across), static_cast<uint32_t>(chroma.down)) +
                (alpha.empty() ? "" : ":4");
     }
     if (has("Y")) return "Y" + alpha;
@@ -99,18 +102,10 @@ std::string components_of(const std::vector<Channel> &channels) {
 std::string names_of(const std::vector<Channel> &channels) {
     std::string names;
     for (const Channel &channel : channels) {
-        if (!names.empty()) names += ' ';
-        names += channel.name;
+        append(names, channel.name, " ");
         if (names.size() > 1000) return names + " ...";
     }
     return names;
-}
-
-// SMPTE 12M bits in the order of television signals (the attribute's "packing TV60").
-FileTimecode timecode_of(uint32_t bits, Ratio rate) {
-    const uint32_t bcd = bits & 0x3F7F7F7F;
-    FileTimecode timecode = bcd_timecode(bcd, base_of(rate), "timeCode");
-    return timecode;
 }
 
 void add_chromaticities(OrderedBytes b, Picture &picture) {
@@ -122,35 +117,22 @@ void add_chromaticities(OrderedBytes b, Picture &picture) {
     if (near(0, 0.68) && near(1, 0.32) && near(2, 0.265)) picture.colour.primaries = near(6, 0.314) ? 11 : 12;
 }
 
-void add_value(std::string_view name, std::string_view type, OrderedBytes value, Part &part, Facts &facts,
-               uint32_t &timecode, bool &has_timecode) {
+void add_value(std::string_view name, std::string_view type, OrderedBytes value, Part &part, Facts &facts) {
     const auto text = [&] { return fixed_text(value.bytes, 0, value.bytes.size()); };
-    const auto real = [&](uint64_t offset) { return static_cast<double>(float_of_bits(value.u32(offset))); };
+    const double real = static_cast<double>(float_of_bits(value.u32(0)));
     if (name == "channels") part.channels = channels_of(value);
     if (name == "compression") part.compression = value.u8(0);
     if (name == "dataWindow") part.data = box_at(value);
     if (name == "displayWindow") part.display = box_at(value);
-    if (name == "tiles") {
-        part.tile_width = value.u32(0);
-        part.tile_height = value.u32(4);
-        part.tile_mode = value.u8(8);
-    }
+    if (name == "tiles") part.tiles = {value.u32(0), value.u32(4), value.u8(8)};
     if (name == "chunkCount") part.chunks = value.s32(0);
     if (name == "name") part.name = text();
     if (name == "type") part.type = text();
     if (name == "view") part.view = text();
-    if (name == "pixelAspectRatio" && real(0) > 0.01 && real(0) < 100) {
-        const double aspect = real(0);
-        part.picture.pixel_aspect = aspect == std::round(aspect)
-                                        ? Ratio{std::llround(aspect), 1}
-                                        : Ratio{std::llround(aspect * 10000), 10000}.reduced();
-    }
+    if (name == "pixelAspectRatio") part.picture.pixel_aspect = aspect_of(real, 10000);
     if (name == "framesPerSecond" && type == "rational")
         part.picture.rate = rate_of(value.s32(0), value.u32(4));
-    if (name == "timeCode" && type == "timecode") {
-        timecode = value.u32(0);
-        has_timecode = true;
-    }
+    if (name == "timeCode" && type == "timecode") part.timecode = value.u32(0) & 0x3F7F7F7F;
     if (name == "keyCode" && type == "keycode" && facts.keycode.empty())
         facts.keycode = keycode_text(value.s32(0), value.s32(4), value.s32(8), value.s32(12), value.s32(16));
     if (name == "chromaticities") add_chromaticities(value, part.picture);
@@ -161,8 +143,6 @@ void add_value(std::string_view name, std::string_view type, OrderedBytes value,
 
 // Reads the attributes of a header from an offset on; where the next one begins, 0 where it is cut.
 uint64_t read_header(OrderedBytes file, uint64_t at, Part &part, Facts &facts) {
-    uint32_t timecode = 0;
-    bool has_timecode = false;
     while (file.u8(at) != 0) {
         const Text name = text_at(file.bytes, at, kLongestName);
         const std::string name_kept(name.start, static_cast<size_t>(name.length));
@@ -172,12 +152,12 @@ uint64_t read_header(OrderedBytes file, uint64_t at, Part &part, Facts &facts) {
         const uint64_t value_at = type_at + type_kept.size() + 5;
         const int32_t size = file.s32(value_at - 4);
         if (size < 0 || !file.bytes.has(value_at, static_cast<uint64_t>(size))) return 0;
-        add_value(name_kept, type_kept, file.sub(value_at, static_cast<uint64_t>(size)), part, facts,
-                  timecode, has_timecode);
+        add_value(name_kept, type_kept, file.sub(value_at, static_cast<uint64_t>(size)), part, facts);
         at = value_at + static_cast<uint64_t>(size);
     }
     if (!file.bytes.has(at, 1)) return 0;
-    if (has_timecode && facts.timecodes.empty()) facts.add(timecode_of(timecode, part.picture.rate));
+    if (part.timecode && facts.timecodes.empty())
+        facts.add(bcd_timecode(*part.timecode, base_of(part.picture.rate), "timeCode"));
     return at + 1;
 }
 
@@ -209,7 +189,7 @@ uint64_t divided(uint64_t n, uint64_t by) { return by == 0 ? 0 : (n + by - 1) / 
 uint64_t tile_count(const Part &part) {
     const uint64_t width = static_cast<uint64_t>(std::max<int64_t>(part.data.width(), 0));
     const uint64_t height = static_cast<uint64_t>(std::max<int64_t>(part.data.height(), 0));
-    const bool up = part.tile_mode >> 4 & 1;
+    const bool up = part.tiles.mode >> 4 & 1;
     const auto level = [&](uint64_t n, unsigned i) {
         return std::max<uint64_t>(1, up ? (n + (uint64_t{1} << i) - 1) >> i : n >> i);
     };
@@ -217,9 +197,9 @@ uint64_t tile_count(const Part &part) {
         return static_cast<unsigned>(std::bit_width(up && n > 1 ? 2 * n - 1 : std::max<uint64_t>(n, 1)));
     };
     const auto tiles = [&](unsigned i, unsigned j) {
-        return divided(level(width, i), part.tile_width) * divided(level(height, j), part.tile_height);
+        return divided(level(width, i), part.tiles.width) * divided(level(height, j), part.tiles.height);
     };
-    const unsigned mode = part.tile_mode & 15;
+    const unsigned mode = part.tiles.mode & 15;
     uint64_t count = 0;
     if (mode == 0) return tiles(0, 0);
     if (mode == 1) {
@@ -232,9 +212,17 @@ uint64_t tile_count(const Part &part) {
     return count;
 }
 
-uint64_t chunk_count(const Part &part, bool tiled_file) {
+bool is_tiled(const Part &part, uint32_t version) {
+    return (version & 0x200) != 0 || part.type == "tiledimage" || part.type == "deeptile";
+}
+
+bool is_deep(const Part &part, uint32_t version) {
+    return (version & 0x800) != 0 || part.type.starts_with("deep");
+}
+
+uint64_t chunk_count(const Part &part, uint32_t version) {
     if (part.chunks > 0) return static_cast<uint64_t>(part.chunks);
-    if (tiled_file || part.type == "tiledimage" || part.type == "deeptile") return tile_count(part);
+    if (is_tiled(part, version)) return tile_count(part);
     const uint64_t height = static_cast<uint64_t>(std::max<int64_t>(part.data.height(), 0));
     return part.compression < std::size(kCompressions)
                ? divided(height, kCompressions[part.compression].lines)
@@ -249,12 +237,9 @@ void judge_extent(Input &input, const std::vector<Part> &parts, uint64_t tables,
     uint64_t unwritten = 0, all = 0, last = 0;
     const Part *last_part = nullptr;
     for (const Part &part : parts) {
-        const uint64_t count = chunk_count(part, version & 0x200);
+        const uint64_t count = chunk_count(part, version);
         if (count == 0 || count > UINT32_MAX) return;
-        if (table + 8 * count > input.size()) {
-            facts.cut(table + 8 * count, "the offset table");
-            return;
-        }
+        if (table + 8 * count > input.size()) return facts.cut(table + 8 * count, "the offset table");
         // Of tables beyond what is looked at the end counts, where the last chunks are.
         const uint64_t looked_at = std::min(8 * count, kOffsetTable);
         const OrderedBytes offsets = little_endian(input.present(table + 8 * count - looked_at, looked_at));
@@ -268,25 +253,23 @@ void judge_extent(Input &input, const std::vector<Part> &parts, uint64_t tables,
         all += looked_at / 8;
         table += 8 * count;
     }
-    if (unwritten > 0) {
-        facts.cut(0, std::to_string(unwritten) + " of " + std::to_string(all) + " chunks were not written");
-        return;
-    }
+    if (unwritten > 0)
+        return facts.cut(
+            0, std::to_string(unwritten) + " of " + std::to_string(all) + " chunks were not written");
     if (!last_part) return;
-    const bool tiled = version & 0x200 || last_part->type == "tiledimage" || last_part->type == "deeptile";
-    const bool deep = version & 0x800 || last_part->type.starts_with("deep");
-    const uint64_t fields = (several ? 4 : 0) + (tiled ? 16 : 4);
+    const bool deep = is_deep(*last_part, version);
+    const uint64_t fields = (several ? 4 : 0) + (is_tiled(*last_part, version) ? 16 : 4);
     const OrderedBytes chunk = little_endian(input.present(last, fields + 24));
     // Deep chunks have the sizes of their sample counts and of their samples, of 64 bits.
     const uint64_t end = deep ? last + fields + 24 + chunk.u64(fields) + chunk.u64(fields + 8)
                               : last + fields + 4 + chunk.u32(fields);
+    // No compression ends in zeros, but one may leave what it does not make smaller.
     const bool is_blank =
-        chunk.bytes.size() >= fields + 4 && (deep ? chunk.u64(fields) : chunk.u32(fields)) == 0;
-    if (last + fields + 4 > input.size() || end > input.size() || is_blank) {
-        facts.cut(end, is_blank ? "the last chunk holds zeros" : "the last chunk");
-    } else {
-        facts.whole(end);
-    }
+        chunk.bytes.size() >= fields + 4 &&
+        ((deep ? chunk.u64(fields) : chunk.u32(fields)) == 0 ||
+         (last_part->compression != 0 && end > last && ends_in_zeros(input, last + fields, end, 64, 1024)));
+    if (is_blank) return facts.cut(end, "the last chunk holds zeros");
+    facts.reaches(std::max(end, last + fields + 4), "the last chunk");
 }
 
 void add_details(const std::vector<Part> &parts, const Part &main, Facts &facts) {
@@ -295,12 +278,11 @@ void add_details(const std::vector<Part> &parts, const Part &main, Facts &facts)
         facts.add_more("display window", main.display.text());
     }
     facts.add_more("channels", names_of(main.channels));
-    if (main.tile_width > 0)
-        facts.add_more("tiles", std::to_string(main.tile_width) + "x" + std::to_string(main.tile_height));
+    if (main.tiles.width > 0) facts.add_more("tiles", size_text(main.tiles.width, main.tiles.height));
     facts.add_more("view", main.view);
     if (parts.size() < 2) return;
     std::string names;
-    for (const Part &part : parts) names += (names.empty() ? "" : ", ") + part.name;
+    for (const Part &part : parts) append(names, part.name);
     facts.add_more("parts", names);
 }
 
@@ -332,11 +314,8 @@ void exr_facts(Input &input, Facts &facts) {
         return static_cast<double>(part.data.width()) * static_cast<double>(part.data.height());
     };
     const auto main = std::ranges::max_element(parts, {}, area);
-    const bool tiled = version & 0x200 || main->type == "tiledimage" || main->type == "deeptile";
-    facts.variant = version & 0x800 || main->type.starts_with("deep") ? "deep"
-                    : tiled                                           ? "tiled"
-                                                                      : "scan lines";
-    if (parts.size() > 1) facts.variant += ", " + std::to_string(parts.size()) + " parts";
+    facts.variant = is_deep(*main, version) ? "deep" : is_tiled(*main, version) ? "tiled" : "scan lines";
+    if (parts.size() > 1) append(facts.variant, std::to_string(parts.size()) + " parts");
     facts.pictures.push_back(main->picture);
     for (auto part = parts.begin(); part != parts.end(); ++part) {
         if (part != main) facts.pictures.push_back(part->picture);

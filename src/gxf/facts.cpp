@@ -1,11 +1,10 @@
-#include "gxf/facts.h"
-
 #include <algorithm>
 #include <optional>
 
 #include "common/elementary.h"
 #include "common/names.h"
 #include "common/ordered_bytes.h"
+#include "main/facts_of.h"
 
 namespace {
 
@@ -84,54 +83,39 @@ class Tags {
     Bytes section_;
 };
 
-class Reader {
- public:
-    Reader(Input &input, Facts &facts) : input_(input), facts_(facts) {}
-    void read();
-
- private:
-    void read_map(Bytes payload);
-    void add_track(const Track &track);
-    void read_umf();
-    void read_media(const Packet &packet);
-    void read_timecode_entry(Bytes entry);
-    void finish();
-    void judge();
+struct Gxf {
+    Input &input;
+    Facts &facts;
+    std::vector<Track> tracks = {};
+    std::vector<uint8_t> umf = {};
+    int64_t first_field = -1;
+    int64_t last_field = -1;
+    bool has_picture = false;
+    bool has_timecode = false;
+    FileTimecode timecode = {};  // of its track
 
     const Track *main_track() const {
         const auto found =
-            std::ranges::find_if(tracks_, [](const Track &t) { return t.type->kind == MediaType::picture; });
-        return found == tracks_.end() ? nullptr : &*found;
+            std::ranges::find_if(tracks, [](const Track &t) { return t.type->kind == MediaType::picture; });
+        return found == tracks.end() ? nullptr : &*found;
     }
     Ratio rate() const {
-        const Track *track = main_track();
-        for (const Track &other : tracks_) {
-            if (!track && other.rate.is_set()) track = &other;
-        }
-        return track ? track->rate : Ratio{};
+        if (const Track *track = main_track()) return track->rate;
+        const auto found = std::ranges::find_if(tracks, [](const Track &t) { return t.rate.is_set(); });
+        return found == tracks.end() ? Ratio{} : found->rate;
     }
     int64_t fields_a_frame() const {
         const Track *track = main_track();
-        if (!track && !tracks_.empty()) track = &tracks_.front();
+        if (!track && !tracks.empty()) track = &tracks.front();
         return track && track->fields == 1 ? 1 : 2;
     }
-
-    Input &input_;
-    Facts &facts_;
-    std::vector<Track> tracks_;
-    std::vector<uint8_t> umf_;
-    int64_t first_field_ = -1;
-    int64_t last_field_ = -1;
-    bool has_picture_ = false;
-    bool has_timecode_ = false;
-    FileTimecode track_timecode_;
 };
 
 // The first picture track is the file's; each sound track is one channel, a pair of AC-3.
-void Reader::add_track(const Track &track) {
-    tracks_.push_back(track);
-    if (track.type->kind == MediaType::picture && facts_.pictures.empty()) {
-        Picture &picture = facts_.picture();
+void add_track(Gxf &gxf, const Track &track) {
+    gxf.tracks.push_back(track);
+    if (track.type->kind == MediaType::picture && gxf.facts.pictures.empty()) {
+        Picture &picture = gxf.facts.picture();
         picture.codec = track.type->codec;
         picture.rate = track.rate;
         if (track.rate.is_set()) picture.constant_rate = true;
@@ -140,20 +124,20 @@ void Reader::add_track(const Track &track) {
         sound.codec = track.type->codec;
         sound.bits = track.type->detail;
         if (sound.codec == "PCM") sound.channels = 1;
-        facts_.sounds.push_back(std::move(sound));
+        gxf.facts.sounds.push_back(std::move(sound));
     }
 }
 
-void Reader::read_map(Bytes payload) {
+void read_map(Gxf &gxf, Bytes payload) {
     constexpr Ratio kRates[] = {{},      {60, 1}, {60000, 1001}, {50, 1}, {30, 1}, {30000, 1001},
                                 {25, 1}, {24, 1}, {24000, 1001}};
     const uint64_t material_size = big16(payload, 2);
     const Tags material(payload.sub(4, material_size));
-    first_field_ = material.number(0x41);
-    last_field_ = material.number(0x42);
-    facts_.add_more("material", material.text(0x40));
+    gxf.first_field = material.number(0x41);
+    gxf.last_field = material.number(0x42);
+    gxf.facts.add_more("material", material.text(0x40));
     const uint64_t end = std::min(payload.size(), material_size + 6 + big16(payload, 4 + material_size));
-    for (uint64_t at = material_size + 6; at + 4 <= end && tracks_.size() < 64;) {
+    for (uint64_t at = material_size + 6; at + 4 <= end && gxf.tracks.size() < 64;) {
         const Tags tags(payload.sub(at + 4, big16(payload, at + 2)));
         Track track{row_of(kMediaTypes, static_cast<uint8_t>(payload[at] - 0x80), &MediaType::code),
                     static_cast<uint8_t>(payload[at + 1] - 0xC0),
@@ -166,7 +150,7 @@ void Reader::read_map(Bytes payload) {
         if (by_type && !track.rate.is_set())
             track.rate = track.type->detail == 1 ? Ratio{30000, 1001} : Ratio{25, 1};
         if (by_type && track.lines <= 0) track.lines = track.type->detail;
-        if (track.type) add_track(track);
+        if (track.type) add_track(gxf, track);
         at += 4 + uint64_t{big16(payload, at + 2)};
     }
 }
@@ -185,35 +169,35 @@ void set_sizes(const Track &track, Picture &picture) {
 
 // Frames of 8 BCD digits, each with four bits of a binary group; the drop flag stands beside the tens of the
 // frames.
-void Reader::read_timecode_entry(Bytes entry) {
+void read_timecode_entry(Gxf &gxf, Bytes entry) {
     const auto digits = [&](uint64_t i, uint32_t tens) {
         return (entry[i + 1] & tens) * 10 + (entry[i] & 15);
     };
-    const uint32_t base = base_of(rate());
-    track_timecode_ = file_timecode(digits(6, 3), digits(4, 7), digits(2, 7), digits(0, 3), base,
-                                    (entry[1] & 4) != 0 && base % 30 == 0, "track");
+    const uint32_t base = base_of(gxf.rate());
+    gxf.timecode = file_timecode(digits(6, 3), digits(4, 7), digits(2, 7), digits(0, 3), base,
+                                 (entry[1] & 4) != 0 && base % 30 == 0, "track");
 }
 
-void Reader::read_media(const Packet &packet) {
+void read_media(Gxf &gxf, const Packet &packet) {
     constexpr uint64_t kFirstBytes = 8192;
-    const Bytes preamble = input_.present(packet.at + kHeader, kPreamble, 512);
+    const Bytes preamble = gxf.input.present(packet.at + kHeader, kPreamble, 512);
     const MediaType *type = row_of(kMediaTypes, preamble[0], &MediaType::code);
-    const Track *track = main_track();
+    const Track *track = gxf.main_track();
     if (!type || packet.length < kHeader + kPreamble) return;
-    const bool is_timecode = type->kind == MediaType::timecode && !has_timecode_;
+    const bool is_timecode = type->kind == MediaType::timecode && !gxf.has_timecode;
     const bool is_picture =
-        type->kind == MediaType::picture && !has_picture_ && track && preamble[1] == track->id;
+        type->kind == MediaType::picture && !gxf.has_picture && track && preamble[1] == track->id;
     if (!is_timecode && !is_picture) return;
     const uint64_t length = std::min(packet.length - kHeader - kPreamble, kFirstBytes);
-    const Bytes data = input_.present(packet.at + kHeader + kPreamble, length);
+    const Bytes data = gxf.input.present(packet.at + kHeader + kPreamble, length);
     if (is_timecode) {
-        has_timecode_ = true;
+        gxf.has_timecode = true;
         const uint64_t first = big16(preamble, 6);
-        if (first < big16(preamble, 8)) read_timecode_entry(data.sub(8 * first, 8));
+        if (first < big16(preamble, 8)) read_timecode_entry(gxf, data.sub(8 * first, 8));
         return;
     }
-    has_picture_ = true;
-    Picture &picture = facts_.picture();
+    gxf.has_picture = true;
+    Picture &picture = gxf.facts.picture();
     Picture stream;
     const uint64_t sequence = start_code(data);
     if (mpeg_sequence(data.from(sequence), stream)) {
@@ -229,25 +213,25 @@ void Reader::read_media(const Packet &packet) {
 
 // All UMF packets' data together: a description of the material, then of tracks and of media (SMPTE 360M,
 // annex A). Its order is the one in which its size is the smaller number.
-void Reader::read_umf() {
+void read_umf(Gxf &gxf) {
     constexpr uint64_t kMediaPlace = 104;
-    const Bytes bytes(umf_.data(), umf_.size());
+    const Bytes bytes(gxf.umf.data(), gxf.umf.size());
     const OrderedBytes data = little32(bytes) <= big32(bytes) ? little_endian(bytes) : big_endian(bytes);
     const uint32_t word = data.u32(68);
-    const uint32_t base = base_of(rate());
-    const int64_t fields = fields_a_frame();
+    const uint32_t base = base_of(gxf.rate());
+    const int64_t fields = gxf.fields_a_frame();
     const bool is_valid = word >> 31 == 0 && bytes.has(68, 4);
     if (is_valid) {
-        facts_.add(file_timecode(word >> 24 & 31, word >> 16 & 255, word >> 8 & 255, (word & 255) / fields,
-                                 base, (word >> 29 & 1) != 0, "material"));
+        gxf.facts.add(file_timecode(word >> 24 & 31, word >> 16 & 255, word >> 8 & 255, (word & 255) / fields,
+                                    base, (word >> 29 & 1) != 0, "material"));
     }
     size_t sound = 0;
     uint64_t at = kMediaPlace + data.u32(16);
-    for (int i = 0; i < 64 && bytes.has(at, 124) && sound < facts_.sounds.size(); i++) {
+    for (int i = 0; i < 64 && bytes.has(at, 124) && sound < gxf.facts.sounds.size(); i++) {
         const MediaType *type =
             row_of(kMediaTypes, static_cast<uint8_t>(data.u32(at + 112)), &MediaType::code);
         if (type && type->kind == MediaType::sound) {
-            Sound &heard = facts_.sounds[sound++];
+            Sound &heard = gxf.facts.sounds[sound++];
             const uint32_t rate = data.u32(at + 116);
             if (rate >= 8000 && rate <= 192000) heard.rate = {rate, 1};
             if (heard.codec == "PCM" && data.u32(at + 120) > 0 && data.u32(at + 120) <= 32)
@@ -258,14 +242,15 @@ void Reader::read_umf() {
     }
 }
 
-void Reader::finish() {
-    const Track *track = main_track();
-    const Ratio frame_rate = rate();
-    const int64_t fields = fields_a_frame();
-    const int64_t frames =
-        first_field_ >= 0 && last_field_ > first_field_ ? (last_field_ - first_field_) / fields : -1;
+void finish(Gxf &gxf) {
+    const Track *track = gxf.main_track();
+    const Ratio frame_rate = gxf.rate();
+    const int64_t fields = gxf.fields_a_frame();
+    const int64_t frames = gxf.first_field >= 0 && gxf.last_field > gxf.first_field
+                               ? (gxf.last_field - gxf.first_field) / fields
+                               : -1;
     if (track) {
-        Picture &picture = facts_.picture();
+        Picture &picture = gxf.facts.picture();
         if (picture.width == 0 && picture.codec != "Motion JPEG") set_sizes(*track, picture);
         const bool is_dv = picture.codec == "DV" || picture.codec.starts_with("DVCPRO");
         if (is_dv) picture.bits = 8;
@@ -276,18 +261,18 @@ void Reader::finish() {
         picture.frames = frames;
     }
     if (frames < 0 || !frame_rate.is_set()) return;
-    facts_.lasts(frames, frame_rate);
-    for (Sound &sound : facts_.sounds) {
+    gxf.facts.lasts(frames, frame_rate);
+    for (Sound &sound : gxf.facts.sounds) {
         if (!sound.rate.is_set()) sound.rate = {48000, 1};  // the only one (SMPTE 360M, 5.4)
         sound.samples = frames * frame_rate.d * sound.rate.n / frame_rate.n;
     }
 }
 
 // The end of the stream, or what its last packets lead to.
-void Reader::judge() {
-    const uint64_t size = input_.size();
+void judge(Gxf &gxf) {
+    const uint64_t size = gxf.input.size();
     const uint64_t n = std::min(size, kTail);
-    const Bytes tail = input_.present(size - n, n);
+    const Bytes tail = gxf.input.present(size - n, n);
     for (uint64_t at = 0; tail.has(at, kHeader); at++) {
         if (tail[at + 4] != 1 || tail[at + 15] != 0xE2 || !packet_in(tail.from(at), 0)) continue;
         // The first packet of the tail and those behind it.
@@ -298,51 +283,54 @@ void Reader::judge() {
             packet = packet_in(tail.from(packet->end() - (size - n)), packet->end());
         }
         if (!packet) {  // no packet behind one: bytes of no stream, which has no end
-            facts_.cut(size + kHeader, "the end of the stream");
+            gxf.facts.cut(size + kHeader, "the end of the stream");
         } else if (packet->type == end_of_stream) {
-            facts_.whole(packet->end());
+            gxf.facts.whole(packet->end());
         } else if (packet->end() > size) {
-            facts_.cut(packet->end(), "the last packet's end");
-        } else if (last_field_ > 0 && field >= 0 && field + 2 < last_field_) {
-            facts_.cut(size + kHeader, "fields from " + std::to_string(field + 1) + " on");
+            gxf.facts.cut(packet->end(), "the last packet's end");
+        } else if (gxf.last_field > 0 && field >= 0 && field + 2 < gxf.last_field) {
+            gxf.facts.cut(size + kHeader, "fields from " + std::to_string(field + 1) + " on");
         } else {
-            facts_.open("no end of the stream");
+            gxf.facts.open("no end of the stream");
         }
         return;
     }
-    facts_.cut(size + kHeader, "the end of the stream");
+    gxf.facts.cut(size + kHeader, "the end of the stream");
 }
 
-void Reader::read() {
+void read(Gxf &gxf) {
     uint64_t at = 0;
     for (int i = 0; i < kMostPackets; i++) {
-        const std::optional<Packet> packet = packet_in(input_.present(at, kHeader, 512), at);
+        const std::optional<Packet> packet = packet_in(gxf.input.present(at, kHeader, 512), at);
         if (!packet) break;
         const uint64_t length = std::min(packet->length - kHeader, kMostPayload);
-        if (packet->type == map && tracks_.empty()) {
-            read_map(input_.present(at + kHeader, length));
+        if (packet->type == map && gxf.tracks.empty()) {
+            read_map(gxf, gxf.input.present(at + kHeader, length));
         } else if (packet->type == umf && length > 5) {
-            const auto data = input_.present(at + kHeader + 5, length - 5).span(0, length - 5);
-            if (umf_.size() < kMostPayload * 4) umf_.insert(umf_.end(), data.begin(), data.end());
+            const auto data = gxf.input.present(at + kHeader + 5, length - 5).span(0, length - 5);
+            if (gxf.umf.size() < kMostPayload * 4) gxf.umf.insert(gxf.umf.end(), data.begin(), data.end());
         } else if (packet->type == media) {
-            read_media(*packet);
+            read_media(gxf, *packet);
         }
-        const bool wants_picture = main_track() && !has_picture_;
-        const bool wants_timecode = !has_timecode_ && std::ranges::any_of(tracks_, [](const Track &t) {
+        const bool wants_picture = gxf.main_track() && !gxf.has_picture;
+        const bool wants_timecode = !gxf.has_timecode && std::ranges::any_of(gxf.tracks, [](const Track &t) {
             return t.type->kind == MediaType::timecode;
         });
         if (packet->type == end_of_stream || (packet->type == media && !wants_picture && !wants_timecode))
             break;
         at = packet->end();
     }
-    if (tracks_.empty()) facts_.problem = "no map of tracks";
-    finish();
-    read_umf();
-    facts_.add(std::move(track_timecode_));
-    facts_.add_more("tracks", std::to_string(tracks_.size()));
-    judge();
+    if (gxf.tracks.empty()) gxf.facts.problem = "no map of tracks";
+    finish(gxf);
+    read_umf(gxf);
+    gxf.facts.add(std::move(gxf.timecode));
+    gxf.facts.add_more("tracks", gxf.tracks.size());
+    judge(gxf);
 }
 
 }  // namespace
 
-void gxf_facts(Input &input, Facts &facts) { Reader(input, facts).read(); }
+void gxf_facts(Input &input, Facts &facts) {
+    Gxf gxf{input, facts};
+    read(gxf);
+}

@@ -1,8 +1,6 @@
-#include <cmath>
-
 #include "common/ordered_bytes.h"
 #include "common/values.h"
-#include "images/facts.h"
+#include "main/facts_of.h"
 
 namespace {
 
@@ -79,15 +77,13 @@ void arri_facts(Input &input, Facts &facts) {
         return;
     }
     picture.rate = rate_in(h, 420);
-    const double aspect = static_cast<double>(float_of_bits(h.u32(196)));
-    if (std::isfinite(aspect) && aspect > 0.1 && aspect < 10)
-        picture.pixel_aspect = Ratio{std::llround(aspect * 1000), 1000}.reduced();
+    picture.pixel_aspect = aspect_of(static_cast<double>(float_of_bits(h.u32(196))));
     for (uint64_t i = 0; i < std::size(kPlaces); i++)
         facts.add(timecode_at(h.from(kTimecodes + 16 * i), base_of(picture.rate), kPlaces[i]));
     facts.date = bcd_date(h.u32(380), h.u32(384));
     if (facts.date.empty()) facts.date = bcd_date(h.u32(388), h.u32(392));
     const auto number = [&](const char *name, uint64_t at) {
-        if (h.u32(at) != 0 && h.u32(at) != 0xFFFFFFFF) facts.add_more(name, std::to_string(h.u32(at)));
+        if (h.u32(at) != 0 && h.u32(at) != 0xFFFFFFFF) facts.add_more(name, h.u32(at));
     };
     if (rate_in(h, 416).is_set()) facts.add_more("sensor rate", number_text(rate_in(h, 416).value()));
     number("white balance", 92);
@@ -95,11 +91,6 @@ void arri_facts(Input &input, Facts &facts) {
     number("camera serial", 368);
     facts.add_more("look", fixed_text(bytes, 204, 32));
     if (h.u32(44) > 0 && h.u32(44) <= picture.width && h.u32(48) <= picture.height)
-        facts.add_more("active image", std::to_string(h.u32(44)) + "x" + std::to_string(h.u32(48)));
-    if (data == 0 || offset < 1024) return;
-    if (size < offset + data) {
-        facts.cut(offset + data, "the picture's end");
-    } else {
-        facts.whole(offset + data);
-    }
+        facts.add_more("active image", size_text(h.u32(44), h.u32(48)));
+    if (data > 0 && offset >= 1024) facts.reaches(offset + data);
 }

@@ -5,10 +5,11 @@
 #include <iterator>
 #include <optional>
 
+#include "common/elementary.h"
 #include "common/names.h"
 #include "common/ordered_bytes.h"
 #include "common/values.h"
-#include "images/facts.h"
+#include "main/facts_of.h"
 
 namespace {
 
@@ -24,14 +25,6 @@ Picture &still(Facts &facts, uint32_t width, uint32_t height, uint32_t bits, std
     picture.codec = std::move(codec);
     picture.frames = 1;
     return picture;
-}
-
-void judge_end(Input &input, Facts &facts, uint64_t end) {
-    if (end > input.size()) {
-        facts.cut(end, "the picture's end");
-    } else {
-        facts.whole(end);
-    }
 }
 
 const char *grey_or_colour(uint64_t channels) {
@@ -71,27 +64,22 @@ void bmp_facts(Input &input, Facts &facts) {
     constexpr uint32_t kDepths[] = {0, 1, 2, 4, 8, 16, 24, 32, 64};
     const bool known_depth = std::ranges::find(kDepths, depth) != std::end(kDepths);
     if (std::ranges::find(kSizes, size) == std::end(kSizes) || width > kMostSide || height > kMostSide ||
-        !known_depth) {
-        facts.format.clear();
-        return;
-    }
+        !known_depth)
+        return facts.format.clear();
     const bool palette = depth <= 8;
     const uint32_t bits = palette ? depth : depth == 16 ? 5 : depth == 64 ? 16 : 8;
     const bool alpha = depth == 32 && size >= 56 && h.u32(66) != 0;
-    Picture &picture = still(facts, width, height, bits,
-                             palette ? "palette"
-                             : alpha ? "RGBA"
-                                     : "RGB",
-                             name_of(kCodecs, compression, ""));
+    const char *const components = palette ? "palette" : alpha ? "RGBA" : "RGB";
+    Picture &picture = still(facts, width, height, bits, components, name_of(kCodecs, compression));
     if (!core && h.s32(38) > 0 && h.s32(42) > 0 && h.s32(38) != h.s32(42))
         picture.pixel_aspect = Ratio{h.s32(42), h.s32(38)}.reduced();
-    facts.add_more("bits a pixel", std::to_string(depth));
+    facts.add_more("bits a pixel", depth);
     if (lines < 0) facts.add_more("orientation", "top down");
     const uint64_t offset = h.u32(10);
     const bool plain = picture.codec == "uncompressed";
     const uint64_t line = (uint64_t{width} * depth + 31) / 32 * 4;
     const uint64_t told = core ? 0 : h.u32(34);
-    if (plain || told > 0) judge_end(input, facts, offset + (plain ? line * height : told));
+    if (plain || told > 0) facts.reaches(offset + (plain ? line * height : told));
 }
 
 // There is no magic number: what is not possible is no TGA.
@@ -107,10 +95,8 @@ void tga_facts(Input &input, Facts &facts) {
         depth == 8 || (!mapped && (depth == 15 || depth == 16 || depth == 24 || depth == 32));
     const bool known_map =
         map == 0 ? !mapped : map == 1 && (h.u8(7) == 15 || h.u8(7) == 16 || h.u8(7) == 24 || h.u8(7) == 32);
-    if (!known_type || !known_depth || !known_map || h.u16(12) == 0 || h.u16(14) == 0) {
-        facts.format.clear();
-        return;
-    }
+    if (!known_type || !known_depth || !known_map || h.u16(12) == 0 || h.u16(14) == 0)
+        return facts.format.clear();
     const bool alpha = (h.u8(17) & 15) > 0 && (depth == 32 || depth == 16);
     still(facts, h.u16(12), h.u16(14), depth == 15 || depth == 16 ? (grey ? 8 : 5) : 8,
           mapped  ? "palette"
@@ -118,7 +104,7 @@ void tga_facts(Input &input, Facts &facts) {
           : alpha ? "RGBA"
                   : "RGB",
           type & 8 ? "RLE" : "uncompressed");
-    facts.add_more("bits a pixel", std::to_string(depth));
+    facts.add_more("bits a pixel", depth);
     const uint64_t size = input.size();
     const Bytes tail = input.present(size < 26 ? 0 : size - 26, 26);
     const bool footer = bytes_are(tail, 8, "TRUEVISION-XFILE.\0");
@@ -128,11 +114,11 @@ void tga_facts(Input &input, Facts &facts) {
     if (!footer && contains(tail, "TRUEVISION-XFIL")) {
         facts.cut(0, "the footer's end");
     } else if (!(type & 8)) {
-        judge_end(input, facts, data + pixels);
+        facts.reaches(data + pixels);
     } else if (footer) {
         facts.whole(size);
     } else if (const auto end = packets_end(input, data, uint64_t{h.u16(12)} * h.u16(14), (depth + 7) / 8)) {
-        judge_end(input, facts, *end);
+        facts.reaches(*end);
     }
 }
 
@@ -141,35 +127,35 @@ void sgi_facts(Input &input, Facts &facts) {
     const uint32_t storage = h.u8(2);
     const uint32_t bytes = h.u8(3);
     const uint32_t dimensions = h.u16(4);
-    if (storage > 1 || bytes < 1 || bytes > 2 || dimensions < 1 || dimensions > 3) {
-        facts.format.clear();
-        return;
-    }
+    if (storage > 1 || bytes < 1 || bytes > 2 || dimensions < 1 || dimensions > 3)
+        return facts.format.clear();
     const uint32_t height = dimensions > 1 ? h.u16(8) : 1;
     const uint32_t channels = dimensions > 2 ? h.u16(10) : 1;
     still(facts, h.u16(6), height, 8 * bytes, grey_or_colour(channels), storage ? "RLE" : "uncompressed");
     facts.add_more("name", fixed_text(h.bytes, 24, 80));
-    if (!storage) {
-        judge_end(input, facts, 512 + uint64_t{h.u16(6)} * height * channels * bytes);
-        return;
-    }
+    if (!storage) return facts.reaches(512 + uint64_t{h.u16(6)} * height * channels * bytes);
     // Tables of where each line of each channel begins, and of its length.
     const uint64_t rows = uint64_t{height} * channels;
     const OrderedBytes tables = big_endian(input.present(512, 8 * rows));
     uint64_t end = 512 + 8 * rows;
-    for (uint64_t i = 0; i < std::min(rows, tables.bytes.size() / 4); i++)
-        end = std::max(end, uint64_t{tables.u32(4 * i)} + tables.u32(4 * (rows + i)));
-    judge_end(input, facts, end);
+    uint64_t last = end;
+    for (uint64_t i = 0; i < std::min(rows, tables.bytes.size() / 4); i++) {
+        const uint64_t start = tables.u32(4 * i);
+        if (start + tables.u32(4 * (rows + i)) <= end) continue;
+        end = start + tables.u32(4 * (rows + i));
+        last = start;
+    }
+    facts.reaches(end);
+    // A line begins with a count, and ends with a zero.
+    const bool is_blank = end > last + bytes && is_zero(input.present(last, bytes));
+    if (is_blank && end <= input.size()) facts.cut(end, "the last lines (zeros)");
 }
 
 void softimage_facts(Input &input, Facts &facts) {
     constexpr uint64_t kMostChannels = 8;
     constexpr Scan kFields[] = {Scan::unknown, Scan::interlaced, Scan::interlaced, Scan::progressive};
     const OrderedBytes h = big_endian(input.present(0, 104 + 4 * kMostChannels));
-    if (!bytes_are(h.bytes, 88, "PICT")) {
-        facts.format.clear();
-        return;
-    }
+    if (!bytes_are(h.bytes, 88, "PICT")) return facts.format.clear();
     std::string components;
     std::string codec;
     uint32_t bits = 0;
@@ -184,8 +170,7 @@ void softimage_facts(Input &input, Facts &facts) {
     }
     Picture &picture = still(facts, h.u16(92), h.u16(94), bits, components, codec);
     picture.scan = h.u16(100) < std::size(kFields) ? kFields[h.u16(100)] : Scan::unknown;
-    const double ratio = static_cast<double>(float_of_bits(h.u32(96)));
-    if (ratio > 0.01 && ratio < 100) picture.pixel_aspect = Ratio{std::llround(ratio * 1000), 1000}.reduced();
+    picture.pixel_aspect = aspect_of(static_cast<double>(float_of_bits(h.u32(96))));
     facts.variant = number_text(static_cast<double>(float_of_bits(h.u32(4))), 3);
     facts.add_more("comment", fixed_text(h.bytes, 8, 80));
 }
@@ -215,32 +200,21 @@ void add_png_chunk(OrderedBytes chunk, Facts &facts) {
 // ISO 15948. The chunks are walked by their headers: compressed data has many, as a rule of 8 to 64 KiB.
 void png_facts(Input &input, Facts &facts) {
     constexpr int kMostChunks = 1 << 16;
-    constexpr const char *kComponents[] = {"Y", "", "RGB", "palette", "YA", "", "RGBA"};
     const uint64_t size = input.size();
     const OrderedBytes h = big_endian(input.present(0, 33));
-    if (!bytes_are(h.bytes, 12, "IHDR")) {
-        facts.cut(33, "the header's end");
-        return;
-    }
-    const uint32_t type = h.u8(25);
-    still(facts, h.u32(16), h.u32(20), h.u8(24), type < std::size(kComponents) ? kComponents[type] : "",
-          "Deflate");
+    if (!bytes_are(h.bytes, 12, "IHDR")) return facts.cut(33, "the header's end");
+    still(facts, h.u32(16), h.u32(20), h.u8(24), png_components(h.u8(25)), "Deflate");
     if (h.u8(28) == 1) facts.variant = "interlaced";
     const bool ends = size >= 12 && bytes_are(input.present(size - 12, 12), 4, "IEND");
     uint64_t at = 33;
     for (int i = 0; i < kMostChunks; i++) {
         const OrderedBytes chunk = big_endian(input.present(at, 256));
         const uint64_t end = at + 12 + chunk.u32(0);
-        if (chunk.bytes.size() < 8 || end > size) {
-            facts.cut(std::max(end, at + 12),
-                      bytes_are(chunk.bytes, 4, "IDAT") ? "picture data" : "the end chunk");
-            return;
-        }
+        if (chunk.bytes.size() < 8 || end > size)
+            return facts.cut(std::max(end, at + 12),
+                             bytes_are(chunk.bytes, 4, "IDAT") ? "picture data" : "the end chunk");
         const bool data = bytes_are(chunk.bytes, 4, "IDAT");
-        if (bytes_are(chunk.bytes, 4, "IEND") || (data && ends)) {
-            facts.whole(ends ? size : end);
-            return;
-        }
+        if (bytes_are(chunk.bytes, 4, "IEND") || (data && ends)) return facts.whole(ends ? size : end);
         if (chunk.u32(4) == 0) {
             facts.cut(end, "picture data: zeros in its place");
             return;
@@ -289,10 +263,7 @@ void netpbm_facts(Input &input, Facts &facts) {
     const uint32_t width = header.number();
     const uint32_t height = header.number();
     const uint32_t most = kind == 0 ? 1 : header.number();
-    if (width == 0 || height == 0 || most == 0 || most > 65535) {
-        facts.format.clear();
-        return;
-    }
+    if (width == 0 || height == 0 || most == 0 || most > 65535) return facts.format.clear();
     facts.format = kFormats[kind];
     facts.variant = plain ? "plain" : "raw";
     still(facts, width, height, static_cast<uint32_t>(std::bit_width(most)), kind == 2 ? "RGB" : "Y",
@@ -301,7 +272,7 @@ void netpbm_facts(Input &input, Facts &facts) {
     const uint64_t line =
         kind == 0 ? (uint64_t{width} + 7) / 8 : uint64_t{width} * (kind == 2 ? 3 : 1) * bytes;
     if (!plain) {
-        judge_end(input, facts, header.data() + line * height);
+        facts.reaches(header.data() + line * height);
     } else {
         // A digit and what divides it from the next, but in PBM.
         const uint64_t samples = uint64_t{width} * height * (kind == 2 ? 3 : 1);

@@ -1,11 +1,12 @@
-#include "jpeg2000/facts.h"
-
 #include <algorithm>
 #include <string_view>
 #include <vector>
 
+#include "common/boxes.h"
 #include "common/codecs.h"
+#include "common/elementary.h"
 #include "common/names.h"
+#include "main/facts_of.h"
 
 namespace {
 
@@ -67,7 +68,7 @@ void read_segment(Bytes segment, MainHeader &header) {
         case 0x55: header.told_length += told_lengths(segment); break;
         case 0x64:
             if (header.comment.empty() && big16(segment, 4) == 1)
-                header.comment = fixed_text(segment, 6, std::min<uint64_t>(segment.size() - 6, 200));
+                header.comment = fixed_text(segment, 6, 200);
             break;
         default: break;
     }
@@ -111,9 +112,7 @@ std::string components_of(const MainHeader &header) {
     if (n != 3 && n != 4) return "";
     const uint32_t horizontal = header.subsampling(1, 0) / std::max(header.subsampling(0, 0), 1U);
     const uint32_t vertical = header.subsampling(1, 1) / std::max(header.subsampling(0, 1), 1U);
-    const std::string alpha = n == 4 ? ":4" : "";
-    if (horizontal == 2) return (vertical == 2 ? "4:2:0" : "4:2:2") + alpha;
-    if (horizontal == 4) return "4:1:1" + alpha;
+    if (horizontal == 2 || horizontal == 4) return chroma_text(horizontal, vertical) + (n == 4 ? ":4" : "");
     if (n == 3 && profile >= 3 && profile <= 7) return "XYZ";
     return !header.has_transform() ? "" : n == 4 ? "RGBA" : "RGB";
 }
@@ -141,34 +140,33 @@ std::string writer_in(const std::string &comment) {
 }
 
 void add_header_details(const MainHeader &header, Facts &facts) {
-    constexpr CodeName kProfiles[] = {{1, "0"},
-                                      {2, "1"},
-                                      {3, "2K digital cinema"},
-                                      {4, "4K digital cinema"},
-                                      {5, "scalable 2K digital cinema"},
-                                      {6, "scalable 4K digital cinema"},
-                                      {7, "digital cinema storage"}};
-    constexpr CodeName kFamilies[] = {{1, "broadcast"},  {2, "broadcast"},  {3, "broadcast"},
-                                      {4, "IMF 2K"},     {5, "IMF 4K"},     {6, "IMF 8K"},
-                                      {7, "IMF 2K 5/3"}, {8, "IMF 4K 5/3"}, {9, "IMF 8K 5/3"}};
+    constexpr const char *kProfiles[] = {"",
+                                         "0",
+                                         "1",
+                                         "2K digital cinema",
+                                         "4K digital cinema",
+                                         "scalable 2K digital cinema",
+                                         "scalable 4K digital cinema",
+                                         "digital cinema storage"};
+    constexpr const char *kFamilies[] = {"",       "broadcast", "broadcast",  "broadcast",  "IMF 2K",
+                                         "IMF 4K", "IMF 8K",    "IMF 2K 5/3", "IMF 4K 5/3", "IMF 8K 5/3"};
     constexpr const char *kProgressions[] = {"LRCP", "RLCP", "RPCL", "PCRL", "CPRL"};
     const uint32_t profile = big16(header.siz, 4) & 0x3FFF;
-    facts.add_more("profile", profile < 256 ? name_of(kProfiles, profile) : name_of(kFamilies, profile >> 8));
+    facts.add_more("profile", profile < 256 ? name_at(kProfiles, profile) : name_at(kFamilies, profile >> 8));
     facts.add_more("progression", name_at(kProgressions, header.cod[5]));
-    facts.add_more("layers", std::to_string(big16(header.cod, 6)));
-    facts.add_more("levels", std::to_string(header.cod[9]));
+    facts.add_more("layers", big16(header.cod, 6));
+    facts.add_more("levels", header.cod[9]);
     const uint64_t width = big32(header.siz, 22);
     const uint64_t height = big32(header.siz, 26);
     const uint64_t columns = width ? (big32(header.siz, 6) + width - 1) / width : 0;
     const uint64_t rows = height ? (big32(header.siz, 10) + height - 1) / height : 0;
     if (columns * rows > 1) {
-        facts.variant = facts.variant.empty() ? "tiled" : facts.variant + " tiled";
-        facts.add_more("tile size", std::to_string(width) + "x" + std::to_string(height));
+        append(facts.variant, "tiled", " ");
+        facts.add_more("tile size", size_text(width, height));
     }
     if (header.has_high_throughput) facts.add_more("block coder", "high throughput");
-    const std::string writer = writer_in(header.comment);
-    facts.writer = writer;
-    if (writer.empty()) facts.add_more("comment", header.comment);
+    facts.writer = writer_in(header.comment);
+    if (facts.writer.empty()) facts.add_more("comment", header.comment);
 }
 
 bool is_tile_part(Bytes b) { return bytes_are(b, 0, "\xFF\x90\x00\x0A"); }
@@ -190,14 +188,10 @@ Extent::State follow_tile_parts(Input &input, uint64_t place, uint64_t limit, ui
             // Behind the end may be other bytes; compressed data are no long row of zeros.
             const uint64_t tail = std::min(kTail, present - end);
             const Bytes last = input.present(present - tail, tail);
-            const auto bytes = last.span(0, tail);
-            constexpr uint8_t kEnd[] = {0xFF, 0xD9};
-            const auto found = std::find_end(bytes.begin(), bytes.end(), std::begin(kEnd), std::end(kEnd));
-            const auto zeros = std::find_if(bytes.rbegin(), bytes.rend(), [](uint8_t b) { return b != 0; });
-            end = present - tail + static_cast<uint64_t>(found - bytes.begin()) + 2;
-            if (found != bytes.end()) return Extent::whole;
-            end = present;
-            return zeros - bytes.rbegin() >= 64 ? Extent::cut : Extent::unknown;
+            const uint64_t found = find_last_in(last, "\xFF\xD9");
+            end = std::min(present - tail + found + 2, present);
+            if (found < tail) return Extent::whole;
+            return tail >= 64 && is_zero(last.from(tail - 64)) ? Extent::cut : Extent::unknown;
         }
         if (length < 14) return Extent::unknown;
         end += length;
@@ -234,10 +228,7 @@ void read_codestream(Input &input, uint64_t start, uint64_t limit, Facts &facts)
     fill_picture(header, facts.picture());
     facts.picture().frames = 1;
     add_header_details(header, facts);
-    if (header.tile_parts == 0) {
-        facts.cut(present + 1, "the codestream's tiles");
-        return;
-    }
+    if (header.tile_parts == 0) return facts.cut(present + 1, "the codestream's tiles");
     const uint64_t first = start + header.tile_parts;
     const uint32_t most = present - start <= kSmallFile ? 70000 : kMostTileParts;
     uint64_t end = 0;
@@ -251,29 +242,6 @@ void read_codestream(Input &input, uint64_t start, uint64_t limit, Facts &facts)
     }
     if (state == Extent::whole) facts.whole(end);
     if (state == Extent::cut) facts.cut(std::max(end + 2, present), "the codestream's end");
-}
-
-struct Box {
-    uint64_t at = 0;
-    uint64_t content = 0;
-    uint64_t end = 0;
-    uint32_t type = 0;
-    bool is_open = false;  // to the file's end, wherever that is
-};
-
-// The box at a place of a window; false where none is.
-bool box_at(Bytes file, uint64_t place, Box &box) {
-    if (!file.has(place, 8)) return false;
-    uint64_t size = big32(file, place);
-    box = {place, place + 8, 0, big32(file, place + 4), size == 0};
-    if (size == 1) {
-        size = big64(file, place + 8);
-        box.content = place + 16;
-    }
-    if (box.is_open) size = std::max(file.size() - place, box.content - place);
-    if (size < box.content - place || size > UINT64_MAX - place) return false;
-    box.end = place + size;
-    return true;
 }
 
 void read_colour(Bytes content, Facts &facts) {
@@ -293,12 +261,11 @@ void read_colour(Bytes content, Facts &facts) {
 
 // The boxes of the JP2 header: what shows how the components are meant.
 void read_header_box(Bytes header, Facts &facts) {
-    Box box;
     bool alpha = false;
     bool palette = false;
     Picture &picture = facts.picture();
-    for (uint64_t at = 0, i = 0; i < 64 && box_at(header, at, box); i++, at = box.end) {
-        const Bytes content = header.sub(box.content, box.end - box.content);
+    each_box(header, [&](const Box &box) {
+        const Bytes content = box.data;
         if (box.type == fourcc("ihdr")) {
             picture.height = big32(content);
             picture.width = big32(content, 4);
@@ -312,7 +279,7 @@ void read_header_box(Bytes header, Facts &facts) {
                 alpha = alpha || type == 1 || type == 2;
             }
         }
-    }
+    });
     if (palette) picture.components = "palette";
     if (alpha && picture.components == "RGB") picture.components = "RGBA";
 }
@@ -338,20 +305,21 @@ void jp2_facts(Input &input, Facts &facts) {
     Box box;
     bool has_codestream = false;
     uint64_t end = 0;
-    for (int i = 0; i < kMostBoxes && end < size; i++, end = box.end) {
-        if (!box_at(file, end, box)) break;
-        const Bytes content = file.sub(box.content, box.end - box.content);
+    for (int i = 0; i < kMostBoxes && end < size; i++, end = box.end()) {
+        const Box next = box_at(file, end);
+        if (next.size == 0) break;
+        box = next;
         if (box.type == fourcc("ftyp")) {
-            const uint32_t brand = big32(content);
+            const uint32_t brand = big32(box.data);
             facts.variant = brand == fourcc("jpx ")   ? "JPX"
                             : brand == fourcc("jpm ") ? "JPM"
                             : brand == fourcc("mjp2") ? "MJ2"
                                                       : "";
         } else if (box.type == fourcc("jp2h") && facts.pictures.empty()) {
-            read_header_box(content, facts);
+            read_header_box(box.data, facts);
         } else if (box.type == fourcc("jp2c") && !has_codestream) {
             has_codestream = true;
-            read_codestream(input, box.content, box.is_open ? UINT64_MAX : box.end, facts);
+            read_codestream(input, box.start(), box.is_open ? UINT64_MAX : box.end(), facts);
         }
     }
     Picture &picture = facts.picture();

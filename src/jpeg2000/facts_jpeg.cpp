@@ -1,9 +1,10 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "common/elementary.h"
 #include "common/names.h"
 #include "common/ordered_bytes.h"
-#include "jpeg2000/facts.h"
+#include "main/facts_of.h"
 
 namespace {
 
@@ -54,7 +55,7 @@ Segments read_segments(Bytes file) {
         } else if (code == 0xEE && bytes_are(content, 0, "Adobe") && content.has(11, 1)) {
             found.adobe = content[11];
         } else if (code == 0xFE && found.comment.empty()) {
-            found.comment = fixed_text(content, 0, std::min<uint64_t>(content.size(), 200));
+            found.comment = fixed_text(content, 0, 200);
         } else if (code == 0xDA) {
             found.scan = at;
         }
@@ -68,22 +69,12 @@ Segments read_segments(Bytes file) {
 std::string components_of(const Segments &found) {
     const uint32_t n = found.frame[5];
     const auto id = [&](uint64_t i) { return found.frame[6 + 3 * i]; };
-    const auto sampling = [&](uint64_t i) { return found.frame[7 + 3 * i]; };
     if (n == 1) return "Y";
     if (n == 4) return "CMYK";
     if (n != 3) return "";
     const bool named_rgb = id(0) == 'R' && id(1) == 'G' && id(2) == 'B';
     if (found.adobe == 0 || (found.adobe < 0 && found.jfif.empty() && named_rgb)) return "RGB";
-    const uint32_t horizontal = sampling(1) >> 4 ? (sampling(0) >> 4) / (sampling(1) >> 4) : 0;
-    const uint32_t vertical = (sampling(1) & 15) ? (sampling(0) & 15) / (sampling(1) & 15) : 0;
-    switch (horizontal << 4 | vertical) {
-        case 0x11: return "4:4:4";
-        case 0x12: return "4:4:0";
-        case 0x21: return "4:2:2";
-        case 0x22: return "4:2:0";
-        case 0x41: return "4:1:1";
-        default: return "";
-    }
+    return jpeg_chroma(found.frame.from(6));
 }
 
 // A directory of EXIF, which is a TIFF (CIPA DC-008).
@@ -91,27 +82,25 @@ struct Directory {
     OrderedBytes tiff;
     uint64_t at = 0;
 
-    // Where the value of a tag is; 0 where the tag is not there.
-    uint64_t value(uint32_t tag) const {
-        const uint32_t entries = std::min<uint32_t>(tiff.u16(at), kMostEntries);
-        for (uint64_t i = 0; at != 0 && i < entries; i++) {
-            const uint64_t entry = at + 2 + 12 * i;
-            if (tiff.u16(entry) != tag) continue;
-            const uint64_t unit = tiff.u16(entry + 2) == 3 ? 2 : tiff.u16(entry + 2) == 4 ? 4 : 1;
-            return unit * tiff.u32(entry + 4) <= 4 ? entry + 8 : tiff.u32(entry + 8);
+    // Where the entry of a tag is; 0 where the tag is not there.
+    uint64_t entry(uint32_t tag) const {
+        const uint64_t entries = at == 0 ? 0 : std::min<uint32_t>(tiff.u16(at), kMostEntries);
+        for (uint64_t i = 0; i < entries; i++) {
+            if (tiff.u16(at + 2 + 12 * i) == tag) return at + 2 + 12 * i;
         }
         return 0;
     }
-    uint32_t count(uint32_t tag) const {
-        const uint32_t entries = std::min<uint32_t>(tiff.u16(at), kMostEntries);
-        for (uint64_t i = 0; at != 0 && i < entries; i++) {
-            if (tiff.u16(at + 2 + 12 * i) == tag) return tiff.u32(at + 2 + 12 * i + 4);
-        }
-        return 0;
+    // Where its value is.
+    uint64_t value(uint32_t tag) const {
+        const uint64_t found = entry(tag);
+        if (found == 0) return 0;
+        const uint64_t unit = tiff.u16(found + 2) == 3 ? 2 : tiff.u16(found + 2) == 4 ? 4 : 1;
+        return unit * tiff.u32(found + 4) <= 4 ? found + 8 : tiff.u32(found + 8);
     }
     std::string text(uint32_t tag) const {
         const uint64_t where = value(tag);
-        return where == 0 ? "" : fixed_text(tiff.bytes, where, std::min<uint32_t>(count(tag), 256));
+        return where == 0 ? ""
+                          : fixed_text(tiff.bytes, where, std::min<uint32_t>(tiff.u32(entry(tag) + 4), 256));
     }
 };
 
@@ -129,31 +118,19 @@ void read_exif(Bytes exif, Facts &facts) {
     const Directory main{tiff, tiff.u32(4)};
     const uint64_t place = main.value(0x8769);
     const Directory photo{tiff, place == 0 ? 0 : tiff.u32(place)};
-    std::string camera = main.text(0x010F);
-    const std::string model = main.text(0x0110);
-    if (camera.empty() || model.starts_with(camera)) {
-        camera = model;
-    } else if (!model.empty()) {
-        camera += " " + model;
-    }
+    const std::string camera = product_text(main.text(0x010F), main.text(0x0110));
     facts.writer = main.text(0x0131);
     if (facts.writer.empty()) facts.writer = camera;
     facts.date = exif_date(photo.text(0x9003), photo.text(0x9011));
     if (facts.date.empty()) facts.date = exif_date(main.text(0x0132), photo.text(0x9010));
     facts.add_more("camera", camera);
     const uint64_t orientation = main.value(0x0112);
-    if (orientation != 0) facts.add_more("orientation", std::to_string(tiff.u16(orientation)));
+    if (orientation != 0) facts.add_more("orientation", tiff.u16(orientation));
     const uint64_t space = photo.value(0xA001);
     if (space != 0 && tiff.u16(space) == 1) {
         facts.picture().colour.primaries = 1;
         facts.picture().colour.transfer = 13;
     }
-}
-
-void read_density(Bytes jfif, Picture &picture) {
-    const uint32_t x = big16(jfif, 8);
-    const uint32_t y = big16(jfif, 10);
-    if (x > 0 && y > 0) picture.pixel_aspect = Ratio{y, x}.reduced();
 }
 
 // Entropy-coded data have a zero or a restart marker behind each FF: what follows the image's end has not.
@@ -170,31 +147,32 @@ bool is_entropy_coded(std::span<const uint8_t> bytes) {
 
 void judge_extent(Input &input, const Segments &found, Facts &facts) {
     const uint64_t size = input.size();
-    if (found.scan == 0 || found.end > size) {
-        facts.cut(std::max(found.end, size) + 2, "the image data");
-        return;
-    }
+    if (found.scan == 0 || found.end > size)
+        return facts.cut(std::max(found.end, size) + 2, "the image data");
     const uint64_t n = std::min(kJpegTail, size - found.end);
     const Bytes tail = input.present(size - n, n);
-    const auto bytes = tail.span(0, n);
-    constexpr uint8_t kEnd[] = {0xFF, 0xD9};
-    const auto last = std::find_end(bytes.begin(), bytes.end(), std::begin(kEnd), std::end(kEnd));
-    if (last != bytes.end()) {
-        facts.whole(size - n + static_cast<uint64_t>(last - bytes.begin()) + 2);
-    } else if (is_entropy_coded(bytes)) {
+    const uint64_t last = find_last_in(tail, "\xFF\xD9");
+    if (last < n) {
+        facts.whole(size - n + last + 2);
+    } else if (is_entropy_coded(tail.span(0, n))) {
         facts.cut(size + 2, "the end of the image");
     }
 }
 
 }  // namespace
 
+bool jpeg_frame(Bytes frame, Picture &picture) {
+    if (big16(frame) != 0xFFD8) return false;
+    const Segments found = read_segments(frame);
+    picture.bits = found.frame[0];
+    picture.components = components_of(found);
+    return !found.frame.empty();
+}
+
 void jpeg_facts(Input &input, Facts &facts) {
     const uint64_t size = input.size();
     const Bytes file = input.bytes(0, size);
-    if (size > 2 && file[2] != 0xFF) {
-        facts.format.clear();
-        return;
-    }
+    if (size > 2 && file[2] != 0xFF) return facts.format.clear();
     const Segments found = read_segments(file);
     Picture &picture = facts.picture();
     picture.codec = "JPEG";
@@ -208,7 +186,7 @@ void jpeg_facts(Input &input, Facts &facts) {
     } else {
         facts.problem = "no frame header";
     }
-    read_density(found.jfif, picture);
+    picture.pixel_aspect = Ratio{big16(found.jfif, 10), big16(found.jfif, 8)}.reduced();
     // JFIF has the equations of ITU-R BT.601 and all codes.
     if (!found.jfif.empty() && picture.components.starts_with("4:")) {
         picture.colour.matrix = 5;

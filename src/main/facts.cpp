@@ -15,8 +15,8 @@ Facts facts(Input &input) {
         if (!formats::recognises(format, in)) continue;
         Facts facts;
         facts.format = format.name;
-        if (format.facts) format.facts(input, facts);
         facts.extent.present = size;
+        if (format.facts) format.facts(input, facts);
         if (!facts.format.empty()) return facts;  // else it was noise
     }
     Facts facts;

@@ -1,5 +1,3 @@
-#include "mpeg/facts.h"
-
 #include <algorithm>
 #include <cmath>
 #include <map>
@@ -7,6 +5,7 @@
 
 #include "common/elementary.h"
 #include "common/names.h"
+#include "main/facts_of.h"
 #include "mpeg/facts_streams.h"
 
 void Stream::add_time(int64_t time) {
@@ -48,14 +47,7 @@ void Stream::add_payload(Bytes payload) {
 
 namespace {
 
-// The first frame of sound in a stream's beginning that another follows or that ends with it.
-template <typename Reader>
-bool find_sound(Bytes head, Reader read) {
-    for (uint64_t at = 0; at + 8 < head.size(); at++) {
-        if (read(head.from(at))) return true;
-    }
-    return false;
-}
+using namespace std::string_view_literals;
 
 // LATM in LOAS (ISO 14496-3, 1.7): the configuration of one program, whose fields are whole bytes behind the
 // sync word.
@@ -73,31 +65,28 @@ bool read_mpeg_sound(Bytes b, Sound &sound) {
 }
 
 // Sound of DVDs: quantization, rate and channels behind the substream's header.
-bool read_dvd_pcm(Bytes b, Sound &sound) {
+void read_dvd_pcm(Bytes b, Sound &sound) {
     constexpr uint32_t kBits[] = {16, 20, 24, 0};
     constexpr uint32_t kRates[] = {48000, 96000, 44100, 32000};
     sound.bits = kBits[b[5] >> 6];
     sound.rate = {kRates[b[5] >> 4 & 3], 1};
     sound.channels = (b[5] & 7) + 1U;
-    return sound.bits > 0;
 }
 
 // Of Blu-ray discs: four bytes before the samples.
-bool read_hdmv_pcm(Bytes b, Sound &sound) {
+void read_hdmv_pcm(Bytes b, Sound &sound) {
     constexpr uint32_t kChannels[] = {0, 1, 0, 2, 3, 3, 4, 4, 5, 6, 7, 8, 0, 0, 0, 0};
     constexpr uint32_t kBits[] = {0, 16, 20, 24};
     sound.channels = kChannels[b[2] >> 4];
     sound.rate = {(b[2] & 15) == 4 ? 96000 : (b[2] & 15) == 5 ? 192000 : 48000, 1};
     sound.bits = kBits[b[3] >> 6];
-    return sound.channels > 0;
 }
 
 // SMPTE ST 302: pairs of AES3 channels in private data.
-bool read_302(Bytes b, Sound &sound) {
+void read_302(Bytes b, Sound &sound) {
     sound.channels = 2 + 2 * (b[2] >> 6U & 3U);
     sound.bits = 16 + 4 * (b[3] >> 4U & 3U);
     sound.rate = {48000, 1};
-    return true;
 }
 
 }  // namespace
@@ -115,19 +104,19 @@ void tell_stream(Stream &stream, Facts &facts) {
     Sound sound;
     sound.codec = stream.codec;
     sound.language = stream.language;
-    if (stream.codec == "MP2") {
-        find_sound(head, [&](Bytes b) { return read_mpeg_sound(b, sound); });
-    } else if (stream.codec.ends_with("AC-3")) {
-        find_sound(head, [&](Bytes b) { return ac3_frame(b, sound); });
-    } else if (stream.codec == "AAC") {
-        find_sound(head, [&](Bytes b) { return adts_frame(b, sound) || loas_frame(b, sound); });
-    } else if (stream.codec == "DTS") {
-        find_sound(head, [&](Bytes b) { return dts_frame(b, sound); });
-    } else if (stream.codec == "PCM") {
-        if (stream.kind == Stream::dvd) read_dvd_pcm(head, sound);
-        if (stream.kind == Stream::hdmv) read_hdmv_pcm(head, sound);
-        if (stream.kind == Stream::aes3) read_302(head, sound);
-    }
+    sound.channels = stream.channels;
+    if (stream.codec == "Opus") sound.rate = {48000, 1};
+    // The first frame of sound in what there is of the stream.
+    const auto find = [&](auto read) {
+        for (uint64_t at = 0; at + 8 < head.size() && !read(head.from(at), sound);) at++;
+    };
+    if (stream.codec == "MP2") find(read_mpeg_sound);
+    if (stream.codec.ends_with("AC-3")) find(ac3_frame);
+    if (stream.codec == "AAC") find([](Bytes b, Sound &s) { return adts_frame(b, s) || loas_frame(b, s); });
+    if (stream.codec == "DTS") find(dts_frame);
+    if (stream.codec == "PCM" && stream.kind == Stream::dvd) read_dvd_pcm(head, sound);
+    if (stream.codec == "PCM" && stream.kind == Stream::hdmv) read_hdmv_pcm(head, sound);
+    if (stream.codec == "PCM" && stream.kind == Stream::aes3) read_302(head, sound);
     facts.sounds.push_back(sound);
 }
 
@@ -154,6 +143,8 @@ namespace {
 
 constexpr uint64_t kHead = 1 << 20;
 constexpr uint64_t kTail = 512 << 10;
+constexpr uint64_t kEnd = 65536;    // where the last start code of video is looked for
+constexpr uint64_t kSector = 2048;  // of a disc, which zeros may fill up
 
 bool is_pes(uint8_t id) { return id >= 0xBC && id != 0xBF && id != 0xBE; }
 
@@ -260,7 +251,8 @@ void read_program(Input &input, Facts &facts) {
         facts.whole(size);
     } else if (tail_start + at > size || (size <= kHead && walked + 4 > size && walked < size)) {
         facts.cut(tail_start + at, "the last packet's end");
-    } else if (size - tail_start - at >= 2048 && big32(tail, at) == 0 && big32(tail, tail.size() - 4) == 0) {
+    } else if (size - tail_start - at >= kSector && big32(tail, at) == 0 &&
+               big32(tail, tail.size() - 4) == 0) {
         facts.cut(size, "zeros where packets would be");
     }
 }
@@ -279,10 +271,7 @@ void read_video(Input &input, Facts &facts) {
     const bool is_small = size <= 3 * kHead;
     const Bytes head = input.present(0, is_small ? size : 65536);
     Picture picture;
-    if (!mpeg_sequence(head, picture)) {
-        facts.format.clear();
-        return;
-    }
+    if (!mpeg_sequence(head, picture)) return facts.format.clear();
     facts.variant = picture.codec + " video";
     int64_t fields = 0;
     bool has_group = false;
@@ -302,9 +291,12 @@ void read_video(Input &input, Facts &facts) {
         facts.lasts(picture.frames, picture.rate);
     }
     facts.pictures.push_back(picture);
-    const Bytes end = input.present(size - std::min<uint64_t>(size, 64), 64);
-    for (uint64_t at = start_code(end); at < end.size(); at = start_code(end, at + 3)) {
-        if (end[at + 3] == 0xB7) facts.whole(size);
+    // Zeros stand before start codes alone.
+    const Bytes end = input.present(size - std::min(size, kEnd), kEnd);
+    if (end[find_last_in(end, "\0\0\1"sv) + 3] == 0xB7) {
+        facts.whole(size);
+    } else if (ends_in_zeros(input, 0, size, kSector, kSector)) {
+        facts.cut(size, "zeros where pictures would be");
     }
 }
 

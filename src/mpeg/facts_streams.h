@@ -17,6 +17,7 @@ struct Stream {
     Kind kind = plain;
     std::string language = {};
     Ratio rate = {};
+    uint32_t channels = 0;
     int64_t first = -1;  // presentation times, in 1/90,000 s
     int64_t last = -1;
     std::string head = {};

@@ -2,9 +2,10 @@
 #include <map>
 #include <set>
 
+#include "common/codecs.h"
 #include "common/elementary.h"
 #include "common/names.h"
-#include "mpeg/facts.h"
+#include "main/facts_of.h"
 #include "mpeg/facts_streams.h"
 
 namespace {
@@ -34,6 +35,19 @@ constexpr Type kTypes[] = {
     {0x87, "E-AC-3"},       {0xEA, "VC-1", true},
 };
 
+constexpr CodeName kDescriptors[] = {{0x6A, "AC-3"}, {0x7A, "E-AC-3"}, {0x7B, "DTS"}, {0x7C, "AAC"}};
+constexpr Type kRegistered[] = {{fourcc("AC-3"), "AC-3"},       {fourcc("EAC3"), "E-AC-3"},
+                                {fourcc("Opus"), "Opus"},       {fourcc("DTS1"), "DTS"},
+                                {fourcc("DTS2"), "DTS"},        {fourcc("DTS3"), "DTS"},
+                                {fourcc("HEVC"), "HEVC", true}, {fourcc("AV01"), "AV1", true},
+                                {fourcc("VC-1"), "VC-1", true}, {fourcc("BSSD"), "PCM", false, Stream::aes3}};
+
+void set_type(const Type &type, Stream &stream) {
+    stream.codec = type.codec;
+    stream.is_picture = type.is_picture;
+    stream.kind = type.kind;
+}
+
 struct Transport {
     Facts &facts;
     uint64_t packet = 188;  // bytes of one
@@ -55,23 +69,10 @@ void describe(Bytes descriptors, uint32_t type, Stream &stream) {
         at += 2 + uint64_t{descriptors[at + 1]};
         if (tag == 0x0A) stream.language = fixed_text(data, 0, 3);
         if (type != 6 && type < 0x80) continue;
-        if (tag == 0x6A) stream.codec = "AC-3";
-        if (tag == 0x7A) stream.codec = "E-AC-3";
-        if (tag == 0x7B) stream.codec = "DTS";
-        if (tag == 0x7C) stream.codec = "AAC";
+        stream.codec = name_of(kDescriptors, tag, stream.codec.c_str());
+        if (tag == 0x7F && data[0] == 0x80 && data[1] <= 8) stream.channels = data[1];  // of Opus
         if (tag != 0x05 || (!stream.codec.empty() && stream.codec != "PCM")) continue;
-        if (bytes_are(data, 0, "AC-3")) stream.codec = "AC-3";
-        if (bytes_are(data, 0, "EAC3")) stream.codec = "E-AC-3";
-        if (bytes_are(data, 0, "Opus")) stream.codec = "Opus";
-        if (bytes_are(data, 0, "DTS")) stream.codec = "DTS";
-        if (bytes_are(data, 0, "HEVC") || bytes_are(data, 0, "AV01") || bytes_are(data, 0, "VC-1")) {
-            stream.codec = bytes_are(data, 0, "HEVC") ? "HEVC" : bytes_are(data, 0, "VC-1") ? "VC-1" : "AV1";
-            stream.is_picture = true;
-        }
-        if (bytes_are(data, 0, "BSSD")) {
-            stream.codec = "PCM";
-            stream.kind = Stream::aes3;
-        }
+        if (const Type *found = row_of(kRegistered, big32(data), &Type::type)) set_type(*found, stream);
     }
     if (stream.language == "und") stream.language.clear();
 }
@@ -91,11 +92,7 @@ void read_program_map(Bytes section, Transport &transport) {
         const uint32_t id = big16(section, at + 1) & 0x1FFFU;
         const uint64_t length = big16(section, at + 3) & 0xFFFU;
         Stream stream;
-        if (const Type *known = row_of(kTypes, type, &Type::type)) {
-            stream.codec = known->codec;
-            stream.is_picture = known->is_picture;
-            stream.kind = known->kind;
-        }
+        if (const Type *known = row_of(kTypes, type, &Type::type)) set_type(*known, stream);
         describe(section.sub(at + 5, length), type, stream);
         at += 5 + length;
         const bool is_private = type == 6 || type >= 0x80;
@@ -198,10 +195,7 @@ void transport_facts(Input &input, Facts &facts) {
     const uint64_t size = input.size();
     Transport transport{facts};
     const Bytes head = input.present(0, kStreamHead);
-    if (!find_packets(head, transport)) {
-        facts.format.clear();
-        return;
-    }
+    if (!find_packets(head, transport)) return facts.format.clear();
     if (transport.packet != 188) facts.variant = std::to_string(transport.packet) + "-byte packets";
     // Maps may come behind the first packets of what they name.
     walk_packets(head.sub(0, kStreamHead / 2), 0, transport);
@@ -222,7 +216,7 @@ void transport_facts(Input &input, Facts &facts) {
     }
     streams.push_back(&transport.clock);
     tell_duration(streams, facts);
-    if (transport.programs.size() > 1) facts.add_more("programs", std::to_string(transport.programs.size()));
+    if (transport.programs.size() > 1) facts.add_more("programs", transport.programs.size());
     if (facts.pictures.empty() && facts.sounds.empty()) facts.problem = "no program map";
     judge(tail, size, transport);
 }

@@ -1,116 +1,125 @@
-#include "mxf/facts_descriptors.h"
-
 #include <algorithm>
 #include <cmath>
 
 #include "common/elementary.h"
-#include "common/names.h"
 #include "common/utf16.h"
+#include "mxf/facts_metadata.h"
 
 namespace {
 
 using namespace std::string_view_literals;
 
-// What a label is called; the first that it begins as, from byte 8 on, counts.
+// What labels are called that begin so, from the part on that their table is about, and go on with one of
+// `next`, where that is not empty. The first counts.
 struct LabelName {
-    std::string_view label;
+    std::string_view begin;
+    std::string_view next;
     const char *name;
 };
 
-constexpr LabelName kPictureCodings[] = {
-    {"\4\1\2\1"sv, "uncompressed"},
-    {"\4\1\2\2\1\2\1\1"sv, "IMX 50"},
-    {"\4\1\2\2\1\2\1\2"sv, "IMX 50"},
-    {"\4\1\2\2\1\2\1\3"sv, "IMX 40"},
-    {"\4\1\2\2\1\2\1\4"sv, "IMX 40"},
-    {"\4\1\2\2\1\2\1\5"sv, "IMX 30"},
-    {"\4\1\2\2\1\2\1\6"sv, "IMX 30"},
-    {"\4\1\2\2\1\x10"sv, "MPEG-1"},
-    {"\4\1\2\2\1\x20"sv, "MPEG-4"},
-    {"\4\1\2\2\1\x30"sv, "H.264"},
-    {"\4\1\2\2\1\x31"sv, "H.264"},
-    {"\4\1\2\2\1\x32\x21"sv, "AVC-Intra 50"},
-    {"\4\1\2\2\1\x32\x31"sv, "AVC-Intra 100"},
-    {"\4\1\2\2\1\x32"sv, "H.264"},
-    {"\4\1\2\2\1\1"sv, "MPEG-2"},
-    {"\4\1\2\2\1\2"sv, "MPEG-2"},
-    {"\4\1\2\2\1\3"sv, "MPEG-2"},
-    {"\4\1\2\2\1\4"sv, "MPEG-2"},
-    {"\4\1\2\2\1\5"sv, "MPEG-2"},
-    {"\4\1\2\2\1\6"sv, "MPEG-2"},
-    {"\4\1\2\2\1\7"sv, "MPEG-2"},
-    {"\4\1\2\2\1\x8"sv, "MPEG-2"},
-    {"\4\1\2\2\1\x9"sv, "MPEG-2"},
-    {"\4\1\2\2\2\1"sv, "DV"},
-    {"\4\1\2\2\2\2\1"sv, "DV"},
-    {"\4\1\2\2\2\2\2"sv, "DV"},
-    {"\4\1\2\2\2\2\3"sv, "DVCPRO50"},
-    {"\4\1\2\2\2\2\4"sv, "DVCPRO50"},
-    {"\4\1\2\2\2\2"sv, "DVCPRO HD"},
-    {"\4\1\2\2\3\1"sv, "JPEG 2000"},
-    {"\4\1\2\2\3\2"sv, "TIFF/EP"},
-    {"\4\1\2\2\3\6\1"sv, "ProRes 422 Proxy"},
-    {"\4\1\2\2\3\6\2"sv, "ProRes 422 LT"},
-    {"\4\1\2\2\3\6\3"sv, "ProRes 422"},
-    {"\4\1\2\2\3\6\4"sv, "ProRes 422 HQ"},
-    {"\4\1\2\2\3\6\5"sv, "ProRes 4444"},
-    {"\4\1\2\2\3\6\6"sv, "ProRes 4444 XQ"},
-    {"\4\1\2\2\3\x9"sv, "FFV1"},
-    {"\4\1\2\2\x70\1"sv, "HDCAM"},
-    {"\4\1\2\2\x71\x24"sv, "DNxHR 444"},
-    {"\4\1\2\2\x71\x25"sv, "DNxHR HQX"},
-    {"\4\1\2\2\x71\x26"sv, "DNxHR HQ"},
-    {"\4\1\2\2\x71\x27"sv, "DNxHR SQ"},
-    {"\4\1\2\2\x71\x28"sv, "DNxHR LB"},
-    {"\4\1\2\2\x71"sv, "DNxHD"},
-    {"\4\1\2\2\x72"sv, "VC-1"},
-    {"\xE\4\2\1\2\4"sv, "DNxHD"},
-    {"\xE\4\3\1\2\6"sv, "DNxHD"},
-    // Essence containers, where no coding is told.
-    {"\xD\1\3\1\2\1\1"sv, "IMX 50"},
-    {"\xD\1\3\1\2\1\2"sv, "IMX 50"},
-    {"\xD\1\3\1\2\1\3"sv, "IMX 40"},
-    {"\xD\1\3\1\2\1\4"sv, "IMX 40"},
-    {"\xD\1\3\1\2\1\5"sv, "IMX 30"},
-    {"\xD\1\3\1\2\1\6"sv, "IMX 30"},
-    {"\xD\1\3\1\2\2\x50"sv, "DVCPRO50"},
-    {"\xD\1\3\1\2\2\x51"sv, "DVCPRO50"},
-    {"\xD\1\3\1\2\2\x60"sv, "DVCPRO HD"},
-    {"\xD\1\3\1\2\2\x61"sv, "DVCPRO HD"},
-    {"\xD\1\3\1\2\2\x62"sv, "DVCPRO HD"},
-    {"\xD\1\3\1\2\2\x63"sv, "DVCPRO HD"},
-    {"\xD\1\3\1\2\2"sv, "DV"},
-    {"\xD\1\3\1\2\3"sv, "HDCAM"},
-    {"\xD\1\3\1\2\5"sv, "uncompressed"},
-    {"\xD\1\3\1\2\xC"sv, "JPEG 2000"},
-    {"\xD\1\3\1\2\xF"sv, "H.264"},
-    {"\xD\1\3\1\2\x10"sv, "H.264"},
-    {"\xD\1\3\1\2\x11"sv, "DNxHD"},
-    {"\xD\1\3\1\2\x12"sv, "VC-1"},
-    {"\xD\1\3\1\2\x13"sv, "VC-1"},
-    {"\xD\1\3\1\2\x1C"sv, "ProRes"},
-    {"\xD\1\3\1\2\x23"sv, "FFV1"},
-};
+constexpr LabelName kUncompressed[] = {{"\2\1", "", "ARRIRAW"}, {"", "", "uncompressed"}};
 
-constexpr LabelName kSoundCodings[] = {
-    {"\4\2\2\1"sv, "PCM"},
-    {"\4\2\2\2\3\1\1"sv, "A-law"},
-    {"\4\2\2\2\3\2\1"sv, "AC-3"},
-    {"\4\2\2\2\3\2\4"sv, "MP1"},
-    {"\4\2\2\2\3\2\5"sv, "MP2"},
-    {"\4\2\2\2\3\2\6"sv, "MP2"},
-    {"\4\2\2\2\3\2\x1C"sv, "Dolby E"},
-    {"\4\2\2\2\3\3"sv, "AAC"},
-    {"\4\2\2\2\3\4"sv, "AAC"},
-    {"\xD\1\3\1\2\1"sv, "PCM"},
-    {"\xD\1\3\1\2\6"sv, "PCM"},
-    {"\xD\1\3\1\2\xA"sv, "A-law"},
-};
+constexpr LabelName kCompressed[] = {  // behind 04.01.02.02
+    {"\1\2\1", "\1\2", "IMX 50"},
+    {"\1\2\1", "\3\4", "IMX 40"},
+    {"\1\2\1", "\5\6", "IMX 30"},
+    {"\1", "\1\2\3\4\5\6\7\x8\x9", "MPEG-2"},
+    {"\1\x10", "", "MPEG-1"},
+    {"\1\x20", "", "MPEG-4"},
+    {"\1\x32\x21", "", "AVC-Intra 50"},
+    {"\1\x32\x31", "", "AVC-Intra 100"},
+    {"\1\x32\x32", "", "AVC-Intra 200"},
+    {"\1", "\x30\x31\x32", "H.264"},
+    {"\1", "\x41\x42\x43\x44\x45\x46", "HEVC"},
+    {"\2\1", "", "DV"},
+    {"\2\2", "\1\2", "DV"},
+    {"\2\2", "\3\4", "DVCPRO50"},
+    {"\2\2", "", "DVCPRO HD"},
+    {"\3\1", "", "JPEG 2000"},
+    {"\3\2", "", "TIFF/EP"},
+    {"\3\3", "", "VC-2"},
+    {"\3\4", "", "ACES"},
+    {"\3\5", "", "VC-5"},
+    {"\3\6\1", "", "ProRes 422 Proxy"},
+    {"\3\6\2", "", "ProRes 422 LT"},
+    {"\3\6\3", "", "ProRes 422"},
+    {"\3\6\4", "", "ProRes 422 HQ"},
+    {"\3\6\5", "", "ProRes 4444"},
+    {"\3\6\6", "", "ProRes 4444 XQ"},
+    {"\3\7", "", "uncompressed"},
+    {"\3\x8", "", "JPEG XS"},
+    {"\3\x9", "", "FFV1"},
+    {"\x70\1", "", "HDCAM"},
+    {"\x71\x24", "", "DNxHR 444"},
+    {"\x71\x25", "", "DNxHR HQX"},
+    {"\x71\x26", "", "DNxHR HQ"},
+    {"\x71\x27", "", "DNxHR SQ"},
+    {"\x71\x28", "", "DNxHR LB"},
+    {"\x71", "", "DNxHD"},
+    {"\x72", "", "VC-1"}};
+
+// Essence containers, where no coding is told.
+constexpr LabelName kContainers[] = {{"\1\1", "", "IMX 50"},
+                                     {"\1\2", "", "IMX 50"},
+                                     {"\1\3", "", "IMX 40"},
+                                     {"\1\4", "", "IMX 40"},
+                                     {"\1\5", "", "IMX 30"},
+                                     {"\1\6", "", "IMX 30"},
+                                     {"\2", "\x50\x51", "DVCPRO50"},
+                                     {"\2", "\x60\x61\x62\x63", "DVCPRO HD"},
+                                     {"\2", "", "DV"},
+                                     {"\3", "", "HDCAM"},
+                                     {"\5", "", "uncompressed"},
+                                     {"\xC", "", "JPEG 2000"},
+                                     {"", "\xF\x10", "H.264"},
+                                     {"\x11", "", "DNxHD"},
+                                     {"\x12", "", "VC-1"},
+                                     {"\x14", "", "TIFF/EP"},
+                                     {"\x15", "", "VC-2"},
+                                     {"\x19", "", "ACES"},
+                                     {"\x1B", "", "VC-5"},
+                                     {"\x1C", "", "ProRes"},
+                                     {"\x1E", "", "uncompressed"},
+                                     {"", "\x1F\x20", "HEVC"},
+                                     {"\x21", "", "JPEG XS"},
+                                     {"\x22", "", "ARRIRAW"},
+                                     {"\x23", "", "FFV1"}};
+
+constexpr LabelName kPrivate[] = {{"\2\1\2\4", "", "DNxHD"}, {"\3\1\2\6", "", "DNxHD"}};
+
+constexpr LabelName kSounds[] = {{"\1", "", "PCM"},          {"\2\3\1\1", "", "A-law"},
+                                 {"\2\3\2\1", "", "AC-3"},   {"\2\3\2\4", "", "MP1"},
+                                 {"\2\3\2", "\5\6", "MP2"},  {"\2\3\2\x1C", "", "Dolby E"},
+                                 {"\2\3", "\3\4", "AAC"},    {"\2\4\1\1", "", "MP1"},
+                                 {"\2\4\1\2", "", "MP2"},    {"\2\4\1\3", "", "MP3"},
+                                 {"\2\4\2\1", "", "MP1"},    {"\2\4\2\2", "", "MP2"},
+                                 {"\2\4\2\3", "", "MP3"},    {"\2\4\3\2", "", "HE-AAC"},
+                                 {"\2\4\4\2", "", "HE-AAC"}, {"\2\4\4\3", "", "HE-AAC v2"},
+                                 {"\2\4", "\3\4", "AAC"}};
+
+constexpr LabelName kSoundContainers[] = {
+    {"", "\1\6", "PCM"}, {"\xA", "", "A-law"}, {"", "\x16\x17\x18", "AAC"}};
+
+constexpr auto kContainer = "\xD\1\3\1\2"sv;  // what labels of essence containers have from byte 8 on
 
 template <size_t N>
-std::string label_name(const LabelName (&names)[N], Bytes label) {
+const char *name_behind(Bytes label, std::string_view prefix, const LabelName (&names)[N]) {
+    if (!begins_as(label.from(8), prefix)) return "";
+    const Bytes rest = label.from(8 + prefix.size());
     for (const LabelName &row : names) {
-        if (begins_as(label.from(8), row.label)) return row.name;
+        const char next = static_cast<char>(rest[row.begin.size()]);
+        if (begins_as(rest, row.begin) && (row.next.empty() || row.next.find(next) != row.next.npos))
+            return row.name;
+    }
+    return "";
+}
+
+std::string picture_codec_of(Bytes coding, Bytes container) {
+    for (const char *name :
+         {name_behind(coding, "\4\1\2\1"sv, kUncompressed), name_behind(coding, "\4\1\2\2"sv, kCompressed),
+          name_behind(coding, "\xE\4"sv, kPrivate), name_behind(container, kContainer, kContainers),
+          name_behind(container, "\xE\4"sv, kPrivate)}) {
+        if (name[0] != 0) return name;
     }
     return "";
 }
@@ -118,9 +127,9 @@ std::string label_name(const LabelName (&names)[N], Bytes label) {
 constexpr uint64_t kColour = 13;  // its number in a label
 
 // Labels of colours to the codes of H.273.
-constexpr int kTransfers[] = {-1, 4, 1, 7, 1, 12, 8, 17, 11, 14, 16, 18, 13};
-constexpr int kEquations[] = {-1, 6, 1, 7, 8, 0, 9};
-constexpr int kPrimaries[] = {-1, 6, 5, 1, 9, 10, 12};
+constexpr int kTransfers[] = {-1, 4, 1, 7, 1, 12, 8, 17, 11, 14, 16, 18, -1, 13};
+constexpr int kEquations[] = {-1, 6, 1, 7, 8, 0, 9, 14};
+constexpr int kPrimaries[] = {-1, 6, 5, 1, 9, 10, 12, -1, -1, -1, 11};
 
 template <size_t N>
 int colour_code(const int (&codes)[N], Bytes label, std::string_view kind) {
@@ -132,9 +141,6 @@ int colour_code(const int (&codes)[N], Bytes label, std::string_view kind) {
 constexpr uint32_t kSampleRate = 0x3001;
 constexpr uint32_t kContainerFormat = 0x3004;
 constexpr uint32_t kPictureCoding = 0x3201;
-constexpr uint32_t kStored[] = {0x3203, 0x3202};  // width, height
-constexpr uint32_t kSampled[] = {0x3205, 0x3204};
-constexpr uint32_t kDisplayed[] = {0x3209, 0x3208};
 constexpr uint32_t kFrameLayout = 0x320C;
 constexpr uint32_t kLineMap = 0x320D;
 constexpr uint32_t kAspectRatio = 0x320E;
@@ -152,7 +158,7 @@ constexpr auto kAudioLanguage = "\3\1\1\2\3\x15\0\0"sv;
 enum Layout : uint8_t { full_frame, separate_fields, single_field, mixed_fields, segmented_frame, unknown };
 
 Layout layout_of(const MetadataSet &d) {
-    const int64_t layout = Metadata::number(d, kFrameLayout, unknown);
+    const int64_t layout = d.number(kFrameLayout, unknown);
     return layout >= 0 && layout < unknown ? static_cast<Layout>(layout) : unknown;
 }
 
@@ -160,13 +166,12 @@ Layout layout_of(const MetadataSet &d) {
 // (ST 377-1, annex G).
 Scan field_order(const MetadataSet &d) {
     constexpr uint64_t kArrayHead = 8;
-    const Bytes map = Metadata::item(d, kLineMap);
+    const Bytes map = d.item(kLineMap);
     const uint32_t first = big32(map, kArrayHead);
     const uint32_t second = big32(map, kArrayHead + 4);
     if (first == 0 || second == 0 || first > INT32_MAX || second > INT32_MAX) return Scan::interlaced;
     const bool top_is_first_field = (first + second) % 2 == 1;
-    return top_is_first_field == (Metadata::number(d, kFieldDominance, 1) != 2) ? Scan::top_first
-                                                                                : Scan::bottom_first;
+    return top_is_first_field == (d.number(kFieldDominance, 1) != 2) ? Scan::top_first : Scan::bottom_first;
 }
 
 Scan scan_of(const MetadataSet &d) {
@@ -184,40 +189,29 @@ Scan scan_of(const MetadataSet &d) {
 void read_sizes(const MetadataSet &d, Picture &picture) {
     const Layout layout = layout_of(d);
     const int64_t fields = layout == separate_fields || layout == segmented_frame ? 2 : 1;
-    const auto side = [&](int i) {
-        for (const uint32_t tag : {kDisplayed[i], kSampled[i], kStored[i]}) {
-            const int64_t value = Metadata::number(d, tag, 0);
-            if (value > 0 && value < INT32_MAX) return static_cast<uint32_t>(i == 1 ? value * fields : value);
+    const auto side = [&](std::initializer_list<uint32_t> tags, int64_t times) {
+        for (const uint32_t tag : tags) {
+            const int64_t value = d.number(tag);
+            if (value > 0 && value < INT32_MAX) return static_cast<uint32_t>(value * times);
         }
         return uint32_t{0};
     };
-    const auto stored = [&](int i) {
-        const int64_t value = Metadata::number(d, kStored[i], 0);
-        return value > 0 && value < INT32_MAX ? static_cast<uint32_t>(i == 1 ? value * fields : value) : 0;
-    };
-    picture.width = side(0);
-    picture.height = side(1);
-    if ((stored(0) == picture.width && stored(1) == picture.height) || stored(0) == 0) return;
-    picture.coded_width = stored(0);
-    picture.coded_height = stored(1);
+    picture.width = side({0x3209, 0x3205, 0x3203}, 1);  // displayed, sampled, stored
+    picture.height = side({0x3208, 0x3204, 0x3202}, fields);
+    const uint32_t width = side({0x3203}, 1);
+    const uint32_t height = side({0x3202}, fields);
+    if ((width == picture.width && height == picture.height) || width == 0) return;
+    picture.coded_width = width;
+    picture.coded_height = height;
 }
 
 // What is told is the aspect of the picture, often of two or three digits: what is within half a percent of
 // square pixels is meant so.
 void read_aspect(const MetadataSet &d, Picture &picture) {
-    const Ratio shown = Metadata::ratio(d, kAspectRatio);
+    const Ratio shown = d.ratio(kAspectRatio);
     if (!shown.is_set() || picture.width == 0 || picture.height == 0) return;
     const Ratio aspect = Ratio{shown.n * picture.height, shown.d * picture.width}.reduced();
     picture.pixel_aspect = std::fabs(aspect.value() - 1) < 0.005 ? Ratio{1, 1} : aspect;
-}
-
-std::string chroma_of(int64_t horizontal, int64_t vertical, bool alpha) {
-    const char *chroma = horizontal == 1   ? "4:4:4"
-                         : horizontal == 4 ? "4:1:1"
-                         : horizontal != 2 ? ""
-                         : vertical == 2   ? "4:2:0"
-                                           : "4:2:2";
-    return alpha && *chroma ? std::string(chroma) + ":4" : chroma;
 }
 
 int range_of(int64_t black, int64_t white, uint32_t bits) {
@@ -227,17 +221,19 @@ int range_of(int64_t black, int64_t white, uint32_t bits) {
 }
 
 void read_cdci(const MetadataSet &d, Picture &picture) {
-    picture.bits = static_cast<uint32_t>(std::clamp<int64_t>(Metadata::number(d, 0x3301, 0), 0, 64));
-    const bool alpha = Metadata::number(d, 0x3309, 0) > 0;
-    picture.components = chroma_of(Metadata::number(d, 0x3302, 0), Metadata::number(d, 0x3308, 1), alpha);
-    picture.colour.full_range =
-        range_of(Metadata::number(d, 0x3304, -1), Metadata::number(d, 0x3305, -1), picture.bits);
+    picture.bits = d.number_below(0x3301, 64);
+    const bool alpha = d.number(0x3309) > 0;
+    const int64_t across = d.number(0x3302);
+    const int64_t down = across == 2 && d.number(0x3308, 1) == 2 ? 2 : 1;
+    picture.components = chroma_text(static_cast<uint64_t>(across), static_cast<uint64_t>(down));
+    if (alpha) append(picture.components, picture.components.empty() ? "" : "4", ":");
+    picture.colour.full_range = range_of(d.number(0x3304, -1), d.number(0x3305, -1), picture.bits);
 }
 
 // Pairs of a component's letter and its depth; 253 and 254 are floats of 16 and 32 bits.
 void read_rgba(const MetadataSet &d, Picture &picture) {
     constexpr uint64_t kMostPairs = 8;
-    const Bytes layout = Metadata::item(d, 0x3401);
+    const Bytes layout = d.item(0x3401);
     std::string letters;
     for (uint64_t i = 0; i < kMostPairs && layout[2 * i] != 0; i++) {
         const char letter = static_cast<char>(layout[2 * i] & ~0x20);
@@ -255,8 +251,7 @@ void read_rgba(const MetadataSet &d, Picture &picture) {
                          : has("XYZ") ? "XYZ"
                          : has("YUV") ? (alpha ? "4:4:4:4" : "4:4:4")
                                       : letters;
-    picture.colour.full_range =
-        range_of(Metadata::number(d, 0x3407, -1), Metadata::number(d, 0x3406, -1), picture.bits);
+    picture.colour.full_range = range_of(d.number(0x3407, -1), d.number(0x3406, -1), picture.bits);
 }
 
 std::vector<const MetadataSet *> sub_descriptors(const Metadata &metadata, const MetadataSet &d) {
@@ -276,8 +271,6 @@ bool is_xdcam_422(Bytes coding, const Picture &picture) {
     return begins_as(coding.from(8), "\4\1\2\2\1\4\3"sv) && picture.bit_rate == 50000000;
 }
 
-constexpr CodeName kKinds[] = {{0x51, "MPEG-2"}};
-
 }  // namespace
 
 bool is_picture(const MetadataSet &d) {
@@ -296,13 +289,11 @@ bool is_sound(const MetadataSet &d) {
 
 Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
     Picture picture;
-    const Bytes coding = Metadata::item(d, kPictureCoding);
-    picture.codec = label_name(kPictureCodings, coding);
-    if (picture.codec.empty())
-        picture.codec = label_name(kPictureCodings, Metadata::item(d, kContainerFormat));
-    if (picture.codec.empty()) picture.codec = name_of(kKinds, static_cast<uint32_t>(d.kind));
+    const Bytes coding = d.item(kPictureCoding);
+    picture.codec = picture_codec_of(coding, d.item(kContainerFormat));
+    if (picture.codec.empty() && d.kind == SetKind::mpeg2_video) picture.codec = "MPEG-2";
     picture.scan = scan_of(d);
-    picture.rate = Metadata::ratio(d, kSampleRate);
+    picture.rate = d.ratio(kSampleRate);
     if (picture.rate.value() > 1000) picture.rate = {};
     read_sizes(d, picture);
     if (picture.codec == "DVCPRO HD") {
@@ -310,9 +301,9 @@ Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
         picture.coded_width = picture.coded_height = 0;
     }
     read_aspect(d, picture);
-    picture.colour.transfer = colour_code(kTransfers, Metadata::item(d, kTransfer), "\4\1\1\1\1"sv);
-    picture.colour.matrix = colour_code(kEquations, Metadata::item(d, kCodingEquations), "\4\1\1\1\2"sv);
-    picture.colour.primaries = colour_code(kPrimaries, Metadata::item(d, kColourPrimaries), "\4\1\1\1\3"sv);
+    picture.colour.transfer = colour_code(kTransfers, d.item(kTransfer), "\4\1\1\1\1"sv);
+    picture.colour.matrix = colour_code(kEquations, d.item(kCodingEquations), "\4\1\1\1\2"sv);
+    picture.colour.primaries = colour_code(kPrimaries, d.item(kColourPrimaries), "\4\1\1\1\3"sv);
     if (d.kind == SetKind::rgba) {
         read_rgba(d, picture);
     } else {
@@ -334,13 +325,13 @@ Sound sound_of(const Metadata &metadata, const MetadataSet &d) {
         {"sgM", "mono"}, {"sg1", "mono"}, {"sgST", "stereo"},   {"sgLtRt", "Lt Rt"}, {"sg51", "5.1"},
         {"sg61", "6.1"}, {"sg71", "7.1"}, {"sgSDS", "7.1 SDS"}, {"sg71DS", "7.1"},   {"sgDM", "dual mono"}};
     Sound sound;
-    sound.channels = static_cast<uint32_t>(std::clamp<int64_t>(Metadata::number(d, 0x3D07, 0), 0, 1024));
-    sound.rate = Metadata::ratio(d, 0x3D03);
-    sound.codec = label_name(kSoundCodings, Metadata::item(d, 0x3D06));
-    if (sound.codec.empty()) sound.codec = label_name(kSoundCodings, Metadata::item(d, kContainerFormat));
+    sound.channels = d.number_below(0x3D07, 1024);
+    sound.rate = d.ratio(0x3D03);
+    sound.codec = name_behind(d.item(0x3D06), "\4\2\2"sv, kSounds);
+    if (sound.codec.empty())
+        sound.codec = name_behind(d.item(kContainerFormat), kContainer, kSoundContainers);
     if (sound.codec.empty() && d.kind != SetKind::generic_sound) sound.codec = "PCM";
-    if (sound.codec == "PCM")
-        sound.bits = static_cast<uint32_t>(std::clamp<int64_t>(Metadata::number(d, 0x3D01, 0), 0, 64));
+    if (sound.codec == "PCM") sound.bits = d.number_below(0x3D01, 64);
     for (const MetadataSet *sub : sub_descriptors(metadata, d)) {
         if (sub->kind != SetKind::soundfield_group) continue;
         const auto text = [&](std::string_view label) {
@@ -357,7 +348,7 @@ Sound sound_of(const Metadata &metadata, const MetadataSet &d) {
 }
 
 std::string wrapping_of(Bytes container) {
-    if (!begins_as(container.from(8), "\xD\1\3\1\2"sv)) return "";
+    if (!begins_as(container.from(8), kContainer)) return "";
     const uint8_t kind = container[13];
     const bool is_early =
         kind == 0x06 || kind == 0x0A || kind == 0x0B || kind == 0x0C || kind == 0x0F || kind >= 0x11;

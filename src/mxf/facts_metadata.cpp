@@ -45,13 +45,6 @@ bool is_fill(Bytes key) {
            begins_as(key.from(8), "\x03\x01\x02\x10\x01"sv);
 }
 
-bool begins_as(Bytes b, std::string_view text) {
-    for (size_t i = 0; i < text.size(); i++) {
-        if (b[i] != static_cast<uint8_t>(text[i])) return false;
-    }
-    return b.size() >= text.size();
-}
-
 bool are_same(Bytes a, Bytes b) {
     for (uint64_t i = 0; i < a.size(); i++) {
         if (a[i] != b[i]) return false;
@@ -73,7 +66,7 @@ void Metadata::read(Bytes metadata) {
             }
         } else if (is_metadata_set(key)) {
             sets_.push_back({static_cast<SetKind>(key[14]), value});
-            by_uid_.emplace(key_text(item(sets_.back(), kInstanceUid)), sets_.size() - 1);
+            by_uid_.emplace(key_text(sets_.back().item(kInstanceUid)), sets_.size() - 1);
         } else if (bytes_are(key, 4, "\x02\x05\x01\x01\x0D\x01\x02\x01")) {
             break;  // a partition pack
         }
@@ -82,41 +75,43 @@ void Metadata::read(Bytes metadata) {
     }
 }
 
-Bytes Metadata::item(const MetadataSet &set, uint32_t tag) {
+Bytes MetadataSet::item(uint32_t tag) const {
     uint64_t at = 0;
-    for (int i = 0; i < kMostItems && set.items.has(at, 4); i++) {
-        const uint64_t length = big16(set.items, at + 2);
-        if (big16(set.items, at) == tag) return set.items.sub(at + 4, length);
+    for (int i = 0; i < kMostItems && items.has(at, 4); i++) {
+        const uint64_t length = big16(items, at + 2);
+        if (big16(items, at) == tag) return items.sub(at + 4, length);
         at += 4 + length;
     }
     return {};
 }
 
-Bytes Metadata::item(const MetadataSet &set, std::string_view label) const {
-    const auto found = tags_.find(std::string(label));
-    return found == tags_.end() ? Bytes() : item(set, found->second);
-}
-
-int64_t Metadata::number(const MetadataSet &set, uint32_t tag, int64_t other) {
-    const Bytes value = item(set, tag);
+int64_t MetadataSet::number(uint32_t tag, int64_t other) const {
+    const Bytes value = item(tag);
     if (value.empty() || value.size() > 8) return other;
     return static_cast<int64_t>(value.big(0, static_cast<unsigned>(value.size())));
 }
 
-int64_t Metadata::position(const MetadataSet &set, uint32_t tag) {
-    const Bytes value = item(set, tag);
+uint32_t MetadataSet::number_below(uint32_t tag, uint32_t most) const {
+    return static_cast<uint32_t>(std::clamp<int64_t>(number(tag), 0, most));
+}
+
+int64_t MetadataSet::position(uint32_t tag) const {
+    const Bytes value = item(tag);
     const int64_t position = static_cast<int64_t>(big64(value));
     return value.size() == 8 && position >= 0 ? position : -1;
 }
 
-Ratio Metadata::ratio(const MetadataSet &set, uint32_t tag) {
-    const Bytes value = item(set, tag);
+Ratio MetadataSet::ratio(uint32_t tag) const {
+    const Bytes value = item(tag);
     const Ratio ratio{static_cast<int32_t>(big32(value)), static_cast<int32_t>(big32(value, 4))};
     return ratio.is_set() ? ratio.reduced() : Ratio{};
 }
 
-std::string Metadata::text(const MetadataSet &set, uint32_t tag) {
-    return text_of_utf16(big_endian(item(set, tag)));
+std::string MetadataSet::text(uint32_t tag) const { return text_of_utf16(big_endian(item(tag))); }
+
+Bytes Metadata::item(const MetadataSet &set, std::string_view label) const {
+    const auto found = tags_.find(std::string(label));
+    return found == tags_.end() ? Bytes() : set.item(found->second);
 }
 
 std::vector<const MetadataSet *> Metadata::all(SetKind kind) const {

@@ -47,6 +47,14 @@ enum class SetKind : uint8_t {
 struct MetadataSet {
     SetKind kind{};
     Bytes items;
+
+    // The value of an item by its static tag; empty where the set does not have it.
+    Bytes item(uint32_t tag) const;
+    int64_t number(uint32_t tag, int64_t other = 0) const;  // of 1 to 8 bytes, unsigned
+    uint32_t number_below(uint32_t tag, uint32_t most) const;
+    int64_t position(uint32_t tag) const;  // -1 where it is not known
+    Ratio ratio(uint32_t tag) const;
+    std::string text(uint32_t tag) const;
 };
 
 class Metadata {
@@ -55,15 +63,8 @@ class Metadata {
     void read(Bytes metadata);
     bool empty() const { return sets_.empty(); }
 
-    // The value of an item by its static tag, or by the last eight bytes of its label through the primer;
-    // empty where the set does not have it.
-    static Bytes item(const MetadataSet &set, uint32_t tag);
+    // The value of an item by the last eight bytes of its label, through the primer.
     Bytes item(const MetadataSet &set, std::string_view label) const;
-    static int64_t number(const MetadataSet &set, uint32_t tag, int64_t other);  // of 1 to 8 bytes, unsigned
-    static int64_t position(const MetadataSet &set, uint32_t tag);               // -1 where it is not known
-    static Ratio ratio(const MetadataSet &set, uint32_t tag);
-    static std::string text(const MetadataSet &set, uint32_t tag);
-
     std::vector<const MetadataSet *> all(SetKind kind) const;
     // What a reference, or an array of them, leads to.
     const MetadataSet *referred(Bytes uid) const;
@@ -76,4 +77,12 @@ class Metadata {
 };
 
 bool are_same(Bytes a, Bytes b);
-bool begins_as(Bytes b, std::string_view text);
+
+// All that an essence descriptor (SMPTE ST 377-1, annex F) and its sub-descriptors tell of a picture: nothing
+// of how many frames there are.
+bool is_picture(const MetadataSet &descriptor);
+bool is_sound(const MetadataSet &descriptor);
+Picture picture_of(const Metadata &metadata, const MetadataSet &descriptor);
+Sound sound_of(const Metadata &metadata, const MetadataSet &descriptor);
+// "frame" or "clip" by the label of an essence container; empty for any other.
+std::string wrapping_of(Bytes container);

@@ -48,9 +48,7 @@ struct Chain {
 
 // Whether what is left behind a place is all zeros, as far as the last 64 KiB tell.
 bool is_zero_from(Input &input, uint64_t place) {
-    const uint64_t size = input.size();
-    const uint64_t n = std::min(size - place, kTail);
-    return n > 0 && is_zero(input.present(size - n, n));
+    return ends_in_zeros(input, place, input.size(), 1, kTail);
 }
 
 Chain follow(Input &input, uint64_t place, int most) {
@@ -85,16 +83,11 @@ Chain last_chain(Input &input, uint64_t n) {
     const uint64_t size = input.size();
     const uint64_t start = size > n ? size - n : 0;
     const Bytes tail = input.present(start, n);
-    const auto bytes = tail.span(0, tail.size());
-    constexpr std::string_view kLabel = "\x06\x0E\x2B\x34"sv;
-    auto at = bytes.begin();
-    for (int tries = 0; tries < 16; tries++) {
-        at = std::search(at, bytes.end(), kLabel.begin(), kLabel.end(),
-                         [](uint8_t a, char b) { return a == static_cast<uint8_t>(b); });
-        if (at == bytes.end()) break;
-        const Chain chain = follow(input, start + static_cast<uint64_t>(at - bytes.begin()), 4096);
+    for (uint64_t at = 0, tries = 0; tries < 16; at++, tries++) {
+        at = find_in(tail, "\x06\x0E\x2B\x34"sv, at);
+        if (at == tail.size()) break;
+        const Chain chain = follow(input, start + at, 4096);
         if (chain.state != Chain::other && chain.state != Chain::unknown) return chain;
-        ++at;
     }
     return {};
 }
@@ -171,32 +164,20 @@ void Partitions::find_footer(Input &input, Facts &facts) {
     const uint64_t size = input.size();
     const uint64_t from = size - std::min(size, 4 * kTail);
     const Bytes tail = input.present(from, size - from);
-    constexpr std::string_view kFooter = "\x0D\x01\x02\x01\x01\x04"sv;
-    const auto bytes = tail.span(0, tail.size());
-    auto at = bytes.begin();
-    for (int tries = 0; tries < 16; tries++) {
-        at = std::search(at, bytes.end(), kFooter.begin(), kFooter.end(),
-                         [](uint8_t a, char b) { return a == static_cast<uint8_t>(b); });
-        if (at == bytes.end()) return;
-        const uint64_t place = from + static_cast<uint64_t>(at - bytes.begin());
-        if (place >= 8 && is_footer(place - 8) && footer->this_place + start_ == footer->at) return;
+    for (uint64_t at = 0, tries = 0; tries < 16; at++, tries++) {
+        at = find_in(tail, "\x0D\x01\x02\x01\x01\x04"sv, at);
+        if (at == tail.size()) return;
+        if (from + at >= 8 && is_footer(from + at - 8) && footer->this_place + start_ == footer->at) return;
         footer.reset();
-        ++at;
     }
 }
 
 void Partitions::judge(Input &input, bool is_compressed, Facts &facts) const {
     const uint64_t size = input.size();
     if (facts.extent.state == Extent::cut) return;
-    if (header->essence > size) {
-        facts.cut(header->essence, "the header metadata's end");
-        return;
-    }
+    if (header->essence > size) return facts.cut(header->essence, "the header metadata's end");
     if (footer) {
-        if (footer->essence > size) {
-            facts.cut(footer->essence, "the footer partition's end");
-            return;
-        }
+        if (footer->essence > size) return facts.cut(footer->essence, "the footer partition's end");
         // Through what there is of the footer, unless that is long.
         const bool has_zeros = is_zero(input.present(size - std::min<uint64_t>(size, 16), 16));
         const uint64_t least = footer->essence - std::min(footer->essence, 8 * kTail);

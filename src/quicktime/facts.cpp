@@ -1,5 +1,3 @@
-#include "quicktime/facts.h"
-
 #include <algorithm>
 #include <cmath>
 #include <iterator>
@@ -9,31 +7,8 @@
 #include <utility>
 
 #include "common/values.h"
+#include "main/facts_of.h"
 #include "quicktime/facts_movie.h"
-
-Box box_at(Bytes holder, uint64_t at) {
-    Box box;
-    box.type = big32(holder, at + 4);
-    box.at = at;
-    box.size = big32(holder, at);
-    if (box.size == 1) {
-        box.header = 16;
-        box.size = big64(holder, at + 8);
-    } else if (box.size == 0 && box.type != 0) {
-        box.size = holder.size() - std::min(at, holder.size());
-    }
-    if (box.size < box.header) box.size = 0;
-    box.data = holder.sub(at + box.header, box.size - std::min(box.size, box.header));
-    return box;
-}
-
-Bytes find_box(Bytes holder, uint32_t type) {
-    Bytes found;
-    each_box(holder, [&](const Box &box) {
-        if (box.type == type && found.empty()) found = box.data;
-    });
-    return found;
-}
 
 SampleTable::SampleTable(Bytes stbl) {
     each_box(stbl, [&](const Box &box) {
@@ -88,8 +63,8 @@ std::string language_of(uint32_t code) {
     if (code < 0x400 || code == 0x7FFF) return "";
     std::string text;
     for (const int shift : {10, 5, 0}) text += static_cast<char>(0x60 + (code >> shift & 31));
-    const bool letters = std::ranges::all_of(text, [](char c) { return c >= 'a' && c <= 'z'; });
-    return letters && text != "und" ? text : "";
+    const bool is_known = text != "und" && text.find_first_not_of("abcdefghijklmnopqrstuvwxyz") == text.npos;
+    return is_known ? text : "";
 }
 
 // Seconds since 1904, UTC.
@@ -120,21 +95,18 @@ void read_track_header(Bytes tkhd, Track &track) {
 Track read_track(Bytes trak, uint32_t number) {
     Track track;
     track.number = number;
-    const Bytes mdia = find_box(trak, fourcc("mdia"));
-    read_track_header(find_box(trak, fourcc("tkhd")), track);
-    track.edits = find_box(find_box(trak, fourcc("edts")), fourcc("elst"));
-    const Bytes mdhd = find_box(mdia, fourcc("mdhd"));
+    read_track_header(find_box(trak, "tkhd"), track);
+    track.edits = find_box(trak, "edts/elst");
+    const Bytes mdhd = find_box(trak, "mdia/mdhd");
     const uint64_t more = mdhd[0] == 1 ? 12 : 0;
     track.timescale = big32(mdhd, mdhd[0] == 1 ? 20 : 12);
     track.duration = duration_of(mdhd, 16);
     track.language = language_of(big16(mdhd, 20 + more));
-    track.handler = big32(find_box(mdia, fourcc("hdlr")), 8);
-    track.media_information = find_box(mdia, fourcc("minf"));
-    track.table = find_box(track.media_information, fourcc("stbl"));
-    const Bytes dref = find_box(find_box(track.media_information, fourcc("dinf")), fourcc("dref"));
+    track.handler = big32(find_box(trak, "mdia/hdlr"), 8);
+    track.table = find_box(trak, "mdia/minf/stbl");
+    const Bytes dref = find_box(trak, "mdia/minf/dinf/dref");
     track.is_external = big32(dref, 4) > 0 && dref.size() >= 20 && (dref[19] & 1) == 0;
-    const Bytes stsd = find_box(track.table, fourcc("stsd"));
-    const Box entry = box_at(stsd, 8);
+    const Box entry = box_at(find_box(track.table, "stsd"), 8);
     track.codec = entry.type;
     track.description = entry.data;
     return track;
@@ -227,15 +199,14 @@ Edits edits_of(const Movie &movie, const Track &track) {
             if (length == 0) edits.to_the_end = true;
         }
         if (big32(entry, step - 4) != 0x10000 && time >= 0) edits.other_rate = true;
-        if (i < 4) edits.text += (i > 0 ? ", " : "") + text;
-        if (i == 4) edits.text += ", ...";
+        if (i <= 4) append(edits.text, i < 4 ? text : "...");
     }
     return edits;
 }
 
 // The composition offset of the first sample: where a track that has B frames begins.
 int64_t first_offset(Bytes table) {
-    const Bytes ctts = find_box(table, fourcc("ctts"));
+    const Bytes ctts = find_box(table, "ctts");
     return big32(ctts, 4) > 0 ? static_cast<int32_t>(big32(ctts, 12)) : 0;
 }
 
@@ -246,13 +217,11 @@ std::string play(const Movie &movie, Track &track, Ratio rate) {
     const Edits edits = edits_of(movie, track);
     if (edits.media_edits + edits.empty_edits == 0 || movie.timescale <= 0) return "";
     const double tick = 1.0 / static_cast<double>(movie.timescale);
-    const bool is_sound = track.sound >= 0;
     const int64_t rest = track.duration + first_offset(track.table) - edits.first_time;
     const double rest_seconds = static_cast<double>(rest) / static_cast<double>(track.timescale);
-    const double skipped = static_cast<double>(edits.first_time - first_offset(track.table)) /
-                           static_cast<double>(track.timescale);
+    const double skipped = static_cast<double>(track.duration - rest) / static_cast<double>(track.timescale);
     // Sound that is coded begins with what its decoder needs, and ends with what fills a frame.
-    const double slack = is_sound && !track.raw ? 0.1 : 1.5 * tick;
+    const double slack = track.sound >= 0 && !track.raw ? 0.1 : 1.5 * tick;
     const bool is_single = edits.media_edits == 1 && edits.empty_edits == 0 && !edits.other_rate;
     const bool to_the_end = edits.to_the_end || std::fabs(edits.seconds - rest_seconds) <= 1.5 * tick;
     if (is_single && to_the_end && rest > 0) {
@@ -275,15 +244,12 @@ void read_picture_track(Movie &movie, Track &track) {
     const SampleTable table(track.table);
     read_picture_entry(movie.input, track, picture, movie.facts);
     set_rate(track, table, picture);
-    if (!picture.pixel_aspect.is_set() && track.width > 0 && track.height > 0 && picture.width > 0) {
-        const Ratio aspect =
-            Ratio{int64_t{track.width} * picture.height, int64_t{track.height} * picture.width}.reduced();
-        const double value = aspect.value();
-        // The track's size is in whole pixels.
-        if (std::fabs(value - 1) * picture.width > 2 && value > 0.2 && value < 5)
-            picture.pixel_aspect = aspect;
-    }
-    if (track.rotation != 0) movie.facts.add_more("rotation", std::to_string(track.rotation));
+    const Ratio aspect{int64_t{track.width} * picture.height, int64_t{track.height} * picture.width};
+    const bool is_likely = aspect.value() > 0.2 && aspect.value() < 5;
+    // The track's size is in whole pixels.
+    if (!picture.pixel_aspect.is_set() && is_likely && std::fabs(aspect.value() - 1) * picture.width > 2)
+        picture.pixel_aspect = aspect.reduced();
+    if (track.rotation != 0) movie.facts.add_more("rotation", track.rotation);
     track.picture = static_cast<int>(movie.facts.pictures.size());
     movie.facts.pictures.push_back(std::move(picture));
 }
@@ -292,10 +258,8 @@ void read_sound_track(Movie &movie, Track &track) {
     Sound sound;
     read_sound_entry(movie.input, track, sound);
     if (track.timescale > 0 && sound.rate.is_set() && sound.rate.d == 1 && track.duration > 0) {
-        const double samples = static_cast<double>(track.duration) * static_cast<double>(sound.rate.n) /
-                               static_cast<double>(track.timescale);
-        if (samples < 9e15)
-            sound.samples = sound.rate.n == track.timescale ? track.duration : std::llround(samples);
+        const double samples = Ratio{track.duration, track.timescale}.value() * sound.rate.value();
+        if (samples < 9e15) sound.samples = std::llround(samples);
     }
     track.sound = static_cast<int>(movie.facts.sounds.size());
     movie.facts.sounds.push_back(std::move(sound));
@@ -307,7 +271,7 @@ void read_timecode_track(Movie &movie, const Track &track) {
     const uint32_t flags = big32(entry, 12);
     const int64_t frame = big32(entry, 20);
     const uint32_t base = entry[24];
-    const Bytes name = find_box(entry.from(26), fourcc("name"));
+    const Bytes name = find_box(entry.from(26), "name");
     if (movie.facts.reel.empty()) movie.facts.reel = fixed_text(name, 4, big16(name));
     const SampleTable table(track.table);
     const uint64_t place = table.chunk_count > 0 ? table.chunk(0) : track.in_fragment;
@@ -318,33 +282,28 @@ void read_timecode_track(Movie &movie, const Track &track) {
     int64_t frames = wide ? static_cast<int64_t>(big64(sample)) : int64_t{big32(sample)};
     const Edits edits = edits_of(movie, track);
     if (edits.media_edits > 0 && frame > 0 && track.timescale > 0) frames += edits.first_time / frame;
-    FileTimecode timecode;
-    timecode.base = base;
-    timecode.drop = (flags & 1) != 0;
-    timecode.place = "track " + std::to_string(track.number);
-    const int64_t dropped = timecode.drop ? base / 15 * (24 * 60 - 24 * 6) : 0;
-    timecode.frames = frames % (int64_t{24} * 3600 * base - dropped);
-    if (frames >= 0) movie.facts.add(timecode);
+    const std::string track_name = "track " + std::to_string(track.number);
+    if (frames >= 0) movie.facts.add(counted_timecode(frames, base, (flags & 1) != 0, track_name));
 }
 
 // Names and values that writers leave (user data, iTunes and QuickTime metadata).
-using Metadata = std::map<std::string, std::string>;
+using Metadata = std::map<std::string, std::string, std::less<>>;
 
 void read_items(Bytes meta, Metadata &metadata) {
     const Bytes boxes = bytes_are(meta, 4, "hdlr") ? meta : meta.from(4);
     std::vector<std::string> keys;
-    const Bytes list = find_box(boxes, fourcc("keys"));
+    const Bytes list = find_box(boxes, "keys");
     uint64_t at = 8;
     for (uint32_t i = 0; i < big32(list, 4) && list.has(at, 8) && big32(list, at) >= 8; i++) {
-        keys.push_back(fixed_text(list, at + 8, std::min<uint64_t>(big32(list, at) - 8, 256)));
+        keys.push_back(fixed_text(list, at + 8, std::min(big32(list, at) - 8, 256U)));
         at += big32(list, at);
     }
-    each_box(find_box(boxes, fourcc("ilst")), [&](const Box &item) {
-        const Bytes data = find_box(item.data, fourcc("data"));
+    each_box(find_box(boxes, "ilst"), [&](const Box &item) {
+        const Bytes data = find_box(item.data, "data");
         const bool is_numbered = item.type >= 1 && item.type <= keys.size();
         if (big32(data) > 2) return;  // no text
         metadata.try_emplace(is_numbered ? keys[item.type - 1] : type_characters(item.type),
-                             fixed_text(data, 8, std::min<uint64_t>(data.size(), 1024)));
+                             fixed_text(data, 8, 1024));
     });
 }
 
@@ -356,32 +315,39 @@ void read_user_data(Bytes udta, Metadata &metadata) {
     });
 }
 
-std::string first_of(const Metadata &metadata, std::initializer_list<const char *> keys) {
-    for (const char *key : keys) {
-        const auto found = metadata.find(key);
-        if (found != metadata.end() && !found->second.empty()) return found->second;
-    }
-    return "";
-}
-
 void read_metadata(Movie &movie) {
+    // What the record or the format calls it, and what writers do.
+    struct Row {
+        std::string_view name;
+        std::string_view keys[4];
+    };
+    constexpr Row kRows[] = {
+        {"writer", {"\xA9swr", "com.apple.quicktime.software", "\xA9too", "software"}},
+        {"reel", {"com.apple.proapps.reel", "com.arri.camera.ReelName", "reel_name", "reel"}},
+        {"make", {"com.apple.quicktime.make", "\xA9mak"}},
+        {"model", {"com.apple.quicktime.model", "\xA9mod"}},
+        {"scene", {"com.apple.proapps.scene", "scene"}},
+        {"take", {"com.apple.proapps.shot", "take"}},
+        {"title", {"\xA9nam", "com.apple.quicktime.title", "com.apple.quicktime.displayname"}},
+        {"recorded", {"com.apple.quicktime.creationdate", "\251day"}},
+    };
     Metadata metadata;
-    read_user_data(find_box(movie.moov, fourcc("udta")), metadata);
-    read_items(find_box(movie.moov, fourcc("meta")), metadata);
-    Facts &facts = movie.facts;
-    facts.writer = first_of(metadata, {"\xA9swr", "com.apple.quicktime.software", "\xA9too", "software"});
-    if (facts.reel.empty())
-        facts.reel =
-            first_of(metadata, {"com.apple.proapps.reel", "com.arri.camera.ReelName", "reel_name", "reel"});
-    facts.add_more("make", first_of(metadata, {"com.apple.quicktime.make", "\xA9mak"}));
-    facts.add_more("model", first_of(metadata, {"com.apple.quicktime.model", "\xA9mod"}));
-    facts.add_more("scene", first_of(metadata, {"com.apple.proapps.scene", "scene"}));
-    facts.add_more("take", first_of(metadata, {"com.apple.proapps.shot", "take"}));
-    facts.add_more("title", first_of(metadata, {"\xA9nam", "com.apple.quicktime.title",
-                                                "com.apple.quicktime.displayname"}));
-    facts.add_more("recorded", first_of(metadata, {"com.apple.quicktime.creationdate",
-                                                   "\xA9"
-                                                   "day"}));
+    read_user_data(find_box(movie.moov, "udta"), metadata);
+    read_items(find_box(movie.moov, "meta"), metadata);
+    for (const Row &row : kRows) {
+        std::string value;
+        for (const std::string_view key : row.keys) {
+            const auto found = metadata.find(key);
+            if (value.empty() && found != metadata.end()) value = found->second;
+        }
+        if (row.name == "writer") {
+            movie.facts.writer = value;
+        } else if (row.name != "reel") {
+            movie.facts.add_more(row.name, value);
+        } else if (movie.facts.reel.empty()) {
+            movie.facts.reel = value;
+        }
+    }
 }
 
 // Where the last chunk of a track ends, by the last entries of its tables.
@@ -445,22 +411,16 @@ void judge_extent(Movie &movie, uint64_t header_end) {
             inside.emplace_back(&track, reach);
         }
     }
-    if (!beyond.empty()) {
-        movie.facts.cut(claimed, list_of_tracks(beyond));
-    } else if (header_end > size || is_damaged || movie.tracks.empty()) {
-        movie.facts.cut(claimed, "the end of moov");
-    } else {
-        for (const auto &[track, reach] : inside) {
-            if (movie.input.reads() <= kMostReads &&
-                is_unwritten(movie.input, *track, reach.end, reach.last_size))
-                beyond.push_back(track->number);
-        }
-        if (!beyond.empty()) {
-            movie.facts.cut(claimed, list_of_tracks(beyond) + " (zeros)");
-        } else if (has_data) {
-            movie.facts.whole(claimed);
-        }
+    Facts &facts = movie.facts;
+    if (!beyond.empty()) return facts.cut(claimed, list_of_tracks(beyond));
+    if (header_end > size || is_damaged || movie.tracks.empty()) return facts.cut(claimed, "the end of moov");
+    for (const auto &[track, reach] : inside) {
+        const bool is_read = movie.input.reads() <= kMostReads;
+        if (is_read && is_unwritten(movie.input, *track, reach.end, reach.last_size))
+            beyond.push_back(track->number);
     }
+    if (!beyond.empty()) return facts.cut(claimed, list_of_tracks(beyond) + " (zeros)");
+    if (has_data) facts.whole(claimed);
 }
 
 // The picture's duration, unless something else is played on much longer.
@@ -478,7 +438,7 @@ void set_duration(Movie &movie) {
 }
 
 void read_movie(Movie &movie, uint64_t end) {
-    const Bytes mvhd = find_box(movie.moov, fourcc("mvhd"));
+    const Bytes mvhd = find_box(movie.moov, "mvhd");
     movie.timescale = big32(mvhd, mvhd[0] == 1 ? 20 : 12);
     movie.facts.date = date_of(mvhd[0] == 1 ? big64(mvhd, 4) : big32(mvhd, 4));
     Bytes extends;
@@ -499,7 +459,7 @@ void read_movie(Movie &movie, uint64_t end) {
             read_timecode_track(movie, track);
         }
         const std::string text = play(movie, track, rate);
-        if (!text.empty() && track.handler != fourcc("tmcd")) edits += (edits.empty() ? "" : "; ") + text;
+        if (track.handler != fourcc("tmcd")) append(edits, text, "; ");
         if (track.is_external) movie.facts.add_more("external data", "track " + std::to_string(track.number));
     }
     read_metadata(movie);
@@ -516,11 +476,7 @@ void read_movie(Movie &movie, uint64_t end) {
         judge_extent(movie, end);
     }
     set_duration(movie);
-    // The largest picture is the main one.
-    auto &pictures = movie.facts.pictures;
-    const auto area = [](const Picture &p) { return uint64_t{p.width} * p.height; };
-    const auto largest = std::ranges::max_element(pictures, {}, area);
-    if (largest != pictures.end()) std::rotate(pictures.begin(), largest, largest + 1);
+    movie.facts.largest_first();
 }
 
 // The name of what a file is by the major brand of its 'ftyp'; empty for pictures, which are none of ours.
@@ -544,14 +500,11 @@ std::string format_of(Bytes ftyp) {
 bool is_unwritten(Input &input, const Track &track, uint64_t end, uint64_t size) {
     constexpr uint64_t kMost = 65536;
     const bool is_media = track.picture >= 0 || track.sound >= 0;
-    if (track.raw || !is_media || size < 16 || end < size || end > input.size()) return false;
-    const uint64_t n = std::min(size, kMost);
-    const Bytes tail = input.present(end - n, n);
+    if (track.raw || !is_media || end < size || end > input.size()) return false;
     // MPEG video may be filled up with zeros.
     const Bytes head = track.stuffed ? input.present(end - size, 16) : Bytes{};
     if ((big64(head) | big64(head, 8)) != 0) return false;
-    const uint64_t needed = track.dense ? std::min<uint64_t>(n, 4096) : n;
-    return tail.size() == n && is_zero(tail.sub(n - needed, needed));
+    return ends_in_zeros(input, end - size, end, 16, track.dense ? 4096 : kMost);
 }
 
 void movie_facts(Input &input, Facts &facts) {
@@ -571,9 +524,9 @@ void movie_facts(Input &input, Facts &facts) {
         if (box.type != fourcc("moov")) continue;
         facts.format = format_of(ftyp);
         if (!ftyp.empty()) facts.add_more("brand", fixed_text(ftyp, 0, 4));
-        const uint64_t start = box.at + box.header;
         const bool is_small = box.data.size() <= kWholeHeader;
-        Movie movie{input, facts, is_small ? input.present(start, box.data.size()) : box.data, is_small};
+        const Bytes moov = is_small ? input.present(box.start(), box.data.size()) : box.data;
+        Movie movie{input, facts, moov, is_small};
         read_movie(movie, at);
         if (facts.format.empty()) facts = Facts{};
         return;

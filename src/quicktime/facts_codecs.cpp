@@ -68,8 +68,7 @@ void read_vpx(Bytes record, Picture &picture) {
     constexpr const char *kChroma[] = {"4:2:0", "4:2:0", "4:2:2", "4:4:4", "", "", "", ""};
     picture.bits = record[6] >> 4;
     picture.components = kChroma[record[6] >> 1 & 7];
-    const auto code = [&](uint64_t at) { return record[at] == 2 ? -1 : record[at]; };
-    picture.colour = {code(7), code(8), code(9), record[6] & 1};
+    picture.colour = {colour_code(record[7]), colour_code(record[8]), colour_code(record[9]), record[6] & 1};
 }
 
 // The first sample, as far as its headers reach: of many tracks those of the first ones.
@@ -85,12 +84,11 @@ Bytes first_sample(Input &input, const Track &track) {
 Bytes read_mpeg4(Bytes esds, Picture &picture, CodecKind &kind) {
     const StreamDescriptor stream = stream_descriptor(esds);
     if (stream.bit_rate > 0) picture.bit_rate = stream.bit_rate;
-    if (stream.object >= 0x60 && stream.object <= 0x65) picture.codec = "MPEG-2";
-    if (stream.object == 0x6A) picture.codec = "MPEG-1";
-    if (stream.object == 0x6C) picture.codec = "Motion JPEG";
-    if (stream.object == 0x6D) picture.codec = "PNG";
-    if (stream.object == 0x6E) picture.codec = "JPEG 2000";
-    if (stream.object == 0x21) picture.codec = "H.264";
+    constexpr CodeName kObjects[] = {{0x21, "H.264"},  {0x60, "MPEG-2"},   {0x61, "MPEG-2"},
+                                     {0x62, "MPEG-2"}, {0x63, "MPEG-2"},   {0x64, "MPEG-2"},
+                                     {0x65, "MPEG-2"}, {0x6A, "MPEG-1"},   {0x6C, "Motion JPEG"},
+                                     {0x6D, "PNG"},    {0x6E, "JPEG 2000"}};
+    picture.codec = name_of(kObjects, stream.object, picture.codec.c_str());
     if (picture.codec != "MPEG-4") picture.components.clear();
     if (stream.object >= 0x60 && picture.codec.starts_with("MPEG-")) kind = CodecKind::mpeg2;
     return stream.specific;
@@ -108,12 +106,8 @@ Scan scan_of(uint8_t fields, uint8_t detail) {
 void read_colours(Bytes colr, Picture &picture) {
     const bool is_nclx = bytes_are(colr, 0, "nclx");
     if (!is_nclx && !bytes_are(colr, 0, "nclc")) return;
-    const auto code = [&](uint64_t at) {
-        return big16(colr, at) == 2 ? -1 : static_cast<int>(big16(colr, at));
-    };
-    picture.colour.primaries = code(4);
-    picture.colour.transfer = code(6);
-    picture.colour.matrix = code(8);
+    picture.colour = {colour_code(big16(colr, 4)), colour_code(big16(colr, 6)), colour_code(big16(colr, 8)),
+                      picture.colour.full_range};
     if (is_nclx) picture.colour.full_range = colr[10] >> 7;
 }
 
@@ -125,7 +119,7 @@ void read_clean_aperture(Bytes clap, const Track &track, Picture &picture, Facts
     const uint64_t height = big32(clap, 8) / d[1];
     if (width == picture.width && height == picture.height) return;
     if (width == 0 || height == 0 || width > picture.width || height > picture.height) return;
-    facts.add_more("clean aperture", std::to_string(width) + "x" + std::to_string(height));
+    facts.add_more("clean aperture", size_text(width, height));
     if (track.width != width || track.height != height) return;
     if (picture.coded_width == 0) {
         picture.coded_width = picture.width;
@@ -135,26 +129,27 @@ void read_clean_aperture(Bytes clap, const Track &track, Picture &picture, Facts
     picture.height = track.height;
 }
 
-// RGB by the depth of the sample entry: 32 has an alpha channel, from 33 on it is grey.
+// RGB by the depth of the sample entry; up to 8 it is a palette's, from 33 on it is grey.
 void set_by_depth(uint32_t depth, Picture &picture) {
-    if (depth == 32) picture.components = "RGBA";
-    if (depth == 24 || depth == 16) picture.components = "RGB";
-    if (depth == 64) picture.components = "RGBA";
-    if (depth == 48) picture.components = "RGB";
-    picture.bits = depth == 64 || depth == 48 ? 16 : depth == 32 || depth == 24 ? 8 : depth == 16 ? 5 : 0;
-    if (depth > 0 && depth <= 8) {
-        picture.components = "palette";
-        picture.bits = depth;
-    } else if (depth > 32 && depth <= 40) {
-        picture.components = "Y";
-        picture.bits = depth - 32;
-    }
+    struct Depth {
+        uint32_t depth;
+        uint32_t bits;
+        const char *components;
+    };
+    constexpr Depth kDepths[] = {
+        {16, 5, "RGB"}, {24, 8, "RGB"}, {32, 8, "RGBA"}, {48, 16, "RGB"}, {64, 16, "RGBA"}};
+    const Depth *known = row_of(kDepths, depth, &Depth::depth);
+    const bool is_grey = depth > 32 && depth <= 40;
+    picture.bits = known ? known->bits : is_grey ? depth - 32 : depth <= 8 ? depth : 0;
+    if (known) picture.components = known->components;
+    if (is_grey) picture.components = "Y";
+    if (depth > 0 && depth <= 8) picture.components = "palette";
 }
 
 uint32_t protected_type(Bytes boxes, uint32_t type) {
     const bool is_protected = type == fourcc("encv") || type == fourcc("enca") || type == fourcc("drmi") ||
                               type == fourcc("drms") || type == fourcc("p608");
-    const Bytes original = is_protected ? find_box(find_box(boxes, fourcc("sinf")), fourcc("frma")) : Bytes{};
+    const Bytes original = is_protected ? find_box(boxes, "sinf/frma") : Bytes{};
     return original.empty() ? type : big32(original);
 }
 
@@ -191,7 +186,7 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
         if (box.type == fourcc("fiel") && scan_of(data[0], data[1]) != Scan::unknown)
             picture.scan = scan_of(data[0], data[1]);
         if (box.type == fourcc("colr")) read_colours(data, picture);
-        const Bytes jp2_colour = box.type == fourcc("jp2h") ? find_box(data, fourcc("colr")) : Bytes{};
+        const Bytes jp2_colour = box.type == fourcc("jp2h") ? find_box(data, "colr") : Bytes{};
         if (jp2_colour[0] == 1 && big32(jp2_colour, 3) == 16) picture.components = "RGB";  // sRGB
         if (box.type == fourcc("pasp")) {
             const Ratio aspect{big32(data, 0), big32(data, 4)};
@@ -211,26 +206,6 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
 }
 
 namespace {
-
-struct SoundCodec {
-    char type[5];
-    const char *codec;
-    uint32_t bits = 0;  // 0: those of the sample entry, where it is uncompressed
-};
-
-constexpr SoundCodec kSoundCodecs[] = {
-    {"sowt", "PCM"},       {"twos", "PCM"},          {"raw ", "PCM"},           {"NONE", "PCM"},
-    {"in24", "PCM", 24},   {"in32", "PCM", 32},      {"fl32", "PCM float", 32}, {"fl64", "PCM float", 64},
-    {"lpcm", "PCM"},       {"ipcm", "PCM"},          {"fpcm", "PCM float"},     {"ulaw", "mu-law", 8},
-    {"alaw", "A-law", 8},  {"ima4", "IMA ADPCM"},    {"MAC3", "MACE 3:1"},      {"MAC6", "MACE 6:1"},
-    {"QDM2", "QDesign 2"}, {"QDMC", "QDesign"},      {"Qclp", "QCELP"},         {"mp4a", "AAC"},
-    {".mp3", "MP3"},       {"ms\0U", "MP3"},         {"mp3 ", "MP3"},           {".mp2", "MP2"},
-    {"ac-3", "AC-3"},      {"AC-3", "AC-3"},         {"sac3", "AC-3"},          {"ec-3", "E-AC-3"},
-    {"ac-4", "AC-4"},      {"Opus", "Opus"},         {"alac", "ALAC"},          {"fLaC", "FLAC"},
-    {"dtsc", "DTS"},       {"dtsh", "DTS"},          {"dtsl", "DTS"},           {"dtse", "DTS"},
-    {"mlpa", "TrueHD"},    {"samr", "AMR-NB"},       {"sawb", "AMR-WB"},        {"mha1", "MPEG-H"},
-    {"mhm1", "MPEG-H"},    {"ms\0\x02", "MS ADPCM"}, {"ms\0\x11", "IMA ADPCM"},
-};
 
 // Layouts of Core Audio by their tag's upper half.
 constexpr CodeName kLayouts[] = {
@@ -254,7 +229,7 @@ std::string described_layout(Bytes chan) {
     for (uint64_t i = 0; i < n && i < 64 && chan.has(16 + 20 * i, 20); i++) {
         const std::string name = name_of(kLabels, big32(chan, 16 + 20 * i));
         if (name.empty()) return "";
-        names += (i > 0 ? " " : "") + name;
+        append(names, name, " ");
     }
     if (names == "C") return "mono";
     if (names == "L R") return "stereo";
@@ -320,6 +295,7 @@ void read_sound_boxes(Bytes boxes, Sound &sound, int depth) {
             case fourcc("dOps"):
                 sound.channels = data[1];
                 sound.rate = {48000, 1};
+                if (data[10] == 0) sound.layout = sound.channels == 1 ? "mono" : "stereo";  // RFC 7845, 5.1.1
                 break;
             case fourcc("alac"):
                 if (data.size() < 28) break;
@@ -373,13 +349,11 @@ void read_sound_entry(Input &input, Track &track, Sound &sound) {
         (first.type == fourcc("srat") || first.type == fourcc("esds") || first.type == fourcc("pcmC"));
     const Bytes boxes = entry.from(is_iso ? 28 : fixed);
     track.codec = protected_type(boxes, track.codec);
-    const auto is_code = [&](const SoundCodec &codec) { return fourcc(codec.type) == track.codec; };
-    const auto *codec = std::ranges::find_if(kSoundCodecs, is_code);
-    const bool is_found = codec != std::end(kSoundCodecs);
-    sound.codec = is_found ? codec->codec : type_text(track.codec);
+    const SoundCodec codec = sound_codec(track.codec);
+    sound.codec = codec.codec[0] != 0 ? codec.codec : type_text(track.codec);
     sound.language = track.language;
     sound.channels = big16(entry, 16);
-    sound.bits = is_found && codec->bits != 0 ? codec->bits : big16(entry, 18);
+    sound.bits = codec.bits != 0 ? codec.bits : big16(entry, 18);
     const uint32_t fixed_rate = big32(entry, 24);
     if (fixed_rate > 0) sound.rate = Ratio{fixed_rate, 65536}.reduced();
     if (sound.rate.is_set() && sound.rate.d != 1) sound.rate = Ratio{std::llround(sound.rate.value()), 1};

@@ -60,20 +60,13 @@ uint64_t add_samples(Bytes trun, uint32_t default_duration, uint32_t default_siz
     }
     if ((flags & 4) != 0) at += 4;
     const uint64_t fields = static_cast<uint64_t>(std::popcount(flags & 0xF00U));
-    for (uint64_t i = 0; i < n && (fields > 0 ? trun.has(at, 4 * fields) : i < 1000000); i++) {
-        uint64_t field = at;
-        uint64_t duration = default_duration;
-        uint64_t size = default_size;
-        if ((flags & 0x100) != 0) {
-            duration = big32(trun, field);
-            field += 4;
-        }
-        if ((flags & 0x200) != 0) size = big32(trun, field);
+    for (uint64_t i = 0; i < n && (fields > 0 ? trun.has(at, 4 * fields) : i < 1000000);
+         i++, at += 4 * fields) {
+        const bool has_duration = (flags & 0x100) != 0;
         if (run.track->in_fragment == 0) run.track->in_fragment = data;
-        run.add(duration);
-        data += size;
-        run.last_size = size;
-        at += 4 * fields;
+        run.add(has_duration ? big32(trun, at) : default_duration);
+        run.last_size = (flags & 0x200) != 0 ? big32(trun, at + (has_duration ? 4 : 0)) : default_size;
+        data += run.last_size;
     }
     if (n > 0 && data > run.data_end) run.data_end = data;
     return data;
@@ -83,7 +76,7 @@ void add_fragment(Fragments &fragments, const Box &moof) {
     uint64_t next = moof.at;
     each_box(moof.data, [&](const Box &traf) {
         if (traf.type != fourcc("traf")) return;
-        const Bytes tfhd = find_box(traf.data, fourcc("tfhd"));
+        const Bytes tfhd = find_box(traf.data, "tfhd");
         const uint32_t flags = big32(tfhd) & 0xFFFFFF;
         const auto found = fragments.runs.find(big32(tfhd, 4));
         if (found == fragments.runs.end()) return;
@@ -99,7 +92,7 @@ void add_fragment(Fragments &fragments, const Box &moof) {
         const uint32_t duration = static_cast<uint32_t>(field(8, 4, run.default_duration));
         const uint32_t size = static_cast<uint32_t>(field(16, 4, run.default_size));
         next = base;
-        const Bytes tfdt = find_box(traf.data, fourcc("tfdt"));
+        const Bytes tfdt = find_box(traf.data, "tfdt");
         if (!tfdt.empty()) run.end = tfdt[0] == 1 ? big64(tfdt, 4) : big32(tfdt, 4);
         if (!run.has_start) run.start = run.end;
         run.has_start = true;

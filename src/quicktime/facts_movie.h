@@ -5,35 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "common/bytes.h"
+#include "common/boxes.h"
 #include "common/codecs.h"
 #include "common/facts.h"
 #include "common/input.h"
-
-struct Box {
-    uint32_t type = 0;
-    uint64_t at = 0;      // of its header, in what holds it
-    uint64_t size = 0;    // with its header, as claimed
-    uint64_t header = 8;  // bytes of its header
-    Bytes data;           // what there is behind the header
-
-    uint64_t end() const { return size < UINT64_MAX - at ? at + size : UINT64_MAX; }
-};
-
-// The box at an offset; its size is 0 for what is none. A size field of 0 reaches to the end.
-Box box_at(Bytes holder, uint64_t at);
-Bytes find_box(Bytes holder, uint32_t type);
-
-template <typename Use>
-void each_box(Bytes holder, Use use) {
-    uint64_t at = 0;
-    for (int i = 0; i < 10000 && holder.has(at, 8); i++) {
-        const Box box = box_at(holder, at);
-        if (box.size == 0) return;
-        use(box);
-        at = box.end();
-    }
-}
 
 // A track's tables (ISO 14496-12, 8.7): how far its samples reach follows by arithmetic.
 struct SampleTable {
@@ -64,7 +39,6 @@ struct Track {
     uint32_t height = 0;
     int rotation = 0;
     std::string language;
-    Bytes media_information;
     Bytes table;  // stbl
     Bytes description;
     Bytes edits;

@@ -1,8 +1,7 @@
-#include "rawstream/facts.h"
-
 #include <algorithm>
 #include <string_view>
 
+#include "main/facts_of.h"
 #include "rawstream/detect.h"
 
 // Lines of a tag and a decimal number up to a tab, then the words of the signal.

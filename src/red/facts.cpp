@@ -1,8 +1,7 @@
-#include "red/facts.h"
-
 #include <algorithm>
 #include <tuple>
 
+#include "main/facts_of.h"
 #include "red/chunks.h"
 
 namespace {
@@ -31,32 +30,17 @@ struct Records {
     }
 };
 
-bool digits(const std::string &text, size_t at, size_t n, int &value) {
-    value = 0;
-    for (size_t i = at; i < at + n; i++) {
-        if (i >= text.size() || text[i] < '0' || text[i] > '9') return false;
-        value = value * 10 + (text[i] - '0');
-    }
-    return true;
-}
-
 // "10:00:00:00", or as eight digits; other dividers before the frames than a colon stand for drop.
 FileTimecode timecode_in(const std::string &text, uint32_t base, const char *place) {
     const size_t step = text.size() >= 11 ? 3 : 2;
-    int part[4];
-    for (size_t i = 0; i < 4; i++) {
-        if (!digits(text, step * i, 2, part[i])) return {};
-    }
+    const auto part = [&](size_t i) { return decimal_in(text, step * i, 2); };
     const bool drop = step == 3 && text[8] != ':' && base % 30 == 0;
-    return file_timecode(part[0], part[1], part[2], part[3], base, drop, place);
+    return file_timecode(part(0), part(1), part(2), part(3), base, drop, place);
 }
 
 std::string date_in(const std::string &day, const std::string &time) {
-    int part[6] = {0, 0, 0, -1, 0, 0};
-    if (!digits(day, 0, 4, part[0]) || !digits(day, 4, 2, part[1]) || !digits(day, 6, 2, part[2])) return "";
-    const bool timed =
-        digits(time, 0, 2, part[3]) && digits(time, 2, 2, part[4]) && digits(time, 4, 2, part[5]);
-    return iso_date(part[0], part[1], part[2], timed ? part[3] : -1, part[4], part[5]);
+    return iso_date(decimal_in(day, 0, 4), decimal_in(day, 4, 2), decimal_in(day, 6, 2),
+                    decimal_in(time, 0, 2), decimal_in(time, 2, 2), decimal_in(time, 4, 2));
 }
 
 void read_records(Bytes chunk, Facts &facts) {
@@ -67,8 +51,7 @@ void read_records(Bytes chunk, Facts &facts) {
     facts.add(timecode_in(records.text(0), base, "edge"));
     facts.reel = records.text(0x1A);
     facts.writer = records.text(0x19);
-    const std::string firmware = records.text(0x25);
-    if (!firmware.empty()) facts.writer += (facts.writer.empty() ? "" : " ") + firmware;
+    append(facts.writer, records.text(0x25), " ");
     facts.date = date_in(records.text(0x23), records.text(0x24));
     facts.add_more("take", records.text(0x1B));
     facts.add_more("file name", records.text(0x56));
@@ -158,13 +141,7 @@ void red_facts(Input &input, Facts &facts) {
         const uint32_t frames = big32(chunk, is_first ? 24 : 92);
         if (frames > 0 && frames < 100000000) picture.frames = frames;
         facts.lasts(picture.frames, picture.rate);
-        const uint64_t claimed = end + big32(chunk);
-        if (claimed > input.size()) {
-            facts.cut(claimed, "the end of the file");
-        } else {
-            facts.whole(claimed);
-        }
-        return;
+        return facts.reaches(end + big32(chunk), "the end of the file");
     }
     judge_open(input, alignment, facts);
 }

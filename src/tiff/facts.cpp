@@ -1,11 +1,10 @@
-#include "tiff/facts.h"
-
 #include <algorithm>
 #include <optional>
 
 #include "common/names.h"
 #include "common/ordered_bytes.h"
 #include "common/values.h"
+#include "main/facts_of.h"
 
 namespace {
 
@@ -46,29 +45,23 @@ enum Tag : uint16_t {
     kLastDng = 51105,
 };
 
-constexpr CodeName kCompressions[] = {
-    {1, "uncompressed"},
-    {2, "CCITT RLE"},
-    {3, "CCITT Group 3"},
-    {4, "CCITT Group 4"},
-    {5, "LZW"},
-    {6, "JPEG"},
-    {7, "JPEG"},
-    {8, "Deflate"},
-    {32771, "CCITT RLE"},
-    {32773, "PackBits"},
-    {32809, "ThunderScan"},
-    {32946, "Deflate"},
-    {34676, "LogLuv"},
-    {34677, "LogLuv"},
-    {34712, "JPEG 2000"},
-    {34892, "JPEG"},
-    {34925, "LZMA"},
-    {50000, "Zstandard"},
-    {50001, "WebP"},
-    {50002, "JPEG XL"},
-    {52546, "JPEG XL"},
-};
+constexpr CodeName kCompressions[] = {  // TIFF 6.0 and its supplements, and what cameras have
+    {1, "uncompressed"},  {2, "CCITT RLE"},
+    {3, "CCITT Group 3"}, {4, "CCITT Group 4"},
+    {5, "LZW"},           {6, "JPEG"},
+    {7, "JPEG"},          {8, "Deflate"},
+    {9, "JBIG"},          {10, "JBIG"},
+    {32767, "Sony ARW"},  {32771, "CCITT RLE"},
+    {32773, "PackBits"},  {32809, "ThunderScan"},
+    {32946, "Deflate"},   {33003, "JPEG 2000"},
+    {33005, "JPEG 2000"}, {34661, "JBIG"},
+    {34676, "LogLuv"},    {34677, "LogLuv"},
+    {34712, "JPEG 2000"}, {34713, "Nikon NEF"},
+    {34887, "LERC"},      {34892, "JPEG"},
+    {34925, "LZMA"},      {34933, "PNG"},
+    {34934, "JPEG XR"},   {50000, "Zstandard"},
+    {50001, "WebP"},      {50002, "JPEG XL"},
+    {52546, "JPEG XL"},   {65535, "Pentax PEF"}};
 
 constexpr uint32_t kUncompressed = 1;
 
@@ -178,11 +171,9 @@ std::string components_of(const Directory &directory) {
             const Values subsampling = directory.values(kSubsampling);
             // Encoders that leave it out have it in their JPEG data.
             if (subsampling.count == 0 && directory.number(kCompression) == 7) return "YCbCr";
-            const uint64_t across = subsampling.has(0) ? subsampling.number(0) : 2;
-            const uint64_t down = subsampling.has(1) ? subsampling.number(1) : 2;
-            if (across == 1) return down == 1 ? "4:4:4" : "4:4:0";
-            if (across == 2) return down == 1 ? "4:2:2" : "4:2:0";
-            return across == 4 && down == 1 ? "4:1:1" : "YCbCr";
+            const std::string chroma = chroma_text(subsampling.has(0) ? subsampling.number(0) : 2,
+                                                   subsampling.has(1) ? subsampling.number(1) : 2);
+            return chroma.empty() ? "YCbCr" : chroma;
         }
         case 8:
         case 9:
@@ -237,12 +228,9 @@ DataEnd data_end(Input &input, const Directory &directory) {
         last_size = counts.number(i);
         result.is_known = true;
     }
-    constexpr uint64_t kTail = 4096;
     if (!result.is_known || directory.number(kCompression, kUncompressed) == kUncompressed || last_size == 0)
         return result;
-    const uint64_t n = std::min(last_size, kTail);
-    const Bytes tail = input.present(result.end - n, n);
-    result.is_blank = n >= 16 && tail.size() == n && is_zero(tail);
+    result.is_blank = ends_in_zeros(input, result.end - last_size, result.end, 16, 4096);
     return result;
 }
 
@@ -265,11 +253,10 @@ void add_first_directory(const Directory &directory, Facts &facts) {
         facts.variant = std::to_string(version.number(0)) + "." + std::to_string(version.number(1));
     }
     std::string camera = directory.values(kMake).text();
-    const std::string model = directory.values(kModel).text();
-    if (!model.empty()) camera += (camera.empty() ? "" : " ") + model;
+    append(camera, directory.values(kModel).text(), " ");
     facts.add_more("camera", camera);
     const uint64_t orientation = directory.number(kOrientation, 1);
-    if (orientation != 1) facts.add_more("orientation", std::to_string(orientation));
+    if (orientation != 1) facts.add_more("orientation", orientation);
 }
 
 }  // namespace
@@ -278,10 +265,7 @@ void tiff_facts(Input &input, Facts &facts) {
     const Bytes head = input.present(0, 16);
     const OrderedBytes header = head[0] == 'M' ? big_endian(head) : little_endian(head);
     const bool big = header.u16(2) == 43;
-    if (header.u16(2) != 42 && !big) {
-        facts.format.clear();
-        return;
-    }
+    if (header.u16(2) != 42 && !big) return facts.format.clear();
     if (big) facts.variant = "BigTIFF";
 
     std::vector<uint64_t> seen;
@@ -310,10 +294,8 @@ void tiff_facts(Input &input, Facts &facts) {
         const Values below = directory.values(kSubDirectories);
         for (uint64_t i = 0; i < std::min<uint64_t>(below.count, 16); i++) waiting.push_back(below.number(i));
         if (is_first) add_first_directory(directory, facts);
-        if (!rate.is_set()) {
-            const Ratio found = directory.values(kFrameRate).ratio();
-            if (found.is_set()) rate = rate_of(found.n, found.d);
-        }
+        const Ratio told = directory.values(kFrameRate).ratio();
+        if (!rate.is_set()) rate = rate_of(told.n, told.d);
         if (!timecode.is_set()) timecode = dng_timecode(directory, rate);
         if (facts.reel.empty()) facts.reel = directory.values(kReelName).text();
 
@@ -325,19 +307,16 @@ void tiff_facts(Input &input, Facts &facts) {
         is_known = is_known || data.is_known;
         is_blank = is_blank || data.is_blank;
         const uint64_t area = uint64_t{picture.width} * picture.height;
-        if (area > largest) {
-            largest = area;
-            is_tiled = directory.number(kTileWidth) > 0;
-            facts.pictures.insert(facts.pictures.begin(), std::move(picture));
-        } else {
-            facts.pictures.push_back(std::move(picture));
-        }
+        if (area > largest) is_tiled = directory.number(kTileWidth) > 0;
+        largest = std::max(largest, area);
+        facts.pictures.push_back(std::move(picture));
     }
+    facts.largest_first();
     if (!facts.pictures.empty()) facts.pictures.front().rate = rate;
     facts.add(std::move(timecode));
-    if (is_tiled) facts.variant += facts.variant.empty() ? "tiled" : ", tiled";
-    if (pages > 1) facts.add_more("pages", std::to_string(pages));
-    if (facts.pictures.size() > 1) facts.add_more("pictures", std::to_string(facts.pictures.size()));
+    if (is_tiled) append(facts.variant, "tiled");
+    if (pages > 1) facts.add_more("pages", pages);
+    if (facts.pictures.size() > 1) facts.add_more("pictures", facts.pictures.size());
 
     if (is_cut) {
         facts.cut(end, "the directory");

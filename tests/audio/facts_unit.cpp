@@ -58,6 +58,11 @@ TEST(WaveFacts, Extent) {
     for (const uint32_t streamed : {0xFFFFFFFFU, 0x7FFFF000U, 0x7F000050U})
         EXPECT_EQ(facts_of(wave(pcm + chunk("data", kSilence, streamed))),
                   "WAVE | 2ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s");
+    // A chunk behind the sound; some count a pad byte that is not there.
+    const std::string sound = pcm + chunk("data", kSilence);
+    EXPECT_EQ(state(wave(sound + chunk("LIST", "INFO", 5))), "whole");
+    EXPECT_EQ(state(wave(sound + chunk("LIST", "INFO", 500))), "cut the last chunk");
+    EXPECT_EQ(state(wave(sound + chunk("ZZZZ", "what lies behind", 500))), "whole");
     // An odd chunk without a pad byte.
     EXPECT_EQ(state(wave(pcm + chunk("junk", "odd") + chunk("data", kSilence))), "whole");
     EXPECT_EQ(state(wave(pcm + little().text("data").u32(0).raw(kSilence).str())), "open no sizes");

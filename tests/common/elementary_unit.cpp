@@ -68,6 +68,15 @@ TEST(Elementary, Dts) {
     EXPECT_FALSE(dts_frame(Bytes(dts.data(), 6), sound));
 }
 
+// A pair in front and one behind, told by a program config.
+TEST(Elementary, AacProgram) {
+    const std::string config = bytes("118004c4040021100d4c61766335392e33372e31303056e500");
+    Sound sound;
+    EXPECT_TRUE(aac_configuration(Bytes(config.data(), config.size()), sound));
+    EXPECT_EQ(sound.channels, 4U);
+    EXPECT_EQ(sound.layout, "quad");
+}
+
 // Codes across the borders of what is looked at together.
 TEST(Elementary, StartCodes) {
     for (const size_t at : {0, 1, 4091, 4092, 4093, 4094, 4096, 8190}) {
@@ -75,4 +84,18 @@ TEST(Elementary, StartCodes) {
         EXPECT_EQ(start_code(Bytes(stream.data(), stream.size())), at);
         EXPECT_EQ(start_code(Bytes(stream.data(), stream.size()), at + 1), stream.size());
     }
+}
+
+// The picture header and the component table of JPEG XS.
+TEST(Elementary, JpegXs) {
+    const auto stream = [](const char *transform, const char *components) {
+        return told(
+            "JPEG XS",
+            bytes(std::string(
+                      "ff10 ff5000040000 ff12001a 00001000 3540 2000 0780 0438 0000 0000 03 04 08 14 ") +
+                  "48 " + transform + " 51 00 ff13 0008 " + components + " ff200000"));
+    };
+    EXPECT_EQ(stream("00", "0a11 0a21 0a21"), "1920x1080 JPEG XS 4:2:2 10 bits");
+    EXPECT_EQ(stream("01", "0c11 0c11 0c11"), "1920x1080 JPEG XS RGB 12 bits");
+    EXPECT_EQ(told("JPEG XS", bytes("ff10 ff50")), "nothing");
 }

@@ -8,3 +8,52 @@ TEST(ExrFacts, Samples) {
     Transcript transcript;
     SHOW(facts_of_samples("exr"));
 }
+
+namespace {
+
+std::string attribute(const std::string &name, const std::string &type, const std::string &value) {
+    return name + '\0' + type + '\0' + little().u32(value.size()).raw(value).str();
+}
+
+// 64x32 pixels of three halves in one tile or one chunk of lines, in several parts or one.
+std::string header(uint8_t compression, const std::string &more) {
+    std::string channels;
+    for (const char *name : {"B", "G", "R"})
+        channels += little().text(name).u8(0).u32(1).u32(0).u32(1).u32(1).str();
+    const std::string window = little().u32(0).u32(0).u32(63).u32(31).str();
+    return attribute("channels", "chlist", channels + '\0') +
+           attribute("compression", "compression", std::string(1, static_cast<char>(compression))) +
+           attribute("dataWindow", "box2i", window) + attribute("displayWindow", "box2i", window) + more +
+           '\0';
+}
+
+std::string file(uint32_t version, const std::string &headers, const std::string &chunk) {
+    const std::string head = little().u32(20000630).u32(version).raw(headers).str();
+    return head + little().u64(head.size() + 8).str() + chunk;
+}
+
+}  // namespace
+
+// What the last chunk holds shows whether it was written; where nothing is compressed zeros are a picture.
+TEST(ExrFacts, LastChunks) {
+    const std::string tiles = attribute("tiles", "tiledesc", little().u32(64).u32(32).u8(0).str());
+    const std::string deep = attribute("chunkCount", "int", little().u32(1).str()) +
+                             attribute("type", "string", "deeptile") + tiles;
+    const std::string data(2000, 'd');
+    const std::string sizes = little().u64(20).u64(1980).u64(9000).str();
+    const std::string tiled = file(0x202, header(9, tiles), little().zeros(16).u32(2000).raw(data).str());
+    const std::string deep_tiled = file(0x802, header(2, deep), std::string(16, '\0') + sizes + data);
+    const std::string plain = file(2, header(0, attribute("chunkCount", "int", little().u32(1).str())),
+                                   little().u32(0).u32(2000).raw(data).str());
+    EXPECT_EQ(facts_of(tiled),
+              "EXR tiled | 64x32 DWAB RGB 16 bits float 1 frames | whole | channels: B G R | tiles: 64x32");
+    EXPECT_EQ(facts_of(deep_tiled),
+              "EXR deep | 64x32 ZIPS RGB 16 bits float 1 frames | whole | channels: B G R | tiles: 64x32");
+    for (const std::string &whole : {tiled, deep_tiled}) {
+        EXPECT_EQ(extent_of(whole + "behind", "a.exr"), "whole");
+        EXPECT_EQ(extent_of(whole.substr(0, whole.size() - 1), "a.exr"), "cut the last chunk");
+        EXPECT_EQ(extent_of(whole.substr(0, whole.size() - 1100) + std::string(1100, '\0'), "a.exr"),
+                  "cut the last chunk holds zeros");
+    }
+    EXPECT_EQ(extent_of(plain.substr(0, plain.size() - 1100) + std::string(1100, '\0'), "a.exr"), "whole");
+}

@@ -28,3 +28,25 @@ TEST(ImageFacts, Softimage) {
                           .str()));
     SHOW(facts_of(std::string(100, 'x'), "noise.tga"));
 }
+
+// Two lines of two pixels, each behind a count and before a zero; the second was never written.
+TEST(ImageFacts, LinesOfSgi) {
+    const auto sgi = [](const std::string &last) {
+        return big()
+            .hex("01DA 01 01 0002")
+            .u16(2)
+            .u16(2)
+            .u16(1)
+            .at(512)
+            .u32(528)
+            .u32(532)
+            .u32(4)
+            .u32(4)
+            .hex("82070700")
+            .raw(last)
+            .str();
+    };
+    EXPECT_EQ(facts_of(sgi(hex("82090900"))), "SGI | 2x2 RLE Y 8 bits 1 frames | whole");
+    EXPECT_EQ(extent_of(sgi(hex("000000")), "a.sgi"), "cut the picture's end");
+    EXPECT_EQ(extent_of(sgi(hex("00000000")), "a.sgi"), "cut the last lines (zeros)");
+}

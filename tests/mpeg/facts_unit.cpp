@@ -50,3 +50,26 @@ TEST(MpegFacts, PrivateStreamsAndStuffing) {
     const std::string pack("\0\0\1\xBA", 4);
     EXPECT_EQ(facts_of(replaced(program, pack, std::string(20, '\0') + pack, 4)), facts_of(program));
 }
+
+// Opus, whose channels a descriptor of the map tells.
+TEST(MpegFacts, Descriptors) {
+    const auto packet = [](const char *head, const char *section) {
+        const std::string bytes = big().hex(head).hex(section).str();
+        return bytes + std::string(188 - bytes.size(), '\xFF');
+    };
+    const std::string null = packet("471FFF10", "");
+    EXPECT_EQ(
+        facts_of(packet("4740001000", "00B00D0001C100000001E100 00000000") +
+                 packet("4741001000", "02B01C0001C10000E101F000 06E101F00A 05044F707573 7F028002 00000000") +
+                 null + null),
+        "MPEG-TS | 2ch 48000 Hz Opus");
+}
+
+// Zeros behind the end of a sequence fill up a sector; behind a picture they are in the place of others.
+TEST(MpegFacts, ZerosBehindVideo) {
+    const std::string video = content_of(std::string(KELDUMP_SAMPLES) + "/mpeg/video.m2v");
+    const std::string zeros(4096, '\0');
+    EXPECT_EQ(extent_of(video + big().hex("000001B7").str() + zeros, "a.m2v"), "whole");
+    EXPECT_EQ(extent_of(video + big().hex("00000100").str() + zeros, "a.m2v"),
+              "cut zeros where pictures would be");
+}

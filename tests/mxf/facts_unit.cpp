@@ -41,7 +41,7 @@ std::string track(int n, int id, int segment, uint32_t rate, uint32_t per) {
 }
 
 // An interlaced picture of two stored fields with two AES3 tracks, recorded from a tape.
-std::string metadata(int64_t duration) {
+std::string metadata(int64_t duration, const std::string &more) {
     const auto aes = [](int n, int id) {
         return set_of("47", n,
                       local(0x3006, number(static_cast<uint64_t>(id), 4)) + local(0x3D03, ratio(48000, 1)) +
@@ -65,7 +65,7 @@ std::string metadata(int64_t duration) {
                    local(0x3209, number(1920, 4)) + local(0x3208, number(540, 4)) +
                    local(0x320D, hex("00000002 00000004 00000015 00000248")) + local(0x320E, ratio(16, 9)) +
                    local(0x3301, number(10, 4)) + local(0x3302, number(2, 4)) +
-                   local(0x3201, hex("060E2B34 0401010A 04010202 01323102"))) +
+                   local(0x3201, hex("060E2B34 0401010A 04010202 01323102")) + more) +
            aes(22, 3) + aes(23, 4) +
            set_of("37", 30,
                   local(0x4401, umid(30)) + local(0x4701, uid(31)) + local(0x4402, wide("TAPE 7")) +
@@ -102,8 +102,8 @@ struct Clip {
     std::string bytes;
     size_t footer;
     // Open files leave the durations and the footer's place to the footer.
-    explicit Clip(bool open, int64_t duration = 60) {
-        const std::string sets = metadata(open ? -1 : duration);
+    explicit Clip(bool open, int64_t duration = 60, const std::string &more = "") {
+        const std::string sets = metadata(open ? -1 : duration, more);
         const size_t header = partition("0204", 0, 0, 0).size();
         footer = header + sets.size() + kEssence.size();
         bytes = partition(open ? "0201" : "0204", 0, open ? 0 : footer, sets.size()) + sets + kEssence;
@@ -175,4 +175,33 @@ TEST(MxfFacts, RunIn) {
     const std::string plain = facts_of(clip);
     EXPECT_EQ(facts_of(std::string(100, 'x') + clip).substr(0, 12), plain.substr(0, 12));
     EXPECT_EQ(facts_of(std::string(60000, 'x') + clip).substr(0, 12), plain.substr(0, 12));
+}
+
+TEST(MxfFacts, Codecs) {
+    constexpr std::pair<const char *, const char *> kCodecs[] = {
+        {"04010202 01040200", "MPEG-2"},        {"04010202 01020103", "IMX 40"},
+        {"04010202 01323201", "AVC-Intra 200"}, {"04010202 01412001", "HEVC"},
+        {"04010202 03080100", "JPEG XS"},       {"04010202 03060400", "ProRes 422 HQ"},
+        {"04010202 71280000", "DNxHR LB"},      {"04010201 02010100", "ARRIRAW"},
+        {"04010201 01020101", "uncompressed"}};
+    const std::string clip = Clip(false).bytes;
+    const size_t label = clip.find(hex("04010202 01323102"));
+    for (const auto &[digits, codec] : kCodecs) {
+        const std::string text = facts_of(std::string(clip).replace(label, 8, hex(digits)));
+        EXPECT_NE(text.find(std::string(" (1920x1088) ") + codec + " 4:2:2"), text.npos) << text;
+    }
+}
+
+// Labels of transfer and primaries: a power of 2.6 has no code, sRGB has.
+TEST(MxfFacts, Colours) {
+    const auto colours = [](const char *transfer) {
+        const std::string text = facts_of(
+            Clip(false, 60,
+                 local(0x3210, hex(std::string("060E2B34 04010101 04010101 01") + transfer + "0000")) +
+                     local(0x3219, hex("060E2B34 04010101 04010101 030A0000")))
+                .bytes);
+        return text.substr(text.find("colour"), 16);
+    };
+    EXPECT_EQ(colours("0D"), "colour 11,13,-1,");
+    EXPECT_EQ(colours("0C"), "colour 11,-1,-1,");
 }

@@ -1,1 +1,0 @@
-#include "images/facts.h"
