@@ -139,20 +139,23 @@ void set_data(const Chunk &chunk, uint64_t size, Wave &wave) {
     if (wave.is_streamed || wave.is_open) wave.data_size = rest;
 }
 
+constexpr int64_t kHighestRate = 50'000'000;  // samples a second; eight times DSD's first are 22.6 million
+
 // The start: samples since midnight, as frames where the rate of the time code is told (iXML).
 void set_timecode(Wave &wave) {
     const int64_t rate = wave.sound.rate.n;
     int64_t samples = wave.time_reference;
     std::string place = "bext";
-    const std::string low = element(wave.xml, "TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_LO");
-    if (samples < 0 && !low.empty()) {
-        samples =
-            (number_of(element(wave.xml, "TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_HI")) << 32) + number_of(low);
+    const std::string low_text = element(wave.xml, "TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_LO");
+    const int64_t low = number_of(low_text);
+    const int64_t high = number_of(element(wave.xml, "TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_HI"));
+    if (samples < 0 && !low_text.empty() && low <= UINT32_MAX && high <= INT32_MAX) {
+        samples = (high << 32) + low;
         place = "iXML";
     }
     const int64_t told = number_of(element(wave.xml, "TIMESTAMP_SAMPLE_RATE"));
     const int64_t clock = told > 0 && place == "iXML" ? told : rate;
-    if (samples < 0 || clock <= 0 || samples / clock > 7 * 86400) return;
+    if (samples < 0 || clock <= 0 || clock > kHighestRate || samples / clock > 7 * 86400) return;
     const std::string rate_text = element(wave.xml, "TIMECODE_RATE");
     const size_t slash = rate_text.find('/');
     const Ratio frames{number_of(rate_text), slash == rate_text.npos
@@ -160,7 +163,7 @@ void set_timecode(Wave &wave) {
                                                  : number_of(std::string_view(rate_text).substr(slash + 1))};
     FileTimecode timecode;
     timecode.place = place;
-    if (frames.is_set() && frames.n < 1000000 && frames.d < 10000 && base_of(frames) > 0) {
+    if (frames.is_set() && frames.n < 250000 && frames.d < 10000 && base_of(frames) > 0) {
         timecode.base = base_of(frames);
         timecode.drop = element(wave.xml, "TIMECODE_FLAG") == "DF";
         // What begins with a frame was cut to a sample.

@@ -96,6 +96,20 @@ TEST(WaveFacts, Broadcast) {
     const std::string text = facts_of(wave(format(1, 1, 16) + bext + ixml + chunk("data", kSilence)));
     EXPECT_NE(text.find("| 00:59:56:13 bext | reel R7 |"), std::string::npos) << text;
     EXPECT_NE(text.find("scene: 12&A | take: 3 | tracks: Boom"), std::string::npos) << text;
+    // Numbers that no recorder writes give no time.
+    const auto with_times = [](const std::string &high, const std::string &rate) {
+        return facts_of(wave(format(1, 1, 16) +
+                             chunk("iXML", "<BWFXML><TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_HI>" + high +
+                                               "</TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_HI><TIMESTAMP_SAMPLES_"
+                                               "SINCE_MIDNIGHT_LO>4611686018427387904</TIMESTAMP_SAMPLES_"
+                                               "SINCE_MIDNIGHT_LO><TIMESTAMP_SAMPLE_RATE>" +
+                                               rate + "</TIMESTAMP_SAMPLE_RATE></BWFXML>") +
+                             chunk("data", kSilence)));
+    };
+    for (const char *high : {"0", "2147483647", "4611686018427387904"}) {
+        for (const char *rate : {"48000", "4611686018427387904"})
+            EXPECT_EQ(with_times(high, rate).find("iXML"), std::string::npos);
+    }
 }
 
 TEST(SoundFacts, Samples) {

@@ -57,3 +57,11 @@ TEST(ExrFacts, LastChunks) {
     }
     EXPECT_EQ(extent_of(plain.substr(0, plain.size() - 1100) + std::string(1100, '\0'), "a.exr"), "whole");
 }
+
+// Windows reach as far as signed numbers of 32 bits do.
+TEST(ExrFacts, LargestWindow) {
+    const std::string far = little().u32(0x80000000).u32(0x80000000).u32(INT32_MAX).u32(INT32_MAX).str();
+    const std::string parts = header(0, attribute("dataWindow", "box2i", far)) + header(0, "") + '\0';
+    EXPECT_NE(facts_of(file(0x1002, parts, "")).find("-2147483648,-2147483648 4294967296x4294967296"),
+              std::string::npos);
+}
