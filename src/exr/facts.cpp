@@ -4,6 +4,7 @@
 #include <bit>
 #include <cmath>
 
+#include "common/names.h"
 #include "common/ordered_bytes.h"
 #include "common/values.h"
 
@@ -53,7 +54,8 @@ struct Part {
     uint64_t tile_width = 0, tile_height = 0;
     uint32_t tile_mode = 0;
     int64_t chunks = -1;  // as an attribute says
-    std::string name, type, view;
+    std::string name, type, view, owner, camera, chromaticities;
+    uint32_t line_order = 0;
 };
 
 Box box_at(OrderedBytes b) { return {b.s32(0), b.s32(4), b.s32(8), b.s32(12)}; }
@@ -113,13 +115,25 @@ FileTimecode timecode_of(uint32_t bits, Ratio rate) {
     return timecode;
 }
 
-void add_chromaticities(OrderedBytes b, Picture &picture) {
+// Red, green, blue and white as "x,y", where they are none of those with a code.
+std::string chromaticities_text(OrderedBytes b) {
+    std::string text;
+    for (uint64_t i = 0; i < 8; i++) {
+        if (i > 0) text += i % 2 == 1 ? "," : " ";
+        text += number_text(static_cast<double>(float_of_bits(b.u32(4 * i))), 5);
+    }
+    return text;
+}
+
+void add_chromaticities(OrderedBytes b, Part &part) {
+    Picture &picture = part.picture;
     const auto near = [&](uint64_t i, double value) {
         return std::fabs(static_cast<double>(float_of_bits(b.u32(4 * i))) - value) < 0.002;
     };
     if (near(0, 0.64) && near(1, 0.33) && near(2, 0.30)) picture.colour.primaries = 1;
     if (near(0, 0.708) && near(1, 0.292)) picture.colour.primaries = 9;
     if (near(0, 0.68) && near(1, 0.32) && near(2, 0.265)) picture.colour.primaries = near(6, 0.314) ? 11 : 12;
+    if (picture.colour.primaries < 0) part.chromaticities = chromaticities_text(b);
 }
 
 void add_value(std::string_view name, std::string_view type, OrderedBytes value, Part &part, Facts &facts,
@@ -127,6 +141,9 @@ void add_value(std::string_view name, std::string_view type, OrderedBytes value,
     const auto text = [&] { return fixed_text(value.bytes, 0, value.bytes.size()); };
     const auto real = [&](uint64_t offset) { return static_cast<double>(float_of_bits(value.u32(offset))); };
     if (name == "channels") part.channels = channels_of(value);
+    if (name == "lineOrder") part.line_order = value.u8(0);
+    if (name == "owner") part.owner = text();
+    if (name == "cameraModel") part.camera = text();
     if (name == "compression") part.compression = value.u8(0);
     if (name == "dataWindow") part.data = box_at(value);
     if (name == "displayWindow") part.display = box_at(value);
@@ -153,7 +170,7 @@ void add_value(std::string_view name, std::string_view type, OrderedBytes value,
     }
     if (name == "keyCode" && type == "keycode" && facts.keycode.empty())
         facts.keycode = keycode_text(value.s32(0), value.s32(4), value.s32(8), value.s32(12), value.s32(16));
-    if (name == "chromaticities") add_chromaticities(value, part.picture);
+    if (name == "chromaticities") add_chromaticities(value, part);
     if ((name == "software" || name == "Software") && facts.writer.empty()) facts.writer = text();
     if (name == "reelName" || name == "reel") facts.reel = text();
     if (name == "capDate" && facts.date.empty()) facts.date = iso_date_in(text());
@@ -286,6 +303,7 @@ void judge_extent(Input &input, const std::vector<Part> &parts, uint64_t tables,
         facts.cut(end, is_blank ? "the last chunk holds zeros" : "the last chunk");
     } else {
         facts.whole(end);
+        if (end < input.size()) facts.add_more("trailing bytes", std::to_string(input.size() - end));
     }
 }
 
@@ -297,6 +315,11 @@ void add_details(const std::vector<Part> &parts, const Part &main, Facts &facts)
     facts.add_more("channels", names_of(main.channels));
     if (main.tile_width > 0)
         facts.add_more("tiles", std::to_string(main.tile_width) + "x" + std::to_string(main.tile_height));
+    constexpr const char *kLineOrders[] = {"", "from the bottom", "any"};
+    facts.add_more("line order", name_at(kLineOrders, main.line_order));
+    facts.add_more("chromaticities", main.chromaticities);
+    facts.add_more("camera", main.camera);
+    facts.add_more("owner", main.owner);
     facts.add_more("view", main.view);
     if (parts.size() < 2) return;
     std::string names;

@@ -283,6 +283,7 @@ void tiff_facts(Input &input, Facts &facts) {
         return;
     }
     if (big) facts.variant = "BigTIFF";
+    facts.add_more("byte order", header.is_big() ? "big-endian" : "little-endian");
 
     std::vector<uint64_t> seen;
     std::vector<uint64_t> waiting{big ? header.u64(8) : header.u32(4)};
