@@ -6,6 +6,7 @@
 #include "mxf/facts_descriptors.h"
 #include "mxf/facts_metadata.h"
 #include "mxf/facts_partitions.h"
+#include "mxf/facts_sound.h"
 
 namespace {
 
@@ -143,7 +144,11 @@ void complete(Picture &picture, const Picture &stream) {
     const bool is_open = picture.scan == Scan::unknown || picture.scan == Scan::interlaced;
     if (is_open && stream.scan != Scan::unknown) picture.scan = stream.scan;
     if (!picture.pixel_aspect.is_set()) picture.pixel_aspect = stream.pixel_aspect;
-    if (picture.colour.primaries < 0 && picture.colour.transfer < 0) picture.colour = stream.colour;
+    if (picture.colour.primaries >= 0 || picture.colour.transfer >= 0) return;
+    const Colour told = picture.colour;
+    picture.colour = stream.colour;
+    if (picture.colour.matrix < 0) picture.colour.matrix = told.matrix;
+    if (picture.colour.full_range < 0) picture.colour.full_range = told.full_range;
 }
 
 // What index table segments tell of the edit units of their essence.
@@ -194,7 +199,7 @@ class Reader {
     void add_timecode(const Package &package, int64_t start, Ratio rate, const char *place);
     void read_origin();
     void read_first_picture();
-    std::string specifications() const;
+    void add_conformance();
     void add_details();
 
     bool is_contained(const Package &package) const;
@@ -212,6 +217,8 @@ class Reader {
     std::string wrapping_;
     std::string coding_;  // labels
     std::string container_;
+    const MetadataSet *main_picture_ = nullptr;
+    std::string sound_content_;
     int64_t data_tracks_ = 0;
 };
 
@@ -317,11 +324,15 @@ void Reader::read_descriptor(const Package &package, const MetadataSet &descript
         if (!picture.rate.is_set() && track) picture.rate = track->rate;
         picture.frames = track ? converted(duration, track->rate, picture.rate) : duration;
         if (picture.rate.is_set()) picture.constant_rate = true;
+        if (facts_.pictures.empty()) main_picture_ = &descriptor;
         facts_.pictures.push_back(std::move(picture));
     } else if (kind == TrackKind::sound) {
         Sound sound = sound_of(metadata_, descriptor);
         if (duration >= 0 && track && track->rate.is_set() && sound.rate.is_set())
             sound.samples = converted(duration, track->rate, sound.rate);
+        const std::string content = sound_content(metadata_, descriptor);
+        if (sound_content_.find(content) == std::string::npos)
+            sound_content_ += (sound_content_.empty() ? "" : "; ") + content;
         facts_.sounds.push_back(std::move(sound));
     } else if (track && track->kind == TrackKind::data) {
         data_tracks_++;
@@ -447,17 +458,24 @@ void Reader::read_first_picture() {
     }
 }
 
-// Labels of the specifications that the file says it conforms to (SMPTE ST 377-1, Preface).
-std::string Reader::specifications() const {
-    using namespace std::string_view_literals;
+// Labels of a batch.
+std::string labels_text(Bytes labels) {
     constexpr uint64_t kMost = 16;
-    const std::vector<const MetadataSet *> prefaces = metadata_.all(SetKind::preface);
-    if (prefaces.empty()) return "";
-    const Bytes labels = metadata_.item(*prefaces[0], "\x01\x02\x02\x10\x02\x04\x00\x00"sv);
     std::string text;
     for (uint64_t i = 0; i < std::min<uint64_t>(big32(labels), kMost) && labels.has(8 + 16 * i, 16); i++)
         text += (text.empty() ? "" : ", ") + label_digits(labels.sub(8 + 16 * i, 16));
     return text;
+}
+
+// Specifications and application schemes that the file says it conforms to (SMPTE ST 377-1, Preface), and
+// the schemes of its descriptive metadata.
+void Reader::add_conformance() {
+    const std::vector<const MetadataSet *> prefaces = metadata_.all(SetKind::preface);
+    if (prefaces.empty()) return;
+    const MetadataSet &preface = *prefaces.front();
+    facts_.add_more("conforms to", labels_text(metadata_.item(preface, "\1\2\2\x10\2\4\0\0"sv)));
+    facts_.add_more("application schemes", labels_text(metadata_.item(preface, "\1\2\2\x10\2\3\0\0"sv)));
+    facts_.add_more("metadata schemes", labels_text(Metadata::item(preface, 0x3B0B)));
 }
 
 void Reader::add_details() {
@@ -467,7 +485,13 @@ void Reader::add_details() {
     facts_.add_more("wrapping", wrapping_);
     facts_.add_more("coding label", coding_);
     facts_.add_more("container label", container_);
-    facts_.add_more("conforms to", specifications());
+    add_conformance();
+    if (main_picture_) {
+        for (const auto &[name, label] : uncoded_colours(*main_picture_, facts_.picture().colour))
+            facts_.add_more(name, label_digits(label));
+        facts_.add_more("mastering display", mastering_display(metadata_, *main_picture_));
+    }
+    facts_.add_more("sound content", sound_content_);
     if (!materials_.empty()) {
         const Package &material = materials_.front();
         facts_.add_more("clip name", Metadata::text(*material.set, 0x4402));

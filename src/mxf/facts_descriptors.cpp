@@ -5,17 +5,10 @@
 
 #include "common/elementary.h"
 #include "common/names.h"
-#include "common/utf16.h"
 
 namespace {
 
 using namespace std::string_view_literals;
-
-// What a label is called; the first that it begins as, from byte 8 on, counts.
-struct LabelName {
-    std::string_view label;
-    const char *name;
-};
 
 constexpr LabelName kPictureCodings[] = {
     {"\4\1\2\1"sv, "uncompressed"},
@@ -87,40 +80,23 @@ constexpr LabelName kPictureCodings[] = {
     {"\xD\1\3\1\2\x10"sv, "H.264"},
     {"\xD\1\3\1\2\x11"sv, "DNxHD"},
     {"\xD\1\3\1\2\x12"sv, "VC-1"},
-    {"\xD\1\3\1\2\x13"sv, "VC-1"},
+    {"\xD\1\3\1\2\x15"sv, "VC-2"},
+    {"\xD\1\3\1\2\x19"sv, "ACES"},
+    {"\xD\1\3\1\2\x1B"sv, "VC-5"},
     {"\xD\1\3\1\2\x1C"sv, "ProRes"},
+    {"\xD\1\3\1\2\x1F"sv, "HEVC"},
+    {"\xD\1\3\1\2\x20"sv, "HEVC"},
+    {"\xD\1\3\1\2\x21"sv, "JPEG XS"},
+    {"\xD\1\3\1\2\x22"sv, "ARRIRAW"},
     {"\xD\1\3\1\2\x23"sv, "FFV1"},
 };
-
-constexpr LabelName kSoundCodings[] = {
-    {"\4\2\2\1"sv, "PCM"},
-    {"\4\2\2\2\3\1\1"sv, "A-law"},
-    {"\4\2\2\2\3\2\1"sv, "AC-3"},
-    {"\4\2\2\2\3\2\4"sv, "MP1"},
-    {"\4\2\2\2\3\2\5"sv, "MP2"},
-    {"\4\2\2\2\3\2\6"sv, "MP2"},
-    {"\4\2\2\2\3\2\x1C"sv, "Dolby E"},
-    {"\4\2\2\2\3\3"sv, "AAC"},
-    {"\4\2\2\2\3\4"sv, "AAC"},
-    {"\xD\1\3\1\2\1"sv, "PCM"},
-    {"\xD\1\3\1\2\6"sv, "PCM"},
-    {"\xD\1\3\1\2\xA"sv, "A-law"},
-};
-
-template <size_t N>
-std::string label_name(const LabelName (&names)[N], Bytes label) {
-    for (const LabelName &row : names) {
-        if (begins_as(label.from(8), row.label)) return row.name;
-    }
-    return "";
-}
 
 constexpr uint64_t kColour = 13;  // its number in a label
 
 // Labels of colours to the codes of H.273.
-constexpr int kTransfers[] = {-1, 4, 1, 7, 1, 12, 8, 17, 11, 14, 16, 18, 13};
-constexpr int kEquations[] = {-1, 6, 1, 7, 8, 0, 9};
-constexpr int kPrimaries[] = {-1, 6, 5, 1, 9, 10, 12};
+constexpr int kTransfers[] = {-1, 5, 1, 7, 1, 12, 8, 17, 11, 14, 16, 18, -1, 13};
+constexpr int kEquations[] = {-1, 6, 1, 7, 8, 0, 9, 14};
+constexpr int kPrimaries[] = {-1, 6, 5, 1, 9, 10, 12, -1, -1, -1, 11};
 
 template <size_t N>
 int colour_code(const int (&codes)[N], Bytes label, std::string_view kind) {
@@ -142,12 +118,9 @@ constexpr uint32_t kTransfer = 0x3210;
 constexpr uint32_t kFieldDominance = 0x3212;
 constexpr uint32_t kColourPrimaries = 0x3219;
 constexpr uint32_t kCodingEquations = 0x321A;
-constexpr auto kSubDescriptors = "\6\1\1\4\6\x10\0\0"sv;
 constexpr auto kMpegBitRate = "\4\1\6\2\1\xB\0\0"sv;
 constexpr auto kJpeg2000Coding = "\4\1\6\3\xC\0\0\0"sv;
 constexpr auto kJpeg2000Sizing = "\4\1\6\3\xB\0\0\0"sv;
-constexpr auto kSoundfieldSymbol = "\1\3\7\1\2\0\0\0"sv;
-constexpr auto kAudioLanguage = "\3\1\1\2\3\x15\0\0"sv;
 
 enum Layout : uint8_t { full_frame, separate_fields, single_field, mixed_fields, segmented_frame, unknown };
 
@@ -259,10 +232,6 @@ void read_rgba(const MetadataSet &d, Picture &picture) {
         range_of(Metadata::number(d, 0x3407, -1), Metadata::number(d, 0x3406, -1), picture.bits);
 }
 
-std::vector<const MetadataSet *> sub_descriptors(const Metadata &metadata, const MetadataSet &d) {
-    return metadata.referred_by(metadata.item(d, kSubDescriptors));
-}
-
 void read_jpeg2000(const Metadata &metadata, const MetadataSet &sub, Picture &picture) {
     // Scod, SGcod and SPcod of a COD marker: the last byte but the precincts is the wavelet's.
     const Bytes coding = metadata.item(sub, kJpeg2000Coding);
@@ -288,10 +257,6 @@ bool is_picture(const MetadataSet &d) {
         case SetKind::mpeg2_video: return true;
         default: return false;
     }
-}
-
-bool is_sound(const MetadataSet &d) {
-    return d.kind == SetKind::generic_sound || d.kind == SetKind::aes3 || d.kind == SetKind::wave;
 }
 
 Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
@@ -322,38 +287,22 @@ Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
     const Bytes bit_rate = metadata.item(d, kMpegBitRate);
     if (bit_rate.size() == 4 && big32(bit_rate) > 0) picture.bit_rate = big32(bit_rate);
     if (is_xdcam_422(coding, picture)) picture.codec = "XDCAM HD422";
-    for (const MetadataSet *sub : sub_descriptors(metadata, d)) {
+    for (const MetadataSet *sub : metadata.sub_descriptors(d)) {
         if (sub->kind == SetKind::jpeg2000) read_jpeg2000(metadata, *sub, picture);
     }
     return picture;
 }
 
-Sound sound_of(const Metadata &metadata, const MetadataSet &d) {
-    // Symbols of soundfield groups (ST 377-4, ST 2067-8).
-    constexpr std::pair<std::string_view, const char *> kLayouts[] = {
-        {"sgM", "mono"}, {"sg1", "mono"}, {"sgST", "stereo"},   {"sgLtRt", "Lt Rt"}, {"sg51", "5.1"},
-        {"sg61", "6.1"}, {"sg71", "7.1"}, {"sgSDS", "7.1 SDS"}, {"sg71DS", "7.1"},   {"sgDM", "dual mono"}};
-    Sound sound;
-    sound.channels = static_cast<uint32_t>(std::clamp<int64_t>(Metadata::number(d, 0x3D07, 0), 0, 1024));
-    sound.rate = Metadata::ratio(d, 0x3D03);
-    sound.codec = label_name(kSoundCodings, Metadata::item(d, 0x3D06));
-    if (sound.codec.empty()) sound.codec = label_name(kSoundCodings, Metadata::item(d, kContainerFormat));
-    if (sound.codec.empty() && d.kind != SetKind::generic_sound) sound.codec = "PCM";
-    if (sound.codec == "PCM")
-        sound.bits = static_cast<uint32_t>(std::clamp<int64_t>(Metadata::number(d, 0x3D01, 0), 0, 64));
-    for (const MetadataSet *sub : sub_descriptors(metadata, d)) {
-        if (sub->kind != SetKind::soundfield_group) continue;
-        const auto text = [&](std::string_view label) {
-            return text_of_utf16(big_endian(metadata.item(*sub, label)));
-        };
-        const std::string symbol = text(kSoundfieldSymbol);
-        for (const auto &[known, name] : kLayouts) {
-            if (symbol == known) sound.layout = name;
-        }
-        if (sound.layout.empty()) sound.layout = symbol;
-        sound.language = text(kAudioLanguage);
-    }
-    return sound;
+std::vector<std::pair<std::string, Bytes>> uncoded_colours(const MetadataSet &d, const Colour &colour) {
+    std::vector<std::pair<std::string, Bytes>> labels;
+    const auto add = [&](const char *name, int code, uint32_t tag) {
+        const Bytes label = Metadata::item(d, tag);
+        if (code < 0 && !is_zero(label)) labels.emplace_back(name, label);
+    };
+    add("primaries label", colour.primaries, kColourPrimaries);
+    add("transfer label", colour.transfer, kTransfer);
+    add("matrix label", colour.matrix, kCodingEquations);
+    return labels;
 }
 
 std::string wrapping_of(Bytes container) {

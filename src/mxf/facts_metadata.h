@@ -41,7 +41,12 @@ enum class SetKind : uint8_t {
     wave = 0x48,
     mpeg2_video = 0x51,
     jpeg2000 = 0x5A,
+    mpeg_audio = 0x5E,
+    channel_label = 0x6B,
     soundfield_group = 0x6C,
+    group_of_soundfield_groups = 0x6D,
+    aces = 0x79,
+    immersive_audio = 0x7B,
 };
 
 struct MetadataSet {
@@ -68,6 +73,7 @@ class Metadata {
     // What a reference, or an array of them, leads to.
     const MetadataSet *referred(Bytes uid) const;
     std::vector<const MetadataSet *> referred_by(Bytes references) const;
+    std::vector<const MetadataSet *> sub_descriptors(const MetadataSet &descriptor) const;
 
  private:
     std::vector<MetadataSet> sets_;
@@ -77,3 +83,18 @@ class Metadata {
 
 bool are_same(Bytes a, Bytes b);
 bool begins_as(Bytes b, std::string_view text);
+
+// What a label is called.
+struct LabelName {
+    std::string_view label;
+    const char *name;
+};
+
+// By the first row that a label begins as, from byte 8 on; empty for none.
+template <size_t N>
+std::string label_name(const LabelName (&names)[N], Bytes label) {
+    for (const LabelName &row : names) {
+        if (begins_as(label.from(8), row.label)) return row.name;
+    }
+    return "";
+}

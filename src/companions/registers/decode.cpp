@@ -228,7 +228,11 @@ std::string with_register_names(std::string_view text) {
             const char *digits = text.data() + label + 3 * i;
             std::from_chars(digits, digits + 2, bytes[i], 16);
         }
-        out += label_text(Bytes(bytes, sizeof bytes));
+        const RegisterEntry *entry = find_register_entry(bytes);
+        const std::string name = entry ? entry->name : label_digits(Bytes(bytes, sizeof bytes));
+        out += name;
+        // Dumps have the name behind the label.
+        if (text.substr(std::min(at, text.size())).starts_with(" " + name)) at += 1 + name.size();
     }
     return out;
 }
