@@ -264,6 +264,7 @@ void judge_extent(Input &input, const std::vector<Part> &parts, uint64_t tables,
     const bool several = version & 0x1000;
     uint64_t table = tables;
     uint64_t unwritten = 0, all = 0, last = 0;
+    bool all_seen = true;
     const Part *last_part = nullptr;
     for (const Part &part : parts) {
         const uint64_t count = chunk_count(part, version & 0x200);
@@ -283,6 +284,7 @@ void judge_extent(Input &input, const std::vector<Part> &parts, uint64_t tables,
             last_part = &part;
         }
         all += looked_at / 8;
+        all_seen = all_seen && looked_at == 8 * count;
         table += 8 * count;
     }
     if (unwritten > 0) {
@@ -303,7 +305,8 @@ void judge_extent(Input &input, const std::vector<Part> &parts, uint64_t tables,
         facts.cut(end, is_blank ? "the last chunk holds zeros" : "the last chunk");
     } else {
         facts.whole(end);
-        if (end < input.size()) facts.add_more("trailing bytes", std::to_string(input.size() - end));
+        if (all_seen && end < input.size())
+            facts.add_more("trailing bytes", std::to_string(input.size() - end));
     }
 }
 
