@@ -296,9 +296,10 @@ Reach cineon_reach(OrderedBytes h, uint64_t channels, uint64_t offset) {
     const bool filled = h.u8(681) != 0 && h.u8(681) != 0xFF;
     const Packing packing = packing_of(bits, filled);
     const uint64_t lines = known(h.u32(kCineonChannels + 8));
+    const uint64_t padding = h.u32(684) < 65536 ? h.u32(684) : 0;
     if (bits == 0 || bits > 64 || samples == 0) return {0, 0, false};
     return {offset + packed_bytes(samples, bits, packing, false),
-            offset + packed_bytes(line_samples, bits, packing, true) * lines, true};
+            offset + (packed_bytes(line_samples, bits, packing, true) + padding) * lines, true};
 }
 
 }  // namespace
@@ -321,6 +322,8 @@ void cineon_facts(Input &input, Facts &facts) {
     if (offset >= 2048) {
         picture.rate = film_rate(positive_real(h, 1072));
         facts.keycode = cineon_keycode(h);
+        facts.add_more("industry header", "set");
+        facts.add_more("film format", fixed_text(h.bytes, 1036, 32));
         facts.add_more("frame id", fixed_text(h.bytes, 1076, 32));
         facts.add_more("slate", fixed_text(h.bytes, 1108, 200));
     }
@@ -328,6 +331,13 @@ void cineon_facts(Input &input, Facts &facts) {
     facts.add_more("byte order", h.is_big() ? "big-endian" : "little-endian");
     facts.add_more("image offset", offset);
     if (h.u8(681) != 0xFF) facts.add_more("packing", h.u8(681));
+    const auto number = [&](const char *name, uint32_t value, uint32_t unset) {
+        if (value != 0 && value != unset) facts.add_more(name, value);
+    };
+    number("orientation", h.u8(192), 0xFF);
+    number("sense", h.u8(683), 0xFF);
+    number("line padding", h.u32(684), kUnset);
+    number("channel padding", h.u32(688), kUnset);
     facts.add_more("file name", fixed_text(h.bytes, 32, 100));
     if (known(h.u32(1068)) > 0 && offset >= 2048) facts.add_more("frame position", h.u32(1068));
     facts.add_more("input device", fixed_text(h.bytes, 844, 64));

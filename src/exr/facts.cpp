@@ -3,6 +3,7 @@
 #include <cmath>
 #include <optional>
 
+#include "common/names.h"
 #include "common/ordered_bytes.h"
 #include "common/values.h"
 #include "main/facts_of.h"
@@ -56,7 +57,8 @@ struct Part {
     } tiles;
     int64_t chunks = -1;               // as an attribute says
     std::optional<uint32_t> timecode;  // SMPTE 12M bits in the order of television signals
-    std::string name, type, view;
+    std::string name, type, view, owner, camera, chromaticities;
+    uint32_t line_order = 0;
 };
 
 Box box_at(OrderedBytes b) { return {b.s32(0), b.s32(4), b.s32(8), b.s32(12)}; }
@@ -108,19 +110,34 @@ std::string names_of(const std::vector<Channel> &channels) {
     return names;
 }
 
-void add_chromaticities(OrderedBytes b, Picture &picture) {
+// Red, green, blue and white as "x,y", where they are none of those with a code.
+std::string chromaticities_text(OrderedBytes b) {
+    std::string text;
+    for (uint64_t i = 0; i < 8; i++) {
+        if (i > 0) text += i % 2 == 1 ? "," : " ";
+        text += number_text(static_cast<double>(float_of_bits(b.u32(4 * i))), 5);
+    }
+    return text;
+}
+
+void add_chromaticities(OrderedBytes b, Part &part) {
+    Picture &picture = part.picture;
     const auto near = [&](uint64_t i, double value) {
         return std::fabs(static_cast<double>(float_of_bits(b.u32(4 * i))) - value) < 0.002;
     };
     if (near(0, 0.64) && near(1, 0.33) && near(2, 0.30)) picture.colour.primaries = 1;
     if (near(0, 0.708) && near(1, 0.292)) picture.colour.primaries = 9;
     if (near(0, 0.68) && near(1, 0.32) && near(2, 0.265)) picture.colour.primaries = near(6, 0.314) ? 11 : 12;
+    if (picture.colour.primaries < 0) part.chromaticities = chromaticities_text(b);
 }
 
 void add_value(std::string_view name, std::string_view type, OrderedBytes value, Part &part, Facts &facts) {
     const auto text = [&] { return fixed_text(value.bytes, 0, value.bytes.size()); };
     const double real = static_cast<double>(float_of_bits(value.u32(0)));
     if (name == "channels") part.channels = channels_of(value);
+    if (name == "lineOrder") part.line_order = value.u8(0);
+    if (name == "owner") part.owner = text();
+    if (name == "cameraModel") part.camera = text();
     if (name == "compression") part.compression = value.u8(0);
     if (name == "dataWindow") part.data = box_at(value);
     if (name == "displayWindow") part.display = box_at(value);
@@ -135,7 +152,7 @@ void add_value(std::string_view name, std::string_view type, OrderedBytes value,
     if (name == "timeCode" && type == "timecode") part.timecode = value.u32(0) & 0x3F7F7F7F;
     if (name == "keyCode" && type == "keycode" && facts.keycode.empty())
         facts.keycode = keycode_text(value.s32(0), value.s32(4), value.s32(8), value.s32(12), value.s32(16));
-    if (name == "chromaticities") add_chromaticities(value, part.picture);
+    if (name == "chromaticities") add_chromaticities(value, part);
     if ((name == "software" || name == "Software") && facts.writer.empty()) facts.writer = text();
     if (name == "reelName" || name == "reel") facts.reel = text();
     if (name == "capDate" && facts.date.empty()) facts.date = iso_date_in(text());
@@ -235,6 +252,7 @@ void judge_extent(Input &input, const std::vector<Part> &parts, uint64_t tables,
     const bool several = version & 0x1000;
     uint64_t table = tables;
     uint64_t unwritten = 0, all = 0, last = 0;
+    bool all_seen = true;
     const Part *last_part = nullptr;
     for (const Part &part : parts) {
         const uint64_t count = chunk_count(part, version);
@@ -251,6 +269,7 @@ void judge_extent(Input &input, const std::vector<Part> &parts, uint64_t tables,
             last_part = &part;
         }
         all += looked_at / 8;
+        all_seen = all_seen && looked_at == 8 * count;
         table += 8 * count;
     }
     if (unwritten > 0)
@@ -270,6 +289,7 @@ void judge_extent(Input &input, const std::vector<Part> &parts, uint64_t tables,
          (last_part->compression != 0 && end > last && ends_in_zeros(input, last + fields, end, 64, 1024)));
     if (is_blank) return facts.cut(end, "the last chunk holds zeros");
     facts.reaches(std::max(end, last + fields + 4), "the last chunk");
+    if (all_seen && end < input.size()) facts.add_more("trailing bytes", input.size() - end);
 }
 
 void add_details(const std::vector<Part> &parts, const Part &main, Facts &facts) {
@@ -279,6 +299,11 @@ void add_details(const std::vector<Part> &parts, const Part &main, Facts &facts)
     }
     facts.add_more("channels", names_of(main.channels));
     if (main.tiles.width > 0) facts.add_more("tiles", size_text(main.tiles.width, main.tiles.height));
+    constexpr const char *kLineOrders[] = {"", "from the bottom", "any"};
+    facts.add_more("line order", name_at(kLineOrders, main.line_order));
+    facts.add_more("chromaticities", main.chromaticities);
+    facts.add_more("camera", main.camera);
+    facts.add_more("owner", main.owner);
     facts.add_more("view", main.view);
     if (parts.size() < 2) return;
     std::string names;

@@ -70,6 +70,8 @@ struct File {
     std::string wrapping = {};
     std::string coding = {};  // labels
     std::string container = {};
+    const MetadataSet *main_picture = nullptr;
+    std::string sound_content = {};
     int64_t data_tracks = 0;
 
     const Package *source(Bytes uid) const {
@@ -217,11 +219,14 @@ void read_descriptor(File &file, const Package &package, const MetadataSet &desc
         if (!picture.rate.is_set() && track) picture.rate = track->rate;
         picture.frames = track ? converted(duration, track->rate, picture.rate) : duration;
         if (picture.rate.is_set()) picture.constant_rate = true;
+        if (facts.pictures.empty()) file.main_picture = &descriptor;
         facts.pictures.push_back(std::move(picture));
     } else if (kind == TrackKind::sound) {
         Sound sound = sound_of(file.metadata, descriptor);
         if (duration >= 0 && track && track->rate.is_set() && sound.rate.is_set())
             sound.samples = converted(duration, track->rate, sound.rate);
+        const std::string content = sound_content(file.metadata, descriptor);
+        if (file.sound_content.find(content) == std::string::npos) append(file.sound_content, content, "; ");
         facts.sounds.push_back(std::move(sound));
     } else if (track && track->kind == TrackKind::data) {
         file.data_tracks++;
@@ -360,7 +365,11 @@ void complete(Picture &picture, const Picture &stream) {
     const bool is_open = picture.scan == Scan::unknown || picture.scan == Scan::interlaced;
     if (is_open && stream.scan != Scan::unknown) picture.scan = stream.scan;
     if (!picture.pixel_aspect.is_set()) picture.pixel_aspect = stream.pixel_aspect;
-    if (picture.colour.primaries < 0 && picture.colour.transfer < 0) picture.colour = stream.colour;
+    if (picture.colour.primaries >= 0 || picture.colour.transfer >= 0) return;
+    const Colour told = picture.colour;
+    picture.colour = stream.colour;
+    if (picture.colour.matrix < 0) picture.colour.matrix = told.matrix;
+    if (picture.colour.full_range < 0) picture.colour.full_range = told.full_range;
 }
 
 // Descriptors may leave open how a picture is coded, and which field is first: then its first frame tells.
@@ -387,16 +396,25 @@ void read_first_picture(File &file) {
     }
 }
 
-// Labels of the specifications that the file says it conforms to (SMPTE ST 377-1, Preface).
-std::string specifications(const Metadata &metadata) {
+// Labels of a batch.
+std::string labels_text(Bytes labels) {
     constexpr uint64_t kMost = 16;
-    const std::vector<const MetadataSet *> prefaces = metadata.all(SetKind::preface);
-    if (prefaces.empty()) return "";
-    const Bytes labels = metadata.item(*prefaces[0], "\x01\x02\x02\x10\x02\x04\x00\x00"sv);
     std::string text;
     for (uint64_t i = 0; i < std::min<uint64_t>(big32(labels), kMost) && labels.has(8 + 16 * i, 16); i++)
         append(text, label_digits(labels.sub(8 + 16 * i, 16)));
     return text;
+}
+
+// Specifications and application schemes that the file says it conforms to (SMPTE ST 377-1, Preface), and
+// the schemes of its descriptive metadata.
+void add_conformance(const File &file) {
+    const std::vector<const MetadataSet *> prefaces = file.metadata.all(SetKind::preface);
+    if (prefaces.empty()) return;
+    const MetadataSet &preface = *prefaces.front();
+    const auto add = [&](const char *name, Bytes labels) { file.facts.add_more(name, labels_text(labels)); };
+    add("conforms to", file.metadata.item(preface, "\1\2\2\x10\2\4\0\0"sv));
+    add("application schemes", file.metadata.item(preface, "\1\2\2\x10\2\3\0\0"sv));
+    add("metadata schemes", preface.item(0x3B0B));
 }
 
 void add_details(const File &file) {
@@ -408,7 +426,13 @@ void add_details(const File &file) {
     facts.add_more("wrapping", file.wrapping);
     facts.add_more("coding label", file.coding);
     facts.add_more("container label", file.container);
-    facts.add_more("conforms to", specifications(file.metadata));
+    add_conformance(file);
+    if (file.main_picture) {
+        for (const auto &[name, label] : uncoded_colours(*file.main_picture, facts.picture().colour))
+            facts.add_more(name, label_digits(label));
+        facts.add_more("mastering display", mastering_display(file.metadata, *file.main_picture));
+    }
+    facts.add_more("sound content", file.sound_content);
     if (!file.materials.empty()) {
         const Package &material = file.materials.front();
         facts.add_more("clip name", material.set->text(0x4402));

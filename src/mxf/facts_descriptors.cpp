@@ -2,20 +2,11 @@
 #include <cmath>
 
 #include "common/elementary.h"
-#include "common/utf16.h"
 #include "mxf/facts_metadata.h"
 
 namespace {
 
 using namespace std::string_view_literals;
-
-// What labels are called that begin so, from the part on that their table is about, and go on with one of
-// `next`, where that is not empty. The first counts.
-struct LabelName {
-    std::string_view begin;
-    std::string_view next;
-    const char *name;
-};
 
 constexpr LabelName kUncompressed[] = {{"\2\1", "", "ARRIRAW"}, {"", "", "uncompressed"}};
 
@@ -87,33 +78,6 @@ constexpr LabelName kContainers[] = {{"\1\1", "", "IMX 50"},
 
 constexpr LabelName kPrivate[] = {{"\2\1\2\4", "", "DNxHD"}, {"\3\1\2\6", "", "DNxHD"}};
 
-constexpr LabelName kSounds[] = {{"\1", "", "PCM"},          {"\2\3\1\1", "", "A-law"},
-                                 {"\2\3\2\1", "", "AC-3"},   {"\2\3\2\4", "", "MP1"},
-                                 {"\2\3\2", "\5\6", "MP2"},  {"\2\3\2\x1C", "", "Dolby E"},
-                                 {"\2\3", "\3\4", "AAC"},    {"\2\4\1\1", "", "MP1"},
-                                 {"\2\4\1\2", "", "MP2"},    {"\2\4\1\3", "", "MP3"},
-                                 {"\2\4\2\1", "", "MP1"},    {"\2\4\2\2", "", "MP2"},
-                                 {"\2\4\2\3", "", "MP3"},    {"\2\4\3\2", "", "HE-AAC"},
-                                 {"\2\4\4\2", "", "HE-AAC"}, {"\2\4\4\3", "", "HE-AAC v2"},
-                                 {"\2\4", "\3\4", "AAC"}};
-
-constexpr LabelName kSoundContainers[] = {
-    {"", "\1\6", "PCM"}, {"\xA", "", "A-law"}, {"", "\x16\x17\x18", "AAC"}};
-
-constexpr auto kContainer = "\xD\1\3\1\2"sv;  // what labels of essence containers have from byte 8 on
-
-template <size_t N>
-const char *name_behind(Bytes label, std::string_view prefix, const LabelName (&names)[N]) {
-    if (!begins_as(label.from(8), prefix)) return "";
-    const Bytes rest = label.from(8 + prefix.size());
-    for (const LabelName &row : names) {
-        const char next = static_cast<char>(rest[row.begin.size()]);
-        if (begins_as(rest, row.begin) && (row.next.empty() || row.next.find(next) != row.next.npos))
-            return row.name;
-    }
-    return "";
-}
-
 std::string picture_codec_of(Bytes coding, Bytes container) {
     for (const char *name :
          {name_behind(coding, "\4\1\2\1"sv, kUncompressed), name_behind(coding, "\4\1\2\2"sv, kCompressed),
@@ -127,7 +91,7 @@ std::string picture_codec_of(Bytes coding, Bytes container) {
 constexpr uint64_t kColour = 13;  // its number in a label
 
 // Labels of colours to the codes of H.273.
-constexpr int kTransfers[] = {-1, 4, 1, 7, 1, 12, 8, 17, 11, 14, 16, 18, -1, 13};
+constexpr int kTransfers[] = {-1, 5, 1, 7, 1, 12, 8, 17, 11, 14, 16, 18, -1, 13};
 constexpr int kEquations[] = {-1, 6, 1, 7, 8, 0, 9, 14};
 constexpr int kPrimaries[] = {-1, 6, 5, 1, 9, 10, 12, -1, -1, -1, 11};
 
@@ -148,12 +112,9 @@ constexpr uint32_t kTransfer = 0x3210;
 constexpr uint32_t kFieldDominance = 0x3212;
 constexpr uint32_t kColourPrimaries = 0x3219;
 constexpr uint32_t kCodingEquations = 0x321A;
-constexpr auto kSubDescriptors = "\6\1\1\4\6\x10\0\0"sv;
 constexpr auto kMpegBitRate = "\4\1\6\2\1\xB\0\0"sv;
 constexpr auto kJpeg2000Coding = "\4\1\6\3\xC\0\0\0"sv;
 constexpr auto kJpeg2000Sizing = "\4\1\6\3\xB\0\0\0"sv;
-constexpr auto kSoundfieldSymbol = "\1\3\7\1\2\0\0\0"sv;
-constexpr auto kAudioLanguage = "\3\1\1\2\3\x15\0\0"sv;
 
 enum Layout : uint8_t { full_frame, separate_fields, single_field, mixed_fields, segmented_frame, unknown };
 
@@ -254,10 +215,6 @@ void read_rgba(const MetadataSet &d, Picture &picture) {
     picture.colour.full_range = range_of(d.number(0x3407, -1), d.number(0x3406, -1), picture.bits);
 }
 
-std::vector<const MetadataSet *> sub_descriptors(const Metadata &metadata, const MetadataSet &d) {
-    return metadata.referred_by(metadata.item(d, kSubDescriptors));
-}
-
 void read_jpeg2000(const Metadata &metadata, const MetadataSet &sub, Picture &picture) {
     // Scod, SGcod and SPcod of a COD marker: the last byte but the precincts is the wavelet's.
     const Bytes coding = metadata.item(sub, kJpeg2000Coding);
@@ -281,10 +238,6 @@ bool is_picture(const MetadataSet &d) {
         case SetKind::mpeg2_video: return true;
         default: return false;
     }
-}
-
-bool is_sound(const MetadataSet &d) {
-    return d.kind == SetKind::generic_sound || d.kind == SetKind::aes3 || d.kind == SetKind::wave;
 }
 
 Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
@@ -313,38 +266,22 @@ Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
     const Bytes bit_rate = metadata.item(d, kMpegBitRate);
     if (bit_rate.size() == 4 && big32(bit_rate) > 0) picture.bit_rate = big32(bit_rate);
     if (is_xdcam_422(coding, picture)) picture.codec = "XDCAM HD422";
-    for (const MetadataSet *sub : sub_descriptors(metadata, d)) {
+    for (const MetadataSet *sub : metadata.sub_descriptors(d)) {
         if (sub->kind == SetKind::jpeg2000) read_jpeg2000(metadata, *sub, picture);
     }
     return picture;
 }
 
-Sound sound_of(const Metadata &metadata, const MetadataSet &d) {
-    // Symbols of soundfield groups (ST 377-4, ST 2067-8).
-    constexpr std::pair<std::string_view, const char *> kLayouts[] = {
-        {"sgM", "mono"}, {"sg1", "mono"}, {"sgST", "stereo"},   {"sgLtRt", "Lt Rt"}, {"sg51", "5.1"},
-        {"sg61", "6.1"}, {"sg71", "7.1"}, {"sgSDS", "7.1 SDS"}, {"sg71DS", "7.1"},   {"sgDM", "dual mono"}};
-    Sound sound;
-    sound.channels = d.number_below(0x3D07, 1024);
-    sound.rate = d.ratio(0x3D03);
-    sound.codec = name_behind(d.item(0x3D06), "\4\2\2"sv, kSounds);
-    if (sound.codec.empty())
-        sound.codec = name_behind(d.item(kContainerFormat), kContainer, kSoundContainers);
-    if (sound.codec.empty() && d.kind != SetKind::generic_sound) sound.codec = "PCM";
-    if (sound.codec == "PCM") sound.bits = d.number_below(0x3D01, 64);
-    for (const MetadataSet *sub : sub_descriptors(metadata, d)) {
-        if (sub->kind != SetKind::soundfield_group) continue;
-        const auto text = [&](std::string_view label) {
-            return text_of_utf16(big_endian(metadata.item(*sub, label)));
-        };
-        const std::string symbol = text(kSoundfieldSymbol);
-        for (const auto &[known, name] : kLayouts) {
-            if (symbol == known) sound.layout = name;
-        }
-        if (sound.layout.empty()) sound.layout = symbol;
-        sound.language = text(kAudioLanguage);
-    }
-    return sound;
+std::vector<std::pair<std::string, Bytes>> uncoded_colours(const MetadataSet &d, const Colour &colour) {
+    std::vector<std::pair<std::string, Bytes>> labels;
+    const auto add = [&](const char *name, int code, uint32_t tag) {
+        const Bytes label = d.item(tag);
+        if (code < 0 && !is_zero(label)) labels.emplace_back(name, label);
+    };
+    add("primaries label", colour.primaries, kColourPrimaries);
+    add("transfer label", colour.transfer, kTransfer);
+    add("matrix label", colour.matrix, kCodingEquations);
+    return labels;
 }
 
 std::string wrapping_of(Bytes container) {

@@ -137,3 +137,7 @@ std::vector<const MetadataSet *> Metadata::referred_by(Bytes references) const {
     }
     return found;
 }
+
+std::vector<const MetadataSet *> Metadata::sub_descriptors(const MetadataSet &descriptor) const {
+    return referred_by(item(descriptor, "\6\1\1\4\6\x10\0\0"sv));
+}

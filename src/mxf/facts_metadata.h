@@ -41,7 +41,12 @@ enum class SetKind : uint8_t {
     wave = 0x48,
     mpeg2_video = 0x51,
     jpeg2000 = 0x5A,
+    mpeg_audio = 0x5E,
+    channel_label = 0x6B,
     soundfield_group = 0x6C,
+    group_of_soundfield_groups = 0x6D,
+    aces = 0x79,
+    immersive_audio = 0x7B,
 };
 
 struct MetadataSet {
@@ -69,6 +74,7 @@ class Metadata {
     // What a reference, or an array of them, leads to.
     const MetadataSet *referred(Bytes uid) const;
     std::vector<const MetadataSet *> referred_by(Bytes references) const;
+    std::vector<const MetadataSet *> sub_descriptors(const MetadataSet &descriptor) const;
 
  private:
     std::vector<MetadataSet> sets_;
@@ -78,11 +84,45 @@ class Metadata {
 
 bool are_same(Bytes a, Bytes b);
 
+// What labels are called that begin so, from the part on that their table is about, and go on with one of
+// `next`, where that is not empty. The first counts.
+struct LabelName {
+    std::string_view begin;
+    std::string_view next;
+    const char *name;
+};
+
+// Of a label that has the prefix from byte 8 on; empty for any other.
+template <size_t N>
+const char *name_behind(Bytes label, std::string_view prefix, const LabelName (&names)[N]) {
+    if (!begins_as(label.from(8), prefix)) return "";
+    const Bytes rest = label.from(8 + prefix.size());
+    for (const LabelName &row : names) {
+        const char next = static_cast<char>(rest[row.begin.size()]);
+        if (begins_as(rest, row.begin) && (row.next.empty() || row.next.find(next) != row.next.npos))
+            return row.name;
+    }
+    return "";
+}
+
+constexpr std::string_view kContainer{"\xD\1\3\1\2",
+                                      5};  // what labels of essence containers have from byte 8 on
+
 // All that an essence descriptor (SMPTE ST 377-1, annex F) and its sub-descriptors tell of a picture: nothing
 // of how many frames there are.
 bool is_picture(const MetadataSet &descriptor);
-bool is_sound(const MetadataSet &descriptor);
 Picture picture_of(const Metadata &metadata, const MetadataSet &descriptor);
-Sound sound_of(const Metadata &metadata, const MetadataSet &descriptor);
+// Labels of a descriptor's colours that ITU-T H.273 has no codes for, with what they are labels of.
+std::vector<std::pair<std::string, Bytes>> uncoded_colours(const MetadataSet &descriptor,
+                                                           const Colour &colour);
+// What the picture was mastered on (SMPTE ST 2067-21, ST 2086): "P3 D65, 0.005 to 1000 cd/m2"; chromaticities
+// where they have no name. Empty where nothing is told.
+std::string mastering_display(const Metadata &metadata, const MetadataSet &descriptor);
 // "frame" or "clip" by the label of an essence container; empty for any other.
 std::string wrapping_of(Bytes container);
+
+// The same of a sound and its channel labels (SMPTE ST 377-4): nothing of how many samples there are.
+bool is_sound(const MetadataSet &descriptor);
+Sound sound_of(const Metadata &metadata, const MetadataSet &descriptor);
+// What kind of sound its labels say it is: "PRM", "ME, commentary"; empty where they do not.
+std::string sound_content(const Metadata &metadata, const MetadataSet &descriptor);

@@ -96,6 +96,7 @@ Bytes read_mpeg4(Bytes esds, Picture &picture, CodecKind &kind) {
 
 // Scan by the number of fields and their detail (QuickTime File Format, 'fiel'): 1 and 6 are stored field by
 // field; 9 and 14 are interleaved, the first line in the earlier or the later one.
+// The format's text has 9 and 14 the other way around; files (14 for 525 lines) follow technical note TN2162.
 Scan scan_of(uint8_t fields, uint8_t detail) {
     if (fields == 1) return Scan::progressive;
     if (fields != 2) return Scan::unknown;

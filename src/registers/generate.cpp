@@ -43,6 +43,7 @@ std::string key_of(const std::string &label, bool group) {
     for (size_t i = 0; i + 1 < label.size(); i += 3)
         key += static_cast<char>(std::stoi(label.substr(i, 2), nullptr, 16));
     key.resize(16);
+    key[1] = 0x0E;  // some rows have another byte there
     key[7] = 0;
     if (group) key[5] = 0;
     return key;

@@ -25,6 +25,7 @@ const RegisterEntry *find_register_entry(std::span<const uint8_t> bytes) {
     Label label;
     if (bytes.size() < label.size()) return nullptr;
     std::copy_n(bytes.begin(), label.size(), label.begin());
+    label[1] = 0x0E;
     label[7] = 0;
     switch (label[4]) {
         case 1: return find_in({register_elements, register_elements_count}, label);

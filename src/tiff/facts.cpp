@@ -267,6 +267,7 @@ void tiff_facts(Input &input, Facts &facts) {
     const bool big = header.u16(2) == 43;
     if (header.u16(2) != 42 && !big) return facts.format.clear();
     if (big) facts.variant = "BigTIFF";
+    facts.add_more("byte order", header.is_big() ? "big-endian" : "little-endian");
 
     std::vector<uint64_t> seen;
     std::vector<uint64_t> waiting{big ? header.u64(8) : header.u32(4)};

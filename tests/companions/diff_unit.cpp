@@ -94,6 +94,11 @@ TEST(KeldumpDiff, OneFieldOfEachFormat) {
     SHOW(patched("jpeg/baseline.jpg", {{"JFIF", 3, bytes({1})}}));  // units
     SHOW(patched("images/ancillary.png", {{"pHYs", 8, bytes({0})}}));
     SHOW(patched("images/raw.tga", {{"", 17, bytes({0x10})}}));
+    SHOW(patched("text/latin1.edl", {{"Klappe", 2, "3"}}));
+    SHOW(patched("quicktime/h264-aac.mov", {{"mp4a", 27, bytes({1})}}));  // less than the decimals show
+    SHOW(patched("exr/attributes.exr", {{"dataWindow", 11, bytes({1})}}));
+    SHOW(
+        patched("mxf/op1a-mpeg2.mxf", {{bytes({0x32, 0x01, 0, 0x10}), 7, bytes({9})}}));  // a label's version
 }
 
 TEST(KeldumpDiff, WhatAnyTwoFilesDifferInIsLeftOut) {

@@ -51,6 +51,18 @@ TEST(Registers, ValuesByTheirTypes) {
               "[\"SDTICPMPEG2BaselineTemplate\"]");
     EXPECT_EQ(decoded("AUID", "00112233 44556677 8899AABB CCDDEEFF"),
               "\"00.11.22.33.44.55.66.77-88.99.aa.bb.cc.dd.ee.ff\"");
+    EXPECT_EQ(decoded("HalfFloat", "3c00") + decoded("LensSerialHalfFloat", "c100") +
+                  decoded("HalfFloat", "8001") + decoded("HalfFloat", "7c00"),
+              "1-2.5-5.9605e-08null");
+    EXPECT_EQ(decoded("TimeStruct", "0a0b0c0d") + decoded("PTPTimestamp", "0001 00000002 00000003"),
+              "\"10:11:12.13\"\"4294967298.000000003\"");
+    EXPECT_EQ(decoded("J2KExtendedCapabilities", "00020000 00000001 00000002 0005") +
+                  decoded("J2KExtendedCapabilities", "00020000 0005"),
+              "{\"Pcap\": 131072, \"Ccap\": [5]}{\"Pcap\": 131072, \"Ccap\": [5]}");
+    // Bytes with the head of an array, without one, and of a record that another standard lays out.
+    EXPECT_EQ(decoded("UInt8Array", "00000002 00000001 0102") + decoded("DataValue", "0102") +
+                  decoded("GeographicCoordinate", "0a0b"),
+              "[1, 2]\"0102\"\"0a0b\"");
     EXPECT_EQ(
         decoded("UInt32", "") + decoded("RationalArray", "00000002 00000003 0102") + decoded("no type", "01"),
         "");

@@ -226,6 +226,36 @@ TEST(KeldumpSeq, WhatBelongsTogether) {
     }));
 }
 
+// One of five frames of a sample has other bytes, or an end: its first finding, and how many there are.
+TEST(KeldumpSeq, AFaultIsToldOnceInAllFormats) {
+    const auto report = [](const std::string &sample, size_t at, const std::string &bytes, size_t size = 0) {
+        const Workplace place;
+        const std::string whole = content_of(KELDUMP_SAMPLES "/" + sample);
+        for (int i = 1; i <= 5; i++) place.write("a." + std::to_string(i) + ".x", whole);
+        std::string odd = std::string(whole).replace(at, bytes.size(), bytes);
+        if (size > 0) odd.resize(size);
+        place.write("a.3.x", odd);
+        const std::string out = seq(place, {"--ignore", "timecode,keycode", "a.%d.x"}).out;
+        return lines_from(out, "", 1) + out.substr(out.rfind(": ") + 2);
+    };
+    const std::string start = "a.#.x: frame 3: ";
+    const std::string one = "\n1 finding\n";
+    // A header that asks for more than all files have.
+    EXPECT_EQ(report("dpx/film10-big.dpx", 800, "\x34"), start + "components ABGR, its neighbours RGB" + one);
+    EXPECT_EQ(report("dpx/film10-big.dpx", 802, "\6"),
+              start + "colorimetric ITU-R 709, its neighbours linear" + one);
+    EXPECT_EQ(report("dpx-cineon/film.cin", 192, "\1"),
+              start + "orientation 1, its neighbours not set" + one);
+    EXPECT_EQ(report("dpx-cineon/film.cin", 683, "\1"), start + "sense 1, its neighbours not set" + one);
+    EXPECT_EQ(report("dpx-cineon/film.cin", 1036, "VistaVi"),
+              start + "film format VistaVi, its neighbours Academy" + one);
+    const std::string exr = "exr/uncompressed.exr";
+    const size_t window = content_of(KELDUMP_SAMPLES "/" + exr).find("dataWindow") + 21;
+    EXPECT_EQ(report(exr, window, "\1"), start + "data window 1,0 39x30, its neighbours not set" + one);
+    EXPECT_EQ(report(exr, 0, "", 300), start + "cut: the header's end" + one);
+    EXPECT_EQ(report("jpeg2000/lossy.j2k", 0, "", 100).substr(0, start.size() + 4), start + "cut:");
+}
+
 TEST(KeldumpSeq, FramesThatShouldBeThere) {
     const Workplace place;
     for (const char *name : {"a.0002.dpx", "a.0003.dpx", "a.04.dpx"})

@@ -146,6 +146,62 @@ TEST(MxfFacts, RunInBeforeTheHeader) {
     EXPECT_EQ(clip_facts(std::string(500, 'r') + Clip(false).bytes), kFacts);
 }
 
+// Items of interoperable masters, by tags that the primer declares.
+TEST(MxfFacts, MasteringDisplayAndChannelLabels) {
+    const std::string label = "060E2B34 0401010D ";
+    std::string rows;
+    for (const auto &[tag, end] :
+         std::initializer_list<std::pair<uint32_t, const char *>>{{0x8001, "06010104 06100000"},
+                                                                  {0x8002, "04200401 01010000"},
+                                                                  {0x8003, "04200401 01020000"},
+                                                                  {0x8004, "04200401 01030000"},
+                                                                  {0x8005, "04200401 01040000"},
+                                                                  {0x8006, "01020210 02040000"},
+                                                                  {0x8007, "01030701 01000000"},
+                                                                  {0x8008, "01030701 02000000"},
+                                                                  {0x8009, "03010102 03150000"},
+                                                                  {0x800A, "0103040A 00000000"},
+                                                                  {0x800B, "03020102 20000000"}})
+        rows += big().u16(tag).hex("060E2B34 0101010E").hex(end).str();
+    const auto sound = [](int n, uint64_t channels, std::initializer_list<int> labels) {
+        return set_of("48", n,
+                      local(0x3D03, ratio(48000, 1)) + local(0x3D07, number(channels, 4)) +
+                          local(0x3D01, number(24, 4)) + local(0x8001, refs(labels)));
+    };
+    const auto channel = [](int n, const char *symbol, uint64_t place) {
+        return set_of("6B", n, local(0x8008, wide(symbol)) + local(0x800A, number(place, 4)));
+    };
+    const auto master = [&](const std::string &display) {
+        const std::string sets =
+            item(kPrimer, big().u32(rows.size() / 18).u32(18).raw(rows).str()) +
+            set_of("2F", 1, local(0x8006, big().u32(1).u32(16).hex(label + "0D010102 01020000").str())) +
+            set_of("37", 5, local(0x4401, umid(5)) + local(0x4701, uid(20)) + local(0x4403, refs({}))) +
+            set_of("44", 20, local(0x3F01, refs({21, 22, 23, 24}))) +
+            set_of("29", 21,
+                   local(0x3203, number(3840, 4)) + local(0x3202, number(2160, 4)) +
+                       local(0x3210, hex(label + "04010101 010C0000")) +
+                       local(0x3219, hex(label + "04010101 03060000")) +
+                       local(0x321A, hex(label + "04010101 02070000")) + display) +
+            sound(22, 6, {30}) + sound(23, 2, {31, 32}) + sound(24, 2, {33}) +
+            set_of("6C", 30,
+                   local(0x8007, hex(label + "0D030202 01000000")) + local(0x8009, "en-GB") +
+                       local(0x800B, wide("PRM"))) +
+            channel(31, "chR", 2) + channel(32, "chL", 1) + set_of("6C", 33, local(0x8008, wide("sgST")));
+        return facts_of(partition("0204", 0, 0, sets.size()) + sets);
+    };
+    const std::string text =
+        master(local(0x8002, hex("33C2 86C4 1D4C 0BB8 84D0 3E80")) + local(0x8003, hex("3D13 4042")) +
+               local(0x8004, number(10000000, 4)) + local(0x8005, number(50, 4)));
+    for (const char *part : {"colour 12,-1,14,-1", " 5.1 en-GB", " L R ", " stereo ",
+                             "mastering display: P3 D65, 0.005 to 1000 cd/m2", "sound content: PRM",
+                             "transfer label: 06.0e.2b.34.04.01.01.0d-04.01.01.01.01.0c.00.00",
+                             "conforms to: 06.0e.2b.34.04.01.01.0d-0d.01.01.02.01.02.00.00"})
+        EXPECT_NE(text.find(part), std::string::npos) << part << "\n" << text;
+    EXPECT_NE(master(local(0x8002, hex("2710 1388 1388 2710 1388 1388")))
+                  .find("mastering display: red 0.2,0.1 green 0.1,0.2 blue 0.1,0.1"),
+              std::string::npos);
+}
+
 TEST(MxfFacts, Extent) {
     const Clip closed(false);
     const Clip open(true);

@@ -202,7 +202,7 @@ class Sequences : public JobsReader {
             write_out((given_++ > 0 ? ",\n" : "\n") + report_json(group.stem(), report));
         if (shown && !request_.json) write_out(report_text(group.stem(), report, group.is_numbered));
         frames_.clear();
-        names_ = Names();
+        names_ = SharedNames();
         group_++;
     }
 
@@ -211,7 +211,7 @@ class Sequences : public JobsReader {
     const std::vector<FrameGroup> &groups_;
     Progress progress_;
     size_t group_ = 0;
-    Names names_;
+    SharedNames names_;
     std::vector<SequenceFrame> frames_;  // of the group, so far
     std::string packed_;
     std::string death_;

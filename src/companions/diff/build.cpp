@@ -79,7 +79,7 @@ class TreeListener : public Listener {
 
     void finish() {
         close_to(0);
-        end(open_.front());
+        end(open_.front(), true);
         tree_.root = std::move(open_.front().node);
     }
 
@@ -254,7 +254,7 @@ class TreeListener : public Listener {
     }
 
     // What is known when all lines of a section are there.
-    void end(Open &open) {
+    void end(Open &open, bool is_root = false) {
         FieldNode &node = open.node;
         if (!open.hex.empty() && (everything_ || !open.has_fields) && !node.is_left_out) {
             const bool unnamed = node.children.empty() || tree_.format == "MXF";
@@ -266,7 +266,9 @@ class TreeListener : public Listener {
             node.kind = node.value;  // the type of an attribute
             node.value = 0;
         }
-        if (tree_.format != "MXF" || is_counted(tree_.format, text(node.name))) take_values(node, pool_);
+        // Values without a name are their section's, but there is none around the lines of a text.
+        if (!is_root && (tree_.format != "MXF" || is_counted(tree_.format, text(node.name))))
+            take_values(node, pool_);
         if (node.kind == 0) node.kind = kind_of(node);
     }
 

@@ -17,14 +17,22 @@ constexpr size_t kShown = 200;  // of a value, in bytes
 constexpr size_t kBlock = 32 * 1024;
 constexpr int kSchema = 1;
 
-// Labels of the SMPTE registers by their names.
-std::string shown(const std::string &stored) {
-    if (stored.empty()) return "(empty)";
-    const std::string value = with_register_names(stored);
+std::string limited(const std::string &value) {
+    if (value.empty()) return "(empty)";
     if (value.size() <= kShown) return safe_name(value);
     size_t end = kShown;
     while (end > 0 && (static_cast<uint8_t>(value[end]) & 0xC0) == 0x80) end--;
     return safe_name(value.substr(0, end)) + "...";
+}
+
+// Labels of the SMPTE registers by their names.
+std::string shown(const std::string &stored) { return limited(with_register_names(stored)); }
+
+// Two values with what is between them; labels as they stand where their names are the same.
+std::string shown_pair(const std::string &first, const char *between, const std::string &second) {
+    const bool is_named_alike = with_register_names(first) == with_register_names(second);
+    const auto text = is_named_alike ? limited : shown;
+    return text(first) + between + text(second);
 }
 
 // Takes what differs, and gives it in pieces.
@@ -84,7 +92,7 @@ class TextReport : public Report {
         const std::string field = safe_name(difference.field);
         if (difference.kind == Difference::counted) return counted(difference, field);
         if (difference.kind == Difference::changed)
-            return field + ": " + shown(difference.one) + " -> " + shown(difference.other);
+            return field + ": " + shown_pair(difference.one, " -> ", difference.other);
         const bool first = difference.kind == Difference::only_one;
         const std::string &value = first ? difference.one : difference.other;
         std::string line = (first ? "- " : "+ ") + field;
@@ -100,7 +108,7 @@ class TextReport : public Report {
         const bool all = difference.differ == difference.count;
         if (all && difference.below) line += "from ";
         if (!all) line += "at " + grouped(difference.first) + " ";
-        return line + shown(difference.other) + " instead of " + shown(difference.one);
+        return line + shown_pair(difference.other, " instead of ", difference.one);
     }
 
     std::string head_;

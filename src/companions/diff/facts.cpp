@@ -46,6 +46,13 @@ constexpr FactRow kMadeFacts[] = {{Column::date, "date"}, {Column::size, "size",
 // Of `more` what any two files differ in.
 constexpr std::string_view kMadeMore[] = {"umid", "recorded", "image offset"};
 
+// Facts that follow from another one.
+constexpr std::string_view kFollowers[][2] = {
+    {"stored width", "data window"}, {"stored height", "data window"}, {"display window", "data window"},
+    {"stored width", "size"},        {"stored height", "size"},        {"data window", "size"},
+    {"display window", "size"},
+};
+
 class FactsComparison {
  public:
     FactsComparison(const Facts &one, const Facts &other) : one_(one), other_(other) {}
@@ -62,6 +69,7 @@ class FactsComparison {
         compare(kLastFacts, rows[0], rows[1], "");
         more(everything);
         if (everything) compare(kMadeFacts, rows[0], rows[1], "");
+        drop_followers();
         return std::move(differences_);
     }
 
@@ -74,6 +82,22 @@ class FactsComparison {
         };
         std::string text = name + ": " + shown(other) + " instead of " + (one.empty() ? "none" : one + unit);
         differences_.push_back({name, one, other, std::move(text)});
+    }
+
+    void drop_followers() {
+        const auto find = [&](std::string_view name) {
+            return std::ranges::find(differences_, name, &FactDifference::name);
+        };
+        for (const auto &[follower, cause] : kFollowers) {
+            const auto found = find(follower);
+            if (found != differences_.end() && find(cause) != differences_.end()) differences_.erase(found);
+        }
+        // What is not compressed is called by its components.
+        const auto codec = find("codec");
+        const auto components = find("components");
+        const bool both = codec != differences_.end() && components != differences_.end();
+        if (both && codec->one == components->one && codec->other == components->other)
+            differences_.erase(components);
     }
 
     void count(const std::string &name, size_t one, size_t other) {

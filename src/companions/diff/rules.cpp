@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
+#include <initializer_list>
 
 using namespace std::literals;
 
@@ -182,6 +184,26 @@ bool is_code_of(std::string_view text, std::string_view characters) {
     return spelt.substr(std::min(first, spelt.size())) == characters;
 }
 
+// Whether a text has the bits of a number with a point, "10000" those of 1.000000: 8, 16, 30 or 32 of them
+// behind the point, as far as six decimals tell.
+bool is_fixed_point_of(std::string_view text, std::string_view number) {
+    uint64_t bits = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), bits, 16);
+    double value = 0;
+    const auto [rest, bad] = std::from_chars(number.data(), number.data() + number.size(), value);
+    if (error != std::errc() || bad != std::errc()) return true;
+    return std::ranges::any_of(std::initializer_list<int>{8, 16, 30, 32}, [&](int fraction) {
+        const double expected = std::ldexp(value, fraction);
+        const double tolerance = 0.5 + std::ldexp(1e-6, fraction);
+        for (const double width : {16, 32, 64}) {
+            const double stored = static_cast<double>(bits);
+            const double wrapped = value < 0 ? stored - std::exp2(width) : stored;
+            if (std::fabs(wrapped - expected) < tolerance) return true;
+        }
+        return false;
+    });
+}
+
 // Whether a value says once more what the one before it says.
 bool repeats(const FieldValue &value, const FieldValue &before) {
     if (value.kind != FieldValue::text) return false;
@@ -191,7 +213,7 @@ bool repeats(const FieldValue &value, const FieldValue &before) {
     int64_t decimal = 0;
     const auto [end, error] = std::from_chars(number.data(), number.data() + number.size(), decimal);
     if (error != std::errc()) return false;
-    if (end != number.data() + number.size()) return true;  // "1.000000 (0x10000)"
+    if (end != number.data() + number.size()) return is_fixed_point_of(value.content, number);
     const uint64_t bits = static_cast<uint64_t>(decimal);
     return is_hex_of(value.content, bits) || is_hex_of(value.content, bits & 0xFFFFFFFF) ||
            is_hex_of(value.content, bits & 0xFFFF) || is_hex_of(value.content, bits & 0xFF);

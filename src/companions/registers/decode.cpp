@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <iterator>
 
 #include "common/facts.h"
@@ -54,6 +55,18 @@ std::string product_version(Bytes b) {
 }
 std::string date(Bytes b) { return json_text(iso_date(big16(b), b[2], b[3])); }
 std::string time_stamp(Bytes b) { return json_text(iso_date(big16(b), b[2], b[3], b[4], b[5], b[6])); }
+std::string two_digits(uint8_t n) {
+    return {static_cast<char>('0' + n / 10 % 10), static_cast<char>('0' + n % 10)};
+}
+std::string time_of_day(Bytes b) {
+    return json_text(two_digits(b[0]) + ":" + two_digits(b[1]) + ":" + two_digits(b[2]) + "." +
+                     two_digits(b[3]));
+}
+std::string precise_time(Bytes b) {
+    std::string nanoseconds = std::to_string(big32(b, 6));
+    nanoseconds.insert(0, 9 - std::min<size_t>(9, nanoseconds.size()), '0');
+    return json_text(std::to_string(b.big(0, 6)) + "." + nanoseconds);
+}
 std::string colour(Bytes b) {
     return "[" + std::to_string(big16(b)) + ", " + std::to_string(big16(b, 2)) + "]";
 }
@@ -61,9 +74,23 @@ std::string component_sizing(Bytes b) {
     return "{\"Ssiz\": " + std::to_string(b[0]) + ", \"XRSiz\": " + std::to_string(b[1]) +
            ", \"YRSiz\": " + std::to_string(b[2]) + "}";
 }
+std::string rgba_component(Bytes b) {
+    return "[" + json_text(b[0] ? std::string(1, static_cast<char>(b[0])) : "") + ", " +
+           std::to_string(b[1]) + "]";
+}
 std::string identifier(Bytes b) { return json_text(label_text(b)); }
 std::string package(Bytes b) { return json_text(hex_text(b.sub(0, 32))); }
 std::string single(Bytes b) { return number_text(static_cast<double>(float_of_bits(big32(b))), 9); }
+// Ten bits of a fraction, five of an exponent.
+std::string half(Bytes b) {
+    const uint32_t bits = big16(b);
+    const int exponent = static_cast<int>(bits >> 10 & 31);
+    const int fraction = static_cast<int>(bits & 1023);
+    if (exponent == 31) return "null";
+    const double size =
+        exponent == 0 ? std::ldexp(fraction, -24) : std::ldexp(1024 + fraction, exponent - 25);
+    return number_text(bits >> 15 ? -size : size, 5);
+}
 std::string twice(Bytes b) { return number_text(double_of_bits(big64(b)), 17); }
 
 constexpr Fixed kFixed[] = {
@@ -72,7 +99,10 @@ constexpr Fixed kFixed[] = {
     {"ProductVersionType", 10, product_version},
     {"DateStruct", 4, date},
     {"TimeStamp", 8, time_stamp},
+    {"TimeStruct", 4, time_of_day},
+    {"PTPTimestamp", 10, precise_time},
     {"ColorPrimary", 4, colour},
+    {"RGBAComponent", 2, rgba_component},
     {"J2KComponentSizing", 3, component_sizing},
     {"AUID", 16, identifier},
     {"UUID", 16, identifier},
@@ -83,6 +113,8 @@ constexpr Fixed kFixed[] = {
     {"SingleFloat", 4, single},
     {"Float32", 4, single},
     {"DoubleFloat", 8, twice},
+    {"HalfFloat", 2, half},
+    {"LensSerialHalfFloat", 2, half},
 };
 
 const Fixed *fixed_of(std::string_view symbol) {
@@ -115,6 +147,11 @@ std::string elements(std::string_view base, Bytes value, uint64_t count, uint64_
     return out + "]";
 }
 
+// Arrays of bytes have often no count and size before them.
+bool has_head(Bytes value) {
+    return value.has(0, 8) && value.size() == 8 + uint64_t{big32(value)} * big32(value, 4);
+}
+
 // With the count and size of their elements before them; those of characters are one text after the other.
 std::string batch(const RegisterType &type, Bytes value, int depth) {
     const std::string_view base = type.base;
@@ -123,6 +160,17 @@ std::string batch(const RegisterType &type, Bytes value, int depth) {
     const uint64_t expected = size_of(base);
     if (expected != 0 && expected != size) return "";
     return elements(base, value.from(8), big32(value), size, depth + 1);
+}
+
+// Bytes without a batch's head, and records that other standards lay out.
+std::string plain_bytes(Bytes value) { return json_text(hex_text(value)); }
+
+// Pcap and the fields Ccap (ISO/IEC 15444-1, A.5.2), with the head of an array or without.
+std::string capabilities(Bytes value) {
+    const Bytes rest = value.from(4);
+    const Bytes fields = has_head(rest) ? rest.from(8) : rest;
+    return "{\"Pcap\": " + std::to_string(big32(value)) +
+           ", \"Ccap\": " + elements("UInt16", fields, fields.size() / 2, 2, 0) + "}";
 }
 
 std::string decode(std::string_view symbol, Bytes value, int depth) {
@@ -149,8 +197,11 @@ std::string decode(std::string_view symbol, Bytes value, int depth) {
     }
     if (kind == "StrongReference" || kind == "WeakReference") return json_text(label_text(value));
     if (kind == "FixedArray") return elements(type->base, value, type->size, size_of(type->base), depth + 1);
-    if (kind == "VariableArray" || kind == "Set") return batch(*type, value, depth);
-    return "";
+    if (kind == "Record")
+        return symbol == "J2KExtendedCapabilities" ? capabilities(value) : plain_bytes(value);
+    const bool is_batch = kind == "VariableArray" || kind == "Set";
+    if (is_batch && size_of(type->base) <= 1 && !has_head(value)) return plain_bytes(value);
+    return is_batch ? batch(*type, value, depth) : "";
 }
 
 }  // namespace
@@ -177,7 +228,11 @@ std::string with_register_names(std::string_view text) {
             const char *digits = text.data() + label + 3 * i;
             std::from_chars(digits, digits + 2, bytes[i], 16);
         }
-        out += label_text(Bytes(bytes, sizeof bytes));
+        const RegisterEntry *entry = find_register_entry(bytes);
+        const std::string name = entry ? entry->name : label_digits(Bytes(bytes, sizeof bytes));
+        out += name;
+        // Dumps have the name behind the label.
+        if (text.substr(std::min(at, text.size())).starts_with(" " + name)) at += 1 + name.size();
     }
     return out;
 }

@@ -15,5 +15,5 @@ std::string decoded_value(std::string_view type, Bytes value);
 // A label as text: "06.0e.2b.34.04.01.01.01-..." is "symbol" where a register has it, else its digits.
 std::string label_text(Bytes label);
 
-// A text in which labels of the SMPTE registers, as label_text has their digits, are their symbols.
+// A text in which labels of the SMPTE registers, as label_text has their digits, are their names in words.
 std::string with_register_names(std::string_view text);

@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
+#include <set>
 #include <span>
 
 #include "companions/safe_text.h"
@@ -31,7 +32,7 @@ struct SharedBreak {
 
 class Check {
  public:
-    Check(const std::vector<SequenceFrame> &all, const Names &names, const SequenceQuestion &question)
+    Check(const std::vector<SequenceFrame> &all, const SharedNames &names, const SequenceQuestion &question)
         : all_(all), names_(names), question_(question) {
         for (const SequenceFrame &frame : all) {
             if (frame.has_header) frames_.push_back(&frame);
@@ -44,6 +45,7 @@ class Check {
         check_problems();
         if (!frames_.empty()) {
             find_changes(frames_, names_, findings_);
+            drop_cuts_by_headers();
             check_timecodes();
             check_keycodes();
             check_positions();
@@ -57,6 +59,23 @@ class Check {
     }
 
  private:
+    // A file as long as its neighbours whose header asks for more has a wrong header.
+    void drop_cuts_by_headers() {
+        std::set<int64_t> misshapen;
+        for (const Finding &finding : findings_) {
+            if (finding.first == finding.last && (finding.kind == "size" || finding.kind == "layout"))
+                misshapen.insert(finding.first);
+        }
+        std::erase_if(findings_, [&](const Finding &finding) {
+            if (finding.kind != "cut" || finding.first != finding.last || !misshapen.contains(finding.first))
+                return false;
+            const auto frame = std::ranges::lower_bound(all_, finding.first, {}, &SequenceFrame::number);
+            const auto as_long = [&](auto other) { return other->bytes == frame->bytes; };
+            return (frame != all_.begin() && as_long(frame - 1)) ||
+                   (frame + 1 != all_.end() && as_long(frame + 1));
+        });
+    }
+
     // What is read at other places, or not at all, differs for one reason.
     void drop_consequences() {
         constexpr const char *kReasons[] = {"format ", "byte order ", "image offset ", "industry header "};
@@ -543,7 +562,7 @@ class Check {
     }
 
     const std::vector<SequenceFrame> &all_;
-    const Names &names_;
+    const SharedNames &names_;
     const SequenceQuestion &question_;
     std::vector<const SequenceFrame *> frames_;  // with a header
     std::vector<Stretch> stretches_;
@@ -554,7 +573,7 @@ class Check {
 
 }  // namespace
 
-SequenceReport check_sequence(const std::vector<SequenceFrame> &frames, const Names &names,
+SequenceReport check_sequence(const std::vector<SequenceFrame> &frames, const SharedNames &names,
                               const SequenceQuestion &question) {
     return Check(frames, names, question).run();
 }

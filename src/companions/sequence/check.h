@@ -31,5 +31,5 @@ struct SequenceQuestion {
 // numbers do, and properties that change. What belongs together is one finding, on the first frame of it:
 // frames that changed places, a frame that is its neighbour's, a value that one frame or every n-th has
 // alone.
-SequenceReport check_sequence(const std::vector<SequenceFrame> &frames, const Names &names,
+SequenceReport check_sequence(const std::vector<SequenceFrame> &frames, const SharedNames &names,
                               const SequenceQuestion &question);

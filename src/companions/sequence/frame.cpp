@@ -10,7 +10,7 @@
 
 namespace {
 
-// Names of `more` that are no properties: they count with the frames, or are told as problems.
+// SharedNames of `more` that are no properties: they count with the frames, or are told as problems.
 constexpr const char *kVarying[] = {"file name",    "frame position", "user bits",
                                     "keycode text", "image number",   "frame id"};
 
@@ -23,6 +23,12 @@ std::string more_of(const Facts &facts, std::string_view name) {
 
 std::string size_of(uint32_t width, uint32_t height) {
     return std::to_string(width) + "x" + std::to_string(height);
+}
+
+// What was not read for that says nothing.
+bool is_header_cut(const Extent &extent) {
+    return extent.state == Extent::cut &&
+           (extent.missing == "the header's end" || extent.missing.ends_with("the directory"));
 }
 
 TextPairs properties_of(const Facts &facts) {
@@ -41,7 +47,6 @@ TextPairs properties_of(const Facts &facts) {
             case Column::components:
             case Column::scan:
             case Column::pixel_aspect:
-            case Column::primaries:
             case Column::matrix:
             case Column::range:
             case Column::reel: add(column.name, row[column.column]); break;
@@ -49,6 +54,7 @@ TextPairs properties_of(const Facts &facts) {
         }
     }
     if (more_of(facts, "transfer").empty()) add("transfer", row[Column::transfer]);
+    if (more_of(facts, "colorimetric").empty()) add("primaries", row[Column::primaries]);
     add("frame_rate", row[Column::frame_rate]);
     add("creator", facts.writer);
     for (const auto &[name, value] : facts.more) {
@@ -65,7 +71,7 @@ Number number_in(std::string_view text, Number otherwise, int base = 10) {
 }
 
 // Takes the last number out of a name.
-void take_name(const std::string &name, SequenceFrame &frame, Names &names) {
+void take_name(const std::string &name, SequenceFrame &frame, SharedNames &names) {
     constexpr const char *kDigits = "0123456789";
     const size_t dot = name.rfind('.');
     const size_t last = name.find_last_of(kDigits, dot == 0 || dot == std::string::npos ? dot : dot - 1);
@@ -80,7 +86,7 @@ void take_name(const std::string &name, SequenceFrame &frame, Names &names) {
 }
 
 // "02 24 123456 7890+12".
-Keycode keycode_in(const std::string &text, Names &names) {
+Keycode keycode_in(const std::string &text, SharedNames &names) {
     const size_t plus = text.find('+');
     const size_t blank = text.rfind(' ', plus);
     Keycode keycode;
@@ -94,7 +100,7 @@ Keycode keycode_in(const std::string &text, Names &names) {
 
 }  // namespace
 
-uint32_t Names::number(const std::string &name) {
+uint32_t SharedNames::number(const std::string &name) {
     const auto [entry, is_new] = numbers_.emplace(name, static_cast<uint32_t>(names_.size()));
     if (is_new) names_.push_back(&entry->first);
     return entry->second;
@@ -102,10 +108,11 @@ uint32_t Names::number(const std::string &name) {
 
 std::string packed_frame(const Facts &facts) {
     std::string packed;
-    const bool has_header = !facts.pictures.empty();
+    const bool has_header = !facts.pictures.empty() && !is_header_cut(facts.extent);
     std::string problem = problem_of(facts);
     put_text(packed, has_header ? "1" : "");
     put_text(packed, problem.empty() && !has_header ? "no picture" : problem);
+    put_text(packed, std::to_string(facts.extent.present));
     if (!has_header) return packed;
     uint32_t bcd = kNoTimecode;
     if (!facts.timecodes.empty()) {
@@ -127,11 +134,12 @@ std::string packed_frame(const Facts &facts) {
     return packed;
 }
 
-SequenceFrame unpacked_frame(std::string_view packed, Names &names) {
+SequenceFrame unpacked_frame(std::string_view packed, SharedNames &names) {
     SequenceFrame frame;
     frame.has_header = !take_text(packed).empty();
     std::string problem = take_text(packed);
     frame.problem = names.number(problem);
+    frame.bytes = number_in<uint64_t>(take_text(packed), 0);
     if (!frame.has_header) return frame;
     frame.timecode = number_in<uint32_t>(take_text(packed), kNoTimecode);
     frame.rate = std::strtof(take_text(packed).c_str(), nullptr);
@@ -146,7 +154,7 @@ SequenceFrame unpacked_frame(std::string_view packed, Names &names) {
     return frame;
 }
 
-TextPairs properties_of(const SequenceFrame &frame, const Names &names) {
+TextPairs properties_of(const SequenceFrame &frame, const SharedNames &names) {
     std::string_view packed = names.name(frame.properties);
     return take_pairs(packed);
 }

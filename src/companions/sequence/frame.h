@@ -13,10 +13,10 @@
 constexpr uint32_t kNoTimecode = 0xFFFFFFFF;
 constexpr int64_t kKeycodeCounts = 10000;  // before they begin anew
 
-// Names that many frames share, by numbers; 0 is the empty one.
-class Names {
+// SharedNames that many frames share, by numbers; 0 is the empty one.
+class SharedNames {
  public:
-    Names() { number(""); }
+    SharedNames() { number(""); }
     uint32_t number(const std::string &name);
     const std::string &name(uint32_t number) const { return *names_[number]; }
 
@@ -35,7 +35,7 @@ struct Keycode {
     bool operator==(const Keycode &) const = default;
 };
 
-// A frame in less than a hundred bytes; texts are numbers of `Names`.
+// A frame in less than a hundred bytes; texts are numbers of `SharedNames`.
 struct SequenceFrame {
     int64_t number = 0;               // in the file's name
     int64_t position = -1;            // in its header; -1: none
@@ -46,6 +46,7 @@ struct SequenceFrame {
     uint32_t user_bits = kNoTimecode;
     Keycode keycode;
     uint32_t problem = 0;     // why it cannot be judged, or what is wrong with the file
+    uint64_t bytes = 0;       // of the file
     uint32_t properties = 0;  // all that is to stay the same, packed
     uint16_t digits = 0;      // of the number in the file's name
     bool has_header = false;
@@ -54,6 +55,6 @@ struct SequenceFrame {
 // What of a file's facts counts for a sequence: problem, timecode, rate, what varies, and the properties that
 // are to stay the same; packed.
 std::string packed_frame(const Facts &facts);
-SequenceFrame unpacked_frame(std::string_view packed, Names &names);
+SequenceFrame unpacked_frame(std::string_view packed, SharedNames &names);
 
-TextPairs properties_of(const SequenceFrame &frame, const Names &names);
+TextPairs properties_of(const SequenceFrame &frame, const SharedNames &names);

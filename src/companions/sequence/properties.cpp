@@ -1,7 +1,10 @@
 #include "companions/sequence/properties.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
+#include <set>
+#include <utility>
 
 #include "companions/safe_text.h"
 
@@ -33,6 +36,23 @@ constexpr Kind kKinds[] = {
     {"image padding", "layout"},
     {"channels", "layout"},
     {"tiles", "layout"},
+    {"tile size", "layout"},
+    {"line order", "layout"},
+    {"channel padding", "layout"},
+    {"progression", "layout"},
+    {"layers", "layout"},
+    {"levels", "layout"},
+    {"block coder", "layout"},
+    {"active image", "size"},
+    {"profile", "format"},
+    {"sensor rate", "rate"},
+    {"chromaticities", "colour"},
+    {"colour", "colour"},
+    {"comment", "creator"},
+    {"owner", "text"},
+    {"view", "text"},
+    {"look", "text"},
+    {"camera serial", "text"},
     {"scan", "layout"},
     {"pixel_aspect", "aspect"},
     {"frame_rate", "rate"},
@@ -55,11 +75,30 @@ constexpr Kind kKinds[] = {
     {"camera", "text"},
 };
 
+// Properties that change with another one: where both do on the same frames, it is told.
+struct Consequence {
+    const char *property;
+    const char *cause;
+};
+constexpr Consequence kConsequences[] = {
+    {"components", "channels"},
+    {"bit_depth", "channels"},
+    {"coded size", "size"},
+    {"data window", "size"},
+    {"display window", "size"},
+    {"active image", "size"},
+    {"coded size", "data window"},
+    {"tiles", "variant"},
+    {"tile size", "variant"},
+    {"sensor rate", "frame_rate"},
+    {"display window", "data window"},
+};
+
 // Frames with one value of a property.
 struct Run {
     size_t first;
     size_t last;
-    uint32_t value;  // a number of `Names`
+    uint32_t value;  // a number of `SharedNames`
 
     size_t length() const { return last - first + 1; }
 };
@@ -73,7 +112,7 @@ std::string label_of(std::string name) {
 
 class Changes {
  public:
-    Changes(const std::vector<const SequenceFrame *> &frames, const std::string &name, Names &values,
+    Changes(const std::vector<const SequenceFrame *> &frames, const std::string &name, SharedNames &values,
             std::vector<Run> runs, std::vector<Finding> &findings)
         : frames_(frames), name_(name), values_(values), runs_(std::move(runs)), findings_(findings) {}
 
@@ -131,7 +170,13 @@ class Changes {
         return true;
     }
     void add_period() {
-        const size_t rare = runs_[1].length() <= runs_[2].length() ? 1 : 2;
+        if (runs_[1].length() == runs_[2].length()) {
+            add(0, runs_.back().last,
+                label_of(name_) + " " + shown(value(runs_[0])) + " and " + shown(value(runs_[1])) +
+                    " in turns of " + std::to_string(runs_[1].length()));
+            return;
+        }
+        const size_t rare = runs_[1].length() < runs_[2].length() ? 1 : 2;
         const size_t period = runs_[1].length() + runs_[2].length();
         const size_t length = runs_[rare].length();
         const std::string which =
@@ -167,10 +212,16 @@ class Changes {
 
     const std::vector<const SequenceFrame *> &frames_;
     const std::string &name_;
-    Names &values_;
+    SharedNames &values_;
     std::vector<Run> runs_;
     std::vector<Finding> &findings_;
 };
+
+void drop_followers(std::vector<Finding> &followers, const std::vector<Finding> &causes) {
+    std::set<std::pair<int64_t, int64_t>> explained;
+    for (const Finding &cause : causes) explained.emplace(cause.first, cause.last);
+    std::erase_if(followers, [&](const Finding &f) { return explained.contains({f.first, f.last}); });
+}
 
 }  // namespace
 
@@ -179,11 +230,11 @@ std::string kind_of_property(const std::string &name) {
     return found == std::end(kKinds) ? "field" : found->kind;
 }
 
-void find_changes(const std::vector<const SequenceFrame *> &frames, const Names &names,
+void find_changes(const std::vector<const SequenceFrame *> &frames, const SharedNames &names,
                   std::vector<Finding> &findings) {
     std::vector<std::string> order;
     std::map<std::string, std::vector<Run>> runs;  // of each property, up to the frame before
-    Names values;
+    SharedNames values;
     uint32_t before = UINT32_MAX;
     for (size_t i = 0; i < frames.size(); i++) {
         // Frames with the same properties are the most, and cost nothing.
@@ -211,8 +262,11 @@ void find_changes(const std::vector<const SequenceFrame *> &frames, const Names 
         }
         before = frames[i]->properties;
     }
+    std::map<std::string, std::vector<Finding>> changes;
     for (const std::string &name : order) {
         runs[name].back().last = frames.size() - 1;
-        Changes(frames, name, values, std::move(runs[name]), findings).find();
+        Changes(frames, name, values, std::move(runs[name]), changes[name]).find();
     }
+    for (const auto &[property, cause] : kConsequences) drop_followers(changes[property], changes[cause]);
+    for (const std::string &name : order) std::ranges::move(changes[name], std::back_inserter(findings));
 }
