@@ -1,13 +1,14 @@
 #include "companions/files.h"
 
+#include <dirent.h>
+#include <sys/stat.h>
+
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
+#include <cerrno>
+#include <cstring>
 
 #include "companions/frame_groups.h"
 #include "companions/safe_text.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -19,43 +20,39 @@ std::string_view take_number(std::string_view text, size_t &at) {
     return text.substr(start, at - start);
 }
 
-bool entry_less(const fs::directory_entry &a, const fs::directory_entry &b) {
-    return natural_less(a.path().native(), b.path().native());
-}
-
 std::string problem_text(const std::string &name, const std::string &what) {
     return safe_name(name) + ": " + what;
 }
 
-// A link whose target is missing: opening it will say so.
-bool leads_nowhere(const fs::directory_entry &entry) {
-    std::error_code ignored;
-    return entry.is_symlink(ignored) && !entry.exists(ignored);
-}
-
-void add_directory(const fs::path &directory, FileList &list) {
-    std::error_code error;
-    std::vector<fs::directory_entry> entries;
-    for (fs::directory_iterator it(directory, error), end; !error && it != end; it.increment(error)) {
-        if (it->path().filename().native().front() != '.') entries.push_back(*it);
-    }
-    if (error) list.problems.push_back(problem_text(directory.native(), error.message()));
-    std::sort(entries.begin(), entries.end(), entry_less);
-    for (const fs::directory_entry &entry : entries) {
-        std::error_code ignored;
-        if (entry.is_regular_file(ignored) || leads_nowhere(entry)) {
-            list.files.push_back(entry.path().native());
+// Names that are neither a file nor a directory, nor lead nowhere, are left out.
+void add_directory(const std::string &directory, FileList &list) {
+    std::vector<std::string> names;
+    const std::string problem = names_in(directory, names);
+    if (!problem.empty()) list.problems.push_back(problem_text(directory, problem));
+    std::sort(names.begin(), names.end(), natural_less);
+    for (const std::string &name : names) {
+        if (name.starts_with('.')) continue;
+        const std::string path = directory + (directory.ends_with('/') ? "" : "/") + name;
+        struct stat own {};
+        struct stat target {};
+        if (lstat(path.c_str(), &own) != 0) continue;
+        const bool is_link = S_ISLNK(own.st_mode);
+        const bool leads_somewhere = stat(path.c_str(), &target) == 0;
+        if (leads_somewhere ? S_ISREG(target.st_mode) : is_link) {
+            list.files.push_back(path);
             list.are_named.push_back(false);
-        } else if (!entry.is_symlink(ignored) && entry.is_directory(ignored)) {
-            add_directory(entry.path(), list);
+        } else if (S_ISDIR(own.st_mode)) {
+            add_directory(path, list);
         }
     }
 }
 
-bool may_wait(const std::string &name, const fs::file_status &status) {
+bool may_wait(const std::string &name) {
     if (name.starts_with("/dev/stdin") || name.starts_with("/dev/fd/") || name.starts_with("/proc/self/fd/"))
         return false;
-    return fs::is_fifo(status) || fs::is_socket(status) || fs::is_character_file(status);
+    struct stat status {};
+    if (stat(name.c_str(), &status) != 0) return false;
+    return S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) || S_ISCHR(status.st_mode);
 }
 
 }  // namespace
@@ -81,14 +78,36 @@ bool natural_less(std::string_view a, std::string_view b) {
     return rest_a == rest_b ? a < b : rest_a < rest_b;
 }
 
+bool is_there(const std::string &name) {
+    struct stat status {};
+    return stat(name.c_str(), &status) == 0;
+}
+
+bool is_directory(const std::string &name) {
+    struct stat status {};
+    return stat(name.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::string names_in(const std::string &directory, std::vector<std::string> &names) {
+    DIR *stream = opendir(directory.c_str());
+    if (!stream) return std::strerror(errno);
+    errno = 0;
+    while (const dirent *entry = readdir(stream)) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") names.emplace_back(name);
+        errno = 0;
+    }
+    const std::string problem = errno == 0 ? "" : std::strerror(errno);
+    closedir(stream);
+    return problem;
+}
+
 FileList list_files(const std::vector<std::string> &operands) {
     FileList list;
     for (const std::string &operand : operands) {
-        std::error_code ignored;
-        const fs::file_status status = fs::status(operand, ignored);
-        if (fs::is_directory(status)) {
+        if (is_directory(operand)) {
             add_directory(operand, list);
-        } else if (may_wait(operand, status)) {
+        } else if (may_wait(operand)) {
             list.problems.push_back(problem_text(operand, "not a regular file"));
         } else {
             list.files.push_back(operand);

@@ -41,6 +41,11 @@ export class FactsReader {
         for (const [i, remarks] of odd) known[i].odd = remarks;
     }
 
+    // What keldump-seq says of a sequence with its switches; undefined where one is wrong.
+    async report(entry, switches) {
+        return (await this.grouper.run('report', {frames: entry.frames, switches})).report;
+    }
+
     async work() {
         this.isRunning = true;
         while (this.waiting.length > 0) {
@@ -71,11 +76,21 @@ function setRow(entry, row) {
     });
     entry.numbers = row.numbers;
     entry.packed = row.packed;
+    entry.report = row.report;
+    entry.frames = row.frames;
     entry.isRead = true;
     entry.isSequence = entry.files.length > 1;
     // Files of unknown format that a folder holds beside others are no findings.
     entry.isOther = !row.known && entry.problem.startsWith(UNKNOWN) && entry.path.includes('/');
+    if (entry.report && !entry.problem) entry.problem = findingsText(entry.report);
     if (entry.size === 0 && !entry.problem) entry.problem = 'empty';
+}
+
+// The first of the findings, which are lines of a report, and how many more there are.
+function findingsText({name, text, findings}) {
+    if (findings.length === 0) return '';
+    const first = text.slice(name.length + 2, text.indexOf('\n'));
+    return findings.length === 1 ? first : `${first}; ${findings.length - 1} more`;
 }
 
 // Calls a function now and then, and not more often.

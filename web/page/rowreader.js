@@ -8,9 +8,11 @@ const AT_ONCE = 32;
 const encoder = new TextEncoder();
 const decoder = new TextDecoder();
 
-// {cells, known, numbers} as the module gives them, and the whole row for further questions.
-function rowOf(json, packed) {
-    return {...JSON.parse(decoder.decode(json)), packed};
+const PARTS = 3;  // of a row
+
+// {cells, known, numbers} as the module gives them, the whole row for further questions, and what counts in a sequence.
+function rowOf(json, packed, frame) {
+    return {...JSON.parse(decoder.decode(json)), packed, frame};
 }
 
 export class RowReader {
@@ -25,6 +27,11 @@ export class RowReader {
     }
     odd(rows) {
         return JSON.parse(decoder.decode(this.run('page-odd', {input: pack(rows)})));
+    }
+
+    // What keldump-seq says of a sequence, by its `frames`: {name, text, findings}.
+    report(frames, switches) {
+        return JSON.parse(decoder.decode(this.run('page-report', {names: switches, input: frames})));
     }
 
     // The rows of entries, each given when it is known: one, or where its files are no frames of a sequence one for each.
@@ -49,8 +56,8 @@ export class RowReader {
         const names = files.map(({name}, i) => `${i}/${name}`);
         try {
             const parts = unpack(this.run('page-rows', {names, sources}));
-            if (parts.length !== 2 * files.length) throw new Error('rows are missing');
-            return files.map((file, i) => rowOf(parts[2 * i], parts[2 * i + 1]));
+            if (parts.length !== PARTS * files.length) throw new Error('rows are missing');
+            return files.map((file, i) => rowOf(...parts.slice(PARTS * i, PARTS * (i + 1))));
         } catch (error) {
             if (files.length > 1) return files.flatMap((file, i) => this.rowsOf([sources[i]], [file]));
             // Without the file the module says what it says of those that cannot be read.
@@ -59,9 +66,14 @@ export class RowReader {
             return [row];
         }
     }
+    // One row with a report and its frames; or the rows.
     sequence(files, rows) {
-        const input = pack(files.flatMap(({path}, i) => [encoder.encode(path), rows[i].packed]));
+        const names = files.map(({path}) => encoder.encode(path));
+        const input = pack(rows.flatMap(({packed, frame}, i) => [names[i], packed, frame]));
         const parts = unpack(this.run('page-sequence', {input}));
-        return parts.length === 2 ? [rowOf(...parts)] : rows;
+        if (parts.length !== PARTS) return rows;
+        const [json, packed, report] = parts;
+        const frames = pack(rows.flatMap(({frame}, i) => [names[i], frame]));
+        return [{...rowOf(json, packed), report: JSON.parse(decoder.decode(report)), frames}];
     }
 }

@@ -130,19 +130,25 @@ const tasks = {
         await rowReader(module).read(entries, (entry, rows) => send({entry, rows}));
         return {};
     },
+    report({module, frames, switches}) {
+        return {report: rowReader(module).report(frames, switches)};
+    },
     odd({module, rows}) {
         return {odd: rowReader(module).odd(rows)};
     },
 
-    // What differs between two files, as text.
+    // What differs between two files; what the module complains of.
     compare({module, files, switches}) {
         const sources = files.map(({file}) => new Source(file));
         const names = files.map(({name}, i) => `${'AB'[i]}/${name}`);
         const pieces = [], messages = [];
-        const status = runOver(module, ['keldump-diff', ...switches, '--', ...names],
+        const status = runOver(module, ['page-diff', ...switches, '--', ...names],
             new Map(sources.map((source, i) => [names[i], source])), bytes => pieces.push(bytes.slice()), undefined, bytes => messages.push(bytes.slice()));
         const textOf = parts => new TextDecoder().decode(joined(parts));
-        return {status, text: textOf(pieces), message: textOf(messages), hasChanged: sources.some(source => source.hasChanged)};
+        return {
+            status, told: status <= 1 ? JSON.parse(textOf(pieces)) : undefined, message: textOf(messages),
+            hasChanged: sources.some(source => source.hasChanged),
+        };
     },
 };
 
