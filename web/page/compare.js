@@ -125,6 +125,7 @@ export class Comparison {
         if (this.shown.length === 0) this.shown.push({message: this.parts.all.checked ? NOTHING_AT_ALL : NOTHING});
         this.active = Math.max(0, this.shown.findIndex(row => row.values));
         this.list.setCount(this.shown.length);
+        this.parts.box.setAttribute('aria-rowcount', this.shown.length + 1);
         this.list.moveTo(0);
     }
     refresh() {

@@ -62,6 +62,7 @@ async function addFiles(found) {
     let shown = performance.now();
     for await (const one of found) {
         files.push(one);
+        facts.found(one);
         if (performance.now() - shown < 250) continue;
         showListStatus();
         shown = performance.now();
@@ -89,7 +90,6 @@ async function setEntries() {
         return old && old.path === one.path && old.files.length === one.files.length ? old : one;
     });
     list.set(entries);
-    facts.clear();
     facts.add(entries.filter(one => !one.isRead));
     showListStatus();
 }
@@ -155,7 +155,7 @@ element('compare').addEventListener('click', () => {
     element('back').hidden = false;
     comparison.show(two.map(one => {
         const at = one === entry ? frame : 0;
-        return {entry: one, frame: at, ...one.files[at]};
+        return {...one.files[at], entry: one, frame: at};
     }), switches.details);
 });
 element('back').addEventListener('click', () => comparison.open());

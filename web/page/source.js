@@ -20,15 +20,11 @@ export class Source {
         this.window = FIRST_WINDOW;
     }
 
-    // The head, read at the same time as those of other files.
-    async readHead(size) {
-        try {
-            this.held = new Uint8Array(await this.file.slice(0, size).arrayBuffer());
-            this.requests++;
-            this.bytesRead += this.held.length;
-        } catch {
-            this.hasChanged = true;
-        }
+    // The head, which was read with those of other files.
+    hold(head) {
+        this.held = head;
+        this.requests++;
+        this.bytesRead += head.length;
     }
 
     size() {

@@ -125,10 +125,11 @@ const tasks = {
     groups({module, paths}) {
         return {groups: rowReader(module).groups(paths)};
     },
-    // Entries, each an array of {file, name, path}.
-    async rows({module, entries}, send) {
-        await rowReader(module).read(entries, (entry, rows) => send({entry, rows}));
-        return {};
+    async rows({module, files}) {
+        return {rows: await rowReader(module).rows(files)};
+    },
+    sequence({module, input}) {
+        return {given: printedBy(module, 'page-sequence', {input})};
     },
     report({module, frames, switches}) {
         return {report: rowReader(module).report(frames, switches)};

@@ -401,7 +401,7 @@ test('two files are compared', () => withPage(async page => {
     // What is the same, too, is not marked.
     await page.click('#differing-only');
     assert((await rows()).some(cells => cells.length === 3 && cells[1] === cells[2]));
-    assert.equal(await page.evaluate(`[...document.querySelectorAll('.difference:not([hidden])')].every(row => row.children.length < 3 || (row.children[1].textContent !== row.children[2].textContent) === row.classList.contains('changed'))`), true);
+    assert.equal(await page.evaluate(`[...document.querySelectorAll('.difference:not([hidden])')].every(row => row.children.length < 3 || (row.children[1].textContent !== row.children[2].textContent) === / (changed|removed|added)/.test(row.className))`), true);
     await page.press('Escape');
     assert.equal(await page.evaluate(`document.getElementById('comparison').open`), false);
 }));
