@@ -4,7 +4,7 @@
 // write(bytes, position), close(); position null: where it stands. What fails throws an Error with a `code` ('ENOENT').
 
 const ERRNO = {
-    EACCES: 2, EAGAIN: 6, EBADF: 8, EBUSY: 10, EEXIST: 20, EFBIG: 22, EINTR: 27, EINVAL: 28, EIO: 29, EISDIR: 31,
+    EACCES: 2, EAGAIN: 6, EBADF: 8, EBUSY: 10, EEXIST: 20, EFBIG: 22, EIDRM: 24, EINTR: 27, EINVAL: 28, EIO: 29, EISDIR: 31,
     ELOOP: 32, EMFILE: 33, ENAMETOOLONG: 37, ENFILE: 41, ENODEV: 43, ENOENT: 44, ENOMEM: 48, ENOSPC: 51, ENOSYS: 52,
     ENOTDIR: 54, ENXIO: 60, EPERM: 63, EPIPE: 64, EROFS: 69, ESPIPE: 70, ETXTBSY: 74,
 };

@@ -26,11 +26,12 @@ int __wrap_lstat(const char *name, struct stat *status) {
     return __wasilibc_nocwd_fstatat(kFirstDirectory, name, status, AT_SYMLINK_NOFOLLOW);
 }
 
-// Where the native library has other words.
+// Where the native library has other words. EIDRM is what the page says of a file that changed.
 char *__real_strerror(int error);
 char *__wrap_strerror(int error) {
     const auto text = [](const char *words) { return const_cast<char *>(words); };
     switch (error) {
+        case EIDRM: return text("changed, or can no longer be read");
         case EIO: return text("Input/output error");
         case ELOOP: return text("Too many levels of symbolic links");
         case EMFILE: return text("Too many open files");

@@ -178,12 +178,13 @@ export class Comparison {
         this.list.show(this.active);
         this.list.schedule();
     }
+    // To the chosen value; to the other one where there is none.
     follow() {
-        const {lines} = this.shown[this.active];
-        const line = lines?.[this.side];
-        if (!line) return;
+        const {lines = [0, 0]} = this.shown[this.active];
+        const side = lines[this.side] > 0 ? this.side : 1 - this.side;
+        if (lines[side] === 0) return;
         this.close();
-        this.goTo(this.two[this.side], line - 1, this.switches);
+        this.goTo(this.two[side], lines[side] - 1, this.switches);
     }
     pressed(event) {
         const row = this.list.rowOf(event.target);

@@ -191,8 +191,6 @@ export class FileList {
     open(row) {
         const entry = this.shown[row];
         if (!entry) return;
-        this.opened = entry;
-        this.list.schedule();
         this.onOpen(entry);
     }
     pressed(event) {

@@ -189,6 +189,7 @@ function openFrame(index) {
     dump?.close();
     search?.stop();
     const one = entry.files[frame];
+    list.opened = entry;
     dump = new Dump(one, switches.list(one.file.size), dumpChanged);
     tree.show(dump.lines);
     tree.setFilter(element('filter').value);

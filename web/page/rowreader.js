@@ -47,7 +47,13 @@ export class RowReader {
     rowsOf(sources, files) {
         const names = files.map(({name}, i) => `${i}/${name}`);
         try {
-            const rows = this.run('page-rows', {names, sources});
+            // A file that changed meanwhile says so when it is opened once more.
+            const changed = () => sources.filter(source => source.hasChanged).length;
+            let rows, before;
+            do {
+                before = changed();
+                rows = this.run('page-rows', {names, sources});
+            } while (changed() > before);
             if (unpack(rows).length !== 3 * files.length) throw new Error('rows are missing');
             return rows;
         } catch (error) {

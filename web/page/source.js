@@ -27,6 +27,15 @@ export class Source {
         this.bytesRead += head.length;
     }
 
+    // One that is gone seems empty.
+    open() {
+        if (this.file.size > 0) return;
+        try {
+            this.reader.readAsArrayBuffer(this.file);
+        } catch {
+            this.hasChanged = true;
+        }
+    }
     size() {
         return this.file.size;
     }

@@ -32,7 +32,9 @@ function runOver(module, args, sources, write, input, complain = () => {}) {
         standard: [input ? reader(input) : NO_FILE, writer(write), writer(complain)],
         open(name) {
             const source = sources.get(name);
-            if (!source || source.hasChanged) throw new Failure('ENOENT');
+            if (!source) throw new Failure('ENOENT');
+            source.open();
+            if (source.hasChanged) throw new Failure('EIDRM');
             return source;
         },
     };
