@@ -458,6 +458,17 @@ test('files that change, and the same file twice', () => withPage(async page => 
     await page.evaluate(`document.getElementById('clear').click()`);
     await openFiles(page, file);
     assert.match(await firstLines(), /Little Endian/);
+
+    // Between the choice and the reading.
+    const frames = [1, 2, 3, 4].map(i => inWork(`going/a.${i}.dpx`, fs.readFileSync(sample('dpx/rgb8-big.dpx'))));
+    await page.evaluate(`document.getElementById('clear').click(); document.body.insertAdjacentHTML('beforeend', '<input type=file multiple id=kept hidden>')`);
+    await page.choose(frames, 'kept');
+    await page.evaluate(`[...document.getElementById('kept').files].map(one => one.size)`);
+    fs.appendFileSync(frames[1], 'more');
+    fs.rmSync(frames[2]);
+    await page.evaluate(`document.getElementById('file-input').files = document.getElementById('kept').files; document.getElementById('file-input').dispatchEvent(new Event('change'))`);
+    await page.until(`/changed/.test(document.querySelector('#list .problem')?.textContent)`);
+    assert.match((await table(page))[0].problem, /^2 frames \(2-3\): changed, or can no longer be read/);
 }));
 
 test('large files: little is read, and dumps stop, go on and are cancelled', () => withPage(async page => {
