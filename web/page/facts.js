@@ -151,13 +151,14 @@ function findingsText({name, text, findings}) {
     return findings.length === 1 ? first : `${first}; ${findings.length - 1} more`;
 }
 
-// Calls a function now and then, and not more often.
+// Calls a function soon, and not more often than now and then.
 export function seldom(call) {
-    let timer;
+    let timer, last = -INTERVAL;
     return () => {
         timer ??= setTimeout(() => {
             timer = undefined;
             call();
-        }, INTERVAL);
+            last = performance.now();
+        }, Math.max(0, last + INTERVAL - performance.now()));
     };
 }
