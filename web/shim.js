@@ -172,15 +172,16 @@ const calls = {
     // Names from the one on that `cookie` says, the last of them cut where the room ends.
     fd_readdir(system, fd, buffer, size, cookie, result) {
         const entry = system.entry(fd);
-        if (Number(cookie) === 0) entry.names = system.files.list(entry.name).map(name => typeof name === 'string' ? new TextEncoder().encode(name) : name);
+        if (Number(cookie) === 0) entry.list = system.files.list(entry.name);
         let used = 0;
-        for (let i = Number(cookie); i < entry.names.length && used < size; i++) {
-            const name = entry.names[i];
+        for (let i = Number(cookie); i < entry.list.length && used < size; i++) {
+            const {name, type} = entry.list[i];
             const bytes = new Uint8Array(ENTRY_SIZE + name.length);
             const view = new DataView(bytes.buffer);
             view.setBigUint64(0, BigInt(i + 1), true);
             view.setBigUint64(8, 1n, true);  // a number that it has
             view.setUint32(16, name.length, true);
+            view.setUint8(20, TYPES[type] ?? 0);
             bytes.set(name, ENTRY_SIZE);
             const part = bytes.subarray(0, size - used);
             system.bytes(buffer + used, part.length).set(part);
@@ -264,7 +265,7 @@ function errnoOf(error) {
 // Runs a command in an instance of its own, as a run may leave nothing behind; its exit status. `args` begins with the
 // command's name; `files` gives `standard` (three handles), open(name, {write, create, exclusive, truncate}), and may
 // give `environment`, pause(), status(name, follows) ({type, size()}, of a link itself or what it leads to) and
-// list(name), the names in a directory.
+// list(name), the names in a directory as bytes ({name, type}).
 export function run(module, args, files) {
     const system = new System(args, files);
     const imports = {

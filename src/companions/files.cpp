@@ -24,24 +24,54 @@ std::string problem_text(const std::string &name, const std::string &what) {
     return safe_name(name) + ": " + what;
 }
 
-// Names that are neither a file nor a directory, nor lead nowhere, are left out.
+struct Entry {
+    std::string name;
+    unsigned char type;  // of dirent: most systems tell it without a look at each
+};
+
+// Adds what is in a directory. Why that failed, else empty.
+std::string read_directory(const std::string &directory, std::vector<Entry> &entries) {
+    DIR *stream = opendir(directory.c_str());
+    if (!stream) return std::strerror(errno);
+    errno = 0;
+    while (const dirent *entry = readdir(stream)) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") entries.push_back({std::string(name), entry->d_type});
+        errno = 0;
+    }
+    std::string problem = errno == 0 ? "" : std::strerror(errno);
+    closedir(stream);
+    return problem;
+}
+
+// The type where the directory does not tell it; of a link that of the file it leads to, and nowhere is a
+// file, too, as opening it will say so.
+unsigned char type_of(const std::string &path, unsigned char type) {
+    struct stat status {};
+    if (type == DT_UNKNOWN && lstat(path.c_str(), &status) == 0)
+        type = S_ISLNK(status.st_mode)   ? DT_LNK
+               : S_ISREG(status.st_mode) ? DT_REG
+               : S_ISDIR(status.st_mode) ? DT_DIR
+                                         : DT_UNKNOWN;
+    if (type != DT_LNK) return type;
+    return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode) ? DT_REG : DT_UNKNOWN;
+}
+
 void add_directory(const std::string &directory, FileList &list) {
-    std::vector<std::string> names;
-    const std::string problem = names_in(directory, names);
+    std::vector<Entry> entries;
+    const std::string problem = read_directory(directory, entries);
     if (!problem.empty()) list.problems.push_back(problem_text(directory, problem));
-    std::sort(names.begin(), names.end(), natural_less);
-    for (const std::string &name : names) {
-        if (name.starts_with('.')) continue;
-        const std::string path = directory + (directory.ends_with('/') ? "" : "/") + name;
-        struct stat own {};
-        struct stat target {};
-        if (lstat(path.c_str(), &own) != 0) continue;
-        const bool is_link = S_ISLNK(own.st_mode);
-        const bool leads_somewhere = stat(path.c_str(), &target) == 0;
-        if (leads_somewhere ? S_ISREG(target.st_mode) : is_link) {
+    std::sort(entries.begin(), entries.end(),
+              [](const Entry &a, const Entry &b) { return natural_less(a.name, b.name); });
+    const std::string start = directory.ends_with('/') ? directory : directory + "/";
+    for (const Entry &entry : entries) {
+        if (entry.name.starts_with('.')) continue;
+        const std::string path = start + entry.name;
+        const unsigned char type = type_of(path, entry.type);
+        if (type == DT_REG) {
             list.files.push_back(path);
             list.are_named.push_back(false);
-        } else if (S_ISDIR(own.st_mode)) {
+        } else if (type == DT_DIR) {
             add_directory(path, list);
         }
     }
@@ -88,18 +118,13 @@ bool is_directory(const std::string &name) {
     return stat(name.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-std::string names_in(const std::string &directory, std::vector<std::string> &names) {
-    DIR *stream = opendir(directory.c_str());
-    if (!stream) return std::strerror(errno);
-    errno = 0;
-    while (const dirent *entry = readdir(stream)) {
-        const std::string_view name = entry->d_name;
-        if (name != "." && name != "..") names.emplace_back(name);
-        errno = 0;
-    }
-    const std::string problem = errno == 0 ? "" : std::strerror(errno);
-    closedir(stream);
-    return problem;
+std::vector<std::string> names_in(const std::string &directory) {
+    std::vector<Entry> entries;
+    read_directory(directory, entries);
+    std::vector<std::string> names;
+    names.reserve(entries.size());
+    for (Entry &entry : entries) names.push_back(std::move(entry.name));
+    return names;
 }
 
 FileList list_files(const std::vector<std::string> &operands) {

@@ -26,8 +26,8 @@ FileList list_files(const std::vector<std::string> &operands);
 bool is_there(const std::string &name);
 bool is_directory(const std::string &name);
 
-// Adds the names in a directory, in no order. Why that failed, else empty.
-std::string names_in(const std::string &directory, std::vector<std::string> &names);
+// The names in a directory, in no order; none where it cannot be read.
+std::vector<std::string> names_in(const std::string &directory);
 
 // Adds the names that a file lists ("-": standard input), each ended by `end`; false, behind a message, where
 // it cannot be read.

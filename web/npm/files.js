@@ -101,7 +101,7 @@ function status(name, follows) {
     return {type: typeOf(found), size: () => found.size};
 }
 
-const list = name => fs.readdirSync(name, {encoding: 'buffer'});
+const list = name => fs.readdirSync(name, {encoding: 'buffer', withFileTypes: true}).map(one => ({name: one.name, type: typeOf(one)}));
 
 // For a command as a user's, and for one whose standard output is collected.
 export function processFiles() {

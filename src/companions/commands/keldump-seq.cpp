@@ -92,10 +92,8 @@ bool is_frame_name(std::string_view path) {
 // The files of its directory that a pattern makes.
 std::vector<std::string> files_of_pattern(const std::string &pattern) {
     const std::string directory = pattern.substr(0, pattern.rfind('/') + 1);
-    std::vector<std::string> names;
     std::vector<std::string> files;
-    names_in(directory.empty() ? "." : directory, names);
-    for (const std::string &name : names) {
+    for (const std::string &name : names_in(directory.empty() ? "." : directory)) {
         const std::string file = directory + name;
         for (const FrameNumber &number : numbers_of(file)) {
             if (number.value <= INT32_MAX && number.value >= INT32_MIN &&
