@@ -1,17 +1,19 @@
 // What the module asks of its system (WASI preview 1), over files that node or the page gives it.
 //
-// A handle has: type ('file', 'directory', 'block', 'characters', 'pipe'), isSeekable, size(), read(bytes, position),
+// A handle has: type ('file', 'directory', 'link', 'block', 'characters', 'pipe'), isSeekable, size(), read(bytes, position),
 // write(bytes, position), close(); position null: where it stands. What fails throws an Error with a `code` ('ENOENT').
 
 const ERRNO = {
-    EACCES: 2, EAGAIN: 6, EBADF: 8, EBUSY: 10, EEXIST: 20, EFBIG: 22, EINTR: 27, EINVAL: 28, EIO: 29, EISDIR: 31,
+    EACCES: 2, EAGAIN: 6, EBADF: 8, EBUSY: 10, EEXIST: 20, EFBIG: 22, EIDRM: 24, EINTR: 27, EINVAL: 28, EIO: 29, EISDIR: 31,
     ELOOP: 32, EMFILE: 33, ENAMETOOLONG: 37, ENFILE: 41, ENODEV: 43, ENOENT: 44, ENOMEM: 48, ENOSPC: 51, ENOSYS: 52,
     ENOTDIR: 54, ENXIO: 60, EPERM: 63, EPIPE: 64, EROFS: 69, ESPIPE: 70, ETXTBSY: 74,
 };
-const TYPES = {block: 1, characters: 2, directory: 3, file: 4, pipe: 6};
+const TYPES = {block: 1, characters: 2, directory: 3, file: 4, pipe: 6, link: 7};
 const ALL_RIGHTS = 0x1fffffffn;
 const RIGHT_TO_WRITE = 1n << 6n;
 const CREATE = 1, EXCLUSIVE = 4, TRUNCATE = 8;
+const FOLLOW = 1;
+const ENTRY_SIZE = 24;  // of a directory, without its name
 
 // The directory that names begin at; they come as they were given.
 const ROOT = '.';
@@ -167,6 +169,27 @@ const calls = {
         system.view.setUint32(result, done, true);
     },
 
+    // Names from the one on that `cookie` says, the last of them cut where the room ends.
+    fd_readdir(system, fd, buffer, size, cookie, result) {
+        const entry = system.entry(fd);
+        if (Number(cookie) === 0) entry.list = system.files.list(entry.name);
+        let used = 0;
+        for (let i = Number(cookie); i < entry.list.length && used < size; i++) {
+            const {name, type} = entry.list[i];
+            const bytes = new Uint8Array(ENTRY_SIZE + name.length);
+            const view = new DataView(bytes.buffer);
+            view.setBigUint64(0, BigInt(i + 1), true);
+            view.setBigUint64(8, 1n, true);  // a number that it has
+            view.setUint32(16, name.length, true);
+            view.setUint8(20, TYPES[type] ?? 0);
+            bytes.set(name, ENTRY_SIZE);
+            const part = bytes.subarray(0, size - used);
+            system.bytes(buffer + used, part.length).set(part);
+            used += part.length;
+        }
+        system.view.setUint32(result, used, true);
+    },
+
     fd_seek(system, fd, offset, whence, result) {
         const handle = system.handle(fd);
         if (!handle.isSeekable) throw new Failure('ESPIPE');
@@ -186,12 +209,17 @@ const calls = {
         });
         let free = system.open.indexOf(undefined);
         if (free < 0) free = system.open.length;
-        system.open[free] = {handle, position: handle.isSeekable ? 0 : null};
+        system.open[free] = {handle, name, position: handle.isSeekable ? 0 : null};
         system.view.setUint32(result, free, true);
     },
 
     path_filestat_get(system, fd, lookup, path, size, result) {
-        const handle = system.files.open(pathOf(system, path, size), {});
+        const name = pathOf(system, path, size);
+        if (system.files.status) {
+            putStatus(system, system.files.status(name, (lookup & FOLLOW) !== 0), result);
+            return;
+        }
+        const handle = system.files.open(name, {});
         try {
             putStatus(system, handle, result);
         } finally {
@@ -212,8 +240,14 @@ const calls = {
     },
 };
 
+// As text; as bytes where it is none.
 function pathOf(system, path, size) {
-    return new TextDecoder().decode(system.bytes(path, size).slice());
+    const bytes = system.bytes(path, size).slice();
+    try {
+        return new TextDecoder('utf-8', {fatal: true, ignoreBOM: true}).decode(bytes);
+    } catch {
+        return bytes;
+    }
 }
 
 function putStatus(system, handle, result) {
@@ -230,7 +264,8 @@ function errnoOf(error) {
 
 // Runs a command in an instance of its own, as a run may leave nothing behind; its exit status. `args` begins with the
 // command's name; `files` gives `standard` (three handles), open(name, {write, create, exclusive, truncate}), and may
-// give `environment` and pause().
+// give `environment`, pause(), status(name, follows) ({type, size()}, of a link itself or what it leads to) and
+// list(name), the names in a directory as bytes ({name, type}).
 export function run(module, args, files) {
     const system = new System(args, files);
     const imports = {

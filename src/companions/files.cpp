@@ -1,13 +1,14 @@
 #include "companions/files.h"
 
+#include <dirent.h>
+#include <sys/stat.h>
+
 #include <algorithm>
-#include <filesystem>
-#include <system_error>
+#include <cerrno>
+#include <cstring>
 
 #include "companions/frame_groups.h"
 #include "companions/safe_text.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -19,43 +20,69 @@ std::string_view take_number(std::string_view text, size_t &at) {
     return text.substr(start, at - start);
 }
 
-bool entry_less(const fs::directory_entry &a, const fs::directory_entry &b) {
-    return natural_less(a.path().native(), b.path().native());
-}
-
 std::string problem_text(const std::string &name, const std::string &what) {
     return safe_name(name) + ": " + what;
 }
 
-// A link whose target is missing: opening it will say so.
-bool leads_nowhere(const fs::directory_entry &entry) {
-    std::error_code ignored;
-    return entry.is_symlink(ignored) && !entry.exists(ignored);
+struct Entry {
+    std::string name;
+    unsigned char type;  // of dirent: most systems tell it without a look at each
+};
+
+// Adds what is in a directory. Why that failed, else empty.
+std::string read_directory(const std::string &directory, std::vector<Entry> &entries) {
+    DIR *stream = opendir(directory.c_str());
+    if (!stream) return std::strerror(errno);
+    errno = 0;
+    while (const dirent *entry = readdir(stream)) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..") entries.push_back({std::string(name), entry->d_type});
+        errno = 0;
+    }
+    std::string problem = errno == 0 ? "" : std::strerror(errno);
+    closedir(stream);
+    return problem;
 }
 
-void add_directory(const fs::path &directory, FileList &list) {
-    std::error_code error;
-    std::vector<fs::directory_entry> entries;
-    for (fs::directory_iterator it(directory, error), end; !error && it != end; it.increment(error)) {
-        if (it->path().filename().native().front() != '.') entries.push_back(*it);
-    }
-    if (error) list.problems.push_back(problem_text(directory.native(), error.message()));
-    std::sort(entries.begin(), entries.end(), entry_less);
-    for (const fs::directory_entry &entry : entries) {
-        std::error_code ignored;
-        if (entry.is_regular_file(ignored) || leads_nowhere(entry)) {
-            list.files.push_back(entry.path().native());
+// The type where the directory does not tell it; of a link that of the file it leads to, and nowhere is a
+// file, too, as opening it will say so.
+unsigned char type_of(const std::string &path, unsigned char type) {
+    struct stat status {};
+    if (type == DT_UNKNOWN && lstat(path.c_str(), &status) == 0)
+        type = S_ISLNK(status.st_mode)   ? DT_LNK
+               : S_ISREG(status.st_mode) ? DT_REG
+               : S_ISDIR(status.st_mode) ? DT_DIR
+                                         : DT_UNKNOWN;
+    if (type != DT_LNK) return type;
+    return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode) ? DT_REG : DT_UNKNOWN;
+}
+
+void add_directory(const std::string &directory, FileList &list) {
+    std::vector<Entry> entries;
+    const std::string problem = read_directory(directory, entries);
+    if (!problem.empty()) list.problems.push_back(problem_text(directory, problem));
+    std::sort(entries.begin(), entries.end(),
+              [](const Entry &a, const Entry &b) { return natural_less(a.name, b.name); });
+    const std::string start = directory.ends_with('/') ? directory : directory + "/";
+    for (const Entry &entry : entries) {
+        if (entry.name.starts_with('.')) continue;
+        const std::string path = start + entry.name;
+        const unsigned char type = type_of(path, entry.type);
+        if (type == DT_REG) {
+            list.files.push_back(path);
             list.are_named.push_back(false);
-        } else if (!entry.is_symlink(ignored) && entry.is_directory(ignored)) {
-            add_directory(entry.path(), list);
+        } else if (type == DT_DIR) {
+            add_directory(path, list);
         }
     }
 }
 
-bool may_wait(const std::string &name, const fs::file_status &status) {
+bool may_wait(const std::string &name) {
     if (name.starts_with("/dev/stdin") || name.starts_with("/dev/fd/") || name.starts_with("/proc/self/fd/"))
         return false;
-    return fs::is_fifo(status) || fs::is_socket(status) || fs::is_character_file(status);
+    struct stat status {};
+    if (stat(name.c_str(), &status) != 0) return false;
+    return S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) || S_ISCHR(status.st_mode);
 }
 
 }  // namespace
@@ -81,14 +108,31 @@ bool natural_less(std::string_view a, std::string_view b) {
     return rest_a == rest_b ? a < b : rest_a < rest_b;
 }
 
+bool is_there(const std::string &name) {
+    struct stat status {};
+    return stat(name.c_str(), &status) == 0;
+}
+
+bool is_directory(const std::string &name) {
+    struct stat status {};
+    return stat(name.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::vector<std::string> names_in(const std::string &directory) {
+    std::vector<Entry> entries;
+    read_directory(directory, entries);
+    std::vector<std::string> names;
+    names.reserve(entries.size());
+    for (Entry &entry : entries) names.push_back(std::move(entry.name));
+    return names;
+}
+
 FileList list_files(const std::vector<std::string> &operands) {
     FileList list;
     for (const std::string &operand : operands) {
-        std::error_code ignored;
-        const fs::file_status status = fs::status(operand, ignored);
-        if (fs::is_directory(status)) {
+        if (is_directory(operand)) {
             add_directory(operand, list);
-        } else if (may_wait(operand, status)) {
+        } else if (may_wait(operand)) {
             list.problems.push_back(problem_text(operand, "not a regular file"));
         } else {
             list.files.push_back(operand);

@@ -22,6 +22,13 @@ struct FileList {
 // (/dev/stdin, /dev/fd/N).
 FileList list_files(const std::vector<std::string> &operands);
 
+// Whether there is something of this name, or a directory; links are followed.
+bool is_there(const std::string &name);
+bool is_directory(const std::string &name);
+
+// The names in a directory, in no order; none where it cannot be read.
+std::vector<std::string> names_in(const std::string &directory);
+
 // Adds the names that a file lists ("-": standard input), each ended by `end`; false, behind a message, where
 // it cannot be read.
 bool read_names(const std::string &file, char end, std::vector<std::string> &names);

@@ -7,10 +7,13 @@ int keldump_main(int argc, char **argv);
 int keldump_all_main(int argc, char **argv);
 int keldump_diff_main(int argc, char **argv);
 int keldump_json_main(int argc, char **argv);
+int keldump_seq_main(int argc, char **argv);
 int keldump_table_main(int argc, char **argv);
 int page_main(int argc, char **argv);
+int page_diff_main(int argc, char **argv);
 int page_groups_main(int argc, char **argv);
 int page_odd_main(int argc, char **argv);
+int page_report_main(int argc, char **argv);
 int page_rows_main(int argc, char **argv);
 int page_sequence_main(int argc, char **argv);
 
@@ -26,10 +29,13 @@ constexpr Entry kEntries[] = {
     {"keldump-all", keldump_all_main},
     {"keldump-diff", keldump_diff_main},
     {"keldump-json", keldump_json_main},
+    {"keldump-seq", keldump_seq_main},
     {"keldump-table", keldump_table_main},
     {"page", page_main},
+    {"page-diff", page_diff_main},
     {"page-groups", page_groups_main},
     {"page-odd", page_odd_main},
+    {"page-report", page_report_main},
     {"page-rows", page_rows_main},
     {"page-sequence", page_sequence_main},
 };

@@ -11,16 +11,25 @@
 #include "companions/frame_groups.h"
 #include "companions/json/json.h"
 #include "companions/packing.h"
+#include "companions/sequence/frame.h"
 #include "companions/table/odd.h"
 #include "companions/table/output.h"
-#include "companions/table/read.h"
-#include "companions/table/sequence.h"
 #include "companions/table/terminal.h"
+#include "main/facts.h"
+#include "page_table.h"
 
 namespace {
 
-constexpr size_t kFewFrames = 64;
 constexpr double kAlike = 0.6;  // files that must agree where others are odd: a list may hold anything
+
+// What files are compared with each other: movies, stills or sound.
+int kind_of(const Row &row) {
+    if (!row.is_known) return 0;
+    if (row[Column::width].empty()) return 1;
+    return row[Column::duration].empty() || !row[Column::first_frame].empty() ? 2 : 3;
+}
+
+}  // namespace
 
 std::string read_input() {
     std::string text;
@@ -36,7 +45,6 @@ std::string json_text(std::string_view text) {
     return json;
 }
 
-// A row for the page: what is shown, what columns are sorted by, and all of it for further questions.
 std::string given(const Row &row) {
     const std::string shown[] = {row[Column::format], picture_size(row),      row[Column::frame_rate],
                                  row[Column::codec],  row[Column::bit_depth], duration_text(row),
@@ -53,15 +61,6 @@ std::string given(const Row &row) {
     put_text(out, row.packed());
     return out;
 }
-
-// What files are compared with each other: movies, stills or sound.
-int kind_of(const Row &row) {
-    if (!row.is_known) return 0;
-    if (row[Column::width].empty()) return 1;
-    return row[Column::duration].empty() || !row[Column::first_frame].empty() ? 2 : 3;
-}
-
-}  // namespace
 
 // Names, each behind its size, as groups of files: [[name, [number of a file, ...]], ...].
 int page_groups_main(int, char **) {
@@ -80,28 +79,15 @@ int page_groups_main(int, char **) {
     return kFine;
 }
 
-// The rows of files: of each what the page shows, and the row itself.
+// The rows of files: of each what the page shows, the row itself, and what counts where it is a frame of
+// many.
 int page_rows_main(int argc, char **argv) {
-    for (int i = 1; i < argc; i++) write_out(given(read_row(argv[i], {})));
-    return kFine;
-}
-
-// The row of a sequence, of the names and the rows of its frames; nothing where they are no frames of one.
-int page_sequence_main(int, char **) {
-    const std::string input = read_input();
-    std::vector<std::string> names;
-    std::vector<std::string> rows;
-    for (std::string_view left = input; !left.empty();) {
-        names.push_back(take_text(left));
-        rows.push_back(take_text(left));
+    for (int i = 1; i < argc; i++) {
+        const Facts known = facts(argv[i]);
+        std::string out = given(row_of(known, argv[i]));
+        put_text(out, packed_frame(known));
+        write_out(out);
     }
-    const std::vector<FrameGroup> groups = group_frames(names, is_still_name);
-    if (groups.size() != 1 || !groups[0].is_numbered) return kFound;
-    SequenceRow sequence;
-    for (size_t i = 0; i < names.size(); i++)
-        sequence.add(groups[0].numbers[i], Row::unpacked(rows[groups[0].files[i]]));
-    if (names.size() <= kFewFrames && 4 * sequence.unlike() >= names.size()) return kFound;
-    write_out(given(sequence.finish(groups[0], names)));
     return kFine;
 }
 

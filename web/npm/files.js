@@ -14,6 +14,7 @@ function typeOf(status) {
     if (status.isFile()) return 'file';
     if (status.isDirectory()) return 'directory';
     if (status.isBlockDevice()) return 'block';
+    if (status.isSymbolicLink()) return 'link';
     return status.isCharacterDevice() ? 'characters' : 'pipe';
 }
 
@@ -95,10 +96,17 @@ function open(name, {write, create, exclusive, truncate}) {
     }
 }
 
+function status(name, follows) {
+    const found = (follows ? fs.statSync : fs.lstatSync)(name, {bigint: true});
+    return {type: typeOf(found), size: () => found.size};
+}
+
+const list = name => fs.readdirSync(name, {encoding: 'buffer', withFileTypes: true}).map(one => ({name: one.name, type: typeOf(one)}));
+
 // For a command as a user's, and for one whose standard output is collected.
 export function processFiles() {
-    return {standard: [standard(0), standard(1), standard(2)], open, pause, environment: process.env};
+    return {standard: [standard(0), standard(1), standard(2)], open, status, list, pause, environment: process.env};
 }
 export function collectingFiles(output = new Collector()) {
-    return {standard: [NOTHING, output, NOTHING], open, pause, environment: {}, output};
+    return {standard: [NOTHING, output, NOTHING], open, status, list, pause, environment: {}, output};
 }

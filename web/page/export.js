@@ -54,10 +54,14 @@ export async function download(kind, dump, progress) {
     const result = await runner.run(task, {entry, file, name, switches}, message => progress(message.progress));
     runner.cancel();
     if (result.error || result.hasChanged) return result.error ?? 'The file changed, or can no longer be read.';
+    saveBlob(result.blob, `${dump.path.split('/').at(-1)}.${extension}`);
+    return null;
+}
+
+export function saveBlob(blob, name) {
     const link = document.createElement('a');
-    link.href = URL.createObjectURL(result.blob);
-    link.download = `${dump.path.split('/').at(-1)}.${extension}`;
+    link.href = URL.createObjectURL(blob);
+    link.download = name;
     link.click();
     setTimeout(() => URL.revokeObjectURL(link.href), 60000);
-    return null;
 }

@@ -1,62 +1,72 @@
 // Files and folders that are dropped or chosen, as {file, path}: path with the folders that were chosen with it.
 
-const AT_ONCE = 32;
+const AHEAD = 64;
 
-// Every file below a directory handle. One that cannot be read is told to `failed`.
-async function* walkHandle(handle, path, failed) {
+// {file, path} of {entry, path}, whose files are asked for some ahead. One that cannot be read is told to `failed`.
+async function* filesOf(entries, fileOf, failed) {
+    const asked = [];
+    for await (const {entry, path} of entries) {
+        asked.push(fileOf(entry).then(file => ({file, path}), () => failed(path)));
+        if (asked.length < AHEAD) continue;
+        const found = await asked.shift();
+        if (found) yield found;
+    }
+    yield* (await Promise.all(asked)).filter(Boolean);
+}
+
+// Every file below a directory; entriesOf(directory) gives what is in it. Directories come behind files.
+async function* walk(directory, path, isFile, entriesOf, fileOf, failed) {
+    const directories = [];
+    const files = async function* () {
+        for await (const entry of entriesOf(directory)) {
+            const one = {entry, path: `${path}/${entry.name}`};
+            if (isFile(entry)) yield one;
+            else directories.push(one);
+        }
+    };
     try {
-        if (handle.kind === 'file') {
-            yield {file: await handle.getFile(), path};
-            return;
-        }
-        let files = [];
-        for await (const entry of handle.values()) {
-            if (entry.kind === 'directory') {
-                yield* walkHandle(entry, `${path}/${entry.name}`, failed);
-                continue;
-            }
-            files.push(entry.getFile().then(file => ({file, path: `${path}/${entry.name}`}), () => failed(`${path}/${entry.name}`)));
-            if (files.length < AT_ONCE) continue;
-            yield* (await Promise.all(files)).filter(Boolean);
-            files = [];
-        }
-        yield* (await Promise.all(files)).filter(Boolean);
+        yield* filesOf(files(), fileOf, failed);
     } catch {
         failed(path);
     }
+    for (const below of directories) yield* walk(below.entry, below.path, isFile, entriesOf, fileOf, failed);
 }
 
-// The same for what browsers without handles give.
-async function* walkEntry(entry, path, failed) {
-    try {
-        if (entry.isFile) {
-            yield {file: await new Promise((done, fail) => entry.file(done, fail)), path};
-            return;
-        }
-        const reader = entry.createReader();
-        for (;;) {
-            const entries = await new Promise((done, fail) => reader.readEntries(done, fail));
-            if (entries.length === 0) return;
-            for (const one of entries) yield* walkEntry(one, `${path}/${one.name}`, failed);
-        }
-    } catch {
-        failed(path);
+// Of a handle.
+async function* walkHandle(handle, failed) {
+    const fileOf = entry => entry.getFile();
+    if (handle.kind === 'file') yield* filesOf([{entry: handle, path: handle.name}], fileOf, failed);
+    else yield* walk(handle, handle.name, entry => entry.kind === 'file', directory => directory.values(), fileOf, failed);
+}
+
+// The same of an entry, whose directories are given in parts.
+async function* partsOf(directory) {
+    const reader = directory.createReader();
+    for (;;) {
+        const entries = await new Promise((done, fail) => reader.readEntries(done, fail));
+        if (entries.length === 0) return;
+        yield* entries;
     }
 }
+async function* walkEntry(entry, failed) {
+    const fileOf = one => new Promise((done, fail) => one.file(done, fail));
+    if (entry.isFile) yield* filesOf([{entry, path: entry.name}], fileOf, failed);
+    else yield* walk(entry, entry.name, one => one.isFile, partsOf, fileOf, failed);
+}
 
-// What was dropped. From a disk Chromium reads dropped folders by handles only. All items are asked before the first is
-// waited for: they are gone when the event is over.
+// What was dropped. From a disk Chromium reads dropped folders by handles only, which leave out names that Windows could not
+// have; entries have all. All items are asked before the first is waited for: they are gone when the event is over.
 export function droppedFiles(transfer, failed) {
     const items = [...transfer.items].filter(item => item.kind === 'file').map(item => ({
-        handle: item.getAsFileSystemHandle?.().catch(() => null),
+        handle: location.protocol === 'file:' ? item.getAsFileSystemHandle?.().catch(() => null) : null,
         entry: item.webkitGetAsEntry?.(),
         file: item.getAsFile(),
     }));
     return (async function* () {
         for (const {handle, entry, file} of items) {
             const found = await handle;
-            if (found) yield* walkHandle(found, found.name, failed);
-            else if (entry) yield* walkEntry(entry, entry.name, failed);
+            if (found) yield* walkHandle(found, failed);
+            else if (entry) yield* walkEntry(entry, failed);
             else if (file) yield {file, path: file.name};
         }
     })();
@@ -74,7 +84,7 @@ export async function pickedFolder(failed) {
     if (!window.showDirectoryPicker) return null;
     try {
         const handle = await window.showDirectoryPicker();
-        return walkHandle(handle, handle.name, failed);
+        return walkHandle(handle, failed);
     } catch (error) {
         return error.name === 'AbortError' ? [] : null;
     }

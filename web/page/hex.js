@@ -13,7 +13,7 @@ export class HexView {
     constructor(box, onChoose) {
         this.box = box;
         this.onChoose = onChoose;
-        this.list = new VirtualList(box, rowHeightOf(box), (row, element) => this.draw(row, element));
+        this.list = new VirtualList(box, rowHeightOf(box), (row, element, i) => this.draw(row, element, i));
         box.addEventListener('mousedown', event => this.pressed(event));
         box.addEventListener('keydown', event => this.keyed(event));
         this.show(null);
@@ -26,7 +26,10 @@ export class HexView {
         this.ranges = [];
         this.cursor = -1;
         this.digits = Math.max(8, (file?.size ?? 0).toString(16).length);
-        this.list.setCount(Math.ceil((file?.size ?? 0) / WIDTH));
+        const rows = Math.ceil((file?.size ?? 0) / WIDTH);
+        this.list.setCount(rows);
+        this.box.setAttribute('aria-rowcount', rows);
+        this.box.removeAttribute('aria-activedescendant');
         this.list.moveTo(0);
     }
     refresh() {
@@ -65,31 +68,44 @@ export class HexView {
         return undefined;
     }
 
-    draw(row, element) {
+    draw(row, element, i) {
         if (!element.firstChild) {
             element.className = 'hexrow';
             element.setAttribute('role', 'row');
             element.append(document.createElement('span'));
-            for (let i = 0; i < 2 * WIDTH; i++) element.append(document.createElement('i'));
             element.firstChild.className = 'offset';
+            element.firstChild.setAttribute('role', 'rowheader');
+            for (let cell = 0; cell < 2 * WIDTH; cell++) element.append(this.cell(`${this.box.id}-${i}-${cell}`, cell < WIDTH));
         }
         const start = row * WIDTH;
         const bytes = this.bytesOf(row);
         const [offset, ...cells] = element.children;
         offset.textContent = hex(start, this.digits);
         const marked = this.ranges.filter(([at, size]) => at < start + WIDTH && at + size > start);
-        for (let i = 0; i < WIDTH; i++) {
-            const byte = bytes?.[i];
+        for (let at = start; at < start + WIDTH; at++) {
+            const byte = bytes?.[at - start];
             const isThere = byte !== undefined;
-            cells[i].textContent = isThere ? hex(byte, 2) : '  ';
-            cells[WIDTH + i].textContent = isThere ? byte > 0x20 && byte < 0x7f ? String.fromCharCode(byte) : byte === 0x20 ? ' ' : '·' : ' ';
-            const at = start + i;
+            const [digits, character] = [cells[at - start], cells[WIDTH + at - start]];
+            digits.textContent = isThere ? hex(byte, 2) : '  ';
+            character.textContent = isThere ? byte > 0x20 && byte < 0x7f ? String.fromCharCode(byte) : byte === 0x20 ? ' ' : '·' : ' ';
             const name = marked.some(([from, size]) => at >= from && at < from + size) ? 'hit' : byte === 0 ? 'zero' : '';
             const cursor = at === this.cursor ? ' cursor' : '';
-            cells[i].className = name + cursor + (i % 8 === 0 ? ' wide' : '');
-            cells[WIDTH + i].className = `${name}${cursor} character${i === 0 ? ' wide' : ''}`;
+            digits.className = name + cursor + (at % 8 === 0 ? ' wide' : '');
+            character.className = `${name}${cursor} character${at === start ? ' wide' : ''}`;
+            if (cursor) this.box.setAttribute('aria-activedescendant', digits.id);
         }
-        element.setAttribute('aria-label', `${offset.textContent} ${cells.slice(0, WIDTH).map(cell => cell.textContent).join(' ')}`);
+        element.setAttribute('aria-rowindex', row + 1);
+    }
+    // The digits of a byte, or its character, which says the same.
+    cell(id, isNumber) {
+        const cell = document.createElement('i');
+        if (isNumber) {
+            cell.id = id;
+            cell.setAttribute('role', 'gridcell');
+        } else {
+            cell.setAttribute('aria-hidden', 'true');
+        }
+        return cell;
     }
 
     choose(offset) {

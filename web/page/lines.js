@@ -44,6 +44,7 @@ export class Lines {
     format = '';
     names = [''];
     longest = 0;  // of the lines, in bytes
+    cuts = [];    // lines that the next one goes on with
 
     // Adds a block; how the dump ended, if it did.
     add(buffer) {
@@ -62,12 +63,18 @@ export class Lines {
             this.count += block.lines;
             this.textSize += block.text.length;
             let start = 0;
-            for (const end of block.textEnds) {
+            block.textEnds.forEach((end, i) => {
                 if (end - start > this.longest) this.longest = end - start;
+                if (block.marks[i] & MARK.cut) this.cuts.push(block.first + i);
                 start = end;
-            }
+            });
         }
         return block.end;
+    }
+
+    // Where a line of the dump stands, whose number is that of one that is never cut.
+    placeOf(number) {
+        return this.cuts.reduce((place, cut) => cut < place ? place + 1 : place, number);
     }
 
     // The block that holds a line.

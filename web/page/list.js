@@ -105,6 +105,7 @@ export class FileList {
         this.active = Math.max(0, this.shown.indexOf(chosen));
         this.anchor = this.isPair ? Math.max(0, this.shown.indexOf(anchor)) : this.active;
         this.list.setCount(this.shown.length);
+        this.box.setAttribute('aria-rowcount', this.shown.length + 1);  // with the heads
     }
     refresh() {
         this.list.setRowHeight(rowHeightOf(this.box));
@@ -112,23 +113,25 @@ export class FileList {
 
     drawHead() {
         this.head.replaceChildren(...COLUMNS.map(column => {
+            const head = document.createElement('span');
             const button = document.createElement('button');
-            button.type = 'button';
-            button.className = `column ${column.key}`;
             const isSorted = column.key === this.sortKey;
+            button.type = 'button';
             button.textContent = column.title + (isSorted ? this.descending ? ' ▾' : ' ▴' : '');
-            button.setAttribute('role', 'columnheader');
-            button.setAttribute('aria-sort', isSorted ? this.descending ? 'descending' : 'ascending' : 'none');
             button.addEventListener('click', () => this.sortBy(column.key));
-            return button;
+            head.className = `column ${column.key}`;
+            head.setAttribute('role', 'columnheader');
+            head.setAttribute('aria-sort', isSorted ? this.descending ? 'descending' : 'ascending' : 'none');
+            head.append(button);
+            return head;
         }));
     }
     sortBy(key) {
         this.descending = key === this.sortKey && !this.descending;
         this.sortKey = key;
-        const focused = [...this.head.children].indexOf(document.activeElement);
+        const focused = [...this.head.children].findIndex(head => head.contains(document.activeElement));
         this.drawHead();
-        this.head.children[focused]?.focus();
+        this.head.children[focused]?.firstChild.focus();
         this.update();
     }
 
@@ -146,7 +149,7 @@ export class FileList {
         element.classList.toggle('opened', entry === this.opened);
         element.setAttribute('role', 'row');
         element.setAttribute('aria-selected', isSelected);
-        element.setAttribute('aria-rowindex', row + 1);
+        element.setAttribute('aria-rowindex', row + 2);
         element.replaceChildren(...COLUMNS.map(column => {
             const cell = document.createElement('span');
             cell.className = `column ${column.key}`;
@@ -188,8 +191,6 @@ export class FileList {
     open(row) {
         const entry = this.shown[row];
         if (!entry) return;
-        this.opened = entry;
-        this.list.schedule();
         this.onOpen(entry);
     }
     pressed(event) {

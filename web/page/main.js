@@ -1,13 +1,14 @@
 // The page: what its parts tell each other.
 import {Comparison} from './compare.js';
 import {Dump} from './dump.js';
-import {copyText, download, handleCopies, referenceTo, textOf} from './export.js';
+import {copyText, download, saveBlob, handleCopies, referenceTo, textOf} from './export.js';
 import {FactsReader, seldom} from './facts.js';
 import {chosenFiles, droppedFiles, pickedFolder} from './files.js';
 import {Search} from './find.js';
 import {HexView} from './hex.js';
 import {FileList, sizeText, titleOf} from './list.js';
 import {prepare} from './pool.js';
+import {SequenceView} from './report.js';
 import {safeName} from './safe.js';
 import {entriesOf} from './sequences.js';
 import {Switches} from './switches.js';
@@ -33,6 +34,7 @@ const refreshList = seldom(() => {
     list.update();
     showListStatus();
     if (dump) showTitle();
+    if (entry) report.show(entry);
 });
 const facts = new FactsReader((one, entries) => {
     if (entries[0] !== one) list.replace(one, entries);
@@ -41,7 +43,14 @@ const facts = new FactsReader((one, entries) => {
     await facts.odd(list.entries);
     refreshList();
 });
-const comparison = new Comparison(element('comparison'), element('differences'));
+const report = new SequenceView({
+    box: element('report'), summary: element('report-summary'), kinds: element('report-kinds'), frames: element('report-frames'),
+    rows: element('findings'),
+}, (one, switches) => facts.report(one, switches), openFrame);
+const comparison = new Comparison({
+    dialog: element('comparison'), heading: element('comparison-heading'), heads: element('difference-heads'), box: element('differences'),
+    differing: element('differing-only'), all: element('compare-all'),
+}, goToLine);
 
 // Files
 
@@ -53,6 +62,7 @@ async function addFiles(found) {
     let shown = performance.now();
     for await (const one of found) {
         files.push(one);
+        facts.found(one);
         if (performance.now() - shown < 250) continue;
         showListStatus();
         shown = performance.now();
@@ -80,7 +90,6 @@ async function setEntries() {
         return old && old.path === one.path && old.files.length === one.files.length ? old : one;
     });
     list.set(entries);
-    facts.clear();
     facts.add(entries.filter(one => !one.isRead));
     showListStatus();
 }
@@ -123,6 +132,7 @@ element('clear').addEventListener('click', () => {
     facts.clear();
     list.set([]);
     closeDump();
+    element('back').hidden = true;
     document.body.classList.remove('has-files');
     element('open-files').focus();
 });
@@ -141,10 +151,28 @@ function showComparable() {
 list.onChoose = showComparable;
 element('compare').addEventListener('click', () => {
     const two = comparable();
-    if (two) comparison.show(two.map(one => one.files[one === entry ? frame : 0]), switches.details);
+    if (!two) return;
+    element('back').hidden = false;
+    comparison.show(two.map(one => {
+        const at = one === entry ? frame : 0;
+        return {...one.files[at], entry: one, frame: at};
+    }), switches.details);
 });
+element('back').addEventListener('click', () => comparison.open());
 element('close-comparison').addEventListener('click', () => comparison.close());
 element('copy-comparison').addEventListener('click', () => copyText(comparison.text));
+element('download-comparison').addEventListener('click', () => saveBlob(new Blob([comparison.text]), 'comparison.txt'));
+
+// Shows a line of a file's dump, which is made where it is not the one that is open.
+function goToLine(one, line, details) {
+    const isOpen = dump?.file === one.file && dump.state === 'done' && `${dump.switches}` === `${details}`;
+    switches.setDetails(details);
+    entry = one.entry;
+    if (!isOpen) openFrame(one.frame);
+    awaited = line;
+    element('tree').focus();
+    dumpChanged();
+}
 
 // The dump
 
@@ -161,6 +189,7 @@ function openFrame(index) {
     dump?.close();
     search?.stop();
     const one = entry.files[frame];
+    list.opened = entry;
     dump = new Dump(one, switches.list(one.file.size), dumpChanged);
     tree.show(dump.lines);
     tree.setFilter(element('filter').value);
@@ -170,13 +199,16 @@ function openFrame(index) {
     element('frames').hidden = entry.files.length < 2;
     element('frame').textContent = `${number(frame + 1)} of ${number(entry.files.length)}`;
     document.body.classList.add('has-dump');
+    report.show(entry);
     say('');
     showComparable();
+    awaited = -1;
     restoring = isSame && chosen ? chosen[0] : -1;
     dumpChanged();
     look();
     list.refresh();
 }
+let awaited = -1;    // the line that is gone to when it is there
 let restoring = -1;  // the byte whose line was chosen before the switches were
 
 function closeDump() {
@@ -188,6 +220,7 @@ function closeDump() {
     list.opened = undefined;
     tree.show(null);
     hex.show(null);
+    report.show(undefined);
     document.body.classList.remove('has-dump');
     list.refresh();
 }
@@ -203,6 +236,10 @@ function dumpChanged() {
         const line = tree.active === 0 ? dump.lines.lineAt(restoring) : -1;
         restoring = -1;
         if (line >= 0) tree.reveal(line);
+    }
+    if (awaited >= 0 && (dump.lines.placeOf(awaited) < dump.lines.count || dump.state !== 'running')) {
+        tree.reveal(Math.min(dump.lines.placeOf(awaited), dump.lines.count - 1));
+        awaited = -1;
     }
     const {lines, state} = dump;
     element('cancel').hidden = state !== 'running';
@@ -226,7 +263,7 @@ function statusText(lines, state) {
     if (state === 'failed') return count;
     const time = dump.milliseconds < 1000 ? `${Math.round(dump.milliseconds)} ms` : `${(dump.milliseconds / 1000).toFixed(1)} s`;
     const status = dump.status ? `, status ${dump.status}` : '';
-    return `${count}, ${sizeText(dump.bytesRead)} read in ${number(dump.requests)} requests, ${time}${status}`;
+    return `${count}, ${sizeText(dump.bytesRead)} read in ${number(dump.requests)} request${dump.requests === 1 ? '' : 's'}, ${time}${status}`;
 }
 element('cancel').addEventListener('click', () => dump?.cancel());
 element('go-on').addEventListener('click', () => dump?.goOn());
@@ -315,7 +352,7 @@ addEventListener('keydown', event => {
     }
 });
 function nextPane(backwards) {
-    const panes = ['list', 'tree', 'hex'].map(element).filter(pane => pane.offsetParent !== null);
+    const panes = ['list', 'findings', 'tree', 'hex'].map(element).filter(pane => pane.offsetParent !== null);
     const at = panes.indexOf(document.activeElement);
     panes[(at + (backwards ? -1 : 1) + panes.length) % panes.length]?.focus();
 }
@@ -326,6 +363,7 @@ handleCopies(() => {
     const focused = document.activeElement;
     try {
         if (focused === element('list')) return list.text();
+        if (focused === element('findings')) return report.text;
         if (focused === element('tree') && dump && tree.active >= 0) return textOf(dump.lines, tree.rows, tree.selection);
     } catch (error) {
         if (!(error instanceof RangeError)) throw error;
@@ -335,6 +373,7 @@ handleCopies(() => {
     return undefined;
 });
 element('copy-list').addEventListener('click', () => copyText(list.text()));
+element('copy-report').addEventListener('click', () => copyText(report.text));
 element('copy-lines').addEventListener('click', () => {
     element('tree').focus();
     document.execCommand('copy');
@@ -357,7 +396,7 @@ function say(text) {
 
 // The browser's zoom and fonts change how tall a row is.
 addEventListener('resize', () => {
-    for (const part of [tree, hex, list, comparison]) part.refresh();
+    for (const part of [tree, hex, list, comparison, report]) part.refresh();
 });
 
 prepare(element('worker').textContent, element('module').textContent).then(

@@ -18,7 +18,7 @@ export function unpack(packed) {
     const parts = [];
     for (let at = 0; at < packed.length;) {
         const size = view.getUint32(at, true);
-        parts.push(packed.slice(at + 4, at + 4 + size));
+        parts.push(packed.subarray(at + 4, at + 4 + size));
         at += 4 + size;
     }
     return parts;

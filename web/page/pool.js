@@ -14,32 +14,43 @@ export async function prepare(script, moduleText) {
     tellReady(await WebAssembly.compile(await new Response(stream).arrayBuffer()));
 }
 
-// A worker with one task at a time. Cancelling ends it; the next task gets a new one.
+// A worker that does one task after the other. Cancelling ends it; the next task gets a new one.
 export class Runner {
     tasks = 0;
+    waiting = new Map();  // by their numbers
 
     // Resolves with what the task gives at its end; `received` gets what it sends before. Cancelled tasks never end.
     async run(task, message, received = () => {}) {
         const id = ++this.tasks;
         const module = await ready;
-        this.worker ??= new Worker(source);
-        const {worker} = this;
+        this.worker ??= this.started();
         return new Promise(resolve => {
-            worker.onmessage = ({data}) => {
-                if (data.id !== id) return;
-                if (data.done) resolve(data);
-                else received(data);
-            };
-            worker.onerror = event => {
-                this.cancel();
-                resolve({error: event.message || 'the worker ended'});
-            };
-            worker.postMessage({id, task, module, ...message});
+            this.waiting.set(id, {resolve, received});
+            this.worker.postMessage({id, task, module, ...message});
         });
+    }
+    started() {
+        const worker = new Worker(source);
+        worker.onmessage = ({data}) => {
+            const {resolve, received} = this.waiting.get(data.id) ?? {};
+            if (!data.done) {
+                received?.(data);
+                return;
+            }
+            this.waiting.delete(data.id);
+            resolve?.(data);
+        };
+        worker.onerror = event => {
+            const ended = [...this.waiting.values()];
+            this.cancel();
+            for (const {resolve} of ended) resolve({error: event.message || 'the worker ended'});
+        };
+        return worker;
     }
     cancel() {
         this.worker?.terminate();
         this.worker = undefined;
+        this.waiting.clear();
     }
 }
 

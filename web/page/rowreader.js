@@ -1,67 +1,68 @@
-// Rows of keldump-table: heads of files are read at the same time, the next ones while the module looks at some.
+// Rows of keldump-table and reports of keldump-seq as the module's entries give them, packed.
 import {pack, unpack} from './packing.js';
 import {Source} from './source.js';
 
 const HEAD = 16 * 1024;  // which recognition looks at
-const AT_ONCE = 32;
 
 const encoder = new TextEncoder();
 const decoder = new TextDecoder();
-
-// {cells, known, numbers} as the module gives them, and the whole row for further questions.
-function rowOf(json, packed) {
-    return {...JSON.parse(decoder.decode(json)), packed};
-}
 
 export class RowReader {
     // run(entry, {names, sources, input}) runs an entry of the module; what it prints.
     constructor(run) {
         this.run = run;
     }
+    json(entry, inputs) {
+        return JSON.parse(decoder.decode(this.run(entry, inputs)));
+    }
 
     // Groups of the places of names in their list.
     groups(paths) {
-        return JSON.parse(decoder.decode(this.run('page-groups', {input: pack(paths.map(path => encoder.encode(path)))})));
+        return this.json('page-groups', {input: pack(paths.map(path => encoder.encode(path)))});
     }
     odd(rows) {
-        return JSON.parse(decoder.decode(this.run('page-odd', {input: pack(rows)})));
+        return this.json('page-odd', {input: rows});
+    }
+    // What keldump-seq says of a sequence, by its frames: {name, text, findings}.
+    report(frames, switches) {
+        return this.json('page-report', {names: switches, input: frames});
     }
 
-    // The rows of entries, each given when it is known: one, or where its files are no frames of a sequence one for each.
-    async read(entries, given) {
-        const files = entries.flat();
-        const readHeads = at => {
-            const sources = files.slice(at, at + AT_ONCE).map(({file}) => new Source(file));
-            return Promise.all(sources.map(source => source.readHead(HEAD))).then(() => sources);
-        };
-        let rows = [], entry = 0;
-        for (let at = 0, next = readHeads(0); at < files.length; at += AT_ONCE) {
-            const sources = await next;
-            next = readHeads(at + AT_ONCE);
-            rows.push(...this.rowsOf(sources, files.slice(at, at + AT_ONCE)));
-            for (; entry < entries.length && rows.length >= entries[entry].length; entry++) {
-                const own = rows.splice(0, entries[entry].length);
-                given(entry, own.length > 1 ? this.sequence(entries[entry], own) : own);
+    // Of each of some files what is shown, the row and what counts in a sequence. Their heads are read with one request.
+    async rows(files) {
+        const sources = files.map(({file}) => new Source(file));
+        const sizes = files.map(({file}) => Math.min(file.size, HEAD));
+        try {
+            const heads = new Blob(files.map(({file}) => file.size <= HEAD ? file : file.slice(0, HEAD)));
+            const bytes = new Uint8Array(await heads.arrayBuffer());
+            if (bytes.length === sizes.reduce((sum, size) => sum + size, 0)) {
+                let at = 0;
+                sources.forEach((source, i) => source.hold(bytes.subarray(at, at += sizes[i])));
             }
+        } catch {
+            // One of them cannot be read: each says so itself.
         }
+        return this.rowsOf(sources, files);
     }
     rowsOf(sources, files) {
         const names = files.map(({name}, i) => `${i}/${name}`);
         try {
-            const parts = unpack(this.run('page-rows', {names, sources}));
-            if (parts.length !== 2 * files.length) throw new Error('rows are missing');
-            return files.map((file, i) => rowOf(parts[2 * i], parts[2 * i + 1]));
+            // A file that changed meanwhile says so when it is opened once more.
+            const changed = () => sources.filter(source => source.hasChanged).length;
+            let rows, before;
+            do {
+                before = changed();
+                rows = this.run('page-rows', {names, sources});
+            } while (changed() > before);
+            if (unpack(rows).length !== 3 * files.length) throw new Error('rows are missing');
+            return rows;
         } catch (error) {
-            if (files.length > 1) return files.flatMap((file, i) => this.rowsOf([sources[i]], [file]));
+            if (files.length > 1) return pack(files.flatMap((file, i) => unpack(this.rowsOf([sources[i]], [file]))));
             // Without the file the module says what it says of those that cannot be read.
-            const row = rowOf(...unpack(this.run('page-rows', {names, sources: []})));
+            const [json, ...rest] = unpack(this.run('page-rows', {names, sources: []}));
+            const row = JSON.parse(decoder.decode(json));
             row.cells[row.cells.length - 1] = String(error.message);
-            return [row];
+            return pack([encoder.encode(JSON.stringify(row)), ...rest]);
         }
-    }
-    sequence(files, rows) {
-        const input = pack(files.flatMap(({path}, i) => [encoder.encode(path), rows[i].packed]));
-        const parts = unpack(this.run('page-sequence', {input}));
-        return parts.length === 2 ? [rowOf(...parts)] : rows;
     }
 }

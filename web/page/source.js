@@ -20,17 +20,22 @@ export class Source {
         this.window = FIRST_WINDOW;
     }
 
-    // The head, read at the same time as those of other files.
-    async readHead(size) {
+    // The head, which was read with those of other files.
+    hold(head) {
+        this.held = head;
+        this.requests++;
+        this.bytesRead += head.length;
+    }
+
+    // One that is gone seems empty.
+    open() {
+        if (this.file.size > 0) return;
         try {
-            this.held = new Uint8Array(await this.file.slice(0, size).arrayBuffer());
-            this.requests++;
-            this.bytesRead += this.held.length;
+            this.reader.readAsArrayBuffer(this.file);
         } catch {
             this.hasChanged = true;
         }
     }
-
     size() {
         return this.file.size;
     }

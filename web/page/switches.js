@@ -63,6 +63,12 @@ export class Switches {
     get details() {
         return CHOICES[1].options[this.selects[1].selectedIndex].switches;
     }
+    // The fields of a dump, with those details and nothing else.
+    setDetails(switches) {
+        this.selects[0].selectedIndex = 0;
+        this.selects[1].selectedIndex = CHOICES[1].options.findIndex(option => option.switches.length === switches.length);
+        for (const {input} of this.marks) input.checked = false;
+    }
     // As the command has them, for a file of a size.
     list(size) {
         const chosen = CHOICES.flatMap((choice, i) => {

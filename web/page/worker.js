@@ -32,7 +32,9 @@ function runOver(module, args, sources, write, input, complain = () => {}) {
         standard: [input ? reader(input) : NO_FILE, writer(write), writer(complain)],
         open(name) {
             const source = sources.get(name);
-            if (!source || source.hasChanged) throw new Failure('ENOENT');
+            if (!source) throw new Failure('ENOENT');
+            source.open();
+            if (source.hasChanged) throw new Failure('EIDRM');
             return source;
         },
     };
@@ -125,24 +127,31 @@ const tasks = {
     groups({module, paths}) {
         return {groups: rowReader(module).groups(paths)};
     },
-    // Entries, each an array of {file, name, path}.
-    async rows({module, entries}, send) {
-        await rowReader(module).read(entries, (entry, rows) => send({entry, rows}));
-        return {};
+    async rows({module, files}) {
+        return {rows: await rowReader(module).rows(files)};
+    },
+    sequence({module, input}) {
+        return {given: printedBy(module, 'page-sequence', {input})};
+    },
+    report({module, frames, switches}) {
+        return {report: rowReader(module).report(frames, switches)};
     },
     odd({module, rows}) {
         return {odd: rowReader(module).odd(rows)};
     },
 
-    // What differs between two files, as text.
+    // What differs between two files; what the module complains of.
     compare({module, files, switches}) {
         const sources = files.map(({file}) => new Source(file));
         const names = files.map(({name}, i) => `${'AB'[i]}/${name}`);
         const pieces = [], messages = [];
-        const status = runOver(module, ['keldump-diff', ...switches, '--', ...names],
+        const status = runOver(module, ['page-diff', ...switches, '--', ...names],
             new Map(sources.map((source, i) => [names[i], source])), bytes => pieces.push(bytes.slice()), undefined, bytes => messages.push(bytes.slice()));
         const textOf = parts => new TextDecoder().decode(joined(parts));
-        return {status, text: textOf(pieces), message: textOf(messages), hasChanged: sources.some(source => source.hasChanged)};
+        return {
+            status, told: status <= 1 ? JSON.parse(textOf(pieces)) : undefined, message: textOf(messages),
+            hasChanged: sources.some(source => source.hasChanged),
+        };
     },
 };
 

@@ -12,10 +12,9 @@ import {madeFiles} from './made.js';
 import {recordedDumps} from './recorded.js';
 
 const ROOT = fileURLToPath(new URL('../..', import.meta.url));
-const NATIVE = path.join(ROOT, 'build/keldump');
-const NATIVE_JSON = path.join(ROOT, 'build/keldump-json');
-const NATIVE_TABLE = path.join(ROOT, 'build/keldump-table');
-const CLI = path.join(ROOT, 'build-wasi/npm/package/cli.js');
+const native = name => path.join(ROOT, 'build', name);
+const ours = name => path.join(ROOT, 'build-wasi/npm/package/bin', `${name}.js`);
+const NATIVE = native('keldump');
 const sample = name => path.join(ROOT, 'samples', name);
 
 function workplace() {
@@ -27,10 +26,10 @@ function result(command, args, options) {
     return {status, stdout: stdout.toString('latin1'), stderr: stderr.toString()};
 }
 
-function assertSame(args, options = {}) {
-    const cwd = options.cwd ?? workplace();
-    const expected = result(NATIVE, args, {...options, cwd});
-    assert.deepEqual(result(process.execPath, [CLI, ...args], {...options, cwd}), expected, args.join(' '));
+function assertSame(args, {command = 'keldump', cwd = workplace(), ...rest} = {}) {
+    const options = {...rest, cwd, maxBuffer: 1 << 30};
+    const expected = result(native(command), args, options);
+    assert.deepEqual(result(process.execPath, [ours(command), ...args], options), expected, `${command} ${args.join(' ')}`);
     return expected;
 }
 
@@ -91,18 +90,54 @@ test('standard input', () => {
 
 test('written frames', () => {
     const file = sample('mxf/op1a-jpeg2000.mxf');
-    const [native, ours] = [workplace(), workplace()];
-    spawnSync(NATIVE, ['-ms', file], {cwd: native});
-    spawnSync(process.execPath, [CLI, '-ms', file], {cwd: ours});
-    assert.equal(fs.readdirSync(native).length, 3);
-    for (const name of fs.readdirSync(native))
-        assert(fs.readFileSync(path.join(native, name)).equals(fs.readFileSync(path.join(ours, name))), name);
+    const [expected, written] = [workplace(), workplace()];
+    spawnSync(NATIVE, ['-ms', file], {cwd: expected});
+    spawnSync(process.execPath, [ours('keldump'), '-ms', file], {cwd: written});
+    assert.equal(fs.readdirSync(expected).length, 3);
+    for (const name of fs.readdirSync(expected))
+        assert(fs.readFileSync(path.join(expected, name)).equals(fs.readFileSync(path.join(written, name))), name);
     assertSame(['-ms=none/x%d.jpc', file]);
+});
+
+// Frames 1 to 20 without the tenth, the fifth cut; beside them what commands leave out, or say that it is not there.
+function writeReel(cwd) {
+    const frame = fs.readFileSync(sample('dpx/rgb8-big.dpx'));
+    const reel = path.join(cwd, 'reel');
+    fs.mkdirSync(path.join(reel, '.hidden'), {recursive: true});
+    fs.mkdirSync(path.join(reel, 'empty'));
+    for (let i = 1; i <= 20; i++)
+        if (i !== 10) fs.writeFileSync(path.join(reel, `a.${i}.dpx`), i === 5 ? frame.subarray(0, 3000) : frame);
+    fs.writeFileSync(path.join(reel, '.hidden/b.1.dpx'), frame);
+    fs.writeFileSync(Buffer.concat([Buffer.from(`${reel}/n`), Buffer.from([0xff, 0x1b]), Buffer.from('.txt')]), 'text');
+    fs.symlinkSync('nowhere', path.join(reel, 'gone'));
+    fs.symlinkSync('.', path.join(reel, 'loop'));
+    spawnSync('mkfifo', [path.join(reel, 'pipe')]);
+}
+
+test('every command, over files, directories and sequences', () => {
+    const cwd = workplace();
+    writeReel(cwd);
+    const movie = sample('quicktime/h264-aac.mov');
+    const cases = {
+        'keldump-all': [['--', 'reel', movie], ['none']],
+        'keldump-diff': [[movie, sample('quicktime/prores-timecode.mov')], ['--json', '--all', movie, movie], ['reel', movie]],
+        'keldump-json': [['-v', movie], ['--lines', 'reel']],
+        'keldump-seq': [['reel'], ['--json', '--frames', '1-22', 'reel/a.%d.dpx'], ['--ignore=cut', '--quiet', '.'], ['reel/pipe', 'b.%d.dpx'], ['-x']],
+        'keldump-table': [[sample('')], ['--csv', 'reel', 'none', 'reel/pipe'], ['--odd', sample('mxf')], ['--help']],
+    };
+    for (const [command, runs] of Object.entries(cases))
+        for (const args of runs) assertSame(args, {command, cwd});
+    assert.equal(assertSame(['reel'], {command: 'keldump-seq', cwd}).stdout.split('\n').length, 4);
+    // As a package's commands are installed: links to the files.
+    const link = path.join(cwd, 'keldump-seq');
+    fs.symlinkSync(ours('keldump-seq'), link);
+    assert.equal(result(link, ['reel'], {cwd}).status, 1);
+    fs.rmSync(cwd, {recursive: true});
 });
 
 test('lines as data', () => {
     const file = sample('dpx/film10-little.dpx');
-    const [expected] = JSON.parse(spawnSync(NATIVE_JSON, ['-v', file]).stdout);
+    const [expected] = JSON.parse(spawnSync(native('keldump-json'), ['-v', file]).stdout);
     assert.deepEqual(dump(file, {switches: ['-v'], lines: true}), expected);
     assert.throws(() => dump(file, {switches: ['-q'], lines: true}), TypeError);
     assert.equal(dump('none', {lines: true}).message, 'could not open file');
@@ -114,7 +149,7 @@ test('lines as data', () => {
 
 test('facts', () => {
     const files = [...new Set(recordedDumps().map(one => one.sample))];
-    const expected = spawnSync(NATIVE_TABLE, ['--each', '--lines', ...files], {maxBuffer: 1 << 30}).stdout.toString().trim().split('\n').map(line => JSON.parse(line));
+    const expected = spawnSync(native('keldump-table'), ['--each', '--lines', ...files], {maxBuffer: 1 << 30}).stdout.toString().trim().split('\n').map(line => JSON.parse(line));
     assert.equal(expected.length, files.length);
     files.forEach(file => assert.deepEqual(facts(file), expected.find(row => row.file === file)));
     assert.equal(facts('none').problem, 'No such file or directory');

@@ -19,6 +19,7 @@ const PAGE = pathToFileURL(path.join(ROOT, 'build/keldump.html')).href;
 const NATIVE = path.join(ROOT, 'build/keldump');
 const TABLE = path.join(ROOT, 'build/keldump-table');
 const JSON_DUMP = path.join(ROOT, 'build/keldump-json');
+const SEQ = path.join(ROOT, 'build/keldump-seq');
 const DIFF = path.join(ROOT, 'build/keldump-diff');
 const sample = name => path.join(ROOT, 'samples', name);
 
@@ -74,7 +75,7 @@ async function copied(page, copy) {
 }
 const lineElement = text => `[...document.querySelectorAll('#tree .line')].find(line => line.textContent.includes(${JSON.stringify(text)}))`;
 async function clickOn(page, expression) {
-    await page.evaluate(`(${expression}).id = 'clicked-element'`);
+    await drawn(page, `(${expression}).id = 'clicked-element'`);
     await page.click('#clicked-element');
 }
 
@@ -328,6 +329,22 @@ test('the list has the rows of keldump-table: sequences, problems and odd values
     await page.click('#next-frame');
     assert.match(await page.text('name'), /shot\.0002\.dpx/);
     assert.match(await page.text('facts'), /^DPX {2}\d+x\d+ {2}.*KB$/);
+
+    // What keldump-seq says of it; a finding opens its first frame.
+    const seq = (...switches) => spawnSync(SEQ, [...switches, 'shot.%04d.dpx'], {cwd: inWork('reel')}).stdout.toString();
+    const findings = seq().trimEnd().split('\n').map(line => line.replace(/^shot\.#\.dpx: /, ''));
+    const shownFindings = () => drawn(page, `[...document.querySelectorAll('.finding:not([hidden])')].map(row => row.textContent)`);
+    assert.deepEqual([...await shownFindings(), await page.text('report-summary')], findings);
+    assert.equal(await copied(page, () => page.click('#copy-report')), seq());
+    await page.evaluate(`document.getElementById('findings').focus()`);
+    await page.press('ArrowDown', findings.findIndex(line => line.startsWith('frame 50:')));
+    await page.press('Enter');
+    assert.match(await page.text('name'), /shot\.0051\.dpx/);
+    await page.evaluate(`document.getElementById('report-frames').focus()`);
+    await page.type('1-105');
+    await page.click('#report-kinds input');
+    await page.until(`document.getElementById('findings').textContent.includes('missing (5)')`);
+    assert.equal(await copied(page, () => page.click('#copy-report')), seq('--frames=1-105', '--ignore=cut'));
 }));
 
 test('a folder of many frames', () => withPage(async page => {
@@ -357,12 +374,34 @@ test('two files are compared', () => withPage(async page => {
     await page.press('Control+ArrowDown');
     await page.press('Control+ArrowUp', 9);
     await page.press('Control+ArrowDown', names.indexOf(path.basename(two)));
-    assert.equal(await page.evaluate(`document.querySelectorAll('#list .selected').length`), 2);
+    assert.equal(await drawn(page, `document.querySelectorAll('#list .selected').length`), 2);
     await page.click('#compare');
-    await page.until(`document.querySelectorAll('.difference').length > 1`);
-    const expected = spawnSync(DIFF, ['--', one, two]).stdout.toString().split('\n').filter((line, i) => line && !(i < 2 && /^(---|\+\+\+) /.test(line)));
-    const shown = await drawn(page, `[...document.querySelectorAll('.difference:not([hidden])')].map(line => line.textContent)`);
-    assert.deepEqual(shown, expected.slice(0, shown.length));
+    await page.until(`document.querySelectorAll('.difference:not([hidden])').length > 1`);
+    const texts = spawnSync(DIFF, ['--', ...[one, two].map(name => path.basename(name))], {cwd: path.dirname(one)}).stdout.toString();
+    assert.equal(await copied(page, () => page.click('#copy-comparison')), texts);
+    const rows = () => drawn(page, `[...document.querySelectorAll('.difference:not([hidden])')].map(row => [...row.children].map(cell => cell.textContent))`);
+    const {facts, fields} = JSON.parse(spawnSync(DIFF, ['--json', '--', one, two]).stdout);
+    const shown = await rows();
+    assert.deepEqual(shown[0], ['Facts']);
+    assert.deepEqual(shown.slice(1, 1 + facts.length), facts.map(({name, one: a, other: b}) => [name, a ?? '', b ?? '']));
+    const told = shown.slice(1 + facts.length).filter(cells => cells.length === 3);
+    const cell = (value, below) => value === '' ? below ? `${below} fields below` : '(empty)' : value ?? '';
+    assert.deepEqual(told, fields.map(({field, one: a, other: b, below}) => [field, cell(a, below), cell(b, below)]).slice(0, told.length));
+    const marks = await drawn(page, `[...document.querySelectorAll('.difference:not([hidden]) mark')].map(mark => mark.textContent)`);
+    assert.equal(marks.filter(mark => mark === 'V2.0').length, 2, marks.join());  // a fact, and within the quotes of a field
+    // A value goes to its line and its bytes, in either file; and back.
+    const fieldCell = (name, side) => `[...document.querySelectorAll('.difference:not([hidden])')].find(row => row.firstChild.textContent === '${name}').children[${side}]`;
+    for (const [side, line, bytes] of [[1, /bitdepth .*: 8$/, '08'], [2, /bitdepth .*: 10$/, '0a']]) {
+        await clickOn(page, fieldCell('bitdepth', side));
+        await page.until(`!document.getElementById('comparison').open && ${idle} && document.getElementById('place').textContent.includes('bitdepth')`);
+        assert.match(await activeLine(page), line);
+        assert.equal(await hits(page), bytes);
+        await page.click('#back');
+    }
+    // What is the same, too, is not marked.
+    await page.click('#differing-only');
+    assert((await rows()).some(cells => cells.length === 3 && cells[1] === cells[2]));
+    assert.equal(await page.evaluate(`[...document.querySelectorAll('.difference:not([hidden])')].every(row => row.children.length < 3 || (row.children[1].textContent !== row.children[2].textContent) === / (changed|removed|added)/.test(row.className))`), true);
     await page.press('Escape');
     assert.equal(await page.evaluate(`document.getElementById('comparison').open`), false);
 }));
@@ -419,6 +458,17 @@ test('files that change, and the same file twice', () => withPage(async page => 
     await page.evaluate(`document.getElementById('clear').click()`);
     await openFiles(page, file);
     assert.match(await firstLines(), /Little Endian/);
+
+    // Between the choice and the reading.
+    const frames = [1, 2, 3, 4].map(i => inWork(`going/a.${i}.dpx`, fs.readFileSync(sample('dpx/rgb8-big.dpx'))));
+    await page.evaluate(`document.getElementById('clear').click(); document.body.insertAdjacentHTML('beforeend', '<input type=file multiple id=kept hidden>')`);
+    await page.choose(frames, 'kept');
+    await page.evaluate(`[...document.getElementById('kept').files].map(one => one.size)`);
+    fs.appendFileSync(frames[1], 'more');
+    fs.rmSync(frames[2]);
+    await page.evaluate(`document.getElementById('file-input').files = document.getElementById('kept').files; document.getElementById('file-input').dispatchEvent(new Event('change'))`);
+    await page.until(`/changed/.test(document.querySelector('#list .problem')?.textContent)`);
+    assert.match((await table(page))[0].problem, /^2 frames \(2-3\): changed, or can no longer be read/);
 }));
 
 test('large files: little is read, and dumps stop, go on and are cancelled', () => withPage(async page => {

@@ -3,8 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <charconv>
-#include <filesystem>
 #include <set>
 #include <string>
 #include <vector>
@@ -21,8 +19,6 @@
 #include "companions/sequence/report.h"
 #include "companions/workers.h"
 #include "main/facts.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -55,25 +51,11 @@ constexpr char kUsage[] =
 
 struct Request {
     SequenceQuestion question;
-    std::vector<std::string> ignored;
     bool quiet = false;
     bool json = false;
     unsigned jobs = 4 * core_count();  // on a share most of the time is waiting
     std::vector<std::string> operands;
 };
-
-// "10-200", "-5-20".
-bool parse_frames(const std::string &text, Request &request) {
-    int64_t first = 0;
-    int64_t last = 0;
-    const char *end = text.data() + text.size();
-    const auto one = std::from_chars(text.data(), end, first);
-    if (one.ec != std::errc() || one.ptr == end || *one.ptr != '-') return false;
-    const auto two = std::from_chars(one.ptr + 1, end, last);
-    if (two.ec != std::errc() || two.ptr != end || last < first) return false;
-    request.question.wanted = {first, last};
-    return true;
-}
 
 bool parse(Arguments arguments, Request &request) {
     std::string value;
@@ -83,9 +65,9 @@ bool parse(Arguments arguments, Request &request) {
         } else if (arguments.is("--json")) {
             request.json = true;
         } else if (arguments.takes("--ignore", value)) {
-            add_names(value, request.ignored);
+            add_names(value, request.question.ignored);
         } else if (arguments.takes("--frames", value)) {
-            if (!arguments.failed() && !parse_frames(value, request)) return arguments.refuse();
+            if (!arguments.failed() && !parse_frames(value, request.question)) return arguments.refuse();
         } else if (!arguments.takes_jobs(request.jobs)) {
             return arguments.refuse();
         }
@@ -96,20 +78,23 @@ bool parse(Arguments arguments, Request &request) {
 
 bool any_name(std::string_view) { return true; }
 
-bool is_frame_name(const std::string &path) {
-    const std::string extension = fs::path(path).extension();
-    return std::ranges::any_of(std::vector<const char *>{".dpx", ".cin", ".cineon", ".exr", ".tif", ".tiff",
-                                                         ".dng", ".jp2", ".j2k", ".j2c", ".jpc", ".ari"},
-                               [&](const char *e) { return strcasecmp(extension.c_str(), e) == 0; });
+bool is_frame_name(std::string_view path) {
+    constexpr const char *kExtensions[] = {".dpx", ".cin", ".cineon", ".exr", ".tif", ".tiff",
+                                           ".dng", ".jp2", ".j2k",    ".j2c", ".jpc", ".ari"};
+    const std::string_view name = path.substr(path.rfind('/') + 1);
+    const size_t dot = name.rfind('.');
+    if (dot == std::string_view::npos || dot == 0) return false;
+    const std::string extension(name.substr(dot));
+    return std::ranges::any_of(kExtensions,
+                               [&](const char *known) { return strcasecmp(extension.c_str(), known) == 0; });
 }
 
 // The files of its directory that a pattern makes.
 std::vector<std::string> files_of_pattern(const std::string &pattern) {
-    const std::string directory = fs::path(pattern).parent_path();
+    const std::string directory = pattern.substr(0, pattern.rfind('/') + 1);
     std::vector<std::string> files;
-    std::error_code error;
-    for (const auto &entry : fs::directory_iterator(directory.empty() ? "." : directory, error)) {
-        const std::string file = (fs::path(directory) / entry.path().filename()).native();
+    for (const std::string &name : names_in(directory.empty() ? "." : directory)) {
+        const std::string file = directory + name;
         for (const FrameNumber &number : numbers_of(file)) {
             if (number.value <= INT32_MAX && number.value >= INT32_MIN &&
                 file == name_from_pattern(pattern.c_str(), static_cast<int32_t>(number.value))) {
@@ -135,11 +120,10 @@ bool add_operand(const std::string &operand, std::vector<std::string> &files) {
         complain(safe_name(operand) + ": " + why);
         return false;
     };
-    std::error_code ignored;
     const size_t before = files.size();
     bool complete = true;
-    if (fs::exists(operand, ignored)) {
-        const bool directory = fs::is_directory(operand, ignored);
+    if (is_there(operand)) {
+        const bool directory = is_directory(operand);
         const FileList list = list_files({operand});
         complete = !report_problems(list);
         std::ranges::copy_if(list.files, std::back_inserter(files),
@@ -158,9 +142,8 @@ bool add_operand(const std::string &operand, std::vector<std::string> &files) {
 // Judges each sequence when its last frame is read.
 class Sequences : public JobsReader {
  public:
-    Sequences(const Request &request, const std::vector<std::string> &files,
-              const std::vector<FrameGroup> &groups)
-        : request_(request), files_(files), groups_(groups), progress_(files.size(), !isatty(STDOUT_FILENO)) {
+    Sequences(const Request &request, size_t files, const std::vector<FrameGroup> &groups)
+        : request_(request), groups_(groups), progress_(files, !isatty(STDOUT_FILENO)) {
         if (request.json) write_out("[");
     }
 
@@ -191,10 +174,7 @@ class Sequences : public JobsReader {
     void judge(const FrameGroup &group) {
         SequenceQuestion question = request_.question;
         question.numbered = group.is_numbered;
-        SequenceReport report = check_sequence(frames_, names_, question);
-        std::erase_if(report.findings, [&](const Finding &finding) {
-            return std::ranges::find(request_.ignored, finding.kind) != request_.ignored.end();
-        });
+        const SequenceReport report = check_sequence(frames_, names_, question);
         const bool shown = !request_.quiet || !report.findings.empty();
         clean_ = clean_ && report.findings.empty();
         progress_.clear();
@@ -207,7 +187,6 @@ class Sequences : public JobsReader {
     }
 
     const Request &request_;
-    const std::vector<std::string> &files_;
     const std::vector<FrameGroup> &groups_;
     Progress progress_;
     size_t group_ = 0;
@@ -236,7 +215,7 @@ int main(int argc, char **argv) {
     const std::vector<FrameGroup> groups = group_frames(files, any_name);
     std::vector<size_t> order;
     for (const FrameGroup &group : groups) order.insert(order.end(), group.files.begin(), group.files.end());
-    Sequences sequences(request, files, groups);
+    Sequences sequences(request, files.size(), groups);
     run_jobs(
         order.size(), request.jobs,
         [&](size_t index, JobOutput &output) {

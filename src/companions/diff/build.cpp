@@ -66,6 +66,7 @@ class TreeListener : public Listener {
             add_capped(long_value_, line.text);
             if (!line.goes_on) end_long();
         } else {
+            line_++;
             places_.place(line, field_);
             long_depth_ = SIZE_MAX;
             if (line.is_listing) {
@@ -87,6 +88,7 @@ class TreeListener : public Listener {
     struct Open {
         FieldNode node;
         std::string hex;                             // rows that nothing names
+        uint32_t hex_line = 0;                       // their first
         bool has_fields = false;                     // beside these
         std::unordered_map<uint32_t, size_t> alike;  // children of a name
     };
@@ -127,6 +129,7 @@ class TreeListener : public Listener {
         for (const uint64_t index : field_.index) label += "[" + std::to_string(index) + "]";
         node.name = pool_.number(label);
         node.value = pool_.number(value.substr(0, kMostText));
+        node.line = line_;
         if (line.is_aside) {
             open_.back().node.children.push_back(std::move(node));
         } else if (field_.is_labelled) {
@@ -206,6 +209,7 @@ class TreeListener : public Listener {
         if (!label.empty() && label != "data") {
             add_hex_field(open.node, label, bytes);
         } else if (!bytes.empty() || !label.empty()) {
+            if (open.hex.empty()) open.hex_line = line_;
             add_capped(open.hex, (open.hex.empty() ? "" : " ") + bytes);
         } else {
             // The first number of an index entry is a position.
@@ -223,7 +227,7 @@ class TreeListener : public Listener {
             rows = node.groups.end() - 1;
         }
         FieldColumn &column = rows->column(pool_.number(label));
-        column.add(column.count(), pool_.number(value.substr(0, kMostText)));
+        column.add(column.count(), pool_.number(value.substr(0, kMostText)), line_);
         rows->count = std::max(rows->count, column.count());
     }
 
@@ -232,6 +236,7 @@ class TreeListener : public Listener {
         if (node.children.empty() || node.children.back().name != name) {
             node.children.push_back({});
             node.children.back().name = name;
+            node.children.back().line = line_;
         }
         std::string value(text(node.children.back().value));
         add_capped(value, (value.empty() ? "" : " ") + std::string(bytes));
@@ -259,7 +264,7 @@ class TreeListener : public Listener {
         if (!open.hex.empty() && (everything_ || !open.has_fields) && !node.is_left_out) {
             const bool unnamed = node.children.empty() || tree_.format == "MXF";
             const uint32_t name = unnamed ? 0 : pool_.number("data");
-            node.children.push_back({name, 0, pool_.number(open.hex), false, {}, {}});
+            node.children.push_back({name, 0, pool_.number(open.hex), open.hex_line, false, {}, {}});
         }
         gather(node);
         if (tree_.format == "OpenEXR" && !everything_ && open_.size() == 1 && node.kind == 0) {
@@ -347,6 +352,7 @@ class TreeListener : public Listener {
     std::vector<Open> open_;                       // the root, and the sections around the line before
     std::unordered_map<uint64_t, bool> left_out_;  // labels by their sections
     bool goes_on_ = false;
+    uint32_t line_ = 0;  // of the dump, from 1 on
     std::string long_value_;
     size_t long_depth_ = 0;
 };

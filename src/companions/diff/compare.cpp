@@ -102,8 +102,13 @@ class Comparison {
         taker_.take(difference);
     }
 
-    void changed(const std::string &label, const std::string &one, const std::string &other) {
+    void changed(const std::string &label, const std::string &one, const std::string &other,
+                 uint32_t line_one = 0, uint32_t line_other = 0,
+                 Difference::Kind kind = Difference::changed) {
         Difference difference;
+        difference.kind = kind;
+        difference.lines[0] = line_one;
+        difference.lines[1] = line_other;
         difference.field = label;
         difference.one = one;
         difference.other = other;
@@ -135,6 +140,7 @@ class Comparison {
             difference.below = field_count(node);
         }
         (kind == Difference::only_one ? difference.one : difference.other) = value;
+        difference.lines[kind == Difference::only_one ? 0 : 1] = node.line;
         give(difference);
     }
 
@@ -162,21 +168,25 @@ class Comparison {
 
     void field(const FieldNode &a, const FieldNode &b) {
         if (a.name != b.name) {  // descriptions
-            changed("description", text(a.name), text(b.name));
+            changed("description", text(a.name), text(b.name), a.line, b.line);
         }
-        if (a.value == b.value) return;
+        if (a.value == b.value) {
+            if (options_.same && (a.value || !(a.is_section() || b.is_section())))
+                changed(text(a.name), text(a.value), text(b.value), a.line, b.line, Difference::same);
+            return;
+        }
         const std::string label = a.name || path_.empty() ? text(a.name) : names_.back();
         const std::string one = text(a.value);
         const std::string other = text(b.value);
         if (!options_.everything && told_.has_told(label, one, other)) return;
-        changed(text(a.name), one, other);
+        changed(text(a.name), one, other, a.line, b.line);
     }
 
     void inside(const FieldNode &parent, size_t place, const FieldNode &a, const FieldNode &b) {
         // A set with one item more has its tag there, too.
         const bool is_primer = options_.format == "MXF" && text(a.name) == "MXF Primer Pack";
         if (is_primer && !options_.everything && a.children.size() != b.children.size()) return;
-        if (same_fields(a, b) || (a.name != b.name && !have_common(a, b))) return;
+        if ((!options_.same && same_fields(a, b)) || (a.name != b.name && !have_common(a, b))) return;
         const bool is_shown = a.name != 0 && !is_hidden(a);
         const size_t ordinal = ordinal_of(parent.children, place);
         if (is_shown) {
@@ -262,12 +272,20 @@ class Comparison {
         Difference difference;
         difference.kind = kind;
         difference.field = grouped(group.count) + " " + called(group, group.count);
+        difference.lines[kind == Difference::only_one ? 0 : 1] = line_of(group);
         give(difference);
+    }
+
+    static uint32_t line_of(const Group &group) {
+        return group.columns.empty() || group.columns[0].runs.empty() ? 0 : group.columns[0].runs[0].line;
     }
 
     void group(const Group &a, const Group &b) {
         if (a.count != b.count && (a.name || options_.format != "QuickTime"))
-            changed("number of " + called(a, 2), grouped(a.count), grouped(b.count));
+            changed("number of " + called(a, 2), grouped(a.count), grouped(b.count), line_of(a), line_of(b));
+        if (options_.same && a.count == b.count && a.name)
+            changed("number of " + called(a, 2), grouped(a.count), grouped(b.count), line_of(a), line_of(b),
+                    Difference::same);
         const uint64_t count = std::min(a.count, b.count);
         for (const FieldColumn &column : a.columns) {
             const auto same = std::ranges::find(b.columns, column.name, &FieldColumn::name);
@@ -289,6 +307,7 @@ class Comparison {
         difference.field = label_of(column) + " of " + grouped(column.runs.size() ? filled(column) : 0) +
                            " " + called(group, column.runs.size());
         (kind == Difference::only_one ? difference.one : difference.other) = text(column.runs.front().value);
+        difference.lines[kind == Difference::only_one ? 0 : 1] = column.runs.front().line;
         give(difference);
     }
 
@@ -316,6 +335,7 @@ class Comparison {
         uint64_t first = 0;
         uint32_t one = 0;
         uint32_t other = 0;
+        uint32_t lines[2] = {0, 0};
         bool constant = true;  // each side has one value where they differ
         bool told = true;
     };
@@ -337,6 +357,8 @@ class Comparison {
                     found.first = at;
                     found.one = one;
                     found.other = other;
+                    found.lines[0] = line_at(a, i, at);
+                    found.lines[1] = line_at(b, j, at);
                 }
                 found.constant = found.constant && one == found.one && other == found.other;
                 if (found.differ == 0 || end == count)
@@ -345,7 +367,7 @@ class Comparison {
                     for (uint64_t n = at; n < end; n++)
                         changed(called(group, 2) + "[" + std::to_string(n) + "]" +
                                     (label.empty() ? "" : " " + label),
-                                text(one), text(other));
+                                text(one), text(other), line_at(a, i, n), line_at(b, j, n));
                 }
                 found.differ += end - at;
             }
@@ -368,6 +390,11 @@ class Comparison {
         return here.value;
     }
 
+    // Of a run of one value its first line is known.
+    static uint32_t line_at(const FieldColumn &column, size_t run, uint64_t at) {
+        return run < column.runs.size() && column.runs[run].first <= at ? column.runs[run].line : 0;
+    }
+
     void give_found(const Group &group, const std::string &label, const Found &found, uint64_t count) {
         Difference difference;
         if (count == 1 && group.count == 1) {
@@ -384,6 +411,7 @@ class Comparison {
         }
         difference.one = text(found.one);
         difference.other = text(found.other);
+        std::ranges::copy(found.lines, difference.lines);
         give(difference);
     }
 

@@ -10,16 +10,17 @@
 #include "companions/diff/tree.h"
 
 struct Difference {
-    enum Kind : uint8_t { changed, only_one, only_other, counted } kind = changed;
+    enum Kind : uint8_t { changed, only_one, only_other, counted, same } kind = changed;
     std::vector<std::string> section;
     std::string field;
     std::string one;
     std::string other;
-    uint64_t below = 0;   // fields below what only one side has
-    std::string of;       // of what is counted: "6,000 system items", "12 of 6,000 sound elements"
-    uint64_t first = 0;   // of what is counted: where the difference begins, from 0 on
-    uint64_t differ = 0;  // how many differ
-    uint64_t count = 0;   // of how many
+    uint64_t below = 0;          // fields below what only one side has
+    std::string of;              // of what is counted: "6,000 system items", "12 of 6,000 sound elements"
+    uint64_t first = 0;          // of what is counted: where the difference begins, from 0 on
+    uint64_t differ = 0;         // how many differ
+    uint64_t count = 0;          // of how many
+    uint32_t lines[2] = {0, 0};  // of the dumps, from 1 on; 0: none
 };
 
 class DifferenceTaker {
@@ -31,6 +32,7 @@ class DifferenceTaker {
 struct CompareOptions {
     std::string format;
     bool everything = false;  // each of what is counted, and sections that come again
+    bool same = false;        // fields that are the same, too
 };
 
 // Fields of a section come before the sections in it. Sections belong together by their names, what tells

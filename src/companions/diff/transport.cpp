@@ -110,7 +110,7 @@ class Programs {
     }
 
     FieldNode &add(FieldNode &to, const std::string &name, const std::string &value) {
-        to.children.push_back({pool_.number(name), 0, pool_.number(value), false, {}, {}});
+        to.children.push_back({pool_.number(name), 0, pool_.number(value), 0, false, {}, {}});
         return to.children.back();
     }
 

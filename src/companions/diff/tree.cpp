@@ -33,7 +33,7 @@ void add_fields(Group &group, const FieldNode &node, const std::string &path, Te
         if (!path.empty() && !name.empty()) name.insert(0, "/").insert(0, path);
         if (name.empty()) name = path;
         if (child.value || !child.is_section()) {
-            group.column(pool.number(name)).add(group.count, child.value);
+            group.column(pool.number(name)).add(group.count, child.value, child.line);
         }
         add_fields(group, child, name, pool);
     }
@@ -41,7 +41,8 @@ void add_fields(Group &group, const FieldNode &node, const std::string &path, Te
         for (const FieldColumn &column : rows.columns) {
             // A table in every frame: its first value stands for it.
             const std::string name = path + "/" + std::string(pool.text(column.name));
-            group.column(pool.number(name)).add(group.count, column.runs.front().value);
+            group.column(pool.number(name))
+                .add(group.count, column.runs.front().value, column.runs.front().line);
         }
     }
 }
@@ -63,12 +64,12 @@ std::string_view TextPool::text(uint32_t number) const {
     return number & kHashed ? std::string_view("...") : std::string_view(texts_[number]);
 }
 
-void FieldColumn::add(uint64_t place, uint32_t value) {
+void FieldColumn::add(uint64_t place, uint32_t value, uint32_t line) {
     if (place < count()) return;
     if (!runs.empty() && runs.back().value == value && runs.back().first + runs.back().count == place) {
         runs.back().count++;
     } else {
-        runs.push_back({place, 1, value});
+        runs.push_back({place, 1, value, line});
     }
 }
 
@@ -100,6 +101,7 @@ uint64_t field_count(const FieldNode &node) {
 void take_values(FieldNode &node, TextPool &pool) {
     const auto is_plain = [](const FieldNode &child) { return child.name == 0 && !child.is_section(); };
     if (node.children.empty() || !std::ranges::all_of(node.children, is_plain)) return;
+    if (!node.value) node.line = node.children.front().line;
     std::string value(pool.text(node.value));
     for (const FieldNode &child : node.children) {
         value += value.empty() ? "" : " ";
@@ -117,7 +119,7 @@ void fold(FieldNode &into, const FieldNode &node, TextPool &pool) {
         into.groups.push_back({node.name, kind, 0, {}});
         group = into.groups.end() - 1;
     }
-    if (node.value) group->column(0).add(group->count, node.value);
+    if (node.value) group->column(0).add(group->count, node.value, node.line);
     add_fields(*group, node, "", pool);
     group->count++;
 }

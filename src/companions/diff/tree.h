@@ -28,11 +28,13 @@ struct FieldColumn {
         uint64_t first = 0;  // section or row
         uint64_t count = 0;
         uint32_t value = 0;
+        uint32_t line = 0;  // of the first one
     };
     uint32_t name = 0;
     std::vector<Run> runs;
 
-    void add(uint64_t place, uint32_t value);  // places ascend; the first value of one counts
+    // Places ascend; the first value of one counts.
+    void add(uint64_t place, uint32_t value, uint32_t line);
     uint64_t count() const { return runs.empty() ? 0 : runs.back().first + runs.back().count; }
 };
 
@@ -51,6 +53,7 @@ struct FieldNode {
     uint32_t name = 0;   // its label with the indices inside; 0: the line has none
     uint32_t kind = 0;   // what tells it from others of its name: "soun", "Picture Essence Track"
     uint32_t value = 0;  // what is compared of its values
+    uint32_t line = 0;   // of the dump, from 1 on; 0: none
     bool is_left_out = false;
     std::vector<FieldNode> children;
     std::vector<Group> groups;

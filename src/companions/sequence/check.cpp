@@ -1,6 +1,7 @@
 #include "companions/sequence/check.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -575,5 +576,21 @@ class Check {
 
 SequenceReport check_sequence(const std::vector<SequenceFrame> &frames, const SharedNames &names,
                               const SequenceQuestion &question) {
-    return Check(frames, names, question).run();
+    SequenceReport report = Check(frames, names, question).run();
+    std::erase_if(report.findings, [&](const Finding &finding) {
+        return std::ranges::find(question.ignored, finding.kind) != question.ignored.end();
+    });
+    return report;
+}
+
+bool parse_frames(const std::string &text, SequenceQuestion &question) {
+    int64_t first = 0;
+    int64_t last = 0;
+    const char *end = text.data() + text.size();
+    const auto one = std::from_chars(text.data(), end, first);
+    if (one.ec != std::errc() || one.ptr == end || *one.ptr != '-') return false;
+    const auto two = std::from_chars(one.ptr + 1, end, last);
+    if (two.ec != std::errc() || two.ptr != end || last < first) return false;
+    question.wanted = {first, last};
+    return true;
 }

@@ -24,7 +24,11 @@ struct SequenceReport {
 struct SequenceQuestion {
     bool numbered = true;                               // the names have numbers
     std::optional<std::pair<int64_t, int64_t>> wanted;  // the frames that should be there
+    std::vector<std::string> ignored;                   // kinds of findings that are left out
 };
+
+// "10-200", "-5-20" as the frames that should be there; false where it is no range.
+bool parse_frames(const std::string &text, SequenceQuestion &question);
 
 // Judges frames in the order of their numbers: numbers that are missing or double, files without header or
 // cut, time codes, film positions, positions and names in headers that do not go on by as many frames as the
