@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
 #include <initializer_list>
 
 using namespace std::literals;
@@ -189,9 +190,10 @@ bool is_code_of(std::string_view text, std::string_view characters) {
 bool is_fixed_point_of(std::string_view text, std::string_view number) {
     uint64_t bits = 0;
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), bits, 16);
-    double value = 0;
-    const auto [rest, bad] = std::from_chars(number.data(), number.data() + number.size(), value);
-    if (error != std::errc() || bad != std::errc()) return true;
+    const std::string digits(number);
+    char *rest = nullptr;
+    const double value = std::strtod(digits.c_str(), &rest);
+    if (error != std::errc() || rest == digits.c_str()) return true;
     return std::ranges::any_of(std::initializer_list<int>{8, 16, 30, 32}, [&](int fraction) {
         const double expected = std::ldexp(value, fraction);
         const double tolerance = 0.5 + std::ldexp(1e-6, fraction);
