@@ -189,15 +189,17 @@ TEST(Mpeg, Slices) {
 TEST(Mpeg, StartCodesAcrossReads) {
     constexpr size_t kFirstRead = 4096;
     for (size_t at = kFirstRead - 5; at <= kFirstRead + 2; at++) {
-        const std::string end =
-            "0000" + hex_digits(static_cast<unsigned>(at >> 8)) + hex_digits(at & 0xFF) + ":";
         const std::string packets = pack() + packet(0xBE, std::string(at - 14 - 6, 'x')) + code(0xB9, "");
-        const std::string slices = kSequence + code(0x01, std::string(at - 12 - 4, 'x')) + code(0xB9, "");
-        for (const std::string &content : {packets, slices}) {
+        const std::string slices = kSequence + code(0x01, std::string(at - 12 - 4, 'x'));
+        const std::string end = "0000" + hex_digits(static_cast<unsigned>(at >> 8)) + hex_digits(at & 0xFF);
+        for (const std::string &content : {packets, slices + code(0xB9, "")}) {
             std::string dump = dump_of(content);
             for (char &c : dump) c = static_cast<char>(std::toupper(c));
-            EXPECT_NE(lines_from(dump, end), "") << at;
+            EXPECT_NE(lines_from(dump, end + ":", 1).find("DATAEND"), std::string::npos) << at;
         }
+        const std::string second = code(0x02, std::string(100, 'x')) + code(0xB9, "");
+        EXPECT_NE(dump_of(slices.substr(0, slices.size() - 4) + second).find("dataend"), std::string::npos)
+            << at;
     }
 }
 
