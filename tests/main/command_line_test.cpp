@@ -69,6 +69,8 @@ TEST(CommandLine, RefusedNames) {
     EXPECT_EQ(place.run({"%%sS", "1", "2"}).out, refused + refused);
     EXPECT_EQ(place.run({"%s"}).status, 0);
     EXPECT_EQ(place.run({"shot.%04ds"}).out, missing("shot.%04ds"));
+    for (const std::string name : {"%0s", "%9s"}) EXPECT_EQ(place.run({name}).out, missing(name));
+    for (const char *name : {"%/s", "%:s"}) EXPECT_EQ(place.run({name}).out, refused);
     EXPECT_EQ(place.run({"%d%d", "1", "2"}).out, "keldump: bad name pattern '%d%d'\n");
     EXPECT_EQ(place.run({"%n", "1", "2"}).out, "keldump: bad name pattern '%n'\n");
     EXPECT_EQ(place.run({"-ms=%s%n", "file"}).out, "keldump: bad name pattern '%s%n'\n");

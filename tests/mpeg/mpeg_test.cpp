@@ -207,8 +207,9 @@ TEST(Mpeg, EdgesOfCodesAndFields) {
     EXPECT_EQ(dumped(hex("0001B9")), "");  // a prefix has two zero bytes
     EXPECT_NE(dumped(code(0xB0, "")).find("Unknown TAG"), std::string::npos);
     EXPECT_EQ(dumped(code(0xAF, "xyz")).find("Unknown TAG"), std::string::npos);
-    // An intra matrix has 512 bits; its last one is set, the flag behind it is not.
-    const std::string matrix = Bits({{62, 0}, {1, 1}, {511, 0}, {1, 1}, {1, 0}, {8, 0xFF}}).str();
+    // An intra matrix has 512 bits; its last one is set and one in its middle, the flag behind it is not.
+    const std::string matrix =
+        Bits({{62, 0}, {1, 1}, {256, 0}, {1, 1}, {254, 0}, {1, 1}, {1, 0}, {8, 0xFF}}).str();
     EXPECT_EQ(dump_of(code(0xB3, matrix)).find(" nonintramatrix"), std::string::npos);
     const std::string map = Bits({{1, 1}, {2, 0}, {5, 9}, {7, 0}, {1, 1}}).str() +
                             big().u16(0).u16(5).u8(2).u8(0xE0).u16(0).u8(3).u8(0xC0).u16(0).u32(1).str();
