@@ -171,6 +171,8 @@ TEST(Aiff, ChunksAndDamage) {
     EXPECT_EQ(lines_from(dump_of(form("AIFF" + last + "8 behind")), " Elem last"),
               " Elem last length 0\nUnknown\n");
     EXPECT_EQ(lines_from(dump_of(form("AIFF" + last + "7 bytes")), " Elem last"), "");
+    const std::string whole = form("AIFF" + last);
+    EXPECT_NE(lines_from(dump_of(big().raw(whole).at(4).u32(whole.size()).str()), " Elem last"), "");
     SHOW(lines_from(dump_of(big().raw(form("AIFF" + common + sound)).at(42).u32(0xFFFFFFFF).str()),
                     " Elem SSND", 1));
 }

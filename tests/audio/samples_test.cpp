@@ -97,6 +97,8 @@ TEST(AudioSamples, TimecodeInOneChannel) {
     broken = carrying(packet());
     broken[4] = 0xFFEF;
     EXPECT_EQ(dumped(wave(1, 16, interleaved({broken})), {"-t"}), "");
+    // Samples of one byte have no second one.
+    EXPECT_EQ(dumped(wave(1, 8, std::string(200, '\xFF')), {"-t"}), "");
     // Complete on the 129th sample only.
     EXPECT_EQ(dumped(wave(1, 16, at_start.substr(0, 256)), {"-t"}), "");
 }

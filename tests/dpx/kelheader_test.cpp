@@ -82,3 +82,12 @@ TEST(KelHeader, ShortFilmData) {
     EXPECT_EQ(items({0x03353132, 0x99CCCC00}), " rp215a\n99/204-Unknown 99\nCRC Wrong Calc 0099 != cccc\n");
     EXPECT_EQ(items(from_word(254, {0x20353132, 0x99020000})).find("00/0-"), std::string::npos);
 }
+
+// Film data of the usual size: 213 bytes, then their checksum.
+TEST(KelHeader, WholeFilmData) {
+    std::vector<uint32_t> words(55, 0);
+    words[0] = 0xD8353132;
+    words[1] = 0xF0D30000;
+    words[54] = 0x001234FF;
+    EXPECT_NE(items(words).find(" != 1234\n"), std::string::npos);
+}

@@ -62,6 +62,12 @@ TEST(Rp215, UserDataUnknownPacketsAndTheCrc) {
 }
 
 TEST(Rp215, FieldsBeyondTheBlockAreZero) {
+    const std::string user = printed([] {
+        rp215_dump(view("\xF0\x04"
+                        "ab"),
+                   8, 1);
+    });
+    EXPECT_NE(user.find(" 61 62 00 00 "), std::string::npos);
     EXPECT_EQ(lines_from(dump_of_packets(std::string("\x21\x00\x01", 3), 0x4142), "21/", 4),
               "21/0-MATERIAL\n tags         01414200\n syncmark     0000\n proddate     00000000\n");
 }

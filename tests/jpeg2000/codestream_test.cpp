@@ -296,6 +296,11 @@ TEST(Boxes, EdgesOfSuperboxes) {
     EXPECT_EQ(dump(box("jp2c", kSoc) + hex("FF520000 61626364")).find("COD"), std::string::npos);
 }
 
+TEST(Codestream, BehindAPrefix) {
+    const std::string prefix = hex("FFFFFFF0") + std::string(12, '\0');
+    EXPECT_NE(dump_of(prefix + kSoc + siz(3)).find("\n00000010: SOC/2"), std::string::npos);
+}
+
 TEST(Codestream, EdgesOfTileParts) {
     EXPECT_NE(segments(sot(0, kSod) + "x").find("Expected to get 0xff, got 93"), std::string::npos);
     const std::string comment = marker("64", hex("0001 FF"));  // a tile-part's length leads to its last byte

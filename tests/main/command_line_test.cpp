@@ -69,8 +69,14 @@ TEST(CommandLine, RefusedNames) {
     EXPECT_EQ(place.run({"%%sS", "1", "2"}).out, refused + refused);
     EXPECT_EQ(place.run({"%s"}).status, 0);
     EXPECT_EQ(place.run({"shot.%04ds"}).out, missing("shot.%04ds"));
+    for (const std::string name : {"%0s", "%9s"}) EXPECT_EQ(place.run({name}).out, missing(name));
+    for (const char *name : {"%/s", "%:s"}) EXPECT_EQ(place.run({name}).out, refused);
     EXPECT_EQ(place.run({"%d%d", "1", "2"}).out, "keldump: bad name pattern '%d%d'\n");
-    EXPECT_EQ(place.run({"%n", "1", "2"}).out, "keldump: bad name pattern '%n'\n");
+    for (const std::string pattern : {"%n", "%1000d", "%.1000d", "%/d", "%:d"}) {
+        EXPECT_EQ(place.run({pattern, "1", "2"}).out, "keldump: bad name pattern '" + pattern + "'\n");
+    }
+    EXPECT_EQ(place.run({"%9d", "1", "1"}).out, missing("        1") + missing("        2"));
+    EXPECT_EQ(place.run({"%.256d", "1", "0"}).out, missing(std::string(255, '0') + "1"));
     EXPECT_EQ(place.run({"-ms=%s%n", "file"}).out, "keldump: bad name pattern '%s%n'\n");
     EXPECT_EQ(place.run({"-ms=%05d.jpc", "file"}).out, missing("file"));
     EXPECT_EQ(place.run({"-ms=" + std::string(600, 'p') + "%n", "file"}).out, missing("file"));

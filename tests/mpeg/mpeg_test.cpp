@@ -189,15 +189,17 @@ TEST(Mpeg, Slices) {
 TEST(Mpeg, StartCodesAcrossReads) {
     constexpr size_t kFirstRead = 4096;
     for (size_t at = kFirstRead - 5; at <= kFirstRead + 2; at++) {
-        const std::string end =
-            "0000" + hex_digits(static_cast<unsigned>(at >> 8)) + hex_digits(at & 0xFF) + ":";
         const std::string packets = pack() + packet(0xBE, std::string(at - 14 - 6, 'x')) + code(0xB9, "");
-        const std::string slices = kSequence + code(0x01, std::string(at - 12 - 4, 'x')) + code(0xB9, "");
-        for (const std::string &content : {packets, slices}) {
+        const std::string slices = kSequence + code(0x01, std::string(at - 12 - 4, 'x'));
+        const std::string end = "0000" + hex_digits(static_cast<unsigned>(at >> 8)) + hex_digits(at & 0xFF);
+        for (const std::string &content : {packets, slices + code(0xB9, "")}) {
             std::string dump = dump_of(content);
             for (char &c : dump) c = static_cast<char>(std::toupper(c));
-            EXPECT_NE(lines_from(dump, end), "") << at;
+            EXPECT_NE(lines_from(dump, end + ":", 1).find("DATAEND"), std::string::npos) << at;
         }
+        const std::string second = code(0x02, std::string(100, 'x')) + code(0xB9, "");
+        EXPECT_NE(dump_of(slices.substr(0, slices.size() - 4) + second).find("dataend"), std::string::npos)
+            << at;
     }
 }
 
@@ -205,8 +207,9 @@ TEST(Mpeg, EdgesOfCodesAndFields) {
     EXPECT_EQ(dumped(hex("0001B9")), "");  // a prefix has two zero bytes
     EXPECT_NE(dumped(code(0xB0, "")).find("Unknown TAG"), std::string::npos);
     EXPECT_EQ(dumped(code(0xAF, "xyz")).find("Unknown TAG"), std::string::npos);
-    // An intra matrix has 512 bits; its last one is set, the flag behind it is not.
-    const std::string matrix = Bits({{62, 0}, {1, 1}, {511, 0}, {1, 1}, {1, 0}, {8, 0xFF}}).str();
+    // An intra matrix has 512 bits; its last one is set and one in its middle, the flag behind it is not.
+    const std::string matrix =
+        Bits({{62, 0}, {1, 1}, {256, 0}, {1, 1}, {254, 0}, {1, 1}, {1, 0}, {8, 0xFF}}).str();
     EXPECT_EQ(dump_of(code(0xB3, matrix)).find(" nonintramatrix"), std::string::npos);
     const std::string map = Bits({{1, 1}, {2, 0}, {5, 9}, {7, 0}, {1, 1}}).str() +
                             big().u16(0).u16(5).u8(2).u8(0xE0).u16(0).u8(3).u8(0xC0).u16(0).u32(1).str();

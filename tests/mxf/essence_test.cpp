@@ -80,6 +80,10 @@ TEST(Essence, TripletsAndDocuments) {
     EXPECT_EQ(place.read("f01.j2c"), "frame two");
     EXPECT_EQ(place.run({"-ms", "a.mxf"}).status, 0);
     EXPECT_EQ(place.read("frame_00001.jpc"), "frame two");
+    place.write("short.mxf",
+                element("15010801", "1") + element("15010801", "12") + item(kFiller, std::string(10, 'x')));
+    EXPECT_EQ(place.run({"-ms=s%d", "short.mxf"}).out.find("Cannot"), std::string::npos);
+    EXPECT_EQ(place.read("s0") + " " + place.read("s1"), "1 12");
     const Outcome refused = place.run({"-ms=none/f%d", "a.mxf"});
     EXPECT_EQ(refused.status, 0);
     EXPECT_EQ(lines_from(refused.out, "Cannot"), "Cannot create file 'none/f0'\n");
@@ -115,6 +119,30 @@ TEST(Walk, VerboseDumps) {
     EXPECT_EQ(lines_from(dump, "000000f0").size(), 9U + 48 + 16 + 1 + 1);
 }
 
+// Rows of 16 bytes, the last one with the rest; 256 bytes of an item.
+TEST(Walk, EdgesOfDumps) {
+    const std::string shortest = big().hex(kFiller).u8(0).str();
+    EXPECT_EQ(lines_from(plain(shortest, {"-v"}), "00000010 ").substr(0, 15), "00000010 00    ");
+    const std::string legacy = "80530800 36210804 B3B398A5 1C9011D4";
+    for (const size_t size : {255, 256, 257}) {
+        const std::string dump = plain(item(kFiller, "x") + item(legacy, std::string(size, 'x')));
+        const std::string rest = lines_from(dump, "000000f0 ");
+        EXPECT_EQ(std::count(rest.begin(), rest.end(), 'x'), size < 256 ? 15 : 16);
+        EXPECT_EQ(rest.find("00000100 "), std::string::npos);
+    }
+}
+
+// An essence element is searched for names to 64 KiB.
+TEST(Walk, EdgeOfTheSearchForNames) {
+    const std::string id = hex("00112233445566778899AABBCCDDEEFF");
+    for (const size_t at : {65535, 65536}) {
+        const std::string named =
+            element("15010501", local(0x1111, std::string(at - 24, 'x')) + local(0x3C0A, id));
+        const std::string dump = dump_of(named + set("2F", local(0x3B03, id)), "clip.mxf");
+        EXPECT_EQ(dump.find("References 00000000:unknown") != std::string::npos, at == 65535);
+    }
+}
+
 TEST(Walk, PositionsAndRunIn) {
     Transcript transcript;
     const Workplace place;
@@ -140,6 +168,32 @@ TEST(Walk, CollectionEnds) {
     };
     EXPECT_TRUE(names_target(1'000'000));
     EXPECT_FALSE(names_target(1'000'001));
+}
+
+// What follows an item is looked at from 26 bytes on, and loaded with the item up to 16 MiB.
+TEST(Walk, EdgesOfItems) {
+    const auto has = [](const std::string &dump, const std::string &text) {
+        return dump.find(text) != std::string::npos;
+    };
+    const std::string first = item(kFiller, "x");
+    const std::string second = set("3B", local(0x4801, "abcd"));
+    EXPECT_FALSE(has(plain(first + item("060E2B34 02530101 0D010101 01013B00", "12345")), "TimelineTrack"));
+    EXPECT_TRUE(has(plain(first + item("060E2B34 02530101 0D010101 01013B00", "123456")), "TimelineTrack"));
+    EXPECT_TRUE(has(plain(first + second.substr(0, second.size() - 1)), "Could not load the last part"));
+    EXPECT_FALSE(has(plain(first + second), "Could not load the last part"));
+    EXPECT_TRUE(has(plain(hex(kFiller + "88 FFFFFFFFFFFFFFE7")), "Invalid length (0)\n"));
+    EXPECT_FALSE(has(plain(hex(kFiller + "88 FFFFFFFFFFFFFFE8")), "Invalid length"));
+    const Workplace place;
+    for (const uint32_t length : {0x1000000 - 46, 0x1000000 - 45}) {
+        const std::string name = std::to_string(length);
+        place.write_sparse(name, 0x1001000, 0, big().hex(kFiller).u8(0x84).u32(length).str());
+        EXPECT_EQ(has(place.run({name}).out, "exceeds the allocated memory"), length == 0x1000000 - 45);
+    }
+    for (const uint64_t size : {uint64_t{0xFFFFFFFF}, uint64_t{0x100000000}}) {
+        const std::string name = std::to_string(size);
+        place.write_sparse(name, size, 0, first);
+        EXPECT_EQ(place.run({name}).out.starts_with("0000000000000000 "), size == 0x100000000);
+    }
 }
 
 TEST(Walk, DamagedAndLargeItems) {

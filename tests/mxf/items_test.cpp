@@ -158,3 +158,86 @@ TEST(Sets, DefinitionsNameTags) {
     const std::string short_name = local(0x0006, big().u16('A').u16('B').str());
     SHOW(lines_from(plain(long_length + local(0x0001, "12") + short_name), "06.", 1));
 }
+
+// Local sets end with their length or with the file; names keep 127 characters.
+TEST(Sets, Edges) {
+    const auto tags = [](const std::string &items, size_t cut = 0) {
+        std::string file = set("3B", items);
+        file.resize(file.size() - cut);
+        const std::string dump = plain(file);
+        std::string found;
+        for (size_t at = 0; (at = dump.find("  Tag ", at)) != std::string::npos; at++) {
+            found += dump.substr(at + 6, dump.find(' ', at + 6) - at - 5);
+        }
+        return found;
+    };
+    const std::string two = local(0x4801, "abcd") + local(0x4802, "");
+    EXPECT_EQ(tags(two), "4801/4 4802/0 ");
+    EXPECT_EQ(tags(two, 3), "4801/4 4800/0 ");
+    EXPECT_EQ(tags(two, 4), "4801/4 ");
+    EXPECT_EQ(tags(local(0x4801, "abcd") + "H"), "4801/4 4800/0 ");
+    const auto name = [](size_t length) {
+        std::string text;
+        for (size_t i = 0; i < length; i++) text += {'\0', 'n'};
+        const std::string dump = plain(set("00", local(0x0006, text)));
+        const size_t at = dump.find("DefineMetadata ") + 15;
+        return dump.find('\n', at) - at;
+    };
+    EXPECT_EQ(name(127), 127U);
+    EXPECT_EQ(name(128), 127U);
+    const std::string long_length = big().hex("060E2B34 02530101 0D010101 01010000 88").u64(11).str();
+    const std::string dump = plain(long_length + local(0x0001, "12") + local(0x0006, "A"));
+    EXPECT_NE(dump.find("DefineMetadata unknown"), std::string::npos);
+}
+
+// Arrays of a set show four times its bytes, of an element 32 bytes and of elements without bytes 256.
+TEST(Values, EdgesOfArrays) {
+    const auto count = [](const std::string &dump) {
+        size_t n = 0;
+        for (size_t at = 0; (at = dump.find("\n     0", at)) != std::string::npos; at++) n++;
+        return n;
+    };
+    for (const uint32_t size : {1, 40}) {
+        std::string arrays;
+        for (int i = 0; i < 100; i++) arrays += local(0x3F09, big().u32(0x7FFFFFFF).u32(size).str());
+        const std::string file = set("3B", arrays);
+        EXPECT_EQ(count(plain(file)), 4 * file.size() / std::min(size, 32U));
+    }
+    const auto array = [](uint32_t elements, uint32_t size, const std::string &bytes) {
+        return rendered(0x3F09, big().u32(elements).u32(size).raw(bytes).str());
+    };
+    EXPECT_EQ(lines_from(array(1, 33, std::string(33, 'a')), "     00000000").size(), 15U + 32 * 3);
+    EXPECT_EQ(count(array(300, 0, "")), 256U);
+    EXPECT_EQ(count(array(2, 3, "abcd")) + count(array(2, 3, "abc")), 2U + 1);
+    EXPECT_EQ(count(rendered(0x3F09, hex("00000002 000000"))), 0U);
+    EXPECT_EQ(lines_from(rendered(0x3C01, big().u16('A').u16('B').str()), "   "), "   Unicode 'AB'\n");
+}
+
+// Lists of structural items end with their count, their length or the file.
+TEST(Partition, EdgesOfLists) {
+    const auto lines = [](const std::string &file, const std::string &start) {
+        const std::string dump = plain(file);
+        size_t n = 0;
+        for (size_t at = 0; (at = dump.find("\n" + start, at)) != std::string::npos; at++) n++;
+        return n;
+    };
+    const std::string container = hex("060E2B34 04010102 0D010301 02046001");
+    const std::string labels(20, ' ');
+    EXPECT_EQ(lines(partition("01", container + container, 1), labels), 1U);
+    EXPECT_EQ(lines(partition("01", container, 2), labels), 1U);
+    EXPECT_EQ(lines(partition("01", container + "x", 2), labels), 2U);
+    const std::string dynamic = hex("7FFF") + kGuid + hex("8000") + kGuid;
+    EXPECT_EQ(lines(primer(dynamic, 2), "  Tag 8000 - "), 1U);
+    EXPECT_EQ(lines(primer(dynamic, 2), "  Tag 7fff - "), 0U);
+    const std::string known = hex("3C0A 060E2B34 01010101 01011502 00000000");
+    const std::string two = primer(known + known, 2);
+    EXPECT_EQ(lines(two.substr(0, two.size() - 18), "MXFERROR"), 0U);
+    EXPECT_EQ(lines(two.substr(0, two.size() - 17), "MXFERROR"), 1U);
+    EXPECT_EQ(lines(primer(known + "x", 2), "MXFERROR"), 2U);
+    const std::string pair = big().u32(1).u64(2).str();
+    EXPECT_EQ(lines(item(kRandomIndex, pair + "1234"), " bodysid"), 1U);
+    EXPECT_EQ(lines(item(kRandomIndex, pair + "12345"), " bodysid"), 2U);
+    const std::string pack = item(kRandomIndex, pair + pair + "1234");
+    EXPECT_EQ(lines(pack.substr(0, pack.size() - 16), " bodysid"), 1U);
+    EXPECT_EQ(lines(pack.substr(0, pack.size() - 15), " bodysid"), 2U);
+}

@@ -147,6 +147,7 @@ TEST(Dictionary, TheFirstRowThatMatches) {
         ASSERT_EQ(mxf_find_rp210(opts, Bytes(ul.data(), 16), 0), &rp210[first]) << i;
     }
     EXPECT_EQ(name_of_label("060E2B34 01010101 00000000 00000000"), "RP210/Node/ELEMENTS");
+    EXPECT_EQ(name_of_label("060E2B34 04010101 00000000 00000000"), "RP224/SMPTE LABELS");
     EXPECT_EQ(name_of_label("060E2B34 01010177 03010210 01000000"), "RP210/Filler Data");  // any version
     EXPECT_EQ(name_of_label("060E2B34 04010101 0E040301 02060304"), "RP224/DNxHD_100_960x720P");
     EXPECT_EQ(name_of_label("060E2B34 04010177 0E040301 02060304"), "");

@@ -132,6 +132,15 @@ TEST(QuicktimeWalk, EdgesOfContainers) {
     }
 }
 
+// A size that leads back to the first byte, and one byte before it.
+TEST(QuicktimeWalk, EdgeOfTheWayBack) {
+    for (const uint64_t before : {0, 1}) {
+        const ByteWriter movie = big().u32(1).text("moov").u64(0x100000000 - before).u32(7).text("free");
+        const std::string dump = movie_dump(movie.str() + atom("last"));
+        EXPECT_EQ(dump.find("last") != std::string::npos, before == 1);
+    }
+}
+
 // Containers whose children overrun them lead back as far as 16 times the length of the file and 4096 bytes.
 TEST(QuicktimeWalk, EdgesOfTheWork) {
     constexpr uint64_t length = 64 << 20;
