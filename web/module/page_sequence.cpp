@@ -30,7 +30,7 @@ size_t place_of(const FrameGroup &group, int64_t number) {
 // frame], ...] of the lines but the last}.
 std::string report_of(const FrameGroup &group, const std::vector<std::string> &frames,
                       const SequenceQuestion &question) {
-    Names names;
+    SharedNames names;
     std::vector<SequenceFrame> list;
     for (size_t i = 0; i < group.files.size(); i++) {
         SequenceFrame frame = unpacked_frame(frames[group.files[i]], names);
