@@ -47,7 +47,7 @@ bool is_still_name(std::string_view path);
 std::vector<FrameGroup> group_frames(const std::vector<std::string> &files,
                                      bool (*is_frame)(std::string_view), bool versions_count = false);
 
-// Files of a group of more have rows of their own nowhere: they are frames whatever is in them.
+// Groups of more files are sequences whatever is in them.
 constexpr size_t kFewFrames = 64;
 
 // Whether a group's files are frames of a sequence, by their numbers and what picture each holds (equal

@@ -274,8 +274,6 @@ void read_picture_track(Movie &movie, Track &track) {
     // The track's size is in whole pixels.
     if (!picture.pixel_aspect.is_set() && is_likely && std::fabs(aspect.value() - 1) * picture.width > 2)
         picture.pixel_aspect = aspect.reduced();
-    if (track.rotation != 0) movie.facts.add_more("rotation", track.rotation);
-    movie.facts.add_more("mirrored", track.mirrored);
     picture.enabled = track.enabled;
     track.picture = static_cast<int>(movie.facts.pictures.size());
     movie.facts.pictures.push_back(std::move(picture));
@@ -470,15 +468,18 @@ void read_enabled(Movie &movie) {
     movie.facts.add_more("disabled tracks", disabled);
 }
 
-// The main picture's duration, unless sound is played on much longer.
-void set_duration(Movie &movie) {
+// How the main picture is turned, and its duration, unless sound is played on much longer.
+void tell_main_track(Movie &movie) {
     Ratio longest;
     Ratio picture;
     const auto main = static_cast<int>(movie.facts.largest());
     for (const Track &track : movie.tracks) {
         if (!track.enabled || !is_media(track) || (track.picture >= 0 && track.picture != main)) continue;
         if (track.played.value() > longest.value()) longest = track.played;
-        if (track.picture == main) picture = track.played;
+        if (track.picture != main) continue;
+        picture = track.played;
+        if (track.rotation != 0) movie.facts.add_more("rotation", track.rotation);
+        movie.facts.add_more("mirrored", track.mirrored);
     }
     const bool is_close = picture.is_set() && longest.value() - picture.value() < 0.1;
     if (longest.is_set()) movie.facts.duration = is_close ? picture : longest;
@@ -521,7 +522,7 @@ void read_movie(Movie &movie, uint64_t end) {
     } else if (movie.facts.problem.empty()) {
         judge_extent(movie, end);
     }
-    set_duration(movie);
+    tell_main_track(movie);
     movie.facts.largest_first();
 }
 

@@ -13,7 +13,7 @@ namespace {
 constexpr Column kSharedColumns[] = {
     Column::format,       Column::width,     Column::height,   Column::bit_depth, Column::codec,
     Column::components,   Column::floating,  Column::scan,     Column::range,     Column::frame_rate,
-    Column::pixel_aspect, Column::primaries, Column::transfer, Column::reel};
+    Column::pixel_aspect, Column::primaries, Column::transfer, Column::matrix,    Column::reel};
 constexpr size_t kPicture = 6;
 constexpr size_t kCodec = 4;
 constexpr size_t kComponents = 5;

@@ -21,7 +21,7 @@ class SequenceRow {
     Row finish(const FrameGroup &group, const std::vector<std::string> &list);
 
  private:
-    static constexpr size_t kShared = 14;
+    static constexpr size_t kShared = 15;
     using Values = std::array<uint32_t, kShared>;  // numbers of texts
     struct Frame {
         int64_t number;
