@@ -40,10 +40,14 @@ void Facts::reaches(uint64_t end, std::string missing) {
     cut(end, std::move(missing));
 }
 
+size_t Facts::largest() const {
+    const auto area = [](const Picture &p) { return std::pair(p.enabled, uint64_t{p.width} * p.height); };
+    return static_cast<size_t>(std::ranges::max_element(pictures, {}, area) - pictures.begin());
+}
+
 void Facts::largest_first() {
-    const auto area = [](const Picture &p) { return uint64_t{p.width} * p.height; };
-    const auto largest = std::ranges::max_element(pictures, {}, area);
-    if (largest != pictures.end()) std::rotate(pictures.begin(), largest, largest + 1);
+    const auto main = pictures.begin() + static_cast<ptrdiff_t>(largest());
+    if (main != pictures.end()) std::rotate(pictures.begin(), main, main + 1);
 }
 
 void Facts::open(std::string reason) {
@@ -203,19 +207,49 @@ std::string iso_date(int64_t year, int64_t month, int64_t day, int64_t hour, int
     return {text, static_cast<size_t>(length)};
 }
 
+namespace {
+
+// "Z" and "+01:00" of what stands behind a time: "Z", " UTC", ".25+0100", "-05"; empty for anything else.
+std::string zone_in(std::string_view text) {
+    const auto is_one_of = [](std::string_view set) {
+        return [=](char c) { return set.find(c) != set.npos; };
+    };
+    const auto skip = [&](auto fits) {
+        while (!text.empty() && fits(text.front())) text.remove_prefix(1);
+    };
+    if (text.starts_with('.')) skip(is_one_of(".0123456789"));
+    skip(is_one_of(": "));
+    for (const std::string_view utc : {"Z", "UTC", "GMT"}) {
+        if (text == utc) return "Z";
+    }
+    if (text.empty() || (text[0] != '+' && text[0] != '-')) return "";
+    const int64_t hours = decimal_in(text, 1, 2);
+    const std::string_view rest = text.substr(std::min<size_t>(3, text.size()));
+    const int64_t minutes = rest.empty() ? 0 : decimal_in(rest.substr(rest[0] == ':' ? 1 : 0));
+    if (hours < 0 || hours > 14 || minutes < 0 || minutes > 59) return "";
+    char zone[16];
+    std::snprintf(zone, sizeof zone, "%c%02d:%02d", text[0], static_cast<int>(hours),
+                  static_cast<int>(minutes));
+    return zone;
+}
+
+}  // namespace
+
 std::string iso_date_in(std::string_view text) {
     int64_t part[6] = {0, 0, 0, -1, 0, 0};
     size_t count = 0;
     const char *const end = text.data() + text.size();
-    for (const char *at = text.data(); at < end && count < std::size(part);) {
+    const char *at = text.data();
+    while (at < end && count < std::size(part)) {
         const auto [behind, error] = std::from_chars(at, end, part[count]);
         const bool is_number = error == std::errc() && *at != '-';
         if (is_number) count++;
         at = is_number ? behind : at + 1;
     }
     if (count < 3) return "";
-    if (count < std::size(part)) part[3] = -1;
-    return iso_date(part[0], part[1], part[2], part[3], part[4], part[5]);
+    if (count < std::size(part)) return iso_date(part[0], part[1], part[2]);
+    const std::string date = iso_date(part[0], part[1], part[2], part[3], part[4], part[5]);
+    return date.find('T') == date.npos ? date : date + zone_in({at, static_cast<size_t>(end - at)});
 }
 
 std::string iso_date_of_unix(int64_t seconds) {

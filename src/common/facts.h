@@ -52,7 +52,11 @@ struct Picture {
     Ratio rate;  // frames a second
     std::optional<bool> constant_rate;
     int64_t frames = -1;
+    int64_t played = -1;    // frames of these, where an edit list shows others than all
     int64_t bit_rate = -1;  // bits a second, where the file says it
+    bool enabled = true;    // it is played
+
+    int64_t shown() const { return played >= 0 ? played : frames; }
 };
 
 // A sound track.
@@ -65,6 +69,7 @@ struct Sound {
     std::string language;  // as stored ("eng"), empty where undetermined
     int64_t samples = -1;  // a channel
     int64_t bit_rate = -1;
+    bool enabled = true;  // it is played
 };
 
 // A timecode of the file. The first of a file is its start as players show it.
@@ -117,7 +122,8 @@ struct Facts {
     // Cut where its structures end behind the file, else whole.
     void reaches(uint64_t end, std::string missing = "the picture's end");
     void open(std::string reason);
-    // The largest picture becomes the main one.
+    // The place of the largest picture that is played, which becomes the main one.
+    size_t largest() const;
     void largest_first();
     // Seconds of that many frames or samples at a rate; nothing where one is not known.
     void lasts(int64_t frames, Ratio rate);
@@ -164,7 +170,8 @@ std::string keycode_text(int64_t manufacturer, int64_t type, int64_t prefix, int
 // "2026-11-26T10:00:00"; the time is left out where hours are negative; empty where a part is out of range.
 std::string iso_date(int64_t year, int64_t month, int64_t day, int64_t hour = -1, int64_t minute = 0,
                      int64_t second = 0, bool utc = false);
-// Of a text with the numbers of a date, and of a time where there are six: "2026:11:26 10:00:00".
+// Of a text with the numbers of a date, and of a time where there are six, with what tells its offset from
+// UTC: "2026:11:26 10:00:00", "2026:11:26:10:00:00+01".
 std::string iso_date_in(std::string_view text);
 // Of seconds since 1970-01-01 UTC.
 std::string iso_date_of_unix(int64_t seconds);

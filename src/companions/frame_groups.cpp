@@ -23,6 +23,14 @@ bool has_sign(std::string_view path, size_t digits) {
     return before == '.' || before == '_' || before == ' ';
 }
 
+// "shot_v2", "V012", not "rev2".
+bool is_version(std::string_view path, const FrameNumber &number) {
+    const size_t start = name_start(path);
+    if (number.start <= start || (path[number.start - 1] | 0x20) != 'v') return false;
+    const char before = number.start - 1 > start ? static_cast<char>(path[number.start - 2] | 0x20) : '.';
+    return before < 'a' || before > 'z';
+}
+
 // The path around a number, its sign left out.
 std::pair<std::string_view, std::string_view> around(std::string_view path, const FrameNumber &number) {
     const size_t sign = has_sign(path, number.start) ? 1 : 0;
@@ -111,12 +119,13 @@ std::vector<FrameNumber> numbers_of(std::string_view path) {
 
 std::string FrameGroup::range_name(const std::vector<std::string> &list) const {
     if (!is_numbered || files.size() < 2) return list[files.front()];
-    const auto written = [&](size_t i) {
-        const std::string_view path = list[files[i]];
-        const size_t sign = numbers[i].value < 0 || has_sign(path, numbers[i].start) ? 1 : 0;
-        return std::string(path.substr(numbers[i].start - sign, numbers[i].size + sign));
-    };
-    return before + "[" + written(0) + "-" + written(files.size() - 1) + "]" + after;
+    return before + "[" + written(0, list) + "-" + written(files.size() - 1, list) + "]" + after;
+}
+
+std::string FrameGroup::written(size_t i, const std::vector<std::string> &list) const {
+    const std::string_view path = list[files[i]];
+    const size_t sign = has_sign(path, numbers[i].start) ? 1 : 0;
+    return std::string(path.substr(numbers[i].start - sign, numbers[i].size + sign));
 }
 
 int64_t FrameGroup::missing() const {
@@ -140,12 +149,14 @@ bool is_still_name(std::string_view path) {
 }
 
 std::vector<FrameGroup> group_frames(const std::vector<std::string> &files,
-                                     bool (*is_frame)(std::string_view)) {
+                                     bool (*is_frame)(std::string_view), bool versions_count) {
     std::vector<FrameGroup> groups;
     std::map<std::string, std::vector<Candidate>> skeletons;
     for (size_t i = 0; i < files.size(); i++) {
         std::vector<FrameNumber> numbers;
         if (is_frame(files[i])) numbers = numbers_of(files[i]);
+        if (!versions_count)
+            std::erase_if(numbers, [&](const FrameNumber &number) { return is_version(files[i], number); });
         if (numbers.empty()) {
             FrameGroup group;
             group.first = i;
@@ -161,4 +172,20 @@ std::vector<FrameGroup> group_frames(const std::vector<std::string> &files,
     for (const auto &[skeleton, candidates] : skeletons) add_groups(files, candidates, groups);
     std::ranges::sort(groups, {}, &FrameGroup::first);
     return groups;
+}
+
+bool are_frames(const std::vector<FrameNumber> &numbers, const std::vector<uint32_t> &pictures) {
+    const size_t count = numbers.size();
+    if (count < 2 || count > kFewFrames) return true;
+    std::set<uint32_t> kinds(pictures.begin(), pictures.end());
+    kinds.erase(0);
+    const auto known =
+        static_cast<size_t>(std::ranges::count_if(pictures, [](uint32_t picture) { return picture != 0; }));
+    if (known > 1 && kinds.size() == known) return false;
+    size_t neighbours = 0;
+    const auto is_near = [&](size_t i) { return numbers[i + 1].value - numbers[i].value <= 1; };
+    for (size_t i = 0; i < count; i++) {
+        if ((i > 0 && is_near(i - 1)) || (i + 1 < count && is_near(i))) neighbours++;
+    }
+    return 2 * neighbours >= count || (count > 2 && kinds.size() < 2);
 }

@@ -106,7 +106,7 @@ struct Directory {
 
 // "2026:11:26 10:00:00", and "+02:00" where the offset from UTC is told.
 std::string exif_date(const std::string &text, const std::string &offset) {
-    const std::string date = iso_date_in(text);
+    const std::string date = iso_date_in(text.substr(0, 19));
     if (offset == "+00:00" || offset == "Z") return date.empty() ? "" : date + "Z";
     const bool is_told = offset.size() == 6 && (offset[0] == '+' || offset[0] == '-');
     return is_told && !date.empty() ? date + offset : date;

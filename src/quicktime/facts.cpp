@@ -88,7 +88,13 @@ void read_track_header(Bytes tkhd, Track &track) {
     track.height = big32(tkhd, 80 + more) >> 16;
     const auto matrix = [&](uint64_t i) { return static_cast<int32_t>(big32(tkhd, 40 + more + 4 * i)); };
     constexpr double kDegrees = 57.29577951308232;
-    const double angle = std::atan2(matrix(1), matrix(0)) * kDegrees;
+    // A mirror is no rotation: what is left without it is.
+    const double determinant =
+        static_cast<double>(matrix(0)) * matrix(4) - static_cast<double>(matrix(1)) * matrix(3);
+    const bool is_upside_down = matrix(0) > 0 && matrix(1) == 0;
+    if (determinant < 0) track.mirrored = is_upside_down ? "vertically" : "horizontally";
+    const double sign = determinant < 0 && !is_upside_down ? -1 : 1;
+    const double angle = std::atan2(sign * matrix(1), sign * matrix(0)) * kDegrees;
     track.rotation = static_cast<int>(std::lround(angle < 0 ? angle + 360 : angle));
 }
 
@@ -167,7 +173,8 @@ std::string seconds_text(double seconds) {
 
 // What an edit list (ISO 14496-12, 8.6.6) makes of a track.
 struct Edits {
-    double seconds = 0;  // as played
+    double seconds = 0;   // as played
+    double of_media = 0;  // of these, without empty edits
     int64_t first_time = 0;
     size_t media_edits = 0;
     size_t empty_edits = 0;
@@ -195,10 +202,15 @@ Edits edits_of(const Movie &movie, const Track &track) {
             text += " empty";
         } else {
             if (edits.media_edits++ == 0) edits.first_time = time;
+            edits.of_media += seconds;
             text += " from " + seconds_text(static_cast<double>(time) / static_cast<double>(track.timescale));
             if (length == 0) edits.to_the_end = true;
         }
-        if (big32(entry, step - 4) != 0x10000 && time >= 0) edits.other_rate = true;
+        const uint32_t speed = big32(entry, step - 4);
+        if (speed != 0x10000 && time >= 0) {
+            edits.other_rate = true;
+            text += " at " + number_text(static_cast<int32_t>(speed) / 65536.0) + " times the speed";
+        }
         if (i <= 4) append(edits.text, i < 4 ? text : "...");
     }
     return edits;
@@ -210,12 +222,23 @@ int64_t first_offset(Bytes table) {
     return big32(ctts, 4) > 0 ? static_cast<int32_t>(big32(ctts, 12)) : 0;
 }
 
+// The frames that an edit list shows, where they are others than all.
+void set_played(const Edits &edits, double seconds, Picture &picture) {
+    if (edits.media_edits == 0 || !picture.constant_rate.value_or(false) || seconds <= 0 || seconds >= 1e9)
+        return;
+    const int64_t frames = std::llround(seconds * picture.rate.value());
+    if (frames > 0 && frames != picture.frames) picture.played = frames;
+}
+
 // Sets how long a track is played; what its edit list does, where it does something.
-std::string play(const Movie &movie, Track &track, Ratio rate) {
+std::string play(Movie &movie, Track &track) {
     if (track.timescale <= 0) return "";
     if (track.duration > 0) track.played = Ratio{track.duration, track.timescale}.reduced();
     const Edits edits = edits_of(movie, track);
     if (edits.media_edits + edits.empty_edits == 0 || movie.timescale <= 0) return "";
+    Picture *const picture =
+        track.picture >= 0 ? &movie.facts.pictures[static_cast<size_t>(track.picture)] : nullptr;
+    const Ratio rate = picture ? picture->rate : Ratio{};
     const double tick = 1.0 / static_cast<double>(movie.timescale);
     const int64_t rest = track.duration + first_offset(track.table) - edits.first_time;
     const double rest_seconds = static_cast<double>(rest) / static_cast<double>(track.timescale);
@@ -234,6 +257,8 @@ std::string play(const Movie &movie, Track &track, Ratio rate) {
             track.played = Ratio{std::llround(edits.seconds / tick), movie.timescale}.reduced();
         }
     }
+    if (picture && track.duration > 0)
+        set_played(edits, is_single && to_the_end ? rest_seconds : edits.of_media, *picture);
     const bool is_plain = is_single && std::fabs(skipped) <= slack &&
                           (to_the_end || std::fabs(edits.seconds - rest_seconds) <= slack);
     return is_plain || track.duration == 0 ? "" : "track " + std::to_string(track.number) + ": " + edits.text;
@@ -249,7 +274,7 @@ void read_picture_track(Movie &movie, Track &track) {
     // The track's size is in whole pixels.
     if (!picture.pixel_aspect.is_set() && is_likely && std::fabs(aspect.value() - 1) * picture.width > 2)
         picture.pixel_aspect = aspect.reduced();
-    if (track.rotation != 0) movie.facts.add_more("rotation", track.rotation);
+    picture.enabled = track.enabled;
     track.picture = static_cast<int>(movie.facts.pictures.size());
     movie.facts.pictures.push_back(std::move(picture));
 }
@@ -261,6 +286,7 @@ void read_sound_track(Movie &movie, Track &track) {
         const double samples = Ratio{track.duration, track.timescale}.value() * sound.rate.value();
         if (samples < 9e15) sound.samples = std::llround(samples);
     }
+    sound.enabled = track.enabled;
     track.sound = static_cast<int>(movie.facts.sounds.size());
     movie.facts.sounds.push_back(std::move(sound));
 }
@@ -423,15 +449,37 @@ void judge_extent(Movie &movie, uint64_t header_end) {
     if (has_data) facts.whole(claimed);
 }
 
-// The picture's duration, unless something else is played on much longer.
-void set_duration(Movie &movie) {
+bool is_media(const Track &track) {
+    return track.handler == fourcc("vide") || track.handler == fourcc("soun");
+}
+
+// Where no track is enabled, the flag says nothing. Tracks that are not played.
+void read_enabled(Movie &movie) {
+    std::string disabled;
+    const bool is_said = std::ranges::any_of(
+        movie.tracks, [](const Track &track) { return is_media(track) && track.enabled; });
+    for (Track &track : movie.tracks) {
+        if (!is_media(track)) continue;
+        track.enabled = track.enabled || !is_said;
+        if (!track.enabled)
+            append(disabled, std::to_string(track.number) +
+                                 (track.handler == fourcc("vide") ? " (picture)" : " (sound)"));
+    }
+    movie.facts.add_more("disabled tracks", disabled);
+}
+
+// How the main picture is turned, and its duration, unless sound is played on much longer.
+void tell_main_track(Movie &movie) {
     Ratio longest;
     Ratio picture;
+    const auto main = static_cast<int>(movie.facts.largest());
     for (const Track &track : movie.tracks) {
-        const bool is_media = track.picture >= 0 || track.sound >= 0;
-        if (!track.enabled || !is_media) continue;
+        if (!track.enabled || !is_media(track) || (track.picture >= 0 && track.picture != main)) continue;
         if (track.played.value() > longest.value()) longest = track.played;
-        if (track.picture >= 0 && track.played.value() > picture.value()) picture = track.played;
+        if (track.picture != main) continue;
+        picture = track.played;
+        if (track.rotation != 0) movie.facts.add_more("rotation", track.rotation);
+        movie.facts.add_more("mirrored", track.mirrored);
     }
     const bool is_close = picture.is_set() && longest.value() - picture.value() < 0.1;
     if (longest.is_set()) movie.facts.duration = is_close ? picture : longest;
@@ -447,18 +495,17 @@ void read_movie(Movie &movie, uint64_t end) {
         if (box.type != fourcc("trak") || movie.tracks.size() >= 1000) return;
         movie.tracks.push_back(read_track(box.data, static_cast<uint32_t>(movie.tracks.size() + 1)));
     });
+    read_enabled(movie);
     std::string edits;
     for (Track &track : movie.tracks) {
-        Ratio rate;
         if (track.handler == fourcc("vide")) {
             read_picture_track(movie, track);
-            rate = movie.facts.pictures.back().rate;
         } else if (track.handler == fourcc("soun")) {
             read_sound_track(movie, track);
         } else if (track.handler == fourcc("tmcd")) {
             read_timecode_track(movie, track);
         }
-        const std::string text = play(movie, track, rate);
+        const std::string text = play(movie, track);
         if (track.handler != fourcc("tmcd")) append(edits, text, "; ");
         if (track.is_external) movie.facts.add_more("external data", "track " + std::to_string(track.number));
     }
@@ -475,7 +522,7 @@ void read_movie(Movie &movie, uint64_t end) {
     } else if (movie.facts.problem.empty()) {
         judge_extent(movie, end);
     }
-    set_duration(movie);
+    tell_main_track(movie);
     movie.facts.largest_first();
 }
 

@@ -43,7 +43,8 @@ struct Fragments {
     uint64_t last = 0;                  // where the last box ends
     bool is_cut = false;
     bool has_index = false;
-    bool is_ended = true;  // the walk came to the end of the file
+    bool is_ended = true;    // the walk came to the end of the file
+    bool is_closed = false;  // by a random access index, which nothing follows but what is no part of it
     int count = 0;
 };
 
@@ -103,6 +104,13 @@ void add_fragment(Fragments &fragments, const Box &moof) {
     fragments.count++;
 }
 
+// Whether a random access index (mfra) is there to its last box, which has its size.
+bool is_closed(Bytes file, const Box &mfra) {
+    const uint64_t end = mfra.end();
+    return mfra.size >= 24 && file.has(end - 16, 16) && bytes_are(file, end - 12, "mfro") &&
+           big32(file, end - 4) == mfra.size;
+}
+
 // Walks through the boxes from an offset on; through all of them or one fragment alone.
 void walk(Fragments &fragments, uint64_t at, int most) {
     const uint64_t file_size = fragments.input.size();
@@ -128,6 +136,10 @@ void walk(Fragments &fragments, uint64_t at, int most) {
         at = box.end();
         fragments.last = at;
         if (at > file_size) fragments.is_cut = true;
+        if (box.type == fourcc("mfra") && is_closed(file, box)) {
+            fragments.is_closed = true;
+            at = file_size;
+        }
     }
     fragments.is_ended = at >= file_size;
 }
@@ -219,7 +231,7 @@ void judge(Fragments &fragments, bool has_end_index, Facts &facts) {
     }
     if (fragments.is_cut) {
         facts.cut(std::max(claimed, size), "the last fragment");
-    } else if (has_end_index && fragments.is_ended) {
+    } else if ((has_end_index || fragments.is_closed) && fragments.is_ended) {
         facts.whole(claimed);
     } else {
         facts.extent.claimed = claimed;  // what ends with a fragment may have had more of them

@@ -38,6 +38,7 @@ struct Track {
     uint32_t width = 0;    // of the track header, as shown with square pixels; 0 where it has none
     uint32_t height = 0;
     int rotation = 0;
+    std::string mirrored;
     std::string language;
     Bytes table;  // stbl
     Bytes description;

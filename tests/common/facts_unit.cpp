@@ -54,6 +54,16 @@ TEST(Facts, Timecodes) {
 TEST(Facts, Dates) {
     EXPECT_EQ(iso_date_in("2026:11:26:10:02:03:CET") + " " + iso_date_in("2026-11-26 10:02:03"),
               "2026-11-26T10:02:03 2026-11-26T10:02:03");
+    for (const auto &[zone, iso] : {std::pair{"Z", "Z"},
+                                    {" UTC", "Z"},
+                                    {":+01", "+01:00"},
+                                    {".250-0530", "-05:30"},
+                                    {"+02:00", "+02:00"},
+                                    {"+1", ""},
+                                    {"+99", ""},
+                                    {"-", ""}})
+        EXPECT_EQ(iso_date_in("2026:11:26:10:02:03" + std::string(zone)),
+                  "2026-11-26T10:02:03" + std::string(iso));
     EXPECT_EQ(iso_date_in("2026/11/26") + " " + iso_date_in("2026:11:26 10:02"), "2026-11-26 2026-11-26");
     EXPECT_EQ(iso_date_in("    :  :     :  :  ") + iso_date_in("2026:13:01") +
                   iso_date_in("0000:00:00 00:00:00") + iso_date_in(""),

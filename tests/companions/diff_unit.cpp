@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "companions/diff/diff.h"
+#include "companions/diff/facts.h"
 #include "support/bytes_of.h"
 #include "support/command.h"
 
@@ -59,6 +60,17 @@ std::string bytes(std::initializer_list<int> values) {
     std::string text;
     for (const int value : values) text += static_cast<char>(value);
     return text;
+}
+
+TEST(KeldumpDiff, TracksThatAreNotPlayedDiffer) {
+    Facts one;
+    one.sounds = {{2, {48000, 1}, 24, "PCM", "", ""}, {2, {48000, 1}, 24, "PCM", "", ""}};
+    one.sounds[1].enabled = false;
+    Facts other = one;
+    EXPECT_TRUE(differing_facts(one, other, false).empty());
+    other.sounds[1].bits = 16;
+    ASSERT_EQ(differing_facts(one, other, false).size(), 1U);
+    EXPECT_EQ(differing_facts(one, other, false)[0].text, "sound bits of sound track 2: 16 instead of 24");
 }
 
 }  // namespace

@@ -291,6 +291,19 @@ TEST(KeldumpSeq, CutPictureAndTwins) {
               "a.#.dpx: frame 1: cut: 4,000 of 4,352 bytes, the picture's end\n");
 }
 
+// Unless a pattern says that they are.
+TEST(KeldumpSeq, FilesThatAreNoFrames) {
+    const Workplace place;
+    for (const char *name : {"s_v1.dpx", "s_v3.dpx", "t_422.dpx", "t_420.dpx"})
+        place.write(name, dpx(0, 1).str());
+    const Outcome listed = seq(place, {"."});
+    for (const char *name : {"./s_v1.dpx: 1 frame,", "./s_v3.dpx: 1 frame,", "./t_420.dpx: 1 frame,"})
+        EXPECT_NE(listed.out.find(name), std::string::npos) << listed.out;
+    EXPECT_EQ(listed.status, 0);
+    const Outcome told = seq(place, {"s_v%d.dpx"});
+    EXPECT_NE(told.out.find("s_v#.dpx: frame 2: missing"), std::string::npos) << told.out;
+}
+
 TEST(KeldumpSeq, Trouble) {
     const Workplace place;
     EXPECT_EQ(seq(place, {}).status, 2);

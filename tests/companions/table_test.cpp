@@ -80,6 +80,14 @@ TEST(KeldumpTable, Sequences) {
              .out);
     SHOW(table(place, {"--each", "--columns", "width,problem,file", "."}).out);
     EXPECT_EQ(table(place, {"."}).status, 1);
+    // What most of them say is the row, whether it is the first or half that differs.
+    place.write("b.-1.dpx", std::string(frame).replace(803, 1, "\x10"));
+    for (const char *name : {"b.0.dpx", "b.1.dpx", "b.2.dpx"}) place.write(name, frame);
+    SHOW(table(place, {"--csv", "--columns", "file,first_frame,width,bit_depth,problem", "b.-1.dpx",
+                       "b.0.dpx", "b.1.dpx", "b.2.dpx"})
+             .out);
+    place.write("b.2.dpx", content_of(place.path("b.-1.dpx")));
+    SHOW(table(place, {"b.-1.dpx", "b.0.dpx", "b.1.dpx", "b.2.dpx"}).out);
     // Names alone make no frames.
     for (int i = 1; i < 5; i++)
         place.write("p" + std::to_string(i) + ".bmp",
@@ -114,9 +122,13 @@ TEST(KeldumpTable, ColumnsAndFields) {
              .out);
     SHOW(with({"--lines", "--columns", "file,slate", "--field", "*/Track ID/*"}).out);
     SHOW(with({"--columns", "timecode,edit rate,file"}).out);
-    const Outcome wrong = with({"--columns", "colour,file"});
+    // One that is documented needs no file that has it.
+    const Outcome none = with({"--lines", "--columns", "scene,more"});
+    EXPECT_EQ(none.status, 0);
+    EXPECT_TRUE(none.out.starts_with("{\"scene\": null, \"more\": {\"")) << none.out;
+    const Outcome wrong = with({"--columns", "flavour,file"});
     EXPECT_EQ(wrong.status, 2);
-    EXPECT_EQ(wrong.err, "keldump-table: no file has a column 'colour'\n");
+    EXPECT_EQ(wrong.err, "keldump-table: no file has a column 'flavour'\n");
 }
 
 TEST(KeldumpTable, NamesFromAFile) {

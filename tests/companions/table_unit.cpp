@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "companions/table/odd.h"
+#include "companions/table/output.h"
 #include "companions/table/row.h"
 #include "companions/table/sequence.h"
 #include "companions/table/terminal.h"
@@ -63,6 +65,78 @@ TEST(TerminalTable, ColumnsOfLaterRows) {
     EXPECT_EQ(text.substr(0, second).find("REEL"), std::string::npos);
     EXPECT_NE(text.find("REEL", second), std::string::npos);
     EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 53);
+}
+
+// What was asked for stays, cut where it must be.
+TEST(TerminalTable, ColumnsThatWereAskedFor) {
+    Row row = movie("/Volumes/card/A001C001.mov");
+    row[Column::writer] = "A writer of a long name indeed";
+    const Selection selection{{"writer", "codec", "file", "duration"}, {"reel"}};
+    const std::string text = table_of(50, {row}, selection);
+    for (const char *title : {"WRITER", "CODEC", "FILE", "DURATION", "REEL", "\u2026", "mov"})
+        EXPECT_NE(text.find(title), std::string::npos) << text;
+    const std::string narrow = table_of(10, {row}, {{"writer", "codec", "duration"}, {}});
+    for (const char *title : {"WRITER", "CODEC", "DURATION", "FILE", "A001C001.mov"})
+        EXPECT_NE(narrow.find(title), std::string::npos) << narrow;
+}
+
+TEST(Rows, DurationsAsTheyAreCounted) {
+    const auto text = [](int64_t frames, Ratio rate, bool constant, const char *drop) {
+        Facts facts;
+        facts.picture().rate = rate;
+        facts.picture().constant_rate = constant;
+        facts.lasts(frames, rate);
+        Row row = row_of(facts, "");
+        row[Column::timecode_drop] = drop;
+        row[Column::timecode_base] = "30";
+        return duration_text(row);
+    };
+    const Ratio ntsc{30000, 1001};
+    EXPECT_EQ(text(107892, ntsc, true, "true"), "01:00:00;00");
+    EXPECT_EQ(text(107892, ntsc, true, "false"), "00:59:56:12");
+    EXPECT_EQ(text(50, {25, 2}, true, ""), "00:00:04.000");
+    EXPECT_EQ(text(50, {25, 1}, false, ""), "00:00:02.000");
+    EXPECT_EQ(text(25, {120000, 1001}, true, ""), "00:00:00:25");
+}
+
+TEST(Rows, SoundsThatDiffer) {
+    Facts facts;
+    facts.sounds = {{2, {48000, 1}, 24, "PCM", "", "", 96000}, {1, {44100, 1}, 16, "PCM", "", "", 5}};
+    Row row = row_of(facts, "");
+    EXPECT_EQ(row[Column::samples] + " / " + row[Column::audio_bits] + " / " + row[Column::sample_rate],
+              "96000; 5 / 24; 16 / 48000; 44100");
+    EXPECT_EQ(sound_text(row), "3ch 24+16/48+44.1k");
+    EXPECT_EQ(row[Column::audio_bit_rate], "2304000");
+    EXPECT_NE(json_object(row, {}).find("\"samples\": \"96000; 5\""), std::string::npos);
+    facts.sounds[1].enabled = false;
+    row = row_of(facts, "");
+    EXPECT_EQ(sound_text(row) + row[Column::audio_tracks], "2ch 24/48k2");
+}
+
+TEST(Odd, VotesOfOneKind) {
+    const auto with = [](const char *format, const char *rate, bool is_picture) {
+        Row row;
+        row.is_known = true;
+        row[Column::format] = format;
+        row[Column::frame_rate] = rate;
+        if (is_picture) row[Column::width] = row[Column::duration] = "1";
+        return row;
+    };
+    const auto remarks = [](const std::vector<Row> &rows) {
+        std::string text;
+        for (const OddRow &odd : find_odd(rows).rows) {
+            for (const std::string &remark : odd.remarks) text += remark + "\n";
+        }
+        return text;
+    };
+    const Row movie = with("MOV", "24", true);
+    const Row side = with("XML", "", false);
+    EXPECT_EQ(remarks({movie, side, movie, side, side, side}), "");
+    EXPECT_EQ(remarks({movie, side, movie, with("MOV", "25", true), side, side}),
+              "RATE 25 (1 of 3; others 24)\n");
+    EXPECT_EQ(
+        remarks({movie, with("MOV", "25", true), with("MOV", "30", true)}),
+        "RATE 24 (1 of 3; no majority)\nRATE 25 (1 of 3; no majority)\nRATE 30 (1 of 3; no majority)\n");
 }
 
 TEST(Rows, PassFromProcessToProcess) {

@@ -134,6 +134,20 @@ std::string groups_of(const std::vector<std::string> &files) {
     return text;
 }
 
+TEST(FrameGroups, NamesAloneMakeNoFrames) {
+    using List = std::vector<uint32_t>;
+    const auto are = [](const std::vector<int64_t> &values, const List &pictures) {
+        std::vector<FrameNumber> numbers;
+        for (const int64_t value : values) numbers.push_back({0, 1, value});
+        return are_frames(numbers, pictures);
+    };
+    EXPECT_TRUE(are({1, 2}, {5, 5}) && are({1, 2}, {5, 0}) && are({1, 1}, {5, 5}));
+    EXPECT_FALSE(are({1, 2}, {5, 6}) || are({20261124, 20261126}, {5, 5}));
+    EXPECT_TRUE(are({1, 2, 3, 4}, {6, 5, 5, 5}) && are({1, 2, 3, 4}, {5, 5, 6, 6}));
+    EXPECT_FALSE(are({1, 2, 3}, {1, 2, 3}) || are({420, 422, 444}, {1, 1, 2}));
+    EXPECT_TRUE(are({420, 422, 444}, {1, 1, 1}) && are({1, 2, 9}, {1, 1, 2}));
+}
+
 TEST(FrameGroups, TheNumberThatVariesCounts) {
     EXPECT_EQ(groups_of({"d/shot_0001_v01.dpx", "d/shot_0002_v01.dpx", "d/shot_0004_v01.dpx"}),
               "d/shot_[0001-0004]_v01.dpx -1\n");
@@ -142,6 +156,8 @@ TEST(FrameGroups, TheNumberThatVariesCounts) {
     EXPECT_EQ(groups_of({"v1.01.dpx", "v1.02.dpx", "v1.03.dpx", "v2.01.dpx", "v2.02.dpx", "v2.03.dpx"}),
               "v1.[01-03].dpx\nv2.[01-03].dpx\n");
     EXPECT_EQ(groups_of({"f.-002.dpx", "f.-001.dpx", "f.0000.dpx", "f.0001.dpx"}), "f.[-002-0001].dpx\n");
+    EXPECT_EQ(groups_of({"a_v1.exr", "a_V3.exr", "rev1.exr", "rev2.exr"}),
+              "a_v1.exr\na_V3.exr\nrev[1-2].exr\n");
     EXPECT_EQ(groups_of({"f.9.dpx", "f.10.dpx", "f.010.dpx"}), "f.[9-010].dpx\n");
     EXPECT_EQ(groups_of({"A001.mov", "A002.mov", "x.dpx", "d1/1.dpx", "d2/2.dpx"}),
               "A001.mov\nA002.mov\nx.dpx\nd1/1.dpx\nd2/2.dpx\n");

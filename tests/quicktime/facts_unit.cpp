@@ -42,7 +42,8 @@ struct Samples {
 };
 
 std::string track(const std::string &handler, const std::string &entry, const std::string &media_header,
-                  const Samples &samples = {}, const std::string &edits = "") {
+                  const Samples &samples = {}, const std::string &edits = "", uint32_t flags = 1,
+                  int32_t scale = 1) {
     const std::string times =
         samples.times.empty() ? big().u32(1).u32(samples.n).u32(samples.delta).str() : samples.times;
     return atom(
@@ -53,7 +54,7 @@ std::string track(const std::string &handler, const std::string &entry, const st
                  .u32(0)
                  .u32(1)
                  .zeros(24)
-                 .u32(0x10000)
+                 .u32(static_cast<uint32_t>(scale * 0x10000))
                  .zeros(12)
                  .u32(0x10000)
                  .zeros(12)
@@ -61,7 +62,7 @@ std::string track(const std::string &handler, const std::string &entry, const st
                  .u32(1920U << 16)
                  .u32(1080U << 16)
                  .str(),
-             1) +
+             flags) +
             edits +
             atom("mdia",
                  media_header + full("hdlr", big().u32(0).text(handler).zeros(13).str()) +
@@ -162,6 +163,23 @@ TEST(MovieFacts, TimeAndTracks) {
     EXPECT_NE(edited.find("| edit lists: track 1: 1.000 s empty, 0.100 s from 0.100 s"), std::string::npos)
         << edited;
     EXPECT_NE(edited.find("| 11011/10000 s"), std::string::npos) << edited;
+    EXPECT_NE(edited.find("10 frames (3 played)"), std::string::npos) << edited;
+    const std::string slow = edit_list(big().u32(200).u32(0).u32(0x8000).str(), 1);
+    const std::string slowed =
+        facts_of(movie(track("vide", entry, media_header(30000, 10010), {}, slow, 1, -1)));
+    EXPECT_NE(slowed.find("0.200 s from 0.000 s at 0.5 times the speed"), std::string::npos) << slowed;
+    EXPECT_NE(slowed.find("| mirrored: horizontally"), std::string::npos) << slowed;
+    EXPECT_EQ(slowed.find("rotation"), std::string::npos) << slowed;
+    // The main picture is one that is played, with its duration.
+    const std::string part = edit_list(big().u32(100).u32(0).u32(0x10000).str(), 1);
+    const std::string sounds = sound_entry("raw ", 0, 2, 8, "");
+    const std::string disabled =
+        facts_of(movie(track("vide", entry, media_header(30000, 10010), {}, "", 0) +
+                       track("vide", picture_entry("apch", ""), media_header(30000, 10010), {}, part) +
+                       track("soun", sounds, media_header(48000, 48000), {}, "", 0)));
+    EXPECT_TRUE(disabled.starts_with("MOV | 1920x1080 ProRes 422 HQ ")) << disabled;
+    EXPECT_NE(disabled.find("| 1001/10000 s"), std::string::npos) << disabled;
+    EXPECT_NE(disabled.find("| disabled tracks: 1 (picture), 3 (sound)"), std::string::npos) << disabled;
     // Durations that differ.
     Samples uneven;
     uneven.times = big().u32(3).u32(4).u32(1001).u32(5).u32(2002).u32(1).u32(1001).str();
@@ -208,6 +226,8 @@ TEST(MovieFacts, Fragments) {
     Transcript transcript;
     SHOW(facts_of(sample));
     SHOW(facts_of(sample.substr(0, sample.size() - 200)));
+    for (const char rest : {'\0', 'x'})
+        EXPECT_EQ(facts_of(sample + std::string(300, rest)), facts_of(sample));
     SHOW(facts_of(content_of(std::string(KELDUMP_SAMPLES) + "/quicktime/h264-aac.mov")));
     SHOW(facts_of(content_of(std::string(KELDUMP_SAMPLES) + "/quicktime/prores-timecode.mov")));
 }

@@ -35,6 +35,7 @@ inline std::string text_of(const Facts &facts) {
                 "," + std::to_string(p.colour.matrix) + "," + std::to_string(p.colour.full_range));
         if (p.rate.is_set()) add(ratio_text(p.rate) + (p.constant_rate == false ? " vfr" : " fps"));
         if (p.frames >= 0) add(std::to_string(p.frames) + " frames");
+        if (p.played >= 0) add("(" + std::to_string(p.played) + " played)");
     }
     for (const Sound &s : facts.sounds) {
         text += " | " + std::to_string(s.channels) + "ch " + ratio_text(s.rate) + " Hz";

@@ -16,8 +16,6 @@
 
 namespace {
 
-constexpr size_t kFewFrames = 64;
-
 bool is_sequence(const std::vector<FrameGroup> &groups) {
     return groups.size() == 1 && groups[0].is_numbered;
 }
@@ -70,7 +68,7 @@ int page_sequence_main(int, char **) {
     SequenceRow sequence;
     for (size_t i = 0; i < names.size(); i++)
         sequence.add(groups[0].numbers[i], Row::unpacked(rows[groups[0].files[i]]));
-    if (names.size() <= kFewFrames && 4 * sequence.unlike() >= names.size()) return kFound;
+    if (!sequence.are_frames()) return kFound;
     std::string out = given(sequence.finish(groups[0], names));
     put_text(out, report_of(groups[0], frames, {}));
     write_out(out);

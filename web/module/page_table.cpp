@@ -2,7 +2,6 @@
 #include <unistd.h>
 
 #include <iterator>
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,13 +20,6 @@
 namespace {
 
 constexpr double kAlike = 0.6;  // files that must agree where others are odd: a list may hold anything
-
-// What files are compared with each other: movies, stills or sound.
-int kind_of(const Row &row) {
-    if (!row.is_known) return 0;
-    if (row[Column::width].empty()) return 1;
-    return row[Column::duration].empty() || !row[Column::first_frame].empty() ? 2 : 3;
-}
 
 }  // namespace
 
@@ -91,28 +83,19 @@ int page_rows_main(int argc, char **argv) {
     return kFine;
 }
 
-// What is odd among rows of a kind: [[number of the row, [remark, ...]], ...].
+// What is odd among rows: [[number of the row, [remark, ...]], ...].
 int page_odd_main(int, char **) {
     const std::string input = read_input();
-    std::map<int, std::vector<Row>> kinds;
-    std::map<int, std::vector<size_t>> numbers;
-    size_t count = 0;
-    for (std::string_view left = input; !left.empty(); count++) {
-        Row row = Row::unpacked(take_text(left));
-        const int kind = kind_of(row);
-        numbers[kind].push_back(count);
-        kinds[kind].push_back(std::move(row));
-    }
+    std::vector<Row> rows;
+    for (std::string_view left = input; !left.empty();) rows.push_back(Row::unpacked(take_text(left)));
     std::string json = "[";
-    for (const auto &[kind, rows] : kinds) {
-        for (const OddRow &odd : find_odd(rows, kAlike).rows) {
-            if (odd.remarks.empty()) continue;
-            json += json.size() > 1 ? ",\n[" : "[";
-            json += std::to_string(numbers[kind][odd.row]) + ", [";
-            for (const std::string &remark : odd.remarks)
-                json += (&remark == odd.remarks.data() ? "" : ", ") + json_text(remark);
-            json += "]]";
-        }
+    for (const OddRow &odd : find_odd(rows, kAlike).rows) {
+        if (odd.remarks.empty()) continue;
+        json += json.size() > 1 ? ",\n[" : "[";
+        json += std::to_string(odd.row) + ", [";
+        for (const std::string &remark : odd.remarks)
+            json += (&remark == odd.remarks.data() ? "" : ", ") + json_text(remark);
+        json += "]]";
     }
     write_out(json + "]");
     return kFine;

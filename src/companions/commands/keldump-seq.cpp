@@ -142,8 +142,14 @@ bool add_operand(const std::string &operand, std::vector<std::string> &files) {
 // Judges each sequence when its last frame is read.
 class Sequences : public JobsReader {
  public:
-    Sequences(const Request &request, size_t files, const std::vector<FrameGroup> &groups)
-        : request_(request), groups_(groups), progress_(files, !isatty(STDOUT_FILENO)) {
+    // `told`: the user says what the frames are.
+    Sequences(const Request &request, const std::vector<std::string> &files,
+              const std::vector<FrameGroup> &groups, bool told)
+        : request_(request),
+          files_(files),
+          groups_(groups),
+          told_(told),
+          progress_(files.size(), !isatty(STDOUT_FILENO)) {
         if (request.json) write_out("[");
     }
 
@@ -161,7 +167,7 @@ class Sequences : public JobsReader {
         frames_.push_back(frame);
         packed_.clear();
         death_.clear();
-        if (frames_.size() == group.files.size()) judge(group);
+        if (frames_.size() == group.files.size()) end_group(group);
     }
 
     bool finish() {
@@ -171,23 +177,34 @@ class Sequences : public JobsReader {
     }
 
  private:
-    void judge(const FrameGroup &group) {
-        SequenceQuestion question = request_.question;
-        question.numbered = group.is_numbered;
-        const SequenceReport report = check_sequence(frames_, names_, question);
-        const bool shown = !request_.quiet || !report.findings.empty();
-        clean_ = clean_ && report.findings.empty();
-        progress_.clear();
-        if (shown && request_.json)
-            write_out((given_++ > 0 ? ",\n" : "\n") + report_json(group.stem(), report));
-        if (shown && !request_.json) write_out(report_text(group.stem(), report, group.is_numbered));
+    void end_group(const FrameGroup &group) {
+        std::vector<uint32_t> pictures;
+        for (const SequenceFrame &frame : frames_) pictures.push_back(picture_of(frame, names_));
+        if (told_ || are_frames(group.numbers, pictures)) {
+            judge(frames_, group.stem(), group.is_numbered);
+        } else {
+            for (size_t i = 0; i < frames_.size(); i++) judge({frames_[i]}, files_[group.files[i]], false);
+        }
         frames_.clear();
         names_ = SharedNames();
         group_++;
     }
 
+    void judge(const std::vector<SequenceFrame> &frames, const std::string &name, bool is_numbered) {
+        SequenceQuestion question = request_.question;
+        question.numbered = is_numbered;
+        const SequenceReport report = check_sequence(frames, names_, question);
+        const bool shown = !request_.quiet || !report.findings.empty();
+        clean_ = clean_ && report.findings.empty();
+        progress_.clear();
+        if (shown && request_.json) write_out((given_++ > 0 ? ",\n" : "\n") + report_json(name, report));
+        if (shown && !request_.json) write_out(report_text(name, report, is_numbered));
+    }
+
     const Request &request_;
+    const std::vector<std::string> &files_;
     const std::vector<FrameGroup> &groups_;
+    bool told_;
     Progress progress_;
     size_t group_ = 0;
     SharedNames names_;
@@ -212,10 +229,11 @@ int main(int argc, char **argv) {
     std::set<std::string> seen;
     std::erase_if(files, [&](const std::string &file) { return !seen.insert(file).second; });
 
-    const std::vector<FrameGroup> groups = group_frames(files, any_name);
+    const bool told = request.question.wanted || std::ranges::none_of(request.operands, is_there);
+    const std::vector<FrameGroup> groups = group_frames(files, any_name, told);
     std::vector<size_t> order;
     for (const FrameGroup &group : groups) order.insert(order.end(), group.files.begin(), group.files.end());
-    Sequences sequences(request, files.size(), groups);
+    Sequences sequences(request, files, groups, told);
     run_jobs(
         order.size(), request.jobs,
         [&](size_t index, JobOutput &output) {

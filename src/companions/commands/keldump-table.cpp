@@ -15,6 +15,7 @@
 #include "companions/printing.h"
 #include "companions/progress.h"
 #include "companions/safe_text.h"
+#include "companions/table/names.h"
 #include "companions/table/odd.h"
 #include "companions/table/output.h"
 #include "companions/table/read.h"
@@ -161,11 +162,10 @@ class Table : public JobsReader {
         return problems_;
     }
 
-    // A column that was asked for and that no file has.
+    // A column that was asked for, that is none of the documented ones and that no file has.
     std::string unknown_name() const {
-        const auto columns = table_columns();
         for (const std::string &wanted : request_.selection.names) {
-            const bool is_column = std::ranges::find(columns, wanted, &ColumnRow::name) != columns.end();
+            const bool is_column = is_table_name(wanted);
             const bool is_field =
                 std::ranges::find(request_.selection.fields, wanted) != request_.selection.fields.end();
             if (!is_column && !is_field && std::ranges::find(seen_, wanted) == seen_.end()) return wanted;
@@ -175,11 +175,10 @@ class Table : public JobsReader {
 
  private:
     static constexpr size_t kBlock = 64 * 1024;
-    static constexpr size_t kFewFrames = 64;
 
     // Few files that have little in common are no frames, whatever their names.
     void end_group(size_t last, const FrameGroup &group) {
-        if (few_.empty() || 4 * sequence_.unlike() < group.files.size()) {
+        if (sequence_.are_frames()) {
             add(sequence_.finish(group, files_.names));
         } else {
             const size_t first = last + 1 - few_.size();

@@ -158,3 +158,13 @@ TextPairs properties_of(const SequenceFrame &frame, const SharedNames &names) {
     std::string_view packed = names.name(frame.properties);
     return take_pairs(packed);
 }
+
+uint32_t picture_of(const SequenceFrame &frame, SharedNames &names) {
+    if (!frame.has_header) return 0;
+    constexpr std::string_view kNames[] = {"format", "size", "bit_depth", "codec", "components"};
+    std::string picture;
+    for (const auto &[name, value] : properties_of(frame, names)) {
+        if (std::ranges::find(kNames, name) != std::end(kNames)) picture += name + "=" + value + " ";
+    }
+    return names.number(picture);
+}

@@ -57,4 +57,8 @@ struct SequenceFrame {
 std::string packed_frame(const Facts &facts);
 SequenceFrame unpacked_frame(std::string_view packed, SharedNames &names);
 
+// What kind of picture a frame holds, as a number of `SharedNames`: format, size, depth, codec and
+// components; 0 without a header.
+uint32_t picture_of(const SequenceFrame &frame, SharedNames &names);
+
 TextPairs properties_of(const SequenceFrame &frame, const SharedNames &names);

@@ -51,36 +51,57 @@ constexpr Compared kCompared[] = {
     {"WRITER", Column::writer},
 };
 
+// What is compared with each other: movies, stills, sound. What has no picture and no sound is beside them.
+enum class Kind { other, movie, still, sound };
+
+Kind kind_of(const Row &row) {
+    if (!row.is_known) return Kind::other;
+    if (!row[Column::width].empty())
+        return row[Column::duration].empty() || !row[Column::first_frame].empty() ? Kind::still : Kind::movie;
+    return sound_text(row).empty() ? Kind::other : Kind::sound;
+}
+
+// The remarks on a column of the files of one kind; whether there are any.
+bool compare(const Compared &compared, const std::vector<Row> &rows, const std::vector<size_t> &files,
+             double alike, std::vector<std::vector<std::string>> &remarks) {
+    std::map<std::string, size_t> counts;
+    size_t known = 0;
+    for (const size_t file : files) {
+        const std::string value = compared.of(rows[file]);
+        if (alike > 0 && value.empty()) continue;
+        counts[value]++;
+        known++;
+    }
+    if (counts.size() < 2) return false;
+    const auto usual = std::ranges::max_element(counts, {}, [](const auto &entry) { return entry.second; });
+    if (usual->second == 1 && known > 2 && compared.column == Column::reel) return false;
+    if (static_cast<double>(usual->second) < alike * static_cast<double>(files.size())) return false;
+    const bool is_majority = 2 * usual->second > known;
+    const std::string others = std::string(counts.size() == 2 ? "; others " : "; most ") +
+                               (usual->first.empty() ? "none" : usual->first);
+    for (const size_t file : files) {
+        const std::string value = compared.of(rows[file]);
+        if ((alike > 0 && value.empty()) || (is_majority && value == usual->first)) continue;
+        remarks[file].push_back(std::string(compared.title) + " " + (value.empty() ? "none" : value) + " (" +
+                                grouped(counts[value]) + " of " + grouped(known) +
+                                (is_majority ? others : "; no majority") + ")");
+    }
+    return true;
+}
+
 }  // namespace
 
 Oddities find_odd(const std::vector<Row> &rows, double alike) {
     Oddities odd;
     std::vector<std::vector<std::string>> remarks(rows.size());
+    std::map<Kind, std::vector<size_t>> kinds;
+    for (size_t i = 0; i < rows.size(); i++) kinds[kind_of(rows[i])].push_back(i);
+    kinds.erase(Kind::other);
     for (const Compared &compared : kCompared) {
-        std::map<std::string, size_t> counts;
-        size_t known = 0;
-        const auto is_compared = [&](const Row &row) {
-            return row.is_known && (alike == 0 || !compared.of(row).empty());
-        };
-        for (const Row &row : rows) {
-            if (!is_compared(row)) continue;
-            counts[compared.of(row)]++;
-            known++;
-        }
-        if (counts.size() < 2) continue;
-        const auto usual =
-            std::ranges::max_element(counts, {}, [](const auto &entry) { return entry.second; });
-        if (usual->second == 1 && known > 2) continue;
-        if (static_cast<double>(usual->second) < alike * static_cast<double>(rows.size())) continue;
-        odd.titles.emplace_back(compared.title);
-        for (size_t i = 0; i < rows.size(); i++) {
-            const std::string value = compared.of(rows[i]);
-            if (!is_compared(rows[i]) || value == usual->first) continue;
-            const std::string others = counts.size() == 2 ? "; others " : "; most ";
-            remarks[i].push_back(std::string(compared.title) + " " + (value.empty() ? "none" : value) + " (" +
-                                 grouped(counts[value]) + " of " + grouped(known) + others +
-                                 (usual->first.empty() ? "none" : usual->first) + ")");
-        }
+        bool differs = false;
+        for (const auto &[kind, files] : kinds)
+            differs = compare(compared, rows, files, alike, remarks) || differs;
+        if (differs) odd.titles.emplace_back(compared.title);
     }
     for (size_t i = 0; i < rows.size(); i++) {
         if (!remarks[i].empty() || !rows[i][Column::problem].empty())

@@ -16,7 +16,9 @@ struct Oddities {
     std::vector<OddRow> rows;         // that are unlike most in one of them, or have a problem
 };
 
-// A value is odd where it is not the most frequent one. What each file has for itself (name, times, sizes,
-// lengths) is not compared, nor what no two files have in common. With `alike`, for files that were not put
-// together to be alike, that part of them must agree, and what a file does not say is not odd.
+// Movies, stills and sounds are compared with their like; what is none of them with nothing. A value is odd
+// where it is not that of more than half of them; where none is, each is named. What each file has for itself
+// (name, times, sizes, lengths) is not compared, nor reels that no two files have in common. With `alike`,
+// for files that were not put together to be alike, that part of them must agree, and what a file does not
+// say is not odd.
 Oddities find_odd(const std::vector<Row> &rows, double alike = 0);

@@ -38,13 +38,25 @@ std::string json_text(std::string_view text) {
     return out;
 }
 
+std::string more_object(const Row &row) {
+    std::string more = "{";
+    for (const auto &[name, value] : row.more) {
+        if (more.size() > 1) more += ", ";
+        more += json_text(name) + ": " + json_text(value);
+    }
+    return more + "}";
+}
+
 std::string json_value(const Row &row, const std::string &name, const Selection &selection) {
     const auto columns = table_columns();
     const auto column = std::ranges::find(columns, name, &ColumnRow::name);
     if (column != columns.end()) {
         const std::string &text = row[column->column];
-        return text.empty() ? "null" : column->kind == ColumnRow::text ? json_text(text) : text;
+        // Tracks that differ have several numbers.
+        const bool is_text = column->kind == ColumnRow::text || text.find("; ") != std::string::npos;
+        return text.empty() ? "null" : is_text ? json_text(text) : text;
     }
+    if (name == "more") return more_object(row);
     if (std::ranges::find(selection.fields, name) == selection.fields.end()) {
         const std::string text = row.named(name);
         return text.empty() ? "null" : json_text(text);
@@ -83,11 +95,6 @@ std::string json_object(const Row &row, const Selection &selection) {
     };
     for (const std::string &name : names_of(selection)) add(name, json_value(row, name, selection));
     if (!selection.names.empty()) return object + "}";
-    std::string more = "{";
-    for (const auto &[name, value] : row.more) {
-        if (more.size() > 1) more += ", ";
-        more += json_text(name) + ": " + json_text(value);
-    }
-    add("more", more + "}");
+    add("more", more_object(row));
     return object + "}";
 }

@@ -64,6 +64,7 @@ constexpr ColumnRow kColumns[] = {
     {Column::frames_missing, "frames_missing", ColumnRow::number},
     {Column::video_bit_rate, "video_bit_rate", ColumnRow::number},
     {Column::audio_bit_rate, "audio_bit_rate", ColumnRow::number},
+    {Column::rotation, "rotation", ColumnRow::number},
 };
 static_assert(std::size(kColumns) == static_cast<size_t>(Column::count));
 
@@ -120,8 +121,8 @@ constexpr ColourName kTransfers[] = {
     {7, "SMPTE 240M"},  {8, "linear"},    {9, "log 100:1"},  {10, "log 316:1"},
     {11, "xvYCC"},      {12, "BT.1361"},  {13, "sRGB"},      {14, "BT.2020 10"},
     {15, "BT.2020 12"}, {16, "PQ"},       {17, "SMPTE 428"}, {18, "HLG"}};
-constexpr ColourName kMatrices[] = {{0, "RGB"},         {1, "BT.709"},     {4, "FCC"},   {5, "BT.601 625"},
-                                    {6, "BT.601 525"},  {7, "SMPTE 240M"}, {8, "YCgCo"}, {9, "BT.2020"},
+constexpr ColourName kMatrices[] = {{0, "RGB"},         {1, "BT.709"},     {4, "FCC"},   {5, "BT.601"},
+                                    {6, "BT.601"},      {7, "SMPTE 240M"}, {8, "YCgCo"}, {9, "BT.2020"},
                                     {10, "BT.2020 CL"}, {14, "ICtCp"}};
 
 // 2 is "unspecified".
@@ -140,7 +141,7 @@ void add_picture(const Picture &picture, Row &row) {
     if (picture.rate.is_set()) row[Column::frame_rate] = decimals(picture.rate.value(), 3);
     row[Column::rate] = ratio_text(picture.rate, '/');
     if (picture.constant_rate) row[Column::constant_rate] = truth(*picture.constant_rate);
-    row[Column::frames] = known(picture.frames);
+    row[Column::frames] = known(picture.shown());
     row[Column::video_bit_rate] = known(picture.bit_rate);
     row[Column::components] = picture.components;
     if (picture.bits > 0) row[Column::floating] = truth(picture.floating);
@@ -157,39 +158,51 @@ void add_picture(const Picture &picture, Row &row) {
     if (picture.colour.full_range >= 0) row[Column::range] = picture.colour.full_range ? "full" : "narrow";
 }
 
-// The values of all tracks, those that are one joined by "; ".
+// The values of all tracks, those that are one joined by "; "; tracks without one say nothing.
 template <typename Text>
 std::string of_all(const std::vector<Sound> &sounds, Text text) {
-    std::string joined;
-    bool all_alike = true;
-    for (const Sound &sound : sounds) all_alike = all_alike && text(sound) == text(sounds.front());
-    if (all_alike && !sounds.empty()) return text(sounds.front());
+    std::vector<std::string> values;
     for (const Sound &sound : sounds) {
-        if (!joined.empty()) joined += "; ";
-        joined += text(sound);
+        std::string value = text(sound);
+        if (!value.empty()) values.push_back(std::move(value));
     }
+    const bool all_alike =
+        std::ranges::all_of(values, [&](const std::string &value) { return value == values.front(); });
+    if (all_alike) return values.empty() ? "" : values.front();
+    std::string joined;
+    for (const std::string &value : values) append(joined, value, "; ");
     return joined;
 }
 
-void add_sounds(const std::vector<Sound> &sounds, Row &row) {
+// What the file says, or what uncompressed samples make.
+int64_t bit_rate_of(const Sound &sound) {
+    if (sound.bit_rate >= 0 || !sound.codec.starts_with("PCM") || sound.bits == 0 || !sound.rate.is_set() ||
+        sound.channels == 0)
+        return sound.bit_rate;
+    return std::llround(sound.rate.value() * sound.channels * ((sound.bits + 7) / 8 * 8));
+}
+
+void add_sounds(const std::vector<Sound> &all, Row &row) {
+    std::vector<Sound> sounds;
+    std::ranges::copy_if(all, std::back_inserter(sounds), &Sound::enabled);
     if (sounds.empty()) return;
     uint64_t channels = 0;
     for (const Sound &sound : sounds) channels += sound.channels;
-    const auto largest = std::ranges::max_element(sounds, {}, &Sound::samples);
     row[Column::channels] = positive(channels);
-    if (sounds.front().rate.is_set()) row[Column::sample_rate] = decimals(sounds.front().rate.value(), 3);
+    row[Column::sample_rate] = of_all(sounds, [](const Sound &sound) {
+        return sound.rate.is_set() ? decimals(sound.rate.value(), 3) : "";
+    });
     row[Column::audio_codec] = of_all(sounds, [](const Sound &sound) { return sound.codec; });
-    row[Column::audio_bits] = positive(std::ranges::max(sounds, {}, &Sound::bits).bits);
+    row[Column::audio_bits] = of_all(sounds, [](const Sound &sound) { return positive(sound.bits); });
     row[Column::audio_layout] = of_all(sounds, [](const Sound &sound) { return sound.layout; });
     std::vector<std::string> languages;
     for (const Sound &sound : sounds) {
         if (!sound.language.empty() && std::ranges::find(languages, sound.language) == languages.end())
             languages.push_back(sound.language);
     }
-    for (const std::string &language : languages)
-        row[Column::languages] += (row[Column::languages].empty() ? "" : "; ") + language;
-    row[Column::samples] = known(largest->samples);
-    row[Column::audio_bit_rate] = known(sounds.front().bit_rate);
+    for (const std::string &language : languages) append(row[Column::languages], language, "; ");
+    row[Column::samples] = of_all(sounds, [](const Sound &sound) { return known(sound.samples); });
+    row[Column::audio_bit_rate] = known(bit_rate_of(sounds.front()));
     // Of what has no picture the sound's are the file's.
     if (!row[Column::width].empty() || !row[Column::codec].empty()) return;
     row[Column::codec] = row[Column::audio_codec];
@@ -208,7 +221,7 @@ void add_timecodes(const Facts &facts, Row &row) {
     row[Column::timecode_frames] = std::to_string(start.frames);
     row[Column::timecode_base] = std::to_string(start.base);
     row[Column::timecode_drop] = truth(start.drop);
-    const int64_t frames = facts.pictures.empty() ? -1 : facts.pictures.front().frames;
+    const int64_t frames = facts.pictures.empty() ? -1 : facts.pictures.front().shown();
     if (frames > 0) {
         FileTimecode last = start;
         last.frames += frames - 1;
@@ -296,7 +309,10 @@ Row row_of(const Facts &facts, std::string_view file) {
         row[Column::bit_rate] =
             std::to_string(std::llround(8 * static_cast<double>(facts.extent.present) / seconds));
     row.more = facts.more;
-    for (auto &[name, value] : row.more) value = with_register_names(value);
+    for (auto &[name, value] : row.more) {
+        value = with_register_names(value);
+        if (name == "rotation" && row[Column::rotation].empty()) row[Column::rotation] = value;
+    }
     return row;
 }
 
@@ -304,6 +320,10 @@ std::string Row::named(std::string_view name) const {
     const auto column = std::ranges::find(kColumns, name, &ColumnRow::name);
     if (column != std::end(kColumns)) return (*this)[column->column];
     std::string joined;
+    if (name == "more") {
+        for (const auto &[key, value] : more) append(joined, key + ": " + value, "; ");
+        return joined;
+    }
     for (const auto *pairs : {&fields, &more}) {
         for (const auto &[key, value] : *pairs) {
             if (key == name) joined += (joined.empty() ? "" : "; ") + value;

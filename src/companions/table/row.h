@@ -65,6 +65,7 @@ enum class Column : uint8_t {
     frames_missing,
     video_bit_rate,
     audio_bit_rate,
+    rotation,
     count,
 };
 
@@ -86,8 +87,8 @@ struct Row {
     std::string &operator[](Column column) { return cells[static_cast<size_t>(column)]; }
     const std::string &operator[](Column column) const { return cells[static_cast<size_t>(column)]; }
 
-    // The value of a column by its name, one of `more` or a pattern of --field, where several are joined by
-    // "; ".
+    // The value of a column by its name, one of `more`, all of these ("more"), or a pattern of --field, where
+    // several are joined by "; ".
     std::string named(std::string_view name) const;
 
     // As one text, and back, from process to process.

@@ -3,12 +3,25 @@
 #include <algorithm>
 #include <charconv>
 #include <cstdio>
+#include <iterator>
+#include <set>
+#include <utility>
 
 namespace {
 
-// What frames of a sequence have in common.
-constexpr Column kShared[] = {Column::format, Column::width,      Column::height, Column::bit_depth,
-                              Column::codec,  Column::frame_rate, Column::reel};
+// What frames of a sequence have in common: first the kind of picture.
+constexpr Column kSharedColumns[] = {
+    Column::format,       Column::width,     Column::height,   Column::bit_depth, Column::codec,
+    Column::components,   Column::floating,  Column::scan,     Column::range,     Column::frame_rate,
+    Column::pixel_aspect, Column::primaries, Column::transfer, Column::matrix,    Column::reel};
+constexpr size_t kPicture = 6;
+constexpr size_t kCodec = 4;
+constexpr size_t kComponents = 5;
+
+// What each frame has for itself.
+constexpr Column kOfStart[] = {Column::timecode,      Column::timecode_frames, Column::timecode_base,
+                               Column::timecode_drop, Column::timecodes,       Column::keycode,
+                               Column::date};
 
 const char *name_of(Column column) { return table_columns()[static_cast<size_t>(column)].name; }
 
@@ -54,45 +67,113 @@ void SequenceRow::add_trouble(const std::string &text, int64_t frame) {
     if (found != troubles_.end()) {
         found->frames.push_back(frame);
     } else {
-        troubles_.push_back({text, {frame}});
+        troubles_.push_back({text, {frame}, false});
     }
 }
 
 void SequenceRow::add(const FrameNumber &number, Row row) {
+    constexpr size_t kMostKinds = 16;
+    numbers_.push_back(number);
     size_ += whole_of(row[Column::size]);
     claimed_ += std::max(whole_of(row[Column::size]), whole_of(row[Column::bytes_claimed]));
     if (!row[Column::problem].empty()) add_trouble(kind_of(row[Column::problem]), number.value);
+    if (extent_.empty() || row[Column::extent] != "whole") extent_ = row[Column::extent];
     // A frame without a header has nothing to compare.
-    if (row[Column::width].empty() && begun_) return;
-    last_timecode_ = row[Column::timecode];
-    if (!begun_ || (row_[Column::width].empty() && !row[Column::width].empty())) {
-        row_ = std::move(row);
-        begun_ = true;
+    if (row[Column::width].empty()) {
+        pictures_.push_back(0);
+        if (numbers_.size() == 1) first_ = std::move(row);
         return;
     }
-    const auto differs = [&](Column column) { return row[column] != row_[column]; };
-    if (std::ranges::any_of(kShared, differs)) unlike_++;
-    for (const Column column : kShared) {
-        if (differs(column))
-            add_trouble(std::string(name_of(column)) + " " + (row[column].empty() ? "none" : row[column]),
-                        number.value);
+    last_timecode_ = row[Column::timecode];
+    Frame frame{number.value, {}};
+    std::string picture;
+    for (size_t i = 0; i < kShared; i++) {
+        frame.values[i] = number_of(row[kSharedColumns[i]]);
+        if (i < kPicture) picture += std::to_string(frame.values[i]) + " ";
     }
-    if (row_[Column::extent] != row[Column::extent] && row[Column::extent] != "whole")
-        row_[Column::extent] = row[Column::extent];
+    pictures_.push_back(number_of(picture) + 1);
+    frames_.push_back(frame);
+    if (!has_header_) first_ = row;
+    has_header_ = true;
+    const bool is_known =
+        std::ranges::find(kinds_, frame.values, &std::pair<Values, Row>::first) != kinds_.end();
+    if (!is_known && kinds_.size() < kMostKinds) kinds_.emplace_back(frame.values, std::move(row));
+}
+
+uint32_t SequenceRow::number_of(const std::string &text) {
+    const auto [entry, is_new] = texts_.emplace(text, static_cast<uint32_t>(text_of_.size()));
+    if (is_new) text_of_.push_back(&entry->first);
+    return entry->second;
+}
+
+bool SequenceRow::are_frames() const { return ::are_frames(numbers_, pictures_); }
+
+// The most frequent value of each column, of several the first.
+SequenceRow::Values SequenceRow::usual_values() const {
+    Values usual{};
+    for (size_t i = 0; i < kShared; i++) {
+        std::map<uint32_t, size_t> counts;
+        for (const Frame &frame : frames_) counts[frame.values[i]]++;
+        size_t most = 0;
+        for (const Frame &frame : frames_) {
+            if (counts[frame.values[i]] <= most) continue;
+            most = counts[frame.values[i]];
+            usual[i] = frame.values[i];
+        }
+    }
+    return usual;
+}
+
+void SequenceRow::find_unlike(const Values &usual) {
+    constexpr size_t kMostValues = 8;
+    for (size_t i = 0; i < kShared; i++) {
+        const char *const name = name_of(kSharedColumns[i]);
+        std::set<uint32_t> values;
+        for (const Frame &frame : frames_) values.insert(frame.values[i]);
+        if (values.size() > kMostValues) {
+            add_trouble(grouped(values.size()) + " values of " + name, frames_.front().number);
+            troubles_.back().is_of_all = true;
+            continue;
+        }
+        for (const Frame &frame : frames_) {
+            // The codec of what is not compressed is its components.
+            const bool is_said = i == kComponents && frame.values[kCodec] == frame.values[kComponents] &&
+                                 frame.values[kCodec] != usual[kCodec];
+            if (frame.values[i] == usual[i] || is_said) continue;
+            const std::string &value = *text_of_[frame.values[i]];
+            add_trouble(std::string(name) + " " + (value.empty() ? "none" : value), frame.number);
+        }
+    }
+    std::ranges::stable_sort(troubles_, {}, [](const Trouble &trouble) { return trouble.frames.front(); });
+}
+
+// A frame's row that says what most do.
+Row SequenceRow::usual_row(const Values &usual) const {
+    if (kinds_.empty()) return first_;
+    const auto alike = [&](const std::pair<Values, Row> &kind) {
+        size_t count = 0;
+        for (size_t i = 0; i < kShared; i++) count += kind.first[i] == usual[i] ? 1 : 0;
+        return count;
+    };
+    Row row = std::ranges::max_element(kinds_, {}, alike)->second;
+    for (size_t i = 0; i < kShared; i++) row[kSharedColumns[i]] = *text_of_[usual[i]];
+    for (const Column column : kOfStart) row[column] = first_[column];
+    return row;
 }
 
 Row SequenceRow::finish(const FrameGroup &group, const std::vector<std::string> &list) {
-    const auto written = [&](size_t i) {
-        return std::string(list[group.files[i]].substr(group.numbers[i].start, group.numbers[i].size));
-    };
     const size_t frames = group.files.size();
     const int64_t missing = group.missing();
-    Row row = std::move(row_);
-    row.is_known = row.is_known || begun_;
+    static_assert(std::size(kSharedColumns) == kShared);
+    const Values usual = usual_values();
+    find_unlike(usual);
+    Row row = usual_row(usual);
+    row.is_known = true;
+    row[Column::extent] = extent_;
     row[Column::file] = group.range_name(list);
     row[Column::frames] = std::to_string(frames);
-    row[Column::first_frame] = written(0);
-    row[Column::last_frame] = written(frames - 1);
+    row[Column::first_frame] = group.written(0, list);
+    row[Column::last_frame] = group.written(frames - 1, list);
     row[Column::frames_missing] = std::to_string(missing);
     row[Column::size] = std::to_string(size_);
     row[Column::bytes_claimed] = std::to_string(claimed_);
@@ -107,6 +188,10 @@ Row SequenceRow::finish(const FrameGroup &group, const std::vector<std::string> 
     if (missing > 0) problem = grouped(static_cast<uint64_t>(missing)) + " missing";
     for (const Trouble &trouble : troubles_) {
         if (!problem.empty()) problem += "; ";
+        if (trouble.is_of_all) {
+            problem += trouble.text;
+            continue;
+        }
         const bool one = trouble.frames.size() == 1;
         problem += (one ? "frame " : grouped(trouble.frames.size()) + " frames (") +
                    ranges_text(trouble.frames) + (one ? ": " : "): ") + trouble.text;

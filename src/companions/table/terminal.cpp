@@ -12,6 +12,7 @@ namespace {
 constexpr size_t kFirstRows = 50;
 constexpr std::chrono::seconds kFirstTime(1);
 constexpr size_t kLeastName = 24;  // characters of a file's name
+constexpr size_t kLeastCell = 6;   // of a column that was asked for
 constexpr size_t kLongest = 32;    // of other columns on a terminal
 
 size_t characters(std::string_view text) {
@@ -70,6 +71,12 @@ std::string picture_size(const Row &row) {
     return row[Column::width].empty() ? "" : row[Column::width] + "x" + row[Column::height];
 }
 
+// Whether seconds have whole numbers of frames, or what NTSC makes of these.
+bool counts_frames(double rate) {
+    const auto is_whole = [](double number) { return std::fabs(number - std::round(number)) < 0.001; };
+    return rate >= 1 && (is_whole(rate) || is_whole(rate * 1.001));
+}
+
 // In frames at the numbers that a second counts where there is a rate; frames alone of numbered ones.
 std::string duration_text(const Row &row) {
     if (!row[Column::first_frame].empty())
@@ -77,26 +84,45 @@ std::string duration_text(const Row &row) {
     const std::string &duration = row[Column::duration];
     if (duration.empty()) return "";
     const double rate = number_of(row[Column::frame_rate]);
-    if (rate < 1) return clock_text(number_of(duration), true);
+    if (!counts_frames(rate) || row[Column::constant_rate] == "false")
+        return clock_text(number_of(duration), true);
     const int64_t base = std::llround(rate);
     const int64_t frames = std::llround(number_of(duration) * rate);
+    if (row[Column::timecode_drop] == "true" && row[Column::timecode_base] == std::to_string(base))
+        return FileTimecode{frames, static_cast<uint32_t>(base), true, ""}.text();
     char text[16];
     std::snprintf(text, sizeof text, ":%02d", static_cast<int>(frames % base));
     const int64_t whole = frames / base;
     return clock_text(static_cast<double>(whole), false) + text;
 }
 
+namespace {
+
+// "24+16" of "24; 24; 16".
+std::string short_list(const std::string &list, double unit) {
+    std::vector<std::string> values;
+    for (size_t at = 0; at < list.size();) {
+        const size_t end = std::min(list.find("; ", at), list.size());
+        char text[32];
+        std::snprintf(text, sizeof text, "%g", number_of(list.substr(at, end - at)) / unit);
+        if (std::ranges::find(values, text) == values.end()) values.emplace_back(text);
+        at = end + 2;
+    }
+    std::string text;
+    for (const std::string &value : values) text += (text.empty() ? "" : "+") + value;
+    return text;
+}
+
+}  // namespace
+
 std::string sound_text(const Row &row) {
     if (row[Column::channels].empty()) return row[Column::audio_codec];
     std::string text = row[Column::channels] + "ch";
     const bool lossless = !row[Column::audio_bits].empty();
     if (!lossless && !row[Column::audio_codec].empty()) text += " " + row[Column::audio_codec];
-    if (lossless) text += " " + row[Column::audio_bits];
+    if (lossless) text += " " + short_list(row[Column::audio_bits], 1);
     if (row[Column::sample_rate].empty()) return text;
-    char rate[32];
-    std::snprintf(rate, sizeof rate, "%s%gk", lossless ? "/" : " ",
-                  number_of(row[Column::sample_rate]) / 1000);
-    return text + rate;
+    return text + (lossless ? "/" : " ") + short_list(row[Column::sample_rate], 1000) + "k";
 }
 
 std::string start_text(const Row &row) {
@@ -126,16 +152,16 @@ std::vector<TerminalTable::Cell> TerminalTable::standard_cells() {
         return row[Column::format].empty() ? "?" : row[Column::format];
     };
     return {
-        {"FORMAT", false, 9, kLongest, format, 0, false},
-        {"SIZE", false, 8, kLongest, picture_size, 0, false},
-        {"RATE", true, 7, kLongest, plain(Column::frame_rate), 0, false},
-        {"CODEC", false, 6, 20, plain(Column::codec), 0, false},
-        {"BITS", true, 2, kLongest, plain(Column::bit_depth), 0, false},
-        {"DURATION", false, 4, kLongest, duration_text, 0, false},
-        {"SOUND", false, 3, 20, sound_text, 0, false},
-        {"TIMECODE", false, 5, kLongest, start_text, 0, false},
-        {"KEYCODE", false, 1, kLongest, keycode_cell, 0, false},
-        {"REEL", false, 0, 16, plain(Column::reel), 0, false},
+        {"FORMAT", false, 9, kLongest, format, 0, false, false},
+        {"SIZE", false, 8, kLongest, picture_size, 0, false, false},
+        {"RATE", true, 7, kLongest, plain(Column::frame_rate), 0, false, false},
+        {"CODEC", false, 6, 20, plain(Column::codec), 0, false, false},
+        {"BITS", true, 2, kLongest, plain(Column::bit_depth), 0, false, false},
+        {"DURATION", false, 4, kLongest, duration_text, 0, false, false},
+        {"SOUND", false, 3, 20, sound_text, 0, false, false},
+        {"TIMECODE", false, 5, kLongest, start_text, 0, false, false},
+        {"KEYCODE", false, 1, kLongest, keycode_cell, 0, false, false},
+        {"REEL", false, 0, 16, plain(Column::reel), 0, false, false},
     };
 }
 
@@ -143,7 +169,8 @@ TerminalTable::Cell TerminalTable::cell_of(const std::string &name) {
     const auto columns = table_columns();
     const auto column = std::ranges::find(columns, name, &ColumnRow::name);
     const bool right = column != columns.end() && column->kind == ColumnRow::number;
-    return {title_of(name), right, 1, kLongest, [name](const Row &row) { return row.named(name); }, 0, false};
+    return {title_of(name), right, 1, kLongest, [name](const Row &row) { return row.named(name); }, 0,
+            false,          false};
 }
 
 TerminalTable::TerminalTable(size_t width, const Selection &selection, Taker take)
@@ -154,12 +181,12 @@ TerminalTable::TerminalTable(size_t width, const Selection &selection, Taker tak
         cells_.push_back(cell_of(name));
         names_file_ = names_file_ || name == "file";
         names_problem_ = names_problem_ || name == "problem";
-        cells_.back().shown = true;
+        cells_.back().shown = cells_.back().asked = true;
     }
     for (const std::string &field : selection.fields) {
         if (std::ranges::find(selection.names, field) != selection.names.end()) continue;
         cells_.push_back(cell_of(field));
-        cells_.back().shown = true;
+        cells_.back().shown = cells_.back().asked = true;
     }
 }
 
@@ -182,7 +209,7 @@ bool TerminalTable::use(const Row &row) {
     return is_new;
 }
 
-// Leaves out columns until the names of files have room.
+// Leaves out columns until the names of files have room; those that were asked for become narrow instead.
 void TerminalTable::fit() {
     if (width_ == 0) return;
     for (Cell &cell : cells_) {
@@ -191,19 +218,29 @@ void TerminalTable::fit() {
     for (;;) {
         size_t used = 2;
         Cell *least = nullptr;
+        Cell *widest = nullptr;
         for (Cell &cell : cells_) {
             if (!cell.shown) continue;
             used += cell.width + 2;
-            if (!least || cell.importance < least->importance) least = &cell;
+            if (!cell.asked && (!least || cell.importance < least->importance)) least = &cell;
+            const bool is_wide = cell.width > std::max(kLeastCell, characters(cell.title));
+            if (cell.asked && is_wide && (!widest || cell.width > widest->width)) widest = &cell;
         }
-        if (used + kLeastName <= width_ || !least) return;
+        if (used + (names_file_ ? 0 : kLeastName) <= width_ || (!least && !widest)) return;
+        if (!least) {
+            widest->width--;
+            continue;
+        }
         least->shown = false;
         least->text = [](const Row &) { return std::string(); };
     }
 }
 
 std::string TerminalTable::in_width(const Cell &cell, const std::string &text) const {
-    const std::string kept = width_ ? cut_end(text, cell.width) : text;
+    const bool is_name = cell.asked && cell.title == "FILE";
+    const std::string kept = width_ == 0 ? text
+                             : is_name   ? cut_start(text, cell.width)
+                                         : cut_end(text, cell.width);
     const std::string blanks(cell.width - std::min(cell.width, characters(kept)), ' ');
     return (cell.right ? blanks + kept : kept + blanks) + "  ";
 }

@@ -58,6 +58,7 @@ class TerminalTable {
         std::function<std::string(const Row &)> text;
         size_t width = 0;
         bool shown = false;
+        bool asked = false;  // for by its name: it is never left out
     };
     struct Waiting {
         Row row;

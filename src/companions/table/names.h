@@ -1,0 +1,8 @@
+// The names that columns can have.
+#pragma once
+
+#include <string_view>
+
+// Whether a name is one of the columns, or one that formats have further values by, whether or not a file has
+// it.
+bool is_table_name(std::string_view name);
