@@ -69,7 +69,6 @@ struct Sound {
     std::string language;  // as stored ("eng"), empty where undetermined
     int64_t samples = -1;  // a channel
     int64_t bit_rate = -1;
-    bool enabled = true;  // it is played
 };
 
 // A timecode of the file. The first of a file is its start as players show it.

@@ -286,7 +286,6 @@ void read_sound_track(Movie &movie, Track &track) {
         const double samples = Ratio{track.duration, track.timescale}.value() * sound.rate.value();
         if (samples < 9e15) sound.samples = std::llround(samples);
     }
-    sound.enabled = track.enabled;
     track.sound = static_cast<int>(movie.facts.sounds.size());
     movie.facts.sounds.push_back(std::move(sound));
 }

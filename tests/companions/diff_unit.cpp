@@ -62,17 +62,6 @@ std::string bytes(std::initializer_list<int> values) {
     return text;
 }
 
-TEST(KeldumpDiff, TracksThatAreNotPlayedDiffer) {
-    Facts one;
-    one.sounds = {{2, {48000, 1}, 24, "PCM", "", ""}, {2, {48000, 1}, 24, "PCM", "", ""}};
-    one.sounds[1].enabled = false;
-    Facts other = one;
-    EXPECT_TRUE(differing_facts(one, other, false).empty());
-    other.sounds[1].bits = 16;
-    ASSERT_EQ(differing_facts(one, other, false).size(), 1U);
-    EXPECT_EQ(differing_facts(one, other, false)[0].text, "sound bits of sound track 2: 16 instead of 24");
-}
-
 }  // namespace
 
 TEST(KeldumpDiff, Samples) {

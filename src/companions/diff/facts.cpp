@@ -125,10 +125,7 @@ class FactsComparison {
             Facts single[2];
             (single[0].*member).push_back(one[i]);
             (single[1].*member).push_back(other[i]);
-            for (int side = 0; side < 2; side++) {
-                (single[side].*member).front().enabled = true;  // the others count as well
-                rows[side].push_back(row_of(single[side], ""));
-            }
+            for (int side = 0; side < 2; side++) rows[side].push_back(row_of(single[side], ""));
         }
         for (size_t i = 0; i < n; i++) {
             const bool several = one.size() > 1 || other.size() > 1;

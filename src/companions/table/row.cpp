@@ -182,9 +182,7 @@ int64_t bit_rate_of(const Sound &sound) {
     return std::llround(sound.rate.value() * sound.channels * ((sound.bits + 7) / 8 * 8));
 }
 
-void add_sounds(const std::vector<Sound> &all, Row &row) {
-    std::vector<Sound> sounds;
-    std::ranges::copy_if(all, std::back_inserter(sounds), &Sound::enabled);
+void add_sounds(const std::vector<Sound> &sounds, Row &row) {
     if (sounds.empty()) return;
     uint64_t channels = 0;
     for (const Sound &sound : sounds) channels += sound.channels;
