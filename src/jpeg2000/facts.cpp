@@ -241,6 +241,8 @@ void read_codestream(Input &input, uint64_t start, uint64_t limit, Facts &facts)
         state = follow_last_tile_parts(input, start, limit, end);
     }
     if (state == Extent::whole) facts.whole(end);
+    const bool is_last = state == Extent::whole && limit >= input.size();
+    if (is_last && end < input.size()) facts.add_more("trailing bytes", input.size() - end);
     if (state == Extent::cut) facts.cut(std::max(end + 2, present), "the codestream's end");
 }
 
