@@ -309,7 +309,9 @@ void jp2_facts(Input &input, Facts &facts) {
     uint64_t end = 0;
     for (int i = 0; i < kMostBoxes && end < size; i++, end = box.end()) {
         const Box next = box_at(file, end);
-        if (next.size == 0) break;
+        const bool is_behind = has_codestream && next.type == 0;  // zeros are no box
+        if (is_behind) facts.add_more("trailing bytes", size - end);
+        if (is_behind || next.size == 0) break;
         box = next;
         if (box.type == fourcc("ftyp")) {
             const uint32_t brand = big32(box.data);

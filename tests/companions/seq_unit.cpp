@@ -303,6 +303,9 @@ TEST(KeldumpSeq, AFaultIsToldOnceInAllFormats) {
     const std::string lossy = "jpeg2000/lossy.j2k";
     EXPECT_EQ(report(lossy, content_of(KELDUMP_SAMPLES "/" + lossy).size(), "xyz"),
               start + "3 bytes behind the picture" + one);
+    const std::string boxes = "jpeg2000/plain.jp2";
+    EXPECT_EQ(report(boxes, content_of(KELDUMP_SAMPLES "/" + boxes).size(), std::string(20, '\0')),
+              start + "20 bytes behind the picture" + one);
     EXPECT_EQ(report(exr, 0, "", 300), start + "cut: the header's end" + one);
     EXPECT_EQ(report("jpeg2000/lossy.j2k", 0, "", 100).substr(0, start.size() + 4), start + "cut:");
 }

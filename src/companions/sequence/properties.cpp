@@ -210,6 +210,10 @@ class Changes {
                 true);
             return;
         }
+        if (is_periodic()) {
+            add_period();
+            return;
+        }
         for (const Run &run : runs_) {
             if (!value(run).empty()) add(run.first, run.last, text(value(run)));
         }
