@@ -95,9 +95,10 @@ RegisterNote RegisterNotes::note(const Line &line) {
         const size_t blank = text.find(' ', is_declared ? dash + 3 : 4);
         if (entry && blank != std::string_view::npos && !is_name_of(trimmed(text.substr(blank)), *entry))
             note.name = entry->symbol;
-    } else if (text == "Unknown" || is_value_line) {
-        note.decoded = decoded(*input, text);
-    } else if (text.find("nknown") != std::string_view::npos) {
+        return note;
+    }
+    if (text == "Unknown" || is_value_line) note.decoded = decoded(*input, text);
+    if (text != "Unknown" && note.decoded.empty() && text.find("nknown") != std::string_view::npos) {
         const auto *entry = label_among(*input, line.at);
         if (entry) note.name = entry->symbol;
     }
