@@ -110,6 +110,7 @@ struct Facts {
     Extent extent;
     std::string problem;  // why nothing, or too little, is known: "the header is cut at 100 bytes"
     std::vector<std::pair<std::string, std::string>> more;  // name and value, in the format's fixed order
+    std::vector<std::pair<std::string, std::string>> held;  // further fields that stay along a sequence
 
     // The main picture, made where there is none yet.
     Picture &picture();

@@ -91,6 +91,12 @@ bool is_cut_header(uint64_t present, uint64_t needed, Facts &facts) {
     return true;
 }
 
+// No picture begins before the header that tells where it does ends.
+void judge_offset(uint32_t offset, uint64_t header, Facts &facts) {
+    if (offset != kUnset && offset < header)
+        facts.problem = "the header puts the picture at " + std::to_string(offset) + ", inside itself";
+}
+
 // Components by the descriptor of an image element (SMPTE 268M, table 1): their name, and samples a pixel.
 struct Descriptor {
     uint32_t code;
@@ -196,6 +202,8 @@ void add_dpx_details(OrderedBytes h, Facts &facts) {
         if (value != kUnset && value != 0) facts.add_more(name, value);
     };
     facts.add_more("byte order", h.is_big() ? "big-endian" : "little-endian");
+    if (h.u32(784) != kUnset) facts.held.emplace_back("reference low code", std::to_string(h.u32(784)));
+    if (h.u32(792) != kUnset) facts.held.emplace_back("reference high code", std::to_string(h.u32(792)));
     number("image offset", h.u32(4));
     number("orientation", h.u16(768) == 0xFFFF ? 0 : h.u16(768));
     number("elements", h.u16(770) == 0xFFFF ? 0 : h.u16(770));
@@ -213,6 +221,11 @@ void add_dpx_details(OrderedBytes h, Facts &facts) {
     text("input device", 1556, 32);
     if (!has_industry_header(h)) return;
     facts.add_more("industry header", "set");
+    const auto held = [&](const char *name, uint64_t offset) {
+        if (std::string value = real_text(h, offset); !value.empty()) facts.held.emplace_back(name, value);
+    };
+    held("black level", 1952);
+    held("white level", 1964);
     text("film format", 1680, 32);
     number("frame position", h.u32(1712) == 0 ? kUnset : h.u32(1712));
     facts.add_more("shutter angle", real_text(h, 1728));
@@ -261,6 +274,7 @@ void dpx_facts(Input &input, Facts &facts) {
     for (uint64_t i = 0; i < elements; i++) reach.add(element_reach(h, h.from(780 + 72 * i), offset));
     add_sizes(reach, known(h.u32(16)), input.size(), facts);
     judge_extent(reach, known(h.u32(16)), offset, input.size(), facts);
+    judge_offset(h.u32(4), kGenericHeader, facts);
 }
 
 namespace {
@@ -274,11 +288,15 @@ std::string cineon_components(OrderedBytes h, uint64_t channels) {
     return channels == 3 && h.u8(kCineonChannels + 1) <= 3 ? "RGB" : std::to_string(channels) + " channels";
 }
 
-std::string cineon_keycode(OrderedBytes h) {
+std::string cineon_keycode(OrderedBytes h, Facts &facts) {
     const bool zeros = h.u16(1024) == 0 && h.u32(1028) == 0 && h.u32(1032) == 0;
     if (h.u8(1024) == 0xFF || zeros || h.u32(1028) == kUnset || h.u32(1032) == kUnset) return "";
     const int64_t perforations = h.u8(1026) == 0xFF ? -1 : h.u8(1026);
-    return keycode_text(h.u8(1024), h.u8(1025), h.u32(1028), h.u32(1032), perforations);
+    const std::string keycode = keycode_text(h.u8(1024), h.u8(1025), h.u32(1028), h.u32(1032), perforations);
+    if (keycode.empty())
+        facts.add_more("keycode text", std::to_string(h.u8(1024)) + " " + std::to_string(h.u8(1025)) + " " +
+                                           std::to_string(h.u32(1028)) + " " + std::to_string(h.u32(1032)));
+    return keycode;
 }
 
 Reach cineon_reach(OrderedBytes h, uint64_t channels, uint64_t offset) {
@@ -321,7 +339,7 @@ void cineon_facts(Input &input, Facts &facts) {
     picture.frames = 1;
     if (offset >= 2048) {
         picture.rate = film_rate(positive_real(h, 1072));
-        facts.keycode = cineon_keycode(h);
+        facts.keycode = cineon_keycode(h, facts);
         facts.add_more("industry header", "set");
         facts.add_more("film format", fixed_text(h.bytes, 1036, 32));
         facts.add_more("frame id", fixed_text(h.bytes, 1076, 32));
@@ -345,4 +363,5 @@ void cineon_facts(Input &input, Facts &facts) {
     const Reach reach = cineon_reach(h, channels, offset);
     add_sizes(reach, known(h.u32(20)), input.size(), facts);
     judge_extent(reach, known(h.u32(20)), offset, input.size(), facts);
+    judge_offset(h.u32(4), 1024, facts);
 }

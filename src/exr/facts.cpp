@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <iterator>
 #include <optional>
 
 #include "common/names.h"
@@ -131,6 +132,55 @@ void add_chromaticities(OrderedBytes b, Part &part) {
     if (picture.colour.primaries < 0) part.chromaticities = chromaticities_text(b);
 }
 
+// Film manufacturer to perforations from the count on, then perforations a frame and a count.
+void add_keycode(OrderedBytes value, Facts &facts) {
+    facts.keycode = keycode_text(value.s32(0), value.s32(4), value.s32(8), value.s32(12), value.s32(16));
+    facts.held.emplace_back("perforations",
+                            std::to_string(value.s32(20)) + " of " + std::to_string(value.s32(24)));
+    if (!facts.keycode.empty()) return;
+    std::string stored;
+    for (uint64_t i = 0; i < 5; i++) append(stored, std::to_string(value.s32(4 * i)), " ");
+    facts.add_more("keycode text", stored);
+}
+
+// Attributes of plain types that others write beside those of the format, as text; empty for other types.
+std::string plain_text(std::string_view type, OrderedBytes value) {
+    struct Plain {
+        std::string_view type;
+        uint64_t count;
+        enum : uint8_t { whole, real, twice } kind;
+    };
+    constexpr Plain kPlain[] = {
+        {"int", 1, Plain::whole}, {"float", 1, Plain::real},     {"double", 1, Plain::twice},
+        {"v2i", 2, Plain::whole}, {"v2f", 2, Plain::real},       {"v3i", 3, Plain::whole},
+        {"v3f", 3, Plain::real},  {"box2i", 4, Plain::whole},    {"box2f", 4, Plain::real},
+        {"m33f", 9, Plain::real}, {"m44f", 16, Plain::real},     {"v2d", 2, Plain::twice},
+        {"v3d", 3, Plain::twice}, {"rational", 2, Plain::whole}, {"m33d", 9, Plain::twice},
+    };
+    constexpr uint64_t kMostText = 256;
+    if (type == "string") return fixed_text(value.bytes, 0, std::min(value.bytes.size(), kMostText));
+    const Plain *plain = row_of(kPlain, type, &Plain::type);
+    std::string text;
+    for (uint64_t i = 0; plain && i < plain->count; i++) {
+        const std::string number = plain->kind == Plain::whole ? std::to_string(value.s32(4 * i))
+                                   : plain->kind == Plain::real
+                                       ? number_text(static_cast<double>(float_of_bits(value.u32(4 * i))))
+                                       : number_text(double_of_bits(value.u64(8 * i)), 12);
+        append(text, number, " ");
+    }
+    return text;
+}
+
+// What is told by other facts, or is another one in each frame.
+bool is_known(std::string_view name) {
+    constexpr std::string_view kKnown[] = {
+        "owner",    "cameraModel", "dataWindow",       "displayWindow",   "chunkCount", "name",
+        "type",     "view",        "pixelAspectRatio", "framesPerSecond", "software",   "Software",
+        "reelName", "reel",        "capDate",
+    };
+    return std::ranges::find(kKnown, name) != std::end(kKnown);
+}
+
 void add_value(std::string_view name, std::string_view type, OrderedBytes value, Part &part, Facts &facts) {
     const auto text = [&] { return fixed_text(value.bytes, 0, value.bytes.size()); };
     const double real = static_cast<double>(float_of_bits(value.u32(0)));
@@ -150,12 +200,14 @@ void add_value(std::string_view name, std::string_view type, OrderedBytes value,
     if (name == "framesPerSecond" && type == "rational")
         part.picture.rate = rate_of(value.s32(0), value.u32(4));
     if (name == "timeCode" && type == "timecode") part.timecode = value.u32(0) & 0x3F7F7F7F;
-    if (name == "keyCode" && type == "keycode" && facts.keycode.empty())
-        facts.keycode = keycode_text(value.s32(0), value.s32(4), value.s32(8), value.s32(12), value.s32(16));
+    if (name == "keyCode" && type == "keycode" && facts.keycode.empty()) add_keycode(value, facts);
     if (name == "chromaticities") add_chromaticities(value, part);
     if ((name == "software" || name == "Software") && facts.writer.empty()) facts.writer = text();
     if (name == "reelName" || name == "reel") facts.reel = text();
     if (name == "capDate" && facts.date.empty()) facts.date = iso_date_in(text());
+    constexpr size_t kMostHeld = 100;
+    const std::string plain = is_known(name) || facts.held.size() >= kMostHeld ? "" : plain_text(type, value);
+    if (!plain.empty()) facts.held.emplace_back("attribute " + std::string(name), plain);
 }
 
 // Reads the attributes of a header from an offset on; where the next one begins, 0 where it is cut.

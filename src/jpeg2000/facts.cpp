@@ -241,6 +241,8 @@ void read_codestream(Input &input, uint64_t start, uint64_t limit, Facts &facts)
         state = follow_last_tile_parts(input, start, limit, end);
     }
     if (state == Extent::whole) facts.whole(end);
+    const bool is_last = state == Extent::whole && limit >= input.size();
+    if (is_last && end < input.size()) facts.add_more("trailing bytes", input.size() - end);
     if (state == Extent::cut) facts.cut(std::max(end + 2, present), "the codestream's end");
 }
 
@@ -307,7 +309,9 @@ void jp2_facts(Input &input, Facts &facts) {
     uint64_t end = 0;
     for (int i = 0; i < kMostBoxes && end < size; i++, end = box.end()) {
         const Box next = box_at(file, end);
-        if (next.size == 0) break;
+        const bool is_behind = has_codestream && next.type == 0;  // zeros are no box
+        if (is_behind) facts.add_more("trailing bytes", size - end);
+        if (is_behind || next.size == 0) break;
         box = next;
         if (box.type == fourcc("ftyp")) {
             const uint32_t brand = big32(box.data);

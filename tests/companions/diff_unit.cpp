@@ -138,8 +138,34 @@ TEST(KeldumpDiff, StartTimecodesAreOneLine) {
     place.write("other.mxf", mxf);
     EXPECT_EQ(differences(place.path("one.mxf"), place.path("other.mxf")),
               "timecode: from 00:00:10:06 instead of 00:00:00:00\n");
-    // One of them only is a field, too.
-    EXPECT_NE(patched("mxf/d10.mxf", {{start, 6, bytes({1, 0})}}).find("timecode"), std::string::npos);
+    EXPECT_EQ(patched("mxf/d10.mxf", {{start, 6, bytes({1, 0})}}),
+              "timecode of material package: from 00:00:10:06 instead of 00:00:00:00\n");
+}
+
+TEST(KeldumpDiff, FactsByTheirPlaces) {
+    const auto told = [](const Facts &one, const Facts &other) {
+        std::string text;
+        for (const FactDifference &difference : differing_facts(one, other, false))
+            text += difference.text + "\n";
+        return text;
+    };
+    Facts one;
+    one.picture().width = 32;
+    one.add(counted_timecode(90000, 25, false, "track 2"));
+    one.sounds.resize(1);
+    one.sounds[0].bit_rate = 128000;
+    Facts other = one;
+    other.timecodes[0].place = "track 3";
+    EXPECT_EQ(told(one, other), "");
+    other.timecodes.push_back(counted_timecode(90025, 25, false, "track 4"));
+    EXPECT_EQ(told(one, other), "timecode of track 4: from 01:00:01:00 instead of none\n");
+    other = one;
+    other.sounds[0].bit_rate = 192000;
+    other.add_more("programs", 2);
+    EXPECT_EQ(told(one, other),
+              "sound bit rate: 192000 b/s instead of 128000 b/s\nprograms: 2 instead of 1\n");
+    other.sounds[0].channels = 2;  // what a rate follows from
+    EXPECT_EQ(told(one, other), "channels: 2 instead of none\nprograms: 2 instead of 1\n");
 }
 
 // System items whose timecode counts from `first` on.

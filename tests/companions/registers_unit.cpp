@@ -74,19 +74,46 @@ TEST(Registers, LinesOfAnMxf) {
     const Workplace place;
     const std::string attribute = "060E2B34 0101010E 03020102 26000000";
     const std::string specifications = "060E2B34 0101010E 01020210 02040000";
-    const std::string primer =
-        item(kPrimer, big().u32(2).u32(18).u16(0x8001).hex(attribute).u16(0x8002).hex(specifications).str());
+    const std::string dictionary = "060E2B34 0101010E 01030701 01000000";  // a number to the dump
+    const std::string language = "060E2B34 0101010D 03010102 03150000";    // a text of 16 bits to the dump
+    const std::string primer = item(kPrimer, big()
+                                                 .u32(4)
+                                                 .u32(18)
+                                                 .u16(0x8001)
+                                                 .hex(attribute)
+                                                 .u16(0x8002)
+                                                 .hex(specifications)
+                                                 .u16(0x8003)
+                                                 .hex(dictionary)
+                                                 .u16(0x8004)
+                                                 .hex(language)
+                                                 .str());
     const std::string partition = item("060E2B34 02050101 0D010201 01020400", std::string(88, '\0'));
-    const std::string set_of_today = item(
-        "060E2B34 02530101 0D010101 01016B00",
-        local(0x8001, "en") + local(0x8002, hex("00000001 00000010 060E2B34 04010101 01010101 01010000")));
-    place.write("a.mxf", partition + primer + set_of_today);
+    const auto set_of_today = [](const std::string &attributes, const std::string &code,
+                                 const std::string &tongue) {
+        return item("060E2B34 02530101 0D010101 01016B00",
+                    local(0x8001, attributes) +
+                        local(0x8002, hex("00000001 00000010 060E2B34 04010101 01010101 01010000")) +
+                        local(0x8003, hex("060E2B34 04010101 01010101 0101" + code + "00")) +
+                        local(0x8004, tongue));
+    };
+    place.write("a.mxf", partition + primer + set_of_today("en", "01", "fr-CA"));
+    place.write("b.mxf", partition + primer + set_of_today("de", "7F", "fr-FR"));
     const std::string json = place.run({"--lines", "a.mxf"}, "keldump-json").out;
     for (const char *part :
          {"\"name\": \"MCASpokenLanguageAttribute\"", "\"decoded\": \"en\"",
+          "\"name\": \"MCALabelDictionaryID\"", "\"decoded\": \"SDTICPMPEG2ExtendedTemplate\"",
+          "\"name\": \"RFC5646SpokenLanguage\"", "\"decoded\": \"fr-CA\"",
           "\"name\": \"ConformsToSpecifications\"", "\"decoded\": [\"SDTICPMPEG2BaselineTemplate\"]",
           "\"name\": \"AudioChannelLabelSubDescriptor\""})
         EXPECT_NE(json.find(part), std::string::npos) << part << "\n" << json;
+    const std::string differences = place.run({"a.mxf", "b.mxf"}, "keldump-diff").out;
+    EXPECT_EQ(differences.substr(differences.find("Audio")),
+              "AudioChannelLabelSubDescriptor\n"
+              "  MCASpokenLanguageAttribute: en -> de\n"
+              "  MCALabelDictionaryID: SDTICPMPEG2ExtendedTemplate -> "
+              "06.0e.2b.34.04.01.01.01-01.01.01.01.01.01.7f.00\n"
+              "  RFC5646SpokenLanguage: fr-CA -> fr-FR\n");
 }
 
 }  // namespace

@@ -226,6 +226,50 @@ TEST(KeldumpSeq, WhatBelongsTogether) {
     }));
 }
 
+// Parts of a sequence, and what is wrong with all of it, are a line each; field marks are no fault.
+TEST(KeldumpSeq, PartsAndAll) {
+    Transcript transcript;
+    const auto frames_with = [](uint32_t count, auto change) {
+        std::vector<ByteWriter> frames;
+        for (uint32_t i = 0; i < count; i++) {
+            frames.push_back(dpx(at_24(i), i).at(1712).u32(1000 + i));
+            change(i, frames.back());
+        }
+        return lines_from(report_of(frames), "", 3);
+    };
+    using Frame = ByteWriter;
+    for (const uint32_t offset : {0, 100, 800})
+        SHOW(frames_with(12, [&](uint32_t, Frame &f) { f.at(4).u32(offset); }));
+    SHOW(frames_with(12, [](uint32_t, Frame &f) { f.at(772).u32(0); }));
+    SHOW(frames_with(40, [](uint32_t i, Frame &f) { f = dpx(at_24(i < 20 ? i : 20 + (i - 20) / 2), i); }));
+    SHOW(frames_with(
+        40, [](uint32_t i, Frame &f) { f = dpx(at_24(i / 5 * 4 + i % 5 - (i % 5 > 2 ? 1 : 0)), i); }));
+    SHOW(frames_with(100, [](uint32_t i, Frame &f) { f.at(1920).u32(timecode_of(i, {25})); }));
+    SHOW(frames_with(40, [](uint32_t i, Frame &f) { f.at(1676).text("ab" + std::to_string(10 + i)); }));
+    SHOW(frames_with(12, [](uint32_t i, Frame &f) { f.at(784).u32(i == 6 ? 64 : 95).at(1964).f32(940); }));
+    SHOW(frames_with(60, [](uint32_t i, Frame &f) {
+        f = dpx(timecode_of(i / 2, {25}) | (i % 2 ? 0x80000000 : 0), i, 50);
+    }));
+    SHOW(frames_with(
+        60, [](uint32_t i, Frame &f) { f = dpx(timecode_of(i / 2, {30}) | (i % 2 ? 0x8000 : 0), i, 60); }));
+}
+
+TEST(KeldumpSeq, NumbersInNames) {
+    const auto findings = [](std::initializer_list<const char *> names) {
+        const Workplace place;
+        for (const char *name : names)
+            place.write("a." + std::string(name) + ".dpx", dpx(0xFFFFFFFF, 0).at(1664).fill(0xFF, 16).str());
+        const std::string out = seq(place, {"."}).out;
+        return out.substr(0, out.rfind("./a.#.dpx: "));
+    };
+    EXPECT_EQ(findings({"-0002", "-0001", "00000", "00001"}), "");
+    EXPECT_EQ(findings({"0001", "0003", "0005", "0007", "0009", "0012"}),
+              "./a.#.dpx: frames 1-12: numbers go on by 2 (4 missing)\n"
+              "./a.#.dpx: frames 10-11: missing (2)\n");
+    EXPECT_EQ(findings({"0001", "0002", "0003", "0004", "05", "06", "07"}),
+              "./a.#.dpx: frames 5-7: their numbers have 2 digits, others have 4\n");
+}
+
 // One of five frames of a sample has other bytes, or an end: its first finding, and how many there are.
 TEST(KeldumpSeq, AFaultIsToldOnceInAllFormats) {
     const auto report = [](const std::string &sample, size_t at, const std::string &bytes, size_t size = 0) {
@@ -252,6 +296,16 @@ TEST(KeldumpSeq, AFaultIsToldOnceInAllFormats) {
     const std::string exr = "exr/uncompressed.exr";
     const size_t window = content_of(KELDUMP_SAMPLES "/" + exr).find("dataWindow") + 21;
     EXPECT_EQ(report(exr, window, "\1"), start + "data window 1,0 39x30, its neighbours not set" + one);
+    const std::string attributes = "exr/attributes.exr";
+    const size_t gamma = content_of(KELDUMP_SAMPLES "/" + attributes).find("gamma") + 16;
+    EXPECT_EQ(report(attributes, gamma, std::string("\0\0\0\x40", 4)),
+              start + "attribute gamma 2, its neighbours 1" + one);
+    const std::string lossy = "jpeg2000/lossy.j2k";
+    EXPECT_EQ(report(lossy, content_of(KELDUMP_SAMPLES "/" + lossy).size(), "xyz"),
+              start + "3 bytes behind the picture" + one);
+    const std::string boxes = "jpeg2000/plain.jp2";
+    EXPECT_EQ(report(boxes, content_of(KELDUMP_SAMPLES "/" + boxes).size(), std::string(20, '\0')),
+              start + "20 bytes behind the picture" + one);
     EXPECT_EQ(report(exr, 0, "", 300), start + "cut: the header's end" + one);
     EXPECT_EQ(report("jpeg2000/lossy.j2k", 0, "", 100).substr(0, start.size() + 4), start + "cut:");
 }
@@ -281,7 +335,9 @@ TEST(KeldumpSeq, CutPictureAndTwins) {
     auto cineon = big().u32(0x802A5FD7).u32(2048).at(200).u32(1).u32(0).at(681).u8(5).at(2051).u8(0);
     place.write("b.1.cin", cineon.str());
     place.write("b.2.cin", cineon.at(681).u8(0xFF).str());
-    EXPECT_EQ(lines_from(seq(place, {"b.%d.cin"}).out, "", 1), "b.#.cin: frame 2: packing 5 -> not set\n");
+    EXPECT_EQ(lines_from(seq(place, {"b.%d.cin"}).out, "", 2),
+              "b.#.cin: all frames: the header has size 1x0\n"
+              "b.#.cin: frame 2: packing 5 -> not set\n");
     place.write("c.1.dpx", dpx(at_24(1), 1).at(803).u8(0xFF).str());  // of unknown depth
     EXPECT_EQ(seq(place, {"c.%d.dpx"}).status, 0);
     place.write("a.1.dpx", dpx(at_24(1), 1).at(16).u32(0xFFFFFFFF).str().substr(0, 4000));
@@ -308,6 +364,9 @@ TEST(KeldumpSeq, Trouble) {
     const Workplace place;
     EXPECT_EQ(seq(place, {}).status, 2);
     EXPECT_EQ(seq(place, {"-x"}).status, 2);
+    const Outcome no_kind = seq(place, {"--ignore", "cut,cuts", "."});
+    EXPECT_EQ(no_kind.status, 2);
+    EXPECT_NE(no_kind.err.find("cuts: no kind of finding; there are missing "), std::string::npos);
     place.write("a.000a.dpx", dpx(0, 0).str());
     place.write("notes", "text");
     for (const char *operand : {"none.%d.dpx", "a.%04x.dpx", "a.%d.v2.dpx", "missing", "d*.dpx", "%s%s"}) {

@@ -57,6 +57,25 @@ struct Request {
     std::vector<std::string> operands;
 };
 
+constexpr std::string_view kKinds[] = {
+    "missing",  "duplicate", "padding", "unreadable", "header", "cut",        "open",
+    "timecode", "drop",      "keycode", "position",   "name",   "user-bits",  "swapped",
+    "repeated", "holds",     "size",    "format",     "layout", "colour",     "aspect",
+    "rate",     "reel",      "creator", "text",       "field",  "size-field", "trailing",
+};
+
+// Says which name is none.
+bool are_kinds(const std::vector<std::string> &names) {
+    for (const std::string &name : names) {
+        if (std::ranges::find(kKinds, name) != std::end(kKinds)) continue;
+        std::string message = "--ignore " + safe_name(name) + ": no kind of finding; there are";
+        for (const std::string_view kind : kKinds) message += " " + std::string(kind);
+        complain(message);
+        return false;
+    }
+    return true;
+}
+
 bool parse(Arguments arguments, Request &request) {
     std::string value;
     while (arguments.next()) {
@@ -66,6 +85,7 @@ bool parse(Arguments arguments, Request &request) {
             request.json = true;
         } else if (arguments.takes("--ignore", value)) {
             add_names(value, request.question.ignored);
+            if (!arguments.failed() && !are_kinds(request.question.ignored)) return false;
         } else if (arguments.takes("--frames", value)) {
             if (!arguments.failed() && !parse_frames(value, request.question)) return arguments.refuse();
         } else if (!arguments.takes_jobs(request.jobs)) {

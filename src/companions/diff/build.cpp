@@ -7,6 +7,7 @@
 #include "companions/diff/transport.h"
 #include "companions/lines/lines.h"
 #include "companions/opening.h"
+#include "companions/registers/annotate.h"
 #include "main/dump.h"
 
 namespace {
@@ -107,7 +108,10 @@ class TreeListener : public Listener {
             long_value_ = value;
             long_depth_ = open_.size();
         }
-        if (tree_.format == "MXF") mxf_line(depth, label, value, node);
+        if (tree_.format == "MXF") {
+            call_as_registered(line, depth, label, value);
+            mxf_line(depth, label, value, node);
+        }
         if (tree_.format == "MXF" && depth == 0 && label == "MXF Generic Data" && !field_.values.empty())
             value = field_.values[0].content;
         if (line.is_aside) {
@@ -148,6 +152,20 @@ class TreeListener : public Listener {
         return place->second;
     }
 
+    // Sets and items that the dump does not know, or takes for something else, have the names and values of
+    // today's registers.
+    void call_as_registered(const Line &line, size_t depth, std::string &label, std::string &value) {
+        const RegisterNote note = registers_.note(line);
+        const bool is_unknown = (label.empty() ? value : label).ends_with("nknown");
+        is_decoded_ = !note.decoded.empty() && depth == 2;
+        if (depth == 1) item_name_ = note.name;
+        if (!note.name.empty() && is_unknown && depth < 2) label = note.name;
+        if (!is_decoded_) return;
+        if (!item_name_.empty()) open_.back().node.name = pool_.number(item_name_);
+        value = note.decoded;
+        if (value.size() > 1 && value.front() == '"') value = value.substr(1, value.size() - 2);
+    }
+
     // Types have no name of their own, and references are kept for nest_sets.
     void mxf_line(size_t depth, std::string &label, std::string &value, FieldNode &node) {
         if (label.starts_with("MXFERROR")) return;
@@ -172,7 +190,7 @@ class TreeListener : public Listener {
 
     // A row of a table is told by what stands in front of "=", a labelled hex dump by its label.
     void add_row(const Line &line) {
-        if (!everything_ && tree_.format == "MPEG-TS") return;
+        if (is_decoded_ || (!everything_ && tree_.format == "MPEG-TS")) return;
         close_to(field_.path.size());
         Open &open = open_.back();
         std::string_view row = without_blanks(line.text);
@@ -348,6 +366,9 @@ class TreeListener : public Listener {
     TextPool &pool_;
     FileTree &tree_;
     LinePlaces places_;
+    RegisterNotes registers_;
+    std::string item_name_;    // by the registers, of the item around a value
+    bool is_decoded_ = false;  // the rows that follow are bytes of a value that the registers told
     FieldLine field_;
     std::vector<Open> open_;                       // the root, and the sections around the line before
     std::unordered_map<uint64_t, bool> left_out_;  // labels by their sections

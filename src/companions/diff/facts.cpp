@@ -24,6 +24,7 @@ constexpr FactRow kPictureFacts[] = {
     {Column::bit_depth, "bits"},
     {Column::floating, "floating point"},
     {Column::frame_rate, "rate"},
+    {Column::video_bit_rate, "bit rate", " b/s"},
     {Column::constant_rate, "constant rate"},
     {Column::scan, "scan"},
     {Column::pixel_aspect, "pixel aspect"},
@@ -33,9 +34,13 @@ constexpr FactRow kPictureFacts[] = {
     {Column::range, "range"},
 };
 constexpr FactRow kSoundFacts[] = {
-    {Column::channels, "channels"},         {Column::sample_rate, "sample rate"},
-    {Column::audio_codec, "sound codec"},   {Column::audio_bits, "sound bits"},
-    {Column::audio_layout, "sound layout"}, {Column::languages, "language"},
+    {Column::channels, "channels"},
+    {Column::sample_rate, "sample rate"},
+    {Column::audio_codec, "sound codec"},
+    {Column::audio_bits, "sound bits"},
+    {Column::audio_layout, "sound layout"},
+    {Column::languages, "language"},
+    {Column::audio_bit_rate, "sound bit rate", " b/s"},
 };
 constexpr FactRow kFirstFacts[] = {{Column::format, "format"}, {Column::variant, "kind"}};
 constexpr FactRow kLastFacts[] = {
@@ -48,10 +53,44 @@ constexpr std::string_view kMadeMore[] = {"umid", "recorded", "image offset"};
 
 // Facts that follow from another one.
 constexpr std::string_view kFollowers[][2] = {
-    {"stored width", "data window"}, {"stored height", "data window"}, {"display window", "data window"},
-    {"stored width", "size"},        {"stored height", "size"},        {"data window", "size"},
+    {"stored width", "data window"},
+    {"stored height", "data window"},
+    {"display window", "data window"},
+    {"stored width", "size"},
+    {"stored height", "size"},
+    {"data window", "size"},
     {"display window", "size"},
+    {"bit rate", "codec"},
+    {"bit rate", "size"},
+    {"bit rate", "rate"},
+    {"sound bit rate", "channels"},
+    {"sound bit rate", "sample rate"},
+    {"sound bit rate", "sound codec"},
+    {"sound bit rate", "sound bits"},
 };
+
+// Of two files by their places, whatever the numbers of tracks.
+std::vector<TimecodePair> paired(const std::vector<FileTimecode> &one,
+                                 const std::vector<FileTimecode> &other) {
+    const auto kind = [](const FileTimecode &timecode) {
+        return timecode.place.substr(0, timecode.place.find_last_not_of(" 0123456789") + 1);
+    };
+    std::vector<TimecodePair> pairs;
+    std::vector<bool> taken(other.size(), false);
+    for (const FileTimecode &timecode : one) {
+        pairs.push_back({timecode, {}});
+        for (size_t i = 0; i < other.size(); i++) {
+            if (taken[i] || kind(other[i]) != kind(timecode)) continue;
+            pairs.back().other = other[i];
+            taken[i] = true;
+            break;
+        }
+    }
+    for (size_t i = 0; i < other.size(); i++) {
+        if (!taken[i]) pairs.push_back({{}, other[i]});
+    }
+    return pairs;
+}
 
 class FactsComparison {
  public:
@@ -84,13 +123,26 @@ class FactsComparison {
         differences_.push_back({name, one, other, std::move(text)});
     }
 
+    static std::pair<std::string, std::string> parted(const std::string &name) {
+        const size_t of = std::min(name.find(" of "), name.size());
+        return {name.substr(0, of), name.substr(of)};
+    }
+
     void drop_followers() {
         const auto find = [&](std::string_view name) {
             return std::ranges::find(differences_, name, &FactDifference::name);
         };
+        std::vector<std::string> told;
+        for (const FactDifference &difference : differences_) told.push_back(difference.name);
         for (const auto &[follower, cause] : kFollowers) {
-            const auto found = find(follower);
-            if (found != differences_.end() && find(cause) != differences_.end()) differences_.erase(found);
+            std::erase_if(differences_, [&](const FactDifference &difference) {
+                // "size of picture track 2" follows from what that track, or all, differ in.
+                const auto [name, of] = parted(difference.name);
+                const auto is_told = [&](const std::string &other) {
+                    return std::ranges::find(told, other) != told.end();
+                };
+                return name == follower && (is_told(std::string(cause)) || is_told(std::string(cause) + of));
+            });
         }
         // What is not compressed is called by its components.
         const auto codec = find("codec");
@@ -140,7 +192,7 @@ class FactsComparison {
                 // Stored sizes are told where they are not the shown ones.
                 if (fact.column == Column::coded_width && shown_alike(rows, i, Column::width)) continue;
                 if (fact.column == Column::coded_height && shown_alike(rows, i, Column::height)) continue;
-                if (!alike || i == 0) add(fact.name + (alike ? "" : of), a, b);
+                if (!alike || i == 0) add(fact.name + (alike ? "" : of), a, b, "", fact.unit);
             }
         }
     }
@@ -155,27 +207,24 @@ class FactsComparison {
         return width.empty() ? "" : width + "x" + row[Column::height];
     }
 
+    // What all timecodes differ in alike is told once, else of which it is.
     void timecodes() {
-        std::vector<std::pair<std::string, std::string>> told;
-        const auto tell = [&](const std::string &place, const FileTimecode *a, const FileTimecode *b) {
-            const std::string one = a ? a->text() : "";
-            const std::string other = b ? b->text() : "";
-            if (one == other || std::ranges::find(told, std::pair(one, other)) != told.end()) return;
-            const bool first = told.empty();
-            told.emplace_back(one, other);
-            add(first || place.empty() ? "timecode" : "timecode of " + place, one, other, "from ");
+        const std::vector<TimecodePair> pairs = paired(one_.timecodes, other_.timecodes);
+        const auto is_alike = [&](const TimecodePair &pair) {
+            return pair.one.text() == pairs[0].one.text() && pair.other.text() == pairs[0].other.text();
         };
-        for (const FileTimecode &timecode : one_.timecodes)
-            tell(timecode.place, &timecode, same_place(other_.timecodes, timecode.place));
-        for (const FileTimecode &timecode : other_.timecodes) {
-            if (!same_place(one_.timecodes, timecode.place)) tell(timecode.place, nullptr, &timecode);
+        const bool all_alike = std::ranges::all_of(pairs, is_alike);
+        for (const TimecodePair &pair : pairs) {
+            const std::string &place = pair.one.is_set() ? pair.one.place : pair.other.place;
+            const bool is_named = !all_alike && !place.empty();
+            add(is_named ? "timecode of " + place : "timecode", text_of(pair.one), text_of(pair.other),
+                "from ");
+            if (all_alike) break;
         }
     }
 
-    static const FileTimecode *same_place(const std::vector<FileTimecode> &timecodes,
-                                          const std::string &place) {
-        const auto found = std::ranges::find(timecodes, place, &FileTimecode::place);
-        return found == timecodes.end() ? nullptr : &*found;
+    static std::string text_of(const FileTimecode &timecode) {
+        return timecode.is_set() ? timecode.text() : "";
     }
 
     void more(bool everything) {
@@ -196,6 +245,8 @@ class FactsComparison {
         for (const auto &[key, value] : facts.more) {
             if (key == name) values += (values.empty() ? "" : "; ") + value;
         }
+        // What has but one program says nothing of it.
+        if (name == "programs" && values.empty() && !facts.pictures.empty()) values = "1";
         return with_register_names(values);
     }
 
@@ -237,15 +288,14 @@ std::vector<FactDifference> differing_facts(const Facts &one, const Facts &other
 }
 
 ToldTimecodes::ToldTimecodes(const Facts &one, const Facts &other) {
-    for (const FileTimecode &timecode : one.timecodes) {
-        const auto found = std::ranges::find(other.timecodes, timecode.place, &FileTimecode::place);
-        if (found != other.timecodes.end() && found->text() != timecode.text())
-            pairs_.push_back({timecode, *found});
+    for (const TimecodePair &pair : paired(one.timecodes, other.timecodes)) {
+        if (pair.one.is_set() && pair.other.is_set() && pair.one.text() != pair.other.text())
+            pairs_.push_back({pair.one, pair.other});
     }
 }
 
 bool ToldTimecodes::has_told(std::string_view label, std::string_view one, std::string_view other) const {
-    for (const Pair &pair : pairs_) {
+    for (const TimecodePair &pair : pairs_) {
         const auto is_frames = [](std::string_view text, const FileTimecode &timecode) {
             return timecode.frames >= 0 && text == std::to_string(timecode.frames);
         };

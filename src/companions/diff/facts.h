@@ -14,6 +14,12 @@ struct FactDifference {
     std::string text;   // "sound: 2 tracks instead of 1"
 };
 
+// Of one place; not set where a file has none.
+struct TimecodePair {
+    FileTimecode one;
+    FileTimecode other;
+};
+
 // In the order in which people ask. Dates, sizes and identifiers only with `everything`.
 std::vector<FactDifference> differing_facts(const Facts &one, const Facts &other, bool everything);
 
@@ -24,9 +30,5 @@ class ToldTimecodes {
     bool has_told(std::string_view label, std::string_view one, std::string_view other) const;
 
  private:
-    struct Pair {
-        FileTimecode one;
-        FileTimecode other;
-    };
-    std::vector<Pair> pairs_;
+    std::vector<TimecodePair> pairs_;
 };

@@ -1,10 +1,10 @@
 // What the registers of today say of the lines of an MXF dump.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <map>
 #include <string>
+#include <string_view>
 
 #include "common/input.h"
 #include "common/stream.h"
@@ -12,8 +12,8 @@
 struct RegisterEntry;
 
 struct RegisterNote {
-    std::string name;     // the symbol of a label, set or tag that the dump does not know
-    std::string decoded;  // a value of unknown kind as JSON
+    std::string name;     // the symbol of a label, set or tag that the dump does not know, or calls otherwise
+    std::string decoded;  // a value of a kind that the dump does not know, or takes for another, as JSON
 };
 
 // Goes through the lines of a dump of the input that is open, in order, and reads the bytes that they name
@@ -25,8 +25,9 @@ class RegisterNotes {
  private:
     const RegisterEntry *declare(Input &input, uint64_t place);
     const RegisterEntry *declaration(Input &input) const;
-    std::string decoded(Input &input) const;
+    std::string decoded(Input &input, std::string_view shown) const;
 
-    std::map<uint16_t, std::array<uint8_t, 16>> tags_;  // labels, as primer packs declare them
-    uint64_t item_ = 0;                                 // where the item of the line before lies
+    std::map<uint16_t, const RegisterEntry *> tags_;  // as primer packs declare them; null: not registered
+    uint64_t item_ = 0;                               // where the item of the tag before lies
+    bool in_item_ = false;                            // the line before was its tag
 };

@@ -190,10 +190,8 @@ std::string decode(std::string_view symbol, Bytes value, int depth) {
     }
     if (kind == "Rename") return decode(type->base, value, depth + 1);
     if (kind == "String" || kind == "Character") {
-        const bool wide =
-            symbol.find("16") != std::string_view::npos || std::string_view(type->base) == "Character";
-        return json_text(wide && symbol != "UTF8String" ? text_of_utf16(big_endian(value))
-                                                        : octet_text(value));
+        return json_text(text_width(symbol) == TextWidth::words ? text_of_utf16(big_endian(value))
+                                                                : octet_text(value));
     }
     if (kind == "StrongReference" || kind == "WeakReference") return json_text(label_text(value));
     if (kind == "FixedArray") return elements(type->base, value, type->size, size_of(type->base), depth + 1);
@@ -205,6 +203,19 @@ std::string decode(std::string_view symbol, Bytes value, int depth) {
 }
 
 }  // namespace
+
+TextWidth text_width(std::string_view symbol) {
+    const RegisterType *type = find_register_type(symbol);
+    for (int depth = 0; type && std::string_view(type->kind) == "Rename" && depth < kDeepest; depth++) {
+        symbol = type->base;
+        type = find_register_type(symbol);
+    }
+    const std::string_view kind = type ? type->kind : "";
+    if (kind != "String" && kind != "Character") return TextWidth::none;
+    const bool wide =
+        symbol.find("16") != std::string_view::npos || std::string_view(type->base) == "Character";
+    return wide && symbol != "UTF8String" ? TextWidth::words : TextWidth::bytes;
+}
 
 std::string label_text(Bytes label) {
     const auto bytes = label.span(0, 16);

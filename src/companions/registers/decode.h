@@ -12,6 +12,10 @@
 // gives what is there.
 std::string decoded_value(std::string_view type, Bytes value);
 
+// The characters of a type's texts: bytes, or words of 16 bits; none for other types.
+enum class TextWidth { none, bytes, words };
+TextWidth text_width(std::string_view type);
+
 // A label as text: "06.0e.2b.34.04.01.01.01-..." is "symbol" where a register has it, else its digits.
 std::string label_text(Bytes label);
 

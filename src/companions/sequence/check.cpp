@@ -12,6 +12,7 @@
 #include "companions/safe_text.h"
 #include "companions/sequence/counter.h"
 #include "companions/sequence/counting.h"
+#include "companions/sequence/files_check.h"
 #include "companions/sequence/properties.h"
 
 namespace {
@@ -41,9 +42,7 @@ class Check {
     }
 
     SequenceReport run() {
-        check_numbers();
-        check_padding();
-        check_problems();
+        check_files(all_, names_, question_, findings_);
         if (!frames_.empty()) {
             find_changes(frames_, names_, findings_);
             drop_cuts_by_headers();
@@ -86,7 +85,14 @@ class Check {
                 if (finding.text.starts_with(reason)) reasons.emplace(finding.first, reason);
             }
         }
+        std::set<int64_t> resized;
+        for (const Finding &finding : findings_) {
+            if (finding.kind == "size") resized.insert(finding.first);
+        }
         std::erase_if(findings_, [&](const Finding &finding) {
+            // A size of nothing is told as its change.
+            if (finding.text.starts_with("the header has size ") && resized.contains(finding.first))
+                return true;
             constexpr const char *kOwn[] = {"missing", "duplicate", "padding", "unreadable", "cut"};
             const auto reason = reasons.find(finding.first);
             const bool own =
@@ -98,71 +104,6 @@ class Check {
 
     void add(const char *kind, int64_t first, int64_t last, std::string text, bool of_all = false) {
         findings_.push_back({kind, first, last, of_all, std::move(text)});
-    }
-
-    void check_numbers() {
-        if (!question_.numbered || all_.empty()) return;
-        if (question_.wanted) {
-            const auto [first, last] = *question_.wanted;
-            if (first < all_.front().number) add_missing(first, std::min(last, all_.front().number - 1));
-            if (last > all_.back().number) add_missing(std::max(first, all_.back().number + 1), last);
-        }
-        for (size_t i = 1; i < all_.size(); i++) {
-            const int64_t before = all_[i - 1].number;
-            const int64_t now = all_[i].number;
-            if (now == before) add("duplicate", now, now, "another file with that number");
-            if (now > before + 1) add_missing(before + 1, now - 1);
-        }
-    }
-    void add_missing(int64_t first, int64_t last) {
-        add("missing", first, last, "missing (" + std::to_string(last - first + 1) + ")");
-    }
-
-    // Numbers that are padded with zeros have as many digits as the others, or more where they need them.
-    void check_padding() {
-        if (!question_.numbered) return;
-        Votes widths;
-        bool padded = false;
-        for (const SequenceFrame &frame : all_) {
-            widths.add(frame.digits);
-            padded = padded || needed(frame.number) < frame.digits;
-        }
-        if (!padded) return;
-        const int64_t usual = widths.winner().value_or(0);
-        for (size_t i = 0; i < all_.size(); i++) {
-            const SequenceFrame &frame = all_[i];
-            const int64_t expected = std::max<int64_t>(usual, needed(frame.number));
-            const bool is_double = (i > 0 && all_[i - 1].number == frame.number) ||
-                                   (i + 1 < all_.size() && all_[i + 1].number == frame.number);
-            if (frame.digits == expected || is_double) continue;
-            add("padding", frame.number, frame.number,
-                "its number has " + std::to_string(frame.digits) +
-                    (frame.digits == 1 ? " digit" : " digits") + ", others have " + std::to_string(usual));
-        }
-    }
-    static int64_t needed(int64_t number) {
-        return static_cast<int64_t>(std::to_string(std::abs(number)).size());
-    }
-
-    static const char *kind_of_problem(const std::string &problem) {
-        if (problem.starts_with("cut")) return "cut";
-        if (problem.starts_with("open")) return "open";
-        if (problem.starts_with("keycode")) return "keycode";
-        if (problem.starts_with("the header") || problem == "no picture") return "header";
-        return "unreadable";
-    }
-
-    // The same of successive frames is one finding.
-    void check_problems() {
-        for (size_t i = 0; i < all_.size();) {
-            size_t last = i;
-            while (last + 1 < all_.size() && all_[last + 1].problem == all_[i].problem) last++;
-            const std::string &problem = names_.name(all_[i].problem);
-            if (!problem.empty())
-                add(kind_of_problem(problem), all_[i].number, all_[last].number, safe_name(problem),
-                    i == 0 && last + 1 == all_.size() && last > 0);
-            i = last + 1;
-        }
     }
 
     void check_timecodes() {
@@ -214,6 +155,11 @@ class Check {
         const Counting &counting = rule.counting;
         const int64_t first = frames_[stretch.first]->number;
         const int64_t last = frames_[stretch.last]->number;
+        if (rule.told > 0)
+            add("timecode", first, last,
+                "timecode counts " + std::to_string(counting.base) + " frames a second, the header says " +
+                    std::to_string(rule.told),
+                stretches_.size() == 1 && frames_.size() > 1);
         if (rule.holds)
             add("holds", first, last, "each timecode stands for " + std::to_string(rule.share) + " frames");
         if (rule.step == 0)
@@ -478,6 +424,7 @@ class Check {
         const char *kind = name == "user bits" ? "user-bits" : counter;
         switch (event.kind) {
             case CounterEvent::swapped:
+            case CounterEvent::holds:
             case CounterEvent::repeated: {
                 const auto same = std::ranges::find_if(shared_, [&](const SharedBreak &shared) {
                     return shared.event.kind == event.kind && shared.event.first == event.first &&
@@ -521,6 +468,13 @@ class Check {
             const std::string what = joined(shared.counters);
             if (event.kind == CounterEvent::swapped) {
                 add("swapped", first, last, "changed places, by their " + what);
+            } else if (event.kind == CounterEvent::holds) {
+                const std::string period = std::to_string(event.other);
+                add("holds", first, last,
+                    event.held + 1 == event.other
+                        ? "each " + what + " stands for " + period + " frames"
+                        : std::to_string(event.held) + " of every " + period + " frames: " + what +
+                              (shared.counters.size() > 1 ? " stand" : " stands"));
             } else {
                 add("repeated", first, first,
                     what + (shared.counters.size() > 1 || what.ends_with("s") ? " are those" : " is that") +

@@ -19,6 +19,7 @@ class Breaks {
             segments_.back().last = i;
         }
         for (size_t k = 0; k < segments_.size();) k = judge(k);
+        gather_holds();
         return std::move(events_);
     }
 
@@ -127,6 +128,37 @@ class Breaks {
             return next;
         }
         return k;
+    }
+    // Values that stand again and again after as many frames are one event.
+    void gather_holds() {
+        constexpr size_t kLeast = 4;
+        constexpr size_t kLongest = 12;
+        const auto period_at = [&](size_t i) { return events_[i + 1].first - events_[i].first; };
+        std::vector<CounterEvent> gathered;
+        for (size_t i = 0; i < events_.size();) {
+            size_t last = i;
+            while (last + 1 < events_.size() && held_by(events_[i]) > 0 &&
+                   held_by(events_[last + 1]) == held_by(events_[i]) && period_at(last) == period_at(i))
+                last++;
+            CounterEvent event = events_[i];
+            const bool is_regular = last - i + 1 >= kLeast && period_at(i) <= kLongest;
+            if (is_regular) {
+                event.held = held_by(event);
+                event.kind = CounterEvent::holds;
+                event.other = period_at(i);
+                event.last = events_[last].first + event.held - 1;
+            }
+            gathered.push_back(event);
+            i = is_regular ? last + 1 : i + 1;
+        }
+        events_ = std::move(gathered);
+    }
+    // Frames that have the value of the one before an event.
+    size_t held_by(const CounterEvent &event) const {
+        if (event.kind == CounterEvent::stands) return event.last - event.first + 1;
+        const bool is_same = frames_[event.first].value == frames_[event.before].value;
+        const bool may_stand = event.kind == CounterEvent::jump || event.kind == CounterEvent::repeated;
+        return may_stand && is_same && event.before + 1 == event.first ? 1 : 0;
     }
     int64_t number_step(size_t k) const {
         return number(segments_[k].first) - number(segments_[k].first - 1);

@@ -24,12 +24,14 @@ struct CounterEvent {
         swapped,   // this frame has the value of `last`, and that this one's
         stands,    // from frame `first` to `last` the value is that of the frame before
         reversed,  // it runs the other way from `first` to `last`
+        holds,     // `held` of every `other` frames have the value of the frame before
     } kind;
     size_t first;  // places in the list of frames
     size_t last;
     size_t before = 0;  // the frame before `first` that has a value
     size_t other = 0;
     int64_t expected = 0;  // at `first`
+    size_t held = 0;
 };
 
 // Where `share` successive frames have one value: makes it count with each of them, by `share` times as much,

@@ -30,6 +30,10 @@ std::optional<int64_t> perforations_a_count(int64_t step) {
     }
 }
 
+// The digits of a timecode; what is beside them marks fields and colour frames, and may differ between the
+// frames of a pair (SMPTE 12M).
+uint32_t digits_of(uint32_t timecode) { return timecode & 0x3F7F7F7F; }
+
 // How many counts lie between two keycodes, the shorter way around.
 int64_t counts_between(const Keycode &a, const Keycode &b) {
     return (b.count - a.count + kKeycodeCounts + kKeycodeCounts / 2) % kKeycodeCounts - kKeycodeCounts / 2;
@@ -55,7 +59,21 @@ int64_t shared_by(std::span<const SequenceFrame *const> frames, Same same) {
     return share >= 2 && share <= kMostShared && most ? share : 1;
 }
 
-// Numbers of a second: what most headers say, else one more than the last number of a second.
+// Numbers of a second by the last ones of seconds, after which they begin anew.
+Votes counted_bases(std::span<const SequenceFrame *const> frames, uint32_t tens) {
+    const auto number = [&](uint32_t timecode) { return (timecode >> 4 & tens) * 10 + (timecode & 15); };
+    Votes bases;
+    const SequenceFrame *earlier = nullptr;
+    each_pair(frames, [&](const SequenceFrame &a, const SequenceFrame &b) {
+        const bool new_second = (a.timecode & 0x7F00) != (b.timecode & 0x7F00);
+        const bool goes_on = earlier && number(earlier->timecode) + 1 == number(a.timecode);
+        if (new_second && number(b.timecode) == 0 && goes_on) bases.add(number(a.timecode) + 1);
+        if (digits_of(a.timecode) != digits_of(b.timecode)) earlier = &a;
+    });
+    return bases;
+}
+
+// Numbers of a second: what most headers say, else what the numbers do.
 uint32_t counting_base(std::span<const SequenceFrame *const> frames, bool &is_told) {
     Votes bases;
     for (const SequenceFrame *frame : frames) {
@@ -68,12 +86,7 @@ uint32_t counting_base(std::span<const SequenceFrame *const> frames, bool &is_to
     const bool flagged = std::ranges::all_of(frames, [&](const SequenceFrame *frame) {
         return frame->timecode == kNoTimecode || has_drop_flag(frame->timecode, kDropping);
     });
-    const uint32_t tens = flagged ? 3 : 7;
-    const auto number = [&](uint32_t timecode) { return (timecode >> 4 & tens) * 10 + (timecode & 15); };
-    each_pair(frames, [&](const SequenceFrame &a, const SequenceFrame &b) {
-        const bool new_second = (a.timecode & 0xFF00) != (b.timecode & 0xFF00);
-        if (new_second && number(b.timecode) == 0) bases.add(number(a.timecode) + 1);
-    });
+    bases = counted_bases(frames, flagged ? 3 : 7);
     return static_cast<uint32_t>(bases.winner().value_or(flagged ? kDropping.base : 100));
 }
 
@@ -134,13 +147,23 @@ TimecodeRule timecode_rule(std::span<const SequenceFrame *const> frames) {
     bool is_told = false;
     rule.counting.base = counting_base(frames, is_told);
     rule.share = shared_by(frames, [](const SequenceFrame &a, const SequenceFrame &b) {
-        return a.timecode != kNoTimecode && a.timecode == b.timecode;
+        return a.timecode != kNoTimecode && b.timecode != kNoTimecode &&
+               digits_of(a.timecode) == digits_of(b.timecode);
     });
     const int64_t base = rule.counting.base;
     if (rule.share > 1 && is_told && base > 30 && base % rule.share == 0) {
         rule.counting.base = static_cast<uint32_t>(base / rule.share);
     } else {
         rule.holds = rule.share > 1 && is_told;
+    }
+    if (is_told && rule.share == 1) {
+        constexpr uint64_t kEnough = 2;
+        const Votes counted = counted_bases(frames, base > 30 ? 7 : 3);
+        const int64_t winner = counted.winner(kEnough).value_or(base);
+        if (winner != base && counted.of(winner) * 4 >= counted.all() * 3) {
+            rule.told = base;
+            rule.counting.base = static_cast<uint32_t>(winner);
+        }
     }
     rule.counting.drop = drops_numbers(frames, rule.counting);
     Votes steps;

@@ -16,6 +16,7 @@ struct TimecodeRule {
     int64_t step = 1;    // numbers a frame; below zero where they run backwards
     int64_t share = 1;   // successive frames that share a number
     bool holds = false;  // they do though the rate has a number for each
+    int64_t told = 0;    // numbers a second by the headers, where those of the frames are others
 };
 TimecodeRule timecode_rule(std::span<const SequenceFrame *const> frames);
 

@@ -60,6 +60,7 @@ TextPairs properties_of(const Facts &facts) {
     for (const auto &[name, value] : facts.more) {
         if (std::ranges::find(kVarying, name) == std::end(kVarying)) add(name.c_str(), value);
     }
+    properties.insert(properties.end(), facts.held.begin(), facts.held.end());
     return properties;
 }
 
@@ -106,12 +107,23 @@ uint32_t SharedNames::number(const std::string &name) {
     return entry->second;
 }
 
+namespace {
+
+std::string empty_size(const Picture &picture) {
+    if (picture.width > 0 && picture.height > 0) return "";
+    return "the header has size " + size_of(picture.width, picture.height);
+}
+
+}  // namespace
+
 std::string packed_frame(const Facts &facts) {
     std::string packed;
     const bool has_header = !facts.pictures.empty() && !is_header_cut(facts.extent);
     std::string problem = problem_of(facts);
     put_text(packed, has_header ? "1" : "");
-    put_text(packed, problem.empty() && !has_header ? "no picture" : problem);
+    if (problem.empty() && !has_header) problem = "no picture";
+    if (problem.empty()) problem = empty_size(facts.pictures.front());
+    put_text(packed, problem);
     put_text(packed, std::to_string(facts.extent.present));
     if (!has_header) return packed;
     uint32_t bcd = kNoTimecode;
@@ -149,7 +161,7 @@ SequenceFrame unpacked_frame(std::string_view packed, SharedNames &names) {
     frame.user_bits = number_in<uint32_t>(take_text(packed), kNoTimecode, 16);
     const std::string odd_keycode = take_text(packed);
     if (!odd_keycode.empty() && problem.empty())
-        frame.problem = names.number("keycode '" + odd_keycode + "' is none");
+        frame.problem = names.number("keycode '" + odd_keycode + "' is not valid");
     frame.properties = names.number(take_text(packed));
     return frame;
 }

@@ -73,6 +73,11 @@ constexpr Kind kKinds[] = {
     {"source file", "text"},
     {"film format", "text"},
     {"camera", "text"},
+    {"perforations", "keycode"},
+    {"black level", "layout"},
+    {"white level", "layout"},
+    {"reference low code", "layout"},
+    {"reference high code", "layout"},
 };
 
 // Properties that change with another one: where both do on the same frames, it is told.
@@ -203,6 +208,10 @@ class Changes {
                 : trailing        ? "bytes behind the pictures"
                                   : "the size fields of the headers are not the files' sizes",
                 true);
+            return;
+        }
+        if (is_periodic()) {
+            add_period();
             return;
         }
         for (const Run &run : runs_) {
