@@ -292,7 +292,7 @@ std::string cineon_keycode(OrderedBytes h, Facts &facts) {
     const bool zeros = h.u16(1024) == 0 && h.u32(1028) == 0 && h.u32(1032) == 0;
     if (h.u8(1024) == 0xFF || zeros || h.u32(1028) == kUnset || h.u32(1032) == kUnset) return "";
     const int64_t perforations = h.u8(1026) == 0xFF ? -1 : h.u8(1026);
-    const std::string keycode = keycode_text(h.u8(1024), h.u8(1025), h.u32(1028), h.u32(1032), perforations);
+    std::string keycode = keycode_text(h.u8(1024), h.u8(1025), h.u32(1028), h.u32(1032), perforations);
     if (keycode.empty())
         facts.add_more("keycode text", std::to_string(h.u8(1024)) + " " + std::to_string(h.u8(1025)) + " " +
                                            std::to_string(h.u32(1028)) + " " + std::to_string(h.u32(1032)));

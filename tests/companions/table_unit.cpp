@@ -102,15 +102,12 @@ TEST(Rows, DurationsAsTheyAreCounted) {
 TEST(Rows, SoundsThatDiffer) {
     Facts facts;
     facts.sounds = {{2, {48000, 1}, 24, "PCM", "", "", 96000}, {1, {44100, 1}, 16, "PCM", "", "", 5}};
-    Row row = row_of(facts, "");
+    const Row row = row_of(facts, "");
     EXPECT_EQ(row[Column::samples] + " / " + row[Column::audio_bits] + " / " + row[Column::sample_rate],
               "96000; 5 / 24; 16 / 48000; 44100");
     EXPECT_EQ(sound_text(row), "3ch 24+16/48+44.1k");
     EXPECT_EQ(row[Column::audio_bit_rate], "2304000");
     EXPECT_NE(json_object(row, {}).find("\"samples\": \"96000; 5\""), std::string::npos);
-    facts.sounds[1].enabled = false;
-    row = row_of(facts, "");
-    EXPECT_EQ(sound_text(row) + row[Column::audio_tracks], "2ch 24/48k2");
 }
 
 TEST(Odd, VotesOfOneKind) {

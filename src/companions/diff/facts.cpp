@@ -134,14 +134,15 @@ class FactsComparison {
         };
         std::vector<std::string> told;
         for (const FactDifference &difference : differences_) told.push_back(difference.name);
-        for (const auto &[follower, cause] : kFollowers) {
+        for (const auto &row : kFollowers) {
             std::erase_if(differences_, [&](const FactDifference &difference) {
                 // "size of picture track 2" follows from what that track, or all, differ in.
                 const auto [name, of] = parted(difference.name);
                 const auto is_told = [&](const std::string &other) {
                     return std::ranges::find(told, other) != told.end();
                 };
-                return name == follower && (is_told(std::string(cause)) || is_told(std::string(cause) + of));
+                const std::string cause(row[1]);
+                return name == row[0] && (is_told(cause) || is_told(cause + of));
             });
         }
         // What is not compressed is called by its components.

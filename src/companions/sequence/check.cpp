@@ -470,11 +470,15 @@ class Check {
                 add("swapped", first, last, "changed places, by their " + what);
             } else if (event.kind == CounterEvent::holds) {
                 const std::string period = std::to_string(event.other);
-                add("holds", first, last,
-                    event.held + 1 == event.other
-                        ? "each " + what + " stands for " + period + " frames"
-                        : std::to_string(event.held) + " of every " + period + " frames: " + what +
-                              (shared.counters.size() > 1 ? " stand" : " stands"));
+                std::string text = "each ";
+                if (event.held + 1 == event.other) {
+                    text.append(what).append(" stands for ").append(period).append(" frames");
+                } else {
+                    text = std::to_string(event.held);
+                    text.append(" of every ").append(period).append(" frames: ").append(what);
+                    text += shared.counters.size() > 1 ? " stand" : " stands";
+                }
+                add("holds", first, last, text);
             } else {
                 add("repeated", first, first,
                     what + (shared.counters.size() > 1 || what.ends_with("s") ? " are those" : " is that") +

@@ -176,7 +176,8 @@ uint32_t picture_of(const SequenceFrame &frame, SharedNames &names) {
     constexpr std::string_view kNames[] = {"format", "size", "bit_depth", "codec", "components"};
     std::string picture;
     for (const auto &[name, value] : properties_of(frame, names)) {
-        if (std::ranges::find(kNames, name) != std::end(kNames)) picture += name + "=" + value + " ";
+        if (std::ranges::find(kNames, name) == std::end(kNames)) continue;
+        picture.append(name).append("=").append(value).append(" ");
     }
     return names.number(picture);
 }

@@ -179,7 +179,8 @@ int64_t bit_rate_of(const Sound &sound) {
     if (sound.bit_rate >= 0 || !sound.codec.starts_with("PCM") || sound.bits == 0 || !sound.rate.is_set() ||
         sound.channels == 0)
         return sound.bit_rate;
-    return std::llround(sound.rate.value() * sound.channels * ((sound.bits + 7) / 8 * 8));
+    const uint32_t stored = (sound.bits + 7) / 8 * 8;
+    return std::llround(sound.rate.value() * sound.channels * stored);
 }
 
 void add_sounds(const std::vector<Sound> &sounds, Row &row) {
@@ -319,7 +320,10 @@ std::string Row::named(std::string_view name) const {
     if (column != std::end(kColumns)) return (*this)[column->column];
     std::string joined;
     if (name == "more") {
-        for (const auto &[key, value] : more) append(joined, key + ": " + value, "; ");
+        for (const auto &[key, value] : more) {
+            append(joined, key, "; ");
+            joined.append(": ").append(value);
+        }
         return joined;
     }
     for (const auto *pairs : {&fields, &more}) {
