@@ -127,7 +127,7 @@ std::string RegisterNotes::decoded(Input &input, std::string_view shown) const {
     const auto bytes = read_at<2>(input, item_ + 2);
     const auto size = static_cast<uint64_t>(bytes[0] << 8 | bytes[1]);
     if (shown != "Unknown" && is_shown_whole(shown, entry->type, size)) return "";
-    std::vector<uint8_t> value(size);
+    std::vector<uint8_t> value(static_cast<size_t>(size));
     value.resize(static_cast<size_t>(input.read(item_ + 4, value.data(), value.size())));
     return decoded_value(entry->type, Bytes(value.data(), value.size()));
 }
