@@ -105,8 +105,8 @@ test('samples, and damaged copies of them, are dumped as by the command', () => 
             const texts = [];
             worker.onmessage = ({data}) => {
                 if (data.block) {
-                    const [, lines, text] = new Uint32Array(data.block, 0, 3);
-                    texts.push({ends: data.block, lines, text: new Uint8Array(data.block, data.block.byteLength - text)});
+                    const [, lines, text, , , , , , , notes] = new Uint32Array(data.block, 0, 10);
+                    texts.push({ends: data.block, lines, text: new Uint8Array(data.block, data.block.byteLength - notes - text, text)});
                 }
                 if (data.done) resolve({...data, texts});
             };
