@@ -5,6 +5,7 @@
 
 #include "common/elementary.h"
 #include "common/names.h"
+
 // What the stream itself says of the picture, where the container does not know better.
 void take_stream(const Picture &stream, Picture &picture) {
     if (picture.width == 0) {

@@ -22,6 +22,8 @@ bool read_names(const std::string &file, char end, std::vector<std::string> &nam
             name.clear();
         }
     }
+    const bool failed = std::ferror(in) != 0;
+    if (failed) complain(safe_name(file) + ": " + std::strerror(errno));
     if (in != stdin) std::fclose(in);
-    return true;
+    return !failed;
 }

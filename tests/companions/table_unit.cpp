@@ -1,10 +1,17 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <set>
+
+#include "companions/table/names.h"
 #include "companions/table/odd.h"
 #include "companions/table/output.h"
 #include "companions/table/row.h"
 #include "companions/table/sequence.h"
 #include "companions/table/terminal.h"
+#include "main/facts.h"
+#include "support/command.h"
 
 namespace {
 
@@ -108,6 +115,25 @@ TEST(Rows, SoundsThatDiffer) {
     EXPECT_EQ(sound_text(row), "3ch 24+16/48+44.1k");
     EXPECT_EQ(row[Column::audio_bit_rate], "2304000");
     EXPECT_NE(json_object(row, {}).find("\"samples\": \"96000; 5\""), std::string::npos);
+}
+
+// Further values of files have names that --columns knows and the manual page has.
+TEST(Rows, NamesOfFurtherValues) {
+    std::string manual = content_of(std::string(KELDUMP_SAMPLES) + "/../doc/keldump-table.1.in");
+    std::ranges::replace(manual, '\n', ' ');
+    std::ranges::replace(manual, ';', ',');
+    const auto columns = table_columns();
+    std::set<std::string> names;
+    for (const auto &file : std::filesystem::recursive_directory_iterator(KELDUMP_SAMPLES)) {
+        if (!file.is_regular_file()) continue;
+        for (const auto &[name, value] : facts(file.path().c_str()).more) names.insert(name);
+    }
+    EXPECT_GT(names.size(), 20U);
+    for (const std::string &name : names) {
+        EXPECT_TRUE(is_table_name(name)) << name;
+        const bool is_column = std::ranges::find(columns, name, &ColumnRow::name) != columns.end();
+        EXPECT_TRUE(is_column || manual.find(" " + name + ",") != std::string::npos) << name;
+    }
 }
 
 TEST(Odd, VotesOfOneKind) {

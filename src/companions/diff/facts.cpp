@@ -1,5 +1,4 @@
 #include "companions/diff/facts.h"
-#include "companions/registers/decode.h"
 
 #include <algorithm>
 #include <charconv>
@@ -7,6 +6,7 @@
 #include <span>
 
 #include "common/timecode.h"
+#include "companions/registers/decode.h"
 #include "companions/table/row.h"
 
 namespace {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <charconv>
 #include <iterator>
 #include <utility>
 #include <vector>
@@ -41,6 +42,14 @@ const RegisterEntry *label_among(Input &input, std::span<const FileRange> at) {
         return find_register_entry(looked_at.subspan(static_cast<size_t>(found - looked_at.begin())));
     }
     return nullptr;
+}
+
+template <typename Number>
+Number number_at(std::string_view text, size_t at, int base) {
+    Number number = 0;
+    const std::string_view rest = text.substr(std::min(at, text.size()));
+    std::from_chars(rest.data(), rest.data() + rest.size(), number, base);
+    return number;
 }
 
 // "Package ID (deprecated)" is "PackageID", "PackageID_ISO7" is its symbol or the words of its name.
@@ -86,15 +95,7 @@ RegisterNote RegisterNotes::note(const Line &line) {
     const std::string_view text = trimmed(line.text.substr(line.behind_position));
     const bool is_value_line = std::exchange(in_item_, false);
     if (text.starts_with("Tag ") && !line.at.empty()) {
-        const size_t dash = text.find(" - ");
-        const bool is_declared = dash != std::string_view::npos;
-        const uint64_t place = line.at.front().offset;
-        if (!is_declared) item_ = place;
-        in_item_ = !is_declared;
-        const auto *entry = is_declared ? declare(*input, place) : declaration(*input);
-        const size_t blank = text.find(' ', is_declared ? dash + 3 : 4);
-        if (entry && blank != std::string_view::npos && !is_name_of(trimmed(text.substr(blank)), *entry))
-            note.name = entry->symbol;
+        note.name = name_of_tag(*input, text, line.at.front().offset);
         return note;
     }
     if (text == "Unknown" || is_value_line) note.decoded = decoded(*input, text);
@@ -105,29 +106,33 @@ RegisterNote RegisterNotes::note(const Line &line) {
     return note;
 }
 
-// "Tag 8001 - 06.0e.2b.34... - NAME" of a primer pack.
-const RegisterEntry *RegisterNotes::declare(Input &input, uint64_t place) {
-    const auto bytes = read_at<2 + kLabel>(input, place);
-    const RegisterEntry *entry = find_register_entry(std::span(bytes).subspan<2>());
-    tags_[static_cast<uint16_t>(bytes[0] << 8 | bytes[1])] = entry;
-    return entry;
-}
-
-// Of the item whose line came last.
-const RegisterEntry *RegisterNotes::declaration(Input &input) const {
-    const auto bytes = read_at<2>(input, item_);
-    const auto entry = tags_.find(static_cast<uint16_t>(bytes[0] << 8 | bytes[1]));
-    return entry == tags_.end() ? nullptr : entry->second;
+// "Tag 8001 - 06.0e.2b.34... - NAME" of a primer pack, "Tag 8001/16 NAME" of an item, which is the one whose
+// value comes next. What these lines say need not be read once more.
+std::string RegisterNotes::name_of_tag(Input &input, std::string_view text, uint64_t place) {
+    const size_t dash = text.find(" - ");
+    const bool is_declared = dash != std::string_view::npos;
+    const size_t blank = text.find(' ', is_declared ? dash + 3 : 4);
+    Tag &tag = tags_[number_at<uint16_t>(text, 4, 16)];
+    if (is_declared) {
+        tag.entry = find_register_entry(read_at<kLabel>(input, place + 2));
+    } else {
+        in_item_ = true;
+        item_ = {tag.entry, place + 4, number_at<uint32_t>(text, text.find('/') + 1, 10)};
+    }
+    if (!tag.entry || blank == std::string_view::npos) return "";
+    const std::string_view shown = trimmed(text.substr(blank));
+    if (is_declared || tag.shown != shown) {
+        tag.shown = shown;
+        tag.is_its_name = is_name_of(shown, *tag.entry);
+    }
+    return tag.is_its_name ? "" : tag.entry->symbol;
 }
 
 // Where what the dump shows of the item, as `shown`, is not its value by the register.
 std::string RegisterNotes::decoded(Input &input, std::string_view shown) const {
-    const RegisterEntry *entry = declaration(input);
-    if (!entry) return "";
-    const auto bytes = read_at<2>(input, item_ + 2);
-    const auto size = static_cast<uint64_t>(bytes[0] << 8 | bytes[1]);
-    if (shown != "Unknown" && is_shown_whole(shown, entry->type, size)) return "";
-    std::vector<uint8_t> value(static_cast<size_t>(size));
-    value.resize(static_cast<size_t>(input.read(item_ + 4, value.data(), value.size())));
-    return decoded_value(entry->type, Bytes(value.data(), value.size()));
+    if (!item_.entry) return "";
+    if (shown != "Unknown" && is_shown_whole(shown, item_.entry->type, item_.size)) return "";
+    std::vector<uint8_t> value(static_cast<size_t>(std::min<uint64_t>(item_.size, UINT16_MAX)));
+    value.resize(static_cast<size_t>(input.read(item_.value, value.data(), value.size())));
+    return decoded_value(item_.entry->type, Bytes(value.data(), value.size()));
 }

@@ -23,11 +23,21 @@ class RegisterNotes {
     RegisterNote note(const Line &line);
 
  private:
-    const RegisterEntry *declare(Input &input, uint64_t place);
-    const RegisterEntry *declaration(Input &input) const;
+    struct Tag {
+        const RegisterEntry *entry = nullptr;  // as primer packs declare it; null: not registered
+        std::string shown;                     // its name in the dump, and whether that is the register's
+        bool is_its_name = true;
+    };
+    struct Item {
+        const RegisterEntry *entry = nullptr;
+        uint64_t value = 0;  // where it lies
+        uint64_t size = 0;
+    };
+
+    std::string name_of_tag(Input &input, std::string_view text, uint64_t place);
     std::string decoded(Input &input, std::string_view shown) const;
 
-    std::map<uint16_t, const RegisterEntry *> tags_;  // as primer packs declare them; null: not registered
-    uint64_t item_ = 0;                               // where the item of the tag before lies
-    bool in_item_ = false;                            // the line before was its tag
+    std::map<uint16_t, Tag> tags_;
+    Item item_;             // of the tag before
+    bool in_item_ = false;  // the line before was its tag
 };

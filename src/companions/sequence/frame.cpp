@@ -99,16 +99,6 @@ Keycode keycode_in(const std::string &text, SharedNames &names) {
     return keycode;
 }
 
-}  // namespace
-
-uint32_t SharedNames::number(const std::string &name) {
-    const auto [entry, is_new] = numbers_.emplace(name, static_cast<uint32_t>(names_.size()));
-    if (is_new) names_.push_back(&entry->first);
-    return entry->second;
-}
-
-namespace {
-
 std::string empty_size(const Picture &picture) {
     if (picture.width > 0 && picture.height > 0) return "";
     return "the header has size " + size_of(picture.width, picture.height);

@@ -2,28 +2,16 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "common/facts.h"
 #include "companions/packing.h"
+#include "companions/shared_names.h"
 
 constexpr uint32_t kNoTimecode = 0xFFFFFFFF;
 constexpr int64_t kKeycodeCounts = 10000;  // before they begin anew
-
-// SharedNames that many frames share, by numbers; 0 is the empty one.
-class SharedNames {
- public:
-    SharedNames() { number(""); }
-    uint32_t number(const std::string &name);
-    const std::string &name(uint32_t number) const { return *names_[number]; }
-
- private:
-    std::map<std::string, uint32_t> numbers_;
-    std::vector<const std::string *> names_;
-};
 
 // A film position (SMPTE 254): what stays the same along a roll, then the count and the perforations from it.
 struct Keycode {

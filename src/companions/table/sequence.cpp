@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdio>
 #include <iterator>
+#include <map>
 #include <set>
 #include <utility>
 
@@ -88,22 +89,16 @@ void SequenceRow::add(const FrameNumber &number, Row row) {
     Frame frame{number.value, {}};
     std::string picture;
     for (size_t i = 0; i < kShared; i++) {
-        frame.values[i] = number_of(row[kSharedColumns[i]]);
+        frame.values[i] = texts_.number(row[kSharedColumns[i]]);
         if (i < kPicture) picture += std::to_string(frame.values[i]) + " ";
     }
-    pictures_.push_back(number_of(picture) + 1);
+    pictures_.push_back(texts_.number(picture));
     frames_.push_back(frame);
     if (!has_header_) first_ = row;
     has_header_ = true;
     const bool is_known =
         std::ranges::find(kinds_, frame.values, &std::pair<Values, Row>::first) != kinds_.end();
     if (!is_known && kinds_.size() < kMostKinds) kinds_.emplace_back(frame.values, std::move(row));
-}
-
-uint32_t SequenceRow::number_of(const std::string &text) {
-    const auto [entry, is_new] = texts_.emplace(text, static_cast<uint32_t>(text_of_.size()));
-    if (is_new) text_of_.push_back(&entry->first);
-    return entry->second;
 }
 
 bool SequenceRow::are_frames() const { return ::are_frames(numbers_, pictures_); }
@@ -131,8 +126,8 @@ void SequenceRow::find_unlike(const Values &usual) {
         std::set<uint32_t> values;
         for (const Frame &frame : frames_) values.insert(frame.values[i]);
         if (values.size() > kMostValues) {
-            add_trouble(grouped(values.size()) + " values of " + name, frames_.front().number);
-            troubles_.back().is_of_all = true;
+            troubles_.push_back(
+                {grouped(values.size()) + " values of " + name, {frames_.front().number}, true});
             continue;
         }
         for (const Frame &frame : frames_) {
@@ -140,7 +135,7 @@ void SequenceRow::find_unlike(const Values &usual) {
             const bool is_said = i == kComponents && frame.values[kCodec] == frame.values[kComponents] &&
                                  frame.values[kCodec] != usual[kCodec];
             if (frame.values[i] == usual[i] || is_said) continue;
-            const std::string &value = *text_of_[frame.values[i]];
+            const std::string &value = texts_.name(frame.values[i]);
             add_trouble(std::string(name) + " " + (value.empty() ? "none" : value), frame.number);
         }
     }
@@ -156,7 +151,7 @@ Row SequenceRow::usual_row(const Values &usual) const {
         return count;
     };
     Row row = std::ranges::max_element(kinds_, {}, alike)->second;
-    for (size_t i = 0; i < kShared; i++) row[kSharedColumns[i]] = *text_of_[usual[i]];
+    for (size_t i = 0; i < kShared; i++) row[kSharedColumns[i]] = texts_.name(usual[i]);
     for (const Column column : kOfStart) row[column] = first_[column];
     return row;
 }

@@ -2,11 +2,11 @@
 #pragma once
 
 #include <array>
-#include <map>
 #include <string>
 #include <vector>
 
 #include "companions/frame_groups.h"
+#include "companions/shared_names.h"
 #include "companions/table/row.h"
 
 // Takes the frames' rows in the order of their numbers. The row is that of the frames, by what most of them
@@ -35,7 +35,6 @@ class SequenceRow {
 
     void add_trouble(const std::string &text, int64_t frame);
     void find_unlike(const Values &usual);
-    uint32_t number_of(const std::string &text);
     Values usual_values() const;
     Row usual_row(const Values &usual) const;
 
@@ -45,8 +44,7 @@ class SequenceRow {
     std::vector<Frame> frames_;                  // that have a header
     std::vector<FrameNumber> numbers_;
     std::vector<uint32_t> pictures_;
-    std::map<std::string, uint32_t> texts_;
-    std::vector<const std::string *> text_of_;
+    SharedNames texts_;
     uint64_t size_ = 0;
     uint64_t claimed_ = 0;
     std::string extent_;

@@ -65,6 +65,21 @@ std::string title_of(const std::string &name) {
     return title;
 }
 
+// "24+16" of "24; 24; 16".
+std::string short_list(const std::string &list, double unit) {
+    std::vector<std::string> values;
+    for (size_t at = 0; at < list.size();) {
+        const size_t end = std::min(list.find("; ", at), list.size());
+        char text[32];
+        std::snprintf(text, sizeof text, "%g", number_of(list.substr(at, end - at)) / unit);
+        if (std::ranges::find(values, text) == values.end()) values.emplace_back(text);
+        at = end + 2;
+    }
+    std::string text;
+    for (const std::string &value : values) text += (text.empty() ? "" : "+") + value;
+    return text;
+}
+
 }  // namespace
 
 std::string picture_size(const Row &row) {
@@ -95,25 +110,6 @@ std::string duration_text(const Row &row) {
     const int64_t whole = frames / base;
     return clock_text(static_cast<double>(whole), false) + text;
 }
-
-namespace {
-
-// "24+16" of "24; 24; 16".
-std::string short_list(const std::string &list, double unit) {
-    std::vector<std::string> values;
-    for (size_t at = 0; at < list.size();) {
-        const size_t end = std::min(list.find("; ", at), list.size());
-        char text[32];
-        std::snprintf(text, sizeof text, "%g", number_of(list.substr(at, end - at)) / unit);
-        if (std::ranges::find(values, text) == values.end()) values.emplace_back(text);
-        at = end + 2;
-    }
-    std::string text;
-    for (const std::string &value : values) text += (text.empty() ? "" : "+") + value;
-    return text;
-}
-
-}  // namespace
 
 std::string sound_text(const Row &row) {
     if (row[Column::channels].empty()) return row[Column::audio_codec];
