@@ -68,7 +68,7 @@ void walk_chunks(Walk &walk, Bytes form) {
         const Bytes chunk = form.from(position);
         const uint32_t size = big32(chunk, 4);
         if (position + kChunkHeader > walk.input.end()) return;
-        from(chunk.sub(0, kChunkHeader));
+        from(chunk, 0, kChunkHeader);
         print(" Elem ");
         label_begins(false);
         print("%c%c%c%c", chunk[0], chunk[1], chunk[2], chunk[3]);
@@ -91,7 +91,7 @@ void walk_chunks(Walk &walk, Bytes form) {
 void aiffdump(DumpOptions &opts, Bytes header, const char *name) {
     const uint32_t size = big32(header, 4);
     print("Fileformat:AIFF\n");
-    from(header.sub(4, 4));
+    from(header, 4, 4);
     print(" Size:            %lld\n", static_cast<long long>(size));
     print(" Magic:           %c%c%c%c\n", header[8], header[9], header[10], header[11]);
     const NamedInput input(name);

@@ -142,7 +142,7 @@ void print_format(RiffWalk &walk, Bytes payload) {
 }
 
 void print_size64(const char *label, Bytes field, int64_t value) {
-    from(field.sub(0, 8));
+    from(field, 0, 8);
     print("%s%08x%08x (%lld)\n", own(label), little32(field, 4), little32(field, 0),
           static_cast<long long>(value));
 }
@@ -316,7 +316,7 @@ void riffdump(DumpOptions &opts, Bytes header, const char *name, int rf64) {
     forget();  // an error is of all that was looked at
     also(walk.riff_size.at);
     if (!scan_format(walk)) return;
-    from(header.sub(0, 4));
+    from(header, 0, 4);
     print("Fileformat:%s\n", rf64 ? "RF64" : "RIFF");
     also(walk.sizes_id);
     print(" Size:            %lld\n", static_cast<long long>(walk.riff_size.shown()));

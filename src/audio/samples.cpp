@@ -71,9 +71,12 @@ class Dump {
     // The samples of a block, one behind the other.
     void block(std::span<const uint8_t> bytes) {
         while (bytes.size() >= sample_size_) {
-            const size_t n = is_text_only() && bytes.size() >= frame_size() ? frame_size() : sample_size_;
+            const bool is_whole = channel_ == 0 && bytes.size() >= frame_size();
+            const size_t n = is_whole && !needs_samples() ? frame_size() : sample_size_;
             if (n == sample_size_) {
                 sample(bytes.first(n));
+            } else if (opts_.flag_t) {
+                search_frame(bytes.first(n));
             } else {
                 put_frame(bytes.first(n));
             }
@@ -92,11 +95,22 @@ class Dump {
             if (channel_ == 0) out_.text("  ");
             put_sample(bytes);
         }
-        if (opts_.flag_t && channel_ < kMaxTimecodeChannels &&
-            take_sample(channels_[channel_], significant(bytes, 0), significant(bytes, 1), frame_)) {
-            put_timecode(channel_);
-        }
+        if (opts_.flag_t && channel_ < kMaxTimecodeChannels) search(channel_, bytes);
         if (++channel_ == channel_count_) end_frame();
+    }
+
+    void search(uint32_t channel, std::span<const uint8_t> bytes) {
+        if (take_sample(channels_[channel], significant(bytes, 0), significant(bytes, 1), frame_))
+            put_timecode(channel);
+    }
+
+    // A whole frame of which only packets are shown.
+    void search_frame(std::span<const uint8_t> frame) {
+        const uint32_t searched = std::min(channel_count_, kMaxTimecodeChannels);
+        for (uint32_t c = 0; c < searched; c++)
+            search(c, frame.subspan(size_t{c} * sample_size_, sample_size_));
+        channel_ = channel_count_;
+        end_frame();
     }
 
     void end_frame() {
@@ -123,9 +137,9 @@ class Dump {
     }
 
     size_t frame_size() const { return size_t{channel_count_} * sample_size_; }
-    // Whether the next frame is to be listed and nothing else: then it is one piece of text.
-    bool is_text_only() const {
-        return !listening && !opts_.flag_t && channel_ == 0 && frame_size() <= kWholeFrame;
+    // Whether frames are more than one piece of text, or a search that prints next to nothing.
+    bool needs_samples() const {
+        return opts_.flag_a && (listening || opts_.flag_t || frame_size() > kWholeFrame);
     }
 
     void put_frame(std::span<const uint8_t> frame) {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <map>
+#include <functional>
 #include <new>
 #include <vector>
 
@@ -14,7 +14,8 @@ namespace {
 
 constexpr uint64_t kLargestRun = 256 * 1024;          // bytes of one sequential read at most
 constexpr uint64_t kMostResident = 64 * 1024 * 1024;  // bytes in memory before the oldest are given back
-constexpr uint64_t kOverhead = 128;                   // of a run, in bytes
+constexpr size_t kMostRuns = 4096;                    // so that a run is soon put in its place
+constexpr uint64_t kOverhead = 64;                    // of a run, in bytes
 constexpr uint64_t kNear = 512;                       // a skip that is cheaper read than made
 
 uint8_t *allocate(uint64_t n) {
@@ -26,10 +27,16 @@ uint8_t *allocate(uint64_t n) {
 }  // namespace
 
 struct BlockCache::Runs {
-    std::map<uint64_t, Run> by_start;  // none lies on another
-    std::vector<uint64_t> by_age;      // starts, what was read longest ago first
+    std::vector<Run> by_start;  // none lies on another
+    uint64_t count = 0;         // of all that were read
     std::vector<uint8_t> gathered[2];
     unsigned next = 0;
+
+    // The first run that begins behind an offset: in a walk through a file none does.
+    std::vector<Run>::iterator behind(uint64_t offset) {
+        if (by_start.empty() || by_start.back().start <= offset) return by_start.end();
+        return std::ranges::upper_bound(by_start, offset, {}, &Run::start);
+    }
 };
 
 BlockCache::~BlockCache() {
@@ -39,9 +46,8 @@ BlockCache::~BlockCache() {
 
 void BlockCache::clear() {
     if (!runs_) return;
-    for (const auto &[start, run] : runs_->by_start) std::free(run.data);
+    for (const Run &run : runs_->by_start) std::free(run.data);
     runs_->by_start.clear();
-    runs_->by_age.clear();
     resident_ = 0;
     select({});
 }
@@ -59,9 +65,9 @@ void BlockCache::select(const Run &run) {
 // Makes the run that holds an offset the one found; false where there is none.
 bool BlockCache::look_up(uint64_t offset) {
     if (offset - found_.start < found_.size) return true;
-    const auto behind = runs().by_start.upper_bound(offset);
+    const auto behind = runs().behind(offset);
     if (behind == runs().by_start.begin()) return false;
-    const Run &run = std::prev(behind)->second;
+    const Run &run = *std::prev(behind);
     if (offset - run.start >= run.size) return false;
     select(run);
     return true;
@@ -84,10 +90,11 @@ uint64_t BlockCache::load(uint64_t offset, uint64_t needed, uint32_t block) {
 // offset as far as one read may; false where the bytes end before the offset.
 bool BlockCache::read(uint64_t start, uint64_t offset, uint64_t needed, uint32_t block) {
     if (offset >= input_.read_end()) return false;
-    const auto next = runs().by_start.upper_bound(offset);
+    if (resident_ > kMostResident || runs().by_start.size() >= kMostRuns) drop_oldest();
+    const auto next = runs().behind(offset);
     bool sequential = false;
     if (next != runs().by_start.begin()) {
-        const Run &before = std::prev(next)->second;
+        const Run &before = *std::prev(next);
         const uint64_t behind = before.start + before.size;
         sequential = start <= behind + kNear;
         if (sequential) start = behind;
@@ -96,34 +103,35 @@ bool BlockCache::read(uint64_t start, uint64_t offset, uint64_t needed, uint32_t
     uint64_t size = std::min(offset - start + std::min(needed, kLargestRun), kLargestRun);
     size = std::max<uint64_t>((size + border) & ~border, sequential ? ahead_ : block);
     size = std::min({size, std::max<uint64_t>(kLargestRun, block), input_.read_end() - start});
-    if (next != runs().by_start.end()) size = std::min(size, next->first - start);
+    if (next != runs().by_start.end()) size = std::min(size, next->start - start);
     ahead_ = std::min(2 * size, kLargestRun);
 
-    if (resident_ > kMostResident) drop_oldest();
     uint8_t *data = allocate(size);
     const uint64_t got = input_.read(start, data, size);
     if (got == 0) {
         std::free(data);
         return false;
     }
-    select({start, got, data});
-    runs().by_start.emplace_hint(next, start, found_);
-    runs().by_age.push_back(start);
+    select({start, got, data, runs().count++});
+    runs().by_start.insert(next, found_);
     resident_ += got + kOverhead;
     return offset - start < got;
 }
 
 // Down to half of what may stay.
 void BlockCache::drop_oldest() {
-    std::vector<uint64_t> &ages = runs().by_age;
-    size_t dropped = 0;
-    for (; dropped < ages.size() && resident_ > kMostResident / 2; dropped++) {
-        const auto oldest = runs().by_start.find(ages[dropped]);
-        resident_ -= std::min(resident_, oldest->second.size + kOverhead);
-        std::free(oldest->second.data);
-        runs().by_start.erase(oldest);
+    std::vector<Run> &all = runs().by_start;
+    std::ranges::sort(all, std::greater(), &Run::age);
+    size_t kept = 0;
+    uint64_t resident = 0;
+    for (; kept < std::min(all.size(), kMostRuns / 2); kept++) {
+        if (resident + all[kept].size + kOverhead > kMostResident / 2) break;
+        resident += all[kept].size + kOverhead;
     }
-    ages.erase(ages.begin(), ages.begin() + static_cast<std::ptrdiff_t>(dropped));
+    for (size_t i = kept; i < all.size(); i++) std::free(all[i].data);
+    all.resize(kept);
+    std::ranges::sort(all, std::less(), &Run::start);
+    resident_ = resident;
     select({});
 }
 

@@ -9,8 +9,8 @@ class Input;
 
 // Keeps what an input's reads gave, found by where each run begins. A byte that is not there is read with the
 // block around it; use in sequence, even with short skips, reads larger and larger runs. What was read
-// longest ago goes when 64 MiB are held, so that even a dump of all of a huge file stays in that. No memory
-// depends on what a file claims.
+// longest ago goes when 64 MiB or some thousand runs are held, so that even a dump of all of a huge file
+// stays in that. No memory depends on what a file claims.
 class BlockCache {
  public:
     explicit BlockCache(Input &input) : input_(input) {}
@@ -19,7 +19,7 @@ class BlockCache {
     BlockCache &operator=(const BlockCache &) = delete;
 
     // n bytes at an offset; null where the bytes end, or where no run holds all of them. `block` (a power of
-    // two) is the least that is read. Good until another 32 MiB are read.
+    // two) is the least that is read. Good until another 32 MiB or 2,048 runs are read.
     const uint8_t *at(uint64_t offset, uint64_t n, uint32_t block) {
         const uint64_t inside = offset - last_.start;
         if (inside < last_.size && n <= last_.size - inside) return last_.data + inside;
@@ -42,6 +42,7 @@ class BlockCache {
         uint64_t start = 0;
         uint64_t size = 0;
         uint8_t *data = nullptr;
+        uint64_t age = 0;  // how many were read before it
     };
     struct Runs;
 

@@ -37,15 +37,8 @@ class Bytes {
     // The window's rest from an offset on, and n bytes from an offset on, both clamped to the window.
     Bytes from(uint64_t offset) const { return sub(offset, UINT64_MAX); }
     Bytes sub(uint64_t offset, uint64_t n) const {
-        Bytes part = *this;
         const uint64_t start = offset < size_ ? offset : size_;
-        if (cache_) {
-            part.start_ += start;
-        } else {
-            part.data_ += start;
-        }
-        part.size_ = n < size_ - start ? n : size_ - start;
-        return part;
+        return part(start, n < size_ - start ? n : size_ - start);
     }
 
     // Where the window lies in its file; nothing for one on memory.
@@ -81,6 +74,16 @@ class Bytes {
     }
 
  private:
+    // Inside the window. Made field by field: a copy of all would wait for what was just stored.
+    Bytes part(uint64_t start, uint64_t size) const {
+        if (!cache_) return {data_ + start, size};
+        Bytes part;
+        part.start_ = start_ + start;
+        part.size_ = size;
+        part.cache_ = cache_;
+        part.block_ = block_;
+        return part;
+    }
     // The bytes of a number in one piece; null where they are not.
     const uint8_t *loaded(uint64_t offset, unsigned n) const {
         if (!has(offset, n)) return nullptr;

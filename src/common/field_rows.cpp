@@ -73,7 +73,7 @@ const char *padded(Bytes field, unsigned width) {
 
 void put_text(Bytes field, Field kind, unsigned width) {
     const Text text = text_at(field, 0, width);
-    from(field.sub(0, std::min<uint64_t>(static_cast<uint64_t>(text.length) + 1, width)));
+    from(field, 0, std::min<uint64_t>(static_cast<uint64_t>(text.length) + 1, width));
     switch (kind) {
         case Field::text: print("%.*s", text.length, text.start); break;
         case Field::quoted_text: print("'%.*s'", text.length, text.start); break;
@@ -98,7 +98,7 @@ bool is_text(Field kind) { return kind >= Field::text; }
 
 void print_field_row(OrderedBytes header, const FieldRow &row) {
     const OrderedBytes field = header.from(row.offset);
-    from(field.bytes.sub(0, uint64_t{row.count} * (is_text(row.kind) ? 1 : size_of(row.kind))));
+    from(field.bytes, 0, uint64_t{row.count} * (is_text(row.kind) ? 1 : size_of(row.kind)));
     only_field();
     print_own(row.label);
     if (is_text(row.kind)) {

@@ -41,11 +41,6 @@ struct Conversion {
     }
 };
 
-// The arguments, in a record so that functions can take from them.
-struct Arguments {
-    std::va_list list;
-};
-
 int read_number(const char *&p, Arguments &arguments) {
     if (*p == '*') {
         p++;
@@ -152,10 +147,8 @@ void put_digits(const Conversion &c, const char *digits, size_t n, Piece piece) 
 }
 
 void put_integer(Conversion &c, Arguments &arguments) {
-    const int64_t value = c.is_size      ? static_cast<int64_t>(va_arg(arguments.list, size_t))
-                          : c.longs == 2 ? va_arg(arguments.list, long long)
-                          : c.longs == 1 ? va_arg(arguments.list, long)
-                                         : va_arg(arguments.list, int);
+    const int64_t value =
+        c.is_size ? static_cast<int64_t>(va_arg(arguments.list, size_t)) : arguments.take_signed(c.longs);
     char text[128];
     if (c.is_plain() && (value >= 0 || !c.zeros)) {
         put_digits(c, text, static_cast<size_t>(std::to_chars(text, text + 24, value).ptr - text),
@@ -167,10 +160,7 @@ void put_integer(Conversion &c, Arguments &arguments) {
 }
 
 void put_unsigned(Conversion &c, Arguments &arguments) {
-    const uint64_t value = c.is_size      ? va_arg(arguments.list, size_t)
-                           : c.longs == 2 ? va_arg(arguments.list, unsigned long long)
-                           : c.longs == 1 ? va_arg(arguments.list, unsigned long)
-                                          : va_arg(arguments.list, unsigned);
+    const uint64_t value = c.is_size ? va_arg(arguments.list, size_t) : arguments.take_unsigned(c.longs);
     char text[128];
     const Piece piece{.kind = c.type == 'u' ? Piece::integer : Piece::hexadecimal, .number = value};
     if (c.is_plain() && (c.type == 'u' || c.type == 'x')) {

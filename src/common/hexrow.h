@@ -52,7 +52,7 @@ void put_hexrows(LineBuffer &out, Bytes bytes, const HexRow &row, StartRow start
     for (uint64_t done = 0; done < bytes.size(); done += chunk) {
         const std::span<const uint8_t> rows = bytes.span(done, chunk);
         for (size_t i = 0; i < rows.size(); i += row.columns) {
-            from(bytes.sub(done + i, row.columns));
+            from(bytes, done + i, row.columns);
             start_row(out, done + i);
             put_hexrow(out, rows.subspan(i), row);
         }

@@ -76,8 +76,8 @@ bool Input::open(uint64_t n) {
     return !failed_;
 }
 
-uint64_t Input::size() {
-    if (sized_ || failed_) return size_;
+uint64_t Input::find_size() {
+    if (failed_) return size_;
     sized_ = true;
     struct stat status;
     if (fstat(fd_, &status) != 0) return 0;
@@ -92,8 +92,6 @@ uint64_t Input::size() {
     }
     return size_;
 }
-
-uint64_t Input::end() { return std::min(size(), known_end_); }
 
 Bytes Input::bytes(uint64_t start, uint64_t size, uint32_t block) {
     if (size > 0) cache_.load(start, block, block);

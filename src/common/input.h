@@ -33,9 +33,12 @@ class Input {
 
     // Bytes of a regular file or block device, or of what was spooled; 0 for whatever has none (directories,
     // devices).
-    uint64_t size();
+    uint64_t size() { return sized_ ? size_ : find_size(); }
     // Where the bytes end: at the size, or before it where a read found nothing.
-    uint64_t end();
+    uint64_t end() {
+        const uint64_t size = this->size();
+        return size < known_end_ ? size : known_end_;
+    }
 
     // A window from an offset on, in blocks of at least `block` bytes. Where `start` was not read yet, a
     // block from there on is: what begins there is looked at next.
@@ -64,6 +67,7 @@ class Input {
     friend class BlockCache;
     uint64_t read_end() const { return known_end_; }
 
+    uint64_t find_size();
     int64_t read_some(uint64_t offset, void *data, uint64_t n);
     int64_t read_file(uint64_t offset, void *data, uint64_t n);
     bool spool();

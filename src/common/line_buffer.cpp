@@ -1,25 +1,36 @@
 #include "common/line_buffer.h"
 
+#include <charconv>
+
+namespace {
+
+constexpr size_t kMostDigits = 20;  // of a number of 64 bits, with its sign
+
+// Appends a number's digits behind padding; their count with zeros that count as digits.
+template <typename Number>
+size_t put_number(Number value, size_t width, char pad) {
+    char *room = standard_output.claim(kMostDigits);
+    const size_t n = static_cast<size_t>(std::to_chars(room, room + kMostDigits, value).ptr - room);
+    standard_output.give_back(kMostDigits - n);
+    if (n >= width) return n;
+    standard_output.give_back(n);
+    char digits[kMostDigits];
+    std::memcpy(digits, room, n);
+    room = standard_output.claim(width);
+    std::memset(room, pad, width - n);
+    std::memcpy(room + width - n, digits, n);
+    return pad == '0' ? width : n;
+}
+
+}  // namespace
+
 void LineBuffer::decimal(uint64_t value, unsigned width, char pad) {
-    char reversed[24];
-    unsigned n = 0;
-    const uint64_t number = value;
-    do {
-        reversed[n++] = static_cast<char>('0' + value % 10);
-        value /= 10;
-    } while (value);
-    finish(reversed, n, width, pad);
-    if (listening) tell({.kind = Piece::integer, .number = number}, pad == '0' ? std::max(n, width) : n);
+    const size_t n = put_number(value, width, pad);
+    if (listening) tell({.kind = Piece::integer, .number = value}, n);
 }
 
 void LineBuffer::signed_decimal(int64_t value, unsigned width) {
-    char reversed[24];
-    unsigned n = 0;
-    const uint64_t magnitude = value < 0 ? ~static_cast<uint64_t>(value) + 1 : static_cast<uint64_t>(value);
-    for (uint64_t rest = magnitude; rest || n == 0; rest /= 10)
-        reversed[n++] = static_cast<char>('0' + rest % 10);
-    if (value < 0) reversed[n++] = '-';
-    finish(reversed, n, width, ' ');
+    const size_t n = put_number(value, width, ' ');
     if (listening) tell(integer_piece(value), n);
 }
 

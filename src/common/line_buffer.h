@@ -123,10 +123,4 @@ class LineBuffer {
         char *room = claim(n);
         for (unsigned i = n; i-- > 0; value >>= 4) room[i] = alphabet[value & 15];
     }
-    void finish(const char *reversed, unsigned n, unsigned width, char pad) {
-        const unsigned total = n < width ? width : n;
-        char *room = claim(total);
-        for (unsigned i = 0; i < total - n; i++) room[i] = pad;
-        for (unsigned i = 0; i < n; i++) room[total - 1 - i] = reversed[i];
-    }
 };

@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
@@ -11,22 +12,47 @@
 
 #include "common/end_of_run.h"
 #include "common/heard.h"
+#include "common/line_buffer.h"
 #include "common/stream.h"
 
 constinit Output standard_output;
 
-void print(const char *format, ...) {
-    va_list arguments;
-    va_start(arguments, format);
-    if (listening) {
-        print_heard(format, arguments);
-        va_end(arguments);
-        return;
+namespace {
+
+// The conversions that nearly all lines are made of: numbers with a width, characters and texts without one.
+// At any other nothing is printed, and false given.
+bool print_plain(const char *&format, Arguments &arguments) {
+    LineBuffer out;
+    const char *p = format + 1;
+    const char pad = *p == '0' ? '0' : ' ';
+    unsigned width = 0;
+    for (; *p >= '0' && *p <= '9'; p++) width = 10 * width + static_cast<unsigned>(*p - '0');
+    int longs = 0;
+    for (; *p == 'l'; p++) longs++;
+    const unsigned least = std::max(width, 1U);
+    if (*p == 'd' && pad == ' ') {
+        out.signed_decimal(arguments.take_signed(longs), least);
+    } else if (*p == 'u') {
+        out.decimal(arguments.take_unsigned(longs), least, pad);
+    } else if (*p == 'x') {
+        out.hex(arguments.take_unsigned(longs), least, pad);
+    } else if (*p == 'c' && width == 0) {
+        out.put(static_cast<char>(va_arg(arguments.list, int)));
+    } else if (*p == 's' && width == 0) {
+        out.append(va_arg(arguments.list, const char *));
+    } else {
+        return false;
     }
-    va_list again;
-    va_copy(again, arguments);
+    format = p + 1;
+    return true;
+}
+
+// The rest of a format from a conversion on, by the standard library.
+void print_rest(const char *format, Arguments &arguments) {
+    std::va_list again;
+    va_copy(again, arguments.list);
     const std::span<char> room = standard_output.room();
-    const int length = std::vsnprintf(room.data(), room.size(), format, arguments);
+    const int length = std::vsnprintf(room.data(), room.size(), format, arguments.list);
     const size_t needed = length < 0 ? 0 : static_cast<size_t>(length);
     if (needed < room.size()) {
         standard_output.use(needed);
@@ -36,7 +62,29 @@ void print(const char *format, ...) {
         standard_output.write(text);
     }
     va_end(again);
-    va_end(arguments);
+}
+
+}  // namespace
+
+void print(const char *format, ...) {
+    Arguments arguments;
+    va_start(arguments.list, format);
+    if (listening) {
+        print_heard(format, arguments.list);
+        va_end(arguments.list);
+        return;
+    }
+    while (const char *conversion = std::strchr(format, '%')) {
+        standard_output.write({format, conversion});
+        format = conversion;
+        if (!print_plain(format, arguments)) break;
+    }
+    if (*format == '%') {
+        print_rest(format, arguments);
+    } else {
+        standard_output.write(format);
+    }
+    va_end(arguments.list);
 }
 
 void print_own(std::string_view text) {

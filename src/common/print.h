@@ -41,6 +41,8 @@ class Output {
         used_ += n;
         return room;
     }
+    // Takes back what was claimed last and not filled.
+    void give_back(size_t n) { used_ -= n; }
     // The room that is left, and how much of it was then used.
     std::span<char> room() { return {block_ + used_, sizeof block_ - used_}; }
     void use(size_t n) { used_ += n; }

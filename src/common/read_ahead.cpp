@@ -22,6 +22,8 @@ void LinkCost::measured(uint64_t bytes, double seconds) {
     } else if (round_trip_ > 0) {
         const double transfer = std::max(seconds - round_trip_, seconds / 4);
         bandwidth_ = blended(bandwidth_, static_cast<double>(bytes) / transfer);
+    } else {
+        round_trip_ = std::max(0.0, seconds - static_cast<double>(bytes) / bandwidth_);
     }
 }
 

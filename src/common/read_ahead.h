@@ -11,7 +11,8 @@
 #include "common/file_range.h"
 
 // What requests to a file's place cost, as measured: a small read's time is a round trip, what a large one
-// takes beyond that gives the bandwidth. Before anything was measured a link counts as fast.
+// takes beyond that gives the bandwidth. Where a large one comes first, what it takes beyond a fast link's
+// time is the round trip. Before anything was measured a link counts as fast.
 class LinkCost {
  public:
     void measured(uint64_t bytes, double seconds);

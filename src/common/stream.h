@@ -122,6 +122,9 @@ inline void from(const Bytes &bytes) {
 inline void from(FileRange range) {
     if (listening) stream::set_exact(range);
 }
+inline void from(const Bytes &bytes, uint64_t offset, uint64_t n) {
+    if (listening) stream::set_exact(bytes.sub(offset, n));
+}
 
 // The line is of this range too, which was looked at before, or is not looked at through Bytes.
 inline void also(FileRange range) {
@@ -129,6 +132,9 @@ inline void also(FileRange range) {
 }
 inline void also(const Bytes &bytes) {
     if (listening) stream::add_also(bytes);
+}
+inline void also(const Bytes &bytes, uint64_t offset, uint64_t n) {
+    if (listening) stream::add_also(bytes.sub(offset, n));
 }
 
 // The line is a remark (an error, a warning): the section around it goes on.

@@ -132,7 +132,7 @@ void print_packet(const char *title, Bytes packet, std::span<const FieldRow> row
 
 // Begins a line of n bytes of a packet with its label.
 void print_label(const char *label, Bytes packet, uint64_t at, uint64_t n) {
-    from(packet.sub(at, n));
+    from(packet, at, n);
     behind_position(kDeeper);
     print_own(label);
 }
@@ -178,7 +178,7 @@ void print_user(Bytes packet, uint32_t size) {
 void print_packet(Bytes packet) {
     const uint32_t type = packet[0];
     const uint32_t size = packet[1];
-    from(packet.sub(0, 2));
+    from(packet, 0, 2);
     behind_position(kDeeper);
     print("%02x/%d-", type, size);
     label_begins();

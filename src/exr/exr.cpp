@@ -72,7 +72,7 @@ void print_unknown(Bytes value) {
     LineBuffer out;
     for (uint64_t i = 0; i < value.size(); i += 16) {
         const auto row = value.span(i, 16);
-        from(value.sub(i, 16));
+        from(value, i, 16);
         put_hexcells(out, row);
         if (row.size() == 16) out.end_row();
     }
@@ -116,7 +116,7 @@ void exrdump(DumpOptions &, Input &input) {
         const uint64_t size_at = type_at + static_cast<uint64_t>(type.length) + 1;
         const uint64_t value_at = size_at + 4;
         const int32_t size = little_endian(bytes).s32(size_at);
-        from(bytes.sub(offset, value_at - offset));
+        from(bytes, offset, value_at - offset);
         print("%05" PRIx64 " ", offset);
         behind_position();
         label_begins(false);

@@ -58,7 +58,7 @@ void gxfmaptags(int indent, Bytes bytes, uint64_t length) {
         if (!bytes.has(position, 2)) return;
         const uint8_t tag = bytes[position];
         const uint8_t size = bytes[position + 1];
-        also(bytes.sub(position, 2));
+        also(bytes, position, 2);
         print("%*sTag 0x%02x% 4d ", indent, "", tag, size);
         if (const TaggedRow *known = row_of(kMapTags, tag, &TaggedRow::tag)) {
             FieldRow row = known->row;
@@ -97,7 +97,7 @@ void gxfmap(Bytes rest, int64_t size) {
     print(" Version %d\n", version & 0x1F);
     if ((version & 0xE0) != 0xE0) {
         aside();
-        also(payload.sub(0, 1));
+        also(payload, 0, 1);
         print("gxfmap: Error @ 0\n");
     }
     if (payload.size() <= 4) return;

@@ -142,7 +142,7 @@ void print_timecode(const char *title, Bytes record) {
     print_field_rows(little_endian(record), kTimecodeRows);
     const uint32_t base = ari32(record, kTimeBase);
     print("    TimeBase:              %d\n", base & 0x7FFFFFFF);
-    from(record.sub(kTimeBase + 3, 1));
+    from(record, kTimeBase + 3, 1);
     print("    DropFrameFlag:         %d\n", base >> 31);
     print_field_rows(little_endian(record), kUserBitsRows);
 }
@@ -154,8 +154,8 @@ void aridump(DumpOptions &, Input &input) {
     const Bytes header = input.bytes(0, kHeaderSize);
     const int32_t version = static_cast<int32_t>(ari32(header, 12));
     forget();
-    also(header.sub(0, 4));
-    also(header.sub(12, 4));
+    also(header, 0, 4);
+    also(header, 12, 4);
     print("Fileformat:ARRIRAW V%d\n", version);
     if (version < 3) {
         print_field_rows(little_endian(header), kShortRows);

@@ -26,13 +26,13 @@ void exedump(Bytes header) {
     const std::time_t stamp = static_cast<int32_t>(exe32(header, pe + 8));
     const uint32_t characteristics = exe16(header, pe + 22);
     forget();
-    also(header.sub(0, 2));
-    also(header.sub(0x3C, 4));
-    also(fields.bytes.sub(0, 4));
-    also(fields.bytes.sub(23, 1));
+    also(header, 0, 2);
+    also(header, 0x3C, 4);
+    also(fields.bytes, 0, 4);
+    also(fields.bytes, 23, 1);
     print("Fileformat:%s\n", characteristics & kIsDll ? "DLL" : "EXE");
     print_field_row(fields, {4, Field::name16, " Platform         ", {kMachines, "?"}});
-    from(fields.bytes.sub(8, 4));
+    from(fields.bytes, 8, 4);
     print(" TimeDateStamp    %.24s\n", std::ctime(&stamp));
     print_field_row(fields, {22, Field::hex16, " Characteristics  "});
 }

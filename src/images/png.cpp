@@ -58,7 +58,7 @@ void hexdump_data(Input &input, uint64_t start, uint64_t size) {
 }
 
 void print_chunk(Bytes chunk, uint64_t position) {
-    from(chunk.sub(0, kChunkHeadSize));
+    from(chunk, 0, kChunkHeadSize);
     print("%08llx: ", static_cast<unsigned long long>(position));
     behind_position();
     label_begins(false);

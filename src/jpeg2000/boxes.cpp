@@ -120,7 +120,7 @@ uint64_t print_contents(Bytes buf, const Box &box, int depth) {
 uint64_t jp2entry(Bytes buf, uint64_t offset, int depth, uint64_t room) {
     const uint32_t lbox = jp2_getint32(buf, offset);
     const Box box{offset, lbox ? lbox : room, jp2_getint32(buf, offset + 4)};
-    from(buf.sub(offset, kHeaderSize));
+    from(buf, offset, kHeaderSize);
     print("%*s%08x: ", depth, "", static_cast<uint32_t>(offset));
     behind_position(static_cast<uint32_t>(depth));
     label_begins(false);

@@ -66,7 +66,7 @@ void check_place(uint32_t allowed, const char *name) {
 
 // Begins the line of the first n bytes of a marker or its segment.
 void print_position(Bytes buf, uint64_t offset, uint64_t n) {
-    from(buf.sub(offset, n));
+    from(buf, offset, n);
     print("%08x: ", static_cast<uint32_t>(offset));
     behind_position();
 }
@@ -177,7 +177,7 @@ uint64_t print_delimiter(Bytes buf, uint64_t offset, uint32_t code, uint64_t siz
             return kMarkerSize;
         case 0x91:
             // The line shows the size and the packet's number.
-            from(buf.sub(offset, 6));
+            from(buf, offset, 6);
             print("%08x: ", static_cast<uint32_t>(size));
             label_begins();
             print("SOP/%d - start of packet header \n", jp2_getint16(buf, offset + 4) + 1);

@@ -27,7 +27,7 @@ struct Segment {
     uint32_t u16(uint64_t at) const { return jp2_getint16(buf, offset + at); }
     uint32_t u32(uint64_t at) const { return jp2_getint32(buf, offset + at); }
     // The line that is being printed is of n bytes from an offset on.
-    void of(uint64_t at, uint64_t n) const { ::from(buf.sub(offset + at, n)); }
+    void of(uint64_t at, uint64_t n) const { ::from(buf, offset + at, n); }
     // Whether an offset lies before the segment's end and inside the file.
     bool has(uint64_t at) const { return at < size && buf.has(offset + at, 1); }
 };

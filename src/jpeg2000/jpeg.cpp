@@ -107,7 +107,7 @@ void print_scan(Bytes segment) {
 void print_jfif(Bytes segment) {
     constexpr const char *kUnits[] = {"none", "inch", "cm"};
     print_field_row(big_endian(segment), kJfifVersion);
-    from(segment.sub(11, 1));
+    from(segment, 11, 1);
     if (const char *unit = name_at(kUnits, segment[11], nullptr)) {
         print(" units      %s\n", unit);
     } else {
@@ -132,7 +132,7 @@ void print_application(DumpOptions &opts, Bytes segment, uint64_t size, Budget &
     constexpr uint64_t kIdentifier = 4;
     const Text id = text_at(segment, kIdentifier, size);
     const uint64_t length = static_cast<uint64_t>(id.length);
-    from(segment.sub(kIdentifier, length + 1));
+    from(segment, kIdentifier, length + 1);
     print(" blockid    ");
     for (uint64_t i = 0; i < length; i++) print("%02x", segment[kIdentifier + i]);
     print(" '");
@@ -195,8 +195,8 @@ uint64_t jpegentry(DumpOptions &opts, Bytes buf, uint64_t offset, Budget &budget
         return 0;
     }
     const uint64_t size = kJpegMarkerSize + big16(buf, offset + 2);
-    from(buf.sub(offset,
-                 buf[offset + 1] == 0xD8 || buf[offset + 1] == 0xD9 ? kJpegMarkerSize : kJpegSegmentHead));
+    from(buf, offset,
+         buf[offset + 1] == 0xD8 || buf[offset + 1] == 0xD9 ? kJpegMarkerSize : kJpegSegmentHead);
     const uint64_t result = print_segment(opts, buf, offset, size, budget);
     if (opts.verbose) jp2_hexdump(buf, offset, result);
     return result;

@@ -206,8 +206,8 @@ void print_tlm(const Segment &s) {
     if (pairs % pair != 0) {
         print(" - failure !!! incorrect marker length or tilpart data \n");
     } else {
-        also(s.buf.sub(s.offset + 2, 2));
-        also(s.buf.sub(s.offset + 5, 1));
+        also(s.buf, s.offset + 2, 2);
+        also(s.buf, s.offset + 5, 1);
         print(" tileparts           %d\n", pairs / pair);
     }
     if (s.size < 7) return;

@@ -47,7 +47,7 @@ void put_packet(LineBuffer &out, mpeg_reader &reader) {
     const uint32_t payload_flag = mpegbits(reader, 1);
     const uint32_t counter = mpegbits(reader, 4);
     if (listening)
-        also(reader.file->bytes().sub(static_cast<uint64_t>(reader.position - kHeader), kHeader + kPayload));
+        also(reader.file->bytes(), static_cast<uint64_t>(reader.position - kHeader), kHeader + kPayload);
     out.hex(static_cast<uint64_t>(reader.position) & 0xFFFFFFFF, 8);
     out.literal(": PACKET ");
     out.hex(pid, 3);

@@ -129,7 +129,7 @@ void mxfhexdump(Bytes buffer, uint64_t offset, uint64_t length) {
     LineBuffer out;
     for (uint64_t i = 0; i < length; i += kRow.columns) {
         uint8_t row[kRow.columns];
-        from(buffer.sub(offset + i, kRow.columns));
+        from(buffer, offset + i, kRow.columns);
         const uint64_t n = std::min<uint64_t>(length - i, kRow.columns);
         for (uint64_t k = 0; k < n; k++) row[k] = buffer[offset + i + k];
         out.hex((offset + i) & 0xFFFFFFFF, 8);

@@ -108,7 +108,7 @@ void print_named(DumpOptions &opts, const char *before, Bytes ul, const char *be
     printuuid(opts, ul);
     print("%s", own(between));
     if (*between == '\n') label_ends();
-    also(ul.sub(0, kLabelBytes));
+    also(ul, 0, kLabelBytes);
     print_name_or_unknown(opts, ul);
     print("\n");
 }
@@ -117,7 +117,7 @@ void print_strong_reference(DumpOptions &opts, const char *before, Bytes ul, con
     print("%s", own(before));
     printuuid(opts, ul);
     print("%s", own(between));
-    also(ul.sub(0, kLabelBytes));
+    also(ul, 0, kLabelBytes);
     print("%s\n", mxf_guid_string(opts, ul));
 }
 

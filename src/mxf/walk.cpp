@@ -97,7 +97,7 @@ void print_unknown_label(const Walk &walk, const Item &item) {
 // Prints the block of an item; false for one that is no SMPTE item and not known otherwise.
 bool print_item(const Walk &walk, const Item &item) {
     bool recognised = true;
-    from(item.bytes.sub(0, kKeySize));
+    from(item.bytes, 0, kKeySize);
     print_position(walk, item.position);
     behind_position();
     printuuid(walk.opts, item.bytes);

@@ -27,8 +27,6 @@ Bytes next_bytes(QtFile &file, uint64_t n) {
 
 }  // namespace
 
-uint64_t QtFile::end() const { return std::min(input->end(), kFarthest); }
-
 QtAtom qt_atom_init(QtFile &file, const QtAtom *parent) {
     QtAtom atom;
     atom.file = &file;

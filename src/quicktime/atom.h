@@ -1,6 +1,7 @@
 // Atoms of a QuickTime movie: the record of one atom and the reads on its payload.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <string_view>
 
@@ -15,7 +16,8 @@ struct QtFile {
 
     explicit QtFile(const char *name) : input(name) {}
 
-    uint64_t end() const;  // where the movie's bytes end
+    // Where the movie's bytes end.
+    uint64_t end() const { return std::min<uint64_t>(input->end(), INT64_MAX); }
 
     NamedInput input;
     uint64_t position = 0;      // may lie beyond the end

@@ -157,7 +157,7 @@ void print_format_flags(const QtAtom &atom) {
     const uint32_t flags = big32(field);
     for (const CodeName &flag : kFormatFlags) {
         if (!(flags & flag.code)) continue;
-        from(field.sub(flag.code > UINT8_MAX ? 0 : 3, 1));
+        from(field, flag.code > UINT8_MAX ? 0 : 3, 1);
         print("%*s\t%s\n", atom.indent(), "", flag.name);
     }
     for (const CodeName &flag : kLosslessFlags) {

@@ -55,7 +55,7 @@ void put_fourcc(Bytes field) {
 void put_pstring(Bytes field) {
     const int length = field[0];
     const Text text = text_at(field, 1, static_cast<uint64_t>(length));
-    from(field.sub(0, 1 + static_cast<uint64_t>(std::min(length, text.length + 1))));
+    from(field, 0, 1 + static_cast<uint64_t>(std::min(length, text.length + 1)));
     print("%*.*s", length, text.length, text.start);
 }
 
@@ -112,7 +112,7 @@ void put_row(LineBuffer &out, Bytes data, int indent, const QtRow &row, uint64_t
     }
     uint64_t at = row.offset;
     for (unsigned i = 0; i < row.count; i++, at += width_of(row.kind)) {
-        from(data.sub(at, width_of(row.kind)));
+        from(data, at, width_of(row.kind));
         put_label(out, indent, row.label, index + i);
         put_value(out, data, at, row.kind);
         if (is_listing) {

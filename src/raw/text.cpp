@@ -66,11 +66,15 @@ void for_each_character(Block text, Encoding encoding, Put put) {
     }
 }
 
-bool put_utf8(LineBuffer &out, uint32_t code) {
-    const auto put = [&](uint32_t byte) { out.put(static_cast<char>(byte)); };
+// A character as it is shown, written behind what is there: at most kLongest bytes. The place behind it.
+constexpr size_t kLongest = 4;
+using WriteCharacter = char *(char *to, uint32_t code);
+
+char *write_utf8(char *to, uint32_t code) {
+    const auto put = [&](uint32_t byte) { *to++ = static_cast<char>(byte); };
     if (code < 0x80) {
         put(code);
-        return true;
+        return to;
     }
     if (code < 0x800) {
         put(0xC0 | code >> 6);
@@ -84,33 +88,55 @@ bool put_utf8(LineBuffer &out, uint32_t code) {
         put(0x80 | (code >> 6 & 0x3F));
     }
     put(0x80 | (code & 0x3F));
-    return true;
+    return to;
 }
 
-// Printable ASCII with TAB and LF; CR is left out, anything else (the space, too) is ".": false for such.
-bool put_ascii(LineBuffer &out, uint32_t code) {
-    if (code == '\r') return true;
-    const bool shown = code == '\t' || (code > 32 && code < 128);
-    out.put(shown ? static_cast<char>(code) : '.');
-    return shown;
+// Printable ASCII with TAB and LF; CR is left out, anything else (the space, too) is ".".
+char *write_ascii(char *to, uint32_t code) {
+    const bool shown = code == '\t' || code == '\n' || (code > 32 && code < 128);
+    *to = shown ? static_cast<char>(code) : '.';
+    return to + (code != '\r');
+}
+
+template <WriteCharacter write>
+void put_characters(LineBuffer &out, Block text, Encoding encoding) {
+    char piece[4096];
+    char *end = piece;
+    for_each_character(text, encoding, [&](uint32_t code, const uint8_t *) {
+        end = write(end, code);
+        if (end <= piece + sizeof piece - kLongest) return;
+        out.append({piece, end});
+        end = piece;
+    });
+    out.append({piece, end});
 }
 
 // Line feeds end lines, each of which is made of its characters: of those that can be told from the line, not
 // of what is a full stop like any other.
-template <typename Put>
-void put_lines(LineBuffer &out, Bytes text, Encoding encoding, Put put) {
-    const Block characters = text.span(0, text.size());
+template <WriteCharacter write>
+void tell_lines(LineBuffer &out, Bytes text, Block characters, Encoding encoding) {
     forget();
     const uint8_t *start = characters.data();
     for_each_character(characters, encoding, [&](uint32_t code, const uint8_t *behind) {
-        const bool shown = code == '\n' || put(out, code);
-        if (listening && shown) {
-            const uint64_t offset = static_cast<uint64_t>(start - characters.data());
-            also(text.sub(offset, static_cast<uint64_t>(behind - start)));
-        }
-        start = behind;
+        char character[kLongest];
+        const char *end = write(character, code);
+        const bool is_stand_in = end != character && character[0] == '.' && code != '.';
+        const uint64_t offset = static_cast<uint64_t>(start - characters.data());
+        if (code != '\n' && end != character) out.text({character, end});
+        if (!is_stand_in) also(text, offset, static_cast<uint64_t>(behind - start));
         if (code == '\n') out.end_line();
+        start = behind;
     });
+}
+
+template <WriteCharacter write>
+void put_text(LineBuffer &out, Bytes text, Encoding encoding) {
+    const Block characters = text.span(0, text.size());
+    if (listening) {
+        tell_lines<write>(out, text, characters, encoding);
+    } else {
+        put_characters<write>(out, characters, encoding);
+    }
 }
 
 }  // namespace
@@ -128,9 +154,9 @@ void dumpfile(DumpOptions &opts, Input &input) {
     LineBuffer out;
     if (mark.name && opts.flag_u) out.literal("\xEF\xBB\xBF");
     if (opts.flag_u) {
-        put_lines(out, text.from(mark.size), mark.encoding, put_utf8);
+        put_text<write_utf8>(out, text.from(mark.size), mark.encoding);
     } else {
-        put_lines(out, text.from(mark.size), mark.encoding, put_ascii);
+        put_text<write_ascii>(out, text.from(mark.size), mark.encoding);
     }
 }
 

@@ -130,7 +130,7 @@ void WordPlaces::tell(int first, int n) const {
     const uint64_t to = from + static_cast<uint64_t>(n);
     const uint64_t start = in_bytes ? from : from / 3 * 4;
     const uint64_t end = in_bytes ? to : (to + 2) / 3 * 4;
-    also(data.sub(start, end - start));
+    also(data, start, end - start);
 }
 
 int rawdump_formatdetect(const uint16_t *words, int count, const WordPlaces &places) {

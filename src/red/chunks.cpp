@@ -23,7 +23,13 @@ bool ChunkReader::read_header(uint64_t position, RedChunk &chunk) {
 bool ChunkReader::read_payload(RedChunk &chunk) {
     // A size that does not even hold the header wraps around and is read like the largest.
     const uint64_t wanted = kChunkHeader + uint64_t{std::min(chunk.size - kChunkHeader, most_)};
-    chunk.held = input_.present(chunk.position, wanted, kBlock);
+    if (input_.end() - chunk.position < wanted) return false;
+    // All bytes before a header that can be read are there: of the payload the walk reads what it looks at.
+    const uint64_t next = behind(chunk);
+    const bool is_there =
+        next >= chunk.position + wanted && input_.present(next, kChunkHeader, kBlock).size() == kChunkHeader;
+    chunk.held = is_there ? input_.bytes(chunk.position, wanted, kBlock)
+                          : input_.present(chunk.position, wanted, kBlock);
     return chunk.held.size() == wanted;
 }
 

@@ -28,17 +28,23 @@ bool is_type(const RedChunk &chunk, const char (&type)[N]) {
 // Reads chunk after chunk, of each only what is looked at.
 class ChunkReader {
  public:
-    // `most`: payload bytes that a walk looks at.
-    ChunkReader(Input &input, uint32_t most) : input_(input), most_(most) {}
+    // `most`: payload bytes that a walk looks at; `alignment`: a power of two.
+    ChunkReader(Input &input, uint32_t most, uint64_t alignment)
+        : input_(input), most_(most), alignment_(alignment) {}
 
     // The header at a position; false when the file holds no whole one.
     bool read_header(uint64_t position, RedChunk &chunk);
     // Extends `held` by the payload; false when the file ends in what is to be looked at.
     bool read_payload(RedChunk &chunk);
+    // Where the chunk behind begins.
+    uint64_t behind(const RedChunk &chunk) const {
+        return (chunk.position + chunk.size + alignment_ - 1) & ~(alignment_ - 1);
+    }
 
  private:
     Input &input_;
     uint32_t most_;
+    uint64_t alignment_;
 };
 
 // Prints a chunk's line: its offset, the first characters of its type, and its size.

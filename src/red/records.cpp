@@ -66,13 +66,13 @@ void print_timecode(uint8_t id, const char *text) {
 
 void print_record(const DumpOptions &opts, const Record &record, Bytes bytes) {
     const Bytes value = bytes.from(kRecordHeader);
-    from(bytes.sub(0, static_cast<uint64_t>(record.length)));
+    from(bytes, 0, static_cast<uint64_t>(record.length));
     if (opts.verbose >= 2) print_record_line(record, redhexscan(record.value_length(), value, 0));
     const char *text = value_text(record, value);
     const uint64_t used = listening ? used_of(record, text) : 0;
-    from(bytes.sub(0, kRecordHeader + used));
+    from(bytes, 0, kRecordHeader + used);
     if (opts.verbose >= 1) print_record_line(record, text);
-    from(bytes.sub(1, kRecordHeader - 1 + used));
+    from(bytes, 1, kRecordHeader - 1 + used);
     if (record.type == kString) print_timecode(record.id, text);
     forget();
 }

@@ -170,10 +170,10 @@ void print_missing(const Walk &walk) {
 
 void reddumpv1(DumpOptions &opts, Input &input) {
     print("Fileformat:R3D\n");
-    ChunkReader reader(input, kPayloadRead);
+    ChunkReader reader(input, kPayloadRead, 1);
     Walk walk{.opts = opts};
     RedChunk chunk;
-    for (uint64_t position = 0; reader.read_header(position, chunk); position += chunk.size) {
+    for (uint64_t position = 0; reader.read_header(position, chunk); position = reader.behind(chunk)) {
         print_chunk_line(chunk, 4);
         if (!reader.read_payload(chunk)) break;
         print_chunk(walk, chunk);

@@ -82,14 +82,13 @@ void print_chunk(const DumpOptions &opts, const RedChunk &chunk, unsigned &frame
 
 void reddumpv2(DumpOptions &opts, Input &input) {
     print("Fileformat:R3D/V2\n");
-    ChunkReader reader(input, kPayloadRead2);
+    ChunkReader reader(input, kPayloadRead2, kAlignment);
     unsigned frames = 0;
     RedChunk chunk;
-    for (uint64_t position = 0; reader.read_header(position, chunk);) {
+    for (uint64_t position = 0; reader.read_header(position, chunk); position = reader.behind(chunk)) {
         print_chunk_line(chunk, 3);
         if (!reader.read_payload(chunk)) return;
         print_chunk(opts, chunk, frames);
         if (chunk.size == 0) return;
-        position = (position + chunk.size + kAlignment - 1) & ~(kAlignment - 1);
     }
 }

@@ -140,8 +140,7 @@ void keep_image_state(DumpOptions &opts, const Entry &entry) {
 // Of the value field only what holds a value, or its place, is told.
 void print_tag(const Walk &walk, const Entry &entry, uint64_t offset) {
     forget();
-    also(walk.bytes().sub(offset,
-                          is_left_out(walk, entry) ? 2 : 8 + tiff_field_used(entry.type, entry.count)));
+    also(walk.bytes(), offset, is_left_out(walk, entry) ? 2 : 8 + tiff_field_used(entry.type, entry.count));
     const std::string_view name = tifftag(entry.tag, entry.value, walk.base.order);
     const size_t label = std::min(name.find(" - "), name.size());
     print("  tag     : %04x ", entry.tag);
@@ -168,7 +167,7 @@ void print_entry(Walk &walk, uint64_t offset, int depth) {
 }
 
 void print_directory(Walk &walk, uint32_t offset, uint64_t entries, int depth) {
-    from(walk.bytes().sub(offset, 2));
+    from(walk.bytes(), offset, 2);
     print(" entries: %d\n", static_cast<int>(entries));
     const uint64_t first = uint64_t{offset} + 2;
     for (uint64_t i = 0; i < entries && first + kEntrySize * i < walk.bytes().size(); i++) {
@@ -211,10 +210,10 @@ void tiffdump(DumpOptions &opts, Input &input) {
     const uint32_t offset = header.u32(4);
     opts.tiff_big_endian = header.is_big();
     print("Fileformat:TIFF\n");
-    from(bytes.sub(0, 2));
+    from(bytes, 0, 2);
     print(" fileid    : %04x %s %s\n", fileid, header.is_big() ? "Big Endian" : "Little Endian",
           header.is_big() ? "(Swapping)" : "");
-    from(bytes.sub(2, 2));
+    from(bytes, 2, 2);
     print(" version   : %04x '%s'\n", version, name_of(kVersionNames, version, "unknown format"));
     print_field_row(header, {4, Field::hex32, " offset    : "});
     print(" filesize  : %d\n", static_cast<int32_t>(bytes.size()));

@@ -55,6 +55,14 @@ TEST(LinkCost, IsMeasured) {
     EXPECT_NEAR(static_cast<double>(link.bytes_of_a_round_trip()), 1e5, 2e3);
 }
 
+TEST(LinkCost, ALargeReadMayComeFirst) {
+    LinkCost memory, share;
+    memory.measured(256 << 10, 60e-6);
+    EXPECT_FALSE(memory.is_slow());
+    share.measured(250'000, 2.25e-3);  // a link of 1 GB/s
+    EXPECT_DOUBLE_EQ(share.round_trip(), 2e-3);
+}
+
 TEST(LinkCost, WhichMeasurementsCount) {
     LinkCost link;
     link.measured(1, 1e-6);
