@@ -109,6 +109,20 @@ TEST(Input, GivesMemoryBack) {
     EXPECT_TRUE(bytes_are(all, 0, "start"));
 }
 
+TEST(Input, ThousandsOfPlacesInAnyOrder) {
+    constexpr uint64_t kPlaces = 20'000;
+    const std::string content = places(kPlaces * 1000);
+    Input input("places", content.data(), content.size());
+    const Bytes all = input.bytes(512);
+    for (uint64_t i = 0; i < kPlaces; i++) {
+        const uint64_t place = 1000 * (i * 7919 % kPlaces);
+        ASSERT_EQ(all[place], static_cast<uint8_t>(content[place])) << i;
+    }
+    const uint64_t reads = input.reads();
+    for (uint64_t i = kPlaces - 2000; i < kPlaces; i++) ASSERT_NE(all[1000 * (i * 7919 % kPlaces)], 252);
+    EXPECT_EQ(input.reads(), reads);  // those of late are still there
+}
+
 TEST(Input, WhatAFileLostSinceItsSizeWasTakenIsZeroAndBehindItsEnd) {
     const File file(20'000, 0, std::string(20'000, 'x'));
     Input input(file.name);

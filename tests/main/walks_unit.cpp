@@ -99,3 +99,28 @@ TEST(Walks, ReadLargePiecesAndEndWhereTheBytesEnd) {
         }
     }
 }
+
+// Of a piece of 64 KiB a walk reads its header, and what of it is looked at.
+TEST(Walks, WhatIsSkippedIsNotRead) {
+    constexpr uint32_t kPiece = 64 << 10;
+    const std::string frame = chunk("RDI.", kPiece, kPiece - 8);
+    const std::string packet =
+        big().u32(0).u8(1).u8(0xBF).u32(kPiece).u32(0).u16(0xE1E2).fill(3, kPiece - 16).str();
+    const std::string picture =
+        big().hex("060E2B34 01020101 0D010301 15010501 83010000").fill('.', kPiece).str();
+    const std::string junk = little().text("junk").u32(kPiece).fill('.', kPiece).str();
+    const Walk walks[] = {
+        {"frames.r3d", chunk("RED2", 4096, 4088), frame},
+        {"frames.r3d", chunk("RED2", 4096, 4088), frame, [](DumpOptions &o) { o.verbose = 1; }},
+        {"packets.gxf", packet, packet},
+        {"pictures.mxf", picture, picture},
+        {"atoms.mov", chunk("ftyp", 20, 12), chunk("free", kPiece, kPiece - 8)},
+        {"chunks.wav", little().text("RIFF").u32(kWhole).text("WAVE").str(), junk},
+    };
+    for (const Walk &walk : walks) {
+        const std::string content = walk.content();
+        Input input(walk.name, content.data(), content.size());
+        walk.dump(input);
+        EXPECT_LE(input.bytes_read(), 32'768 + content.size() / kPiece * Input::kBlock) << walk.name;
+    }
+}
