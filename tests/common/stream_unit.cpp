@@ -30,12 +30,12 @@ struct Heard : Listener {
     }
 };
 
-const std::string kFile(64, 'x');
+const std::string kSixtyFour(64, 'x');
 
 TEST(Stream, BytesThatALineIsMadeOf) {
     Heard heard;
     const Listening listening_to(&heard);
-    Input input("", kFile.data(), kFile.size());
+    Input input("", kSixtyFour.data(), kSixtyFour.size());
     const Bytes bytes = input.bytes();
     print("looked at %c%c\n", bytes[3], bytes[2]);
     (void)bytes[9];
@@ -51,7 +51,7 @@ TEST(Stream, BytesThatALineIsMadeOf) {
 TEST(Stream, BytesOfACopy) {
     Heard heard;
     const Listening listening_to(&heard);
-    Input input("", kFile.data(), 8);
+    Input input("", kSixtyFour.data(), 8);
     const Bytes copy = input.bytes();
     {
         const Ranges parts = {{100, 3}, {50, 4}, {200, 1}};

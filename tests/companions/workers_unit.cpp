@@ -13,7 +13,7 @@
 
 namespace {
 
-struct Heard : JobsReader {
+struct Told : JobsReader {
     void out(size_t index, std::string_view text) override {
         EXPECT_EQ(index, ended.size());
         said += text;
@@ -40,7 +40,7 @@ TEST(Workers, JobsAreHeardInOrder) {
     std::string expected;
     for (size_t i = 0; i < 20; i++) expected += text_of(i) + "(" + std::to_string(i) + " m)";
     for (const unsigned jobs : {1U, 4U, 100U}) {
-        Heard heard;
+        Told heard;
         run_jobs(
             20, jobs,
             [&](size_t index, JobOutput &output) {
@@ -53,7 +53,7 @@ TEST(Workers, JobsAreHeardInOrder) {
         EXPECT_TRUE(heard.said == expected) << jobs;
         EXPECT_EQ(std::ranges::count(heard.ended, 2), 6);
     }
-    Heard none;
+    Told none;
     run_jobs(
         0, 4, [](size_t, JobOutput &) { return 0; }, none);
     EXPECT_TRUE(none.ended.empty());
@@ -61,7 +61,7 @@ TEST(Workers, JobsAreHeardInOrder) {
 
 TEST(Workers, DeathCostsOneJob) {
     for (const unsigned jobs : {1U, 3U}) {
-        Heard heard;
+        Told heard;
         run_jobs(
             6, jobs,
             [](size_t index, JobOutput &output) {
@@ -88,7 +88,7 @@ TEST(Workers, WithoutProcessesTheWorkIsDoneHere) {
     const rlimit few{static_cast<rlim_t>(free) + 3, before.rlim_max};
     setrlimit(RLIMIT_NOFILE, &few);
     std::set<pid_t> processes;
-    Heard heard;
+    Told heard;
     run_jobs(
         3, 2,
         [&](size_t, JobOutput &output) {
@@ -108,7 +108,7 @@ TEST(Workers, EndWithTheirParent) {
     ASSERT_EQ(pipe(held), 0);
     const pid_t parent = fork();
     if (parent == 0) {
-        Heard heard;
+        Told heard;
         run_jobs(
             3, 3,
             [&](size_t, JobOutput &) {

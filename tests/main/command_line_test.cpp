@@ -9,7 +9,6 @@ const std::string kUnknown = " 00 00 00 00\n";
 std::string unknown(const std::string &name) {
     return "Unknown fileformat of file '" + name + "'" + kUnknown;
 }
-std::string missing(const std::string &name) { return "Could not open file '" + name + "'\n"; }
 
 }  // namespace
 

@@ -24,8 +24,6 @@ Outcome shell(const Workplace &place, const std::string &script) {
     return place.run({"-c", script, command_path()}, "/bin/sh");
 }
 
-std::string missing(const std::string &name) { return "Could not open file '" + name + "'\n"; }
-
 bool write_all(int fd, std::string_view text) {
     while (!text.empty()) {
         const ssize_t n = write(fd, text.data(), text.size());

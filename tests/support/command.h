@@ -47,6 +47,9 @@ std::string command_path(const std::string &command = "keldump");
 std::string dump_of(const std::string &content, const std::string &name = "file.bin",
                     const std::vector<std::string> &switches = {});
 
+// What keldump prints of a file that cannot be opened.
+inline std::string missing(const std::string &name) { return "Could not open file '" + name + "'\n"; }
+
 // The lines of a text from the first that begins with `from` on, and the n lines from there.
 std::string lines_from(const std::string &text, const std::string &from, size_t n = SIZE_MAX);
 
