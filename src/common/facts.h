@@ -53,7 +53,7 @@ struct Picture {
     std::optional<bool> constant_rate;
     int64_t frames = -1;
     int64_t played = -1;    // frames of these, where an edit list shows others than all
-    int64_t bit_rate = -1;  // bits a second, where the file says it
+    int64_t bit_rate = -1;  // bits a second, of its samples or as the file says
     bool enabled = true;    // it is played
 
     int64_t shown() const { return played >= 0 ? played : frames; }
@@ -63,7 +63,7 @@ struct Picture {
 struct Sound {
     uint32_t channels = 0;
     Ratio rate;            // samples a second
-    uint32_t bits = 0;     // of a sample; 0 for lossy codecs
+    uint32_t bits = 0;     // of a sample as coded; 0 where a codec has none
     std::string codec;     // "PCM", "PCM float", "AAC", "AC-3", "A-law", ...
     std::string layout;    // "mono", "stereo", "5.1", "L R C LFE Ls Rs", ... where the file says it
     std::string language;  // as stored ("eng"), empty where undetermined

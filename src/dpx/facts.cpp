@@ -81,7 +81,7 @@ void add_sizes(const Reach &reach, uint64_t told, uint64_t present, Facts &facts
 // Whether the size that the header tells is that of padded lines decides whether padding is missed.
 void judge_extent(const Reach &reach, uint64_t told, uint64_t offset, uint64_t present, Facts &facts) {
     if (present < offset + 1) return facts.cut(std::max(offset, reach.least), "the picture");
-    if (reach.is_known && reach.least > 0) facts.reaches(told >= reach.padded ? reach.padded : reach.least);
+    if (reach.is_known && reach.least > 0) facts.reaches(told == reach.padded ? reach.padded : reach.least);
 }
 
 bool is_cut_header(uint64_t present, uint64_t needed, Facts &facts) {

@@ -32,7 +32,8 @@ constexpr Type kTypes[] = {
     {0x81, "AC-3"},         {0x82, "DTS"},
     {0x83, "TrueHD"},       {0x84, "E-AC-3"},
     {0x85, "DTS"},          {0x86, "DTS"},
-    {0x87, "E-AC-3"},       {0xEA, "VC-1", true},
+    {0x87, "E-AC-3"},       {0xD1, "Dirac", true},
+    {0xEA, "VC-1", true},
 };
 
 constexpr CodeName kDescriptors[] = {{0x6A, "AC-3"}, {0x7A, "E-AC-3"}, {0x7B, "DTS"}, {0x7C, "AAC"}};

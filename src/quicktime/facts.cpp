@@ -38,6 +38,17 @@ uint64_t SampleTable::size_of(uint64_t sample) const {
     return sizes.big(12 + sample * (size_bits / 8), size_bits == 8 || size_bits == 16 ? size_bits / 8 : 4);
 }
 
+std::optional<uint64_t> SampleTable::bytes() const {
+    constexpr uint64_t kMostSizes = 2 << 20;  // 5 hours of 25 frames a second
+    if (constant_size != 0) return samples * constant_size;
+    const bool is_known = size_bits == 4 || size_bits == 8 || size_bits == 16 || size_bits == 32;
+    if (!is_known || sizes.size() > kMostSizes || !sizes.has(12, (samples * size_bits + 7) / 8)) return {};
+    sizes.span(0, sizes.size());  // one read
+    uint64_t sum = 0;
+    for (uint64_t i = 0; i < samples; i++) sum += size_of(i);
+    return sum;
+}
+
 namespace {
 
 constexpr uint64_t kWholeHeader = 3 << 20;  // a movie header that is read in one go
@@ -375,6 +386,10 @@ void read_metadata(Movie &movie) {
     }
 }
 
+uint64_t packed_bytes(uint64_t samples, Ratio packet) {
+    return samples / static_cast<uint64_t>(packet.d) * static_cast<uint64_t>(packet.n);
+}
+
 // Where the last chunk of a track ends, by the last entries of its tables.
 struct Reach {
     uint64_t end = 0;
@@ -396,7 +411,7 @@ Reach reach_of(const Movie &movie, const Track &track, const SampleTable &table)
         size = in_chunk * table.constant_size;
         reach.last_size = table.constant_size;
     } else if (table.constant_size == 1) {
-        size = in_chunk / static_cast<uint64_t>(track.packet.d) * static_cast<uint64_t>(track.packet.n);
+        size = packed_bytes(in_chunk, track.packet);
     } else if (in_chunk <= table.samples && in_chunk <= kMostTimes) {
         for (uint64_t i = 0; i < in_chunk; i++) size += table.size_of(table.samples - 1 - i);
         reach.last_size = table.size_of(table.samples - 1);
@@ -484,6 +499,19 @@ void tell_main_track(Movie &movie) {
     if (longest.is_set()) movie.facts.duration = is_close ? picture : longest;
 }
 
+// The samples of a track say more exactly than its description what their bit rate is. Those of uncompressed
+// sound need no table, and a header that is not in memory has its first picture's read alone.
+void read_bit_rate(Movie &movie, const Track &track) {
+    const SampleTable table(track.table);
+    const bool is_read = movie.is_whole || table.constant_size != 0 || track.picture == 0;
+    if (!is_read) return;
+    const Timing timing = timing_of(table.times);
+    const uint64_t ticks = timing.is_complete ? timing.ticks : static_cast<uint64_t>(track.duration);
+    std::optional<uint64_t> bytes = table.bytes();
+    if (table.constant_size == 1 && track.packet.is_set()) bytes = packed_bytes(table.samples, track.packet);
+    if (bytes) set_bit_rate(track, *bytes, ticks, movie.facts);
+}
+
 void read_movie(Movie &movie, uint64_t end) {
     const Bytes mvhd = find_box(movie.moov, "mvhd");
     movie.timescale = big32(mvhd, mvhd[0] == 1 ? 20 : 12);
@@ -504,6 +532,7 @@ void read_movie(Movie &movie, uint64_t end) {
         } else if (track.handler == fourcc("tmcd")) {
             read_timecode_track(movie, track);
         }
+        if (extends.empty()) read_bit_rate(movie, track);
         const std::string text = play(movie, track);
         if (track.handler != fourcc("tmcd")) append(edits, text, "; ");
         if (track.is_external) movie.facts.add_more("external data", "track " + std::to_string(track.number));
@@ -542,6 +571,15 @@ std::string format_of(Bytes ftyp) {
 }
 
 }  // namespace
+
+void set_bit_rate(const Track &track, uint64_t bytes, uint64_t ticks, Facts &facts) {
+    if (track.raw && track.sound >= 0) return;
+    const double rate =
+        8.0 * static_cast<double>(bytes) * static_cast<double>(track.timescale) / static_cast<double>(ticks);
+    if (!(rate >= 1 && rate < 1e15)) return;
+    if (track.picture >= 0) facts.pictures[static_cast<size_t>(track.picture)].bit_rate = std::llround(rate);
+    if (track.sound >= 0) facts.sounds[static_cast<size_t>(track.sound)].bit_rate = std::llround(rate);
+}
 
 bool is_unwritten(Input &input, const Track &track, uint64_t end, uint64_t size) {
     constexpr uint64_t kMost = 65536;

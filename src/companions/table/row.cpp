@@ -176,8 +176,8 @@ std::string of_all(const std::vector<Sound> &sounds, Text text) {
 
 // What the file says, or what uncompressed samples make.
 int64_t bit_rate_of(const Sound &sound) {
-    if (sound.bit_rate >= 0 || !sound.codec.starts_with("PCM") || sound.bits == 0 || !sound.rate.is_set() ||
-        sound.channels == 0)
+    const bool is_plain = sound.codec.starts_with("PCM") || sound.codec.ends_with("-law");
+    if (sound.bit_rate >= 0 || !is_plain || sound.bits == 0 || !sound.rate.is_set() || sound.channels == 0)
         return sound.bit_rate;
     const uint32_t stored = (sound.bits + 7) / 8 * 8;
     return std::llround(sound.rate.value() * sound.channels * stored);
