@@ -149,6 +149,7 @@ void read_part(Bytes file, uint64_t at, uint64_t end, Avi &avi) {
         if (chunk.type == fourcc("idx1")) {
             avi.has_index = chunk.end <= file.size();
             if (avi.has_index) avi.index = chunk.data;
+            avi.has_zeros = avi.has_index && size >= 16 && is_zero(avi.index.from(size - 16));
         }
         if (chunk.type != kList) return true;
         if (bytes_are(chunk.data, 0, "hdrl")) read_headers(chunk.data, avi);

@@ -136,6 +136,9 @@ void count_frames(Stream &stream, const MpegAudioFrame &header, Bytes frame, Sou
         const bool is_cut = count.bytes > bytes || is_unwritten(stream.input, stream.start, end);
         if (is_cut && count.bytes > 0) facts.cut(end, "the last frames");
         if (!is_cut && count.bytes > 0) facts.whole(end);
+        const uint64_t behind = stream.input.size() - std::min(end, stream.input.size());
+        if (behind < 128 && bytes_are(stream.input.bytes(), end, "TAG"))
+            facts.cut(end + 128, "the tag's end");
         const MpegAudioFrame second = mpeg_audio_frame(frame.from(header.bytes));
         if (count.is_constant && second.bytes > 0) {
             sound.bit_rate = second.bit_rate;

@@ -122,7 +122,7 @@ Track read_track(Bytes trak, uint32_t number) {
     track.handler = big32(find_box(trak, "mdia/hdlr"), 8);
     track.table = find_box(trak, "mdia/minf/stbl");
     const Bytes dref = find_box(trak, "mdia/minf/dinf/dref");
-    track.is_external = big32(dref, 4) > 0 && dref.size() >= 20 && (dref[19] & 1) == 0;
+    track.is_external = big32(dref, 4) > 0 && big32(dref, 12) != 0 && (big32(dref, 16) & 1) == 0;
     const Box entry = box_at(find_box(track.table, "stsd"), 8);
     track.codec = entry.type;
     track.description = entry.data;

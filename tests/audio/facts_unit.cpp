@@ -162,6 +162,13 @@ TEST(SoundFacts, Ends) {
     EXPECT_EQ(facts_of(aiff), "AIFF | 1ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s");
     const std::string avi = content_of(std::string(KELDUMP_SAMPLES) + "/audio/picture.avi");
     EXPECT_EQ(extent_of(avi.substr(0, avi.rfind("idx1")), "a.avi"), "cut the index");
+    EXPECT_EQ(extent_of(avi.substr(0, avi.size() - 20) + std::string(20, '\0'), "a.avi"),
+              "cut the index (zeros)");
+    const std::string info =
+        hex("FFFB1464") + big().zeros(32).text("Info").u32(3).u32(1).u32(192).zeros(44).str();
+    const std::string tagged = info + hex("FFFB1464") + std::string(92, 'x') + "TAG" + std::string(125, ' ');
+    EXPECT_EQ(extent_of(tagged, "a.mp3"), "whole");
+    EXPECT_EQ(extent_of(tagged.substr(0, tagged.size() - 1), "a.mp3"), "cut the tag's end");
     std::string frames;
     for (int i = 0; i < 4; i++) frames += hex("FFF14C800C9FFC") + std::string(93, 'x');
     EXPECT_EQ(extent_of(frames, "a.aac"), "unknown");
