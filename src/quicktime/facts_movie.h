@@ -61,6 +61,9 @@ struct Track {
 void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &facts);
 void read_sound_entry(Input &input, Track &track, Sound &sound);
 
+// Names, the reel and what wrote the file: user data, iTunes and QuickTime metadata.
+void read_metadata(Bytes moov, Facts &facts);
+
 // Fragments (moof) behind the movie's header: samples, duration and extent.
 void read_fragments(Input &input, uint64_t from, Bytes extends, std::vector<Track> &tracks, Facts &facts);
 
