@@ -133,13 +133,16 @@ void count_frames(Stream &stream, const MpegAudioFrame &header, Bytes frame, Sou
     if (!count.writer.empty() && facts.writer.empty()) facts.writer = count.writer;
     if (count.frames > 0) {
         const uint64_t end = stream.start + count.bytes;
-        const bool is_cut = count.bytes > bytes || is_unwritten(stream.input, stream.start, end);
+        const MpegAudioFrame second = mpeg_audio_frame(frame.from(header.bytes));
+        // No frame's header is zeros; those that hold silence are, but for it.
+        const uint64_t longest = count.is_constant && second.bytes > 0 ? second.bytes + 1 : 2048;
+        const bool is_cut =
+            count.bytes > bytes || ends_in_zeros(stream.input, stream.start, end, 64, longest);
         if (is_cut && count.bytes > 0) facts.cut(end, "the last frames");
         if (!is_cut && count.bytes > 0) facts.whole(end);
         const uint64_t behind = stream.input.size() - std::min(end, stream.input.size());
         if (behind < 128 && bytes_are(stream.input.bytes(), end, "TAG"))
             facts.cut(end + 128, "the tag's end");
-        const MpegAudioFrame second = mpeg_audio_frame(frame.from(header.bytes));
         if (count.is_constant && second.bytes > 0) {
             sound.bit_rate = second.bit_rate;
         } else if (count.bytes > 0) {
