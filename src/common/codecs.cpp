@@ -30,6 +30,7 @@ constexpr PictureCodec kPictureCodecs[] = {
     {"SVQ1", "Sorenson Video", "", 0},
     {"SVQ3", "Sorenson Video 3", "4:2:0", 8},
     {"cvid", "Cinepak", "", 0},
+    {"MSVCCRAMWHAM", "Microsoft Video 1", "", 0},
     {"CFHD", "CineForm", "", 0},
     {"AVdn", "DNxHD", "4:2:2", 8, CodecKind::vc3},
     {"AVdh", "DNxHR", "4:2:2", 0, CodecKind::vc3},

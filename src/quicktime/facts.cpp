@@ -376,8 +376,10 @@ void judge_extent(Movie &movie, uint64_t header_end) {
         if (track.is_external || movie.input.reads() > kMostReads) continue;
         const SampleTable table(track.table);
         const Reach reach = reach_of(movie, track, table);
-        is_damaged = is_damaged || (table.samples > 0 && (table.chunk_count == 0 || table.chunk(0) == 0)) ||
-                     table.sizes.empty() || table.chunks.empty();
+        const bool has_chunks =
+            table.chunk_count > 0 && table.chunk(0) != 0 && table.chunk(table.chunk_count - 1) != 0;
+        is_damaged =
+            is_damaged || (table.samples > 0 && !has_chunks) || table.sizes.empty() || table.chunks.empty();
         has_data = has_data || reach.end > 0;
         claimed = std::max(claimed, reach.end);
         if (reach.end > size) {
