@@ -113,13 +113,25 @@ uint64_t walk(Stream &stream, Size size_of) {
     return frames;
 }
 
+// Bits a second of so many bytes and samples; -1 where there are none.
+int64_t average_rate(uint64_t bytes, uint64_t samples, Ratio rate) {
+    if (samples == 0) return -1;
+    return std::llround(8 * static_cast<double>(bytes) * rate.value() / static_cast<double>(samples));
+}
+
 void read_aac(Stream &stream, Bytes frame) {
     Sound sound;
     if (!adts_frame(frame, sound)) return;
     stream.facts.format = "AAC";
     if (stream.end - stream.start <= kWalked) {
-        const uint64_t frames = walk(stream, adts_bytes);
+        uint64_t bytes = 0;
+        const uint64_t frames = walk(stream, [&](Bytes b) {
+            const uint64_t size = adts_bytes(b);
+            bytes += size;
+            return size;
+        });
         sound.samples = static_cast<int64_t>(frames * 1024);
+        sound.bit_rate = average_rate(bytes, frames * 1024, sound.rate);
         stream.facts.lasts(sound.samples, sound.rate);
     }
     stream.facts.sounds.push_back(sound);
@@ -146,8 +158,7 @@ void count_frames(Stream &stream, const MpegAudioFrame &header, Bytes frame, Sou
         if (count.is_constant && second.bytes > 0) {
             sound.bit_rate = second.bit_rate;
         } else if (count.bytes > 0) {
-            sound.bit_rate = std::llround(static_cast<double>(count.bytes) * 8 * header.rate /
-                                          (static_cast<double>(frames) * header.samples));
+            sound.bit_rate = average_rate(count.bytes, frames * header.samples, {header.rate, 1});
         }
     } else if (bytes <= kWalked) {
         bool is_constant = true;
