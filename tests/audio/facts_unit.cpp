@@ -173,4 +173,9 @@ TEST(SoundFacts, Ends) {
     EXPECT_EQ(extent_of(tagged.substr(0, tagged.size() - 1), "a.mp3"), "cut the tag's end");
     EXPECT_EQ(extent_of(info + hex("FFFB1464") + std::string(92, '\0'), "a.mp3"), "whole");  // silence
     EXPECT_EQ(extent_of(info.substr(0, 191) + std::string(97, '\0'), "a.mp3"), "cut the last frames");
+    std::string frames;
+    for (int i = 0; i < 4; i++) frames += hex("FFF14C800C9FFC") + std::string(93, 'x');
+    EXPECT_EQ(bit_rates_of(frames, "a.aac"), "37500");
+    EXPECT_EQ(extent_of(frames, "a.aac"), "unknown");
+    EXPECT_EQ(extent_of(frames + std::string(200, '\0'), "a.aac"), "cut the last frames (zeros)");
 }
