@@ -223,10 +223,9 @@ void avi_facts(Input &input, Facts &facts) {
         const Ratio aspect = picture.pixel_aspect;
         stream_picture(first_frame(avi.first), picture, avi.setup);
         if (aspect.is_set()) picture.pixel_aspect = aspect;
-        const double bits = 8 * static_cast<double>(indexed_bytes(avi)) * picture.rate.value();
-        if (bits > 0 && picture.frames > 0)
-            picture.bit_rate = std::llround(bits / static_cast<double>(picture.frames));
         facts.lasts(picture.frames, picture.rate);
+        const int64_t bit_rate = bit_rate_of(indexed_bytes(avi), facts.duration);
+        if (bit_rate > 0) picture.bit_rate = bit_rate;
     } else if (!facts.sounds.empty()) {
         facts.lasts(facts.sounds.front().samples, facts.sounds.front().rate);
     }

@@ -113,12 +113,6 @@ uint64_t walk(Stream &stream, Size size_of) {
     return frames;
 }
 
-// Bits a second of so many bytes and samples; -1 where there are none.
-int64_t average_rate(uint64_t bytes, uint64_t samples, Ratio rate) {
-    if (samples == 0) return -1;
-    return std::llround(8 * static_cast<double>(bytes) * rate.value() / static_cast<double>(samples));
-}
-
 void read_aac(Stream &stream, Bytes frame) {
     Sound sound;
     if (!adts_frame(frame, sound)) return;
@@ -131,8 +125,8 @@ void read_aac(Stream &stream, Bytes frame) {
             return size;
         });
         sound.samples = static_cast<int64_t>(frames * 1024);
-        sound.bit_rate = average_rate(bytes, frames * 1024, sound.rate);
         stream.facts.lasts(sound.samples, sound.rate);
+        sound.bit_rate = bit_rate_of(bytes, stream.facts.duration);
     }
     stream.facts.sounds.push_back(sound);
 }
@@ -158,7 +152,8 @@ void count_frames(Stream &stream, const MpegAudioFrame &header, Bytes frame, Sou
         if (count.is_constant && second.bytes > 0) {
             sound.bit_rate = second.bit_rate;
         } else if (count.bytes > 0) {
-            sound.bit_rate = average_rate(count.bytes, frames * header.samples, {header.rate, 1});
+            const auto samples = static_cast<int64_t>(frames * header.samples);
+            sound.bit_rate = bit_rate_of(count.bytes, {samples, header.rate});
         }
     } else if (bytes <= kWalked) {
         bool is_constant = true;

@@ -137,6 +137,11 @@ Ratio rate_of(int64_t n, int64_t d) {
     return exact;
 }
 
+int64_t bit_rate_of(uint64_t bytes, Ratio seconds) {
+    const double rate = seconds.is_set() ? 8 * static_cast<double>(bytes) / seconds.value() : 0;
+    return rate >= 1 && rate < 1e15 ? std::llround(rate) : -1;
+}
+
 uint32_t base_of(Ratio rate) {
     return rate.is_set() && rate.value() < 1000 ? static_cast<uint32_t>(std::lround(rate.value())) : 0;
 }

@@ -150,6 +150,8 @@ Ratio aspect_of(double aspect, int64_t parts = 1000);
 Ratio rate_of(double rate);
 // The same for n/d with numbers of a measured duration, which may be off by a little.
 Ratio rate_of(int64_t n, int64_t d);
+// Bits a second of bytes that last so many seconds; -1 where one of them is not known.
+int64_t bit_rate_of(uint64_t bytes, Ratio seconds);
 // Frames that a second's numbers count: 24 of 23.976, 30 of 29.97.
 uint32_t base_of(Ratio rate);
 

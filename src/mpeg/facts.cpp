@@ -297,9 +297,7 @@ void read_video(Input &input, Facts &facts) {
     if (is_small) {
         picture.frames = fields / 2;
         facts.lasts(picture.frames, picture.rate);
-        const double seconds = facts.duration.value();
-        if (seconds > 0 && picture.bit_rate < 0)
-            picture.bit_rate = std::llround(8 * static_cast<double>(size) / seconds);
+        if (picture.bit_rate < 0) picture.bit_rate = bit_rate_of(size, facts.duration);
     }
     facts.pictures.push_back(picture);
     // Zeros stand before start codes alone.

@@ -510,12 +510,10 @@ std::string format_of(Bytes ftyp) {
 }  // namespace
 
 void set_bit_rate(const Track &track, uint64_t bytes, uint64_t ticks, Facts &facts) {
-    if (track.raw && track.sound >= 0) return;
-    const double rate =
-        8.0 * static_cast<double>(bytes) * static_cast<double>(track.timescale) / static_cast<double>(ticks);
-    if (!(rate >= 1 && rate < 1e15)) return;
-    if (track.picture >= 0) facts.pictures[static_cast<size_t>(track.picture)].bit_rate = std::llround(rate);
-    if (track.sound >= 0) facts.sounds[static_cast<size_t>(track.sound)].bit_rate = std::llround(rate);
+    const int64_t rate = bit_rate_of(bytes, {static_cast<int64_t>(ticks), track.timescale});
+    if (rate < 0 || (track.raw && track.sound >= 0)) return;
+    if (track.picture >= 0) facts.pictures[static_cast<size_t>(track.picture)].bit_rate = rate;
+    if (track.sound >= 0) facts.sounds[static_cast<size_t>(track.sound)].bit_rate = rate;
 }
 
 bool is_unwritten(Input &input, const Track &track, uint64_t end, uint64_t size) {

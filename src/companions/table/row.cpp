@@ -304,9 +304,7 @@ Row row_of(const Facts &facts, std::string_view file) {
     row[Column::writer] = facts.writer;
     row[Column::date] = facts.date;
     row[Column::size] = std::to_string(facts.extent.present);
-    if (seconds > 0)
-        row[Column::bit_rate] =
-            std::to_string(std::llround(8 * static_cast<double>(facts.extent.present) / seconds));
+    row[Column::bit_rate] = known(bit_rate_of(facts.extent.present, facts.duration));
     row.more = facts.more;
     for (auto &[name, value] : row.more) {
         value = with_register_names(value);
