@@ -14,18 +14,10 @@
 
 namespace {
 
-constexpr CodeName kWaveCodecs[] = {
-    {1, "PCM"},          {2, "MS ADPCM"},  {3, "PCM float"}, {6, "A-law"},     {7, "mu-law"},
-    {0x11, "IMA ADPCM"}, {0x31, "GSM"},    {0x45, "G.726"},  {0x64, "G.726"},  {0x50, "MP2"},
-    {0x55, "MP3"},       {0xFF, "AAC"},    {0x160, "WMA"},   {0x161, "WMA"},   {0x162, "WMA"},
-    {0x706D, "AAC"},     {0x1600, "AAC"},  {0x1610, "AAC"},  {0x2000, "AC-3"}, {0x2001, "DTS"},
-    {0xF1AC, "FLAC"},    {0x704F, "Opus"},
-};
-
 // Sizes that stand for "to the end": of what was written to a pipe, whose header nobody could come back to.
 bool is_streamed(uint64_t size) {
     return size == 0xFFFFFFFF ||
-           (size >= 0x7F000000 && size <= 0x7FFFFFFF && (size < 0x7F000100 || size >= 0x7FFFF000));
+           (size >= 0x7F000000 && size <= 0x7FFFFFFF && (size < 0x7F000100 || size >= 0x7FFFE000));
 }
 
 // The text of an element of XML, without its children; empty where there is none.
@@ -281,13 +273,13 @@ uint64_t wave_format(Bytes format, Sound &sound) {
     }
     char other[32];
     std::snprintf(other, sizeof other, "0x%04X", tag);
-    const char *name = name_of(kWaveCodecs, tag);
+    const char *name = wave_codec(tag);
     sound.codec = name[0] != 0 ? name : other;
     if (tag == 1 || tag == 3 || tag == 6 || tag == 7) {
         const uint64_t packed = uint64_t{sound.channels} * ((stored + 7) / 8);
         return block == 0 || block < packed ? packed : block;
     }
-    sound.bits = 0;
+    if (!sound.codec.ends_with("ADPCM")) sound.bits = 0;
     if (const int64_t bytes = little32(format, 8); bytes > 0) sound.bit_rate = bytes * 8;
     return 0;
 }

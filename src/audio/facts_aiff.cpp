@@ -34,7 +34,7 @@ void read_common(Bytes comm, Aiff &aiff) {
     const bool is_plain = sound.codec.starts_with("PCM") || sound.codec.ends_with("-law");
     if (is_plain) aiff.block = uint64_t{sound.channels} * ((sound.bits + 7) / 8);
     if (sound.codec == "IMA ADPCM") sound.samples *= 64;  // told are packets of 64 samples
-    if (!is_plain) sound.bits = 0;
+    if (!is_plain) sound.bits = codec.bits;
 }
 
 }  // namespace

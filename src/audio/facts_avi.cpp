@@ -40,7 +40,38 @@ struct Avi {
     uint64_t end = 0;        // of its parts
     Bytes first = {};        // chunks of frames
     Bytes setup = {};        // what the first picture's format has behind its fields
+    uint32_t streams = 0;
+    uint32_t number = 0;     // of the first picture's stream, as its chunks have it: "00"
+    Bytes super_index = {};  // of that stream
+    Bytes index = {};        // idx1
 };
+
+// Bytes of the first picture's chunks by the index of the file or those of its parts (OpenDML); 0 where that
+// is not there, or takes too much reading.
+uint64_t indexed_bytes(Avi &avi) {
+    constexpr uint64_t kMost = 2 << 20;
+    constexpr uint64_t kMostParts = 32;
+    uint64_t sum = 0;
+    const auto add = [&](Bytes index, uint64_t step, uint64_t size_at) {
+        const std::span<const uint8_t> bytes = index.span(0, index.size());  // one read
+        const Bytes entries(bytes.data(), bytes.size());
+        for (uint64_t at = 0; entries.has(at, step); at += step) {
+            const bool is_picture = step == 8 || (big16(entries, at) == avi.number && entries[at + 2] == 'd');
+            if (is_picture) sum += little32(entries, at + size_at) & 0x7FFFFFFF;  // without its flag
+        }
+    };
+    const uint64_t parts = little32(avi.super_index, 4);
+    if (parts == 0 && avi.index.size() <= kMost) add(avi.index, 16, 12);
+    for (uint64_t i = 0; i < parts; i++) {
+        const uint64_t size = little32(avi.super_index, 24 + 16 * i + 8);
+        if (parts > kMostParts || size > kMost / parts || size < 32) return 0;
+        const Bytes index = avi.input.present(little64(avi.super_index, 24 + 16 * i), size);
+        const uint64_t n = little32(index, 12);
+        if (!index.has(32, 8 * n)) return 0;
+        add(index.sub(32, 8 * n), 8, 4);
+    }
+    return sum;
+}
 
 void read_super_index(Bytes indx, Avi &avi) {
     const uint64_t n =
@@ -55,13 +86,16 @@ void read_stream(Bytes list, Avi &avi) {
     Bytes header;
     Bytes format;
     Bytes properties;
+    Bytes index;
     each_chunk(list, 4, list.size(), false, [&](const Chunk &chunk) {
         if (chunk.type == fourcc("strh")) header = chunk.data;
         if (chunk.type == fourcc("strf")) format = chunk.data;
         if (chunk.type == fourcc("vprp")) properties = chunk.data;
-        if (chunk.type == fourcc("indx")) read_super_index(chunk.data, avi);
+        if (chunk.type == fourcc("indx")) index = chunk.data;
         return true;
     });
+    read_super_index(index, avi);
+    const uint32_t stream = avi.streams++;
     const Ratio rate = rate_of(int64_t{little32(header, 24)}, int64_t{little32(header, 20)});
     // What a writer to a pipe leaves is a length that no stream has.
     const int64_t told = little32(header, 32);
@@ -72,7 +106,11 @@ void read_stream(Bytes list, Avi &avi) {
         picture.width = little32(format, 4);
         picture.height = static_cast<uint32_t>(std::abs(int64_t{static_cast<int32_t>(little32(format, 8))}));
         set_codec(big32(format, 16), little16(format, 14), picture);
-        if (avi.facts.pictures.empty()) avi.setup = format.from(40);
+        if (avi.facts.pictures.empty()) {
+            avi.setup = format.from(40);
+            avi.number = ('0' + stream / 10) << 8 | ('0' + stream % 10);
+            avi.super_index = index;
+        }
         picture.rate = rate;
         if (rate.is_set()) picture.constant_rate = true;
         if (length > 0) picture.frames = length;
@@ -108,7 +146,11 @@ void read_part(Bytes file, uint64_t at, uint64_t end, Avi &avi) {
     each_chunk(file, at + 12, end, false, [&](const Chunk &chunk) {
         avi.end = std::max(avi.end, chunk.end);
         const uint64_t size = chunk.end - chunk.start;
-        if (chunk.type == fourcc("idx1")) avi.has_index = chunk.end <= file.size();
+        if (chunk.type == fourcc("idx1")) {
+            avi.has_index = chunk.end <= file.size();
+            if (avi.has_index) avi.index = chunk.data;
+            avi.has_zeros = avi.has_index && size >= 16 && is_zero(avi.index.from(size - 16));
+        }
         if (chunk.type != kList) return true;
         if (bytes_are(chunk.data, 0, "hdrl")) read_headers(chunk.data, avi);
         if (bytes_are(chunk.data, 0, "INFO")) {
@@ -182,6 +224,8 @@ void avi_facts(Input &input, Facts &facts) {
         stream_picture(first_frame(avi.first), picture, avi.setup);
         if (aspect.is_set()) picture.pixel_aspect = aspect;
         facts.lasts(picture.frames, picture.rate);
+        const int64_t bit_rate = bit_rate_of(indexed_bytes(avi), facts.duration);
+        if (bit_rate > 0) picture.bit_rate = bit_rate;
     } else if (!facts.sounds.empty()) {
         facts.lasts(facts.sounds.front().samples, facts.sounds.front().rate);
     }

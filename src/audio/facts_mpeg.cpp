@@ -53,6 +53,7 @@ struct Count {
     uint64_t frames = 0;
     uint64_t bytes = 0;
     std::string writer = {};
+    bool is_constant = false;  // the bit rate
 };
 
 Count count_in(Bytes frame, const MpegAudioFrame &header) {
@@ -68,6 +69,7 @@ Count count_in(Bytes frame, const MpegAudioFrame &header) {
             return value;
         };
         Count count{field(1, 4), field(2, 4)};
+        count.is_constant = bytes_are(xing, 0, "Info");
         field(4, 100);
         field(8, 4);
         if (xing[at] >= 'A' && xing[at] <= 'z') count.writer = fixed_text(xing, at, 9);
@@ -116,9 +118,15 @@ void read_aac(Stream &stream, Bytes frame) {
     if (!adts_frame(frame, sound)) return;
     stream.facts.format = "AAC";
     if (stream.end - stream.start <= kWalked) {
-        const uint64_t frames = walk(stream, adts_bytes);
+        uint64_t bytes = 0;
+        const uint64_t frames = walk(stream, [&](Bytes b) {
+            const uint64_t size = adts_bytes(b);
+            bytes += size;
+            return size;
+        });
         sound.samples = static_cast<int64_t>(frames * 1024);
         stream.facts.lasts(sound.samples, sound.rate);
+        sound.bit_rate = bit_rate_of(bytes, stream.facts.duration);
     }
     stream.facts.sounds.push_back(sound);
 }
@@ -131,16 +139,30 @@ void count_frames(Stream &stream, const MpegAudioFrame &header, Bytes frame, Sou
     if (!count.writer.empty() && facts.writer.empty()) facts.writer = count.writer;
     if (count.frames > 0) {
         const uint64_t end = stream.start + count.bytes;
-        const bool is_cut = count.bytes > bytes || is_unwritten(stream.input, stream.start, end);
+        const MpegAudioFrame second = mpeg_audio_frame(frame.from(header.bytes));
+        // No frame's header is zeros; those that hold silence are, but for it.
+        const uint64_t longest = count.is_constant && second.bytes > 0 ? second.bytes + 1 : 2048;
+        const bool is_cut =
+            count.bytes > bytes || ends_in_zeros(stream.input, stream.start, end, 64, longest);
         if (is_cut && count.bytes > 0) facts.cut(end, "the last frames");
         if (!is_cut && count.bytes > 0) facts.whole(end);
-        if (count.bytes > 0)
-            sound.bit_rate = std::llround(static_cast<double>(count.bytes) * 8 * header.rate /
-                                          (static_cast<double>(frames) * header.samples));
+        const uint64_t behind = stream.input.size() - std::min(end, stream.input.size());
+        if (behind < 128 && bytes_are(stream.input.bytes(), end, "TAG"))
+            facts.cut(end + 128, "the tag's end");
+        if (count.is_constant && second.bytes > 0) {
+            sound.bit_rate = second.bit_rate;
+        } else if (count.bytes > 0) {
+            const auto samples = static_cast<int64_t>(frames * header.samples);
+            sound.bit_rate = bit_rate_of(count.bytes, {samples, header.rate});
+        }
     } else if (bytes <= kWalked) {
-        frames = walk(stream, [](Bytes b) { return uint64_t{mpeg_audio_frame(b).bytes}; });
-        if (has_frame_at(stream, header, stream.start + bytes / header.bytes / 2 * header.bytes))
-            sound.bit_rate = header.bit_rate;
+        bool is_constant = true;
+        frames = walk(stream, [&](Bytes b) {
+            const MpegAudioFrame next = mpeg_audio_frame(b);
+            is_constant = is_constant && (next.bytes == 0 || next.bit_rate == header.bit_rate);
+            return uint64_t{next.bytes};
+        });
+        if (is_constant) sound.bit_rate = header.bit_rate;
     } else {
         const double length = static_cast<double>(header.samples) / 8 * header.bit_rate / header.rate;
         const auto place = [&](uint64_t i) {

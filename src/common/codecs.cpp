@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "common/names.h"
 #include "common/values.h"
 
 namespace {
@@ -29,6 +30,7 @@ constexpr PictureCodec kPictureCodecs[] = {
     {"SVQ1", "Sorenson Video", "", 0},
     {"SVQ3", "Sorenson Video 3", "4:2:0", 8},
     {"cvid", "Cinepak", "", 0},
+    {"MSVCCRAMWHAM", "Microsoft Video 1", "", 0},
     {"CFHD", "CineForm", "", 0},
     {"AVdn", "DNxHD", "4:2:2", 8, CodecKind::vc3},
     {"AVdh", "DNxHR", "4:2:2", 0, CodecKind::vc3},
@@ -84,6 +86,9 @@ constexpr PictureCodec kPictureCodecs[] = {
     {"v410", "uncompressed", "4:4:4", 10, CodecKind::raw},
     {"v408r408", "uncompressed", "4:4:4:4", 8, CodecKind::raw},
     {"r4fl", "uncompressed", "4:4:4:4", 32, CodecKind::raw},
+    {"AYUV", "uncompressed", "4:4:4:4", 8, CodecKind::raw},
+    {"Y42B", "uncompressed", "4:2:2", 8, CodecKind::raw},
+    {"Y41PY411", "uncompressed", "4:1:1", 8, CodecKind::raw},
     {"v308", "uncompressed", "4:4:4", 8, CodecKind::raw},
     {"2vuy2VuyUYVYAV1xAVupAVUIyuvsyuv2YUY2YUYVHDYCyunv", "uncompressed", "4:2:2", 8, CodecKind::raw},
     {"y420I420yv12IYUV", "uncompressed", "4:2:0", 8, CodecKind::raw},
@@ -115,15 +120,14 @@ constexpr SoundCodec kSoundCodecs[] = {{"sowttwosraw NONElpcmipcm"sv, "PCM"},
                                        {"fl64FL64"sv, "PCM float", 64},
                                        {"ulawULAW"sv, "mu-law", 8},
                                        {"alawALAW"sv, "A-law", 8},
-                                       {"ima4ms\0\x11"sv, "IMA ADPCM"},
-                                       {"ms\0\x02"sv, "MS ADPCM"},
+                                       {"ima4"sv, "IMA ADPCM", 4},
                                        {"MAC3"sv, "MACE 3:1"},
                                        {"MAC6"sv, "MACE 6:1"},
                                        {"QDM2"sv, "QDesign 2"},
                                        {"QDMC"sv, "QDesign"},
                                        {"Qclp"sv, "QCELP"},
                                        {"mp4a"sv, "AAC"},
-                                       {".mp3ms\0Ump3 "sv, "MP3"},
+                                       {".mp3mp3 "sv, "MP3"},
                                        {".mp2"sv, "MP2"},
                                        {"ac-3AC-3sac3"sv, "AC-3"},
                                        {"ec-3"sv, "E-AC-3"},
@@ -136,8 +140,19 @@ constexpr SoundCodec kSoundCodecs[] = {{"sowttwosraw NONElpcmipcm"sv, "PCM"},
                                        {"samr"sv, "AMR-NB"},
                                        {"sawb"sv, "AMR-WB"},
                                        {"mha1mhm1"sv, "MPEG-H"},
-                                       {"GSM "sv, "GSM"},
+                                       {"GSM agsm"sv, "GSM"},
+                                       {"nmos"sv, "Nellymoser"},
                                        {"sdx2"sv, "SDX2"}};
+
+constexpr CodeName kWaveCodecs[] = {
+    {1, "PCM"},        {2, "MS ADPCM"},       {3, "PCM float"},      {6, "A-law"},
+    {7, "mu-law"},     {0x11, "IMA ADPCM"},   {0x20, "ADPCM"},       {0x31, "GSM"},
+    {0x42, "G.723.1"}, {0x45, "G.726 ADPCM"}, {0x64, "G.726 ADPCM"}, {0x50, "MP2"},
+    {0x55, "MP3"},     {0xFF, "AAC"},         {0x160, "WMA"},        {0x161, "WMA"},
+    {0x162, "WMA"},    {0x566F, "Vorbis"},    {0x706D, "AAC"},       {0x1600, "AAC"},
+    {0x1610, "AAC"},   {0x2000, "AC-3"},      {0x2001, "DTS"},       {0xF1AC, "FLAC"},
+    {0x704F, "Opus"},
+};
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
@@ -172,8 +187,12 @@ PictureCodec picture_codec(uint32_t type) {
 
 SoundCodec sound_codec(uint32_t type) {
     const SoundCodec *found = listed(kSoundCodecs, type_characters(type), false);
-    return found ? *found : SoundCodec{};
+    if (found || type >> 16 != 0x6D73) return found ? *found : SoundCodec{};
+    const std::string_view name = wave_codec(type & 0xFFFF);
+    return {{}, name.data(), name.ends_with("ADPCM") ? 4U : 0U};
 }
+
+const char *wave_codec(uint32_t tag) { return name_of(kWaveCodecs, tag); }
 
 std::string type_text(uint32_t type) {
     std::string text = type_characters(type);

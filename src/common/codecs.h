@@ -32,6 +32,8 @@ struct SoundCodec {
 // a name is unknown.
 PictureCodec picture_codec(uint32_t type);
 SoundCodec sound_codec(uint32_t type);
+// By the number that WAVE and AVI have for it, and movies behind "ms"; empty for one that is unknown.
+const char *wave_codec(uint32_t tag);
 // The four characters of a type; those that are printable, without blanks at its end.
 std::string type_characters(uint32_t type);
 std::string type_text(uint32_t type);

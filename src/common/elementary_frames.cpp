@@ -3,6 +3,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "common/boxes.h"
 #include "common/elementary.h"
 #include "common/names.h"
 
@@ -326,12 +327,17 @@ bool png_picture(Bytes data, Bytes, Picture &picture) {
     return true;
 }
 
-// A codestream, in boxes or without.
+// A codestream, in boxes, whose header shows what its components are, or without.
 bool jpeg2000_picture(Bytes data, Bytes, Picture &picture) {
-    for (uint64_t at = 0; at < 512 && data.has(at, 4); at++) {
-        if (bytes_are(data, at, "\xFF\x4F\xFF\x51")) return codestream_picture(data.from(at), picture);
-    }
-    return false;
+    const Bytes header = find_box(data, "jp2h");
+    const Bytes colour = find_box(header, "colr");
+    const uint32_t space = colour[0] == 1 ? big32(colour, 3) : 0;
+    if (space == 16) picture.components = big16(find_box(header, "ihdr"), 8) == 4 ? "RGBA" : "RGB";
+    if (!find_box(header, "pclr").empty()) picture.components = "palette";
+    const Bytes stream = data.from(find_in(data.sub(0, 2048), "\xFF\x4F\xFF\x51"));
+    const bool is_known = codestream_picture(stream, picture);
+    if (space == 18 && picture.components.empty()) picture.components = "4:4:4";
+    return is_known;
 }
 
 // ISO/IEC 21122-1, A.4: the picture header and the component table behind the capabilities.

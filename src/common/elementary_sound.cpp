@@ -193,10 +193,13 @@ bool ac3_frame(Bytes frame, Sound &sound) {
     if (id > 10) {  // E-AC-3 (annex E)
         BitReader bits(frame.from(4));
         const uint32_t code = bits.get(2);
-        const uint32_t second = bits.get(2);
+        const uint32_t second = bits.get(2);  // of the rate, or the number of blocks of 256 samples
         if (id > 16 || (code == 3 && second == 3)) return false;
         sound.codec = "E-AC-3";
         sound.rate = {code == 3 ? kRates[second] / 2 : kRates[code], 1};
+        constexpr uint32_t kBlocks[] = {1, 2, 3, 6};
+        const uint32_t samples = 256 * (code == 3 ? 6 : kBlocks[second]);
+        sound.bit_rate = int64_t{16} * ((big16(frame, 2) & 0x7FF) + 1) * sound.rate.n / samples;
         const uint32_t mode = bits.get(3);
         set_ac3_mode(mode, bits.flag(), sound);
         return true;

@@ -87,8 +87,8 @@ std::string fixed_text(Bytes b, uint64_t offset, uint64_t width) {
 }
 
 std::string chroma_text(uint64_t across, uint64_t down) {
-    constexpr CodeName kNames[] = {{0x11, "4:4:4"}, {0x12, "4:4:0"}, {0x21, "4:2:2"},
-                                   {0x22, "4:2:0"}, {0x41, "4:1:1"}, {0x44, "4:1:0"}};
+    constexpr CodeName kNames[] = {{0x11, "4:4:4"}, {0x12, "4:4:0"}, {0x21, "4:2:2"}, {0x22, "4:2:0"},
+                                   {0x41, "4:1:1"}, {0x42, "4:1:0"}, {0x44, "4:1:0"}};
     return across < 16 && down < 16 ? name_of(kNames, static_cast<uint32_t>(across << 4 | down)) : "";
 }
 
@@ -135,6 +135,11 @@ Ratio rate_of(int64_t n, int64_t d) {
         }
     }
     return exact;
+}
+
+int64_t bit_rate_of(uint64_t bytes, Ratio seconds) {
+    const double rate = seconds.is_set() ? 8 * static_cast<double>(bytes) / seconds.value() : 0;
+    return rate >= 1 && rate < 1e15 ? std::llround(rate) : -1;
 }
 
 uint32_t base_of(Ratio rate) {

@@ -53,7 +53,7 @@ struct Picture {
     std::optional<bool> constant_rate;
     int64_t frames = -1;
     int64_t played = -1;    // frames of these, where an edit list shows others than all
-    int64_t bit_rate = -1;  // bits a second, where the file says it
+    int64_t bit_rate = -1;  // bits a second, of its samples or as the file says
     bool enabled = true;    // it is played
 
     int64_t shown() const { return played >= 0 ? played : frames; }
@@ -63,7 +63,7 @@ struct Picture {
 struct Sound {
     uint32_t channels = 0;
     Ratio rate;            // samples a second
-    uint32_t bits = 0;     // of a sample; 0 for lossy codecs
+    uint32_t bits = 0;     // of a sample as coded; 0 where a codec has none
     std::string codec;     // "PCM", "PCM float", "AAC", "AC-3", "A-law", ...
     std::string layout;    // "mono", "stereo", "5.1", "L R C LFE Ls Rs", ... where the file says it
     std::string language;  // as stored ("eng"), empty where undetermined
@@ -150,6 +150,8 @@ Ratio aspect_of(double aspect, int64_t parts = 1000);
 Ratio rate_of(double rate);
 // The same for n/d with numbers of a measured duration, which may be off by a little.
 Ratio rate_of(int64_t n, int64_t d);
+// Bits a second of bytes that last so many seconds; -1 where one of them is not known.
+int64_t bit_rate_of(uint64_t bytes, Ratio seconds);
 // Frames that a second's numbers count: 24 of 23.976, 30 of 29.97.
 uint32_t base_of(Ratio rate);
 

@@ -77,12 +77,12 @@ void add_directory(const std::string &directory, FileList &list) {
     }
 }
 
-bool may_wait(const std::string &name) {
+bool may_wait(const std::string &name, bool with_pipes) {
     if (name.starts_with("/dev/stdin") || name.starts_with("/dev/fd/") || name.starts_with("/proc/self/fd/"))
         return false;
     struct stat status {};
     if (stat(name.c_str(), &status) != 0) return false;
-    return S_ISFIFO(status.st_mode) || S_ISSOCK(status.st_mode) || S_ISCHR(status.st_mode);
+    return (S_ISFIFO(status.st_mode) && !with_pipes) || S_ISSOCK(status.st_mode) || S_ISCHR(status.st_mode);
 }
 
 }  // namespace
@@ -127,12 +127,12 @@ std::vector<std::string> names_in(const std::string &directory) {
     return names;
 }
 
-FileList list_files(const std::vector<std::string> &operands) {
+FileList list_files(const std::vector<std::string> &operands, bool with_pipes) {
     FileList list;
     for (const std::string &operand : operands) {
         if (is_directory(operand)) {
             add_directory(operand, list);
-        } else if (may_wait(operand)) {
+        } else if (may_wait(operand, with_pipes)) {
             list.problems.push_back(problem_text(operand, "not a regular file"));
         } else {
             list.files.push_back(operand);

@@ -19,8 +19,8 @@ struct FileList {
 // operands that are directories, in natural order. Below a directory, names that begin with a dot,
 // directories behind symbolic links, pipes, sockets and devices are left out. A pipe, socket or terminal
 // given by name is a problem, as opening it could wait for ever, unless it is one of this process
-// (/dev/stdin, /dev/fd/N).
-FileList list_files(const std::vector<std::string> &operands);
+// (/dev/stdin, /dev/fd/N), or `with_pipes` says that pipes are read (once, to their ends).
+FileList list_files(const std::vector<std::string> &operands, bool with_pipes = false);
 
 // Whether there is something of this name, or a directory; links are followed.
 bool is_there(const std::string &name);

@@ -78,10 +78,12 @@ void add_sizes(const Reach &reach, uint64_t told, uint64_t present, Facts &facts
     if (reach.is_known && present > end && reach.padded > 0) facts.add_more("trailing bytes", present - end);
 }
 
-// Whether the size that the header tells is that of padded lines decides whether padding is missed.
+// Whether the size that the header tells is that of padded lines decides whether padding is missed, unless
+// the file ends where lines without it do.
 void judge_extent(const Reach &reach, uint64_t told, uint64_t offset, uint64_t present, Facts &facts) {
     if (present < offset + 1) return facts.cut(std::max(offset, reach.least), "the picture");
-    if (reach.is_known && reach.least > 0) facts.reaches(told >= reach.padded ? reach.padded : reach.least);
+    const bool has_padding = told >= reach.padded && present != reach.least;
+    if (reach.is_known && reach.least > 0) facts.reaches(has_padding ? reach.padded : reach.least);
 }
 
 bool is_cut_header(uint64_t present, uint64_t needed, Facts &facts) {

@@ -1,4 +1,4 @@
-// Facts of still images: BMP, TGA, SGI, Softimage, PNG, portable maps.
+// Facts of still images: BMP, GIF, TGA, SGI, Softimage, PNG, portable maps.
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -48,6 +48,12 @@ std::optional<uint64_t> packets_end(Input &input, uint64_t at, uint64_t pixels, 
 }
 
 }  // namespace
+
+// The logical screen, and how many colours its palette may have.
+void gif_facts(Input &input, Facts &facts) {
+    const OrderedBytes h = little_endian(input.present(0, 13));
+    if (h.u16(6) != 0) still(facts, h.u16(6), h.u16(8), (h.u8(10) & 7U) + 1, "palette", "LZW").frames = -1;
+}
 
 void bmp_facts(Input &input, Facts &facts) {
     constexpr uint32_t kSizes[] = {12, 16, 40, 52, 56, 64, 108, 124};

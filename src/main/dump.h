@@ -4,6 +4,8 @@
 #include "common/stream.h"
 #include "main/dump_options.h"
 
+class Input;
+
 struct DumpOutcome {
     enum End { dumped, unopened, unknown };
     End end = dumped;
@@ -15,3 +17,5 @@ struct DumpOutcome {
 // one that cannot be opened; of one whose format is unknown the line that says so. A listener that has enough
 // ends it by end_run.
 DumpOutcome dump(const char *path, const DumpOptions &options, Listener *listener);
+// The same of what is open.
+DumpOutcome dump(Input &input, const DumpOptions &options, Listener *listener);

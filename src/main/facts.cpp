@@ -8,6 +8,11 @@
 #include "main/formats.h"
 
 Facts facts(Input &input) {
+    if (!input.open(kDetectionSize)) {
+        Facts facts;
+        facts.problem = std::strerror(errno);
+        return facts;
+    }
     DumpOptions none{};
     const formats::File in{none, input, input.name(), 0, true, input.bytes(0, kDetectionSize)};
     const uint64_t size = input.size();
@@ -31,8 +36,5 @@ Facts facts(Input &input) {
 Facts facts(const char *path) {
     Link link;
     Input input(path, &link);
-    if (input.open(kDetectionSize)) return facts(input);
-    Facts facts;
-    facts.problem = std::strerror(errno);
-    return facts;
+    return facts(input);
 }

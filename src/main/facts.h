@@ -9,5 +9,5 @@ class Input;
 // file that cannot be opened and one of an unknown format have a problem and no format. Movies are recognised
 // by what is in them.
 Facts facts(const char *path);
-// The same of what is open.
+// The same of what was opened.
 Facts facts(Input &input);

@@ -23,6 +23,7 @@ void jpeg_facts(Input &input, Facts &facts);
 // Still images with small headers.
 void arri_facts(Input &input, Facts &facts);
 void bmp_facts(Input &input, Facts &facts);
+void gif_facts(Input &input, Facts &facts);
 void netpbm_facts(Input &input, Facts &facts);
 void png_facts(Input &input, Facts &facts);
 void sgi_facts(Input &input, Facts &facts);

@@ -66,12 +66,17 @@ void dump_input(DumpOptions &opts, Input &input, int range_flag) {
 }
 
 DumpOutcome dump(const char *path, const DumpOptions &options, Listener *listener) {
+    Link link;
+    Input input(path, &link);
+    return dump(input, options, listener);
+}
+
+DumpOutcome dump(Input &input, const DumpOptions &options, Listener *listener) {
     const Run run;
     Listening listening_to(listener);
     DumpOptions opts = options;
     DumpOutcome outcome;
-    Link link;
-    Input input(path, &link);
+    input.next_step(0, 0);  // what was looked at before nobody listened to
     listening_to.to_dump_of(input);
     try {
         if (!open_for_dump(opts, input)) return {DumpOutcome::unopened};

@@ -197,7 +197,7 @@ constexpr Format kFormats[] = {
     {"text", "\xFE\xFF"sv, dump_text},      // UTF-16, big-endian
     {"text", "\xEF\xBB\xBF"sv, dump_text},  // UTF-8
     {"PDF", "%PDF-"sv, [](const File &) { print("Fileformat:PDF\n"); }},
-    {"GIF", "GIF"sv, [](const File &) { print("Fileformat:GIF\n"); }},
+    {"GIF", "GIF"sv, [](const File &) { print("Fileformat:GIF\n"); }, only<kWithFacts>(gif_facts)},
     {"MPEG-TS", "G"sv, dump_transport_stream, only<kWithFacts>(transport_facts), is_transport_stream},
     {"PNG", "\x89PNG\r\n\x1A\n"sv, [](const File &in) { pngdump(in.opts, in.input); }, only<kWithFacts>(png_facts)},
     {"MNG", "\x8AMNG\r\n\x1A\n"sv, [](const File &in) { mngdump(in.opts, in.input); }},
@@ -221,6 +221,7 @@ constexpr Format kFormats[] = {
 
     {"BW64", "BW64"sv, nullptr, only<kWithFacts>(riff_facts)},
     {"MP3", "ID3"sv, nullptr, only<kWithFacts>(mpeg_audio_facts)},
+    {"MP3", "\xFF"sv, nullptr, only<kWithFacts>(mpeg_audio_facts), [](const File &in) { return in.head[1] >> 5 == 7; }},
     {"Softimage", "S\x80\xF6\x34"sv, nullptr, only<kWithFacts>(softimage_facts)},  // of any version
     {"MPEG-TS", ""sv, nullptr, only<kWithFacts>(transport_facts), is_longer_transport_stream},
     {"MXF", ""sv, nullptr, only<kWithFacts>(mxf_facts), has_run_in},

@@ -23,6 +23,16 @@ int64_t clock_at(Bytes b, uint64_t at) {
     return static_cast<int64_t>((v >> 33 & 7) << 30 | (v >> 17 & 0x7FFF) << 15 | (v >> 1 & 0x7FFF));
 }
 
+const char *video_codec(Bytes data) {
+    const uint64_t at = start_code(data.sub(0, 64)) + 3;
+    const uint8_t code = data[at];
+    if (code == 0xB3) return "MPEG-2";
+    if (code == 9 || (code & 0x9F) == 7) return "H.264";
+    if (code == 0xB0 || code >> 5 == 1) return "MPEG-4";
+    const bool is_hevc = (code == 0x40 || code == 0x42 || code == 0x46) && data[at + 1] == 1;
+    return is_hevc ? "HEVC" : "";
+}
+
 PesHeader pes_header(Bytes pes) {
     PesHeader header;
     if ((pes[6] & 0xC0) == 0x80) {  // ISO 13818-1
@@ -171,10 +181,8 @@ void add_packet(Bytes pes, uint8_t id, Program &program) {
     Stream found;
     if (id >= 0xE0 && id <= 0xEF) {
         found.is_picture = true;
-        found.codec = "MPEG-2";
-        if (payload.size() > 5 && start_code(payload.sub(0, 16)) <= 1 &&
-            (payload[3] == 0x09 || payload[4] == 0x09 || (payload[4] & 0x1F) == 7))
-            found.codec = "H.264";
+        found.codec = video_codec(payload);
+        if (found.codec.empty()) found.codec = "MPEG-2";
     } else if (id >= 0xC0 && id <= 0xDF) {
         found.codec = "MP2";
     } else if (const char *codec = id == 0xBD ? dvd_codec(payload[0]) : nullptr) {
@@ -289,6 +297,7 @@ void read_video(Input &input, Facts &facts) {
     if (is_small) {
         picture.frames = fields / 2;
         facts.lasts(picture.frames, picture.rate);
+        if (picture.bit_rate < 0) picture.bit_rate = bit_rate_of(size, facts.duration);
     }
     facts.pictures.push_back(picture);
     // Zeros stand before start codes alone.

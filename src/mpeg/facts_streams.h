@@ -32,6 +32,8 @@ struct PesHeader {
     int64_t time = -1;
 };
 PesHeader pes_header(Bytes pes);
+// What video begins so, by its first start code; empty for what is none that is known.
+const char *video_codec(Bytes data);
 int64_t clock_at(Bytes b, uint64_t at);
 
 // Adds a picture or a sound by what the stream's first bytes say.

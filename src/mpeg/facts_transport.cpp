@@ -32,7 +32,8 @@ constexpr Type kTypes[] = {
     {0x81, "AC-3"},         {0x82, "DTS"},
     {0x83, "TrueHD"},       {0x84, "E-AC-3"},
     {0x85, "DTS"},          {0x86, "DTS"},
-    {0x87, "E-AC-3"},       {0xEA, "VC-1", true},
+    {0x87, "E-AC-3"},       {0xD1, "Dirac", true},
+    {0xEA, "VC-1", true},
 };
 
 constexpr CodeName kDescriptors[] = {{0x6A, "AC-3"}, {0x7A, "E-AC-3"}, {0x7B, "DTS"}, {0x7C, "AAC"}};
@@ -58,6 +59,7 @@ struct Transport {
     std::map<uint32_t, std::string> sections = {};
     Stream clock = {};  // program clock references
     bool with_new = true;
+    bool has_map = false;
 };
 
 // Private data (type 6) and what was registered: by descriptors (ETSI EN 300 468; SMPTE RA).
@@ -86,6 +88,7 @@ void read_association(Bytes section, Transport &transport) {
 
 void read_program_map(Bytes section, Transport &transport) {
     const uint64_t end = 3 + (big16(section, 1) & 0xFFFU);
+    transport.has_map = true;
     uint64_t at = 12 + (big16(section, 10) & 0xFFFU);
     for (int i = 0; i < 64 && at + 9 <= end && section.has(at, 5); i++) {
         const uint32_t type = section[at];
@@ -120,13 +123,11 @@ void add_section(uint32_t id, Bytes payload, bool begins, Transport &transport) 
 
 // Private data that no descriptor names, by the id of their packets and what these begin with.
 void identify(Bytes pes, Bytes data, Stream &stream) {
-    const uint64_t at = start_code(data);
     if (pes[3] >> 5 == 6 && big16(data) >> 5 == 0x2B7) stream.codec = "AAC";  // LATM
     if (pes[3] >> 5 == 6 && big16(data) >> 5 == 0x7FF) stream.codec = (data[1] & 6) == 0 ? "AAC" : "MP2";
     if (pes[3] >> 4 != 0xE) return;
     stream.is_picture = true;
-    if (data[at + 3] == 0xB3) stream.codec = "MPEG-2";
-    if (data[at + 3] == 0xB0 || data[at + 3] >> 5 == 1) stream.codec = "MPEG-4";
+    stream.codec = video_codec(data);
 }
 
 void add_packet(Bytes packet, Transport &transport) {
@@ -217,6 +218,6 @@ void transport_facts(Input &input, Facts &facts) {
     streams.push_back(&transport.clock);
     tell_duration(streams, facts);
     if (transport.programs.size() > 1) facts.add_more("programs", transport.programs.size());
-    if (facts.pictures.empty() && facts.sounds.empty()) facts.problem = "no program map";
+    if (!transport.has_map) facts.problem = "no program map";
     judge(tail, size, transport);
 }

@@ -265,6 +265,8 @@ Picture picture_of(const Metadata &metadata, const MetadataSet &d) {
     if (picture.colour.matrix == 0 && picture.components == "4:4:4") picture.components = "RGB";
     const Bytes bit_rate = metadata.item(d, kMpegBitRate);
     if (bit_rate.size() == 4 && big32(bit_rate) > 0) picture.bit_rate = big32(bit_rate);
+    // D-10 has one rate for each of its kinds (SMPTE ST 356).
+    if (picture.codec.starts_with("IMX ")) picture.bit_rate = 1000000 * decimal_in(picture.codec, 4, 2);
     if (is_xdcam_422(coding, picture)) picture.codec = "XDCAM HD422";
     for (const MetadataSet *sub : metadata.sub_descriptors(d)) {
         if (sub->kind == SetKind::jpeg2000) read_jpeg2000(metadata, *sub, picture);

@@ -1,7 +1,6 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
-#include <map>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -36,6 +35,17 @@ uint64_t SampleTable::size_of(uint64_t sample) const {
     if (constant_size != 0) return constant_size;
     if (size_bits == 4) return sizes[12 + sample / 2] >> (sample % 2 == 0 ? 4 : 0) & 15;
     return sizes.big(12 + sample * (size_bits / 8), size_bits == 8 || size_bits == 16 ? size_bits / 8 : 4);
+}
+
+std::optional<uint64_t> SampleTable::bytes() const {
+    constexpr uint64_t kMostSizes = 2 << 20;  // 5 hours of 25 frames a second
+    if (constant_size != 0) return samples * constant_size;
+    const bool is_known = size_bits == 4 || size_bits == 8 || size_bits == 16 || size_bits == 32;
+    if (!is_known || sizes.size() > kMostSizes || !sizes.has(12, (samples * size_bits + 7) / 8)) return {};
+    sizes.span(0, sizes.size());  // one read
+    uint64_t sum = 0;
+    for (uint64_t i = 0; i < samples; i++) sum += size_of(i);
+    return sum;
 }
 
 namespace {
@@ -111,7 +121,7 @@ Track read_track(Bytes trak, uint32_t number) {
     track.handler = big32(find_box(trak, "mdia/hdlr"), 8);
     track.table = find_box(trak, "mdia/minf/stbl");
     const Bytes dref = find_box(trak, "mdia/minf/dinf/dref");
-    track.is_external = big32(dref, 4) > 0 && dref.size() >= 20 && (dref[19] & 1) == 0;
+    track.is_external = big32(dref, 4) > 0 && big32(dref, 12) != 0 && (big32(dref, 16) & 1) == 0;
     const Box entry = box_at(find_box(track.table, "stsd"), 8);
     track.codec = entry.type;
     track.description = entry.data;
@@ -311,68 +321,8 @@ void read_timecode_track(Movie &movie, const Track &track) {
     if (frames >= 0) movie.facts.add(counted_timecode(frames, base, (flags & 1) != 0, track_name));
 }
 
-// Names and values that writers leave (user data, iTunes and QuickTime metadata).
-using Metadata = std::map<std::string, std::string, std::less<>>;
-
-void read_items(Bytes meta, Metadata &metadata) {
-    const Bytes boxes = bytes_are(meta, 4, "hdlr") ? meta : meta.from(4);
-    std::vector<std::string> keys;
-    const Bytes list = find_box(boxes, "keys");
-    uint64_t at = 8;
-    for (uint32_t i = 0; i < big32(list, 4) && list.has(at, 8) && big32(list, at) >= 8; i++) {
-        keys.push_back(fixed_text(list, at + 8, std::min(big32(list, at) - 8, 256U)));
-        at += big32(list, at);
-    }
-    each_box(find_box(boxes, "ilst"), [&](const Box &item) {
-        const Bytes data = find_box(item.data, "data");
-        const bool is_numbered = item.type >= 1 && item.type <= keys.size();
-        if (big32(data) > 2) return;  // no text
-        metadata.try_emplace(is_numbered ? keys[item.type - 1] : type_characters(item.type),
-                             fixed_text(data, 8, 1024));
-    });
-}
-
-void read_user_data(Bytes udta, Metadata &metadata) {
-    each_box(udta, [&](const Box &box) {
-        if (box.type == fourcc("meta")) read_items(box.data, metadata);
-        if (box.type >> 24 == 0xA9)
-            metadata.try_emplace(type_characters(box.type), fixed_text(box.data, 4, big16(box.data)));
-    });
-}
-
-void read_metadata(Movie &movie) {
-    // What the record or the format calls it, and what writers do.
-    struct Row {
-        std::string_view name;
-        std::string_view keys[4];
-    };
-    constexpr Row kRows[] = {
-        {"writer", {"\xA9swr", "com.apple.quicktime.software", "\xA9too", "software"}},
-        {"reel", {"com.apple.proapps.reel", "com.arri.camera.ReelName", "reel_name", "reel"}},
-        {"make", {"com.apple.quicktime.make", "\xA9mak"}},
-        {"model", {"com.apple.quicktime.model", "\xA9mod"}},
-        {"scene", {"com.apple.proapps.scene", "scene"}},
-        {"take", {"com.apple.proapps.shot", "take"}},
-        {"title", {"\xA9nam", "com.apple.quicktime.title", "com.apple.quicktime.displayname"}},
-        {"recorded", {"com.apple.quicktime.creationdate", "\251day"}},
-    };
-    Metadata metadata;
-    read_user_data(find_box(movie.moov, "udta"), metadata);
-    read_items(find_box(movie.moov, "meta"), metadata);
-    for (const Row &row : kRows) {
-        std::string value;
-        for (const std::string_view key : row.keys) {
-            const auto found = metadata.find(key);
-            if (value.empty() && found != metadata.end()) value = found->second;
-        }
-        if (row.name == "writer") {
-            movie.facts.writer = value;
-        } else if (row.name != "reel") {
-            movie.facts.add_more(row.name, value);
-        } else if (movie.facts.reel.empty()) {
-            movie.facts.reel = value;
-        }
-    }
+uint64_t packed_bytes(uint64_t samples, Ratio packet) {
+    return samples / static_cast<uint64_t>(packet.d) * static_cast<uint64_t>(packet.n);
 }
 
 // Where the last chunk of a track ends, by the last entries of its tables.
@@ -396,7 +346,7 @@ Reach reach_of(const Movie &movie, const Track &track, const SampleTable &table)
         size = in_chunk * table.constant_size;
         reach.last_size = table.constant_size;
     } else if (table.constant_size == 1) {
-        size = in_chunk / static_cast<uint64_t>(track.packet.d) * static_cast<uint64_t>(track.packet.n);
+        size = packed_bytes(in_chunk, track.packet);
     } else if (in_chunk <= table.samples && in_chunk <= kMostTimes) {
         for (uint64_t i = 0; i < in_chunk; i++) size += table.size_of(table.samples - 1 - i);
         reach.last_size = table.size_of(table.samples - 1);
@@ -426,8 +376,10 @@ void judge_extent(Movie &movie, uint64_t header_end) {
         if (track.is_external || movie.input.reads() > kMostReads) continue;
         const SampleTable table(track.table);
         const Reach reach = reach_of(movie, track, table);
-        is_damaged = is_damaged || (table.samples > 0 && (table.chunk_count == 0 || table.chunk(0) == 0)) ||
-                     table.sizes.empty() || table.chunks.empty();
+        const bool has_chunks =
+            table.chunk_count > 0 && table.chunk(0) != 0 && table.chunk(table.chunk_count - 1) != 0;
+        is_damaged =
+            is_damaged || (table.samples > 0 && !has_chunks) || table.sizes.empty() || table.chunks.empty();
         has_data = has_data || reach.end > 0;
         claimed = std::max(claimed, reach.end);
         if (reach.end > size) {
@@ -484,6 +436,19 @@ void tell_main_track(Movie &movie) {
     if (longest.is_set()) movie.facts.duration = is_close ? picture : longest;
 }
 
+// The samples of a track say more exactly than its description what their bit rate is. Those of uncompressed
+// sound need no table, and a header that is not in memory has its first picture's read alone.
+void read_bit_rate(Movie &movie, const Track &track) {
+    const SampleTable table(track.table);
+    const bool is_read = movie.is_whole || table.constant_size != 0 || track.picture == 0;
+    if (!is_read) return;
+    const Timing timing = timing_of(table.times);
+    const uint64_t ticks = timing.is_complete ? timing.ticks : static_cast<uint64_t>(track.duration);
+    std::optional<uint64_t> bytes = table.bytes();
+    if (table.constant_size == 1 && track.packet.is_set()) bytes = packed_bytes(table.samples, track.packet);
+    if (bytes) set_bit_rate(track, *bytes, ticks, movie.facts);
+}
+
 void read_movie(Movie &movie, uint64_t end) {
     const Bytes mvhd = find_box(movie.moov, "mvhd");
     movie.timescale = big32(mvhd, mvhd[0] == 1 ? 20 : 12);
@@ -504,11 +469,12 @@ void read_movie(Movie &movie, uint64_t end) {
         } else if (track.handler == fourcc("tmcd")) {
             read_timecode_track(movie, track);
         }
+        if (extends.empty()) read_bit_rate(movie, track);
         const std::string text = play(movie, track);
         if (track.handler != fourcc("tmcd")) append(edits, text, "; ");
         if (track.is_external) movie.facts.add_more("external data", "track " + std::to_string(track.number));
     }
-    read_metadata(movie);
+    read_metadata(movie.moov, movie.facts);
     movie.facts.add_more("edit lists", edits);
     if (movie.moov.size() >= 8 && big32(movie.moov, 4) == fourcc("cmov"))
         movie.facts.problem = "the movie's header is compressed";
@@ -542,6 +508,13 @@ std::string format_of(Bytes ftyp) {
 }
 
 }  // namespace
+
+void set_bit_rate(const Track &track, uint64_t bytes, uint64_t ticks, Facts &facts) {
+    const int64_t rate = bit_rate_of(bytes, {static_cast<int64_t>(ticks), track.timescale});
+    if (rate < 0 || (track.raw && track.sound >= 0)) return;
+    if (track.picture >= 0) facts.pictures[static_cast<size_t>(track.picture)].bit_rate = rate;
+    if (track.sound >= 0) facts.sounds[static_cast<size_t>(track.sound)].bit_rate = rate;
+}
 
 bool is_unwritten(Input &input, const Track &track, uint64_t end, uint64_t size) {
     constexpr uint64_t kMost = 65536;

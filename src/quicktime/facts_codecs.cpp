@@ -69,6 +69,7 @@ void read_vpx(Bytes record, Picture &picture) {
     picture.bits = record[6] >> 4;
     picture.components = kChroma[record[6] >> 1 & 7];
     picture.colour = {colour_code(record[7]), colour_code(record[8]), colour_code(record[9]), record[6] & 1};
+    if (picture.colour.matrix == 0) picture.components = "RGB";
 }
 
 // The first sample, as far as its headers reach: of many tracks those of the first ones.
@@ -147,6 +148,12 @@ void set_by_depth(uint32_t depth, Picture &picture) {
     if (depth > 0 && depth <= 8) picture.components = "palette";
 }
 
+// Where the boxes of a picture's entry begin: behind the palette that one of up to 8 bits may have.
+Bytes picture_boxes(Bytes entry) {
+    const bool has_palette = (big16(entry, 74) & 31) <= 8 && big16(entry, 76) == 0;
+    return entry.from(has_palette ? 78 + 8 + 8 * (uint64_t{big16(entry, 84)} + 1) : 78);
+}
+
 uint32_t protected_type(Bytes boxes, uint32_t type) {
     const bool is_protected = type == fourcc("encv") || type == fourcc("enca") || type == fourcc("drmi") ||
                               type == fourcc("drms") || type == fourcc("p608");
@@ -158,7 +165,7 @@ uint32_t protected_type(Bytes boxes, uint32_t type) {
 
 void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &facts) {
     const Bytes entry = track.description;
-    const Bytes boxes = entry.from(78);
+    const Bytes boxes = picture_boxes(entry);
     track.codec = protected_type(boxes, track.codec);
     const PictureCodec codec = picture_codec(track.codec);
     CodecKind kind = codec.kind;
@@ -355,8 +362,10 @@ void read_sound_entry(Input &input, Track &track, Sound &sound) {
     sound.language = track.language;
     sound.channels = big16(entry, 16);
     sound.bits = codec.bits != 0 ? codec.bits : big16(entry, 18);
+    const bool is_whole = track.codec == fourcc("mlpa");  // its rate, which has no fraction
     const uint32_t fixed_rate = big32(entry, 24);
-    if (fixed_rate > 0) sound.rate = Ratio{fixed_rate, 65536}.reduced();
+    if (is_whole && fixed_rate > 0) sound.rate = {fixed_rate, 1};
+    if (!is_whole && fixed_rate > 0) sound.rate = Ratio{fixed_rate, 65536}.reduced();
     if (sound.rate.is_set() && sound.rate.d != 1) sound.rate = Ratio{std::llround(sound.rate.value()), 1};
     if (version == 2) {
         read_version_2(entry, track, sound);
@@ -382,7 +391,8 @@ void read_sound_entry(Input &input, Track &track, Sound &sound) {
         sound.codec.find("AAC") != std::string::npos || sound.codec == "AC-3" || sound.codec == "Opus";
     if (track.raw && !track.packet.is_set())
         track.packet = {int64_t{sound.channels} * ((sound.bits + 7) / 8), 1};
-    const bool has_bits = track.raw || sound.codec == "ALAC" || sound.codec == "FLAC";
+    const bool has_bits =
+        track.raw || sound.codec == "ALAC" || sound.codec == "FLAC" || sound.codec.ends_with("ADPCM");
     if (!has_bits || sound.bits > 64) sound.bits = 0;
     if (track.raw && sound.codec.ends_with("-law")) sound.bits = 8;
 }

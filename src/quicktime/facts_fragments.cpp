@@ -3,13 +3,17 @@
 #include <cmath>
 #include <iterator>
 #include <map>
+#include <set>
 
 #include "quicktime/facts_movie.h"
 
 namespace {
 
 constexpr int kMostFragments = 20000;
-constexpr uint64_t kFewFragments = 24;  // that are walked through although there is an index
+constexpr uint64_t kFewFragments = 24;    // that are walked through although there is an index
+constexpr uint64_t kMostPlaces = 36;      // before places between the first and the last are left out
+constexpr uint64_t kSmallFile = 2 << 20;  // that is read and walked all
+constexpr int kNearFragments = 8;         // from each place of it on
 
 // What the fragments of one track add up to.
 struct Run {
@@ -25,6 +29,7 @@ struct Run {
     uint64_t last_duration = 0;
     uint64_t data_end = 0;
     uint64_t last_size = 0;
+    std::optional<uint64_t> bytes = 0;  // of all samples
 
     void add(uint64_t duration) {
         if (samples > 0) {
@@ -46,6 +51,8 @@ struct Fragments {
     bool is_ended = true;    // the walk came to the end of the file
     bool is_closed = false;  // by a random access index, which nothing follows but what is no part of it
     int count = 0;
+    uint64_t ahead = 4096;  // bytes that hold a header and all of its fragment's, most likely
+    uint64_t read_to = 0;
 };
 
 // Sizes and durations of a run of samples (ISO 14496-12, 8.8.8); where its data ends.
@@ -68,6 +75,7 @@ uint64_t add_samples(Bytes trun, uint32_t default_duration, uint32_t default_siz
         run.add(has_duration ? big32(trun, at) : default_duration);
         run.last_size = (flags & 0x200) != 0 ? big32(trun, at + (has_duration ? 4 : 0)) : default_size;
         data += run.last_size;
+        if (run.bytes) *run.bytes += run.last_size;
     }
     if (n > 0 && data > run.data_end) run.data_end = data;
     return data;
@@ -111,14 +119,30 @@ bool is_closed(Bytes file, const Box &mfra) {
            big32(file, end - 4) == mfra.size;
 }
 
-// Walks through the boxes from an offset on; through all of them or one fragment alone.
+// The box at an offset: a fragment's header is read once, with the header of what follows.
+Box next_box(Fragments &fragments, uint64_t at) {
+    constexpr uint64_t kMost = 16384;
+    const Bytes file = fragments.input.bytes();
+    const auto read = [&](uint64_t n) {
+        fragments.input.present(at, n, 512);
+        fragments.read_to = at + n;
+    };
+    if (at + 16 > fragments.read_to) read(fragments.ahead);
+    const Box box = box_at(file, at);
+    if (box.type != fourcc("moof") || box.size > file.size() - at) return box;
+    if (box.end() + 16 > fragments.read_to) read(std::min(box.size + 16, kMost));
+    fragments.ahead = std::clamp<uint64_t>(box.size + box.size / 4 + 16, 1024, kMost);
+    return box;
+}
+
+// Walks through the boxes from an offset on; through all of them or some fragments alone.
 void walk(Fragments &fragments, uint64_t at, int most) {
     const uint64_t file_size = fragments.input.size();
     const Bytes file = fragments.input.bytes();
     fragments.is_ended = false;
     for (int i = 0; i < 3 * most && fragments.count < most; i++) {
         if (at >= file_size) break;
-        const Box box = box_at(file, at);
+        const Box box = next_box(fragments, at);
         if (!file.has(at, box.header) || box.size == 0) {
             // A header that is cut, or zeros in its place.
             fragments.is_cut = fragments.is_cut || !file.has(at, 8) || big64(file, at) == 0;
@@ -144,10 +168,10 @@ void walk(Fragments &fragments, uint64_t at, int most) {
     fragments.is_ended = at >= file_size;
 }
 
-// Where the last fragments begin by an index, a segment index behind the movie's header or the one at the
-// file's end; 0 where there is none, or where it does not reach to the end.
+// Where fragments begin by an index, a segment index behind the movie's header or the one at the file's end:
+// each track's first and last one. None where there is no index, or it does not reach to the end.
 struct Index {
-    uint64_t last = 0;
+    std::set<uint64_t> places = {};
     uint64_t entries = 0;
 };
 
@@ -169,7 +193,7 @@ Index segment_index(Input &input, uint64_t from) {
         at += reference;
     }
     const uint64_t size = input.size();
-    return at + 65536 < size || last >= size ? Index{} : Index{last, n};
+    return at + 65536 < size || last >= size ? Index{} : Index{{last}, n};
 }
 
 Index random_access_index(Input &input) {
@@ -188,8 +212,8 @@ Index random_access_index(Input &input) {
         const uint64_t n = std::min<uint64_t>(big32(box.data, 12), (box.data.size() - 16) / step);
         if (n == 0 || box.data.size() < 16 + step) return;
         index.entries = std::max(index.entries, n);
-        index.last =
-            std::max(index.last, box.data.big(16 + (n - 1) * step + wide, static_cast<unsigned>(wide)));
+        for (const uint64_t entry : {uint64_t{0}, n - 1})
+            index.places.insert(box.data.big(16 + entry * step + wide, static_cast<unsigned>(wide)));
     });
     return index;
 }
@@ -200,6 +224,7 @@ void tell_track(const Run &run, bool all_walked, Facts &facts) {
     if (track.timescale <= 0 || ticks == 0 || ticks > INT64_MAX) return;
     if (track.duration < static_cast<int64_t>(ticks)) track.duration = static_cast<int64_t>(ticks);
     track.played = Ratio{track.duration, track.timescale}.reduced();
+    if (all_walked && run.bytes) set_bit_rate(track, *run.bytes, ticks, facts);
     if (track.sound >= 0) {
         Sound &sound = facts.sounds[static_cast<size_t>(track.sound)];
         const double samples = track.played.value() * sound.rate.value();
@@ -207,7 +232,7 @@ void tell_track(const Run &run, bool all_walked, Facts &facts) {
     }
     if (track.picture < 0) return;
     Picture &picture = facts.pictures[static_cast<size_t>(track.picture)];
-    const bool is_constant = run.samples > 1 && run.least == run.most && run.most > 0;
+    const bool is_constant = run.samples > (all_walked ? 1 : 2) && run.least == run.most && run.most > 0;
     if (is_constant) picture.rate = rate_of(track.timescale, static_cast<int64_t>(run.most));
     if (all_walked) {
         picture.frames = static_cast<int64_t>(run.samples) + std::max<int64_t>(picture.frames, 0);
@@ -215,8 +240,9 @@ void tell_track(const Run &run, bool all_walked, Facts &facts) {
         if (!is_constant && run.samples <= UINT32_MAX)
             picture.rate =
                 rate_of(static_cast<int64_t>(run.samples) * track.timescale, static_cast<int64_t>(ticks));
-    } else if (is_constant && ticks % run.most == 0) {
-        picture.frames = static_cast<int64_t>(ticks / run.most);
+    } else {
+        const bool is_even = is_constant && ticks % run.most == 0;
+        picture.frames = is_even ? static_cast<int64_t>(ticks / run.most) : -1;
     }
 }
 
@@ -246,8 +272,11 @@ void read_fragments(Input &input, uint64_t from, Bytes extends, std::vector<Trac
         Run &run = fragments.runs[track.id];
         run.track = &track;
         // The movie's header may have samples of its own, which the fragments go on behind.
-        run.has_start = SampleTable(track.table).samples > 0;
-        if (run.has_start) run.end = static_cast<uint64_t>(track.duration);
+        const SampleTable table(track.table);
+        run.has_start = table.samples > 0;
+        if (!run.has_start) continue;
+        run.end = static_cast<uint64_t>(track.duration);
+        run.bytes = table.bytes();
     }
     each_box(extends, [&](const Box &box) {
         const auto found = fragments.runs.find(big32(box.data, 4));
@@ -256,13 +285,18 @@ void read_fragments(Input &input, uint64_t from, Bytes extends, std::vector<Trac
         found->second.default_size = big32(box.data, 16);
     });
     const Index at_end = random_access_index(input);
-    const Index index = at_end.last != 0 ? at_end : segment_index(input, from);
-    const bool by_index = index.last > from && index.entries > kFewFragments;
-    walk(fragments, from, by_index ? 1 : kMostFragments);
-    if (by_index) {
+    Index index = at_end.entries != 0 ? at_end : segment_index(input, from);
+    const bool is_small = input.size() <= kSmallFile;
+    if (is_small) input.present(0, input.size());
+    const bool by_index = !is_small && index.entries > kFewFragments && *index.places.begin() >= from;
+    if (!by_index) walk(fragments, from, kMostFragments);
+    index.places.insert(from);
+    for (auto place = index.places.begin(); by_index && place != index.places.end(); ++place) {
+        const bool is_last = std::next(place) == index.places.end();
+        if (*place < fragments.last || (!is_last && input.reads() > kMostPlaces)) continue;
         fragments.count = 0;
-        walk(fragments, index.last, static_cast<int>(kFewFragments));
+        walk(fragments, *place, static_cast<int>(is_last ? kFewFragments : kNearFragments));
     }
     for (const auto &[id, run] : fragments.runs) tell_track(run, !by_index && fragments.is_ended, facts);
-    judge(fragments, index.last != 0, facts);
+    judge(fragments, index.entries != 0, facts);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,8 @@
 struct SampleTable {
     explicit SampleTable(Bytes stbl);
     uint64_t size_of(uint64_t sample) const;
+    // Of all samples, which needs a read of their sizes; nothing where entries are missing.
+    std::optional<uint64_t> bytes() const;
     uint64_t chunk(uint64_t i) const { return wide ? big64(chunks, 8 + 8 * i) : big32(chunks, 8 + 4 * i); }
 
     Bytes times;   // stts
@@ -58,8 +61,14 @@ struct Track {
 void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &facts);
 void read_sound_entry(Input &input, Track &track, Sound &sound);
 
+// Names, the reel and what wrote the file: user data, iTunes and QuickTime metadata.
+void read_metadata(Bytes moov, Facts &facts);
+
 // Fragments (moof) behind the movie's header: samples, duration and extent.
 void read_fragments(Input &input, uint64_t from, Bytes extends, std::vector<Track> &tracks, Facts &facts);
+
+// Bits a second of a track, by the bytes of its samples and the ticks that they last.
+void set_bit_rate(const Track &track, uint64_t bytes, uint64_t ticks, Facts &facts);
 
 // Whether the last sample of a track, or its tail, was never written.
 bool is_unwritten(Input &input, const Track &track, uint64_t end, uint64_t size);

@@ -128,6 +128,21 @@ TEST(SoundFacts, Samples) {
     SHOW(facts_of(hex("FFFB1464") + std::string(200, 'x')));
 }
 
+// Of the picture by the file's index; of sound as coded. A streamed size of samples of 21 bytes.
+TEST(SoundFacts, BitRates) {
+    const std::string directory = std::string(KELDUMP_SAMPLES) + "/audio/";
+    EXPECT_EQ(bit_rates_of(content_of(directory + "picture.avi")), "248100 -1");
+    EXPECT_TRUE(facts_of(wave(format(0x11, 2, 4, "", 2048) + chunk("data", kSilence)))
+                    .starts_with("WAVE | 2ch 48000 Hz 4 bits IMA ADPCM"));
+    EXPECT_EQ(extent_of(wave(format(1, 7, 24) + chunk("data", kSilence, 0x7FFFEFF6)), "a.wav"), "unknown");
+    std::string frames;  // of 1044 and 1045 bytes
+    for (int i = 0; i < 10; i++)
+        frames += hex(i % 5 == 0 ? "FFF5E004" : "FFF5E204") + std::string(i % 5 == 0 ? 1040 : 1041, 'x');
+    EXPECT_EQ(bit_rates_of(frames), "160000");
+    const std::string slow = hex("FFE33864") + std::string(212, 'x');  // 24 kbit/s at 8 kHz
+    EXPECT_TRUE(facts_of(slow + slow).starts_with("MP3 | 2ch 8000 Hz MP3 stereo 1152 samples"));
+}
+
 // What was written to a pipe has no sizes; an index that the header tells of is missed; frames end in zeros.
 TEST(SoundFacts, Ends) {
     const std::string aiff = big()
@@ -147,8 +162,20 @@ TEST(SoundFacts, Ends) {
     EXPECT_EQ(facts_of(aiff), "AIFF | 1ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s");
     const std::string avi = content_of(std::string(KELDUMP_SAMPLES) + "/audio/picture.avi");
     EXPECT_EQ(extent_of(avi.substr(0, avi.rfind("idx1")), "a.avi"), "cut the index");
+    EXPECT_EQ(extent_of(avi.substr(0, avi.size() - 20) + std::string(20, '\0'), "a.avi"),
+              "cut the index (zeros)");
+    // Frames of 96 bytes, of which the first has their number.
+    const std::string sound = hex("FFFB1464") + std::string(92, 'x');
+    const std::string info =
+        hex("FFFB1464") + big().zeros(32).text("Info").u32(3).u32(2).u32(288).zeros(44).str() + sound;
+    const std::string tagged = info + sound + "TAG" + std::string(125, ' ');
+    EXPECT_EQ(extent_of(tagged, "a.mp3"), "whole");
+    EXPECT_EQ(extent_of(tagged.substr(0, tagged.size() - 1), "a.mp3"), "cut the tag's end");
+    EXPECT_EQ(extent_of(info + hex("FFFB1464") + std::string(92, '\0'), "a.mp3"), "whole");  // silence
+    EXPECT_EQ(extent_of(info.substr(0, 191) + std::string(97, '\0'), "a.mp3"), "cut the last frames");
     std::string frames;
     for (int i = 0; i < 4; i++) frames += hex("FFF14C800C9FFC") + std::string(93, 'x');
+    EXPECT_EQ(bit_rates_of(frames, "a.aac"), "37500");
     EXPECT_EQ(extent_of(frames, "a.aac"), "unknown");
     EXPECT_EQ(extent_of(frames + std::string(200, '\0'), "a.aac"), "cut the last frames (zeros)");
 }

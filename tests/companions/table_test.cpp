@@ -122,6 +122,20 @@ TEST(KeldumpTable, ColumnsAndFields) {
              .out);
     SHOW(with({"--lines", "--columns", "file,slate", "--field", "*/Track ID/*"}).out);
     SHOW(with({"--columns", "timecode,edit rate,file"}).out);
+    // Of a pipe, and of frames: what any of them has, up to a hundred values.
+    for (int i = 0; i < 120; i++)
+        place.write("f" + std::to_string(i) + ".bmp",
+                    std::string(kBitmap).replace(38, 1, 1, static_cast<char>(i < 60 ? 0 : i)));
+    const std::string fields = lines_from(
+        table(place, {"--lines", "--columns", "file", "--field", "xpels", "--field", "ypels", "."}).out,
+        "{\"file\": \"./f", 1);
+    EXPECT_TRUE(fields.starts_with("{\"file\": \"./f[0-119].bmp\", \"xpels\": [\"0\", \"60\", \"61\""))
+        << fields;
+    EXPECT_TRUE(fields.ends_with("\"119\"], \"ypels\": [\"0\"]}\n")) << fields;
+    mkfifo(place.path("pipe").c_str(), 0600);
+    system(("cat '" + place.path("f99.bmp") + "' > '" + place.path("pipe") + "' &").c_str());
+    EXPECT_EQ(table(place, {"--csv", "--columns", "format,problem", "--field", "xpels", "pipe"}).out,
+              "format,problem,xpels\r\nBMP,,99\r\n");
     // One that is documented needs no file that has it.
     const Outcome none = with({"--lines", "--columns", "scene,more"});
     EXPECT_EQ(none.status, 0);

@@ -27,4 +27,12 @@ TEST(CineonFacts, Sizes) {
                                    .u8(0)
                                    .str();
     EXPECT_EQ(facts_of(header).substr(0, 19), "Cineon | 2176x1688 ");
+    // Lines of six bytes, padded or not, with a size field that is wrong.
+    std::string small = header;
+    small.replace(20, 4, big().u32(9000).str());
+    small.replace(198, 10, big().u8(16).u8(0).u32(3).u32(2).str());
+    small.resize(1024);
+    for (const size_t bytes : {12, 13, 15, 16})
+        EXPECT_EQ(extent_of(small + std::string(bytes, 'x'), "a.cin"),
+                  bytes == 12 || bytes == 16 ? "whole" : "cut the picture's end");
 }

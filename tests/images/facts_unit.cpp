@@ -27,6 +27,7 @@ TEST(ImageFacts, Softimage) {
                           .zeros(64)
                           .str()));
     SHOW(facts_of(std::string(100, 'x'), "noise.tga"));
+    EXPECT_EQ(facts_of("GIF89a" + hex("4001 F200 F6 00 00")), "GIF | 320x242 LZW palette 7 bits");
 }
 
 // Two lines of two pixels, each behind a count and before a zero; the second was never written.

@@ -63,6 +63,23 @@ TEST(MpegFacts, Descriptors) {
                  packet("4741001000", "02B01C0001C10000E101F000 06E101F00A 05044F707573 7F028002 00000000") +
                  null + null),
         "MPEG-TS | 2ch 48000 Hz Opus");
+    // A map of data alone is a map.
+    const std::string map = packet("4741001000", "02B0120001C10000E101F000 06E101F000 00000000");
+    const std::string association = packet("4740001000", "00B00D0001C100000001E100 00000000");
+    EXPECT_EQ(facts_of(association + map + null + null), "MPEG-TS");
+    EXPECT_EQ(facts_of(null + null + null + null), "MPEG-TS | ! no program map");
+}
+
+// Video of a program stream, which its first start code tells.
+TEST(MpegFacts, VideoOfPrograms) {
+    const auto video = [](const char *begin) {
+        const std::string data = hex("800000") + hex(begin) + std::string(20, 'x');
+        return facts_of(hex("000001BA 4400040004010000 03F8 000001E0") + big().u16(data.size()).str() + data);
+    };
+    EXPECT_EQ(video("000001B0 01"), "MPEG program stream | 0x0 MPEG-4");
+    EXPECT_EQ(video("00000001 4001"), "MPEG program stream | 0x0 HEVC");
+    EXPECT_EQ(video("00000001 09F0"), "MPEG program stream | 0x0 H.264");
+    EXPECT_EQ(video("00000101"), "MPEG program stream | 0x0 MPEG-2");
 }
 
 // Zeros behind the end of a sequence fill up a sector; behind a picture they are in the place of others.

@@ -232,6 +232,35 @@ TEST(MovieFacts, Fragments) {
     SHOW(facts_of(content_of(std::string(KELDUMP_SAMPLES) + "/quicktime/prores-timecode.mov")));
 }
 
+// By the samples: of one size, of many, in packets, in fragments behind those of the header; what the
+// description says only where samples say nothing.
+TEST(MovieFacts, BitRates) {
+    const std::string pictures = track("vide", picture_entry("apcn", ""), media_header(24000, 10010));
+    EXPECT_EQ(bit_rates_of(movie(pictures)), "191808");
+    const std::string wrong = atom("btrt", big().u32(0).u32(9).u32(9).str());
+    EXPECT_EQ(bit_rates_of(movie(track("vide", picture_entry("apcn", wrong), media_header(24000, 10010)))),
+              "191808");
+    const std::string ima = sound_entry("ima4", 1, 2, 16, big().u32(64).u32(34).u32(68).u32(2).str());
+    EXPECT_EQ(facts_of(movie(track("soun", ima, media_header(48000, 640)))).substr(6, 29),
+              "2ch 48000 Hz 4 bits IMA ADPCM");
+    const std::string samples = std::string(KELDUMP_SAMPLES) + "/quicktime/";
+    EXPECT_EQ(bit_rates_of(content_of(samples + "h264-aac.mov")), "32760 129418");
+    EXPECT_EQ(bit_rates_of(content_of(samples + "fragments.mov")), "115240");
+}
+
+// Boxes stand behind the palette of an entry; a rate without a fraction.
+TEST(MovieFacts, Entries) {
+    const std::string palette = big().u32(0).u16(0).u16(1).zeros(16).str();
+    std::string entry = picture_entry("png ", palette + atom("pasp", big().u32(4).u32(3).str()), 1);
+    entry[85] = entry[84] = 0;  // the palette is here
+    EXPECT_NE(facts_of(movie(track("vide", entry, media_header(24000, 10010)))).find("aspect 4/3"),
+              std::string::npos);
+    std::string lossless = sound_entry("mlpa", 0, 2, 16, "");
+    lossless.replace(lossless.size() - 4, 4, big().u32(96000).str());
+    EXPECT_EQ(sound(lossless), "2ch 96000 Hz TrueHD");
+    EXPECT_EQ(sound(sound_entry("ms" + std::string("\0\x20", 2), 0, 2, 16, "")), "2ch 48000 Hz 4 bits ADPCM");
+}
+
 // Constant bit rates fill up the samples of MPEG video with zeros: a sample of zeros alone was not written.
 TEST(MovieFacts, StuffedSamples) {
     const auto extent = [](const std::string &codec, size_t zeros) {

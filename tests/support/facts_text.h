@@ -64,6 +64,16 @@ inline std::string facts_of(const std::string &content, const char *name = "file
     return text_of(facts(input));
 }
 
+// Bits a second of each picture and sound: "19200 -1".
+inline std::string bit_rates_of(const std::string &content, const char *name = "file.bin") {
+    Input input(name, content.data(), content.size());
+    const Facts found = facts(input);
+    std::string rates;
+    for (const Picture &p : found.pictures) append(rates, std::to_string(p.bit_rate), " ");
+    for (const Sound &s : found.sounds) append(rates, std::to_string(s.bit_rate), " ");
+    return rates;
+}
+
 // What is left of a file's facts where it is cut: "cut the picture's end" and the like.
 inline std::string extent_of(const std::string &content, const char *name) {
     Input input(name, content.data(), content.size());

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "common/link.h"
 #include "companions/lines/lines.h"
 #include "main/dump.h"
 #include "main/facts.h"
@@ -59,10 +60,12 @@ class FieldListener : public Listener {
 }  // namespace
 
 Row read_row(const std::string &path, const FieldRequest &request) {
-    Row row = row_of(facts(path.c_str()), path);
-    if (request.patterns.empty()) return row;
+    Link link;
+    Input input(path.c_str(), &link);  // opened once: it may be a pipe
+    Row row = row_of(facts(input), path);
+    if (request.patterns.empty() || !input.open()) return row;
     FieldListener listener(request.patterns, row);
-    dump(path.c_str(), request.options, &listener);
+    dump(input, request.options, &listener);
     listener.finish();
     return row;
 }

@@ -176,8 +176,8 @@ std::string of_all(const std::vector<Sound> &sounds, Text text) {
 
 // What the file says, or what uncompressed samples make.
 int64_t bit_rate_of(const Sound &sound) {
-    if (sound.bit_rate >= 0 || !sound.codec.starts_with("PCM") || sound.bits == 0 || !sound.rate.is_set() ||
-        sound.channels == 0)
+    const bool is_plain = sound.codec.starts_with("PCM") || sound.codec.ends_with("-law");
+    if (sound.bit_rate >= 0 || !is_plain || sound.bits == 0 || !sound.rate.is_set() || sound.channels == 0)
         return sound.bit_rate;
     const uint32_t stored = (sound.bits + 7) / 8 * 8;
     return std::llround(sound.rate.value() * sound.channels * stored);
@@ -304,9 +304,7 @@ Row row_of(const Facts &facts, std::string_view file) {
     row[Column::writer] = facts.writer;
     row[Column::date] = facts.date;
     row[Column::size] = std::to_string(facts.extent.present);
-    if (seconds > 0)
-        row[Column::bit_rate] =
-            std::to_string(std::llround(8 * static_cast<double>(facts.extent.present) / seconds));
+    row[Column::bit_rate] = known(bit_rate_of(facts.extent.present, facts.duration));
     row.more = facts.more;
     for (auto &[name, value] : row.more) {
         value = with_register_names(value);

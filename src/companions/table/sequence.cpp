@@ -72,11 +72,22 @@ void SequenceRow::add_trouble(const std::string &text, int64_t frame) {
     }
 }
 
+void SequenceRow::add_fields(const Row &row) {
+    constexpr int64_t kMostValues = 100;
+    for (const auto &field : row.fields) {
+        if (std::ranges::find(fields_, field) != fields_.end()) continue;
+        const int64_t n =
+            std::ranges::count_if(fields_, [&](const auto &f) { return f.first == field.first; });
+        if (n <= kMostValues) fields_.emplace_back(field.first, n < kMostValues ? field.second : "...");
+    }
+}
+
 void SequenceRow::add(const FrameNumber &number, Row row) {
     constexpr size_t kMostKinds = 16;
     numbers_.push_back(number);
     size_ += whole_of(row[Column::size]);
     claimed_ += std::max(whole_of(row[Column::size]), whole_of(row[Column::bytes_claimed]));
+    add_fields(row);
     if (!row[Column::problem].empty()) add_trouble(kind_of(row[Column::problem]), number.value);
     if (extent_.empty() || row[Column::extent] != "whole") extent_ = row[Column::extent];
     // A frame without a header has nothing to compare.
@@ -164,6 +175,7 @@ Row SequenceRow::finish(const FrameGroup &group, const std::vector<std::string> 
     find_unlike(usual);
     Row row = usual_row(usual);
     row.is_known = true;
+    row.fields = fields_;
     row[Column::extent] = extent_;
     row[Column::file] = group.range_name(list);
     row[Column::frames] = std::to_string(frames);

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "companions/frame_groups.h"
@@ -12,7 +13,7 @@
 // Takes the frames' rows in the order of their numbers. The row is that of the frames, by what most of them
 // say, with the range of names, the number of frames and the duration that makes at their rate, the size of
 // all, and as its problem what is missing, which frames have a problem of their own, and which are unlike
-// most in what frames share.
+// most in what frames share. A field of the dump has its values in all frames, 100 at most and "...".
 class SequenceRow {
  public:
     void add(const FrameNumber &number, Row row);
@@ -33,6 +34,7 @@ class SequenceRow {
         bool is_of_all = false;
     };
 
+    void add_fields(const Row &row);
     void add_trouble(const std::string &text, int64_t frame);
     void find_unlike(const Values &usual);
     Values usual_values() const;
@@ -45,6 +47,7 @@ class SequenceRow {
     std::vector<FrameNumber> numbers_;
     std::vector<uint32_t> pictures_;
     SharedNames texts_;
+    std::vector<std::pair<std::string, std::string>> fields_;  // of all frames, each value once, some of them
     uint64_t size_ = 0;
     uint64_t claimed_ = 0;
     std::string extent_;
