@@ -41,28 +41,28 @@ TEST(KeldumpSeq, CleanAndBrokenAreToldApart) {
     const auto write = [&](uint32_t frame, ByteWriter w) {
         place.write_sparse(name_of(frame), kFrameSize, 0, w.str());
     };
-    for (uint32_t frame = 0; frame < 10000; frame++) write(frame, dpx(at_24(frame), frame));
+    for (uint32_t frame = 0; frame < 2000; frame++) write(frame, dpx(at_24(frame), frame));
     Outcome run = seq(place, {"shot.%d.dpx"});
     EXPECT_EQ(run.out,
-              "shot.#.dpx: 10000 frames 10000-19999, DPX 32x18, 10 bit, 24 fps, timecode "
-              "01:00:00:00-01:06:56:15, keycode 02 24 123456 7890+00 to 02 24 123456 8514+60: clean\n");
+              "shot.#.dpx: 2000 frames 10000-11999, DPX 32x18, 10 bit, 24 fps, timecode "
+              "01:00:00:00-01:01:23:07, keycode 02 24 123456 7890+00 to 02 24 123456 8014+60: clean\n");
     EXPECT_EQ(run.status, 0);
     // Five faults, and what follows from none of them.
     for (uint32_t frame : {100, 101, 102}) unlink(place.path(name_of(frame)).c_str());
-    for (uint32_t frame = 9000; frame < 10000; frame++) write(frame, dpx(at_24(frame + 1), frame));
-    write(9100, dpx(at_24(9101), 9100).at(772).u32(30));
-    for (uint32_t frame = 9200; frame < 10000; frame++) write(frame, dpx(at_24(frame + 1), frame + 160));
-    place.write(name_of(9300), "");
+    for (uint32_t frame = 1800; frame < 2000; frame++) write(frame, dpx(at_24(frame + 1), frame));
+    write(1820, dpx(at_24(1821), 1820).at(772).u32(30));
+    for (uint32_t frame = 1840; frame < 2000; frame++) write(frame, dpx(at_24(frame + 1), frame + 160));
+    place.write(name_of(1860), "");
     run = seq(place, {"--", "shot.%05d.dpx"});
     EXPECT_EQ(run.out,
               "shot.#.dpx: frames 10100-10102: missing (3)\n"
-              "shot.#.dpx: frame 19000: timecode 01:06:14:23 -> 01:06:15:01, expected 01:06:15:00\n"
-              "shot.#.dpx: frame 19100: size 30x18, its neighbours 32x18\n"
-              "shot.#.dpx: frame 19200: keycode 02 24 123456 8464+60 -> 02 24 123456 8475+00, expected "
-              "02 24 123456 8465+00\n"
-              "shot.#.dpx: frame 19300: empty\n"
-              "shot.#.dpx: 9997 frames 10000-19999, DPX 32x18, 10 bit, 24 fps, timecode "
-              "01:00:00:00-01:06:56:16, keycode 02 24 123456 7890+00 to 02 24 123456 8524+60: 5 findings\n");
+              "shot.#.dpx: frame 11800: timecode 01:01:14:23 -> 01:01:15:01, expected 01:01:15:00\n"
+              "shot.#.dpx: frame 11820: size 30x18, its neighbours 32x18\n"
+              "shot.#.dpx: frame 11840: keycode 02 24 123456 8004+60 -> 02 24 123456 8015+00, expected "
+              "02 24 123456 8005+00\n"
+              "shot.#.dpx: frame 11860: empty\n"
+              "shot.#.dpx: 1997 frames 10000-11999, DPX 32x18, 10 bit, 24 fps, timecode "
+              "01:00:00:00-01:01:23:08, keycode 02 24 123456 7890+00 to 02 24 123456 8024+60: 5 findings\n");
     EXPECT_EQ(run.status, 1);
 }
 
