@@ -64,10 +64,10 @@ uint64_t qt_atom_read_more(QtAtom &atom, uint64_t n) {
     return n;
 }
 
-Bytes qt_atom_read_item(QtFile &file, uint32_t n) {
-    const Bytes item = next_bytes(file, n);
-    file.position += item.size();
-    return item;
+Bytes qt_atom_read_item(QtFile &file, uint64_t n) {
+    const Bytes items = file.input->present(file.position, std::min(n, bytes_left(file)));
+    file.position += items.size();
+    return items;
 }
 
 uint64_t qt_atom_read_data(QtAtom &atom) {

@@ -66,8 +66,8 @@ uint32_t qt_atom_read_header(QtAtom &atom);
 // the file ends. Bytes beyond the capacity are passed over.
 uint64_t qt_atom_read_more(QtAtom &atom, uint64_t n);
 
-// The next n bytes as the next entry of a table; fewer where the file ends.
-Bytes qt_atom_read_item(QtFile &file, uint32_t n);
+// The next n bytes of the file, entries of a table or what ends a list; fewer where the file ends.
+Bytes qt_atom_read_item(QtFile &file, uint64_t n);
 
 // Reads the payload. Returns the count read; for an atom beyond the capacity, whose rest is passed over, all
 // of the payload's length.

@@ -83,17 +83,23 @@ uint64_t print_whole(QtAtom &atom, const Table &table) {
     return count;
 }
 
+constexpr uint64_t kEntriesAtATime = 256;
+
 // A count beyond the atom leads on into what follows it.
 uint64_t print_by_entry(QtAtom &atom, const Table &table) {
     uint64_t count = qt_atom_read_more(atom, table.head_size);
     print_qt_rows(atom, table.head);
     const uint64_t entries = entry_count(atom, table);
     LineBuffer out;
-    for (uint64_t i = 0; i < entries; i++) {
-        const Bytes entry = qt_atom_read_item(*atom.file, table.entry_size);
-        count += entry.size();
-        if (entry.size() < table.entry_size) break;
-        put_qt_rows(out, entry, atom.indent(), table.entry, i, table.is_listing);
+    for (uint64_t i = 0; i < entries;) {
+        const uint64_t wanted = std::min(entries - i, kEntriesAtATime) * table.entry_size;
+        const Bytes items = qt_atom_read_item(*atom.file, wanted);
+        count += items.size();
+        for (uint64_t at = 0; items.has(at, table.entry_size); at += table.entry_size, i++) {
+            put_qt_rows(out, items.sub(at, table.entry_size), atom.indent(), table.entry, i,
+                        table.is_listing);
+        }
+        if (items.size() < wanted) break;
     }
     return count;
 }
