@@ -47,9 +47,11 @@ class Input {
     Bytes present(uint64_t start, uint64_t n, uint32_t block = kBlock);
     // The same for one step after the other of a dump of all: what was read before is given back.
     Bytes next_step(uint64_t start, uint64_t n) {
-        cache_.clear();
+        give_back();
         return present(start, n);
     }
+    // Gives back all that was read: what is looked at from now on is read anew.
+    void give_back() { cache_.clear(); }
     // All of the file.
     Bytes bytes(uint32_t block = kBlock) { return {cache_, 0, size(), block}; }
 

@@ -76,7 +76,7 @@ DumpOutcome dump(Input &input, const DumpOptions &options, Listener *listener) {
     Listening listening_to(listener);
     DumpOptions opts = options;
     DumpOutcome outcome;
-    input.next_step(0, 0);  // what was looked at before nobody listened to
+    input.give_back();  // a look at what was found last would not be told
     listening_to.to_dump_of(input);
     try {
         if (!open_for_dump(opts, input)) return {DumpOutcome::unopened};

@@ -7,8 +7,6 @@
 
 namespace {
 
-constexpr uint64_t kFarthest = INT64_MAX;  // that a position of a file can be
-
 // How many times its length (a small file counts as one block more) a file is walked over again. Containers
 // whose children overrun them lead the walk back; a file made of such containers would double its work with
 // every one of them.
@@ -79,7 +77,7 @@ uint64_t qt_atom_read_data(QtAtom &atom) {
 }
 
 void qt_skip(QtFile &file, uint64_t n) {
-    file.position = n < kFarthest - file.position ? file.position + n : kFarthest;
+    file.position = n < QtFile::kFarthest - file.position ? file.position + n : QtFile::kFarthest;
 }
 
 void qt_move(QtFile &file, int32_t distance) {

@@ -13,11 +13,12 @@
 struct QtFile {
     static constexpr uint32_t kAreaSize = 0x2000000;
     static constexpr uint32_t kFileNotFound = 0x20;
+    static constexpr uint64_t kFarthest = INT64_MAX;  // that a position of a file can be
 
     explicit QtFile(const char *name) : input(name) {}
 
     // Where the movie's bytes end.
-    uint64_t end() const { return std::min<uint64_t>(input->end(), INT64_MAX); }
+    uint64_t end() const { return std::min(input->end(), kFarthest); }
 
     NamedInput input;
     uint64_t position = 0;      // may lie beyond the end
