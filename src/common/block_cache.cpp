@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <functional>
 #include <new>
 #include <vector>
 
@@ -12,11 +11,9 @@
 
 namespace {
 
-constexpr uint64_t kLargestRun = 256 * 1024;          // bytes of one sequential read at most
-constexpr uint64_t kMostResident = 64 * 1024 * 1024;  // bytes in memory before the oldest are given back
-constexpr size_t kMostRuns = 4096;                    // so that a run is soon put in its place
-constexpr uint64_t kOverhead = 64;                    // of a run, in bytes
-constexpr uint64_t kNear = 512;                       // a skip that is cheaper read than made
+constexpr uint64_t kLargestRun = 256 * 1024;  // bytes of one sequential read at most
+constexpr size_t kMostRuns = 256;             // in memory before the older ones are given back
+constexpr uint64_t kNear = 512;               // a skip that is cheaper read than made
 
 uint8_t *allocate(uint64_t n) {
     void *memory = std::malloc(static_cast<size_t>(n));
@@ -48,8 +45,7 @@ void BlockCache::clear() {
     if (!runs_) return;
     for (const Run &run : runs_->by_start) std::free(run.data);
     runs_->by_start.clear();
-    resident_ = 0;
-    select({});
+    forget_found();
 }
 
 BlockCache::Runs &BlockCache::runs() {
@@ -58,13 +54,20 @@ BlockCache::Runs &BlockCache::runs() {
 }
 
 void BlockCache::select(const Run &run) {
+    before_ = found_;
     found_ = run;
     last_ = listening ? Run{} : run;
 }
 
+void BlockCache::forget_found() { found_ = before_ = last_ = {}; }
+
 // Makes the run that holds an offset the one found; false where there is none.
 bool BlockCache::look_up(uint64_t offset) {
     if (offset - found_.start < found_.size) return true;
+    if (offset - before_.start < before_.size) {
+        select(Run(before_));
+        return true;
+    }
     const auto behind = runs().behind(offset);
     if (behind == runs().by_start.begin()) return false;
     const Run &run = *std::prev(behind);
@@ -90,7 +93,7 @@ uint64_t BlockCache::load(uint64_t offset, uint64_t needed, uint32_t block) {
 // offset as far as one read may; false where the bytes end before the offset.
 bool BlockCache::read(uint64_t start, uint64_t offset, uint64_t needed, uint32_t block) {
     if (offset >= input_.read_end()) return false;
-    if (resident_ > kMostResident || runs().by_start.size() >= kMostRuns) drop_oldest();
+    if (runs().by_start.size() >= kMostRuns) drop_oldest();
     const auto next = runs().behind(offset);
     bool sequential = false;
     if (next != runs().by_start.begin()) {
@@ -102,7 +105,7 @@ bool BlockCache::read(uint64_t start, uint64_t offset, uint64_t needed, uint32_t
     const uint64_t border = block - 1;  // of a block that begins with the run
     uint64_t size = std::min(offset - start + std::min(needed, kLargestRun), kLargestRun);
     size = std::max<uint64_t>((size + border) & ~border, sequential ? ahead_ : block);
-    size = std::min({size, std::max<uint64_t>(kLargestRun, block), input_.read_end() - start});
+    size = std::min({size, kLargestRun, input_.read_end() - start});
     if (next != runs().by_start.end()) size = std::min(size, next->start - start);
     ahead_ = std::min(2 * size, kLargestRun);
 
@@ -114,25 +117,18 @@ bool BlockCache::read(uint64_t start, uint64_t offset, uint64_t needed, uint32_t
     }
     select({start, got, data, runs().count++});
     runs().by_start.insert(next, found_);
-    resident_ += got + kOverhead;
     return offset - start < got;
 }
 
-// Down to half of what may stay.
+// The half that was read longest ago.
 void BlockCache::drop_oldest() {
-    std::vector<Run> &all = runs().by_start;
-    std::ranges::sort(all, std::greater(), &Run::age);
-    size_t kept = 0;
-    uint64_t resident = 0;
-    for (; kept < std::min(all.size(), kMostRuns / 2); kept++) {
-        if (resident + all[kept].size + kOverhead > kMostResident / 2) break;
-        resident += all[kept].size + kOverhead;
-    }
-    for (size_t i = kept; i < all.size(); i++) std::free(all[i].data);
-    all.resize(kept);
-    std::ranges::sort(all, std::less(), &Run::start);
-    resident_ = resident;
-    select({});
+    const uint64_t oldest_kept = runs().count - kMostRuns / 2;
+    std::erase_if(runs().by_start, [&](const Run &run) {
+        if (run.age >= oldest_kept) return false;
+        std::free(run.data);
+        return true;
+    });
+    forget_found();
 }
 
 std::span<const uint8_t> BlockCache::gather(uint64_t offset, size_t n, uint32_t block) {

@@ -8,9 +8,9 @@
 class Input;
 
 // Keeps what an input's reads gave, found by where each run begins. A byte that is not there is read with the
-// block around it; use in sequence, even with short skips, reads larger and larger runs. What was read
-// longest ago goes when 64 MiB or some thousand runs are held, so that even a dump of all of a huge file
-// stays in that. No memory depends on what a file claims.
+// block around it; use in sequence, even with short skips, reads larger and larger runs, of 256 KiB at most.
+// Of 256 runs the half that was read longest ago is given back, so that even a dump of all of a huge file
+// stays in 64 MiB. No memory depends on what a file claims.
 class BlockCache {
  public:
     explicit BlockCache(Input &input) : input_(input) {}
@@ -19,7 +19,7 @@ class BlockCache {
     BlockCache &operator=(const BlockCache &) = delete;
 
     // n bytes at an offset; null where the bytes end, or where no run holds all of them. `block` (a power of
-    // two) is the least that is read. Good until another 32 MiB or 2,048 runs are read.
+    // two, 256 KiB at most) is the least that is read. Good until 128 other runs are read.
     const uint8_t *at(uint64_t offset, uint64_t n, uint32_t block) {
         const uint64_t inside = offset - last_.start;
         if (inside < last_.size && n <= last_.size - inside) return last_.data + inside;
@@ -53,11 +53,12 @@ class BlockCache {
     void drop_oldest();
 
     void select(const Run &run);
+    void forget_found();
 
     Input &input_;
-    Run found_;  // the run found last
-    Run last_;   // the same, but while somebody listens: then each look at bytes comes to be told
+    Run found_;   // the run found last
+    Run before_;  // the one found before it: walks look at two places by turns
+    Run last_;    // found_, but while somebody listens: then each look at bytes comes to be told
     Runs *runs_ = nullptr;
-    uint64_t resident_ = 0;
     uint64_t ahead_ = 0;  // bytes of the next sequential read
 };

@@ -6,11 +6,20 @@ namespace {
 
 constexpr size_t kMostDigits = 20;  // of a number of 64 bits, with its sign
 
+// Writes a number's digits; their count. Most numbers are short, which is quicker.
+template <typename Short, typename Number>
+size_t write_number(char *room, Number value) {
+    const Short less = static_cast<Short>(value);
+    char *end = room + kMostDigits;
+    const auto done = less == value ? std::to_chars(room, end, less) : std::to_chars(room, end, value);
+    return static_cast<size_t>(done.ptr - room);
+}
+
 // Appends a number's digits behind padding; their count with zeros that count as digits.
-template <typename Number>
+template <typename Short, typename Number>
 size_t put_number(Number value, size_t width, char pad) {
     char *room = standard_output.claim(kMostDigits);
-    const size_t n = static_cast<size_t>(std::to_chars(room, room + kMostDigits, value).ptr - room);
+    const size_t n = write_number<Short>(room, value);
     standard_output.give_back(kMostDigits - n);
     if (n >= width) return n;
     standard_output.give_back(n);
@@ -25,12 +34,12 @@ size_t put_number(Number value, size_t width, char pad) {
 }  // namespace
 
 void LineBuffer::decimal(uint64_t value, unsigned width, char pad) {
-    const size_t n = put_number(value, width, pad);
+    const size_t n = put_number<uint32_t>(value, width, pad);
     if (listening) tell({.kind = Piece::integer, .number = value}, n);
 }
 
 void LineBuffer::signed_decimal(int64_t value, unsigned width) {
-    const size_t n = put_number(value, width, ' ');
+    const size_t n = put_number<int32_t>(value, width, ' ');
     if (listening) tell(integer_piece(value), n);
 }
 

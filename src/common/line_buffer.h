@@ -61,16 +61,12 @@ class LineBuffer {
 
     // Lower-case hexadecimal, at least `width` digits, padded with zeros or as given ("%08x", "%16llx").
     void hex(uint64_t value, unsigned width, char pad = '0') {
-        if (width == 8 && value <= UINT32_MAX && pad == '0') {
-            hex8(static_cast<uint32_t>(value));
-        } else {
-            digits(value, "0123456789abcdef", width, pad);
-        }
+        digits(value, 'a', width, pad);
         if (listening) tell({.kind = Piece::hexadecimal, .number = value}, digits_of(value, width, pad));
     }
     // Upper-case hexadecimal without leading zeros ("%X").
     void upper_hex(uint64_t value) {
-        digits(value, "0123456789ABCDEF", 1, '0');
+        digits(value, 'A', 1, '0');
         if (listening) tell({.kind = Piece::hexadecimal, .number = value}, digits_of(value, 1, '0'));
     }
     // Decimal ("%u", "%03u", "%4u").
@@ -94,24 +90,22 @@ class LineBuffer {
     // Tells the last n characters.
     static void tell(Piece piece, size_t n);
 
-    // "%08x": the offsets of hex dumps, without a branch: the nibbles are spread over eight bytes, and those
-    // above 9 become letters.
-    void hex8(uint32_t value) {
+    // Eight hexadecimal digits as characters, the first in the highest byte: the nibbles are spread over
+    // eight bytes, and those above 9 become letters.
+    static uint64_t eight_digits(uint32_t value, char letter_a) {
         uint64_t x = value;
         x = (x << 16 | x) & 0x0000FFFF0000FFFF;
         x = (x << 8 | x) & 0x00FF00FF00FF00FF;
         x = (x << 4 | x) & 0x0F0F0F0F0F0F0F0F;
         const uint64_t letters = (x + 0x0606060606060606) >> 4 & 0x0101010101010101;
-        x += 0x3030303030303030 + letters * ('a' - '0' - 10);
-        char *room = claim(8);
-        for (unsigned i = 0; i < 8; i++) room[i] = static_cast<char>(x >> (56 - 8 * i));
+        return x + 0x3030303030303030 + letters * static_cast<uint64_t>(letter_a - '0' - 10);
     }
 
     static size_t digits_of(uint64_t value, unsigned width, char pad) {
         const size_t n = (static_cast<size_t>(std::bit_width(value | 1)) + 3) / 4;
         return pad == '0' ? std::max<size_t>(n, width) : n;
     }
-    void digits(uint64_t value, const char *alphabet, unsigned width, char pad) {
+    void digits(uint64_t value, char letter_a, unsigned width, char pad) {
         unsigned n = (static_cast<unsigned>(std::bit_width(value | 1)) + 3) / 4;
         if (n < width) {
             if (pad == '0') {
@@ -120,7 +114,17 @@ class LineBuffer {
                 std::memset(claim(width - n), pad, width - n);
             }
         }
+        if (value <= UINT32_MAX && n <= 8) {
+            const uint64_t characters = eight_digits(static_cast<uint32_t>(value), letter_a) << 8 * (8 - n);
+            char *room = claim(8);
+            for (unsigned i = 0; i < 8; i++) room[i] = static_cast<char>(characters >> (56 - 8 * i));
+            standard_output.give_back(8 - n);
+            return;
+        }
         char *room = claim(n);
-        for (unsigned i = n; i-- > 0; value >>= 4) room[i] = alphabet[value & 15];
+        for (unsigned i = n; i-- > 0; value >>= 4) {
+            const unsigned digit = value & 15;
+            room[i] = static_cast<char>(digit < 10 ? '0' + digit : letter_a + digit - 10);
+        }
     }
 };

@@ -84,7 +84,12 @@ void Link::before_read(int fd, uint64_t offset, uint64_t n) {
 void Link::after_read(int fd, int64_t count) {
     if (place_ == local || count <= 0) return;
     cost_.measured(static_cast<uint64_t>(count), seconds() - started_);
-    if (cost_.is_slow() && place_ == unknown) place_ = is_remote(fd) ? remote : local;
+    if (place_ != unknown || (!cost_.is_slow() && ++fast_reads_ != kFastReads)) return;
+    if (!is_remote(fd)) {
+        place_ = local;
+    } else if (cost_.is_slow()) {
+        place_ = remote;
+    }
 }
 
 void Link::announce_file(const char *name, uint64_t n) {

@@ -8,6 +8,8 @@
 namespace {
 
 constexpr uint64_t kMaxSize = 0x100000;
+constexpr uint64_t kPiece = 0x10000;  // that is decoded in one go
+constexpr size_t kLongest = 4;        // bytes of a character
 
 enum class Encoding { bytes, utf8, utf16_little, utf16_big };
 
@@ -44,30 +46,45 @@ size_t utf8_character(Block text, uint32_t &code) {
     return size;
 }
 
-// `put` gets each character and the place behind it.
+// Decodes a piece of a text, but of one that goes on no character that may be cut: `put` gets each character
+// and the bytes that it takes. Returns the bytes decoded; 0 where the text ends.
 template <typename Put>
-void for_each_character(Block text, Encoding encoding, Put put) {
+size_t decode(Block piece, bool goes_on, Encoding encoding, Put put) {
+    Block rest = piece;
+    const size_t least = goes_on ? kLongest : 1;
     switch (encoding) {
         case Encoding::bytes:
-            for (const uint8_t &byte : text) put(byte, &byte + 1);
-            break;
+            for (const uint8_t byte : rest) put(byte, 1);
+            return piece.size();
         case Encoding::utf8:
-            for (uint32_t code = 0; !text.empty(); put(code, text.data()))
-                text = text.subspan(utf8_character(text, code));
+            for (uint32_t code = 0; rest.size() >= least;) {
+                const size_t n = utf8_character(rest, code);
+                put(code, n);
+                rest = rest.subspan(n);
+            }
             break;
         case Encoding::utf16_little:
-            for (; text.size() >= 2; text = text.subspan(2))
-                put(text[0] | static_cast<uint32_t>(text[1]) << 8, text.data() + 2);
+            for (; rest.size() >= 2; rest = rest.subspan(2))
+                put(rest[0] | static_cast<uint32_t>(rest[1]) << 8, 2);
             break;
         case Encoding::utf16_big:
-            for (; text.size() >= 2; text = text.subspan(2))
-                put(text[1] | static_cast<uint32_t>(text[0]) << 8, text.data() + 2);
+            for (; rest.size() >= 2; rest = rest.subspan(2))
+                put(rest[1] | static_cast<uint32_t>(rest[0]) << 8, 2);
             break;
+    }
+    return piece.size() - rest.size();
+}
+
+template <typename Put>
+void for_each_character(Bytes text, Encoding encoding, Put put) {
+    for (size_t n = 1; n > 0; text = text.from(n)) {
+        const Block piece = text.span(0, kPiece);
+        from(FileRange{});  // a line is of its characters, not of the piece
+        n = decode(piece, piece.size() < text.size(), encoding, put);
     }
 }
 
 // A character as it is shown, written behind what is there: at most kLongest bytes. The place behind it.
-constexpr size_t kLongest = 4;
 using WriteCharacter = char *(char *to, uint32_t code);
 
 char *write_utf8(char *to, uint32_t code) {
@@ -99,10 +116,10 @@ char *write_ascii(char *to, uint32_t code) {
 }
 
 template <WriteCharacter write>
-void put_characters(LineBuffer &out, Block text, Encoding encoding) {
+void put_characters(LineBuffer &out, Bytes text, Encoding encoding) {
     char piece[4096];
     char *end = piece;
-    for_each_character(text, encoding, [&](uint32_t code, const uint8_t *) {
+    for_each_character(text, encoding, [&](uint32_t code, size_t) {
         end = write(end, code);
         if (end <= piece + sizeof piece - kLongest) return;
         out.append({piece, end});
@@ -114,28 +131,25 @@ void put_characters(LineBuffer &out, Block text, Encoding encoding) {
 // Line feeds end lines, each of which is made of its characters: of those that can be told from the line, not
 // of what is a full stop like any other.
 template <WriteCharacter write>
-void tell_lines(LineBuffer &out, Bytes text, Block characters, Encoding encoding) {
-    forget();
-    const uint8_t *start = characters.data();
-    for_each_character(characters, encoding, [&](uint32_t code, const uint8_t *behind) {
+void tell_lines(LineBuffer &out, Bytes text, Encoding encoding) {
+    uint64_t offset = 0;
+    for_each_character(text, encoding, [&](uint32_t code, size_t n) {
         char character[kLongest];
         const char *end = write(character, code);
         const bool is_stand_in = end != character && character[0] == '.' && code != '.';
-        const uint64_t offset = static_cast<uint64_t>(start - characters.data());
         if (code != '\n' && end != character) out.text({character, end});
-        if (!is_stand_in) also(text, offset, static_cast<uint64_t>(behind - start));
+        if (!is_stand_in) also(text, offset, n);
         if (code == '\n') out.end_line();
-        start = behind;
+        offset += n;
     });
 }
 
 template <WriteCharacter write>
 void put_text(LineBuffer &out, Bytes text, Encoding encoding) {
-    const Block characters = text.span(0, text.size());
     if (listening) {
-        tell_lines<write>(out, text, characters, encoding);
+        tell_lines<write>(out, text, encoding);
     } else {
-        put_characters<write>(out, characters, encoding);
+        put_characters<write>(out, text, encoding);
     }
 }
 
