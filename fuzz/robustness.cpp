@@ -1,11 +1,12 @@
-// Feeds damaged copies of files to the dumps, and to the readers of facts, in processes of its own, and
+// Feeds damaged copies of files to the dumps, and to the readers of facts, in a process of its own, and
 // reports every copy on which one crashes, is caught by a sanitizer, writes to standard error, ends with an
-// unexpected status or takes too long.
+// unexpected status or takes too long: then another process goes on behind that copy.
 //
-//   robustness [--rounds N] [--seconds S] [--seed N] [--keep DIRECTORY] FILE_OR_DIRECTORY...
+//   robustness [--rounds N] [--runs N] [--seconds S] [--seed N] [--keep DIRECTORY] FILE_OR_DIRECTORY...
 //
-// Each file is dumped as it is, cut at many places and damaged N times in other ways, each time under one of
-// the sets of switches. Findings are kept in DIRECTORY (by default the working directory) as finding-*.
+// Each file is dumped as it is, cut at many places and damaged in other ways, `rounds` times, each time under
+// one of the sets of switches. With a number of runs or a time the files are gone through, with new seeds,
+// until it is over. Findings are kept in DIRECTORY (by default the working directory) as finding-*.
 #include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/resource.h>
@@ -40,6 +41,8 @@ constexpr time_t kProcessorSecondsARun = 30;  // for a dump of 95 MB, beside oth
 constexpr unsigned kSecondsARun = 120;        // for one that waits
 constexpr rlim_t kOutputLimit = rlim_t{1} << 30;
 constexpr int kFatalComponent = 1;  // the one status beside 0 that a dump may end with
+constexpr int kWrongStatus = 100;   // the child ends with it and the dump's status, or
+constexpr int kSpoke = 99;          // with this where a dump wrote to standard error
 
 // Switches, which stand before the name, and the numbers of a frame range, which stand behind it.
 const std::vector<std::vector<std::string>> kSwitches = {
@@ -50,7 +53,8 @@ const std::vector<std::vector<std::string>> kSwitches = {
 
 struct Options {
     unsigned rounds = 100;
-    double seconds = 1e9;
+    uint64_t runs = 0;
+    double seconds = 0;
     unsigned seed = 1;
     fs::path keep = ".";
     std::vector<fs::path> files;
@@ -125,7 +129,8 @@ void set_time_limit() {
     alarm(kSecondsARun);
 }
 
-void dump(const fs::path &path, const std::vector<std::string> &switches) {
+// The exit status.
+int dump(const fs::path &path, const std::vector<std::string> &switches) {
     std::vector<std::string> words{"keldump"};
     words.insert(words.end(), switches.begin(), switches.end());
     words.insert(std::find(words.begin() + 1, words.end(), "0"), path.string());
@@ -140,91 +145,145 @@ void dump(const fs::path &path, const std::vector<std::string> &switches) {
     }
     standard_output.flush();
     if (switches.empty()) facts(path.c_str());
-    if (status > 0) _exit(status);
+    return std::max(status, 0);
 }
 
+double seconds_now() {
+    return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+// How far the dumps have come; the child and its parent see it.
 struct Progress {
-    volatile unsigned number;  // the copy being dumped
+    volatile uint64_t file;    // of all that are gone through, again and again
+    volatile unsigned number;  // of its copies
+    volatile uint64_t runs;
 };
 
-struct Place {
-    fs::path directory;
-    fs::path copy;
-    fs::path errors;
-};
-
-// Dumps copies from `first` on in this (child) process; never returns.
-[[noreturn]] void dump_copies(const Options &options, const Content &original, unsigned first,
-                              Progress *progress, const Place &place) {
-    if (chdir(place.directory.c_str()) != 0) std::abort();
-    for (unsigned number = first; number <= options.rounds; number++) {
-        progress->number = number;
-        write_file(place.copy, damage(original, number, options.seed));
-        // Output goes to a file so that its limit holds.
-        const int out = open("out", O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        dup2(out, STDOUT_FILENO);
-        close(out);
-        set_time_limit();
-        dump(place.copy, switches_of(number));
+class Robustness {
+ public:
+    explicit Robustness(const Options &options) : options_(options) {
+        void *shared =
+            mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        progress_ = new (shared) Progress{};
+        // In memory, where files cost least.
+        const fs::path memory = "/dev/shm";
+        std::string pattern =
+            ((fs::exists(memory) ? memory : fs::temp_directory_path()) / "keldump-robustness-XXXXXX")
+                .string();
+        directory_ = mkdtemp(pattern.data());
+        errors_ = directory_ / "errors";
     }
-    progress->number = options.rounds + 1;
-    _exit(0);
-}
+    ~Robustness() {
+        std::error_code ignored;
+        fs::remove_all(directory_, ignored);
+    }
+    Robustness(const Robustness &) = delete;
+    Robustness &operator=(const Robustness &) = delete;
 
-unsigned findings = 0;
-uint64_t executions = 0;
-
-void report(const Options &options, const fs::path &file, unsigned number, const Place &place,
-            const std::string &what) {
-    findings++;
-    std::string switches;
-    for (const std::string &one : switches_of(number)) switches += one + " ";
-    const fs::path kept = options.keep / ("finding-" + std::to_string(findings) + "-" +
-                                          std::to_string(options.seed) + "-" + file.filename().string());
-    std::error_code ignored;
-    fs::copy_file(place.copy, kept, fs::copy_options::overwrite_existing, ignored);
-    std::printf("FINDING %s: %s (copy %u of %s, switches %s)\n", kept.c_str(), what.c_str(), number,
-                file.c_str(), switches.c_str());
-    std::ifstream errors(place.errors);
-    std::string line;
-    for (int i = 0; i < 12 && std::getline(errors, line); i++) std::printf("    %s\n", line.c_str());
-    std::fflush(stdout);
-}
-
-void test_file(const Options &options, const fs::path &file, Progress *progress, const fs::path &directory) {
-    std::ifstream in(file, std::ios::binary);
-    const Content original{std::istreambuf_iterator<char>(in), {}};
-    const Place place{directory, directory / ("copy" + file.extension().string()), directory / "errors"};
-    for (unsigned first = 0; first <= options.rounds;) {
-        progress->number = first;
-        std::fflush(stdout);
-        const pid_t child = fork();
-        if (child == 0) {
-            const rlimit limit{kOutputLimit, kOutputLimit};
-            setrlimit(RLIMIT_FSIZE, &limit);
-            const int errors = open(place.errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-            dup2(errors, STDERR_FILENO);
-            dump_copies(options, original, first, progress, place);
+    // The number of findings.
+    unsigned run() {
+        while (!is_over()) {
+            std::fflush(stdout);
+            const pid_t child = fork();
+            if (child == 0) dump_copies();
+            int status = 0;
+            waitpid(child, &status, 0);
+            judge(status);
         }
-        int status = 0;
-        waitpid(child, &status, 0);
-        const unsigned reached = progress->number;
-        executions += std::min(reached, options.rounds) - first + 1;
+        std::printf("%llu runs on %zu files, %u findings\n", static_cast<unsigned long long>(progress_->runs),
+                    options_.files.size(), findings_);
+        return findings_;
+    }
+
+ private:
+    const fs::path &file() const { return options_.files[progress_->file % options_.files.size()]; }
+    unsigned seed() const {
+        return options_.seed + static_cast<unsigned>(progress_->file / options_.files.size());
+    }
+    fs::path copy() const { return directory_ / ("copy" + file().extension().string()); }
+
+    bool is_over() const {
+        if (options_.files.empty()) return true;
+        if (options_.runs == 0 && options_.seconds <= 0) return progress_->file >= options_.files.size();
+        return (options_.runs > 0 && progress_->runs >= options_.runs) ||
+               (options_.seconds > 0 && seconds_now() - start_ >= options_.seconds);
+    }
+
+    void go_on() {
+        progress_->runs = progress_->runs + 1;
+        progress_->number = progress_->number + 1;
+        if (progress_->number <= options_.rounds) return;
+        progress_->file = progress_->file + 1;
+        progress_->number = 0;
+    }
+
+    // Dumps copies in this (child) process; never returns.
+    [[noreturn]] void dump_copies() {
+        const rlimit limit{kOutputLimit, kOutputLimit};
+        setrlimit(RLIMIT_FSIZE, &limit);
+        dup2(open(errors_.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), STDERR_FILENO);
+        if (chdir(directory_.c_str()) != 0) std::abort();
+        for (uint64_t read = UINT64_MAX; !is_over(); go_on()) {
+            if (read != progress_->file) {
+                read = progress_->file;
+                std::ifstream in(file(), std::ios::binary);
+                original_.assign(std::istreambuf_iterator<char>(in), {});
+            }
+            write_file(copy(), damage(original_, progress_->number, seed()));
+            // Output goes to a file so that its limit holds.
+            const int out = open("out", O_WRONLY | O_CREAT | O_TRUNC, 0600);
+            dup2(out, STDOUT_FILENO);
+            close(out);
+            set_time_limit();
+            const int status = dump(copy(), switches_of(progress_->number));
+            if (status != 0 && status != kFatalComponent) _exit(kWrongStatus + status);
+            if (lseek(STDERR_FILENO, 0, SEEK_CUR) > 0) _exit(kSpoke);
+        }
+        _exit(0);
+    }
+
+    // What ended a child.
+    void judge(int status) {
         if (WIFSIGNALED(status)) {
             const int signal = WTERMSIG(status);
-            report(options, file, reached, place,
-                   signal == SIGPROF   ? "takes too long"
+            report(signal == SIGPROF   ? "takes too long"
                    : signal == SIGALRM ? "hangs"
                    : signal == SIGXFSZ ? "endless output"
                                        : strsignal(signal));
-        } else if (WEXITSTATUS(status) != 0 && WEXITSTATUS(status) != kFatalComponent) {
-            report(options, file, reached, place, "exit status " + std::to_string(WEXITSTATUS(status)));
-        } else if (fs::file_size(place.errors) > 0) {
-            report(options, file, reached, place, "text on standard error");
+        } else if (const int end = WEXITSTATUS(status); end != 0) {
+            report(end == kSpoke  ? "text on standard error"
+                   : end < kSpoke ? "caught by a sanitizer"
+                                  : "exit status " + std::to_string(end - kWrongStatus));
+        } else {
+            return;
         }
-        first = reached + 1;
+        go_on();
     }
-}
+
+    void report(const std::string &what) {
+        findings_++;
+        std::string switches;
+        for (const std::string &one : switches_of(progress_->number)) switches += one + " ";
+        const fs::path kept = options_.keep / ("finding-" + std::to_string(findings_) + "-" +
+                                               std::to_string(seed()) + "-" + file().filename().string());
+        std::error_code ignored;
+        fs::copy_file(copy(), kept, fs::copy_options::overwrite_existing, ignored);
+        std::printf("FINDING %s: %s (copy %u of %s, switches %s)\n", kept.c_str(), what.c_str(),
+                    progress_->number, file().c_str(), switches.c_str());
+        std::ifstream errors(errors_);
+        std::string line;
+        for (int i = 0; i < 12 && std::getline(errors, line); i++) std::printf("    %s\n", line.c_str());
+        std::fflush(stdout);
+    }
+
+    const Options &options_;
+    Progress *progress_ = nullptr;
+    const double start_ = seconds_now();
+    fs::path directory_;
+    fs::path errors_;
+    Content original_;
+    unsigned findings_ = 0;
+};
 
 Options parse(int argc, char **argv) {
     Options options;
@@ -232,6 +291,8 @@ Options parse(int argc, char **argv) {
         const std::string word = argv[i];
         if (word == "--rounds") {
             options.rounds = static_cast<unsigned>(std::atoi(argv[++i]));
+        } else if (word == "--runs") {
+            options.runs = static_cast<uint64_t>(std::atoll(argv[++i]));
         } else if (word == "--seconds") {
             options.seconds = std::atof(argv[++i]);
         } else if (word == "--seed") {
@@ -257,27 +318,5 @@ int main(int argc, char **argv) {
     Options options = parse(argc, argv);
     options.keep = fs::absolute(options.keep);
     std::shuffle(options.files.begin(), options.files.end(), std::mt19937(options.seed));
-    void *shared = mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-    std::string pattern = (fs::temp_directory_path() / "keldump-robustness-XXXXXX").string();
-    const fs::path directory = mkdtemp(pattern.data());
-
-    // With a time limit the files are gone through again and again with new seeds until it is over.
-    const auto start = std::chrono::steady_clock::now();
-    const auto elapsed = [&] {
-        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-    };
-    const bool timed = options.seconds < 1e9;
-    do {
-        for (const fs::path &file : options.files) {
-            if (elapsed() < options.seconds)
-                test_file(options, file, static_cast<Progress *>(shared), directory);
-        }
-        options.seed++;
-    } while (timed && elapsed() < options.seconds && !options.files.empty());
-
-    std::error_code ignored;
-    fs::remove_all(directory, ignored);
-    std::printf("%llu runs on %zu files, %u findings\n", static_cast<unsigned long long>(executions),
-                options.files.size(), findings);
-    return findings == 0 ? 0 : 1;
+    return Robustness(options).run() == 0 ? 0 : 1;
 }
