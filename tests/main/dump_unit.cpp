@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 #include <random>
 
 #include "support/bytes_of.h"
@@ -60,10 +61,12 @@ TEST(Dump, TwoInOneProcessAreLikeTwoProcesses) {
     std::vector<fs::path> files = samples();
     const Workplace place;
     place.write("cut.mxf", content_of(std::string(KELDUMP_SAMPLES) + "/mxf/op1a-mpeg2.mxf").substr(0, 3000));
+    std::map<fs::path, std::string> alone;
+    for (const fs::path &file : files) alone[file] = place.run({file}).out;
     for (const bool backwards : {false, true}) {
         if (backwards) std::ranges::reverse(files);
         for (const fs::path &file : files) {
-            EXPECT_EQ(hear(file).text, place.run({file}).out) << file;
+            EXPECT_EQ(hear(file).text, alone[file]) << file;
             hear(place.path("cut.mxf"));
         }
     }
