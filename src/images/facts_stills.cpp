@@ -49,10 +49,48 @@ std::optional<uint64_t> packets_end(Input &input, uint64_t at, uint64_t pixels, 
 
 }  // namespace
 
-// The logical screen, and how many colours its palette may have.
+// GIF89a: the logical screen, and how many colours its palette may have. Blocks in the first 4 MiB are
+// walked; of what is longer the last two bytes are looked at.
 void gif_facts(Input &input, Facts &facts) {
-    const OrderedBytes h = little_endian(input.present(0, 13));
-    if (h.u16(6) != 0) still(facts, h.u16(6), h.u16(8), (h.u8(10) & 7U) + 1, "palette", "LZW").frames = -1;
+    constexpr uint64_t kLookedAt = 4 << 20;
+    constexpr uint8_t kExtension = 0x21, kControl = 0xF9, kImage = 0x2C, kTrailer = 0x3B;
+    const uint64_t size = input.size();
+    const OrderedBytes b = little_endian(input.bytes(0, std::min(size, kLookedAt), 64 * 1024));
+    const auto colours = [&](uint64_t at) { return b.u8(at) & 0x80 ? uint64_t{6} << (b.u8(at) & 7) : 0; };
+    if (b.u16(6) == 0) return;
+    Picture &picture = still(facts, b.u16(6), b.u16(8), (b.u8(10) & 7U) + 1, "palette", "LZW");
+    picture.frames = -1;
+    if (b.u8(12) != 0) picture.pixel_aspect = Ratio{b.u8(12) + 15, 64}.reduced();
+    int64_t images = 0, shown = 0, delay = -1;  // hundredths of a second
+    bool even = true;
+    uint64_t at = 13 + colours(10);
+    while (b.u8(at) == kExtension || b.u8(at) == kImage) {
+        if (b.u8(at) == kExtension && b.u8(at + 1) == kControl) {
+            even = even && (delay < 0 || delay == b.u16(at + 4));
+            delay = b.u16(at + 4);
+        }
+        const bool is_image = b.u8(at) == kImage;
+        images += is_image;
+        if (is_image) shown += std::max<int64_t>(delay, 0);
+        at += is_image ? 11 + colours(at + 9) : 2;
+        while (b.u8(at) != 0) at += 1U + b.u8(at);
+        at++;
+    }
+    if (b.u8(at) == kTrailer) {
+        picture.frames = images;
+        if (images > 1 && shown > 0) {
+            picture.rate = rate_of(100 * images, shown);
+            picture.constant_rate = even;
+            facts.lasts(shown, {100, 1});
+        }
+        facts.whole(at + 1);
+    } else if (at >= size) {
+        facts.cut(at + 1, "the trailer");
+    } else if (ends_in_zeros(input, at, size, 1, 1024)) {
+        facts.cut(size, "the end holds zeros");
+    } else if (at >= kLookedAt && bytes_are(input.present(size - 2, 2), 0, "\0;")) {
+        facts.whole(size);
+    }
 }
 
 void bmp_facts(Input &input, Facts &facts) {

@@ -58,6 +58,23 @@ TEST(ExrFacts, LastChunks) {
     EXPECT_EQ(extent_of(plain.substr(0, plain.size() - 1100) + std::string(1100, '\0'), "a.exr"), "whole");
 }
 
+// A table of offsets is written last: what it has not was never written.
+TEST(ExrFacts, OffsetTable) {
+    const std::string head = little()
+                                 .u32(20000630)
+                                 .u32(2)
+                                 .raw(header(3, attribute("chunkCount", "int", little().u32(2).str())))
+                                 .str();
+    const std::string chunk = little().u32(0).u32(100).raw(std::string(100, 'd')).str();
+    const uint64_t first = head.size() + 16;
+    const auto extent = [&](uint64_t second) {
+        return extent_of(head + little().u64(first).u64(second).str() + chunk + chunk, "a.exr");
+    };
+    EXPECT_EQ(extent(first + chunk.size()), "whole");
+    EXPECT_EQ(extent(0), "cut 1 of 2 chunks were not written");
+    EXPECT_EQ(extent_of(head + little().u64(first).str(), "a.exr"), "cut the offset table");
+}
+
 // Windows reach as far as signed numbers of 32 bits do.
 TEST(ExrFacts, LargestWindow) {
     const std::string far = little().u32(0x80000000).u32(0x80000000).u32(INT32_MAX).u32(INT32_MAX).str();

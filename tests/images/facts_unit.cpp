@@ -27,7 +27,25 @@ TEST(ImageFacts, Softimage) {
                           .zeros(64)
                           .str()));
     SHOW(facts_of(std::string(100, 'x'), "noise.tga"));
-    EXPECT_EQ(facts_of("GIF89a" + hex("4001 F200 F6 00 00")), "GIF | 320x242 LZW palette 7 bits");
+}
+
+// Two images with delays, data of 300 bytes in blocks; behind the trailer may be anything.
+TEST(ImageFacts, BlocksOfGif) {
+    const auto image = [](const char *delay) {
+        return hex("21F904 00") + hex(delay) + hex("00 00 2C 00000000 4001F200 80 010101020202 08 FF") +
+               std::string(255, 'd') + hex("2D") + std::string(45, 'd') + hex("00");
+    };
+    const std::string head = "GIF89a" + hex("4001 F200 80 00 31 000000 FFFFFF 21FE 03 61623B 00");
+    const std::string whole = head + image("0400") + image("0400") + ";";
+    const std::string shown = "GIF | 320x242 LZW palette 1 bits ";
+    EXPECT_EQ(facts_of(whole), shown + "25 fps 2 frames | 2/25 s | whole");
+    EXPECT_EQ(facts_of(head + image("0400") + image("0600") + ";behind"),
+              shown + "20 vfr 2 frames | 1/10 s | whole");
+    for (const size_t cut : {whole.size() - 1, whole.size() - 2, whole.size() - 20, size_t{40}, size_t{13}}) {
+        EXPECT_EQ(extent_of(whole.substr(0, cut), "a.gif"), "cut the trailer");
+        EXPECT_EQ(extent_of(whole.substr(0, cut) + std::string(whole.size() - cut, '\0'), "a.gif"),
+                  "cut the end holds zeros");
+    }
 }
 
 // Two lines of two pixels, each behind a count and before a zero; the second was never written.
