@@ -176,7 +176,7 @@ bool is_known(std::string_view name) {
     constexpr std::string_view kKnown[] = {
         "owner",    "cameraModel", "dataWindow",       "displayWindow",   "chunkCount", "name",
         "type",     "view",        "pixelAspectRatio", "framesPerSecond", "software",   "Software",
-        "reelName", "reel",        "capDate",
+        "reelName", "reel",        "capDate",          "FramesPerSecond", "writer",
     };
     return std::ranges::find(kKnown, name) != std::end(kKnown);
 }
@@ -197,12 +197,13 @@ void add_value(std::string_view name, std::string_view type, OrderedBytes value,
     if (name == "type") part.type = text();
     if (name == "view") part.view = text();
     if (name == "pixelAspectRatio") part.picture.pixel_aspect = aspect_of(real, 10000);
-    if (name == "framesPerSecond" && type == "rational")
-        part.picture.rate = rate_of(value.s32(0), value.u32(4));
+    if (name == "framesPerSecond" || name == "FramesPerSecond")
+        part.picture.rate = type == "rational" ? rate_of(value.s32(0), value.u32(4)) : rate_of(real);
     if (name == "timeCode" && type == "timecode") part.timecode = value.u32(0) & 0x3F7F7F7F;
     if (name == "keyCode" && type == "keycode" && facts.keycode.empty()) add_keycode(value, facts);
     if (name == "chromaticities") add_chromaticities(value, part);
-    if ((name == "software" || name == "Software") && facts.writer.empty()) facts.writer = text();
+    const bool is_writer = name == "software" || name == "Software" || name == "writer";
+    if (is_writer && facts.writer.empty()) facts.writer = text();
     if (name == "reelName" || name == "reel") facts.reel = text();
     if (name == "capDate" && facts.date.empty()) facts.date = iso_date_in(text());
     constexpr size_t kMostHeld = 100;

@@ -154,7 +154,16 @@ void tga_facts(Input &input, Facts &facts) {
     const bool footer = bytes_are(tail, 8, "TRUEVISION-XFILE.\0");
     const uint64_t data = 18U + h.u8(0) + (map ? uint64_t{h.u16(5)} * ((h.u8(7) + 7U) / 8) : 0);
     const uint64_t pixels = uint64_t{h.u16(12)} * h.u16(14) * ((depth + 7) / 8);
-    if (footer) facts.variant = "TGA 2.0";
+    if (footer) {
+        facts.variant = "TGA 2.0";
+        const OrderedBytes more = little_endian(input.present(little_endian(tail).u32(0), 495));
+        if (more.u16(0) == 495) {
+            facts.writer = fixed_text(more.bytes, 426, 41);
+            facts.date = iso_date(more.u16(371), more.u16(367), more.u16(369), more.u16(373), more.u16(375),
+                                  more.u16(377));
+            facts.picture().pixel_aspect = Ratio{more.u16(474), more.u16(476)}.reduced();
+        }
+    }
     if (!footer && contains(tail, "TRUEVISION-XFIL")) {
         facts.cut(0, "the footer's end");
     } else if (!(type & 8)) {
@@ -243,7 +252,7 @@ void add_png_chunk(OrderedBytes chunk, Facts &facts) {
 
 // ISO 15948. The chunks are walked by their headers: compressed data has many, as a rule of 8 to 64 KiB.
 void png_facts(Input &input, Facts &facts) {
-    constexpr int kMostChunks = 1 << 16;
+    constexpr int kMostChunks = 1 << 16, kFew = 60;
     const uint64_t size = input.size();
     const OrderedBytes h = big_endian(input.present(0, 33));
     if (!bytes_are(h.bytes, 12, "IHDR")) return facts.cut(33, "the header's end");
@@ -258,12 +267,14 @@ void png_facts(Input &input, Facts &facts) {
             return facts.cut(std::max(end, at + 12),
                              bytes_are(chunk.bytes, 4, "IDAT") ? "picture data" : "the end chunk");
         const bool data = bytes_are(chunk.bytes, 4, "IDAT");
-        if (bytes_are(chunk.bytes, 4, "IEND") || (data && ends)) return facts.whole(ends ? size : end);
+        if (bytes_are(chunk.bytes, 4, "IEND") || (data && ends && i > kFew))
+            return facts.whole(ends ? size : end);
         if (chunk.u32(4) == 0) {
             facts.cut(end, "picture data: zeros in its place");
             return;
         }
         if (!data) add_png_chunk(chunk, facts);
+        if (bytes_are(chunk.bytes, 4, "eXIf")) exif_facts(input.present(at + 8, chunk.u32(0)), facts);
         at = end;
     }
 }
@@ -318,9 +329,19 @@ void netpbm_facts(Input &input, Facts &facts) {
     if (!plain) {
         facts.reaches(header.data() + line * height);
     } else {
-        // A digit and what divides it from the next, but in PBM.
+        // A digit and what divides it from the next, but in PBM; they are counted in the first 4 MiB.
+        constexpr uint64_t kLookedAt = 4 << 20;
         const uint64_t samples = uint64_t{width} * height * (kind == 2 ? 3 : 1);
         const uint64_t least = header.data() + (kind == 0 ? samples : 2 * samples - 1);
-        if (input.size() < least) facts.cut(least, "the picture's end");
+        const Bytes data = input.present(header.data(), kLookedAt, 64 * 1024);
+        uint64_t count = 0, at = 0;
+        for (bool in_number = false; at < data.size() && count <= samples; at++) {
+            const bool is_digit = data[at] >= '0' && data[at] <= '9';
+            if (is_digit && (kind == 0 || !in_number)) count++;
+            in_number = is_digit;
+            if (!is_digit && count == samples) return facts.whole(header.data() + at);
+        }
+        if (input.size() < least || (at == data.size() && count < samples && input.size() <= kLookedAt))
+            facts.cut(std::max(least, input.size() + 1), "the picture's end");
     }
 }

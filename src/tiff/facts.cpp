@@ -1,6 +1,7 @@
 #include <algorithm>
-#include <optional>
+#include <utility>
 
+#include "common/elementary.h"
 #include "common/names.h"
 #include "common/ordered_bytes.h"
 #include "common/values.h"
@@ -24,6 +25,7 @@ enum Tag : uint16_t {
     kStripOffsets = 273,
     kOrientation = 274,
     kSamples = 277,
+    kRowsPerStrip = 278,
     kStripCounts = 279,
     kXResolution = 282,
     kYResolution = 283,
@@ -31,6 +33,7 @@ enum Tag : uint16_t {
     kSoftware = 305,
     kDateTime = 306,
     kTileWidth = 322,
+    kTileLength = 323,
     kTileOffsets = 324,
     kTileCounts = 325,
     kSubDirectories = 330,
@@ -38,6 +41,9 @@ enum Tag : uint16_t {
     kSampleFormat = 339,
     kSubsampling = 530,
     kDngVersion = 50706,
+    kTileDepth = 32998,
+    kDefaultScale = 50718,
+    kDefaultCrop = 50720,
     kTimeCodes = 51043,
     kFrameRate = 51044,
     kReelName = 51081,
@@ -64,6 +70,8 @@ constexpr CodeName kCompressions[] = {  // TIFF 6.0 and its supplements, and wha
     {52546, "JPEG XL"},   {65535, "Pentax PEF"}};
 
 constexpr uint32_t kUncompressed = 1;
+constexpr uint32_t kJpeg = 7;
+constexpr uint32_t kYCbCr = 6;
 
 // Bytes a value of a type, by its code; 0 for types that are none.
 constexpr uint8_t kTypeSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};
@@ -83,6 +91,11 @@ struct Values {
     Ratio ratio(uint64_t i = 0) const {
         return has(i) && size() == 8 ? Ratio{bytes.u32(8 * i), bytes.u32(8 * i + 4)} : Ratio{};
     }
+    // The same as a whole number of what may be a ratio, at most 2^31.
+    uint64_t rounded(uint64_t i) const {
+        const uint64_t value = type == 5 ? static_cast<uint64_t>(ratio(i).value() + 0.5) : number(i);
+        return std::min<uint64_t>(value, 1U << 31);
+    }
     std::string text() const { return count > 0 ? fixed_text(bytes.bytes, 0, count) : ""; }
 };
 
@@ -101,6 +114,7 @@ class Directory {
         end_ = offset + head + size;
     }
 
+    Input &input() const { return input_; }
     // Tags ascend, so that the last one is 0 only where it was never written.
     bool is_whole() const { return is_whole_ && entries_.u32((count_ - 1) * entry_size()) != 0; }
     uint64_t end() const { return end_; }
@@ -156,21 +170,21 @@ class Directory {
 
 std::string components_of(const Directory &directory) {
     const uint64_t samples = directory.number(kSamples, 1);
-    const bool alpha = directory.values(kExtraSamples).count > 0;
     switch (directory.number(kPhotometric, 1)) {
         case 0:
         case 1: return samples == 1 ? "Y" : samples == 2 ? "YA" : std::to_string(samples) + " channels";
-        case 2:
-            return samples == 3            ? "RGB"
-                   : samples == 4 && alpha ? "RGBA"
-                                           : std::to_string(samples) + " channels";
+        case 2: return samples == 3 ? "RGB" : samples == 4 ? "RGBA" : std::to_string(samples) + " channels";
         case 3: return "palette";
         case 4: return "mask";
         case 5: return "CMYK";
-        case 6: {
+        case kYCbCr: {
             const Values subsampling = directory.values(kSubsampling);
             // Encoders that leave it out have it in their JPEG data.
-            if (subsampling.count == 0 && directory.number(kCompression) == 7) return "YCbCr";
+            Picture jpeg;
+            const uint64_t tiles = directory.number(kTileOffsets);
+            const uint64_t first = tiles > 0 ? tiles : directory.number(kStripOffsets);
+            if (subsampling.count == 0 && directory.number(kCompression) == kJpeg)
+                return jpeg_frame(directory.input().present(first, 4096), jpeg) ? jpeg.components : "YCbCr";
             const std::string chroma = chroma_text(subsampling.has(0) ? subsampling.number(0) : 2,
                                                    subsampling.has(1) ? subsampling.number(1) : 2);
             return chroma.empty() ? "YCbCr" : chroma;
@@ -191,8 +205,9 @@ Picture picture_of(const Directory &directory) {
     if (width > INT32_MAX || height > INT32_MAX) return picture;
     picture.width = static_cast<uint32_t>(width);
     picture.height = static_cast<uint32_t>(height);
-    picture.bits = static_cast<uint32_t>(std::min<uint64_t>(directory.number(kBits, 1), 64));
-    picture.floating = directory.number(kSampleFormat, 1) == 3;
+    picture.bits = static_cast<uint32_t>(std::min<uint64_t>(directory.number(kBits, 1), 128));
+    const uint64_t format = directory.number(kSampleFormat, 1);
+    picture.floating = format == 3 || format == 6;  // 6: complex
     picture.components = components_of(directory);
     const uint64_t compression = directory.number(kCompression, kUncompressed);
     picture.codec = name_of(kCompressions, static_cast<uint32_t>(compression), "");
@@ -202,6 +217,15 @@ Picture picture_of(const Directory &directory) {
     const Ratio y = directory.values(kYResolution).ratio();
     if (x.is_set() && y.is_set() && x.n < INT32_MAX && y.n < INT32_MAX)
         picture.pixel_aspect = Ratio{y.n * x.d, y.d * x.n}.reduced();
+    // DNG: the part of a raw picture that is shown, and what makes its pixels square.
+    const Values crop = directory.values(kDefaultCrop);
+    if (crop.rounded(0) > 0 && crop.rounded(0) <= width && crop.rounded(1) > 0 && crop.rounded(1) <= height) {
+        picture.coded_width = std::exchange(picture.width, static_cast<uint32_t>(crop.rounded(0)));
+        picture.coded_height = std::exchange(picture.height, static_cast<uint32_t>(crop.rounded(1)));
+    }
+    const Values scale = directory.values(kDefaultScale);
+    if (scale.ratio(0).is_set() && scale.ratio(1).is_set())
+        picture.pixel_aspect = aspect_of(scale.ratio(0).value() / scale.ratio(1).value());
     return picture;
 }
 
@@ -212,25 +236,39 @@ struct DataEnd {
     bool is_blank = false;
 };
 
-DataEnd data_end(Input &input, const Directory &directory) {
-    Values offsets = directory.values(kTileOffsets);
-    Values counts = directory.values(kTileCounts);
-    if (offsets.count == 0) {
-        offsets = directory.values(kStripOffsets);
-        counts = directory.values(kStripCounts);
-    }
+// Of what is not compressed a strip or tile has what it needs where its count says more, or nothing.
+DataEnd data_end(const Directory &directory) {
+    constexpr uint64_t kMost = 1U << 31;
+    const bool tiled = directory.values(kTileOffsets).count > 0;
+    const Values offsets = directory.values(tiled ? kTileOffsets : kStripOffsets);
+    const Values counts = directory.values(tiled ? kTileCounts : kStripCounts);
+    const uint64_t height = std::min(directory.number(kLength), kMost);
+    const uint64_t width = std::min(directory.number(tiled ? kTileWidth : kWidth), kMost);
+    const uint64_t told_rows = directory.number(tiled ? kTileLength : kRowsPerStrip, height);
+    const uint64_t rows = std::clamp<uint64_t>(told_rows, 1, tiled ? kMost : height);
+    const Values depths = directory.values(kBits);
+    const uint64_t samples = directory.number(kPlanar, 1) == 2 ? 1 : directory.number(kSamples, 1);
+    uint64_t bits = 0;
+    for (uint64_t i = 0; i < std::min<uint64_t>(samples, UINT16_MAX); i++)
+        bits += depths.has(0) ? depths.number(depths.has(i) ? i : 0) : 1;
+    const bool is_plain = directory.number(kCompression, kUncompressed) == kUncompressed;
+    const bool is_measurable = is_plain && directory.number(kPhotometric, 1) != kYCbCr &&
+                               directory.number(kTileDepth, 1) == 1 && bits < 1 << 16;
+    const uint64_t line = is_measurable ? (width * bits + 7) / 8 : UINT64_MAX;
+    const uint64_t strips = (height + rows - 1) / rows;
     DataEnd result;
     uint64_t last_size = 0;
-    for (uint64_t i = 0; i < std::min(offsets.count, kMostStrips) && offsets.has(i) && counts.has(i); i++) {
-        const uint64_t end = offsets.number(i) + counts.number(i);
-        if (end < offsets.number(i) || end <= result.end) continue;
-        result.end = end;
-        last_size = counts.number(i);
-        result.is_known = true;
+    for (uint64_t i = 0; i < std::min(offsets.count, kMostStrips) && offsets.has(i); i++) {
+        const uint64_t lines = tiled ? rows : std::min(rows, height - i % strips * rows);
+        uint64_t size = counts.number(i);
+        if (is_measurable && (size == 0 || size / lines >= line)) size = std::min(line, kMost) * lines;
+        const uint64_t end = offsets.number(i) + size;
+        if (end < size || size == 0 || end <= result.end) continue;
+        result = {end, true, false};
+        last_size = size;
     }
-    if (!result.is_known || directory.number(kCompression, kUncompressed) == kUncompressed || last_size == 0)
-        return result;
-    result.is_blank = ends_in_zeros(input, result.end - last_size, result.end, 16, 4096);
+    if (result.is_known && !is_plain)
+        result.is_blank = ends_in_zeros(directory.input(), result.end - last_size, result.end, 16, 4096);
     return result;
 }
 
@@ -275,7 +313,8 @@ void tiff_facts(Input &input, Facts &facts) {
     uint64_t values_end = 0;
     uint64_t largest = 0;
     int64_t pages = 0;
-    bool is_cut = false, is_known = false, is_blank = false, is_tiled = false;
+    bool is_cut = false, is_known = false, is_blank = false;
+    std::string tiles;
     Ratio rate;
     FileTimecode timecode;
     while (!waiting.empty() && seen.size() < kMostDirectories) {
@@ -303,19 +342,23 @@ void tiff_facts(Input &input, Facts &facts) {
         Picture picture = picture_of(directory);
         if (picture.width == 0 || picture.height == 0) continue;
         if ((directory.number(kSubfileType) & 1) == 0) pages++;
-        const DataEnd data = data_end(input, directory);
+        const DataEnd data = data_end(directory);
         end = std::max(end, data.end);
         is_known = is_known || data.is_known;
         is_blank = is_blank || data.is_blank;
         const uint64_t area = uint64_t{picture.width} * picture.height;
-        if (area > largest) is_tiled = directory.number(kTileWidth) > 0;
+        if (area > largest) {
+            const uint64_t tile_width = directory.number(kTileWidth);
+            tiles = tile_width > 0 ? size_text(tile_width, directory.number(kTileLength)) : "";
+        }
         largest = std::max(largest, area);
         facts.pictures.push_back(std::move(picture));
     }
     facts.largest_first();
     if (!facts.pictures.empty()) facts.pictures.front().rate = rate;
     facts.add(std::move(timecode));
-    if (is_tiled) append(facts.variant, "tiled");
+    if (!tiles.empty()) append(facts.variant, "tiled");
+    facts.add_more("tiles", tiles);
     if (pages > 1) facts.add_more("pages", pages);
     if (facts.pictures.size() > 1) facts.add_more("pictures", facts.pictures.size());
 
@@ -328,6 +371,6 @@ void tiff_facts(Input &input, Facts &facts) {
     } else if (is_blank) {
         facts.cut(end, "the end of the picture data holds zeros");
     } else if (is_known) {
-        facts.whole(end);
+        facts.whole(std::max(end, values_end));
     }
 }

@@ -75,6 +75,18 @@ TEST(ExrFacts, OffsetTable) {
     EXPECT_EQ(extent_of(head + little().u64(first).str(), "a.exr"), "cut the offset table");
 }
 
+// Names that others than the format's library write.
+TEST(ExrFacts, OtherNames) {
+    const std::string chunk = little().u32(0).u32(4).text("data").str();
+    const std::string more = attribute("chunkCount", "int", little().u32(1).str()) +
+                             attribute("FramesPerSecond", "float", little().f32(23.976F).str()) +
+                             attribute("writer", "string", "a plug-in");
+    EXPECT_EQ(
+        facts_of(file(2, header(0, more), chunk)),
+        "EXR scan lines | 64x32 uncompressed RGB 16 bits float 24000/1001 fps 1 frames | by a plug-in | "
+        "whole | channels: B G R");
+}
+
 // Windows reach as far as signed numbers of 32 bits do.
 TEST(ExrFacts, LargestWindow) {
     const std::string far = little().u32(0x80000000).u32(0x80000000).u32(INT32_MAX).u32(INT32_MAX).str();

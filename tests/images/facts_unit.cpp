@@ -48,6 +48,53 @@ TEST(ImageFacts, BlocksOfGif) {
     }
 }
 
+// What stands behind the picture: EXIF of PNG, the extension of TGA 2.0.
+TEST(ImageFacts, BehindThePicture) {
+    const auto chunk = [](const char *type, const std::string &data) {
+        return big().u32(data.size()).text(type).raw(data).u32(0).str();
+    };
+    const std::string exif =
+        "MM" + hex("002A 00000008 0002 0112 0003 00000001 00060000 0131 0002 00000003 61620000");
+    EXPECT_EQ(facts_of(hex("89504E470D0A1A0A") + chunk("IHDR", big().u32(2).u32(1).hex("0802000000").str()) +
+                       chunk("IDAT", "data") + chunk("eXIf", exif) + chunk("IEND", "")),
+              "PNG | 2x1 Deflate RGB 8 bits 1 frames | by ab | whole | orientation: 6");
+    const std::string extension = little()
+                                      .u16(495)
+                                      .at(367)
+                                      .u16(2)
+                                      .u16(29)
+                                      .u16(2024)
+                                      .u16(23)
+                                      .u16(59)
+                                      .u16(58)
+                                      .at(426)
+                                      .text("painter")
+                                      .at(474)
+                                      .u16(2)
+                                      .u16(1)
+                                      .at(494)
+                                      .u8(0)
+                                      .str();
+    EXPECT_EQ(
+        facts_of(little()
+                     .hex("000002")
+                     .at(12)
+                     .u16(1)
+                     .u16(1)
+                     .u8(24)
+                     .u8(0)
+                     .hex("010203")
+                     .raw(extension)
+                     .u32(21)
+                     .u32(0)
+                     .text("TRUEVISION-XFILE.")
+                     .u8(0)
+                     .str(),
+                 "a.tga"),
+        "TGA TGA 2.0 | 1x1 uncompressed RGB 8 bits aspect 2 1 frames | by painter | 2024-02-29T23:59:58 | "
+        "whole | bits a pixel: 24");
+}
+
 // Two lines of two pixels, each behind a count and before a zero; the second was never written.
 TEST(ImageFacts, LinesOfSgi) {
     const auto sgi = [](const std::string &last) {
