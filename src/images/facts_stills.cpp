@@ -84,8 +84,8 @@ void gif_facts(Input &input, Facts &facts) {
             facts.lasts(shown, {100, 1});
         }
         facts.whole(at + 1);
-    } else if (at >= size) {
-        facts.cut(at + 1, "the trailer");
+    } else if (at > size || (at == size && images == 0)) {  // some writers leave the trailer out
+        facts.cut(at + 1, "the picture's end");
     } else if (ends_in_zeros(input, at, size, 1, 1024)) {
         facts.cut(size, "the end holds zeros");
     } else if (at >= kLookedAt && bytes_are(input.present(size - 2, 2), 0, "\0;")) {
