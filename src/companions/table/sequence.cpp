@@ -89,7 +89,10 @@ void SequenceRow::add(const FrameNumber &number, Row row) {
     claimed_ += std::max(whole_of(row[Column::size]), whole_of(row[Column::bytes_claimed]));
     add_fields(row);
     if (!row[Column::problem].empty()) add_trouble(kind_of(row[Column::problem]), number.value);
-    if (extent_.empty() || row[Column::extent] != "whole") extent_ = row[Column::extent];
+    // Whole are those that all are, cut those of which one is.
+    const std::string &extent = row[Column::extent];
+    if (numbers_.size() == 1 || extent == "cut" || (extent != "whole" && extent_ == "whole"))
+        extent_ = extent;
     // A frame without a header has nothing to compare.
     if (row[Column::width].empty()) {
         pictures_.push_back(0);
