@@ -270,8 +270,7 @@ void png_facts(Input &input, Facts &facts) {
         if (bytes_are(chunk.bytes, 4, "IEND") || (data && ends && i > kFew))
             return facts.whole(ends ? size : end);
         if (chunk.u32(4) == 0) {
-            facts.cut(end, "picture data: zeros in its place");
-            return;
+            return facts.cut(end, "picture data: zeros in its place");
         }
         if (!data) add_png_chunk(chunk, facts);
         if (bytes_are(chunk.bytes, 4, "eXIf")) exif_facts(input.present(at + 8, chunk.u32(0)), facts);

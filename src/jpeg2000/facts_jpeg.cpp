@@ -107,14 +107,6 @@ struct Directory {
     }
 };
 
-// "2026:11:26 10:00:00", and "+02:00" where the offset from UTC is told.
-std::string exif_date(const std::string &text, const std::string &offset) {
-    const std::string date = iso_date_in(text.substr(0, 19));
-    if (offset == "+00:00" || offset == "Z") return date.empty() ? "" : date + "Z";
-    const bool is_told = offset.size() == 6 && (offset[0] == '+' || offset[0] == '-');
-    return is_told && !date.empty() ? date + offset : date;
-}
-
 OrderedBytes tiff_in(Bytes b) { return bytes_are(b, 0, "MM") ? big_endian(b) : little_endian(b); }
 
 }  // namespace
@@ -128,8 +120,8 @@ void exif_facts(Bytes exif, Facts &facts) {
     const std::string camera = product_text(main.text(0x010F), main.text(0x0110));
     if (facts.writer.empty()) facts.writer = main.text(0x0131);
     if (facts.writer.empty()) facts.writer = camera;
-    if (facts.date.empty()) facts.date = exif_date(photo.text(0x9003), photo.text(0x9011));
-    if (facts.date.empty()) facts.date = exif_date(main.text(0x0132), photo.text(0x9010));
+    if (facts.date.empty()) facts.date = iso_date_in(photo.text(0x9003) + photo.text(0x9011));
+    if (facts.date.empty()) facts.date = iso_date_in(main.text(0x0132) + photo.text(0x9010));
     facts.add_more("camera", camera);
     const uint64_t orientation = main.value(0x0112);
     if (orientation != 0) facts.add_more("orientation", tiff.u16(orientation));

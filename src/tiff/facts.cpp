@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr size_t kMostDirectories = 24;
+constexpr size_t kMostDirectories = 64;
 constexpr uint64_t kMostEntries = 4096;    // of a directory
 constexpr uint64_t kMostStrips = 1 << 17;  // looked at
 
@@ -102,12 +102,11 @@ struct Values {
 // A directory of a TIFF or BigTIFF file: entries of 12 or 20 bytes.
 class Directory {
  public:
-    Directory(Input &input, ByteOrder order, bool big, uint64_t offset)
-        : input_(input), order_(order), big_(big) {
-        const uint64_t head = big ? 8 : 2;
+    Directory(Input &input, ByteOrder order, bool big, uint64_t offset) : input_(input), room_(big ? 8 : 4) {
+        const unsigned head = big ? 8 : 2;
         const OrderedBytes start{input.present(offset, head), order};
-        count_ = std::min(start.number(0, static_cast<unsigned>(head)), kMostEntries);
-        const uint64_t size = count_ * entry_size() + (big ? 8 : 4);
+        count_ = std::min(start.number(0, head), kMostEntries);
+        const uint64_t size = count_ * entry_size() + room_;
         entries_ = {input.present(offset + head, size), order};
         is_whole_ =
             count_ > 0 && start.bytes.size() == head && entries_.bytes.size() >= count_ * entry_size();
@@ -116,38 +115,28 @@ class Directory {
 
     Input &input() const { return input_; }
     // Tags ascend, so that the last one is 0 only where it was never written.
-    bool is_whole() const { return is_whole_ && entries_.u32((count_ - 1) * entry_size()) != 0; }
+    bool is_whole() const { return is_whole_ && tag(count_ - 1) != 0; }
     uint64_t end() const { return end_; }
-    uint64_t next() const { return entries_.number(count_ * entry_size(), big_ ? 8 : 4); }
+    uint64_t next() const { return entries_.number(count_ * entry_size(), room_); }
 
-    Values values(Tag tag) const {
-        for (uint64_t i = 0; i < count_; i++) {
-            const OrderedBytes entry = entries_.from(i * entry_size());
-            if (entry.u16(0) != tag) continue;
-            Values values{{}, entry.u16(2), big_ ? entry.u64(4) : entry.u32(4)};
-            const uint64_t room = big_ ? 8 : 4;
-            const uint64_t limit = kMostStrips * 8;
-            const uint64_t size = values.count > limit ? limit : values.count * values.size();
-            values.bytes =
-                size <= room
-                    ? entry.sub(big_ ? 12 : 8, room)
-                    : OrderedBytes{input_.present(big_ ? entry.u64(12) : entry.u32(8), size), order_};
-            return values;
-        }
-        return {};
+    Values values(Tag wanted) const {
+        uint64_t i = 0;
+        while (i < count_ && tag(i) != wanted) i++;
+        if (i == count_) return {};
+        Values values = entry(i);
+        const uint64_t size = std::min(values.count, kMostStrips) * values.size();
+        if (size > room_) values.bytes = {input_.present(place(values), size), entries_.order};
+        return values;
     }
     // Where the values end that do not fit into their entries. Private ones may point anywhere.
     uint64_t values_end() const {
         uint64_t end = 0;
         for (uint64_t i = 0; i < count_; i++) {
-            const OrderedBytes entry = entries_.from(i * entry_size());
-            const bool is_private =
-                entry.u16(0) > kLastBaseline && (entry.u16(0) < kDngVersion || entry.u16(0) > kLastDng);
-            const uint64_t each = entry.u16(2) < std::size(kTypeSizes) ? kTypeSizes[entry.u16(2)] : 0;
-            const uint64_t count = big_ ? entry.u64(4) : entry.u32(4);
-            const uint64_t offset = big_ ? entry.u64(12) : entry.u32(8);
-            if (is_private || count > UINT32_MAX || count * each <= (big_ ? 8 : 4)) continue;
-            end = std::max(end, offset > UINT64_MAX / 2 ? offset : offset + count * each);
+            const Values values = entry(i);
+            const bool is_private = tag(i) > kLastBaseline && (tag(i) < kDngVersion || tag(i) > kLastDng);
+            const uint64_t size = values.count * values.size();
+            if (is_private || values.count > UINT32_MAX || size <= room_) continue;
+            end = std::max(end, place(values) > UINT64_MAX / 2 ? place(values) : place(values) + size);
         }
         return end;
     }
@@ -157,11 +146,17 @@ class Directory {
     }
 
  private:
-    uint64_t entry_size() const { return big_ ? 20 : 12; }
+    uint64_t entry_size() const { return 4 + 2 * uint64_t{room_}; }
+    uint32_t tag(uint64_t i) const { return entries_.u16(i * entry_size()); }
+    // With its field as the bytes: the values, or their place.
+    Values entry(uint64_t i) const {
+        const OrderedBytes b = entries_.sub(i * entry_size(), entry_size());
+        return {b.from(4 + room_), b.u16(2), b.number(4, room_)};
+    }
+    uint64_t place(const Values &values) const { return values.bytes.number(0, room_); }
 
     Input &input_;
-    ByteOrder order_;
-    bool big_;
+    unsigned room_;  // bytes of values or their place in an entry
     uint64_t count_ = 0;
     uint64_t end_ = 0;
     bool is_whole_ = false;
@@ -229,10 +224,10 @@ Picture picture_of(const Directory &directory) {
     return picture;
 }
 
-// Where the data of a picture ends, and whether it ends in zeros that no compressor writes.
+// Where the data of a picture ends, 0 where that is not known, and whether it ends in zeros that no
+// compressor writes.
 struct DataEnd {
     uint64_t end = 0;
-    bool is_known = false;
     bool is_blank = false;
 };
 
@@ -246,15 +241,13 @@ DataEnd data_end(const Directory &directory) {
     const uint64_t width = std::min(directory.number(tiled ? kTileWidth : kWidth), kMost);
     const uint64_t told_rows = directory.number(tiled ? kTileLength : kRowsPerStrip, height);
     const uint64_t rows = std::clamp<uint64_t>(told_rows, 1, tiled ? kMost : height);
-    const Values depths = directory.values(kBits);
     const uint64_t samples = directory.number(kPlanar, 1) == 2 ? 1 : directory.number(kSamples, 1);
-    uint64_t bits = 0;
-    for (uint64_t i = 0; i < std::min<uint64_t>(samples, UINT16_MAX); i++)
-        bits += depths.has(0) ? depths.number(depths.has(i) ? i : 0) : 1;
+    const uint64_t bits =
+        std::min<uint64_t>(samples, 1 << 16) * std::min<uint64_t>(directory.number(kBits, 1), 1 << 8);
     const bool is_plain = directory.number(kCompression, kUncompressed) == kUncompressed;
-    const bool is_measurable = is_plain && directory.number(kPhotometric, 1) != kYCbCr &&
-                               directory.number(kTileDepth, 1) == 1 && bits < 1 << 16;
-    const uint64_t line = is_measurable ? (width * bits + 7) / 8 : UINT64_MAX;
+    const bool is_measurable =
+        is_plain && directory.number(kPhotometric, 1) != kYCbCr && directory.number(kTileDepth, 1) == 1;
+    const uint64_t line = (width * bits + 7) / 8;
     const uint64_t strips = (height + rows - 1) / rows;
     DataEnd result;
     uint64_t last_size = 0;
@@ -264,10 +257,10 @@ DataEnd data_end(const Directory &directory) {
         if (is_measurable && (size == 0 || size / lines >= line)) size = std::min(line, kMost) * lines;
         const uint64_t end = offsets.number(i) + size;
         if (end < size || size == 0 || end <= result.end) continue;
-        result = {end, true, false};
+        result.end = end;
         last_size = size;
     }
-    if (result.is_known && !is_plain)
+    if (result.end > 0 && !is_plain)
         result.is_blank = ends_in_zeros(directory.input(), result.end - last_size, result.end, 16, 4096);
     return result;
 }
@@ -344,7 +337,7 @@ void tiff_facts(Input &input, Facts &facts) {
         if ((directory.number(kSubfileType) & 1) == 0) pages++;
         const DataEnd data = data_end(directory);
         end = std::max(end, data.end);
-        is_known = is_known || data.is_known;
+        is_known = is_known || data.end > 0;
         is_blank = is_blank || data.is_blank;
         const uint64_t area = uint64_t{picture.width} * picture.height;
         if (area > largest) {
@@ -359,7 +352,8 @@ void tiff_facts(Input &input, Facts &facts) {
     facts.add(std::move(timecode));
     if (!tiles.empty()) append(facts.variant, "tiled");
     facts.add_more("tiles", tiles);
-    if (pages > 1) facts.add_more("pages", pages);
+    const bool is_all = std::ranges::count(waiting, 0U) == std::ssize(waiting);
+    if (pages > 1 && is_all) facts.add_more("pages", pages);
     if (facts.pictures.size() > 1) facts.add_more("pictures", facts.pictures.size());
 
     if (is_cut) {
@@ -370,7 +364,7 @@ void tiff_facts(Input &input, Facts &facts) {
         facts.cut(values_end, "values of the directory");
     } else if (is_blank) {
         facts.cut(end, "the end of the picture data holds zeros");
-    } else if (is_known) {
+    } else if (is_known && is_all) {
         facts.whole(std::max(end, values_end));
     }
 }
