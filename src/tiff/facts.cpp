@@ -354,7 +354,7 @@ void tiff_facts(Input &input, Facts &facts) {
     facts.add_more("tiles", tiles);
     const bool is_all = std::ranges::count(waiting, 0U) == std::ssize(waiting);
     if (pages > 1 && is_all) facts.add_more("pages", pages);
-    if (facts.pictures.size() > 1) facts.add_more("pictures", facts.pictures.size());
+    if (facts.pictures.size() > 1 && is_all) facts.add_more("pictures", facts.pictures.size());
 
     if (is_cut) {
         facts.cut(end, "the directory");
