@@ -128,7 +128,7 @@ void add_chromaticities(OrderedBytes b, Part &part) {
     };
     if (near(0, 0.64) && near(1, 0.33) && near(2, 0.30)) picture.colour.primaries = 1;
     if (near(0, 0.708) && near(1, 0.292)) picture.colour.primaries = 9;
-    if (near(0, 0.68) && near(1, 0.32) && near(2, 0.265)) picture.colour.primaries = near(6, 0.314) ? 11 : 12;
+    if (near(0, 0.68) && near(1, 0.32) && near(2, 0.265)) picture.colour.primaries = near(7, 0.351) ? 11 : 12;
     if (picture.colour.primaries < 0) part.chromaticities = chromaticities_text(b);
 }
 

@@ -75,6 +75,19 @@ TEST(ExrFacts, OffsetTable) {
     EXPECT_EQ(extent_of(head + little().u64(first).str(), "a.exr"), "cut the offset table");
 }
 
+// The two whites of P3 differ in y alone.
+TEST(ExrFacts, Primaries) {
+    for (const auto &[x, y, expected] :
+         {std::tuple{0.314F, 0.351F, "colour 11,"}, {0.3127F, 0.329F, "colour 12,"}}) {
+        ByteWriter values = little();
+        for (const float value : {0.68F, 0.32F, 0.265F, 0.69F, 0.15F, 0.06F, x, y}) values.f32(value);
+        EXPECT_NE(
+            facts_of(file(2, header(0, attribute("chromaticities", "chromaticities", values.str())), ""))
+                .find(expected),
+            std::string::npos);
+    }
+}
+
 // Names that others than the format's library write.
 TEST(ExrFacts, OtherNames) {
     const std::string chunk = little().u32(0).u32(4).text("data").str();
