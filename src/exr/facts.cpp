@@ -171,43 +171,39 @@ std::string plain_text(std::string_view type, OrderedBytes value) {
     return text;
 }
 
-// What is told by other facts, or is another one in each frame.
-bool is_known(std::string_view name) {
-    constexpr std::string_view kKnown[] = {
-        "owner",    "cameraModel", "dataWindow",       "displayWindow",   "chunkCount", "name",
-        "type",     "view",        "pixelAspectRatio", "framesPerSecond", "software",   "Software",
-        "reelName", "reel",        "capDate",          "FramesPerSecond", "writer",
-    };
-    return std::ranges::find(kKnown, name) != std::end(kKnown);
-}
-
+// What is not told by other facts, nor is another one in each frame, is held.
 void add_value(std::string_view name, std::string_view type, OrderedBytes value, Part &part, Facts &facts) {
+    bool is_known = false;
+    const auto is = [&](auto... names) {
+        const bool found = ((name == names) || ...);
+        is_known = is_known || found;
+        return found;
+    };
     const auto text = [&] { return fixed_text(value.bytes, 0, value.bytes.size()); };
     const double real = static_cast<double>(float_of_bits(value.u32(0)));
-    if (name == "channels") part.channels = channels_of(value);
-    if (name == "lineOrder") part.line_order = value.u8(0);
-    if (name == "owner") part.owner = text();
-    if (name == "cameraModel") part.camera = text();
-    if (name == "compression") part.compression = value.u8(0);
-    if (name == "dataWindow") part.data = box_at(value);
-    if (name == "displayWindow") part.display = box_at(value);
-    if (name == "tiles") part.tiles = {value.u32(0), value.u32(4), value.u8(8)};
-    if (name == "chunkCount") part.chunks = value.s32(0);
-    if (name == "name") part.name = text();
-    if (name == "type") part.type = text();
-    if (name == "view") part.view = text();
-    if (name == "pixelAspectRatio") part.picture.pixel_aspect = aspect_of(real, 10000);
-    if (name == "framesPerSecond" || name == "FramesPerSecond")
+    if (is("channels")) part.channels = channels_of(value);
+    if (is("lineOrder")) part.line_order = value.u8(0);
+    if (is("owner")) part.owner = text();
+    if (is("cameraModel")) part.camera = text();
+    if (is("compression")) part.compression = value.u8(0);
+    if (is("dataWindow")) part.data = box_at(value);
+    if (is("displayWindow")) part.display = box_at(value);
+    if (is("tiles")) part.tiles = {value.u32(0), value.u32(4), value.u8(8)};
+    if (is("chunkCount")) part.chunks = value.s32(0);
+    if (is("name")) part.name = text();
+    if (is("type")) part.type = text();
+    if (is("view")) part.view = text();
+    if (is("pixelAspectRatio")) part.picture.pixel_aspect = aspect_of(real, 10000);
+    if (is("framesPerSecond", "FramesPerSecond"))
         part.picture.rate = type == "rational" ? rate_of(value.s32(0), value.u32(4)) : rate_of(real);
-    if (name == "timeCode" && type == "timecode") part.timecode = value.u32(0) & 0x3F7F7F7F;
-    if (name == "keyCode" && type == "keycode" && facts.keycode.empty()) add_keycode(value, facts);
-    if (name == "chromaticities") add_chromaticities(value, part);
-    const bool is_writer = name == "software" || name == "Software" || name == "writer";
-    if (is_writer && facts.writer.empty()) facts.writer = text();
-    if (name == "reelName" || name == "reel") facts.reel = text();
-    if (name == "capDate" && facts.date.empty()) facts.date = iso_date_in(text());
+    if (type == "timecode" && is("timeCode")) part.timecode = value.u32(0) & 0x3F7F7F7F;
+    if (type == "keycode" && is("keyCode") && facts.keycode.empty()) add_keycode(value, facts);
+    if (is("chromaticities")) add_chromaticities(value, part);
+    if (is("software", "Software", "writer") && facts.writer.empty()) facts.writer = text();
+    if (is("reelName", "reel")) facts.reel = text();
+    if (is("capDate") && facts.date.empty()) facts.date = iso_date_in(text());
     constexpr size_t kMostHeld = 100;
-    const std::string plain = is_known(name) || facts.held.size() >= kMostHeld ? "" : plain_text(type, value);
+    const std::string plain = is_known || facts.held.size() >= kMostHeld ? "" : plain_text(type, value);
     if (!plain.empty()) facts.held.emplace_back("attribute " + std::string(name), plain);
 }
 

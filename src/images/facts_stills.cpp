@@ -252,7 +252,7 @@ void add_png_chunk(OrderedBytes chunk, Facts &facts) {
 
 // ISO 15948. The chunks are walked by their headers: compressed data has many, as a rule of 8 to 64 KiB.
 void png_facts(Input &input, Facts &facts) {
-    constexpr int kMostChunks = 1 << 16, kFew = 60;
+    constexpr int kMostChunks = 1 << 16, kFew = 8;
     const uint64_t size = input.size();
     const OrderedBytes h = big_endian(input.present(0, 33));
     if (!bytes_are(h.bytes, 12, "IHDR")) return facts.cut(33, "the header's end");
@@ -269,9 +269,7 @@ void png_facts(Input &input, Facts &facts) {
         const bool data = bytes_are(chunk.bytes, 4, "IDAT");
         if (bytes_are(chunk.bytes, 4, "IEND") || (data && ends && i > kFew))
             return facts.whole(ends ? size : end);
-        if (chunk.u32(4) == 0) {
-            return facts.cut(end, "picture data: zeros in its place");
-        }
+        if (chunk.u32(4) == 0) return facts.cut(end, "picture data: zeros in its place");
         if (!data) add_png_chunk(chunk, facts);
         if (bytes_are(chunk.bytes, 4, "eXIf")) exif_facts(input.present(at + 8, chunk.u32(0)), facts);
         at = end;
