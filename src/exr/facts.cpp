@@ -331,11 +331,14 @@ void judge_extent(Input &input, const std::vector<Part> &parts, uint64_t tables,
     // Deep chunks have the sizes of their sample counts and of their samples, of 64 bits.
     const uint64_t end = deep ? last + fields + 24 + chunk.u64(fields) + chunk.u64(fields + 8)
                               : last + fields + 4 + chunk.u32(fields);
-    // No compression ends in zeros, but one may leave what it does not make smaller.
-    const bool is_blank =
-        chunk.bytes.size() >= fields + 4 &&
-        ((deep ? chunk.u64(fields) : chunk.u32(fields)) == 0 ||
-         (last_part->compression != 0 && end > last && ends_in_zeros(input, last + fields, end, 64, 1024)));
+    // No compression ends in zeros, but one may leave what it does not make smaller; where zlib's header
+    // stands it has not.
+    const bool has_zlib = !deep && last_part->compression >= 2 && last_part->compression <= 5 &&
+                          last_part->compression != 4 && chunk.u8(fields + 4) == 0x78;
+    const bool is_blank = chunk.bytes.size() >= fields + 4 &&
+                          ((deep ? chunk.u64(fields) : chunk.u32(fields)) == 0 ||
+                           (last_part->compression != 0 && end > last &&
+                            ends_in_zeros(input, last + fields, end, 64, has_zlib ? 64 : 1024)));
     if (is_blank) return facts.cut(end, "the last chunk holds zeros");
     facts.reaches(std::max(end, last + fields + 4), "the last chunk");
     if (all_seen && end < input.size()) facts.add_more("trailing bytes", input.size() - end);

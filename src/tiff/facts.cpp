@@ -70,7 +70,9 @@ constexpr CodeName kCompressions[] = {  // TIFF 6.0 and its supplements, and wha
     {52546, "JPEG XL"},   {65535, "Pentax PEF"}};
 
 constexpr uint32_t kUncompressed = 1;
+constexpr uint32_t kLzw = 5;
 constexpr uint32_t kJpeg = 7;
+constexpr uint32_t kDeflate = 8;
 constexpr uint32_t kYCbCr = 6;
 
 // Bytes a value of a type, by its code; 0 for types that are none.
@@ -244,7 +246,8 @@ DataEnd data_end(const Directory &directory) {
     const uint64_t samples = directory.number(kPlanar, 1) == 2 ? 1 : directory.number(kSamples, 1);
     const uint64_t bits =
         std::min<uint64_t>(samples, 1 << 16) * std::min<uint64_t>(directory.number(kBits, 1), 1 << 8);
-    const bool is_plain = directory.number(kCompression, kUncompressed) == kUncompressed;
+    const uint64_t compression = directory.number(kCompression, kUncompressed);
+    const bool is_plain = compression == kUncompressed;
     const bool is_measurable =
         is_plain && directory.number(kPhotometric, 1) != kYCbCr && directory.number(kTileDepth, 1) == 1;
     const uint64_t line = (width * bits + 7) / 8;
@@ -260,8 +263,10 @@ DataEnd data_end(const Directory &directory) {
         result.end = end;
         last_size = size;
     }
+    // Of others than these two cameras pad the end.
+    const uint64_t most = compression == kLzw || compression == kDeflate ? 64 : 4096;
     if (result.end > 0 && !is_plain)
-        result.is_blank = ends_in_zeros(directory.input(), result.end - last_size, result.end, 16, 4096);
+        result.is_blank = ends_in_zeros(directory.input(), result.end - last_size, result.end, 16, most);
     return result;
 }
 

@@ -55,6 +55,12 @@ TEST(ExrFacts, LastChunks) {
         EXPECT_EQ(extent_of(whole.substr(0, whole.size() - 1100) + std::string(1100, '\0'), "a.exr"),
                   "cut the last chunk holds zeros");
     }
+    for (const std::string first : {"x", "d"}) {
+        const std::string one = attribute("chunkCount", "int", little().u32(1).str());
+        const std::string zip = file(2, header(3, one), little().u32(0).u32(2000).raw(first + data).str());
+        EXPECT_EQ(extent_of(zip.substr(0, zip.size() - 101) + std::string(100, '\0'), "a.exr"),
+                  first == "x" ? "cut the last chunk holds zeros" : "whole");
+    }
     EXPECT_EQ(extent_of(plain.substr(0, plain.size() - 1100) + std::string(1100, '\0'), "a.exr"), "whole");
 }
 

@@ -138,6 +138,9 @@ TEST(TiffFacts, BigTiff) {
     EXPECT_EQ(text.substr(0, text.find(" | 8x8")), "TIFF BigTIFF | 300x200 Deflate Y 16 bits 1 frames");
     EXPECT_EQ(extent_of(tiff(8, written), "a.tif"), "whole");
     EXPECT_EQ(extent_of(tiff(8, zeros), "a.tif"), "cut the end of the picture data holds zeros");
+    EXPECT_EQ(extent_of(tiff(8, written.substr(100) + zeros.substr(400)), "a.tif"),
+              "cut the end of the picture data holds zeros");
+    EXPECT_EQ(extent_of(tiff(7, written.substr(100) + zeros.substr(400)), "a.tif"), "whole");
     EXPECT_EQ(extent_of(tiff(1, zeros), "a.tif"), "whole");
     EXPECT_EQ(extent_of(tiff(8, std::string(499, 's')), "a.tif"), "cut picture data");
 }
