@@ -59,38 +59,13 @@ TEST(ImageFacts, BehindThePicture) {
     EXPECT_EQ(facts_of(hex("89504E470D0A1A0A") + chunk("IHDR", big().u32(2).u32(1).hex("0802000000").str()) +
                        chunk("IDAT", "data") + chunk("eXIf", exif) + chunk("IEND", "")),
               "PNG | 2x1 Deflate RGB 8 bits 1 frames | by ab | whole | orientation: 6");
-    const std::string extension = little()
-                                      .u16(495)
-                                      .at(367)
-                                      .u16(2)
-                                      .u16(29)
-                                      .u16(2024)
-                                      .u16(23)
-                                      .u16(59)
-                                      .u16(58)
-                                      .at(426)
-                                      .text("painter")
-                                      .at(474)
-                                      .u16(2)
-                                      .u16(1)
-                                      .at(494)
-                                      .u8(0)
-                                      .str();
+    // 495 bytes: the date, what painted it, twice as wide pixels.
+    const std::string extension = hex("EF01") + std::string(365, '\0') +
+                                  hex("0200 1D00 E807 1700 3B00 3A00") + std::string(47, '\0') + "painter" +
+                                  std::string(41, '\0') + hex("0200 0100") + std::string(17, '\0');
     EXPECT_EQ(
-        facts_of(little()
-                     .hex("000002")
-                     .at(12)
-                     .u16(1)
-                     .u16(1)
-                     .u8(24)
-                     .u8(0)
-                     .hex("010203")
-                     .raw(extension)
-                     .u32(21)
-                     .u32(0)
-                     .text("TRUEVISION-XFILE.")
-                     .u8(0)
-                     .str(),
+        facts_of(hex("000002 000000000000000000 0100 0100 18 00 010203") + extension +
+                     hex("15000000 00000000") + "TRUEVISION-XFILE." + '\0',
                  "a.tga"),
         "TGA TGA 2.0 | 1x1 uncompressed RGB 8 bits aspect 2 1 frames | by painter | 2024-02-29T23:59:58 | "
         "whole | bits a pixel: 24");

@@ -55,35 +55,24 @@ TEST(TiffFacts, Directories) {
 
 // What is shown of a raw picture and what makes its pixels square; tiles; a fourth sample is alpha.
 TEST(TiffFacts, ShownOfRaw) {
-    const std::string raw = directory({{256, 4, 64},
-                                       {257, 4, 48},
-                                       {258, 3, 12},
-                                       {259, 3, 7},
-                                       {262, 3, 32803},
-                                       {322, 4, 32},
-                                       {323, 4, 16},
-                                       {324, 4, 400},
-                                       {325, 4, 20}});
-    std::string file = little().text("II*").u8(0).u32(8).raw(raw).at(400).text("d", 20).str();
+    const auto tiff = [](std::initializer_list<std::array<uint32_t, 3>> entries, const std::string &behind) {
+        return little().text("II*").u8(0).u32(8).raw(directory(entries)).at(200).raw(behind).str();
+    };
     EXPECT_EQ(
-        facts_of(file),
+        facts_of(tiff({{256, 4, 64},
+                       {257, 4, 48},
+                       {258, 3, 12},
+                       {259, 3, 7},
+                       {262, 3, 32803},
+                       {322, 4, 32},
+                       {323, 4, 16},
+                       {324, 4, 200},
+                       {325, 4, 20}},
+                      std::string(20, 'd'))),
         "TIFF tiled | 64x48 JPEG Bayer 12 bits 1 frames | whole | byte order: little-endian | tiles: 32x16");
-    file = little()
-               .text("II*")
-               .u8(0)
-               .u32(8)
-               .raw(directory(
-                   {{256, 4, 64}, {257, 4, 48}, {277, 3, 4}, {262, 3, 2}, {50718, 5, 200}, {50720, 5, 216}}))
-               .at(200)
-               .u32(2)
-               .u32(1)
-               .u32(1)
-               .u32(1)
-               .u32(60)
-               .u32(1)
-               .u32(40)
-               .u32(1)
-               .str();
+    std::string file =
+        tiff({{256, 4, 64}, {257, 4, 48}, {277, 3, 4}, {262, 3, 2}, {50718, 5, 200}, {50720, 5, 216}},
+             hex("02000000 01000000 01000000 01000000 3C000000 01000000 28000000 01000000"));
     for (const size_t at : {file.find(hex("1EC6 0500")), file.find(hex("20C6 0500"))}) file[at + 4] = 2;
     EXPECT_EQ(facts_of(file),
               "TIFF | 60x40 (64x48) uncompressed RGBA 1 bits aspect 2 1 frames | byte order: little-endian");
