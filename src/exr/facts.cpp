@@ -194,8 +194,9 @@ void add_value(std::string_view name, std::string_view type, OrderedBytes value,
     if (is("type")) part.type = text();
     if (is("view")) part.view = text();
     if (is("pixelAspectRatio")) part.picture.pixel_aspect = aspect_of(real, 10000);
-    if (is("framesPerSecond", "FramesPerSecond"))
-        part.picture.rate = type == "rational" ? rate_of(value.s32(0), value.u32(4)) : rate_of(real);
+    const Ratio rate = type == "rational" ? rate_of(value.s32(0), value.u32(4)) : rate_of(real);
+    if (is("framesPerSecond", "FramesPerSecond") && (type == "rational" || type == "float"))
+        part.picture.rate = rate;
     if (type == "timecode" && is("timeCode")) part.timecode = value.u32(0) & 0x3F7F7F7F;
     if (type == "keycode" && is("keyCode") && facts.keycode.empty()) add_keycode(value, facts);
     if (is("chromaticities")) add_chromaticities(value, part);

@@ -82,7 +82,8 @@ TEST(KeldumpTable, Sequences) {
     EXPECT_EQ(table(place, {"."}).status, 1);
     // A frame of which nothing is known does not make up for one that is cut.
     place.write("a.0101.dpx", "?!..");
-    EXPECT_EQ(table(place, {"--csv", "--columns=extent", "."}).out, "extent\r\ncut\r\n");
+    EXPECT_EQ(table(place, {"--csv", "--columns=extent,missing,bit_rate", "."}).out,
+              "extent,missing,bit_rate\r\ncut,the picture,1537920\r\n");
     // What most of them say is the row, whether it is the first or half that differs.
     place.write("b.-1.dpx", std::string(frame).replace(803, 1, "\x10"));
     for (const char *name : {"b.0.dpx", "b.1.dpx", "b.2.dpx"}) place.write(name, frame);
