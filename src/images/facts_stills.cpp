@@ -263,10 +263,9 @@ void png_facts(Input &input, Facts &facts) {
     for (int i = 0; i < kMostChunks; i++) {
         const OrderedBytes chunk = big_endian(input.present(at, 256));
         const uint64_t end = at + 12 + chunk.u32(0);
+        const bool data = bytes_are(chunk.bytes, 4, "IDAT") || bytes_are(chunk.bytes, 4, "fdAT");
         if (chunk.bytes.size() < 8 || end > size)
-            return facts.cut(std::max(end, at + 12),
-                             bytes_are(chunk.bytes, 4, "IDAT") ? "picture data" : "the end chunk");
-        const bool data = bytes_are(chunk.bytes, 4, "IDAT");
+            return facts.cut(std::max(end, at + 12), data ? "picture data" : "the end chunk");
         if (bytes_are(chunk.bytes, 4, "IEND") || (data && ends && i > kFew))
             return facts.whole(ends ? size : end);
         if (chunk.u32(4) == 0) return facts.cut(end, "picture data: zeros in its place");
