@@ -328,6 +328,8 @@ void jp2_facts(Input &input, Facts &facts) {
                                                       : "";
         } else if (box.type == fourcc("jp2h") && facts.pictures.empty()) {
             count = read_header_box(box.data, facts);
+        } else if (box.type == fourcc("uuid") && bytes_are(box.data, 0, "JpgTiffExif->JP2")) {
+            exif_facts(box.data.from(16), facts);
         } else if (box.type == fourcc("jp2c") && !has_codestream) {
             has_codestream = true;
             read_codestream(input, box.start(), box.is_open ? UINT64_MAX : box.end(), facts);
