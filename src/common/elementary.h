@@ -52,6 +52,8 @@ bool dv_frame(Bytes frame, Picture &picture);
 // What the main header of a JPEG 2000 codestream tells of its picture: the codec by the wavelet, and sizes,
 // bits and components where they are not set yet. False where no codestream begins.
 bool codestream_picture(Bytes codestream, Picture &picture);
+// What EXIF tells (CIPA DC-008), from its byte order on: camera, writer, date, orientation, colours.
+void exif_facts(Bytes exif, Facts &facts);
 // Chroma by the three components of a JPEG frame header (ITU-T T.81, B.2.2).
 std::string jpeg_chroma(Bytes components);
 // Samples a line that DVCPRO HD has of 1280 or 1920 (SMPTE ST 370).

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstdio>
 #include <iterator>
@@ -37,15 +38,9 @@ struct Packing {
 // Of 10 and 12 bits a sample three or two fill up a word, where they are filled at all (SMPTE 268M, 7.2;
 // Cineon 4.5 has packing 5 and 6 for the same).
 Packing packing_of(uint64_t bits, bool filled) {
-    switch (bits) {
-        case 8: return {1, 1};
-        case 10: return filled ? Packing{3, 4} : Packing{0, 4};
-        case 12: return filled ? Packing{1, 2} : Packing{0, 4};
-        case 16: return {1, 2};
-        case 32: return {1, 4};
-        case 64: return {1, 8};
-        default: return {0, 4};
-    }
+    if (bits == 10 && filled) return {3, 4};
+    if (bits == 12 && filled) return {1, 2};
+    return bits >= 8 && std::has_single_bit(bits) ? Packing{1, bits / 8} : Packing{0, 4};
 }
 
 // Bytes of that many samples.

@@ -128,7 +128,7 @@ void add_chromaticities(OrderedBytes b, Part &part) {
     };
     if (near(0, 0.64) && near(1, 0.33) && near(2, 0.30)) picture.colour.primaries = 1;
     if (near(0, 0.708) && near(1, 0.292)) picture.colour.primaries = 9;
-    if (near(0, 0.68) && near(1, 0.32) && near(2, 0.265)) picture.colour.primaries = near(6, 0.314) ? 11 : 12;
+    if (near(0, 0.68) && near(1, 0.32) && near(2, 0.265)) picture.colour.primaries = near(7, 0.351) ? 11 : 12;
     if (picture.colour.primaries < 0) part.chromaticities = chromaticities_text(b);
 }
 
@@ -171,42 +171,40 @@ std::string plain_text(std::string_view type, OrderedBytes value) {
     return text;
 }
 
-// What is told by other facts, or is another one in each frame.
-bool is_known(std::string_view name) {
-    constexpr std::string_view kKnown[] = {
-        "owner",    "cameraModel", "dataWindow",       "displayWindow",   "chunkCount", "name",
-        "type",     "view",        "pixelAspectRatio", "framesPerSecond", "software",   "Software",
-        "reelName", "reel",        "capDate",
-    };
-    return std::ranges::find(kKnown, name) != std::end(kKnown);
-}
-
+// What is not told by other facts, nor is another one in each frame, is held.
 void add_value(std::string_view name, std::string_view type, OrderedBytes value, Part &part, Facts &facts) {
+    bool is_known = false;
+    const auto is = [&](auto... names) {
+        const bool found = ((name == names) || ...);
+        is_known = is_known || found;
+        return found;
+    };
     const auto text = [&] { return fixed_text(value.bytes, 0, value.bytes.size()); };
     const double real = static_cast<double>(float_of_bits(value.u32(0)));
-    if (name == "channels") part.channels = channels_of(value);
-    if (name == "lineOrder") part.line_order = value.u8(0);
-    if (name == "owner") part.owner = text();
-    if (name == "cameraModel") part.camera = text();
-    if (name == "compression") part.compression = value.u8(0);
-    if (name == "dataWindow") part.data = box_at(value);
-    if (name == "displayWindow") part.display = box_at(value);
-    if (name == "tiles") part.tiles = {value.u32(0), value.u32(4), value.u8(8)};
-    if (name == "chunkCount") part.chunks = value.s32(0);
-    if (name == "name") part.name = text();
-    if (name == "type") part.type = text();
-    if (name == "view") part.view = text();
-    if (name == "pixelAspectRatio") part.picture.pixel_aspect = aspect_of(real, 10000);
-    if (name == "framesPerSecond" && type == "rational")
-        part.picture.rate = rate_of(value.s32(0), value.u32(4));
-    if (name == "timeCode" && type == "timecode") part.timecode = value.u32(0) & 0x3F7F7F7F;
-    if (name == "keyCode" && type == "keycode" && facts.keycode.empty()) add_keycode(value, facts);
-    if (name == "chromaticities") add_chromaticities(value, part);
-    if ((name == "software" || name == "Software") && facts.writer.empty()) facts.writer = text();
-    if (name == "reelName" || name == "reel") facts.reel = text();
-    if (name == "capDate" && facts.date.empty()) facts.date = iso_date_in(text());
+    if (is("channels")) part.channels = channels_of(value);
+    if (is("lineOrder")) part.line_order = value.u8(0);
+    if (is("owner")) part.owner = text();
+    if (is("cameraModel")) part.camera = text();
+    if (is("compression")) part.compression = value.u8(0);
+    if (is("dataWindow")) part.data = box_at(value);
+    if (is("displayWindow")) part.display = box_at(value);
+    if (is("tiles")) part.tiles = {value.u32(0), value.u32(4), value.u8(8)};
+    if (is("chunkCount")) part.chunks = value.s32(0);
+    if (is("name")) part.name = text();
+    if (is("type")) part.type = text();
+    if (is("view")) part.view = text();
+    if (is("pixelAspectRatio")) part.picture.pixel_aspect = aspect_of(real, 10000);
+    const Ratio rate = type == "rational" ? rate_of(value.s32(0), value.u32(4)) : rate_of(real);
+    if (is("framesPerSecond", "FramesPerSecond") && (type == "rational" || type == "float"))
+        part.picture.rate = rate;
+    if (type == "timecode" && is("timeCode")) part.timecode = value.u32(0) & 0x3F7F7F7F;
+    if (type == "keycode" && is("keyCode") && facts.keycode.empty()) add_keycode(value, facts);
+    if (is("chromaticities")) add_chromaticities(value, part);
+    if (is("software", "Software", "writer") && facts.writer.empty()) facts.writer = text();
+    if (is("reelName", "reel")) facts.reel = text();
+    if (is("capDate") && facts.date.empty()) facts.date = iso_date_in(text());
     constexpr size_t kMostHeld = 100;
-    const std::string plain = is_known(name) || facts.held.size() >= kMostHeld ? "" : plain_text(type, value);
+    const std::string plain = is_known || facts.held.size() >= kMostHeld ? "" : plain_text(type, value);
     if (!plain.empty()) facts.held.emplace_back("attribute " + std::string(name), plain);
 }
 
@@ -334,11 +332,14 @@ void judge_extent(Input &input, const std::vector<Part> &parts, uint64_t tables,
     // Deep chunks have the sizes of their sample counts and of their samples, of 64 bits.
     const uint64_t end = deep ? last + fields + 24 + chunk.u64(fields) + chunk.u64(fields + 8)
                               : last + fields + 4 + chunk.u32(fields);
-    // No compression ends in zeros, but one may leave what it does not make smaller.
-    const bool is_blank =
-        chunk.bytes.size() >= fields + 4 &&
-        ((deep ? chunk.u64(fields) : chunk.u32(fields)) == 0 ||
-         (last_part->compression != 0 && end > last && ends_in_zeros(input, last + fields, end, 64, 1024)));
+    // No compression ends in zeros, but one may leave what it does not make smaller; where zlib's header
+    // stands it has not.
+    const bool has_zlib = !deep && last_part->compression >= 2 && last_part->compression <= 5 &&
+                          last_part->compression != 4 && chunk.u8(fields + 4) == 0x78;
+    const bool is_blank = chunk.bytes.size() >= fields + 4 &&
+                          ((deep ? chunk.u64(fields) : chunk.u32(fields)) == 0 ||
+                           (last_part->compression != 0 && end > last &&
+                            ends_in_zeros(input, last + fields, end, 64, has_zlib ? 64 : 1024)));
     if (is_blank) return facts.cut(end, "the last chunk holds zeros");
     facts.reaches(std::max(end, last + fields + 4), "the last chunk");
     if (all_seen && end < input.size()) facts.add_more("trailing bytes", input.size() - end);

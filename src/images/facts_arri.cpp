@@ -1,3 +1,5 @@
+#include <cstdio>
+
 #include "common/ordered_bytes.h"
 #include "common/values.h"
 #include "main/facts_of.h"
@@ -31,20 +33,13 @@ FileTimecode timecode_at(OrderedBytes record, uint32_t rate_base, const char *pl
                          record.u32(8) >> 31 != 0 && base % 30 == 0, place);
 }
 
+// Of eight digits each.
 std::string bcd_date(uint32_t day, uint32_t time) {
-    const auto number = [](uint32_t word, uint32_t shift, int count) {
-        int64_t value = 0;
-        for (int i = count - 1; i >= 0; i--) {
-            const uint32_t digit = word >> (shift + 4 * static_cast<uint32_t>(i)) & 15;
-            if (digit > 9) return int64_t{-1};
-            value = value * 10 + digit;
-        }
-        return value;
-    };
-    const int64_t year = number(day, 16, 4);
-    if (year < 1990 || year > 2100) return "";
-    return iso_date(year, number(day, 8, 2), number(day, 0, 2), number(time, 24, 2), number(time, 16, 2),
-                    number(time, 8, 2));
+    char digits[24];
+    std::snprintf(digits, sizeof digits, "%08x%08x", day, time);
+    const auto number = [&](size_t at, size_t n) { return decimal_in(digits, at, n); };
+    if (number(0, 4) < 1990 || number(0, 4) > 2100) return "";
+    return iso_date(number(0, 4), number(4, 2), number(6, 2), number(8, 2), number(10, 2), number(12, 2));
 }
 
 }  // namespace

@@ -49,10 +49,48 @@ std::optional<uint64_t> packets_end(Input &input, uint64_t at, uint64_t pixels, 
 
 }  // namespace
 
-// The logical screen, and how many colours its palette may have.
+// GIF89a: the logical screen, and how many colours its palette may have. Blocks in the first 4 MiB are
+// walked; of what is longer the last two bytes are looked at.
 void gif_facts(Input &input, Facts &facts) {
-    const OrderedBytes h = little_endian(input.present(0, 13));
-    if (h.u16(6) != 0) still(facts, h.u16(6), h.u16(8), (h.u8(10) & 7U) + 1, "palette", "LZW").frames = -1;
+    constexpr uint64_t kLookedAt = 4 << 20;
+    constexpr uint8_t kExtension = 0x21, kControl = 0xF9, kImage = 0x2C, kTrailer = 0x3B;
+    const uint64_t size = input.size();
+    const OrderedBytes b = little_endian(input.bytes(0, std::min(size, kLookedAt), 64 * 1024));
+    const auto colours = [&](uint64_t at) { return b.u8(at) & 0x80 ? uint64_t{6} << (b.u8(at) & 7) : 0; };
+    if (b.u16(6) == 0) return;
+    Picture &picture = still(facts, b.u16(6), b.u16(8), (b.u8(10) & 7U) + 1, "palette", "LZW");
+    picture.frames = -1;
+    if (b.u8(12) != 0) picture.pixel_aspect = Ratio{b.u8(12) + 15, 64}.reduced();
+    int64_t images = 0, shown = 0, delay = -1;  // hundredths of a second
+    bool even = true;
+    uint64_t at = 13 + colours(10);
+    while (b.u8(at) == kExtension || b.u8(at) == kImage) {
+        if (b.u8(at) == kExtension && b.u8(at + 1) == kControl) {
+            even = even && (delay < 0 || delay == b.u16(at + 4));
+            delay = b.u16(at + 4);
+        }
+        const bool is_image = b.u8(at) == kImage;
+        images += is_image;
+        if (is_image) shown += std::max<int64_t>(delay, 0);
+        at += is_image ? 11 + colours(at + 9) : 2;
+        while (b.u8(at) != 0) at += 1U + b.u8(at);
+        at++;
+    }
+    if (b.u8(at) == kTrailer) {
+        picture.frames = images;
+        if (images > 1 && shown > 0) {
+            picture.rate = rate_of(100 * images, shown);
+            picture.constant_rate = even;
+            facts.lasts(shown, {100, 1});
+        }
+        facts.whole(at + 1);
+    } else if (at > size || (at == size && images == 0)) {  // some writers leave the trailer out
+        facts.cut(at + 1, "the picture's end");
+    } else if (ends_in_zeros(input, at, size, 1, 1024)) {
+        facts.cut(size, "the end holds zeros");
+    } else if (at >= kLookedAt && bytes_are(input.present(size - 2, 2), 0, "\0;")) {
+        facts.whole(size);
+    }
 }
 
 void bmp_facts(Input &input, Facts &facts) {
@@ -116,7 +154,16 @@ void tga_facts(Input &input, Facts &facts) {
     const bool footer = bytes_are(tail, 8, "TRUEVISION-XFILE.\0");
     const uint64_t data = 18U + h.u8(0) + (map ? uint64_t{h.u16(5)} * ((h.u8(7) + 7U) / 8) : 0);
     const uint64_t pixels = uint64_t{h.u16(12)} * h.u16(14) * ((depth + 7) / 8);
-    if (footer) facts.variant = "TGA 2.0";
+    if (footer) {
+        facts.variant = "TGA 2.0";
+        const OrderedBytes more = little_endian(input.present(little_endian(tail).u32(0), 495));
+        if (more.u16(0) == 495) {
+            facts.writer = fixed_text(more.bytes, 426, 41);
+            facts.date = iso_date(more.u16(371), more.u16(367), more.u16(369), more.u16(373), more.u16(375),
+                                  more.u16(377));
+            facts.picture().pixel_aspect = Ratio{more.u16(474), more.u16(476)}.reduced();
+        }
+    }
     if (!footer && contains(tail, "TRUEVISION-XFIL")) {
         facts.cut(0, "the footer's end");
     } else if (!(type & 8)) {
@@ -205,7 +252,7 @@ void add_png_chunk(OrderedBytes chunk, Facts &facts) {
 
 // ISO 15948. The chunks are walked by their headers: compressed data has many, as a rule of 8 to 64 KiB.
 void png_facts(Input &input, Facts &facts) {
-    constexpr int kMostChunks = 1 << 16;
+    constexpr int kMostChunks = 1 << 16, kFew = 8;
     const uint64_t size = input.size();
     const OrderedBytes h = big_endian(input.present(0, 33));
     if (!bytes_are(h.bytes, 12, "IHDR")) return facts.cut(33, "the header's end");
@@ -216,16 +263,14 @@ void png_facts(Input &input, Facts &facts) {
     for (int i = 0; i < kMostChunks; i++) {
         const OrderedBytes chunk = big_endian(input.present(at, 256));
         const uint64_t end = at + 12 + chunk.u32(0);
+        const bool data = bytes_are(chunk.bytes, 4, "IDAT") || bytes_are(chunk.bytes, 4, "fdAT");
         if (chunk.bytes.size() < 8 || end > size)
-            return facts.cut(std::max(end, at + 12),
-                             bytes_are(chunk.bytes, 4, "IDAT") ? "picture data" : "the end chunk");
-        const bool data = bytes_are(chunk.bytes, 4, "IDAT");
-        if (bytes_are(chunk.bytes, 4, "IEND") || (data && ends)) return facts.whole(ends ? size : end);
-        if (chunk.u32(4) == 0) {
-            facts.cut(end, "picture data: zeros in its place");
-            return;
-        }
+            return facts.cut(std::max(end, at + 12), data ? "picture data" : "the end chunk");
+        if (bytes_are(chunk.bytes, 4, "IEND") || (data && ends && i > kFew))
+            return facts.whole(ends ? size : end);
+        if (chunk.u32(4) == 0) return facts.cut(end, "picture data: zeros in its place");
         if (!data) add_png_chunk(chunk, facts);
+        if (bytes_are(chunk.bytes, 4, "eXIf")) exif_facts(input.present(at + 8, chunk.u32(0)), facts);
         at = end;
     }
 }
@@ -280,9 +325,19 @@ void netpbm_facts(Input &input, Facts &facts) {
     if (!plain) {
         facts.reaches(header.data() + line * height);
     } else {
-        // A digit and what divides it from the next, but in PBM.
+        // A digit and what divides it from the next, but in PBM; they are counted in the first 4 MiB.
+        constexpr uint64_t kLookedAt = 4 << 20;
         const uint64_t samples = uint64_t{width} * height * (kind == 2 ? 3 : 1);
         const uint64_t least = header.data() + (kind == 0 ? samples : 2 * samples - 1);
-        if (input.size() < least) facts.cut(least, "the picture's end");
+        const Bytes data = input.present(header.data(), kLookedAt, 64 * 1024);
+        uint64_t count = 0, at = 0;
+        for (bool in_number = false; at < data.size() && count <= samples; at++) {
+            const bool is_digit = data[at] >= '0' && data[at] <= '9';
+            if (is_digit && (kind == 0 || !in_number)) count++;
+            in_number = is_digit;
+            if (!is_digit && count == samples) return facts.whole(header.data() + at);
+        }
+        if (input.size() < least || (at == data.size() && count < samples && input.size() <= kLookedAt))
+            facts.cut(std::max(least, input.size() + 1), "the picture's end");
     }
 }

@@ -109,10 +109,11 @@ std::string components_of(const MainHeader &header) {
     const uint32_t profile = big16(header.siz, 4);
     if (n == 1) return "Y";
     if (n == 2) return "YA";
-    if (n != 3 && n != 4) return "";
+    if (n != 3 && n != 4) return std::to_string(n) + " channels";
     const uint32_t horizontal = header.subsampling(1, 0) / std::max(header.subsampling(0, 0), 1U);
     const uint32_t vertical = header.subsampling(1, 1) / std::max(header.subsampling(0, 1), 1U);
-    if (horizontal == 2 || horizontal == 4) return chroma_text(horizontal, vertical) + (n == 4 ? ":4" : "");
+    const std::string chroma = horizontal * vertical == 1 ? "" : chroma_text(horizontal, vertical);
+    if (!chroma.empty()) return chroma + (n == 4 ? ":4" : "");
     if (n == 3 && profile >= 3 && profile <= 7) return "XYZ";
     return !header.has_transform() ? "" : n == 4 ? "RGBA" : "RGB";
 }
@@ -261,8 +262,10 @@ void read_colour(Bytes content, Facts &facts) {
     if (space == 12) picture.components = "CMYK";
 }
 
-// The boxes of the JP2 header: what shows how the components are meant.
-void read_header_box(Bytes header, Facts &facts) {
+// The boxes of the JP2 header: what shows how the components are meant. Their count; a fourth one is taken
+// for alpha, as everybody does.
+uint32_t read_header_box(Bytes header, Facts &facts) {
+    uint32_t count = 0;
     bool alpha = false;
     bool palette = false;
     Picture &picture = facts.picture();
@@ -271,6 +274,7 @@ void read_header_box(Bytes header, Facts &facts) {
         if (box.type == fourcc("ihdr")) {
             picture.height = big32(content);
             picture.width = big32(content, 4);
+            count = big16(content, 8);
         } else if (box.type == fourcc("colr") && picture.colour.primaries < 0) {
             read_colour(content, facts);
         } else if (box.type == fourcc("pclr")) {
@@ -283,7 +287,9 @@ void read_header_box(Bytes header, Facts &facts) {
         }
     });
     if (palette) picture.components = "palette";
-    if (alpha && picture.components == "RGB") picture.components = "RGBA";
+    if (count > 4) picture.components.clear();
+    if ((alpha || count == 4) && picture.components == "RGB") picture.components = "RGBA";
+    return count;
 }
 
 }  // namespace
@@ -306,6 +312,7 @@ void jp2_facts(Input &input, Facts &facts) {
     const Bytes file = input.bytes(0, size, 512);
     Box box;
     bool has_codestream = false;
+    uint32_t count = 0;
     uint64_t end = 0;
     for (int i = 0; i < kMostBoxes && end < size; i++, end = box.end()) {
         const Box next = box_at(file, end);
@@ -320,7 +327,9 @@ void jp2_facts(Input &input, Facts &facts) {
                             : brand == fourcc("mjp2") ? "MJ2"
                                                       : "";
         } else if (box.type == fourcc("jp2h") && facts.pictures.empty()) {
-            read_header_box(box.data, facts);
+            count = read_header_box(box.data, facts);
+        } else if (box.type == fourcc("uuid") && bytes_are(box.data, 0, "JpgTiffExif->JP2")) {
+            exif_facts(box.data.from(16), facts);
         } else if (box.type == fourcc("jp2c") && !has_codestream) {
             has_codestream = true;
             read_codestream(input, box.start(), box.is_open ? UINT64_MAX : box.end(), facts);
@@ -328,7 +337,8 @@ void jp2_facts(Input &input, Facts &facts) {
     }
     Picture &picture = facts.picture();
     if (picture.codec.empty()) picture.codec = "JPEG 2000";
-    if (picture.components.empty() && picture.colour.matrix == 5) picture.components = "4:4:4";
+    if (picture.components.empty() && picture.colour.matrix == 5)
+        picture.components = count == 4 ? "4:4:4:4" : "4:4:4";
     if (facts.extent.state == Extent::cut || facts.variant == "MJ2") return;
     constexpr uint32_t kLastBoxes[] = {fourcc("jp2c"), fourcc("xml "), fourcc("uuid"), fourcc("uinf"),
                                        fourcc("jp2i"), fourcc("asoc"), fourcc("free"), fourcc("mdat")};

@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <cstdio>
+#include <string_view>
 
 #include "common/elementary.h"
 #include "common/names.h"
@@ -24,7 +24,8 @@ struct Segments {
     Bytes frame;  // of SOF, behind its length
     Bytes jfif;
     Bytes exif;
-    int adobe = -1;  // colour transform
+    uint64_t multi_picture = 0;  // where the index of a multi-picture file begins
+    int adobe = -1;              // colour transform
     bool has_icc = false;
     std::string comment;
     uint8_t process = 0;
@@ -52,6 +53,8 @@ Segments read_segments(Bytes file) {
             found.exif = content.from(6);
         } else if (code == 0xE2 && bytes_are(content, 0, "ICC_PROFILE")) {
             found.has_icc = true;
+        } else if (code == 0xE2 && bytes_are(content, 0, "MPF\0")) {
+            found.multi_picture = at + 8;
         } else if (code == 0xEE && bytes_are(content, 0, "Adobe") && content.has(11, 1)) {
             found.adobe = content[11];
         } else if (code == 0xFE && found.comment.empty()) {
@@ -104,25 +107,21 @@ struct Directory {
     }
 };
 
-// "2026:11:26 10:00:00", and "+02:00" where the offset from UTC is told.
-std::string exif_date(const std::string &text, const std::string &offset) {
-    const std::string date = iso_date_in(text.substr(0, 19));
-    if (offset == "+00:00" || offset == "Z") return date.empty() ? "" : date + "Z";
-    const bool is_told = offset.size() == 6 && (offset[0] == '+' || offset[0] == '-');
-    return is_told && !date.empty() ? date + offset : date;
-}
+OrderedBytes tiff_in(Bytes b) { return bytes_are(b, 0, "MM") ? big_endian(b) : little_endian(b); }
 
-void read_exif(Bytes exif, Facts &facts) {
-    const OrderedBytes tiff = bytes_are(exif, 0, "MM") ? big_endian(exif) : little_endian(exif);
+}  // namespace
+
+void exif_facts(Bytes exif, Facts &facts) {
+    const OrderedBytes tiff = tiff_in(exif);
     if (tiff.u16(2) != 42) return;
     const Directory main{tiff, tiff.u32(4)};
     const uint64_t place = main.value(0x8769);
     const Directory photo{tiff, place == 0 ? 0 : tiff.u32(place)};
     const std::string camera = product_text(main.text(0x010F), main.text(0x0110));
-    facts.writer = main.text(0x0131);
+    if (facts.writer.empty()) facts.writer = main.text(0x0131);
     if (facts.writer.empty()) facts.writer = camera;
-    facts.date = exif_date(photo.text(0x9003), photo.text(0x9011));
-    if (facts.date.empty()) facts.date = exif_date(main.text(0x0132), photo.text(0x9010));
+    if (facts.date.empty()) facts.date = iso_date_in(photo.text(0x9003) + photo.text(0x9011));
+    if (facts.date.empty()) facts.date = iso_date_in(main.text(0x0132) + photo.text(0x9010));
     facts.add_more("camera", camera);
     const uint64_t orientation = main.value(0x0112);
     if (orientation != 0) facts.add_more("orientation", tiff.u16(orientation));
@@ -133,13 +132,33 @@ void read_exif(Bytes exif, Facts &facts) {
     }
 }
 
+namespace {
+
+// The pictures behind the first by the index (CIPA DC-007, 5.2). One that begins in the file must end in it;
+// what rewrote the first may have left an index to none.
+void add_pictures(Bytes file, uint64_t at, Facts &facts) {
+    const OrderedBytes tiff = tiff_in(file.from(at));
+    const Directory index{tiff, tiff.u32(4)};
+    const uint64_t entries = index.value(0xB002);
+    const uint64_t count = std::min<uint64_t>(tiff.u32(index.entry(0xB002) + 4) / 16, 64);
+    for (uint64_t i = 1; entries != 0 && i < count; i++) {
+        const uint64_t start = at + tiff.u32(entries + 16 * i + 8);
+        const uint64_t end = start + tiff.u32(entries + 16 * i + 4);
+        if (!bytes_are(file, start, "\xFF\xD8")) continue;
+        if (i + 1 == count) facts.add_more("pictures", count);
+        if (end > std::max(file.size(), facts.extent.claimed))
+            facts.cut(end, "picture " + std::to_string(i + 1));
+    }
+}
+
 // Entropy-coded data have a zero or a restart marker behind each FF: what follows the image's end has not.
 bool is_entropy_coded(std::span<const uint8_t> bytes) {
     for (size_t i = 0; i + 1 < bytes.size(); i++) {
         if (bytes[i] != 0xFF) continue;
         const uint8_t next = bytes[i + 1];
         const bool is_marker = next == 0 || next == 0xFF || (next >= 0xD0 && next <= 0xD7);
-        const bool is_segment = next == 0xDA || next == 0xC4 || next == 0xDB || next == 0xDD;
+        constexpr std::string_view kSegments = "\xDA\xC4\xCC\xDB\xDC\xDD";  // those between scans
+        const bool is_segment = kSegments.find(static_cast<char>(next)) != kSegments.npos;
         if (!is_marker && !is_segment) return false;
     }
     return true;
@@ -192,7 +211,7 @@ void jpeg_facts(Input &input, Facts &facts) {
         picture.colour.matrix = 5;
         picture.colour.full_range = 1;
     }
-    read_exif(found.exif, facts);
+    exif_facts(found.exif, facts);
     if (found.has_icc) facts.add_more("colour", "ICC profile");
     if (facts.writer.empty() && found.comment.starts_with("Lavc")) {
         facts.writer = found.comment;
@@ -200,4 +219,5 @@ void jpeg_facts(Input &input, Facts &facts) {
         facts.add_more("comment", found.comment);
     }
     judge_extent(input, found, facts);
+    if (found.multi_picture != 0) add_pictures(file, found.multi_picture, facts);
 }

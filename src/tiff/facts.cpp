@@ -1,6 +1,7 @@
 #include <algorithm>
-#include <optional>
+#include <utility>
 
+#include "common/elementary.h"
 #include "common/names.h"
 #include "common/ordered_bytes.h"
 #include "common/values.h"
@@ -8,7 +9,7 @@
 
 namespace {
 
-constexpr size_t kMostDirectories = 24;
+constexpr size_t kMostDirectories = 64;
 constexpr uint64_t kMostEntries = 4096;    // of a directory
 constexpr uint64_t kMostStrips = 1 << 17;  // looked at
 
@@ -24,6 +25,7 @@ enum Tag : uint16_t {
     kStripOffsets = 273,
     kOrientation = 274,
     kSamples = 277,
+    kRowsPerStrip = 278,
     kStripCounts = 279,
     kXResolution = 282,
     kYResolution = 283,
@@ -31,6 +33,7 @@ enum Tag : uint16_t {
     kSoftware = 305,
     kDateTime = 306,
     kTileWidth = 322,
+    kTileLength = 323,
     kTileOffsets = 324,
     kTileCounts = 325,
     kSubDirectories = 330,
@@ -38,6 +41,9 @@ enum Tag : uint16_t {
     kSampleFormat = 339,
     kSubsampling = 530,
     kDngVersion = 50706,
+    kTileDepth = 32998,
+    kDefaultScale = 50718,
+    kDefaultCrop = 50720,
     kTimeCodes = 51043,
     kFrameRate = 51044,
     kReelName = 51081,
@@ -64,6 +70,10 @@ constexpr CodeName kCompressions[] = {  // TIFF 6.0 and its supplements, and wha
     {52546, "JPEG XL"},   {65535, "Pentax PEF"}};
 
 constexpr uint32_t kUncompressed = 1;
+constexpr uint32_t kLzw = 5;
+constexpr uint32_t kJpeg = 7;
+constexpr uint32_t kDeflate = 8;
+constexpr uint32_t kYCbCr = 6;
 
 // Bytes a value of a type, by its code; 0 for types that are none.
 constexpr uint8_t kTypeSizes[] = {0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8, 4, 0, 0, 8, 8, 8};
@@ -83,57 +93,52 @@ struct Values {
     Ratio ratio(uint64_t i = 0) const {
         return has(i) && size() == 8 ? Ratio{bytes.u32(8 * i), bytes.u32(8 * i + 4)} : Ratio{};
     }
+    // The same as a whole number of what may be a ratio, at most 2^31.
+    uint64_t rounded(uint64_t i) const {
+        const uint64_t value = type == 5 ? static_cast<uint64_t>(ratio(i).value() + 0.5) : number(i);
+        return std::min<uint64_t>(value, 1U << 31);
+    }
     std::string text() const { return count > 0 ? fixed_text(bytes.bytes, 0, count) : ""; }
 };
 
 // A directory of a TIFF or BigTIFF file: entries of 12 or 20 bytes.
 class Directory {
  public:
-    Directory(Input &input, ByteOrder order, bool big, uint64_t offset)
-        : input_(input), order_(order), big_(big) {
-        const uint64_t head = big ? 8 : 2;
+    Directory(Input &input, ByteOrder order, bool big, uint64_t offset) : input_(input), room_(big ? 8 : 4) {
+        const unsigned head = big ? 8 : 2;
         const OrderedBytes start{input.present(offset, head), order};
-        count_ = std::min(start.number(0, static_cast<unsigned>(head)), kMostEntries);
-        const uint64_t size = count_ * entry_size() + (big ? 8 : 4);
+        count_ = std::min(start.number(0, head), kMostEntries);
+        const uint64_t size = count_ * entry_size() + room_;
         entries_ = {input.present(offset + head, size), order};
         is_whole_ =
             count_ > 0 && start.bytes.size() == head && entries_.bytes.size() >= count_ * entry_size();
         end_ = offset + head + size;
     }
 
+    Input &input() const { return input_; }
     // Tags ascend, so that the last one is 0 only where it was never written.
-    bool is_whole() const { return is_whole_ && entries_.u32((count_ - 1) * entry_size()) != 0; }
+    bool is_whole() const { return is_whole_ && tag(count_ - 1) != 0; }
     uint64_t end() const { return end_; }
-    uint64_t next() const { return entries_.number(count_ * entry_size(), big_ ? 8 : 4); }
+    uint64_t next() const { return entries_.number(count_ * entry_size(), room_); }
 
-    Values values(Tag tag) const {
-        for (uint64_t i = 0; i < count_; i++) {
-            const OrderedBytes entry = entries_.from(i * entry_size());
-            if (entry.u16(0) != tag) continue;
-            Values values{{}, entry.u16(2), big_ ? entry.u64(4) : entry.u32(4)};
-            const uint64_t room = big_ ? 8 : 4;
-            const uint64_t limit = kMostStrips * 8;
-            const uint64_t size = values.count > limit ? limit : values.count * values.size();
-            values.bytes =
-                size <= room
-                    ? entry.sub(big_ ? 12 : 8, room)
-                    : OrderedBytes{input_.present(big_ ? entry.u64(12) : entry.u32(8), size), order_};
-            return values;
-        }
-        return {};
+    Values values(Tag wanted) const {
+        uint64_t i = 0;
+        while (i < count_ && tag(i) != wanted) i++;
+        if (i == count_) return {};
+        Values values = entry(i);
+        const uint64_t size = std::min(values.count, kMostStrips) * values.size();
+        if (size > room_) values.bytes = {input_.present(place(values), size), entries_.order};
+        return values;
     }
     // Where the values end that do not fit into their entries. Private ones may point anywhere.
     uint64_t values_end() const {
         uint64_t end = 0;
         for (uint64_t i = 0; i < count_; i++) {
-            const OrderedBytes entry = entries_.from(i * entry_size());
-            const bool is_private =
-                entry.u16(0) > kLastBaseline && (entry.u16(0) < kDngVersion || entry.u16(0) > kLastDng);
-            const uint64_t each = entry.u16(2) < std::size(kTypeSizes) ? kTypeSizes[entry.u16(2)] : 0;
-            const uint64_t count = big_ ? entry.u64(4) : entry.u32(4);
-            const uint64_t offset = big_ ? entry.u64(12) : entry.u32(8);
-            if (is_private || count > UINT32_MAX || count * each <= (big_ ? 8 : 4)) continue;
-            end = std::max(end, offset > UINT64_MAX / 2 ? offset : offset + count * each);
+            const Values values = entry(i);
+            const bool is_private = tag(i) > kLastBaseline && (tag(i) < kDngVersion || tag(i) > kLastDng);
+            const uint64_t size = values.count * values.size();
+            if (is_private || values.count > UINT32_MAX || size <= room_) continue;
+            end = std::max(end, place(values) > UINT64_MAX / 2 ? place(values) : place(values) + size);
         }
         return end;
     }
@@ -143,11 +148,17 @@ class Directory {
     }
 
  private:
-    uint64_t entry_size() const { return big_ ? 20 : 12; }
+    uint64_t entry_size() const { return 4 + 2 * uint64_t{room_}; }
+    uint32_t tag(uint64_t i) const { return entries_.u16(i * entry_size()); }
+    // With its field as the bytes: the values, or their place.
+    Values entry(uint64_t i) const {
+        const OrderedBytes b = entries_.sub(i * entry_size(), entry_size());
+        return {b.from(4 + room_), b.u16(2), b.number(4, room_)};
+    }
+    uint64_t place(const Values &values) const { return values.bytes.number(0, room_); }
 
     Input &input_;
-    ByteOrder order_;
-    bool big_;
+    unsigned room_;  // bytes of values or their place in an entry
     uint64_t count_ = 0;
     uint64_t end_ = 0;
     bool is_whole_ = false;
@@ -156,21 +167,21 @@ class Directory {
 
 std::string components_of(const Directory &directory) {
     const uint64_t samples = directory.number(kSamples, 1);
-    const bool alpha = directory.values(kExtraSamples).count > 0;
     switch (directory.number(kPhotometric, 1)) {
         case 0:
         case 1: return samples == 1 ? "Y" : samples == 2 ? "YA" : std::to_string(samples) + " channels";
-        case 2:
-            return samples == 3            ? "RGB"
-                   : samples == 4 && alpha ? "RGBA"
-                                           : std::to_string(samples) + " channels";
+        case 2: return samples == 3 ? "RGB" : samples == 4 ? "RGBA" : std::to_string(samples) + " channels";
         case 3: return "palette";
         case 4: return "mask";
         case 5: return "CMYK";
-        case 6: {
+        case kYCbCr: {
             const Values subsampling = directory.values(kSubsampling);
             // Encoders that leave it out have it in their JPEG data.
-            if (subsampling.count == 0 && directory.number(kCompression) == 7) return "YCbCr";
+            Picture jpeg;
+            const uint64_t tiles = directory.number(kTileOffsets);
+            const uint64_t first = tiles > 0 ? tiles : directory.number(kStripOffsets);
+            if (subsampling.count == 0 && directory.number(kCompression) == kJpeg)
+                return jpeg_frame(directory.input().present(first, 4096), jpeg) ? jpeg.components : "YCbCr";
             const std::string chroma = chroma_text(subsampling.has(0) ? subsampling.number(0) : 2,
                                                    subsampling.has(1) ? subsampling.number(1) : 2);
             return chroma.empty() ? "YCbCr" : chroma;
@@ -191,8 +202,9 @@ Picture picture_of(const Directory &directory) {
     if (width > INT32_MAX || height > INT32_MAX) return picture;
     picture.width = static_cast<uint32_t>(width);
     picture.height = static_cast<uint32_t>(height);
-    picture.bits = static_cast<uint32_t>(std::min<uint64_t>(directory.number(kBits, 1), 64));
-    picture.floating = directory.number(kSampleFormat, 1) == 3;
+    picture.bits = static_cast<uint32_t>(std::min<uint64_t>(directory.number(kBits, 1), 128));
+    const uint64_t format = directory.number(kSampleFormat, 1);
+    picture.floating = format == 3 || format == 6;  // 6: complex
     picture.components = components_of(directory);
     const uint64_t compression = directory.number(kCompression, kUncompressed);
     picture.codec = name_of(kCompressions, static_cast<uint32_t>(compression), "");
@@ -202,35 +214,59 @@ Picture picture_of(const Directory &directory) {
     const Ratio y = directory.values(kYResolution).ratio();
     if (x.is_set() && y.is_set() && x.n < INT32_MAX && y.n < INT32_MAX)
         picture.pixel_aspect = Ratio{y.n * x.d, y.d * x.n}.reduced();
+    // DNG: the part of a raw picture that is shown, and what makes its pixels square.
+    const Values crop = directory.values(kDefaultCrop);
+    if (crop.rounded(0) > 0 && crop.rounded(0) <= width && crop.rounded(1) > 0 && crop.rounded(1) <= height) {
+        picture.coded_width = std::exchange(picture.width, static_cast<uint32_t>(crop.rounded(0)));
+        picture.coded_height = std::exchange(picture.height, static_cast<uint32_t>(crop.rounded(1)));
+    }
+    const Values scale = directory.values(kDefaultScale);
+    if (scale.ratio(0).is_set() && scale.ratio(1).is_set())
+        picture.pixel_aspect = aspect_of(scale.ratio(0).value() / scale.ratio(1).value());
     return picture;
 }
 
-// Where the data of a picture ends, and whether it ends in zeros that no compressor writes.
+// Where the data of a picture ends, 0 where that is not known, and whether it ends in zeros that no
+// compressor writes.
 struct DataEnd {
     uint64_t end = 0;
-    bool is_known = false;
     bool is_blank = false;
 };
 
-DataEnd data_end(Input &input, const Directory &directory) {
-    Values offsets = directory.values(kTileOffsets);
-    Values counts = directory.values(kTileCounts);
-    if (offsets.count == 0) {
-        offsets = directory.values(kStripOffsets);
-        counts = directory.values(kStripCounts);
-    }
+// Of what is not compressed a strip or tile has what it needs where its count says more, or nothing.
+DataEnd data_end(const Directory &directory) {
+    constexpr uint64_t kMost = 1U << 31;
+    const bool tiled = directory.values(kTileOffsets).count > 0;
+    const Values offsets = directory.values(tiled ? kTileOffsets : kStripOffsets);
+    const Values counts = directory.values(tiled ? kTileCounts : kStripCounts);
+    const uint64_t height = std::min(directory.number(kLength), kMost);
+    const uint64_t width = std::min(directory.number(tiled ? kTileWidth : kWidth), kMost);
+    const uint64_t told_rows = directory.number(tiled ? kTileLength : kRowsPerStrip, height);
+    const uint64_t rows = std::clamp<uint64_t>(told_rows, 1, tiled ? kMost : height);
+    const uint64_t samples = directory.number(kPlanar, 1) == 2 ? 1 : directory.number(kSamples, 1);
+    const uint64_t bits =
+        std::min<uint64_t>(samples, 1 << 16) * std::min<uint64_t>(directory.number(kBits, 1), 1 << 8);
+    const uint64_t compression = directory.number(kCompression, kUncompressed);
+    const bool is_plain = compression == kUncompressed;
+    const bool is_measurable =
+        is_plain && directory.number(kPhotometric, 1) != kYCbCr && directory.number(kTileDepth, 1) == 1;
+    const uint64_t line = (width * bits + 7) / 8;
+    const uint64_t strips = (height + rows - 1) / rows;
     DataEnd result;
     uint64_t last_size = 0;
-    for (uint64_t i = 0; i < std::min(offsets.count, kMostStrips) && offsets.has(i) && counts.has(i); i++) {
-        const uint64_t end = offsets.number(i) + counts.number(i);
-        if (end < offsets.number(i) || end <= result.end) continue;
+    for (uint64_t i = 0; i < std::min(offsets.count, kMostStrips) && offsets.has(i); i++) {
+        const uint64_t lines = tiled ? rows : std::min(rows, height - i % strips * rows);
+        uint64_t size = counts.number(i);
+        if (is_measurable && (size == 0 || size / lines >= line)) size = std::min(line, kMost) * lines;
+        const uint64_t end = offsets.number(i) + size;
+        if (end < size || size == 0 || end <= result.end) continue;
         result.end = end;
-        last_size = counts.number(i);
-        result.is_known = true;
+        last_size = size;
     }
-    if (!result.is_known || directory.number(kCompression, kUncompressed) == kUncompressed || last_size == 0)
-        return result;
-    result.is_blank = ends_in_zeros(input, result.end - last_size, result.end, 16, 4096);
+    // Of others than these two cameras pad the end.
+    const uint64_t most = compression == kLzw || compression == kDeflate ? 64 : 4096;
+    if (result.end > 0 && !is_plain)
+        result.is_blank = ends_in_zeros(directory.input(), result.end - last_size, result.end, 16, most);
     return result;
 }
 
@@ -275,7 +311,8 @@ void tiff_facts(Input &input, Facts &facts) {
     uint64_t values_end = 0;
     uint64_t largest = 0;
     int64_t pages = 0;
-    bool is_cut = false, is_known = false, is_blank = false, is_tiled = false;
+    bool is_cut = false, is_known = false, is_blank = false;
+    std::string tiles;
     Ratio rate;
     FileTimecode timecode;
     while (!waiting.empty() && seen.size() < kMostDirectories) {
@@ -303,21 +340,26 @@ void tiff_facts(Input &input, Facts &facts) {
         Picture picture = picture_of(directory);
         if (picture.width == 0 || picture.height == 0) continue;
         if ((directory.number(kSubfileType) & 1) == 0) pages++;
-        const DataEnd data = data_end(input, directory);
+        const DataEnd data = data_end(directory);
         end = std::max(end, data.end);
-        is_known = is_known || data.is_known;
+        is_known = is_known || data.end > 0;
         is_blank = is_blank || data.is_blank;
         const uint64_t area = uint64_t{picture.width} * picture.height;
-        if (area > largest) is_tiled = directory.number(kTileWidth) > 0;
+        if (area > largest) {
+            const uint64_t tile_width = directory.number(kTileWidth);
+            tiles = tile_width > 0 ? size_text(tile_width, directory.number(kTileLength)) : "";
+        }
         largest = std::max(largest, area);
         facts.pictures.push_back(std::move(picture));
     }
     facts.largest_first();
     if (!facts.pictures.empty()) facts.pictures.front().rate = rate;
     facts.add(std::move(timecode));
-    if (is_tiled) append(facts.variant, "tiled");
-    if (pages > 1) facts.add_more("pages", pages);
-    if (facts.pictures.size() > 1) facts.add_more("pictures", facts.pictures.size());
+    if (!tiles.empty()) append(facts.variant, "tiled");
+    facts.add_more("tiles", tiles);
+    const bool is_all = std::ranges::count(waiting, 0U) == std::ssize(waiting);
+    if (pages > 1 && is_all) facts.add_more("pages", pages);
+    if (facts.pictures.size() > 1 && is_all) facts.add_more("pictures", facts.pictures.size());
 
     if (is_cut) {
         facts.cut(end, "the directory");
@@ -327,7 +369,7 @@ void tiff_facts(Input &input, Facts &facts) {
         facts.cut(values_end, "values of the directory");
     } else if (is_blank) {
         facts.cut(end, "the end of the picture data holds zeros");
-    } else if (is_known) {
-        facts.whole(end);
+    } else if (is_known && is_all) {
+        facts.whole(std::max(end, values_end));
     }
 }

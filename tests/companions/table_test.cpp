@@ -80,6 +80,10 @@ TEST(KeldumpTable, Sequences) {
              .out);
     SHOW(table(place, {"--each", "--columns", "width,problem,file", "."}).out);
     EXPECT_EQ(table(place, {"."}).status, 1);
+    // A frame of which nothing is known does not make up for one that is cut.
+    place.write("a.0101.dpx", "?!..");
+    EXPECT_EQ(table(place, {"--csv", "--columns=extent,missing,bit_rate", "."}).out,
+              "extent,missing,bit_rate\r\ncut,the picture,1537920\r\n");
     // What most of them say is the row, whether it is the first or half that differs.
     place.write("b.-1.dpx", std::string(frame).replace(803, 1, "\x10"));
     for (const char *name : {"b.0.dpx", "b.1.dpx", "b.2.dpx"}) place.write(name, frame);
@@ -94,6 +98,8 @@ TEST(KeldumpTable, Sequences) {
                     std::string(kBitmap).replace(18, 1, 1, static_cast<char>(i)));
     EXPECT_EQ(table(place, {"--columns", "width", "p1.bmp", "p2.bmp", "p3.bmp", "p4.bmp"}).status, 0);
     SHOW(table(place, {"--columns", "width", "p1.bmp", "p2.bmp", "p3.bmp", "p4.bmp"}).out);
+    EXPECT_EQ(table(place, {"--csv", "--columns=file", "p3.bmp", "p1.bmp", "p2.bmp"}).out,
+              "file\r\np3.bmp\r\np1.bmp\r\np2.bmp\r\n");
 }
 
 TEST(KeldumpTable, WhatIsOdd) {
@@ -120,7 +126,7 @@ TEST(KeldumpTable, ColumnsAndFields) {
     SHOW(with({"--csv", "--columns", "file,slate,gamma", "--field", "television/timecode", "--field",
                "Track ID/*"})
              .out);
-    SHOW(with({"--lines", "--columns", "file,slate", "--field", "*/Track ID/*"}).out);
+    SHOW(with({"--lines", "--columns", "file,keycode", "--field", "*/Track ID/*", "--field", "keycode"}).out);
     SHOW(with({"--columns", "timecode,edit rate,file"}).out);
     // Of a pipe, and of frames: what any of them has, up to a hundred values.
     for (int i = 0; i < 120; i++)

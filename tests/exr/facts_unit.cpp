@@ -55,7 +55,55 @@ TEST(ExrFacts, LastChunks) {
         EXPECT_EQ(extent_of(whole.substr(0, whole.size() - 1100) + std::string(1100, '\0'), "a.exr"),
                   "cut the last chunk holds zeros");
     }
+    for (const std::string first : {"x", "d"}) {
+        const std::string one = attribute("chunkCount", "int", little().u32(1).str());
+        const std::string zip = file(2, header(3, one), little().u32(0).u32(2000).raw(first + data).str());
+        EXPECT_EQ(extent_of(zip.substr(0, zip.size() - 101) + std::string(100, '\0'), "a.exr"),
+                  first == "x" ? "cut the last chunk holds zeros" : "whole");
+    }
     EXPECT_EQ(extent_of(plain.substr(0, plain.size() - 1100) + std::string(1100, '\0'), "a.exr"), "whole");
+}
+
+// A table of offsets is written last: what it has not was never written.
+TEST(ExrFacts, OffsetTable) {
+    const std::string head = little()
+                                 .u32(20000630)
+                                 .u32(2)
+                                 .raw(header(3, attribute("chunkCount", "int", little().u32(2).str())))
+                                 .str();
+    const std::string chunk = little().u32(0).u32(100).raw(std::string(100, 'd')).str();
+    const uint64_t first = head.size() + 16;
+    const auto extent = [&](uint64_t second) {
+        return extent_of(head + little().u64(first).u64(second).str() + chunk + chunk, "a.exr");
+    };
+    EXPECT_EQ(extent(first + chunk.size()), "whole");
+    EXPECT_EQ(extent(0), "cut 1 of 2 chunks were not written");
+    EXPECT_EQ(extent_of(head + little().u64(first).str(), "a.exr"), "cut the offset table");
+}
+
+// The two whites of P3 differ in y alone.
+TEST(ExrFacts, Primaries) {
+    for (const auto &[x, y, expected] :
+         {std::tuple{0.314F, 0.351F, "colour 11,"}, {0.3127F, 0.329F, "colour 12,"}}) {
+        ByteWriter values = little();
+        for (const float value : {0.68F, 0.32F, 0.265F, 0.69F, 0.15F, 0.06F, x, y}) values.f32(value);
+        EXPECT_NE(
+            facts_of(file(2, header(0, attribute("chromaticities", "chromaticities", values.str())), ""))
+                .find(expected),
+            std::string::npos);
+    }
+}
+
+// Names that others than the format's library write.
+TEST(ExrFacts, OtherNames) {
+    const std::string chunk = little().u32(0).u32(4).text("data").str();
+    const std::string more = attribute("chunkCount", "int", little().u32(1).str()) +
+                             attribute("FramesPerSecond", "float", little().f32(23.976F).str()) +
+                             attribute("writer", "string", "a plug-in");
+    EXPECT_EQ(
+        facts_of(file(2, header(0, more), chunk)),
+        "EXR scan lines | 64x32 uncompressed RGB 16 bits float 24000/1001 fps 1 frames | by a plug-in | "
+        "whole | channels: B G R");
 }
 
 // Windows reach as far as signed numbers of 32 bits do.

@@ -27,7 +27,48 @@ TEST(ImageFacts, Softimage) {
                           .zeros(64)
                           .str()));
     SHOW(facts_of(std::string(100, 'x'), "noise.tga"));
-    EXPECT_EQ(facts_of("GIF89a" + hex("4001 F200 F6 00 00")), "GIF | 320x242 LZW palette 7 bits");
+}
+
+// Two images with delays, data of 300 bytes in blocks; behind the trailer may be anything.
+TEST(ImageFacts, BlocksOfGif) {
+    const auto image = [](const char *delay) {
+        return hex("21F904 00") + hex(delay) + hex("00 00 2C 00000000 4001F200 80 010101020202 08 FF") +
+               std::string(255, 'd') + hex("2D") + std::string(45, 'd') + hex("00");
+    };
+    const std::string head = "GIF89a" + hex("4001 F200 80 00 31 000000 FFFFFF 21FE 03 61623B 00");
+    const std::string whole = head + image("0400") + image("0400") + ";";
+    const std::string shown = "GIF | 320x242 LZW palette 1 bits ";
+    EXPECT_EQ(facts_of(whole), shown + "25 fps 2 frames | 2/25 s | whole");
+    EXPECT_EQ(facts_of(head + image("0400") + image("0600") + ";behind"),
+              shown + "20 vfr 2 frames | 1/10 s | whole");
+    for (const size_t cut : {whole.size() - 1, whole.size() - 2, whole.size() - 20, size_t{40}, size_t{13}}) {
+        EXPECT_EQ(extent_of(whole.substr(0, cut), "a.gif"),
+                  cut + 1 == whole.size() ? "unknown" : "cut the picture's end");
+        EXPECT_EQ(extent_of(whole.substr(0, cut) + std::string(whole.size() - cut, '\0'), "a.gif"),
+                  "cut the end holds zeros");
+    }
+}
+
+// What stands behind the picture: EXIF of PNG, the extension of TGA 2.0.
+TEST(ImageFacts, BehindThePicture) {
+    const auto chunk = [](const char *type, const std::string &data) {
+        return big().u32(data.size()).text(type).raw(data).u32(0).str();
+    };
+    const std::string exif =
+        "MM" + hex("002A 00000008 0002 0112 0003 00000001 00060000 0131 0002 00000003 61620000");
+    EXPECT_EQ(facts_of(hex("89504E470D0A1A0A") + chunk("IHDR", big().u32(2).u32(1).hex("0802000000").str()) +
+                       chunk("IDAT", "data") + chunk("eXIf", exif) + chunk("IEND", "")),
+              "PNG | 2x1 Deflate RGB 8 bits 1 frames | by ab | whole | orientation: 6");
+    // 495 bytes: the date, what painted it, twice as wide pixels.
+    const std::string extension = hex("EF01") + std::string(365, '\0') +
+                                  hex("0200 1D00 E807 1700 3B00 3A00") + std::string(47, '\0') + "painter" +
+                                  std::string(41, '\0') + hex("0200 0100") + std::string(17, '\0');
+    EXPECT_EQ(
+        facts_of(hex("000002 000000000000000000 0100 0100 18 00 010203") + extension +
+                     hex("15000000 00000000") + "TRUEVISION-XFILE." + '\0',
+                 "a.tga"),
+        "TGA TGA 2.0 | 1x1 uncompressed RGB 8 bits aspect 2 1 frames | by painter | 2024-02-29T23:59:58 | "
+        "whole | bits a pixel: 24");
 }
 
 // Two lines of two pixels, each behind a count and before a zero; the second was never written.

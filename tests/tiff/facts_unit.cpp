@@ -53,6 +53,50 @@ TEST(TiffFacts, Directories) {
     SHOW(facts_of(little().text("II*").u8(0).u32(64).zeros(500).str()));
 }
 
+// What is shown of a raw picture and what makes its pixels square; tiles; a fourth sample is alpha.
+TEST(TiffFacts, ShownOfRaw) {
+    const auto tiff = [](std::initializer_list<std::array<uint32_t, 3>> entries, const std::string &behind) {
+        return little().text("II*").u8(0).u32(8).raw(directory(entries)).at(200).raw(behind).str();
+    };
+    EXPECT_EQ(
+        facts_of(tiff({{256, 4, 64},
+                       {257, 4, 48},
+                       {258, 3, 12},
+                       {259, 3, 7},
+                       {262, 3, 32803},
+                       {322, 4, 32},
+                       {323, 4, 16},
+                       {324, 4, 200},
+                       {325, 4, 20}},
+                      std::string(20, 'd'))),
+        "TIFF tiled | 64x48 JPEG Bayer 12 bits 1 frames | whole | byte order: little-endian | tiles: 32x16");
+    std::string file =
+        tiff({{256, 4, 64}, {257, 4, 48}, {277, 3, 4}, {262, 3, 2}, {50718, 5, 200}, {50720, 5, 216}},
+             hex("02000000 01000000 01000000 01000000 3C000000 01000000 28000000 01000000"));
+    for (const size_t at : {file.find(hex("1EC6 0500")), file.find(hex("20C6 0500"))}) file[at + 4] = 2;
+    EXPECT_EQ(facts_of(file),
+              "TIFF | 60x40 (64x48) uncompressed RGBA 1 bits aspect 2 1 frames | byte order: little-endian");
+}
+
+// Strips that are not compressed have what they need, whatever their counts say.
+TEST(TiffFacts, CountsOfStrips) {
+    const auto strip = [](uint32_t tag, uint32_t count) {
+        const std::string first = directory({{256, 4, 10},
+                                             {257, 4, 10},
+                                             {258, 3, 8},
+                                             {259, 3, 1},
+                                             {262, 3, 1},
+                                             {273, 4, 200},
+                                             {tag, 4, count}});
+        return little().text("II*").u8(0).u32(8).raw(first).at(200).text("d", 100).str();
+    };
+    for (const uint32_t count : {0U, 100U, 101U, 0x7FFFFFFFU, 0xFFFFFFFFU}) {
+        EXPECT_EQ(extent_of(strip(279, count), "a.tif"), "whole") << count;
+        EXPECT_EQ(extent_of(strip(279, count).substr(0, 299), "a.tif"), "cut picture data") << count;
+    }
+    EXPECT_EQ(extent_of(strip(280, 1), "a.tif"), "whole");
+}
+
 // Offsets of 64 bits; a strip of zeros, which no compression makes.
 TEST(TiffFacts, BigTiff) {
     const auto tiff = [](uint32_t compression, const std::string &data) {
@@ -83,6 +127,9 @@ TEST(TiffFacts, BigTiff) {
     EXPECT_EQ(text.substr(0, text.find(" | 8x8")), "TIFF BigTIFF | 300x200 Deflate Y 16 bits 1 frames");
     EXPECT_EQ(extent_of(tiff(8, written), "a.tif"), "whole");
     EXPECT_EQ(extent_of(tiff(8, zeros), "a.tif"), "cut the end of the picture data holds zeros");
+    EXPECT_EQ(extent_of(tiff(8, written.substr(100) + zeros.substr(400)), "a.tif"),
+              "cut the end of the picture data holds zeros");
+    EXPECT_EQ(extent_of(tiff(7, written.substr(100) + zeros.substr(400)), "a.tif"), "whole");
     EXPECT_EQ(extent_of(tiff(1, zeros), "a.tif"), "whole");
     EXPECT_EQ(extent_of(tiff(8, std::string(499, 's')), "a.tif"), "cut picture data");
 }

@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <iterator>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -84,13 +86,14 @@ bool parse(Arguments arguments, Request &request) {
         } else if (arguments.takes("--columns", value)) {
             add_names(value, request.selection.names);
         } else if (arguments.takes("--field", value)) {
-            request.fields.patterns.push_back(value);
+            std::vector<std::string> &patterns = request.fields.patterns;
+            if (std::ranges::find(patterns, value) == patterns.end()) patterns.push_back(value);
         } else if (!arguments.takes("--files-from", request.files_from) &&
                    !arguments.takes_jobs(request.jobs)) {
             return arguments.refuse();
         }
     }
-    request.selection.fields = request.fields.patterns;
+    std::ranges::transform(request.fields.patterns, std::back_inserter(request.selection.fields), field_name);
     request.operands = arguments.operands();
     return !arguments.failed() && (!request.operands.empty() || !request.files_from.empty());
 }
@@ -182,7 +185,9 @@ class Table : public JobsReader {
             add(sequence_.finish(group, files_.names));
         } else {
             const size_t first = last + 1 - few_.size();
-            for (size_t i = 0; i < few_.size(); i++) single(first + i, std::move(few_[i]));
+            std::map<size_t, size_t> listed;  // places in the list
+            for (size_t i = 0; i < few_.size(); i++) listed[files_.order[first + i]] = i;
+            for (const auto &[place, i] : listed) single(first + i, std::move(few_[i]));
         }
         few_.clear();
         sequence_ = {};

@@ -31,7 +31,8 @@ class FieldListener : public Listener {
 
     void finish() {
         for (size_t i = 0; i < names_.size(); i++) {
-            for (std::string &value : values_[i]) row_.fields.emplace_back(names_[i], std::move(value));
+            for (std::string &value : values_[i])
+                row_.fields.emplace_back(field_name(names_[i]), std::move(value));
         }
     }
 

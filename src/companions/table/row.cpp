@@ -313,6 +313,11 @@ Row row_of(const Facts &facts, std::string_view file) {
     return row;
 }
 
+std::string field_name(const std::string &pattern) {
+    const bool is_column = std::ranges::find(kColumns, pattern, &ColumnRow::name) != std::end(kColumns);
+    return is_column || pattern == "more" ? "*/" + pattern : pattern;
+}
+
 std::string Row::named(std::string_view name) const {
     const auto column = std::ranges::find(kColumns, name, &ColumnRow::name);
     if (column != std::end(kColumns)) return (*this)[column->column];

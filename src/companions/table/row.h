@@ -98,6 +98,9 @@ struct Row {
 
 Row row_of(const Facts &facts, std::string_view file);
 
+// The column of a pattern of --field: the pattern, as "*/keycode" where the table has a column of that name.
+std::string field_name(const std::string &pattern);
+
 // "cut: 3.1 of 6.2 GB, data of tracks 1 and 2"; empty where all is well, or cannot be told.
 std::string problem_of(const Facts &facts);
 // "6.2 GB", "4,736 bytes".

@@ -89,7 +89,13 @@ void SequenceRow::add(const FrameNumber &number, Row row) {
     claimed_ += std::max(whole_of(row[Column::size]), whole_of(row[Column::bytes_claimed]));
     add_fields(row);
     if (!row[Column::problem].empty()) add_trouble(kind_of(row[Column::problem]), number.value);
-    if (extent_.empty() || row[Column::extent] != "whole") extent_ = row[Column::extent];
+    // Whole are those that all are, cut those of which one is.
+    const std::string &extent = row[Column::extent];
+    if (numbers_.size() == 1 || (extent == "cut" && extent_ != "cut") ||
+        (extent != "whole" && extent_ == "whole")) {
+        extent_ = extent;
+        missing_ = row[Column::missing];
+    }
     // A frame without a header has nothing to compare.
     if (row[Column::width].empty()) {
         pictures_.push_back(0);
@@ -177,6 +183,7 @@ Row SequenceRow::finish(const FrameGroup &group, const std::vector<std::string> 
     row.is_known = true;
     row.fields = fields_;
     row[Column::extent] = extent_;
+    row[Column::missing] = missing_;
     row[Column::file] = group.range_name(list);
     row[Column::frames] = std::to_string(frames);
     row[Column::first_frame] = group.written(0, list);
@@ -190,6 +197,8 @@ Row SequenceRow::finish(const FrameGroup &group, const std::vector<std::string> 
         char text[64];
         std::snprintf(text, sizeof text, "%.3f", static_cast<double>(frames) / rate.value());
         row[Column::duration] = text;
+        const int64_t bits = bit_rate_of(size_, {static_cast<int64_t>(frames) * rate.d, rate.n});
+        if (bits >= 0) row[Column::bit_rate] = std::to_string(bits);
     }
     std::string problem;
     if (missing > 0) problem = grouped(static_cast<uint64_t>(missing)) + " missing";

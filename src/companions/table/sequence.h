@@ -51,6 +51,7 @@ class SequenceRow {
     uint64_t size_ = 0;
     uint64_t claimed_ = 0;
     std::string extent_;
+    std::string missing_;  // of the first frame that is cut
     std::string last_timecode_;
     std::vector<Trouble> troubles_;
 };
