@@ -95,10 +95,7 @@ inline void dump_xml(const File &in) {
     dumpfile(in.opts, in.input);
 }
 
-inline bool is_executable(const File &in) {
-    const uint64_t pe_header = little32(in.head, 60);
-    return pe_header + 4 <= kDetectionSize && bytes_are(in.head, pe_header, "PE\0\0");
-}
+inline bool is_executable(const File &in) { return bytes_are(in.head, little32(in.head, 60), "PE\0\0"); }
 
 inline bool is_transport_stream(const File &in) {
     return in.head[188] == 0x47 && in.head[376] == 0x47 && in.head[564] == 0x47;
@@ -120,7 +117,7 @@ inline bool is_movie(const File &in) {
                                                 "free", "skip", "pnot", "styp"};
     const uint32_t size = big32(in.head);
     const auto is_first = [&](std::string_view type) { return begins_with(in.head.from(4), type); };
-    return size != 0 && size < 8 && size != 1 ? false : std::ranges::any_of(kFirstAtoms, is_first);
+    return (size < 2 || size >= 8) && std::ranges::any_of(kFirstAtoms, is_first);
 }
 
 // MXF may begin with up to 64 KiB of something else (SMPTE ST 377-1, run-in).

@@ -39,6 +39,16 @@ TEST(Values, TheRingComesRoundAfterSixteenCalls) {
     EXPECT_EQ(size, 8192U);
     for (int i = 0; i < 15; i++) EXPECT_NE(get_buffer(), first);
     EXPECT_EQ(get_buffer(), first);
+    // Each of the sixteen knows what it holds.
+    for (uint64_t i = 0; i < 16; i++) {
+        const char *text = get_buffer();
+        ring_holds({.kind = Piece::hexadecimal, .number = i});
+        EXPECT_EQ(ring_value(text).number, i);
+        EXPECT_EQ(ring_value(text).kind, Piece::hexadecimal);
+    }
+    const std::string longer(9000, 'y');
+    EXPECT_EQ(printable_text(Bytes(longer.data(), longer.size()), longer.size(), '?'),
+              longer.substr(0, 8191));
 }
 
 TEST(Values, ByteOrders) {
@@ -53,6 +63,8 @@ TEST(Values, ByteOrders) {
     uint32_t quad = 0x12345678;
     swap32(&quad);
     EXPECT_EQ(quad, 0x78563412U);
+    EXPECT_EQ(tiffchar(0x1F), '.');
+    EXPECT_EQ(tiffchar(0x20), ' ');
     EXPECT_EQ(tiffchar(0x7E), '~');
     EXPECT_EQ(tiffchar(0x7F), '.');
 }

@@ -229,8 +229,9 @@ TEST(MxfFacts, NoPrefixLeadsOutside) {
 TEST(MxfFacts, RunIn) {
     const std::string clip = Clip(false).bytes;
     const std::string plain = facts_of(clip);
-    EXPECT_EQ(facts_of(std::string(100, 'x') + clip).substr(0, 12), plain.substr(0, 12));
-    EXPECT_EQ(facts_of(std::string(60000, 'x') + clip).substr(0, 12), plain.substr(0, 12));
+    for (const size_t length : {100, 65536, 65537})
+        EXPECT_EQ(facts_of(std::string(length, 'x') + clip).substr(0, 12),
+                  length > 65536 ? " | ! unknown" : plain.substr(0, 12));
 }
 
 TEST(MxfFacts, Codecs) {
