@@ -222,7 +222,8 @@ TEST(MovieFacts, Extent) {
     // A first atom is its header at least, or has its size elsewhere.
     for (const auto &[size, is_movie] :
          {std::pair{0U, true}, {1U, true}, {2U, false}, {7U, false}, {8U, true}})
-        EXPECT_EQ(facts_of(big().u32(size).text("wide").str() + whole) != " | ! unknown", is_movie) << size;
+        EXPECT_EQ(facts_of(big().u32(size).text("wide").str() + whole).substr(0, 3) != " | ", is_movie)
+            << size;
 }
 
 TEST(MovieFacts, Fragments) {
