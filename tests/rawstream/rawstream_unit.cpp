@@ -82,6 +82,13 @@ TEST(RawStream, Rasters) {
     SHOW(dump_of(capture(eight, eight_bit(sd_lines(864, 1)))));
 }
 
+// The warning is of both references, each of four words in two streams.
+TEST(RawStream, PlacesOfDifferentReferences) {
+    const Workplace place;
+    place.write("f", capture("nbits 8\nsize 1000\n", eight_bit(hd_lines(5280, 3, 0x2D8))));
+    EXPECT_NE(place.run({"f"}, "keldump-json").out.find("\"at\": [[5307, 8], [5867, 8]]"), std::string::npos);
+}
+
 TEST(RawStream, Headers) {
     Transcript transcript;
     const auto dumped = [](const std::string &content) { return dump_of(content).substr(kStart.size()); };
