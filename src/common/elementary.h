@@ -65,11 +65,15 @@ void take_stream(const Picture &stream, Picture &picture);
 // the bytes behind an AVI's format), by the picture's codec. False where they say nothing.
 bool stream_picture(Bytes data, Picture &picture, Bytes setup = {});
 
-// The AudioSpecificConfig (ISO 14496-3), the first frame header of ADTS, of AC-3 and E-AC-3, of DTS.
+// The AudioSpecificConfig (ISO 14496-3), the first frame header of ADTS, of AC-3 and E-AC-3, of DTS and
+// TrueHD.
 bool aac_configuration(Bytes config, Sound &sound);
 bool adts_frame(Bytes frame, Sound &sound);
 bool ac3_frame(Bytes frame, Sound &sound);
 bool dts_frame(Bytes frame, Sound &sound);
+bool dv_sound(Bytes frame, Sound &sound);  // by the audio source pack of a frame of DV
+bool truehd_frame(Bytes frame, Sound &sound);
+bool truehd_format(uint32_t format, Sound &sound);  // what of such a header is about channels and rate
 
 // A frame of MPEG audio (ISO 11172-3, 13818-3, "2.5"); `bytes` is 0 for what is none.
 struct MpegAudioFrame {

@@ -36,8 +36,11 @@ bool vc3_frame(Bytes frame, Picture &picture) {
     picture.codec = name_of(kKinds, id, "DNxHD");
     constexpr uint32_t kDepths[] = {0, 8, 10, 12, 0, 0, 0, 0};
     picture.bits = kDepths[frame[33] >> 5];
+    // RGB whose macroblocks are transformed, as the first one tells behind its scale of 11 bits, is YCbCr.
+    const bool is_transformed = (frame[uint64_t{big16(frame, 2)} + 1] & 0x10) != 0;
+    const bool is_rgb = ((frame[44] & 1) != 0 || id == 1256) && !is_transformed;
     const bool is_444 = id == 1256 || id == 1270;
-    picture.components = !is_444 ? "4:2:2" : (frame[44] & 1) != 0 || id == 1256 ? "RGB" : "4:4:4";
+    picture.components = !is_444 ? "4:2:2" : is_rgb ? "RGB" : "4:4:4";
     // The first field, which is the upper one, has 2 there, the other 3.
     picture.scan = (frame[5] & 2) == 0   ? Scan::progressive
                    : (frame[5] & 1) == 0 ? Scan::top_first
@@ -361,6 +364,61 @@ bool jpegxs_picture(Bytes data, Bytes, Picture &picture) {
     return picture.bits != 0;
 }
 
+// The sequence header of Dirac and VC-2 (SMPTE ST 2042-1, 11): a base format, and what differs from it.
+bool dirac_picture(Bytes data, Bytes, Picture &picture) {
+    enum : uint8_t { p, top, bottom };
+    struct Base {
+        uint16_t width, height;
+        uint8_t chroma, scan, rate, aspect, range;  // their codes
+    };
+    constexpr Base kBases[] = {
+        {640, 480, 2, p, 1, 1, 1},     {176, 120, 2, p, 9, 2, 1},      {176, 144, 2, p, 10, 3, 1},
+        {352, 240, 2, p, 9, 2, 1},     {352, 288, 2, p, 10, 3, 1},     {704, 480, 2, p, 9, 2, 1},
+        {704, 576, 2, p, 10, 3, 1},    {720, 480, 1, bottom, 4, 2, 3}, {720, 576, 1, top, 3, 3, 3},
+        {1280, 720, 1, p, 7, 1, 3},    {1280, 720, 1, p, 6, 1, 3},     {1920, 1080, 1, top, 4, 1, 3},
+        {1920, 1080, 1, top, 3, 1, 3}, {1920, 1080, 1, p, 7, 1, 3},    {1920, 1080, 1, p, 6, 1, 3},
+        {2048, 1080, 0, p, 2, 1, 4},   {4096, 2160, 0, p, 2, 1, 4},    {3840, 2160, 1, p, 7, 1, 3},
+        {3840, 2160, 1, p, 6, 1, 3},   {7680, 4320, 1, p, 7, 1, 3},    {7680, 4320, 1, p, 6, 1, 3},
+        {1920, 1080, 1, p, 1, 1, 3},   {720, 486, 1, bottom, 4, 2, 3}};
+    constexpr Scan kScans[] = {Scan::progressive, Scan::top_first, Scan::bottom_first};
+    constexpr Ratio kRates[] = {{},      {24000, 1001}, {24, 1}, {25, 1},       {30000, 1001}, {30, 1},
+                                {50, 1}, {60000, 1001}, {60, 1}, {15000, 1001}, {25, 2},       {48, 1}};
+    constexpr Ratio kDiracAspects[] = {{}, {1, 1}, {10, 11}, {12, 11}, {40, 33}, {16, 11}, {4, 3}};
+    constexpr uint8_t kBits[] = {0, 8, 8, 10, 12, 10, 12, 16, 16};
+    constexpr const char *kDiracChroma[] = {"4:4:4", "4:2:2", "4:2:0"};
+    BitReader bits(data.from(find_in(data.sub(0, 2048), std::string_view("BBCD", 5)) + 13));
+    const auto number = [&] {  // Exp-Golomb, interleaved
+        uint32_t value = 1;
+        while (!bits.is_over() && !bits.flag()) value = value << 1 | bits.get(1);
+        return value - 1;
+    };
+    const auto code = [&](uint32_t base) { return bits.flag() ? number() : base; };
+    const auto ratio = [&](const auto &known, uint32_t base) {
+        if (const uint32_t i = code(base); i > 0) return i < std::size(known) ? known[i] : Ratio{};
+        const int64_t n = number();
+        return Ratio{n, number()}.reduced();
+    };
+    for (int i = 0; i < 4; i++) number();  // version, profile and level
+    const uint32_t index = number();
+    const Base &base = kBases[index < std::size(kBases) ? index : 0];
+    const bool has_size = bits.flag();
+    picture.width = has_size ? number() : base.width;
+    picture.height = has_size ? number() : base.height;
+    picture.components = name_at(kDiracChroma, code(base.chroma));
+    picture.scan = kScans[base.scan];
+    if (bits.flag())
+        picture.scan = number() == 0 ? Scan::progressive : base.scan == p ? Scan::interlaced : picture.scan;
+    picture.rate = ratio(kRates, base.rate);
+    picture.pixel_aspect = ratio(kDiracAspects, base.aspect);
+    for (int i = bits.flag() ? 4 : 0; i > 0; i--) number();  // clean area
+    const uint32_t range = code(base.range);
+    if (range == 0) number();
+    picture.bits = range == 0                 ? static_cast<uint32_t>(std::bit_width(number()))
+                   : range < std::size(kBits) ? kBits[range]
+                                              : 0;
+    return !bits.is_over();
+}
+
 template <bool (*read)(Bytes, Picture &)>
 bool frame_alone(Bytes data, Bytes, Picture &picture) {
     return read(data, picture);
@@ -385,6 +443,7 @@ constexpr StreamReader kReaders[] = {
     {"JPEG XS", jpegxs_picture},
     {"PNG", png_picture},
     {"CineForm", cineform_picture},
+    {"Dirac", dirac_picture},
     {"FFV1", ffv1_picture},
     {"HuffYUV", huffyuv_picture},
     {"MPEG-4", mpeg4_picture},

@@ -226,7 +226,9 @@ bool dts_frame(Bytes frame, Sound &sound) {
                                         "3.0",  "2/1",       "4.0",    "quad",   "5.0"};
     BitReader bits(frame);
     if (bits.get(32) != 0x7FFE8001) return false;
-    bits.skip(1 + 5 + 1 + 7 + 14);
+    bits.skip(1 + 5 + 1);
+    const uint32_t blocks = bits.get(7) + 1;  // of 32 samples
+    const uint32_t bytes = bits.get(14) + 1;
     const uint32_t mode = bits.get(6);
     const uint32_t rate = kRates[bits.get(4)];
     bits.skip(5 + 10);
@@ -236,7 +238,40 @@ bool dts_frame(Bytes frame, Sound &sound) {
     sound.layout = mode >= std::size(kLayouts) ? "" : mode == 9 && lfe ? "5.1" : kLayouts[mode];
     if (lfe && mode < 9) sound.layout += " + LFE";
     sound.rate = {rate, 1};
+    sound.bit_rate = int64_t{bytes} * rate / (4 * blocks);
     return true;
+}
+
+// IEC 61834-4, 8.1: in the fourth audio block of a sequence.
+bool dv_sound(Bytes frame, Sound &sound) {
+    constexpr uint32_t kRates[] = {48000, 44100, 32000};
+    const Bytes pack = frame.from((6 + 3 * 16) * 80 + 3);
+    const unsigned rate = pack[4] >> 3 & 7;
+    const bool is_16_bits = (pack[4] & 7) == 0;
+    if (pack[0] != 0x50 || rate >= std::size(kRates)) return false;
+    sound.codec = "PCM";
+    sound.rate = {kRates[rate], 1};
+    sound.bits = is_16_bits ? 16 : 12;
+    sound.channels = is_16_bits ? 2 : 4;
+    return true;
+}
+
+bool truehd_format(uint32_t format, Sound &sound) {
+    // Loudspeakers by the bits of an assignment, as WAVE has them; the last four have no place there.
+    constexpr uint32_t kSpeakers[] = {0x3, 0x4, 0x8, 0x600, 0x5000, 0xC0, 0x30, 0x100, 0x800};
+    constexpr uint32_t kPairs = 0x679;
+    const uint32_t eight = format & 0x1FFF;
+    const uint32_t places = eight != 0 ? eight : format >> 15 & 0x1F;
+    uint64_t mask = 0;
+    for (unsigned i = 0; i < std::size(kSpeakers); i++) mask |= (places >> i & 1) * kSpeakers[i];
+    sound.channels = static_cast<uint32_t>(std::popcount(places) + std::popcount(places & kPairs));
+    sound.layout = places >> std::size(kSpeakers) == 0 ? speaker_layout(mask) : "";
+    sound.rate = {int64_t{(format & 0x80000000) != 0 ? 44100 : 48000} << (format >> 28 & 7), 1};
+    return true;
+}
+
+bool truehd_frame(Bytes frame, Sound &sound) {
+    return big32(frame, 4) == 0xF8726FBA && truehd_format(big32(frame, 8), sound);
 }
 
 MpegAudioFrame mpeg_audio_frame(Bytes frame) {

@@ -520,7 +520,7 @@ bool is_unwritten(Input &input, const Track &track, uint64_t end, uint64_t size)
     constexpr uint64_t kMost = 65536;
     const bool is_media = track.picture >= 0 || track.sound >= 0;
     if (track.raw || !is_media || end < size || end > input.size()) return false;
-    // MPEG video may be filled up with zeros.
+    // Samples may be filled up with zeros.
     const Bytes head = track.stuffed ? input.present(end - size, 16) : Bytes{};
     if ((big64(head) | big64(head, 8)) != 0) return false;
     return ends_in_zeros(input, end - size, end, 16, track.dense ? 4096 : kMost);

@@ -207,7 +207,8 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
         if (box.type == fourcc("dvcC") || box.type == fourcc("dvvC"))
             facts.add_more("Dolby Vision", "profile " + std::to_string(data[2] >> 1));
     });
-    track.stuffed = kind == CodecKind::mpeg2;
+    // AVC-Intra, whatever its name, fills its samples up to one size, MPEG video to a constant bit rate.
+    track.stuffed = kind == CodecKind::mpeg2 || SampleTable(track.table).constant_size > 0;
     track.raw = kind == CodecKind::raw;
     track.dense = kind == CodecKind::avc || kind == CodecKind::hevc || kind == CodecKind::av1 ||
                   kind == CodecKind::dense || kind == CodecKind::vpx || kind == CodecKind::prores;
@@ -300,6 +301,7 @@ void read_sound_boxes(Bytes boxes, Sound &sound, int depth) {
                 break;
             case fourcc("dac3"): read_ac3_box(data, sound); break;
             case fourcc("dec3"): read_eac3_box(data, sound); break;
+            case fourcc("dmlp"): truehd_format(big32(data), sound); break;
             case fourcc("dOps"):
                 sound.channels = data[1];
                 sound.rate = {48000, 1};

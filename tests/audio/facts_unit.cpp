@@ -47,6 +47,25 @@ TEST(WaveFacts, Formats) {
               "WAVE BW64 | 2ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s | whole");
 }
 
+// Codecs by an identifier, bits by what is behind the format, a bit rate by the data.
+TEST(WaveFacts, CodedSound) {
+    const std::string fact = chunk("fact", little().u32(4800).str());
+    const auto told = [&](const std::string &fields) {
+        return facts_of(wave(fields + fact + chunk("data", std::string(4800, 'x'))));
+    };
+    const std::string plus = hex("AF87FBA7022D42FBA4D405CD93843BDD");
+    EXPECT_EQ(told(format(0xFFFE, 2, 16, little().u16(22).u16(0).u32(3).raw(plus).str())),
+              "WAVE | 2ch 48000 Hz E-AC-3 stereo 4800 samples | 1/10 s | whole");
+    const std::string info = little().zeros(10).hex("0BB80370").zeros(20).str();
+    EXPECT_EQ(told(format(0xF1AC, 2, 16, little().u16(34).raw(info).str())),
+              "WAVE | 2ch 48000 Hz 24 bits FLAC 4800 samples | 1/10 s | whole");
+    const std::string flac = hex("ACF1000000001000800000AA00389B71");
+    EXPECT_EQ(told(format(0xFFFE, 2, 16, little().u16(56).u16(0).u32(3).raw(flac).raw(info).str())),
+              "WAVE | 2ch 48000 Hz 24 bits FLAC stereo 4800 samples | 1/10 s | whole");
+    EXPECT_EQ(bit_rates_of(wave(format(0x55, 2, 0, "", 0) + fact + chunk("data", std::string(4800, 'x')))),
+              "384000");
+}
+
 TEST(WaveFacts, Extent) {
     const std::string pcm = format(1, 2, 16);
     const auto state = [](const std::string &content) {

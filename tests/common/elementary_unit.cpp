@@ -65,7 +65,43 @@ TEST(Elementary, Dts) {
     EXPECT_TRUE(dts_frame(Bytes(dts.data(), dts.size()), sound));
     EXPECT_EQ(sound.channels, 6U);
     EXPECT_EQ(sound.layout, "5.1");
+    EXPECT_EQ(sound.bit_rate, 1413000);
     EXPECT_FALSE(dts_frame(Bytes(dts.data(), 6), sound));
+}
+
+TEST(Elementary, TrueHd) {
+    const std::string unit = bytes("80ddffd8f8726fba0097c00fb7520000");
+    Sound sound;
+    EXPECT_TRUE(truehd_frame(Bytes(unit.data(), unit.size()), sound));
+    EXPECT_EQ(sound.channels, 6U);
+    EXPECT_EQ(sound.layout, "5.1");
+    EXPECT_EQ(sound.rate, (Ratio{48000, 1}));
+    EXPECT_FALSE(truehd_frame(Bytes(unit.data(), 6), sound));
+}
+
+// Base formats with other sizes and rates, and as they are.
+TEST(Elementary, Dirac) {
+    const auto stream = [](const char *header) {
+        return told("Dirac", bytes("00 424243440000000019 00000000") + bytes(header) + std::string(8, '\0'));
+    };
+    EXPECT_EQ(stream("7087 14018200e7d127250ffc"), "352x288 Dirac 4:2:2 10 bits p 25 fps");
+    EXPECT_EQ(stream("7087 144060800e7d127250ffc0"), "720x576 Dirac 4:2:2 10 bits p 25 fps");
+    EXPECT_EQ(stream("7084 480442"), "1280x720 Dirac 4:2:2 10 bits p 60000/1001 fps");
+    EXPECT_EQ(told("Dirac", "BBCD"), "nothing");
+}
+
+// RGB, and RGB transformed to YCbCr as the first macroblock tells.
+TEST(Elementary, Vc3) {
+    const auto frame = [](uint32_t id, uint8_t colour, uint8_t block) {
+        return told(
+            "DNx",
+            big().hex("00000280 03").at(33).u8(0x58).at(40).u32(id).u8(colour).at(0x281).u8(block).str());
+    };
+    EXPECT_EQ(frame(1270, 0xC1, 0x2F), "0x0 DNxHR 444 RGB 10 bits p");
+    EXPECT_EQ(frame(1270, 0xC1, 0x3F), "0x0 DNxHR 444 4:4:4 10 bits p");
+    EXPECT_EQ(frame(1270, 0, 0x2F), "0x0 DNxHR 444 4:4:4 10 bits p");
+    EXPECT_EQ(frame(1256, 0, 0x2F), "0x0 DNxHD RGB 10 bits p");
+    EXPECT_EQ(frame(1271, 0, 0), "0x0 DNxHR HQX 4:2:2 10 bits p");
 }
 
 // A pair in front and one behind, told by a program config.

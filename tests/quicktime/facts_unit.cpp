@@ -272,6 +272,7 @@ TEST(MovieFacts, StuffedSamples) {
     EXPECT_EQ(extent("xd5c", 900), "whole");
     EXPECT_EQ(extent("xd5c", 1000), "cut data of track 1 (zeros)");
     EXPECT_EQ(extent("cvid", 1000), "cut data of track 1 (zeros)");
+    EXPECT_EQ(extent("avc1", 900), "whole");  // of one size, as those of AVC-Intra
 }
 
 // A header with samples of its own before those of the fragments.
@@ -285,4 +286,53 @@ TEST(MovieFacts, FragmentsBehindSamples) {
                  fragment + atom("mdat", std::string(5000, 'x')));
     EXPECT_NE(text.find("fps 15 frames"), std::string::npos) << text;
     EXPECT_NE(text.find(" | 1001/1600 s"), std::string::npos) << text;
+    // All samples stand in the header.
+    const std::string closed =
+        facts_of(movie(track("vide", picture_entry("apcn", ""), media_header(24000, 10010)) + extends));
+    EXPECT_NE(closed.find("24000/1001 fps 10 frames"), std::string::npos) << closed;
+}
+
+// Of many fragments behind an index some are looked at: the first sample may last longer, and others by a
+// tick.
+TEST(MovieFacts, IndexedFragments) {
+    const auto indexed = [](uint32_t scale, uint32_t first, uint32_t odd, uint32_t even,
+                            const std::string &other = "") {
+        constexpr uint32_t kFragments = 30;
+        constexpr uint32_t kSize = 80000;
+        std::string fragments;
+        std::string entries;
+        uint32_t time = 0;
+        for (uint32_t i = 0; i < kFragments; i++) {
+            std::string samples;
+            const uint32_t start = time;
+            for (uint32_t k = 0; k < 4; k++) {
+                const uint32_t duration = i + k == 0 ? first : k % 2 != 0 ? odd : even;
+                samples += big().u32(duration).u32(kSize / 4).str();
+                time += duration;
+            }
+            const std::string fragment =
+                atom("moof",
+                     atom("traf", full("tfhd", big().u32(1).str()) + full("tfdt", big().u32(start).str()) +
+                                      full("trun", big().u32(4).raw(samples).str(), 0x300))) +
+                atom("mdat", std::string(kSize, 'x'));
+            fragments += fragment;
+            entries += big().u32(fragment.size()).u32(time - start).u32(0x90000000).str();
+        }
+        const std::string extends = atom("mvex", full("trex", big().u32(1).u32(1).zeros(12).str()));
+        const std::string rate = atom("btrt", big().u32(0).u32(0).u32(9000000).str());
+        const std::string index =
+            full("sidx", big().u32(1).u32(scale).u32(0).u32(0).u16(0).u16(kFragments).raw(entries).str());
+        return movie(track("vide", picture_entry("apcn", rate), media_header(scale, 0), {0, 0, 0, {}}) +
+                     other + extends) +
+               index + fragments;
+    };
+    const std::string longer = indexed(25, 3, 1, 1);
+    EXPECT_NE(facts_of(longer).find(" 25 fps 120 frames | "), std::string::npos) << facts_of(longer);
+    EXPECT_EQ(bit_rates_of(longer), "3934426");
+    // Of several tracks what is told, unless that is more than all of the file.
+    const std::string sounds =
+        track("soun", sound_entry("raw ", 0, 2, 8, ""), media_header(48000, 0), {0, 0, 0, {}});
+    EXPECT_EQ(bit_rates_of(indexed(25, 1, 1, 1, sounds)), "-1 -1");
+    const std::string uneven = facts_of(indexed(36, 2, 1, 2));
+    EXPECT_NE(uneven.find(" 24 fps 120 frames | "), std::string::npos) << uneven;
 }
