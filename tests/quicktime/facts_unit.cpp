@@ -322,8 +322,9 @@ TEST(MovieFacts, IndexedFragments) {
         const std::string rate = atom("btrt", big().u32(0).u32(0).u32(9000000).str());
         const std::string index =
             full("sidx", big().u32(1).u32(scale).u32(0).u32(0).u16(0).u16(kFragments).raw(entries).str());
-        return movie(track("vide", picture_entry("apcn", rate), media_header(scale, 0), {0, 0, 0, {}}) +
-                     other + extends) +
+        return movie(other +
+                     track("vide", picture_entry("apcn", rate), media_header(scale, 0), {0, 0, 0, {}}) +
+                     extends) +
                index + fragments;
     };
     const std::string longer = indexed(25, 3, 1, 1);
