@@ -245,8 +245,11 @@ void read_wave(Wave &wave) {
         wave.sound.samples = wave.told_samples;
     }
     facts.lasts(wave.sound.samples, wave.sound.rate);
-    if (wave.block == 0 && wave.sound.bit_rate < 0)
-        wave.sound.bit_rate = bit_rate_of(wave.data_size, facts.duration);
+    if (wave.block == 0) {
+        const int64_t told = wave.sound.bit_rate;
+        stream_sound(wave.input.present(wave.data_start, 4096), wave.sound);
+        wave.sound.bit_rate = told >= 0 ? told : bit_rate_of(wave.data_size, facts.duration);
+    }
     facts.format = wave.has_bext ? "BWF" : "WAVE";
     set_timecode(wave);
     read_ixml(wave);
@@ -285,8 +288,7 @@ uint64_t wave_format(Bytes format, Sound &sound) {
         return block;
     }
     if (!sound.codec.ends_with("ADPCM")) sound.bits = 0;
-    const Bytes flac = format.from(tag == little16(format) ? 18 : 40);  // its STREAMINFO
-    if (sound.codec == "FLAC" && flac.size() >= 34) sound.bits = (big16(flac, 12) >> 4 & 31U) + 1;
+    stream_sound({}, sound, format.from(tag == little16(format) ? 18 : 40));
     if (const int64_t bytes = little32(format, 8); bytes > 0) sound.bit_rate = bytes * 8;
     return 0;
 }

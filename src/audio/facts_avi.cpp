@@ -177,13 +177,12 @@ void read_part(Bytes file, uint64_t at, uint64_t end, Avi &avi) {
         avi.has_zeros = true;
 }
 
-// The data of the first chunk of a picture ("00dc", "01db", "00__"): sound, or an index, may come before it.
-Bytes first_frame(Bytes chunks) {
+// The data of the first chunk of a stream ("00dc", "01wb", "00__"): others, or an index, may come before it.
+Bytes first_chunk(Bytes chunks, const Avi::Stream &stream) {
     uint64_t at = 0;
     for (int i = 0; i < 64 && chunks.has(at, 8); i++) {
         const uint64_t size = little32(chunks, at + 4);
-        const bool is_picture = chunks[at + 2] == 'd' && (chunks[at + 3] == 'c' || chunks[at + 3] == 'b');
-        if ((is_picture || bytes_are(chunks, at + 2, "__")) && size > 0) return chunks.sub(at + 8, size);
+        if (big32(chunks, at) >> 8 == stream.number && size > 0) return chunks.sub(at + 8, size);
         at += 8 + size + size % 2;
     }
     return {};
@@ -229,7 +228,7 @@ void avi_facts(Input &input, Facts &facts) {
         if (avi.frames_of_all_parts > picture.frames && picture.frames >= 0)
             picture.frames = avi.frames_of_all_parts;
         const Ratio aspect = picture.pixel_aspect;
-        const Bytes frame = first_frame(avi.first);
+        const Bytes frame = first_chunk(avi.first, avi.picture);
         if (avi.is_interleaved) {
             picture.width = 720;
             picture.height = (frame[3] & 0x80) != 0 ? 576 : 480;
@@ -243,7 +242,12 @@ void avi_facts(Input &input, Facts &facts) {
     } else if (!facts.sounds.empty()) {
         facts.lasts(facts.sounds.front().samples, facts.sounds.front().rate);
     }
-    if (!facts.sounds.empty() && facts.sounds[0].bit_rate < 0 && facts.sounds[0].bits == 0)
-        facts.sounds[0].bit_rate = bit_rate_of(indexed_bytes(avi, avi.sound), facts.duration);
+    if (Sound *const sound = facts.sounds.empty() ? nullptr : &facts.sounds.front()) {
+        const int64_t told = sound->bit_rate;
+        stream_sound(first_chunk(avi.first, avi.sound), *sound);
+        const bool is_coded = sound->bits == 0;
+        sound->bit_rate =
+            told >= 0 || !is_coded ? told : bit_rate_of(indexed_bytes(avi, avi.sound), facts.duration);
+    }
     judge(avi);
 }

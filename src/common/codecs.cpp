@@ -51,7 +51,7 @@ constexpr PictureCodec kPictureCodecs[] = {
     {"jxsm", "JPEG XS", "", 0},
     {"apv1", "APV", "", 0},
     {"drac", "Dirac", "", 0},
-    {"vc-1", "VC-1", "4:2:0", 8},
+    {"vc-1WVC1", "VC-1", "4:2:0", 8},
     {"FFV1", "FFV1", "", 0, CodecKind::dense},
     {"HFYUFFVH", "HuffYUV", "", 0},
     {"LAGS", "Lagarith", "", 0},

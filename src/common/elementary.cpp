@@ -58,16 +58,18 @@ std::string raw_payload(Bytes nal, uint64_t header) {
     return raw;
 }
 
+Ratio sample_aspect(uint32_t code) {
+    constexpr Ratio kAspects[] = {{0, 0},   {1, 1},    {12, 11}, {10, 11}, {16, 11}, {40, 33},
+                                  {24, 11}, {20, 11},  {32, 11}, {80, 33}, {18, 11}, {15, 11},
+                                  {64, 33}, {160, 99}, {4, 3},   {3, 2},   {2, 1}};
+    return code < std::size(kAspects) ? kAspects[code] : Ratio{};
+}
+
 namespace {
 
 // Luma and chroma samples a pixel column and row, by chroma_format_idc.
 constexpr const char *kChroma[] = {"Y", "4:2:0", "4:2:2", "4:4:4"};
 constexpr uint32_t kLargestSide = 65536;
-
-// Sample aspect ratios of ITU-T H.273, table 5.
-constexpr Ratio kAspects[] = {{0, 0},   {1, 1},    {12, 11}, {10, 11}, {16, 11}, {40, 33},
-                              {24, 11}, {20, 11},  {32, 11}, {80, 33}, {18, 11}, {15, 11},
-                              {64, 33}, {160, 99}, {4, 3},   {3, 2},   {2, 1}};
 
 // The part of a video usability information that H.264 and HEVC have in common.
 void read_usability(BitReader &bits, Picture &picture) {
@@ -76,8 +78,8 @@ void read_usability(BitReader &bits, Picture &picture) {
         if (aspect == 255) {
             const int64_t n = bits.get(16);
             picture.pixel_aspect = Ratio{n, bits.get(16)}.reduced();
-        } else if (aspect < std::size(kAspects)) {
-            picture.pixel_aspect = kAspects[aspect];
+        } else {
+            picture.pixel_aspect = sample_aspect(aspect);
         }
     }
     if (bits.flag()) bits.skip(1);  // overscan

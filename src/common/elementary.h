@@ -37,6 +37,8 @@ bool hevc_sequence(Bytes nal, Picture &picture);
 bool avc_configuration(Bytes record, Picture &picture, int *timing = nullptr);
 bool hevc_configuration(Bytes record, Picture &picture);
 
+// Sample aspect ratios of H.273, table 5; not set for a code that says none.
+Ratio sample_aspect(uint32_t code);
 // A code of H.273, or -1 for the one that says nothing.
 inline int colour_code(uint32_t code) { return code == 2 ? -1 : static_cast<int>(code); }
 
@@ -94,6 +96,12 @@ int64_t ac3_bit_rate(uint32_t code);
 void set_ac3_mode(uint32_t mode, bool lfe, Sound &sound);
 // The layout of a mask of loudspeakers in the order of WAVE: "stereo", "5.1", "L R Ts", ...
 std::string speaker_layout(uint64_t mask);
+
+// What the first frame of a stream of sound, or what a container keeps for its decoder (that of AAC,
+// STREAMINFO of FLAC), says, by the sound's codec. False where they say nothing; true for a codec without
+// such.
+bool stream_sound(Bytes data, Sound &sound, Bytes setup = {});
+bool flac_information(Bytes information, Sound &sound);
 
 // A NAL unit without its header and its emulation prevention bytes, as far as a parameter set can reach.
 std::string raw_payload(Bytes nal, uint64_t header);

@@ -181,9 +181,8 @@ bool mpeg4_picture(Bytes data, Bytes setup, Picture &picture) {
     BitReader bits(data.from(at + 4));
     bits.skip(9);
     const uint32_t version = bits.flag() ? bits.get(7) >> 3 : 1;
-    constexpr Ratio kVisualAspects[] = {{0, 0}, {1, 1}, {12, 11}, {10, 11}, {16, 11}, {40, 33}};
     const uint32_t aspect = bits.get(4);
-    if (aspect < std::size(kVisualAspects)) picture.pixel_aspect = kVisualAspects[aspect];
+    if (aspect <= 5) picture.pixel_aspect = sample_aspect(aspect);
     if (aspect == 15) {
         const int64_t n = bits.get(8);
         picture.pixel_aspect = Ratio{n, bits.get(8)}.reduced();
@@ -364,6 +363,50 @@ bool jpegxs_picture(Bytes data, Bytes, Picture &picture) {
     return picture.bits != 0;
 }
 
+// The sequence header of VC-1's advanced profile (SMPTE ST 421, 6.1), of a stream or behind a setup's fields.
+bool vc1_picture(Bytes data, Bytes setup, Picture &picture) {
+    constexpr int64_t kRates[] = {0, 24000, 25000, 30000, 50000, 60000, 48000, 72000};
+    const Bytes stream = setup.empty() ? data : setup;
+    const std::string raw = raw_payload(stream.from(find_in(stream, std::string_view("\0\0\1\x0F", 4))), 4);
+    BitReader bits(Bytes(raw.data(), raw.size()));
+    const bool is_advanced = bits.get(2) == 3;
+    bits.skip(3 + 2 + 3 + 5 + 1);
+    picture.coded_width = 2 * (bits.get(12) + 1);
+    picture.coded_height = 2 * (bits.get(12) + 1);
+    bits.skip(1);
+    const bool may_be_interlaced = bits.flag();
+    bits.skip(3);
+    if (bits.flag() || !may_be_interlaced) picture.scan = Scan::progressive;
+    picture.width = picture.coded_width;
+    picture.height = picture.coded_height;
+    picture.bits = 8;
+    picture.components = "4:2:0";
+    if (bits.flag()) {
+        picture.width = bits.get(14) + 1;
+        picture.height = bits.get(14) + 1;
+        const uint32_t aspect = bits.flag() ? bits.get(4) : 0;
+        picture.pixel_aspect = sample_aspect(aspect);
+        if (aspect == 15) {
+            const int64_t n = bits.get(8) + 1;
+            picture.pixel_aspect = Ratio{n, int64_t{bits.get(8)} + 1}.reduced();
+        }
+        if (bits.flag()) {
+            if (bits.flag()) {
+                picture.rate = rate_of(int64_t{bits.get(16)} + 1, 32);
+            } else {
+                const uint32_t n = bits.get(8);
+                const uint32_t d = bits.get(4);
+                if (n < std::size(kRates) && (d == 1 || d == 2)) picture.rate = rate_of(kRates[n], 999 + d);
+            }
+        }
+        if (bits.flag()) {
+            const uint32_t codes[] = {bits.get(8), bits.get(8), bits.get(8)};
+            picture.colour = {colour_code(codes[0]), colour_code(codes[1]), colour_code(codes[2]), -1};
+        }
+    }
+    return is_advanced && !bits.is_over();
+}
+
 // The sequence header of Dirac and VC-2 (SMPTE ST 2042-1, 11): a base format, and what differs from it.
 bool dirac_picture(Bytes data, Bytes, Picture &picture) {
     enum : uint8_t { p, top, bottom };
@@ -444,6 +487,7 @@ constexpr StreamReader kReaders[] = {
     {"PNG", png_picture},
     {"CineForm", cineform_picture},
     {"Dirac", dirac_picture},
+    {"VC-1", vc1_picture},
     {"FFV1", ffv1_picture},
     {"HuffYUV", huffyuv_picture},
     {"MPEG-4", mpeg4_picture},

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <bit>
 #include <iterator>
+#include <string_view>
 
 #include "common/elementary.h"
 #include "common/names.h"
@@ -311,4 +312,69 @@ void set_sound(const MpegAudioFrame &frame, Sound &sound) {
     sound.channels = frame.channels;
     sound.layout = frame.channels == 1 ? "mono" : "stereo";
     sound.rate = {frame.rate, 1};
+}
+
+bool flac_information(Bytes information, Sound &sound) {
+    constexpr const char *kLayouts[] = {"mono", "stereo", "3.0", "quad", "5.0", "5.1", "6.1", "7.1"};
+    BitReader bits(information.from(10));
+    const uint32_t rate = bits.get(20);
+    const uint32_t channels = bits.get(3);
+    if (information.size() < 34) return false;
+    sound.channels = channels + 1;
+    sound.bits = bits.get(5) + 1;
+    if (rate > 0) sound.rate = {rate, 1};
+    if (sound.layout.empty()) sound.layout = kLayouts[channels];  // RFC 9639, 9.1.3
+    return true;
+}
+
+namespace {
+
+// LATM in LOAS (ISO 14496-3, 1.7): the configuration of one program, whose fields are whole bytes behind the
+// sync word.
+bool loas_frame(Bytes b, Sound &sound) {
+    return big16(b) >> 5 == 0x2B7 && (b[3] & 0xC0) == 0 && aac_configuration(b.sub(5, 64), sound);
+}
+
+bool aac_sound(Bytes data, Bytes setup, Sound &sound) {
+    if (!setup.empty()) return aac_configuration(setup, sound);
+    return adts_frame(data, sound) || loas_frame(data, sound);
+}
+
+bool flac_sound(Bytes, Bytes setup, Sound &sound) { return flac_information(setup, sound); }
+
+bool mpeg_sound(Bytes b, Bytes, Sound &sound) {
+    const MpegAudioFrame frame = mpeg_audio_frame(b);
+    if (frame.bytes == 0 || (b.has(frame.bytes, 4) && mpeg_audio_frame(b.from(frame.bytes)).bytes == 0))
+        return false;
+    set_sound(frame, sound);
+    sound.bit_rate = frame.bit_rate;
+    return true;
+}
+
+template <bool (*read)(Bytes, Sound &)>
+bool frame_of_sound(Bytes data, Bytes, Sound &sound) {
+    return read(data, sound);
+}
+
+struct SoundReader {
+    std::string_view codec;
+    bool (*read)(Bytes data, Bytes setup, Sound &sound);
+};
+
+constexpr SoundReader kSoundReaders[] = {
+    {"MP2", mpeg_sound},
+    {"MP3", mpeg_sound},
+    {"AAC", aac_sound},
+    {"AC-3", frame_of_sound<ac3_frame>},
+    {"E-AC-3", frame_of_sound<ac3_frame>},
+    {"DTS", frame_of_sound<dts_frame>},
+    {"TrueHD", frame_of_sound<truehd_frame>},
+    {"FLAC", flac_sound},
+};
+
+}  // namespace
+
+bool stream_sound(Bytes data, Sound &sound, Bytes setup) {
+    const auto *reader = std::ranges::find(kSoundReaders, sound.codec, &SoundReader::codec);
+    return reader == std::end(kSoundReaders) || reader->read(data, setup, sound);
 }

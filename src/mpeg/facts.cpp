@@ -81,21 +81,6 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// LATM in LOAS (ISO 14496-3, 1.7): the configuration of one program, whose fields are whole bytes behind the
-// sync word.
-bool loas_frame(Bytes b, Sound &sound) {
-    return big16(b) >> 5 == 0x2B7 && (b[3] & 0xC0) == 0 && aac_configuration(b.sub(5, 64), sound);
-}
-
-bool read_mpeg_sound(Bytes b, Sound &sound) {
-    const MpegAudioFrame frame = mpeg_audio_frame(b);
-    if (frame.bytes == 0 || (b.has(frame.bytes, 4) && mpeg_audio_frame(b.from(frame.bytes)).bytes == 0))
-        return false;
-    set_sound(frame, sound);
-    sound.bit_rate = frame.bit_rate;
-    return true;
-}
-
 // Sound of DVDs: quantization, rate and channels behind the substream's header.
 void read_dvd_pcm(Bytes b, Sound &sound) {
     constexpr uint32_t kBits[] = {16, 20, 24, 0};
@@ -108,8 +93,11 @@ void read_dvd_pcm(Bytes b, Sound &sound) {
 // Of Blu-ray discs: four bytes before the samples.
 void read_hdmv_pcm(Bytes b, Sound &sound) {
     constexpr uint32_t kChannels[] = {0, 1, 0, 2, 3, 3, 4, 4, 5, 6, 7, 8, 0, 0, 0, 0};
+    constexpr const char *kLayouts[] = {"",    "mono", "",    "stereo", "3.0", "2/1",
+                                        "4.0", "quad", "5.0", "5.1",    "7.0", "7.1"};
     constexpr uint32_t kBits[] = {0, 16, 20, 24};
     sound.channels = kChannels[b[2] >> 4];
+    sound.layout = name_at(kLayouts, b[2] >> 4);
     sound.rate = {(b[2] & 15) == 4 ? 96000 : (b[2] & 15) == 5 ? 192000 : 48000, 1};
     sound.bits = kBits[b[3] >> 6];
 }
@@ -139,14 +127,7 @@ void tell_stream(Stream &stream, Facts &facts) {
     sound.channels = stream.channels;
     if (stream.codec == "Opus") sound.rate = {48000, 1};
     // The first frame of sound in what there is of the stream.
-    const auto find = [&](auto read) {
-        for (uint64_t at = 0; at + 8 < head.size() && !read(head.from(at), sound);) at++;
-    };
-    if (stream.codec == "MP2") find(read_mpeg_sound);
-    if (stream.codec.ends_with("AC-3")) find(ac3_frame);
-    if (stream.codec == "AAC") find([](Bytes b, Sound &s) { return adts_frame(b, s) || loas_frame(b, s); });
-    if (stream.codec == "DTS") find(dts_frame);
-    if (stream.codec == "TrueHD") find(truehd_frame);
+    for (uint64_t at = 0; at + 8 < head.size() && !stream_sound(head.from(at), sound);) at++;
     if (stream.codec == "PCM" && stream.kind == Stream::dvd) read_dvd_pcm(head, sound);
     if (stream.codec == "PCM" && stream.kind == Stream::hdmv) read_hdmv_pcm(head, sound);
     if (stream.codec == "PCM" && stream.kind == Stream::aes3) read_302(head, sound);

@@ -181,8 +181,8 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
 
     Bytes setup;
     each_box(boxes, [&](const Box &box) {
-        if (box.type == fourcc("avcC") || box.type == fourcc("hvcC") || box.type == fourcc("glbl"))
-            setup = box.data;
+        constexpr uint32_t kSetups[] = {fourcc("avcC"), fourcc("hvcC"), fourcc("glbl"), fourcc("dvc1")};
+        if (std::ranges::find(kSetups, box.type) != std::end(kSetups)) setup = box.data;
         if (box.type == fourcc("av1C")) read_av1(box.data, picture);
         if (box.type == fourcc("vpcC")) read_vpx(box.data, picture);
         if (box.type == fourcc("esds")) setup = read_mpeg4(box.data, picture, kind);
@@ -201,6 +201,9 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
             if (aspect.is_set()) picture.pixel_aspect = aspect.reduced();
         }
         if (box.type == fourcc("clap")) read_clean_aperture(data, track, picture, facts);
+        if (box.type == fourcc("mdcv") && data.size() >= 24)
+            facts.add_more("mastering display", mastering_text(data.sub(0, 12), data.sub(12, 4),
+                                                               data.sub(16, 4), data.sub(20, 4)));
         if (box.type == fourcc("clli"))
             facts.add_more("content light",
                            std::to_string(big16(data, 0)) + "/" + std::to_string(big16(data, 2)));
@@ -314,14 +317,7 @@ void read_sound_boxes(Bytes boxes, Sound &sound, int depth) {
                 if (big32(data, 24) > 0) sound.rate = {big32(data, 24), 1};
                 if (big32(data, 20) > 0) sound.bit_rate = big32(data, 20);
                 break;
-            case fourcc("dfLa"): {
-                BitReader bits(data.from(8 + 10));
-                const uint32_t rate = bits.get(20);
-                sound.channels = bits.get(3) + 1;
-                sound.bits = bits.get(5) + 1;
-                if (rate > 0) sound.rate = {rate, 1};
-                break;
-            }
+            case fourcc("dfLa"): flac_information(data.from(8), sound); break;
             case fourcc("pcmC"): sound.bits = data[5]; break;
             case fourcc("srat"):
                 if (big32(data, 4) > 0) sound.rate = {big32(data, 4), 1};
@@ -378,11 +374,8 @@ void read_sound_entry(Input &input, Track &track, Sound &sound) {
             sound.bits = static_cast<uint32_t>(track.packet.n / sound.channels * 8);
     }
     read_sound_boxes(boxes, sound, 0);
-    if (sound.codec == "DTS") dts_frame(first_sample(input, track), sound);
-    if (sound.codec == "MP3" || sound.codec == "MP2") {
-        const MpegAudioFrame frame = mpeg_audio_frame(first_sample(input, track));
-        if (frame.bytes > 0) set_sound(frame, sound);
-    }
+    if (sound.codec == "DTS" || sound.codec == "MP3" || sound.codec == "MP2")
+        stream_sound(first_sample(input, track), sound);
     // Rates from 65,536 Hz on have no room; the media's time scale is theirs.
     if ((!sound.rate.is_set() || fixed_rate == 0) && version != 2 && track.timescale >= 8000 &&
         sound.codec.starts_with("PCM"))

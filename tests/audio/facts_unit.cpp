@@ -58,7 +58,7 @@ TEST(WaveFacts, CodedSound) {
               "WAVE | 2ch 48000 Hz E-AC-3 stereo 4800 samples | 1/10 s | whole");
     const std::string info = little().zeros(10).hex("0BB80370").zeros(20).str();
     EXPECT_EQ(told(format(0xF1AC, 2, 16, little().u16(34).raw(info).str())),
-              "WAVE | 2ch 48000 Hz 24 bits FLAC 4800 samples | 1/10 s | whole");
+              "WAVE | 2ch 48000 Hz 24 bits FLAC stereo 4800 samples | 1/10 s | whole");
     const std::string flac = hex("ACF1000000001000800000AA00389B71");
     EXPECT_EQ(told(format(0xFFFE, 2, 16, little().u16(56).u16(0).u32(3).raw(flac).raw(info).str())),
               "WAVE | 2ch 48000 Hz 24 bits FLAC stereo 4800 samples | 1/10 s | whole");

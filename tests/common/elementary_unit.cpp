@@ -90,6 +90,17 @@ TEST(Elementary, Dirac) {
     EXPECT_EQ(told("Dirac", "BBCD"), "nothing");
 }
 
+// Advanced profile: with a size, an aspect, a rate and colours to be shown with; an aspect and a rate as
+// numbers.
+TEST(Elementary, Vc1) {
+    const auto stream = [](const char *header) { return told("VC-1", bytes("00 0000010F") + bytes(header)); };
+    EXPECT_EQ(stream("da003bf21f2a3bf886f1804a02020280"),
+              "1920x1080 (1920x1088) VC-1 4:2:0 8 bits p colour 1,1,1,-1 24000/1001 fps");
+    EXPECT_EQ(stream("da002cf21b6a2cf886ff0302c0c7c8"), "1440x1080 VC-1 4:2:0 8 bits aspect 4/3 25 fps");
+    EXPECT_EQ(stream("da003b"), "nothing");
+    EXPECT_EQ(stream("4a003bf21f2a3bf886f1804a02020280"), "nothing");
+}
+
 // RGB, and RGB transformed to YCbCr as the first macroblock tells.
 TEST(Elementary, Vc3) {
     const auto frame = [](uint32_t id, uint8_t colour, uint8_t block) {

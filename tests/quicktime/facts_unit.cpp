@@ -113,6 +113,11 @@ TEST(MovieFacts, Pictures) {
                            hex("017A0028 FFE1 0019 677A0028B6CD940780227E5C04400000FA40002EE03C60C6580001"))),
               "1920x1080 (1920x1088) H.264 4:2:2 10 bits p 24000/1001");
     EXPECT_EQ(picture("av01", atom("av1C", hex("81004C00"))), "1920x1080 AV1 4:2:0 10 bits 24000/1001");
+    const std::string display =
+        atom("mdcv", hex("33C2 86C4 1D4C 0BB8 84D0 3E80 3D13 4042 00989680 00000032"));
+    const std::string graded =
+        facts_of(movie(track("vide", picture_entry("hvc1", display), media_header(24000, 10010))));
+    EXPECT_NE(graded.find("mastering display: P3 D65, 0.005 to 1000 cd/m2"), std::string::npos) << graded;
     EXPECT_EQ(picture("WxYz", ""), "1920x1080 WxYz 24000/1001");
 }
 
