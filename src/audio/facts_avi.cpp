@@ -12,6 +12,7 @@
 namespace {
 
 constexpr uint32_t kList = fourcc("LIST");
+constexpr uint64_t kNear = 8192;  // bytes of the first chunks that are read together
 
 void set_codec(uint32_t code, uint32_t depth, Picture &picture) {
     if (code == 0 || code == 0x03000000 || type_text(code) == "DIB" || type_text(code) == "RGB") {
@@ -168,7 +169,10 @@ void read_part(Bytes file, uint64_t at, uint64_t end, Avi &avi) {
             });
         }
         if (!bytes_are(chunk.data, 0, "movi")) return true;
-        if (avi.first.empty()) avi.first = avi.input.present(chunk.start + 4, 8192);
+        if (avi.first.empty()) {
+            avi.input.present(chunk.start + 4, kNear);  // one read
+            avi.first = file.from(chunk.start + 4);
+        }
         avi.is_streamed = size == 0 || size == 4 || size >= 0x7F000000;
         return !avi.is_streamed;
     });
@@ -180,7 +184,7 @@ void read_part(Bytes file, uint64_t at, uint64_t end, Avi &avi) {
 // The data of the first chunk of a stream ("00dc", "01wb", "00__"): others, or an index, may come before it.
 Bytes first_chunk(Bytes chunks, const Avi::Stream &stream) {
     uint64_t at = 0;
-    for (int i = 0; i < 64 && chunks.has(at, 8); i++) {
+    for (int i = 0; i < (at < kNear ? 64 : 8) && chunks.has(at, 8); i++) {
         const uint64_t size = little32(chunks, at + 4);
         if (big32(chunks, at) >> 8 == stream.number && size > 0) return chunks.sub(at + 8, size);
         at += 8 + size + size % 2;

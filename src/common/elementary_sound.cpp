@@ -164,11 +164,12 @@ bool aac_configuration(Bytes config, Sound &sound) {
 }
 
 bool adts_frame(Bytes frame, Sound &sound) {
-    BitReader bits(frame);
+    BitReader bits(frame.sub(0, 256));
     if (bits.get(12) != 0xFFF || frame.size() < 7) return false;
     bits.skip(1);
     if (bits.get(2) != 0) return false;
-    bits.skip(3);
+    bits.skip(2);
+    const bool has_check = !bits.flag();
     const uint32_t rate = bits.get(4);
     bits.skip(1);
     const uint32_t configuration = bits.get(3);
@@ -177,6 +178,8 @@ bool adts_frame(Bytes frame, Sound &sound) {
     sound.codec = "AAC";
     sound.rate = {kAacRates[rate], 1};
     set_aac_channels(configuration, sound);
+    bits.skip(11 + 2 + (has_check ? 16 : 0));
+    if (configuration == 0 && bits.get(3) == 5) read_program(bits, sound);  // a program config comes first
     return true;
 }
 

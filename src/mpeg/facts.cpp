@@ -88,6 +88,7 @@ void read_dvd_pcm(Bytes b, Sound &sound) {
     sound.bits = kBits[b[5] >> 6];
     sound.rate = {kRates[b[5] >> 4 & 3], 1};
     sound.channels = (b[5] & 7) + 1U;
+    if (sound.channels <= 2) sound.layout = sound.channels == 1 ? "mono" : "stereo";
 }
 
 // Of Blu-ray discs: four bytes before the samples.

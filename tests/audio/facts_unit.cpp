@@ -162,6 +162,20 @@ TEST(SoundFacts, BitRates) {
     EXPECT_TRUE(facts_of(slow + slow).starts_with("MP3 | 2ch 8000 Hz MP3 stereo 1152 samples"));
 }
 
+// A file that is too large to be walked through ends with frames of MP3 or AAC all the same.
+TEST(SoundFacts, LargeStreams) {
+    for (const std::string &frame :
+         {hex("FFFB1464") + std::string(92, 'x'), hex("FFF14C800C1FFC") + std::string(89, 'x')}) {
+        std::string frames;
+        while (frames.size() < 3200000) frames += frame;
+        EXPECT_EQ(extent_of(frames, "a.mp3"), "unknown");
+        EXPECT_EQ(extent_of(frames.substr(0, frames.size() - 1), "a.mp3"), "cut the last frame");
+        for (const size_t zeros : {5000, 100000})
+            EXPECT_EQ(extent_of(frames.replace(frames.size() - zeros, zeros, zeros, '\0'), "a.mp3"),
+                      "cut the last frames (zeros)");
+    }
+}
+
 // What was written to a pipe has no sizes; an index that the header tells of is missed; frames end in zeros.
 TEST(SoundFacts, Ends) {
     const std::string aiff = big()
