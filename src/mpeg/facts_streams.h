@@ -22,6 +22,7 @@ struct Stream {
     int64_t first = -1;  // presentation times, in 1/90,000 s
     int64_t last = -1;
     std::string head = {};
+    bool is_private = false;  // its type has several meanings: splice information (SCTE 35) or DTS
     bool has_header = false;  // in the head
     bool is_late = false;     // begins behind what is looked at first
 

@@ -104,8 +104,10 @@ void read_program_map(Bytes section, Transport &transport) {
         if (const Type *known = row_of(kTypes, type, &Type::type)) set_type(*known, stream);
         describe(section.sub(at + 5, length), type, stream);
         at += 5 + length;
-        const bool is_private = type == 6 || type >= 0x80;
-        if ((stream.codec.empty() && !is_private) || !transport.streams.emplace(id, stream).second) continue;
+        stream.is_private = type >= 0x80;
+        if ((stream.codec.empty() && !stream.is_private && type != 6) ||
+            !transport.streams.emplace(id, stream).second)
+            continue;
         transport.order.push_back(id);
     }
 }
@@ -221,7 +223,8 @@ void transport_facts(Input &input, Facts &facts) {
     std::vector<Stream *> streams;
     for (const uint32_t id : transport.order) {
         Stream &stream = transport.streams[id];
-        if (stream.codec.empty() || (stream.head.empty() && transport.programs.size() > 1)) continue;
+        const bool is_unsure = stream.is_private || transport.programs.size() > 1;
+        if (stream.codec.empty() || (stream.head.empty() && is_unsure)) continue;
         tell_stream(stream, facts);
         streams.push_back(&stream);
     }

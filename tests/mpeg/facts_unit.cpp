@@ -67,6 +67,9 @@ TEST(MpegFacts, Descriptors) {
     const std::string map = packet("4741001000", "02B0120001C10000E101F000 06E101F000 00000000");
     const std::string association = packet("4740001000", "00B00D0001C100000001E100 00000000");
     EXPECT_EQ(facts_of(association + map + null + null), "MPEG-TS");
+    // Splice information has the type of DTS.
+    const std::string splice = packet("4741001000", "02B0120001C10000E101F000 86E101F000 00000000");
+    EXPECT_EQ(facts_of(association + splice + packet("4741011000", "FC302000") + null), "MPEG-TS");
     EXPECT_EQ(facts_of(null + null + null + null), "MPEG-TS | ! no program map");
 }
 
