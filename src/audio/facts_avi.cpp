@@ -249,9 +249,11 @@ void avi_facts(Input &input, Facts &facts) {
     if (Sound *const sound = facts.sounds.empty() ? nullptr : &facts.sounds.front()) {
         const int64_t told = sound->bit_rate;
         stream_sound(first_chunk(avi.first, avi.sound), *sound);
-        const bool is_coded = sound->bits == 0;
-        sound->bit_rate =
-            told >= 0 || !is_coded ? told : bit_rate_of(indexed_bytes(avi, avi.sound), facts.duration);
+        const Ratio seconds = sound->samples > 0 ? Ratio{sound->samples, sound->rate.n} : facts.duration;
+        const bool is_coded = told < 0 && sound->bits == 0;
+        const int64_t measured = is_coded ? bit_rate_of(indexed_bytes(avi, avi.sound), seconds) : told;
+        const bool is_constant = is_coded && std::abs(sound->bit_rate - measured) < measured / 10;
+        if (!is_constant) sound->bit_rate = measured;
     }
     judge(avi);
 }

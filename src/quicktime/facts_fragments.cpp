@@ -28,6 +28,7 @@ struct Run {
     uint64_t samples = 0;
     uint64_t least = UINT64_MAX;  // duration of a sample, the first and the last one of all left out
     uint64_t most = 0;
+    uint64_t in_header = 0;  // ticks of the samples of the movie's header, before the first one
     uint64_t first_duration = 0;
     uint64_t last_duration = 0;
     uint64_t ticks = 0;  // of all that were walked through
@@ -259,27 +260,31 @@ void tell_track(const Run &run, bool all_walked, Facts &facts) {
     }
     // Between the places walked through all are like these. Durations that differ by a tick are a rate that
     // the time scale cannot express.
+    const int64_t first = std::max<int64_t>(picture.frames, 0) + 1;
+    const uint64_t rest = ticks - std::min(ticks, run.in_header + run.first_duration);
     picture.frames = -1;
-    const uint64_t rest = ticks - std::min(ticks, run.first_duration);
-    if (is_constant && rest % run.most == 0) picture.frames = static_cast<int64_t>(1 + rest / run.most);
+    if (is_constant && rest % run.most == 0) picture.frames = first + static_cast<int64_t>(rest / run.most);
     if (run.samples <= 2 || run.most - run.least != 1) return;
     const Ratio mean = rate_of(Ratio{samples * track.timescale, static_cast<int64_t>(run.ticks)}.value());
     if (mean.d != 1 && mean.d != 1001) return;
     picture.rate = mean;
-    picture.frames = std::llround(track.played.value() * mean.value());
+    picture.frames =
+        first + std::llround(Ratio{static_cast<int64_t>(rest), track.timescale}.value() * mean.value());
 }
 
-// What a movie says of its tracks' bit rates is left out where that is more than all of the file.
+// What a movie says of its tracks' bit rates is left out where that does not make up the file.
 void doubt_bit_rates(uint64_t size, const std::vector<Track> &tracks, Facts &facts) {
+    std::vector<int64_t *> rates;
+    for (Picture &picture : facts.pictures) rates.push_back(&picture.bit_rate);
+    for (Sound &sound : facts.sounds) rates.push_back(&sound.bit_rate);
     double longest = 0;
     for (const Track &track : tracks) longest = std::max(longest, track.played.value());
     double told = 0;
-    for (const Picture &picture : facts.pictures)
-        told += static_cast<double>(std::max<int64_t>(picture.bit_rate, 0));
-    for (const Sound &sound : facts.sounds) told += static_cast<double>(std::max<int64_t>(sound.bit_rate, 0));
-    if (told * longest <= 8 * static_cast<double>(size)) return;
-    for (Picture &picture : facts.pictures) picture.bit_rate = -1;
-    for (Sound &sound : facts.sounds) sound.bit_rate = -1;
+    for (const int64_t *rate : rates) told += static_cast<double>(std::max<int64_t>(*rate, 0));
+    const bool is_all = std::ranges::none_of(rates, [](const int64_t *rate) { return *rate < 0; });
+    const double part = told * longest / (8 * static_cast<double>(size));
+    if (part <= 1 && (part >= 0.95 || !is_all)) return;
+    for (int64_t *const rate : rates) *rate = -1;
 }
 
 void judge(Fragments &fragments, bool has_end_index, Facts &facts) {
@@ -311,7 +316,7 @@ void read_fragments(Input &input, uint64_t from, Bytes extends, std::vector<Trac
         const SampleTable table(track.table);
         run.has_start = table.samples > 0;
         if (!run.has_start) continue;
-        run.end = static_cast<uint64_t>(track.duration);
+        run.in_header = run.end = static_cast<uint64_t>(track.duration);
         run.bytes = table.bytes();
     }
     each_box(extends, [&](const Box &box) {
