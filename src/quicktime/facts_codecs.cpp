@@ -360,10 +360,8 @@ void read_sound_entry(Input &input, Track &track, Sound &sound) {
     sound.language = track.language;
     sound.channels = big16(entry, 16);
     sound.bits = codec.bits != 0 ? codec.bits : big16(entry, 18);
-    const bool is_whole = track.codec == fourcc("mlpa");  // its rate, which has no fraction
     const uint32_t fixed_rate = big32(entry, 24);
-    if (is_whole && fixed_rate > 0) sound.rate = {fixed_rate, 1};
-    if (!is_whole && fixed_rate > 0) sound.rate = Ratio{fixed_rate, 65536}.reduced();
+    if (fixed_rate > 0) sound.rate = Ratio{fixed_rate, 65536}.reduced();
     if (sound.rate.is_set() && sound.rate.d != 1) sound.rate = Ratio{std::llround(sound.rate.value()), 1};
     if (version == 2) {
         read_version_2(entry, track, sound);

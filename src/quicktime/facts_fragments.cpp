@@ -54,7 +54,6 @@ struct Fragments {
     std::map<uint32_t, Run> runs = {};  // by the track's id
     uint64_t last = 0;                  // where the last box ends
     bool is_cut = false;
-    bool has_index = false;
     bool is_ended = true;    // the walk came to the end of the file
     bool is_closed = false;  // by a random access index, which nothing follows but what is no part of it
     int count = 0;

@@ -253,16 +253,15 @@ TEST(MovieFacts, BitRates) {
     EXPECT_EQ(bit_rates_of(content_of(samples + "fragments.mov")), "115240");
 }
 
-// Boxes stand behind the palette of an entry; a rate without a fraction.
+// Boxes stand behind the palette of an entry; channels and a rate that a box tells.
 TEST(MovieFacts, Entries) {
     const std::string palette = big().u32(0).u16(0).u16(1).zeros(16).str();
     std::string entry = picture_entry("png ", palette + atom("pasp", big().u32(4).u32(3).str()), 1);
     entry[85] = entry[84] = 0;  // the palette is here
     EXPECT_NE(facts_of(movie(track("vide", entry, media_header(24000, 10010)))).find("aspect 4/3"),
               std::string::npos);
-    std::string lossless = sound_entry("mlpa", 0, 2, 16, "");
-    lossless.replace(lossless.size() - 4, 4, big().u32(96000).str());
-    EXPECT_EQ(sound(lossless), "2ch 96000 Hz TrueHD");
+    const std::string lossless = atom("dmlp", hex("1097C00FB7520000"));
+    EXPECT_EQ(sound(sound_entry("mlpa", 0, 2, 16, lossless)), "6ch 96000 Hz TrueHD 5.1");
     EXPECT_EQ(sound(sound_entry("ms" + std::string("\0\x20", 2), 0, 2, 16, "")), "2ch 48000 Hz 4 bits ADPCM");
 }
 
