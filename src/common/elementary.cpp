@@ -171,7 +171,7 @@ int structure_place(BitReader &bits) {
     return bits.flag() && !bits.is_over() ? delays : -1;
 }
 
-bool read_h264(BitReader bits, Picture &picture, int &place) {
+bool read_h264(BitReader bits, Picture &picture, AvcFields &fields) {
     const uint32_t profile = bits.get(8);
     bits.skip(16);
     bits.ue();
@@ -188,7 +188,7 @@ bool read_h264(BitReader bits, Picture &picture, int &place) {
             if (bits.flag()) skip_scaling_list(bits, i < 6 ? 16 : 64);
         }
     }
-    bits.ue();
+    const unsigned frame_number = std::min(bits.ue() + 4, 16U);
     const uint32_t order = bits.ue();
     if (order == 0) bits.ue();
     if (order == 1) {
@@ -204,7 +204,7 @@ bool read_h264(BitReader bits, Picture &picture, int &place) {
     if (!frames_only) {
         coded.frame_lines = 2;
         coded.size.height *= 2;
-        bits.skip(1);
+        if (!bits.flag() && !coded.planes) fields.frame_number = frame_number;
     }
     bits.skip(1);
     coded.read_crop(bits);
@@ -213,7 +213,7 @@ bool read_h264(BitReader bits, Picture &picture, int &place) {
     if (bits.flag()) {
         read_usability(bits, picture);
         if (read_timing(bits, 2, picture)) bits.skip(1);  // whether the rate is fixed
-        place = structure_place(bits);
+        fields.timing = structure_place(bits);
     }
     if (picture.components == "4:4:4" && picture.colour.matrix == 0) picture.components = "RGB";
     return true;
@@ -335,11 +335,11 @@ bool read_set(Bytes nal, uint64_t header, Picture &picture, Reader read) {
 
 }  // namespace
 
-bool h264_sequence(Bytes nal, Picture &picture, int *timing) {
-    int place = -1;
-    const auto read = [&](BitReader bits, Picture &found) { return read_h264(bits, found, place); };
+bool h264_sequence(Bytes nal, Picture &picture, AvcFields *fields) {
+    AvcFields told;
+    const auto read = [&](BitReader bits, Picture &found) { return read_h264(bits, found, told); };
     if ((nal[0] & 0x1F) != 7 || !read_set(nal, 1, picture, read)) return false;
-    if (timing) *timing = place;
+    if (fields) *fields = told;
     return true;
 }
 
@@ -347,9 +347,9 @@ bool hevc_sequence(Bytes nal, Picture &picture) {
     return (nal[0] >> 1 & 0x3F) == 33 && read_set(nal, 2, picture, read_hevc);
 }
 
-bool avc_configuration(Bytes record, Picture &picture, int *timing) {
+bool avc_configuration(Bytes record, Picture &picture, AvcFields *fields) {
     if (record[0] != 1 || (record[5] & 0x1F) == 0) return false;
-    return h264_sequence(record.sub(8, big16(record, 6)), picture, timing);
+    return h264_sequence(record.sub(8, big16(record, 6)), picture, fields);
 }
 
 bool hevc_configuration(Bytes record, Picture &picture) {

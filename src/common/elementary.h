@@ -28,13 +28,18 @@ class BitReader {
     uint64_t position_ = 0;
 };
 
+// Where the pictures of H.264 tell what their fields are.
+struct AvcFields {
+    int timing = -1;            // bits of a picture timing message before the picture's structure; -1: none
+    unsigned frame_number = 0;  // bits of a slice's frame number, where no macroblock may have fields
+};
+
 // The sequence parameter set of H.264 and HEVC, from its NAL unit header on: sizes, bits, chroma, scan, pixel
 // aspect, colours and rate where they are told. False, and nothing is set, for a damaged or a cut one.
-// `timing` becomes the bits of a picture timing message of H.264 before the picture's structure, or -1.
-bool h264_sequence(Bytes nal, Picture &picture, int *timing = nullptr);
+bool h264_sequence(Bytes nal, Picture &picture, AvcFields *fields = nullptr);
 bool hevc_sequence(Bytes nal, Picture &picture);
 // The first sequence parameter set of a configuration record (avcC, hvcC; ISO 14496-15).
-bool avc_configuration(Bytes record, Picture &picture, int *timing = nullptr);
+bool avc_configuration(Bytes record, Picture &picture, AvcFields *fields = nullptr);
 bool hevc_configuration(Bytes record, Picture &picture);
 
 // Sample aspect ratios of H.273, table 5; not set for a code that says none.

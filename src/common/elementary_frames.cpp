@@ -144,17 +144,42 @@ void read_enhancement(Bytes nal, int skipped, Picture &picture) {
     }
 }
 
-// A parameter set of the configuration record or of the samples.
+// What a picture parameter set tells of a slice: whether the fields of frames have times of their own.
+bool has_field_times(Bytes nal) {
+    const std::string raw = raw_payload(nal.sub(0, 64), 1);
+    BitReader bits(Bytes(raw.data(), raw.size()));
+    bits.skip_codes(2);
+    bits.skip(1);
+    return bits.flag();
+}
+
+// By a slice's header (7.3.3), where macroblocks have no fields: a field, or a frame whose fields are of one
+// time.
+Scan scan_of_slice(Bytes nal, unsigned frame_number, bool field_times) {
+    const std::string raw = raw_payload(nal.sub(0, 64), 1);
+    BitReader bits(Bytes(raw.data(), raw.size()));
+    bits.skip_codes(3);
+    bits.skip(frame_number);
+    if (bits.flag()) return bits.flag() ? Scan::bottom_first : Scan::top_first;
+    return field_times ? Scan::interlaced : Scan::progressive;
+}
+
+// Parameter sets of the configuration record or of the samples.
 bool avc_picture(Bytes data, Bytes setup, Picture &picture) {
     const bool has_record = setup[0] == 1;
     const unsigned length_bytes = has_record ? (setup[4] & 3U) + 1 : 4;
-    int skipped = -1;
-    bool is_known = has_record && avc_configuration(setup, picture, &skipped);
+    AvcFields fields;
+    bool is_known = has_record && avc_configuration(setup, picture, &fields);
+    const uint64_t second = 8 + uint64_t{big16(setup, 6)};
+    bool field_times = is_known && ((setup[5] & 31) != 1 || has_field_times(setup.from(second + 3)));
     each_nal(data, length_bytes, [&](Bytes nal) {
         const int type = nal[0] & 0x1F;
-        if (type == 7 && !is_known) is_known = h264_sequence(nal, picture, &skipped);
-        if (type == 6 && skipped >= 0 && picture.scan == Scan::interlaced)
-            read_enhancement(nal, skipped, picture);
+        if (type == 7 && !is_known) is_known = h264_sequence(nal, picture, &fields);
+        if (type == 8) field_times = has_field_times(nal);
+        if (type == 6 && fields.timing >= 0 && picture.scan == Scan::interlaced)
+            read_enhancement(nal, fields.timing, picture);
+        if ((type == 1 || type == 5) && fields.frame_number > 0 && picture.scan == Scan::interlaced)
+            picture.scan = scan_of_slice(nal, fields.frame_number, field_times);
     });
     return is_known;
 }

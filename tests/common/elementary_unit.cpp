@@ -59,6 +59,19 @@ TEST(Elementary, Pictures) {
     SHOW(told("uncompressed", parameters));
 }
 
+// Pictures whose sequence may have fields: frames of one time, or of two; fields.
+TEST(Elementary, FieldsOfH264) {
+    const auto scan = [](const char *pictures, const char *slice) {
+        const std::string sets = "00000001 674d401eda02d0916022000003000200000300641e2c5d40 00000001 ";
+        const std::string text = told("H.264", bytes(sets + pictures + "000001" + slice));
+        return text.substr(text.find("bits ") + 5, 3);
+    };
+    EXPECT_EQ(scan("68ce0fc8", "6588821d0630"), "p 2");
+    EXPECT_EQ(scan("68de0fc8", "6588821d0630"), "i 2");
+    EXPECT_EQ(scan("68ce0fc8", "6588841d0630"), "tff");
+    EXPECT_EQ(scan("68ce0fc8", "6588861d0630"), "bff");
+}
+
 TEST(Elementary, Dts) {
     const std::string dts = bytes("7ffe8001fc3c75b276c005380009ef7b");
     Sound sound;
