@@ -513,7 +513,9 @@ void set_bit_rate(const Track &track, uint64_t bytes, uint64_t ticks, Facts &fac
     const int64_t rate = bit_rate_of(bytes, {static_cast<int64_t>(ticks), track.timescale});
     if (rate < 0 || (track.raw && track.sound >= 0)) return;
     if (track.picture >= 0) facts.pictures[static_cast<size_t>(track.picture)].bit_rate = rate;
-    if (track.sound >= 0) facts.sounds[static_cast<size_t>(track.sound)].bit_rate = rate;
+    if (track.sound < 0) return;
+    Sound &sound = facts.sounds[static_cast<size_t>(track.sound)];
+    if (sound.codec != "AC-3" || sound.bit_rate < 0) sound.bit_rate = rate;  // its own is constant
 }
 
 bool is_unwritten(Input &input, const Track &track, uint64_t end, uint64_t size) {
