@@ -323,7 +323,7 @@ void read_sound_boxes(Bytes boxes, Sound &sound, int depth) {
                 if (big32(data, 4) > 0) sound.rate = {big32(data, 4), 1};
                 break;
             case fourcc("btrt"):
-                if (big32(data, 8) > 0) sound.bit_rate = big32(data, 8);
+                if (big32(data, 8) > 0 && sound.codec != "AC-3") sound.bit_rate = big32(data, 8);
                 break;
             default: break;
         }
