@@ -246,7 +246,8 @@ void tell_track(const Run &run, bool all_walked, Facts &facts) {
     }
     if (track.picture < 0) return;
     Picture &picture = facts.pictures[static_cast<size_t>(track.picture)];
-    if (run.samples == 0 || run.samples > INT32_MAX || picture.frames > INT32_MAX) return;
+    constexpr int64_t kMostSamples = 1 << 30;  // in the header and behind it: their sum and a time scale fit
+    if (run.samples == 0 || run.samples > kMostSamples || picture.frames > kMostSamples) return;
     const auto samples = static_cast<int64_t>(run.samples);
     const bool is_constant = run.samples > 2 && run.least == run.most && run.most > 0;
     if (is_constant) picture.rate = rate_of(track.timescale, static_cast<int64_t>(run.most));
