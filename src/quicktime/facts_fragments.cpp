@@ -11,7 +11,8 @@ namespace {
 
 constexpr char kStreamTime[] = "\x6D\x1D\x9B\x05\x42\xD5\x44\xE6\x80\xE2\x14\x1D\xAF\xF7\x57\xB2";
 constexpr int kMostFragments = 20000;
-constexpr uint64_t kFewFragments = 24;    // that are walked through although there is an index
+constexpr uint64_t kFewFragments = 40;    // that are walked through although there is an index
+constexpr int kLastFragments = 24;        // from the last place of it on
 constexpr uint64_t kMostPlaces = 36;      // before places between the first and the last are left out
 constexpr uint64_t kSmallFile = 2 << 20;  // that is read and walked all
 constexpr int kNearFragments = 8;         // from each place of it on
@@ -336,7 +337,7 @@ void read_fragments(Input &input, uint64_t from, Bytes extends, std::vector<Trac
         const bool is_last = std::next(place) == index.places.end();
         if (*place < fragments.last || (!is_last && input.reads() > kMostPlaces)) continue;
         fragments.count = 0;
-        walk(fragments, *place, static_cast<int>(is_last ? kFewFragments : kNearFragments));
+        walk(fragments, *place, is_last ? kLastFragments : kNearFragments);
     }
     const bool all_walked = !by_index && fragments.is_ended;
     for (auto &[id, run] : fragments.runs) {

@@ -162,6 +162,28 @@ TEST(SoundFacts, BitRates) {
     EXPECT_TRUE(facts_of(slow + slow).starts_with("MP3 | 2ch 8000 Hz MP3 stereo 1152 samples"));
 }
 
+// DV that holds its sound; coded sound behind a first frame that is large.
+TEST(SoundFacts, Avi) {
+    const auto avi = [](const std::string &streams, const std::string &chunks) {
+        const std::string headers = chunk("LIST", "hdrl" + streams) + chunk("LIST", "movi" + chunks);
+        return little().text("RIFF").u32(4 + headers.size()).text("AVI ").raw(headers).str();
+    };
+    const auto stream = [](const std::string &kind, const std::string &format) {
+        const std::string header = little().text(kind).zeros(12).u32(1).u32(25).u32(0).u32(1).zeros(20).str();
+        return chunk("LIST", "strl" + chunk("strh", header) + format);
+    };
+    const std::string dv = big().hex("1F0700BF78").at(4323).hex("50000000C0").zeros(2000).str();
+    EXPECT_EQ(facts_of(avi(stream("iavsdvsd", chunk("strf", std::string(32, '\0'))), chunk("00__", dv))),
+              "AVI | 720x576 DV 4:2:0 8 bits 25 fps 1 frames | 2ch 48000 Hz 16 bits PCM | 1/25 s");
+    const std::string picture = little().u32(40).u32(64).u32(48).u32(0x180001).text("XVID").zeros(20).str();
+    const std::string ac3 = hex("0B77 0000 14403F00") + std::string(1000, 'x');
+    EXPECT_EQ(
+        facts_of(avi(stream("vidsXVID", chunk("strf", picture)) +
+                         stream("auds    ", "strf" + format(0x2000, 2, 16).substr(4)),
+                     chunk("00dc", std::string(20000, 'x')) + chunk("01wb", ac3))),
+        "AVI | 64x48 MPEG-4 4:2:0 8 bits 25 fps 1 frames | 2ch 48000 Hz AC-3 1.1 1920 samples | 1/25 s");
+}
+
 // A file that is too large to be walked through ends with frames of MP3 or AAC all the same.
 TEST(SoundFacts, LargeStreams) {
     for (const std::string &frame :

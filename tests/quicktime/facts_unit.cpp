@@ -301,7 +301,7 @@ TEST(MovieFacts, FragmentsBehindSamples) {
 TEST(MovieFacts, IndexedFragments) {
     const auto indexed = [](uint32_t scale, uint32_t first, uint32_t odd, uint32_t even,
                             const std::string &other = "") {
-        constexpr uint32_t kFragments = 30;
+        constexpr uint32_t kFragments = 45;
         constexpr uint32_t kSize = 80000;
         std::string fragments;
         std::string entries;
@@ -332,12 +332,12 @@ TEST(MovieFacts, IndexedFragments) {
                index + fragments;
     };
     const std::string longer = indexed(25, 3, 1, 1);
-    EXPECT_NE(facts_of(longer).find(" 25 fps 120 frames | "), std::string::npos) << facts_of(longer);
-    EXPECT_EQ(bit_rates_of(longer), "3934426");
+    EXPECT_NE(facts_of(longer).find(" 25 fps 180 frames | "), std::string::npos) << facts_of(longer);
+    EXPECT_EQ(bit_rates_of(longer), "3956044");
     // Of several tracks what is told, unless that is more than all of the file.
     const std::string sounds =
         track("soun", sound_entry("raw ", 0, 2, 8, ""), media_header(48000, 0), {0, 0, 0, {}});
     EXPECT_EQ(bit_rates_of(indexed(25, 1, 1, 1, sounds)), "-1 -1");
     const std::string uneven = facts_of(indexed(36, 2, 1, 2));
-    EXPECT_NE(uneven.find(" 24 fps 120 frames | "), std::string::npos) << uneven;
+    EXPECT_NE(uneven.find(" 24 fps 180 frames | "), std::string::npos) << uneven;
 }
