@@ -219,17 +219,22 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
 
 namespace {
 
-// Layouts of Core Audio by their tag's upper half.
-constexpr CodeName kLayouts[] = {
-    {100, "mono"},     {101, "stereo"}, {102, "stereo"}, {103, "matrix stereo"}, {104, "mid/side"},
-    {106, "binaural"}, {108, "quad"},   {109, "5.0"},    {110, "6.0"},           {111, "8.0"},
-    {113, "3.0"},      {114, "3.0"},    {115, "4.0"},    {116, "4.0"},           {117, "5.0"},
-    {118, "5.0"},      {119, "5.0"},    {120, "5.0"},    {121, "5.1"},           {122, "5.1"},
-    {123, "5.1"},      {124, "5.1"},    {125, "6.1"},    {126, "7.1 (wide)"},    {127, "7.1 (wide)"},
-    {128, "7.1"},      {133, "2.1"},    {138, "6.0"},    {139, "6.1"},           {141, "7.0"},
-    {142, "5.1"},      {143, "5.1"},    {144, "5.1"},    {145, "6.1"},           {150, "7.0"},
-    {184, "7.1"},
-};
+// Layouts of Core Audio (CoreAudioBaseTypes.h) by their tag's upper half, from 100 on.
+constexpr const char *kLayouts[] = {
+    "mono",  "stereo", "stereo", "matrix stereo", "mid/side", "",           "binaural",
+    "",      "quad",   "5.0",    "6.0",           "8.0",      "",           "3.0",
+    "3.0",   "4.0",    "4.0",    "5.0",           "5.0",      "5.0",        "5.0",
+    "5.1",   "5.1",    "5.1",    "5.1",           "6.1",      "7.1 (wide)", "7.1 (wide)",
+    "7.1",   "",       "",       "2/1",           "quad",     "2.1",        "2/1.1",
+    "4.1",   "3.1",    "4.1",    "4.1",           "6.0",      "7.0",        "6.0",
+    "6.1",   "7.0",    "8.0",    "10.2",          "",         "",           "7.0",
+    "1.1",   "3.0",    "4.0",    "3.1",           "2/1.1",    "4.1",        "6.0",
+    "7.0",   "6.1",    "6.1",    "6.1",           "7.1",      "7.1",        "7.1",
+    "7.1",   "7.1",    "7.1",    "7.1",           "7.1",      "3.1",        "4.1",
+    "6.0",   "6.0",    "6.0",    "6.1",           "6.1",      "6.1",        "7.0",
+    "7.1",   "8.0",    "8.0",    "8.1",           "8.1",      "6.1",        "7.1",
+    "5.1.2", "quad",   "5.0",    "5.1",           "6.1",      "7.1",        "",
+    "",      "7.1.4",  "9.1.6",  "5.1.2",         "5.1.4",    "7.1.2"};
 
 std::string described_layout(Bytes chan) {
     constexpr CodeName kLabels[] = {
@@ -252,7 +257,7 @@ std::string core_audio_layout(Bytes chan) {
     const uint32_t tag = big32(chan, 4);
     if (tag == 0) return described_layout(chan);
     if (tag == 0x10000) return speaker_layout(big32(chan, 8));
-    return name_of(kLayouts, tag >> 16);
+    return name_at(kLayouts, (tag >> 16) - 100);
 }
 
 void read_sound_esds(Bytes esds, Sound &sound) {

@@ -138,6 +138,12 @@ TEST(MovieFacts, Sounds) {
     EXPECT_EQ(sound(sound_entry("ac-3", 0, 2, 16, atom("dac3", hex("103DC0")))), "6ch 48000 Hz AC-3 5.1");
     EXPECT_EQ(sound(sound_entry("sowt", 0, 2, 16, full("chan", big().u32(101 << 16 | 2).zeros(8).str()))),
               "2ch 48000 Hz 16 bits PCM stereo");
+    for (const auto &[tag, layout] :
+         {std::pair(142U, "6.1"), {150U, "3.0"}, {184U, "5.1.2"}, {99U, "AAC"}, {200U, "AAC"}}) {
+        const std::string text =
+            sound(sound_entry("mp4a", 0, 2, 16, full("chan", big().u32(tag << 16).zeros(8).str())));
+        EXPECT_TRUE(text.ends_with(layout)) << text;
+    }
 }
 
 TEST(MovieFacts, TimeAndTracks) {
