@@ -245,6 +245,11 @@ void read_wave(Wave &wave) {
         wave.sound.samples = wave.told_samples;
     }
     facts.lasts(wave.sound.samples, wave.sound.rate);
+    if (wave.block == 0) {
+        const int64_t told = wave.sound.bit_rate;
+        stream_sound(wave.input.present(wave.data_start, 4096), wave.sound);
+        wave.sound.bit_rate = told >= 0 ? told : bit_rate_of(wave.data_size, facts.duration);
+    }
     facts.format = wave.has_bext ? "BWF" : "WAVE";
     set_timecode(wave);
     read_ixml(wave);
@@ -267,7 +272,7 @@ uint64_t wave_format(Bytes format, Sound &sound) {
     sound.bits = little16(format, 14);
     const uint32_t stored = sound.bits;
     if (tag == 0xFFFE && format.size() >= 40) {
-        tag = little16(format, 24);
+        tag = little32(format, 24);
         if (const uint32_t valid = little16(format, 18); valid > 0 && valid <= stored) sound.bits = valid;
         sound.layout = speaker_layout(little32(format, 20));
     }
@@ -277,9 +282,13 @@ uint64_t wave_format(Bytes format, Sound &sound) {
     sound.codec = name[0] != 0 ? name : other;
     if (tag == 1 || tag == 3 || tag == 6 || tag == 7) {
         const uint64_t packed = uint64_t{sound.channels} * ((stored + 7) / 8);
-        return block == 0 || block < packed ? packed : block;
+        if (block < packed) block = packed;
+        if (sound.bits != stored)
+            sound.bit_rate = bit_rate_of(block * static_cast<uint64_t>(sound.rate.n), {1, 1});
+        return block;
     }
     if (!sound.codec.ends_with("ADPCM")) sound.bits = 0;
+    stream_sound({}, sound, format.from(tag == little16(format) ? 18 : 40));
     if (const int64_t bytes = little32(format, 8); bytes > 0) sound.bit_rate = bytes * 8;
     return 0;
 }

@@ -12,6 +12,7 @@
 namespace {
 
 constexpr uint32_t kList = fourcc("LIST");
+constexpr uint64_t kNear = 8192;  // bytes of the first chunks that are read together
 
 void set_codec(uint32_t code, uint32_t depth, Picture &picture) {
     if (code == 0 || code == 0x03000000 || type_text(code) == "DIB" || type_text(code) == "RGB") {
@@ -37,18 +38,23 @@ struct Avi {
     bool has_index = false;
     bool is_streamed = false;
     bool has_zeros = false;  // in the place of a chunk
-    uint64_t end = 0;        // of its parts
-    Bytes first = {};        // chunks of frames
-    Bytes setup = {};        // what the first picture's format has behind its fields
+    bool is_interleaved = false;
+    uint64_t end = 0;  // of its parts
+    Bytes first = {};  // chunks of frames
+    Bytes setup = {};  // what the first picture's format has behind its fields
     uint32_t streams = 0;
-    uint32_t number = 0;     // of the first picture's stream, as its chunks have it: "00"
-    Bytes super_index = {};  // of that stream
-    Bytes index = {};        // idx1
+    struct Stream {
+        uint32_t number = 0;  // as its chunks have it: "00d", without what follows the "d" or "w"
+        Bytes super_index = {};
+    };
+    Stream picture = {};  // the first one, and the first sound
+    Stream sound = {};
+    Bytes index = {};  // idx1
 };
 
-// Bytes of the first picture's chunks by the index of the file or those of its parts (OpenDML); 0 where that
-// is not there, or takes too much reading.
-uint64_t indexed_bytes(Avi &avi) {
+// Bytes of a stream's chunks by the index of the file or those of its parts (OpenDML); 0 where that is not
+// there, or takes too much reading.
+uint64_t indexed_bytes(Avi &avi, const Avi::Stream &stream) {
     constexpr uint64_t kMost = 2 << 20;
     constexpr uint64_t kMostParts = 32;
     uint64_t sum = 0;
@@ -56,16 +62,16 @@ uint64_t indexed_bytes(Avi &avi) {
         const std::span<const uint8_t> bytes = index.span(0, index.size());  // one read
         const Bytes entries(bytes.data(), bytes.size());
         for (uint64_t at = 0; entries.has(at, step); at += step) {
-            const bool is_picture = step == 8 || (big16(entries, at) == avi.number && entries[at + 2] == 'd');
-            if (is_picture) sum += little32(entries, at + size_at) & 0x7FFFFFFF;  // without its flag
+            const bool is_one = step == 8 || big32(entries, at) >> 8 == stream.number;
+            if (is_one) sum += little32(entries, at + size_at) & 0x7FFFFFFF;  // without its flag
         }
     };
-    const uint64_t parts = little32(avi.super_index, 4);
+    const uint64_t parts = little32(stream.super_index, 4);
     if (parts == 0 && avi.index.size() <= kMost) add(avi.index, 16, 12);
     for (uint64_t i = 0; i < parts; i++) {
-        const uint64_t size = little32(avi.super_index, 24 + 16 * i + 8);
+        const uint64_t size = little32(stream.super_index, 24 + 16 * i + 8);
         if (parts > kMostParts || size > kMost / parts || size < 32) return 0;
-        const Bytes index = avi.input.present(little64(avi.super_index, 24 + 16 * i), size);
+        const Bytes index = avi.input.present(little64(stream.super_index, 24 + 16 * i), size);
         const uint64_t n = little32(index, 12);
         if (!index.has(32, 8 * n)) return 0;
         add(index.sub(32, 8 * n), 8, 4);
@@ -96,20 +102,22 @@ void read_stream(Bytes list, Avi &avi) {
     });
     read_super_index(index, avi);
     const uint32_t stream = avi.streams++;
+    const uint32_t number = ('0' + stream / 10) << 8 | ('0' + stream % 10);
     const Ratio rate = rate_of(int64_t{little32(header, 24)}, int64_t{little32(header, 20)});
     // What a writer to a pipe leaves is a length that no stream has.
     const int64_t told = little32(header, 32);
     const int64_t length = told >= 1 << 30 ? 0 : told;
     avi.has_length = avi.has_length || told > 0;
-    if (bytes_are(header, 0, "vids")) {
+    const bool is_interleaved = bytes_are(header, 0, "iavs");  // DV with its sound
+    if (bytes_are(header, 0, "vids") || is_interleaved) {
         Picture picture;
         picture.width = little32(format, 4);
         picture.height = static_cast<uint32_t>(std::abs(int64_t{static_cast<int32_t>(little32(format, 8))}));
-        set_codec(big32(format, 16), little16(format, 14), picture);
+        set_codec(is_interleaved ? big32(header, 4) : big32(format, 16), little16(format, 14), picture);
         if (avi.facts.pictures.empty()) {
+            avi.is_interleaved = is_interleaved;
             avi.setup = format.from(40);
-            avi.number = ('0' + stream / 10) << 8 | ('0' + stream % 10);
-            avi.super_index = index;
+            avi.picture = {number << 8 | (is_interleaved ? '_' : 'd'), index};
         }
         picture.rate = rate;
         if (rate.is_set()) picture.constant_rate = true;
@@ -127,6 +135,7 @@ void read_stream(Bytes list, Avi &avi) {
         if (ticks > 0 && block > 0 && little32(header, 44) == block) sound.samples = ticks;
         if (ticks > 0 && sound.samples < 0 && sound.rate.is_set())
             sound.samples = std::llround(static_cast<double>(ticks) / rate.value() * sound.rate.value());
+        if (avi.facts.sounds.empty()) avi.sound = {number << 8 | 'w', index};
         avi.facts.sounds.push_back(sound);
     }
 }
@@ -160,7 +169,10 @@ void read_part(Bytes file, uint64_t at, uint64_t end, Avi &avi) {
             });
         }
         if (!bytes_are(chunk.data, 0, "movi")) return true;
-        if (avi.first.empty()) avi.first = avi.input.present(chunk.start + 4, 8192);
+        if (avi.first.empty()) {
+            avi.input.present(chunk.start + 4, kNear);  // one read
+            avi.first = file.from(chunk.start + 4);
+        }
         avi.is_streamed = size == 0 || size == 4 || size >= 0x7F000000;
         return !avi.is_streamed;
     });
@@ -169,13 +181,12 @@ void read_part(Bytes file, uint64_t at, uint64_t end, Avi &avi) {
         avi.has_zeros = true;
 }
 
-// The data of the first chunk of a picture ("00dc", "01db"): sound, or an index, may come before it.
-Bytes first_frame(Bytes chunks) {
+// The data of the first chunk of a stream ("00dc", "01wb", "00__"): others, or an index, may come before it.
+Bytes first_chunk(Bytes chunks, const Avi::Stream &stream) {
     uint64_t at = 0;
-    for (int i = 0; i < 64 && chunks.has(at, 8); i++) {
+    for (int i = 0; i < (at < kNear ? 64 : 8) && chunks.has(at, 8); i++) {
         const uint64_t size = little32(chunks, at + 4);
-        if (chunks[at + 2] == 'd' && (chunks[at + 3] == 'c' || chunks[at + 3] == 'b') && size > 0)
-            return chunks.sub(at + 8, size);
+        if (big32(chunks, at) >> 8 == stream.number && size > 0) return chunks.sub(at + 8, size);
         at += 8 + size + size % 2;
     }
     return {};
@@ -221,13 +232,28 @@ void avi_facts(Input &input, Facts &facts) {
         if (avi.frames_of_all_parts > picture.frames && picture.frames >= 0)
             picture.frames = avi.frames_of_all_parts;
         const Ratio aspect = picture.pixel_aspect;
-        stream_picture(first_frame(avi.first), picture, avi.setup);
+        const Bytes frame = first_chunk(avi.first, avi.picture);
+        if (avi.is_interleaved) {
+            picture.width = 720;
+            picture.height = (frame[3] & 0x80) != 0 ? 576 : 480;
+            if (Sound sound; dv_sound(frame, sound)) facts.sounds.push_back(sound);
+        }
+        stream_picture(frame, picture, avi.setup);
         if (aspect.is_set()) picture.pixel_aspect = aspect;
         facts.lasts(picture.frames, picture.rate);
-        const int64_t bit_rate = bit_rate_of(indexed_bytes(avi), facts.duration);
+        const int64_t bit_rate = bit_rate_of(indexed_bytes(avi, avi.picture), facts.duration);
         if (bit_rate > 0) picture.bit_rate = bit_rate;
     } else if (!facts.sounds.empty()) {
         facts.lasts(facts.sounds.front().samples, facts.sounds.front().rate);
+    }
+    if (Sound *const sound = facts.sounds.empty() ? nullptr : &facts.sounds.front()) {
+        const int64_t told = sound->bit_rate;
+        stream_sound(first_chunk(avi.first, avi.sound), *sound);
+        const Ratio seconds = sound->samples > 0 ? Ratio{sound->samples, sound->rate.n} : facts.duration;
+        const bool is_coded = told < 0 && sound->bits == 0;
+        const int64_t measured = is_coded ? bit_rate_of(indexed_bytes(avi, avi.sound), seconds) : told;
+        const bool is_constant = is_coded && std::abs(sound->bit_rate - measured) < measured / 10;
+        if (!is_constant) sound->bit_rate = measured;
     }
     judge(avi);
 }

@@ -113,6 +113,29 @@ uint64_t walk(Stream &stream, Size size_of) {
     return frames;
 }
 
+// Of a large file its end, from the first frame on that others follow.
+template <typename Size>
+void walk_tail(const Stream &stream, Size size_of) {
+    constexpr uint64_t kTail = 65536;
+    constexpr int kFollowing = 4;
+    Stream tail{stream.input, stream.facts, stream.end - kTail, stream.end};
+    const Bytes bytes = tail.input.present(tail.start, kTail);
+    for (uint64_t first = 0; first < kTail / 2; first++) {
+        uint64_t at = first;
+        int n = 0;
+        for (; n < kFollowing; n++) {
+            const uint64_t size = size_of(bytes.sub(at, 10));
+            if (size == 0) break;
+            at += size;
+        }
+        if (n < kFollowing) continue;
+        tail.start += first;
+        walk(tail, size_of);
+        return;
+    }
+    if (is_unwritten(tail.input, tail.start, tail.end)) tail.facts.cut(tail.end, "the last frames (zeros)");
+}
+
 void read_aac(Stream &stream, Bytes frame) {
     Sound sound;
     if (!adts_frame(frame, sound)) return;
@@ -127,6 +150,8 @@ void read_aac(Stream &stream, Bytes frame) {
         sound.samples = static_cast<int64_t>(frames * 1024);
         stream.facts.lasts(sound.samples, sound.rate);
         sound.bit_rate = bit_rate_of(bytes, stream.facts.duration);
+    } else {
+        walk_tail(stream, adts_bytes);
     }
     stream.facts.sounds.push_back(sound);
 }
@@ -164,6 +189,7 @@ void count_frames(Stream &stream, const MpegAudioFrame &header, Bytes frame, Sou
         });
         if (is_constant) sound.bit_rate = header.bit_rate;
     } else {
+        walk_tail(stream, [](Bytes b) { return uint64_t{mpeg_audio_frame(b).bytes}; });
         const double length = static_cast<double>(header.samples) / 8 * header.bit_rate / header.rate;
         const auto place = [&](uint64_t i) {
             return stream.start + static_cast<uint64_t>(static_cast<double>(i) * length + 0.001);
@@ -174,7 +200,6 @@ void count_frames(Stream &stream, const MpegAudioFrame &header, Bytes frame, Sou
             return;
         frames = all;
         sound.bit_rate = header.bit_rate;
-        if (place(all) > stream.end + 1) facts.cut(place(all), "the last frame");
     }
     if (frames > 0 && frames < UINT32_MAX) sound.samples = static_cast<int64_t>(frames * header.samples);
     facts.lasts(sound.samples, sound.rate);

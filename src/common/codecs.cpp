@@ -51,7 +51,7 @@ constexpr PictureCodec kPictureCodecs[] = {
     {"jxsm", "JPEG XS", "", 0},
     {"apv1", "APV", "", 0},
     {"drac", "Dirac", "", 0},
-    {"vc-1", "VC-1", "4:2:0", 8},
+    {"vc-1WVC1", "VC-1", "4:2:0", 8},
     {"FFV1", "FFV1", "", 0, CodecKind::dense},
     {"HFYUFFVH", "HuffYUV", "", 0},
     {"LAGS", "Lagarith", "", 0},
@@ -144,14 +144,15 @@ constexpr SoundCodec kSoundCodecs[] = {{"sowttwosraw NONElpcmipcm"sv, "PCM"},
                                        {"nmos"sv, "Nellymoser"},
                                        {"sdx2"sv, "SDX2"}};
 
+// Of an identifier that is none of a number (KSDATAFORMAT_SUBTYPE, MEDIASUBTYPE) its first field.
 constexpr CodeName kWaveCodecs[] = {
-    {1, "PCM"},        {2, "MS ADPCM"},       {3, "PCM float"},      {6, "A-law"},
-    {7, "mu-law"},     {0x11, "IMA ADPCM"},   {0x20, "ADPCM"},       {0x31, "GSM"},
-    {0x42, "G.723.1"}, {0x45, "G.726 ADPCM"}, {0x64, "G.726 ADPCM"}, {0x50, "MP2"},
-    {0x55, "MP3"},     {0xFF, "AAC"},         {0x160, "WMA"},        {0x161, "WMA"},
-    {0x162, "WMA"},    {0x566F, "Vorbis"},    {0x706D, "AAC"},       {0x1600, "AAC"},
-    {0x1610, "AAC"},   {0x2000, "AC-3"},      {0x2001, "DTS"},       {0xF1AC, "FLAC"},
-    {0x704F, "Opus"},
+    {1, "PCM"},        {2, "MS ADPCM"},        {3, "PCM float"},      {6, "A-law"},
+    {7, "mu-law"},     {0x11, "IMA ADPCM"},    {0x20, "ADPCM"},       {0x31, "GSM"},
+    {0x42, "G.723.1"}, {0x45, "G.726 ADPCM"},  {0x64, "G.726 ADPCM"}, {0x50, "MP2"},
+    {0x55, "MP3"},     {0xFF, "AAC"},          {0x160, "WMA"},        {0x161, "WMA"},
+    {0x162, "WMA"},    {0x566F, "Vorbis"},     {0x706D, "AAC"},       {0x1600, "AAC"},
+    {0x1610, "AAC"},   {0x2000, "AC-3"},       {0x2001, "DTS"},       {0xF1AC, "FLAC"},
+    {0x704F, "Opus"},  {0xA7FB87AF, "E-AC-3"}, {0xE06D802C, "AC-3"},  {0xE06D802B, "MP2"},
 };
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }

@@ -58,16 +58,18 @@ std::string raw_payload(Bytes nal, uint64_t header) {
     return raw;
 }
 
+Ratio sample_aspect(uint32_t code) {
+    constexpr Ratio kAspects[] = {{0, 0},   {1, 1},    {12, 11}, {10, 11}, {16, 11}, {40, 33},
+                                  {24, 11}, {20, 11},  {32, 11}, {80, 33}, {18, 11}, {15, 11},
+                                  {64, 33}, {160, 99}, {4, 3},   {3, 2},   {2, 1}};
+    return code < std::size(kAspects) ? kAspects[code] : Ratio{};
+}
+
 namespace {
 
 // Luma and chroma samples a pixel column and row, by chroma_format_idc.
 constexpr const char *kChroma[] = {"Y", "4:2:0", "4:2:2", "4:4:4"};
 constexpr uint32_t kLargestSide = 65536;
-
-// Sample aspect ratios of ITU-T H.273, table 5.
-constexpr Ratio kAspects[] = {{0, 0},   {1, 1},    {12, 11}, {10, 11}, {16, 11}, {40, 33},
-                              {24, 11}, {20, 11},  {32, 11}, {80, 33}, {18, 11}, {15, 11},
-                              {64, 33}, {160, 99}, {4, 3},   {3, 2},   {2, 1}};
 
 // The part of a video usability information that H.264 and HEVC have in common.
 void read_usability(BitReader &bits, Picture &picture) {
@@ -76,8 +78,8 @@ void read_usability(BitReader &bits, Picture &picture) {
         if (aspect == 255) {
             const int64_t n = bits.get(16);
             picture.pixel_aspect = Ratio{n, bits.get(16)}.reduced();
-        } else if (aspect < std::size(kAspects)) {
-            picture.pixel_aspect = kAspects[aspect];
+        } else {
+            picture.pixel_aspect = sample_aspect(aspect);
         }
     }
     if (bits.flag()) bits.skip(1);  // overscan
@@ -169,7 +171,7 @@ int structure_place(BitReader &bits) {
     return bits.flag() && !bits.is_over() ? delays : -1;
 }
 
-bool read_h264(BitReader bits, Picture &picture, int &place) {
+bool read_h264(BitReader bits, Picture &picture, AvcFields &fields) {
     const uint32_t profile = bits.get(8);
     bits.skip(16);
     bits.ue();
@@ -186,7 +188,7 @@ bool read_h264(BitReader bits, Picture &picture, int &place) {
             if (bits.flag()) skip_scaling_list(bits, i < 6 ? 16 : 64);
         }
     }
-    bits.ue();
+    const unsigned frame_number = std::min(bits.ue() + 4, 16U);
     const uint32_t order = bits.ue();
     if (order == 0) bits.ue();
     if (order == 1) {
@@ -202,7 +204,7 @@ bool read_h264(BitReader bits, Picture &picture, int &place) {
     if (!frames_only) {
         coded.frame_lines = 2;
         coded.size.height *= 2;
-        bits.skip(1);
+        if (!bits.flag() && !coded.planes) fields.frame_number = frame_number;
     }
     bits.skip(1);
     coded.read_crop(bits);
@@ -211,7 +213,7 @@ bool read_h264(BitReader bits, Picture &picture, int &place) {
     if (bits.flag()) {
         read_usability(bits, picture);
         if (read_timing(bits, 2, picture)) bits.skip(1);  // whether the rate is fixed
-        place = structure_place(bits);
+        fields.timing = structure_place(bits);
     }
     if (picture.components == "4:4:4" && picture.colour.matrix == 0) picture.components = "RGB";
     return true;
@@ -333,11 +335,11 @@ bool read_set(Bytes nal, uint64_t header, Picture &picture, Reader read) {
 
 }  // namespace
 
-bool h264_sequence(Bytes nal, Picture &picture, int *timing) {
-    int place = -1;
-    const auto read = [&](BitReader bits, Picture &found) { return read_h264(bits, found, place); };
+bool h264_sequence(Bytes nal, Picture &picture, AvcFields *fields) {
+    AvcFields told;
+    const auto read = [&](BitReader bits, Picture &found) { return read_h264(bits, found, told); };
     if ((nal[0] & 0x1F) != 7 || !read_set(nal, 1, picture, read)) return false;
-    if (timing) *timing = place;
+    if (fields) *fields = told;
     return true;
 }
 
@@ -345,9 +347,9 @@ bool hevc_sequence(Bytes nal, Picture &picture) {
     return (nal[0] >> 1 & 0x3F) == 33 && read_set(nal, 2, picture, read_hevc);
 }
 
-bool avc_configuration(Bytes record, Picture &picture, int *timing) {
+bool avc_configuration(Bytes record, Picture &picture, AvcFields *fields) {
     if (record[0] != 1 || (record[5] & 0x1F) == 0) return false;
-    return h264_sequence(record.sub(8, big16(record, 6)), picture, timing);
+    return h264_sequence(record.sub(8, big16(record, 6)), picture, fields);
 }
 
 bool hevc_configuration(Bytes record, Picture &picture) {

@@ -28,15 +28,22 @@ class BitReader {
     uint64_t position_ = 0;
 };
 
+// Where the pictures of H.264 tell what their fields are.
+struct AvcFields {
+    int timing = -1;            // bits of a picture timing message before the picture's structure; -1: none
+    unsigned frame_number = 0;  // bits of a slice's frame number, where no macroblock may have fields
+};
+
 // The sequence parameter set of H.264 and HEVC, from its NAL unit header on: sizes, bits, chroma, scan, pixel
 // aspect, colours and rate where they are told. False, and nothing is set, for a damaged or a cut one.
-// `timing` becomes the bits of a picture timing message of H.264 before the picture's structure, or -1.
-bool h264_sequence(Bytes nal, Picture &picture, int *timing = nullptr);
+bool h264_sequence(Bytes nal, Picture &picture, AvcFields *fields = nullptr);
 bool hevc_sequence(Bytes nal, Picture &picture);
 // The first sequence parameter set of a configuration record (avcC, hvcC; ISO 14496-15).
-bool avc_configuration(Bytes record, Picture &picture, int *timing = nullptr);
+bool avc_configuration(Bytes record, Picture &picture, AvcFields *fields = nullptr);
 bool hevc_configuration(Bytes record, Picture &picture);
 
+// Sample aspect ratios of H.273, table 5; not set for a code that says none.
+Ratio sample_aspect(uint32_t code);
 // A code of H.273, or -1 for the one that says nothing.
 inline int colour_code(uint32_t code) { return code == 2 ? -1 : static_cast<int>(code); }
 
@@ -67,11 +74,15 @@ void take_stream(const Picture &stream, Picture &picture);
 // the bytes behind an AVI's format), by the picture's codec. False where they say nothing.
 bool stream_picture(Bytes data, Picture &picture, Bytes setup = {});
 
-// The AudioSpecificConfig (ISO 14496-3), the first frame header of ADTS, of AC-3 and E-AC-3, of DTS.
+// The AudioSpecificConfig (ISO 14496-3), the first frame header of ADTS, of AC-3 and E-AC-3, of DTS and
+// TrueHD.
 bool aac_configuration(Bytes config, Sound &sound);
 bool adts_frame(Bytes frame, Sound &sound);
 bool ac3_frame(Bytes frame, Sound &sound);
 bool dts_frame(Bytes frame, Sound &sound);
+bool dv_sound(Bytes frame, Sound &sound);  // by the audio source pack of a frame of DV
+bool truehd_frame(Bytes frame, Sound &sound);
+bool truehd_format(uint32_t format, Sound &sound);  // what of such a header is about channels and rate
 
 // A frame of MPEG audio (ISO 11172-3, 13818-3, "2.5"); `bytes` is 0 for what is none.
 struct MpegAudioFrame {
@@ -92,6 +103,12 @@ int64_t ac3_bit_rate(uint32_t code);
 void set_ac3_mode(uint32_t mode, bool lfe, Sound &sound);
 // The layout of a mask of loudspeakers in the order of WAVE: "stereo", "5.1", "L R Ts", ...
 std::string speaker_layout(uint64_t mask);
+
+// What the first frame of a stream of sound, or what a container keeps for its decoder (that of AAC,
+// STREAMINFO of FLAC), says, by the sound's codec. False where they say nothing; true for a codec without
+// such.
+bool stream_sound(Bytes data, Sound &sound, Bytes setup = {});
+bool flac_information(Bytes information, Sound &sound);
 
 // A NAL unit without its header and its emulation prevention bytes, as far as a parameter set can reach.
 std::string raw_payload(Bytes nal, uint64_t header);

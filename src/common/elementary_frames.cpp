@@ -36,8 +36,11 @@ bool vc3_frame(Bytes frame, Picture &picture) {
     picture.codec = name_of(kKinds, id, "DNxHD");
     constexpr uint32_t kDepths[] = {0, 8, 10, 12, 0, 0, 0, 0};
     picture.bits = kDepths[frame[33] >> 5];
+    // RGB whose macroblocks are transformed, as the first one tells behind its scale of 11 bits, is YCbCr.
+    const bool is_transformed = (frame[uint64_t{big16(frame, 2)} + 1] & 0x10) != 0;
+    const bool is_rgb = ((frame[44] & 1) != 0 || id == 1256) && !is_transformed;
     const bool is_444 = id == 1256 || id == 1270;
-    picture.components = !is_444 ? "4:2:2" : (frame[44] & 1) != 0 || id == 1256 ? "RGB" : "4:4:4";
+    picture.components = !is_444 ? "4:2:2" : is_rgb ? "RGB" : "4:4:4";
     // The first field, which is the upper one, has 2 there, the other 3.
     picture.scan = (frame[5] & 2) == 0   ? Scan::progressive
                    : (frame[5] & 1) == 0 ? Scan::top_first
@@ -141,17 +144,42 @@ void read_enhancement(Bytes nal, int skipped, Picture &picture) {
     }
 }
 
-// A parameter set of the configuration record or of the samples.
+// What a picture parameter set tells of a slice: whether the fields of frames have times of their own.
+bool has_field_times(Bytes nal) {
+    const std::string raw = raw_payload(nal.sub(0, 64), 1);
+    BitReader bits(Bytes(raw.data(), raw.size()));
+    bits.skip_codes(2);
+    bits.skip(1);
+    return bits.flag();
+}
+
+// By a slice's header (7.3.3), where macroblocks have no fields: a field, or a frame whose fields are of one
+// time.
+Scan scan_of_slice(Bytes nal, unsigned frame_number, bool field_times) {
+    const std::string raw = raw_payload(nal.sub(0, 64), 1);
+    BitReader bits(Bytes(raw.data(), raw.size()));
+    bits.skip_codes(3);
+    bits.skip(frame_number);
+    if (bits.flag()) return bits.flag() ? Scan::bottom_first : Scan::top_first;
+    return field_times ? Scan::interlaced : Scan::progressive;
+}
+
+// Parameter sets of the configuration record or of the samples.
 bool avc_picture(Bytes data, Bytes setup, Picture &picture) {
     const bool has_record = setup[0] == 1;
     const unsigned length_bytes = has_record ? (setup[4] & 3U) + 1 : 4;
-    int skipped = -1;
-    bool is_known = has_record && avc_configuration(setup, picture, &skipped);
+    AvcFields fields;
+    bool is_known = has_record && avc_configuration(setup, picture, &fields);
+    const uint64_t second = 8 + uint64_t{big16(setup, 6)};
+    bool field_times = is_known && ((setup[5] & 31) != 1 || has_field_times(setup.from(second + 3)));
     each_nal(data, length_bytes, [&](Bytes nal) {
         const int type = nal[0] & 0x1F;
-        if (type == 7 && !is_known) is_known = h264_sequence(nal, picture, &skipped);
-        if (type == 6 && skipped >= 0 && picture.scan == Scan::interlaced)
-            read_enhancement(nal, skipped, picture);
+        if (type == 7 && !is_known) is_known = h264_sequence(nal, picture, &fields);
+        if (type == 8) field_times = has_field_times(nal);
+        if (type == 6 && fields.timing >= 0 && picture.scan == Scan::interlaced)
+            read_enhancement(nal, fields.timing, picture);
+        if ((type == 1 || type == 5) && fields.frame_number > 0 && picture.scan == Scan::interlaced)
+            picture.scan = scan_of_slice(nal, fields.frame_number, field_times);
     });
     return is_known;
 }
@@ -178,9 +206,8 @@ bool mpeg4_picture(Bytes data, Bytes setup, Picture &picture) {
     BitReader bits(data.from(at + 4));
     bits.skip(9);
     const uint32_t version = bits.flag() ? bits.get(7) >> 3 : 1;
-    constexpr Ratio kVisualAspects[] = {{0, 0}, {1, 1}, {12, 11}, {10, 11}, {16, 11}, {40, 33}};
     const uint32_t aspect = bits.get(4);
-    if (aspect < std::size(kVisualAspects)) picture.pixel_aspect = kVisualAspects[aspect];
+    if (aspect <= 5) picture.pixel_aspect = sample_aspect(aspect);
     if (aspect == 15) {
         const int64_t n = bits.get(8);
         picture.pixel_aspect = Ratio{n, bits.get(8)}.reduced();
@@ -361,6 +388,105 @@ bool jpegxs_picture(Bytes data, Bytes, Picture &picture) {
     return picture.bits != 0;
 }
 
+// The sequence header of VC-1's advanced profile (SMPTE ST 421, 6.1), of a stream or behind a setup's fields.
+bool vc1_picture(Bytes data, Bytes setup, Picture &picture) {
+    constexpr int64_t kRates[] = {0, 24000, 25000, 30000, 50000, 60000, 48000, 72000};
+    const Bytes stream = setup.empty() ? data : setup;
+    const std::string raw = raw_payload(stream.from(find_in(stream, std::string_view("\0\0\1\x0F", 4))), 4);
+    BitReader bits(Bytes(raw.data(), raw.size()));
+    const bool is_advanced = bits.get(2) == 3;
+    bits.skip(3 + 2 + 3 + 5 + 1);
+    picture.coded_width = 2 * (bits.get(12) + 1);
+    picture.coded_height = 2 * (bits.get(12) + 1);
+    bits.skip(1);
+    const bool may_be_interlaced = bits.flag();
+    bits.skip(3);
+    if (bits.flag() || !may_be_interlaced) picture.scan = Scan::progressive;
+    picture.width = picture.coded_width;
+    picture.height = picture.coded_height;
+    picture.bits = 8;
+    picture.components = "4:2:0";
+    if (bits.flag()) {
+        picture.width = bits.get(14) + 1;
+        picture.height = bits.get(14) + 1;
+        const uint32_t aspect = bits.flag() ? bits.get(4) : 0;
+        picture.pixel_aspect = sample_aspect(aspect);
+        if (aspect == 15) {
+            const int64_t n = bits.get(8) + 1;
+            picture.pixel_aspect = Ratio{n, int64_t{bits.get(8)} + 1}.reduced();
+        }
+        if (bits.flag()) {
+            if (bits.flag()) {
+                picture.rate = rate_of(int64_t{bits.get(16)} + 1, 32);
+            } else {
+                const uint32_t n = bits.get(8);
+                const uint32_t d = bits.get(4);
+                if (n < std::size(kRates) && (d == 1 || d == 2)) picture.rate = rate_of(kRates[n], 999 + d);
+            }
+        }
+        if (bits.flag()) {
+            const uint32_t codes[] = {bits.get(8), bits.get(8), bits.get(8)};
+            picture.colour = {colour_code(codes[0]), colour_code(codes[1]), colour_code(codes[2]), -1};
+        }
+    }
+    return is_advanced && !bits.is_over();
+}
+
+// The sequence header of Dirac and VC-2 (SMPTE ST 2042-1, 11): a base format, and what differs from it.
+bool dirac_picture(Bytes data, Bytes, Picture &picture) {
+    enum : uint8_t { p, top, bottom };
+    struct Base {
+        uint16_t width, height;
+        uint8_t chroma, scan, rate, aspect, range;  // their codes
+    };
+    constexpr Base kBases[] = {
+        {640, 480, 2, p, 1, 1, 1},     {176, 120, 2, p, 9, 2, 1},      {176, 144, 2, p, 10, 3, 1},
+        {352, 240, 2, p, 9, 2, 1},     {352, 288, 2, p, 10, 3, 1},     {704, 480, 2, p, 9, 2, 1},
+        {704, 576, 2, p, 10, 3, 1},    {720, 480, 1, bottom, 4, 2, 3}, {720, 576, 1, top, 3, 3, 3},
+        {1280, 720, 1, p, 7, 1, 3},    {1280, 720, 1, p, 6, 1, 3},     {1920, 1080, 1, top, 4, 1, 3},
+        {1920, 1080, 1, top, 3, 1, 3}, {1920, 1080, 1, p, 7, 1, 3},    {1920, 1080, 1, p, 6, 1, 3},
+        {2048, 1080, 0, p, 2, 1, 4},   {4096, 2160, 0, p, 2, 1, 4},    {3840, 2160, 1, p, 7, 1, 3},
+        {3840, 2160, 1, p, 6, 1, 3},   {7680, 4320, 1, p, 7, 1, 3},    {7680, 4320, 1, p, 6, 1, 3},
+        {1920, 1080, 1, p, 1, 1, 3},   {720, 486, 1, bottom, 4, 2, 3}};
+    constexpr Scan kScans[] = {Scan::progressive, Scan::top_first, Scan::bottom_first};
+    constexpr Ratio kRates[] = {{},      {24000, 1001}, {24, 1}, {25, 1},       {30000, 1001}, {30, 1},
+                                {50, 1}, {60000, 1001}, {60, 1}, {15000, 1001}, {25, 2},       {48, 1}};
+    constexpr Ratio kDiracAspects[] = {{}, {1, 1}, {10, 11}, {12, 11}, {40, 33}, {16, 11}, {4, 3}};
+    constexpr uint8_t kBits[] = {0, 8, 8, 10, 12, 10, 12, 16, 16};
+    constexpr const char *kDiracChroma[] = {"4:4:4", "4:2:2", "4:2:0"};
+    BitReader bits(data.from(find_in(data.sub(0, 2048), std::string_view("BBCD", 5)) + 13));
+    const auto number = [&] {  // Exp-Golomb, interleaved
+        uint32_t value = 1;
+        while (!bits.is_over() && !bits.flag()) value = value << 1 | bits.get(1);
+        return value - 1;
+    };
+    const auto code = [&](uint32_t base) { return bits.flag() ? number() : base; };
+    const auto ratio = [&](const auto &known, uint32_t base) {
+        if (const uint32_t i = code(base); i > 0) return i < std::size(known) ? known[i] : Ratio{};
+        const int64_t n = number();
+        return Ratio{n, number()}.reduced();
+    };
+    for (int i = 0; i < 4; i++) number();  // version, profile and level
+    const uint32_t index = number();
+    const Base &base = kBases[index < std::size(kBases) ? index : 0];
+    const bool has_size = bits.flag();
+    picture.width = has_size ? number() : base.width;
+    picture.height = has_size ? number() : base.height;
+    picture.components = name_at(kDiracChroma, code(base.chroma));
+    picture.scan = kScans[base.scan];
+    if (bits.flag())
+        picture.scan = number() == 0 ? Scan::progressive : base.scan == p ? Scan::interlaced : picture.scan;
+    picture.rate = ratio(kRates, base.rate);
+    picture.pixel_aspect = ratio(kDiracAspects, base.aspect);
+    for (int i = bits.flag() ? 4 : 0; i > 0; i--) number();  // clean area
+    const uint32_t range = code(base.range);
+    if (range == 0) number();
+    picture.bits = range == 0                 ? static_cast<uint32_t>(std::bit_width(number()))
+                   : range < std::size(kBits) ? kBits[range]
+                                              : 0;
+    return !bits.is_over();
+}
+
 template <bool (*read)(Bytes, Picture &)>
 bool frame_alone(Bytes data, Bytes, Picture &picture) {
     return read(data, picture);
@@ -385,6 +511,8 @@ constexpr StreamReader kReaders[] = {
     {"JPEG XS", jpegxs_picture},
     {"PNG", png_picture},
     {"CineForm", cineform_picture},
+    {"Dirac", dirac_picture},
+    {"VC-1", vc1_picture},
     {"FFV1", ffv1_picture},
     {"HuffYUV", huffyuv_picture},
     {"MPEG-4", mpeg4_picture},

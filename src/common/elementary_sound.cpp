@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <bit>
 #include <iterator>
+#include <string_view>
 
 #include "common/elementary.h"
 #include "common/names.h"
@@ -163,11 +164,12 @@ bool aac_configuration(Bytes config, Sound &sound) {
 }
 
 bool adts_frame(Bytes frame, Sound &sound) {
-    BitReader bits(frame);
+    BitReader bits(frame.sub(0, 256));
     if (bits.get(12) != 0xFFF || frame.size() < 7) return false;
     bits.skip(1);
     if (bits.get(2) != 0) return false;
-    bits.skip(3);
+    bits.skip(2);
+    const bool has_check = !bits.flag();
     const uint32_t rate = bits.get(4);
     bits.skip(1);
     const uint32_t configuration = bits.get(3);
@@ -176,6 +178,8 @@ bool adts_frame(Bytes frame, Sound &sound) {
     sound.codec = "AAC";
     sound.rate = {kAacRates[rate], 1};
     set_aac_channels(configuration, sound);
+    bits.skip(11 + 2 + (has_check ? 16 : 0));
+    if (configuration == 0 && bits.get(3) == 5) read_program(bits, sound);  // a program config comes first
     return true;
 }
 
@@ -226,7 +230,9 @@ bool dts_frame(Bytes frame, Sound &sound) {
                                         "3.0",  "2/1",       "4.0",    "quad",   "5.0"};
     BitReader bits(frame);
     if (bits.get(32) != 0x7FFE8001) return false;
-    bits.skip(1 + 5 + 1 + 7 + 14);
+    bits.skip(1 + 5 + 1);
+    const uint32_t blocks = bits.get(7) + 1;  // of 32 samples
+    const uint32_t bytes = bits.get(14) + 1;
     const uint32_t mode = bits.get(6);
     const uint32_t rate = kRates[bits.get(4)];
     bits.skip(5 + 10);
@@ -236,7 +242,40 @@ bool dts_frame(Bytes frame, Sound &sound) {
     sound.layout = mode >= std::size(kLayouts) ? "" : mode == 9 && lfe ? "5.1" : kLayouts[mode];
     if (lfe && mode < 9) sound.layout += " + LFE";
     sound.rate = {rate, 1};
+    sound.bit_rate = int64_t{bytes} * rate / (4 * blocks);
     return true;
+}
+
+// IEC 61834-4, 8.1: in the fourth audio block of a sequence.
+bool dv_sound(Bytes frame, Sound &sound) {
+    constexpr uint32_t kRates[] = {48000, 44100, 32000};
+    const Bytes pack = frame.from((6 + 3 * 16) * 80 + 3);
+    const unsigned rate = pack[4] >> 3 & 7;
+    const bool is_16_bits = (pack[4] & 7) == 0;
+    if (pack[0] != 0x50 || rate >= std::size(kRates)) return false;
+    sound.codec = "PCM";
+    sound.rate = {kRates[rate], 1};
+    sound.bits = is_16_bits ? 16 : 12;
+    sound.channels = is_16_bits ? 2 : 4;
+    return true;
+}
+
+bool truehd_format(uint32_t format, Sound &sound) {
+    // Loudspeakers by the bits of an assignment, as WAVE has them; the last four have no place there.
+    constexpr uint32_t kSpeakers[] = {0x3, 0x4, 0x8, 0x600, 0x5000, 0xC0, 0x30, 0x100, 0x800};
+    constexpr uint32_t kPairs = 0x679;
+    const uint32_t eight = format & 0x1FFF;
+    const uint32_t places = eight != 0 ? eight : format >> 15 & 0x1F;
+    uint64_t mask = 0;
+    for (unsigned i = 0; i < std::size(kSpeakers); i++) mask |= (places >> i & 1) * kSpeakers[i];
+    sound.channels = static_cast<uint32_t>(std::popcount(places) + std::popcount(places & kPairs));
+    sound.layout = places >> std::size(kSpeakers) == 0 ? speaker_layout(mask) : "";
+    sound.rate = {int64_t{(format & 0x80000000) != 0 ? 44100 : 48000} << (format >> 28 & 7), 1};
+    return true;
+}
+
+bool truehd_frame(Bytes frame, Sound &sound) {
+    return big32(frame, 4) == 0xF8726FBA && truehd_format(big32(frame, 8), sound);
 }
 
 MpegAudioFrame mpeg_audio_frame(Bytes frame) {
@@ -276,4 +315,69 @@ void set_sound(const MpegAudioFrame &frame, Sound &sound) {
     sound.channels = frame.channels;
     sound.layout = frame.channels == 1 ? "mono" : "stereo";
     sound.rate = {frame.rate, 1};
+}
+
+bool flac_information(Bytes information, Sound &sound) {
+    constexpr const char *kLayouts[] = {"mono", "stereo", "3.0", "quad", "5.0", "5.1", "6.1", "7.1"};
+    BitReader bits(information.from(10));
+    const uint32_t rate = bits.get(20);
+    const uint32_t channels = bits.get(3);
+    if (information.size() < 34) return false;
+    sound.channels = channels + 1;
+    sound.bits = bits.get(5) + 1;
+    if (rate > 0) sound.rate = {rate, 1};
+    if (sound.layout.empty()) sound.layout = kLayouts[channels];  // RFC 9639, 9.1.3
+    return true;
+}
+
+namespace {
+
+// LATM in LOAS (ISO 14496-3, 1.7): the configuration of one program, whose fields are whole bytes behind the
+// sync word.
+bool loas_frame(Bytes b, Sound &sound) {
+    return big16(b) >> 5 == 0x2B7 && (b[3] & 0xC0) == 0 && aac_configuration(b.sub(5, 64), sound);
+}
+
+bool aac_sound(Bytes data, Bytes setup, Sound &sound) {
+    if (!setup.empty()) return aac_configuration(setup, sound);
+    return adts_frame(data, sound) || loas_frame(data, sound);
+}
+
+bool flac_sound(Bytes, Bytes setup, Sound &sound) { return flac_information(setup, sound); }
+
+bool mpeg_sound(Bytes b, Bytes, Sound &sound) {
+    const MpegAudioFrame frame = mpeg_audio_frame(b);
+    if (frame.bytes == 0 || (b.has(frame.bytes, 4) && mpeg_audio_frame(b.from(frame.bytes)).bytes == 0))
+        return false;
+    set_sound(frame, sound);
+    sound.bit_rate = frame.bit_rate;
+    return true;
+}
+
+template <bool (*read)(Bytes, Sound &)>
+bool frame_of_sound(Bytes data, Bytes, Sound &sound) {
+    return read(data, sound);
+}
+
+struct SoundReader {
+    std::string_view codec;
+    bool (*read)(Bytes data, Bytes setup, Sound &sound);
+};
+
+constexpr SoundReader kSoundReaders[] = {
+    {"MP2", mpeg_sound},
+    {"MP3", mpeg_sound},
+    {"AAC", aac_sound},
+    {"AC-3", frame_of_sound<ac3_frame>},
+    {"E-AC-3", frame_of_sound<ac3_frame>},
+    {"DTS", frame_of_sound<dts_frame>},
+    {"TrueHD", frame_of_sound<truehd_frame>},
+    {"FLAC", flac_sound},
+};
+
+}  // namespace
+
+bool stream_sound(Bytes data, Sound &sound, Bytes setup) {
+    const auto *reader = std::ranges::find(kSoundReaders, sound.codec, &SoundReader::codec);
+    return reader == std::end(kSoundReaders) || reader->read(data, setup, sound);
 }

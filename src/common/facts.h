@@ -178,6 +178,9 @@ std::string iso_date_in(std::string_view text);
 // Of seconds since 1970-01-01 UTC.
 std::string iso_date_of_unix(int64_t seconds);
 
+// "P3 D65, 0.005 to 1000 cd/m2" of a mastering display (SMPTE ST 2086), as far as each has its bytes.
+std::string mastering_text(Bytes primaries, Bytes white, Bytes most, Bytes least);
+
 // A number as "%g" with what digits it needs up to `digits`.
 std::string number_text(double number, int digits = 6);
 

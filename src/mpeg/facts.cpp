@@ -49,8 +49,30 @@ PesHeader pes_header(Bytes pes) {
     return header;
 }
 
-void Stream::add_payload(Bytes payload) {
+void Stream::add_pictures(Bytes payload, bool is_last) {
+    constexpr int kUnknown = INT_MIN;
+    for (uint64_t at = start_code(payload); at < payload.size(); at = start_code(payload, at + 4)) {
+        const int reference = big16(payload, at + 4) >> 6;  // counts from each group on
+        if (payload[at + 3] == 0xB8 && number != kUnknown) number = -1 - behind;
+        if (payload[at + 3] != 0) continue;
+        if (is_last) {
+            behind = number == kUnknown ? 0 : std::max(0, number + behind - reference);
+            number = reference;
+        } else if (number != kUnknown) {
+            behind = std::max(behind, reference - number);
+        }
+        is_last = false;
+    }
+}
+
+void Stream::add_payload(Bytes payload, bool begins) {
     constexpr size_t kEnough = 16384;
+    if (is_picture && begins && !has_header && !head.empty()) {
+        Picture picture;
+        picture.codec = codec;
+        has_header = stream_picture(Bytes(head.data(), head.size()), picture);
+        if (!has_header) head.clear();
+    }
     const auto bytes = payload.span(0, kEnough - std::min(kEnough, head.size()));
     head.append(bytes.begin(), bytes.end());
 }
@@ -59,21 +81,6 @@ namespace {
 
 using namespace std::string_view_literals;
 
-// LATM in LOAS (ISO 14496-3, 1.7): the configuration of one program, whose fields are whole bytes behind the
-// sync word.
-bool loas_frame(Bytes b, Sound &sound) {
-    return big16(b) >> 5 == 0x2B7 && (b[3] & 0xC0) == 0 && aac_configuration(b.sub(5, 64), sound);
-}
-
-bool read_mpeg_sound(Bytes b, Sound &sound) {
-    const MpegAudioFrame frame = mpeg_audio_frame(b);
-    if (frame.bytes == 0 || (b.has(frame.bytes, 4) && mpeg_audio_frame(b.from(frame.bytes)).bytes == 0))
-        return false;
-    set_sound(frame, sound);
-    sound.bit_rate = frame.bit_rate;
-    return true;
-}
-
 // Sound of DVDs: quantization, rate and channels behind the substream's header.
 void read_dvd_pcm(Bytes b, Sound &sound) {
     constexpr uint32_t kBits[] = {16, 20, 24, 0};
@@ -81,13 +88,17 @@ void read_dvd_pcm(Bytes b, Sound &sound) {
     sound.bits = kBits[b[5] >> 6];
     sound.rate = {kRates[b[5] >> 4 & 3], 1};
     sound.channels = (b[5] & 7) + 1U;
+    if (sound.channels <= 2) sound.layout = sound.channels == 1 ? "mono" : "stereo";
 }
 
 // Of Blu-ray discs: four bytes before the samples.
 void read_hdmv_pcm(Bytes b, Sound &sound) {
     constexpr uint32_t kChannels[] = {0, 1, 0, 2, 3, 3, 4, 4, 5, 6, 7, 8, 0, 0, 0, 0};
+    constexpr const char *kLayouts[] = {"",    "mono", "",    "stereo", "3.0", "2/1",
+                                        "4.0", "quad", "5.0", "5.1",    "7.0", "7.1"};
     constexpr uint32_t kBits[] = {0, 16, 20, 24};
     sound.channels = kChannels[b[2] >> 4];
+    sound.layout = name_at(kLayouts, b[2] >> 4);
     sound.rate = {(b[2] & 15) == 4 ? 96000 : (b[2] & 15) == 5 ? 192000 : 48000, 1};
     sound.bits = kBits[b[3] >> 6];
 }
@@ -117,13 +128,7 @@ void tell_stream(Stream &stream, Facts &facts) {
     sound.channels = stream.channels;
     if (stream.codec == "Opus") sound.rate = {48000, 1};
     // The first frame of sound in what there is of the stream.
-    const auto find = [&](auto read) {
-        for (uint64_t at = 0; at + 8 < head.size() && !read(head.from(at), sound);) at++;
-    };
-    if (stream.codec == "MP2") find(read_mpeg_sound);
-    if (stream.codec.ends_with("AC-3")) find(ac3_frame);
-    if (stream.codec == "AAC") find([](Bytes b, Sound &s) { return adts_frame(b, s) || loas_frame(b, s); });
-    if (stream.codec == "DTS") find(dts_frame);
+    for (uint64_t at = 0; at + 8 < head.size() && !stream_sound(head.from(at), sound);) at++;
     if (stream.codec == "PCM" && stream.kind == Stream::dvd) read_dvd_pcm(head, sound);
     if (stream.codec == "PCM" && stream.kind == Stream::hdmv) read_hdmv_pcm(head, sound);
     if (stream.codec == "PCM" && stream.kind == Stream::aes3) read_302(head, sound);
@@ -143,7 +148,7 @@ void tell_duration(const std::vector<Stream *> &streams, Facts &facts) {
     if (!best) return;
     const int64_t ticks = best->last - best->first;
     facts.duration = Ratio{ticks, 90000}.reduced();
-    const double frames = static_cast<double>(ticks) / 90000 * best->rate.value() + 1;
+    const double frames = static_cast<double>(ticks) / 90000 * best->rate.value() + 1 + best->behind;
     if (!best->rate.is_set() || std::abs(frames - std::round(frames)) >= 0.02) return;
     facts.lasts(std::llround(frames), best->rate);
     if (!facts.pictures.empty()) facts.pictures[0].frames = std::llround(frames);
@@ -198,8 +203,11 @@ void add_packet(Bytes pes, uint8_t id, Program &program) {
         if (!program.with_new) return;
         place = program.streams.emplace(key, found).first;
     }
-    place->second.add_time(header.time);
-    if (program.with_new) place->second.add_payload(payload);
+    Stream &stream = place->second;
+    const int64_t last = stream.last;
+    stream.add_time(header.time);
+    if (stream.codec == "MPEG-2") stream.add_pictures(payload, stream.last > last);
+    if (program.with_new) stream.add_payload(payload, header.time >= 0);
 }
 
 // Goes from packet to packet; where it comes to, the end of the bytes or what is no packet.
@@ -239,6 +247,7 @@ void read_program(Input &input, Facts &facts) {
     Bytes tail = head;
     uint64_t tail_start = 0;
     if (size > kHead) {
+        for (auto &[id, stream] : program.streams) stream.number = INT_MIN;
         tail_start = size - kTail;
         tail = input.present(tail_start, kTail);
         at = 0;

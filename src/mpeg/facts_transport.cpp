@@ -37,11 +37,17 @@ constexpr Type kTypes[] = {
 };
 
 constexpr CodeName kDescriptors[] = {{0x6A, "AC-3"}, {0x7A, "E-AC-3"}, {0x7B, "DTS"}, {0x7C, "AAC"}};
-constexpr Type kRegistered[] = {{fourcc("AC-3"), "AC-3"},       {fourcc("EAC3"), "E-AC-3"},
-                                {fourcc("Opus"), "Opus"},       {fourcc("DTS1"), "DTS"},
-                                {fourcc("DTS2"), "DTS"},        {fourcc("DTS3"), "DTS"},
-                                {fourcc("HEVC"), "HEVC", true}, {fourcc("AV01"), "AV1", true},
-                                {fourcc("VC-1"), "VC-1", true}, {fourcc("BSSD"), "PCM", false, Stream::aes3}};
+constexpr Type kRegistered[] = {{fourcc("AC-3"), "AC-3"},
+                                {fourcc("EAC3"), "E-AC-3"},
+                                {fourcc("Opus"), "Opus"},
+                                {fourcc("DTS1"), "DTS"},
+                                {fourcc("DTS2"), "DTS"},
+                                {fourcc("DTS3"), "DTS"},
+                                {fourcc("HEVC"), "HEVC", true},
+                                {fourcc("AV01"), "AV1", true},
+                                {fourcc("VC-1"), "VC-1", true},
+                                {fourcc("drac"), "Dirac", true},
+                                {fourcc("BSSD"), "PCM", false, Stream::aes3}};
 
 void set_type(const Type &type, Stream &stream) {
     stream.codec = type.codec;
@@ -98,8 +104,10 @@ void read_program_map(Bytes section, Transport &transport) {
         if (const Type *known = row_of(kTypes, type, &Type::type)) set_type(*known, stream);
         describe(section.sub(at + 5, length), type, stream);
         at += 5 + length;
-        const bool is_private = type == 6 || type >= 0x80;
-        if ((stream.codec.empty() && !is_private) || !transport.streams.emplace(id, stream).second) continue;
+        stream.is_private = type >= 0x80;
+        if ((stream.codec.empty() && !stream.is_private && type != 6) ||
+            !transport.streams.emplace(id, stream).second)
+            continue;
         transport.order.push_back(id);
     }
 }
@@ -125,9 +133,9 @@ void add_section(uint32_t id, Bytes payload, bool begins, Transport &transport) 
 void identify(Bytes pes, Bytes data, Stream &stream) {
     if (pes[3] >> 5 == 6 && big16(data) >> 5 == 0x2B7) stream.codec = "AAC";  // LATM
     if (pes[3] >> 5 == 6 && big16(data) >> 5 == 0x7FF) stream.codec = (data[1] & 6) == 0 ? "AAC" : "MP2";
-    if (pes[3] >> 4 != 0xE) return;
-    stream.is_picture = true;
-    stream.codec = video_codec(data);
+    const bool is_dirac = bytes_are(data, 0, "BBCD");
+    stream.is_picture = is_dirac || pes[3] >> 4 == 0xE;
+    if (stream.is_picture) stream.codec = is_dirac ? "Dirac" : video_codec(data);
 }
 
 void add_packet(Bytes packet, Transport &transport) {
@@ -147,8 +155,8 @@ void add_packet(Bytes packet, Transport &transport) {
     const PesHeader header = is_first ? pes_header(payload) : PesHeader{};
     if (is_first && stream.codec.empty()) identify(payload, payload.from(header.payload), stream);
     stream.add_time(header.time);
-    if (transport.with_new && (is_first || !stream.head.empty()))
-        stream.add_payload(payload.from(header.payload));
+    if ((transport.with_new || stream.is_late) && (is_first || !stream.head.empty()))
+        stream.add_payload(payload.from(header.payload), is_first);
 }
 
 void walk_packets(Bytes bytes, uint64_t at, Transport &transport) {
@@ -200,9 +208,13 @@ void transport_facts(Input &input, Facts &facts) {
     if (transport.packet != 188) facts.variant = std::to_string(transport.packet) + "-byte packets";
     // Maps may come behind the first packets of what they name.
     walk_packets(head.sub(0, kStreamHead / 2), 0, transport);
-    for (auto &[id, stream] : transport.streams) stream.head.clear();
+    for (auto &[id, stream] : transport.streams) {
+        stream.head.clear();
+        stream.has_header = false;
+    }
     walk_packets(head, 0, transport);
     transport.with_new = false;
+    for (auto &[id, stream] : transport.streams) stream.is_late = stream.head.empty();
     const uint64_t packets = size / transport.packet;
     const uint64_t in_tail = std::min(packets, kStreamTail / transport.packet);
     const uint64_t start = (packets - in_tail) * transport.packet;
@@ -211,7 +223,8 @@ void transport_facts(Input &input, Facts &facts) {
     std::vector<Stream *> streams;
     for (const uint32_t id : transport.order) {
         Stream &stream = transport.streams[id];
-        if (stream.codec.empty() || (stream.head.empty() && transport.programs.size() > 1)) continue;
+        const bool is_unsure = stream.is_private || transport.programs.size() > 1;
+        if (stream.codec.empty() || (stream.head.empty() && is_unsure)) continue;
         tell_stream(stream, facts);
         streams.push_back(&stream);
     }

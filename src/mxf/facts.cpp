@@ -361,7 +361,8 @@ void complete(Picture &picture, const Picture &stream) {
     if (picture.width == 0 || (stream.width < picture.width && picture.width - stream.width < 16))
         picture.width = stream.width > 0 ? stream.width : picture.width;
     if (picture.bits == 0) picture.bits = stream.bits;
-    if (picture.components.empty()) picture.components = stream.components;
+    // Subsampling has no number for what is grey.
+    if (picture.components.empty() || stream.components == "Y") picture.components = stream.components;
     const bool is_open = picture.scan == Scan::unknown || picture.scan == Scan::interlaced;
     if (is_open && stream.scan != Scan::unknown) picture.scan = stream.scan;
     if (!picture.pixel_aspect.is_set()) picture.pixel_aspect = stream.pixel_aspect;

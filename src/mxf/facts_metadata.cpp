@@ -1,6 +1,7 @@
 #include "mxf/facts_metadata.h"
 
 #include <algorithm>
+#include <array>
 
 #include "common/utf16.h"
 #include "mxf/klv.h"
@@ -140,4 +141,28 @@ std::vector<const MetadataSet *> Metadata::referred_by(Bytes references) const {
 
 std::vector<const MetadataSet *> Metadata::sub_descriptors(const MetadataSet &descriptor) const {
     return referred_by(item(descriptor, "\6\1\1\4\6\x10\0\0"sv));
+}
+
+namespace {
+
+// Primaries, white, greatest and least luminance: of a picture's descriptor, and of its ACES sub-descriptor.
+using Items = std::array<std::string_view, 4>;
+constexpr Items kPictureItems{"\4\x20\4\1\1\1\0\0"sv, "\4\x20\4\1\1\2\0\0"sv, "\4\x20\4\1\1\3\0\0"sv,
+                              "\4\x20\4\1\1\4\0\0"sv};
+constexpr Items kAcesItems{"\4\1\6\xA\2\0\0\0"sv, "\4\1\6\xA\3\0\0\0"sv, "\4\1\6\xA\4\0\0\0"sv,
+                           "\4\1\6\xA\5\0\0\0"sv};
+
+std::string text_of(const Metadata &metadata, const MetadataSet &set, const Items &items) {
+    return mastering_text(metadata.item(set, items[0]), metadata.item(set, items[1]),
+                          metadata.item(set, items[2]), metadata.item(set, items[3]));
+}
+
+}  // namespace
+
+std::string mastering_display(const Metadata &metadata, const MetadataSet &descriptor) {
+    std::string text = text_of(metadata, descriptor, kPictureItems);
+    for (const MetadataSet *sub : metadata.sub_descriptors(descriptor)) {
+        if (text.empty() && sub->kind == SetKind::aces) text = text_of(metadata, *sub, kAcesItems);
+    }
+    return text;
 }

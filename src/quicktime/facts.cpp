@@ -513,14 +513,16 @@ void set_bit_rate(const Track &track, uint64_t bytes, uint64_t ticks, Facts &fac
     const int64_t rate = bit_rate_of(bytes, {static_cast<int64_t>(ticks), track.timescale});
     if (rate < 0 || (track.raw && track.sound >= 0)) return;
     if (track.picture >= 0) facts.pictures[static_cast<size_t>(track.picture)].bit_rate = rate;
-    if (track.sound >= 0) facts.sounds[static_cast<size_t>(track.sound)].bit_rate = rate;
+    if (track.sound < 0) return;
+    Sound &sound = facts.sounds[static_cast<size_t>(track.sound)];
+    if (sound.codec != "AC-3" || sound.bit_rate < 0) sound.bit_rate = rate;  // its own is constant
 }
 
 bool is_unwritten(Input &input, const Track &track, uint64_t end, uint64_t size) {
     constexpr uint64_t kMost = 65536;
     const bool is_media = track.picture >= 0 || track.sound >= 0;
     if (track.raw || !is_media || end < size || end > input.size()) return false;
-    // MPEG video may be filled up with zeros.
+    // Samples may be filled up with zeros.
     const Bytes head = track.stuffed ? input.present(end - size, 16) : Bytes{};
     if ((big64(head) | big64(head, 8)) != 0) return false;
     return ends_in_zeros(input, end - size, end, 16, track.dense ? 4096 : kMost);

@@ -181,8 +181,8 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
 
     Bytes setup;
     each_box(boxes, [&](const Box &box) {
-        if (box.type == fourcc("avcC") || box.type == fourcc("hvcC") || box.type == fourcc("glbl"))
-            setup = box.data;
+        constexpr uint32_t kSetups[] = {fourcc("avcC"), fourcc("hvcC"), fourcc("glbl"), fourcc("dvc1")};
+        if (std::ranges::find(kSetups, box.type) != std::end(kSetups)) setup = box.data;
         if (box.type == fourcc("av1C")) read_av1(box.data, picture);
         if (box.type == fourcc("vpcC")) read_vpx(box.data, picture);
         if (box.type == fourcc("esds")) setup = read_mpeg4(box.data, picture, kind);
@@ -201,13 +201,17 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
             if (aspect.is_set()) picture.pixel_aspect = aspect.reduced();
         }
         if (box.type == fourcc("clap")) read_clean_aperture(data, track, picture, facts);
+        if (box.type == fourcc("mdcv") && data.size() >= 24)
+            facts.add_more("mastering display", mastering_text(data.sub(0, 12), data.sub(12, 4),
+                                                               data.sub(16, 4), data.sub(20, 4)));
         if (box.type == fourcc("clli"))
             facts.add_more("content light",
                            std::to_string(big16(data, 0)) + "/" + std::to_string(big16(data, 2)));
         if (box.type == fourcc("dvcC") || box.type == fourcc("dvvC"))
             facts.add_more("Dolby Vision", "profile " + std::to_string(data[2] >> 1));
     });
-    track.stuffed = kind == CodecKind::mpeg2;
+    // AVC-Intra, whatever its name, fills its samples up to one size, MPEG video to a constant bit rate.
+    track.stuffed = kind == CodecKind::mpeg2 || SampleTable(track.table).constant_size > 0;
     track.raw = kind == CodecKind::raw;
     track.dense = kind == CodecKind::avc || kind == CodecKind::hevc || kind == CodecKind::av1 ||
                   kind == CodecKind::dense || kind == CodecKind::vpx || kind == CodecKind::prores;
@@ -215,17 +219,22 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
 
 namespace {
 
-// Layouts of Core Audio by their tag's upper half.
-constexpr CodeName kLayouts[] = {
-    {100, "mono"},     {101, "stereo"}, {102, "stereo"}, {103, "matrix stereo"}, {104, "mid/side"},
-    {106, "binaural"}, {108, "quad"},   {109, "5.0"},    {110, "6.0"},           {111, "8.0"},
-    {113, "3.0"},      {114, "3.0"},    {115, "4.0"},    {116, "4.0"},           {117, "5.0"},
-    {118, "5.0"},      {119, "5.0"},    {120, "5.0"},    {121, "5.1"},           {122, "5.1"},
-    {123, "5.1"},      {124, "5.1"},    {125, "6.1"},    {126, "7.1 (wide)"},    {127, "7.1 (wide)"},
-    {128, "7.1"},      {133, "2.1"},    {138, "6.0"},    {139, "6.1"},           {141, "7.0"},
-    {142, "5.1"},      {143, "5.1"},    {144, "5.1"},    {145, "6.1"},           {150, "7.0"},
-    {184, "7.1"},
-};
+// Layouts of Core Audio (CoreAudioBaseTypes.h) by their tag's upper half, from 100 on.
+constexpr const char *kLayouts[] = {
+    "mono",  "stereo", "stereo", "matrix stereo", "mid/side", "",           "binaural",
+    "",      "quad",   "5.0",    "6.0",           "8.0",      "",           "3.0",
+    "3.0",   "4.0",    "4.0",    "5.0",           "5.0",      "5.0",        "5.0",
+    "5.1",   "5.1",    "5.1",    "5.1",           "6.1",      "7.1 (wide)", "7.1 (wide)",
+    "7.1",   "",       "",       "2/1",           "quad",     "2.1",        "2/1.1",
+    "4.1",   "3.1",    "4.1",    "4.1",           "6.0",      "7.0",        "6.0",
+    "6.1",   "7.0",    "8.0",    "10.2",          "",         "",           "7.0",
+    "1.1",   "3.0",    "4.0",    "3.1",           "2/1.1",    "4.1",        "6.0",
+    "7.0",   "6.1",    "6.1",    "6.1",           "7.1",      "7.1",        "7.1",
+    "7.1",   "7.1",    "7.1",    "7.1",           "7.1",      "3.1",        "4.1",
+    "6.0",   "6.0",    "6.0",    "6.1",           "6.1",      "6.1",        "7.0",
+    "7.1",   "8.0",    "8.0",    "8.1",           "8.1",      "6.1",        "7.1",
+    "5.1.2", "quad",   "5.0",    "5.1",           "6.1",      "7.1",        "",
+    "",      "7.1.4",  "9.1.6",  "5.1.2",         "5.1.4",    "7.1.2"};
 
 std::string described_layout(Bytes chan) {
     constexpr CodeName kLabels[] = {
@@ -248,7 +257,7 @@ std::string core_audio_layout(Bytes chan) {
     const uint32_t tag = big32(chan, 4);
     if (tag == 0) return described_layout(chan);
     if (tag == 0x10000) return speaker_layout(big32(chan, 8));
-    return name_of(kLayouts, tag >> 16);
+    return name_at(kLayouts, (tag >> 16) - 100);
 }
 
 void read_sound_esds(Bytes esds, Sound &sound) {
@@ -300,6 +309,7 @@ void read_sound_boxes(Bytes boxes, Sound &sound, int depth) {
                 break;
             case fourcc("dac3"): read_ac3_box(data, sound); break;
             case fourcc("dec3"): read_eac3_box(data, sound); break;
+            case fourcc("dmlp"): truehd_format(big32(data), sound); break;
             case fourcc("dOps"):
                 sound.channels = data[1];
                 sound.rate = {48000, 1};
@@ -312,20 +322,13 @@ void read_sound_boxes(Bytes boxes, Sound &sound, int depth) {
                 if (big32(data, 24) > 0) sound.rate = {big32(data, 24), 1};
                 if (big32(data, 20) > 0) sound.bit_rate = big32(data, 20);
                 break;
-            case fourcc("dfLa"): {
-                BitReader bits(data.from(8 + 10));
-                const uint32_t rate = bits.get(20);
-                sound.channels = bits.get(3) + 1;
-                sound.bits = bits.get(5) + 1;
-                if (rate > 0) sound.rate = {rate, 1};
-                break;
-            }
+            case fourcc("dfLa"): flac_information(data.from(8), sound); break;
             case fourcc("pcmC"): sound.bits = data[5]; break;
             case fourcc("srat"):
                 if (big32(data, 4) > 0) sound.rate = {big32(data, 4), 1};
                 break;
             case fourcc("btrt"):
-                if (big32(data, 8) > 0) sound.bit_rate = big32(data, 8);
+                if (big32(data, 8) > 0 && sound.codec != "AC-3") sound.bit_rate = big32(data, 8);
                 break;
             default: break;
         }
@@ -362,10 +365,8 @@ void read_sound_entry(Input &input, Track &track, Sound &sound) {
     sound.language = track.language;
     sound.channels = big16(entry, 16);
     sound.bits = codec.bits != 0 ? codec.bits : big16(entry, 18);
-    const bool is_whole = track.codec == fourcc("mlpa");  // its rate, which has no fraction
     const uint32_t fixed_rate = big32(entry, 24);
-    if (is_whole && fixed_rate > 0) sound.rate = {fixed_rate, 1};
-    if (!is_whole && fixed_rate > 0) sound.rate = Ratio{fixed_rate, 65536}.reduced();
+    if (fixed_rate > 0) sound.rate = Ratio{fixed_rate, 65536}.reduced();
     if (sound.rate.is_set() && sound.rate.d != 1) sound.rate = Ratio{std::llround(sound.rate.value()), 1};
     if (version == 2) {
         read_version_2(entry, track, sound);
@@ -376,11 +377,8 @@ void read_sound_entry(Input &input, Track &track, Sound &sound) {
             sound.bits = static_cast<uint32_t>(track.packet.n / sound.channels * 8);
     }
     read_sound_boxes(boxes, sound, 0);
-    if (sound.codec == "DTS") dts_frame(first_sample(input, track), sound);
-    if (sound.codec == "MP3" || sound.codec == "MP2") {
-        const MpegAudioFrame frame = mpeg_audio_frame(first_sample(input, track));
-        if (frame.bytes > 0) set_sound(frame, sound);
-    }
+    if (sound.codec == "DTS" || sound.codec == "MP3" || sound.codec == "MP2")
+        stream_sound(first_sample(input, track), sound);
     // Rates from 65,536 Hz on have no room; the media's time scale is theirs.
     if ((!sound.rate.is_set() || fixed_rate == 0) && version != 2 && track.timescale >= 8000 &&
         sound.codec.starts_with("PCM"))

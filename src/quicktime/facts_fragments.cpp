@@ -9,8 +9,10 @@
 
 namespace {
 
+constexpr char kStreamTime[] = "\x6D\x1D\x9B\x05\x42\xD5\x44\xE6\x80\xE2\x14\x1D\xAF\xF7\x57\xB2";
 constexpr int kMostFragments = 20000;
-constexpr uint64_t kFewFragments = 24;    // that are walked through although there is an index
+constexpr uint64_t kFewFragments = 40;    // that are walked through although there is an index
+constexpr int kLastFragments = 24;        // from the last place of it on
 constexpr uint64_t kMostPlaces = 36;      // before places between the first and the last are left out
 constexpr uint64_t kSmallFile = 2 << 20;  // that is read and walked all
 constexpr int kNearFragments = 8;         // from each place of it on
@@ -21,22 +23,28 @@ struct Run {
     uint32_t default_duration = 0;
     uint32_t default_size = 0;
     bool has_start = false;
-    uint64_t start = 0;  // decode time of the first sample, in the track's time scale
-    uint64_t end = 0;    // behind the last one
+    bool is_timed = true;  // by its fragments
+    uint64_t start = 0;    // decode time of the first sample, in the track's time scale
+    uint64_t end = 0;      // behind the last one
     uint64_t samples = 0;
-    uint64_t least = UINT64_MAX;  // duration of a sample, the last one of all left out
+    uint64_t least = UINT64_MAX;  // duration of a sample, the first and the last one of all left out
     uint64_t most = 0;
+    uint64_t in_header = 0;  // ticks of the samples of the movie's header, before the first one
+    uint64_t first_duration = 0;
     uint64_t last_duration = 0;
+    uint64_t ticks = 0;  // of all that were walked through
     uint64_t data_end = 0;
     uint64_t last_size = 0;
     std::optional<uint64_t> bytes = 0;  // of all samples
 
     void add(uint64_t duration) {
-        if (samples > 0) {
+        if (samples == 0) first_duration = duration;
+        if (samples > 1) {
             least = std::min(least, last_duration);
             most = std::max(most, last_duration);
         }
         last_duration = duration;
+        ticks += duration;
         end += duration;
         samples++;
     }
@@ -47,10 +55,11 @@ struct Fragments {
     std::map<uint32_t, Run> runs = {};  // by the track's id
     uint64_t last = 0;                  // where the last box ends
     bool is_cut = false;
-    bool has_index = false;
     bool is_ended = true;    // the walk came to the end of the file
     bool is_closed = false;  // by a random access index, which nothing follows but what is no part of it
     int count = 0;
+    uint64_t headers = 0;  // of all places
+    uint64_t header_bytes = 0;
     uint64_t ahead = 4096;  // bytes that hold a header and all of its fragment's, most likely
     uint64_t read_to = 0;
 };
@@ -101,8 +110,12 @@ void add_fragment(Fragments &fragments, const Box &moof) {
         const uint32_t duration = static_cast<uint32_t>(field(8, 4, run.default_duration));
         const uint32_t size = static_cast<uint32_t>(field(16, 4, run.default_size));
         next = base;
-        const Bytes tfdt = find_box(traf.data, "tfdt");
-        if (!tfdt.empty()) run.end = tfdt[0] == 1 ? big64(tfdt, 4) : big32(tfdt, 4);
+        Bytes time = find_box(traf.data, "tfdt");
+        each_box(traf.data, [&](const Box &box) {  // of Smooth Streaming
+            if (box.type == fourcc("uuid") && bytes_are(box.data, 0, kStreamTime)) time = box.data.from(16);
+        });
+        if (!time.empty()) run.end = time[0] == 1 ? big64(time, 4) : big32(time, 4);
+        run.is_timed = run.is_timed && !time.empty();
         if (!run.has_start) run.start = run.end;
         run.has_start = true;
         each_box(traf.data, [&](const Box &trun) {
@@ -110,6 +123,8 @@ void add_fragment(Fragments &fragments, const Box &moof) {
         });
     });
     fragments.count++;
+    fragments.headers++;
+    fragments.header_bytes += moof.size;
 }
 
 // Whether a random access index (mfra) is there to its last box, which has its size.
@@ -220,11 +235,11 @@ Index random_access_index(Input &input) {
 
 void tell_track(const Run &run, bool all_walked, Facts &facts) {
     Track &track = *run.track;
-    const uint64_t ticks = run.end - std::min(run.start, run.end);
-    if (track.timescale <= 0 || ticks == 0 || ticks > INT64_MAX) return;
+    const uint64_t ticks = run.end - run.start;  // the start may be before 0
+    if (track.timescale <= 0 || ticks == 0 || ticks > INT64_MAX || (!all_walked && !run.is_timed)) return;
     if (track.duration < static_cast<int64_t>(ticks)) track.duration = static_cast<int64_t>(ticks);
     track.played = Ratio{track.duration, track.timescale}.reduced();
-    if (all_walked && run.bytes) set_bit_rate(track, *run.bytes, ticks, facts);
+    if (run.bytes) set_bit_rate(track, *run.bytes, ticks, facts);
     if (track.sound >= 0) {
         Sound &sound = facts.sounds[static_cast<size_t>(track.sound)];
         const double samples = track.played.value() * sound.rate.value();
@@ -232,18 +247,45 @@ void tell_track(const Run &run, bool all_walked, Facts &facts) {
     }
     if (track.picture < 0) return;
     Picture &picture = facts.pictures[static_cast<size_t>(track.picture)];
-    const bool is_constant = run.samples > (all_walked ? 1 : 2) && run.least == run.most && run.most > 0;
+    constexpr int64_t kMostSamples = 1 << 30;  // in the header and behind it: their sum and a time scale fit
+    if (run.samples == 0 || run.samples > kMostSamples || picture.frames > kMostSamples) return;
+    const auto samples = static_cast<int64_t>(run.samples);
+    const bool is_constant = run.samples > 2 && run.least == run.most && run.most > 0;
     if (is_constant) picture.rate = rate_of(track.timescale, static_cast<int64_t>(run.most));
     if (all_walked) {
-        picture.frames = static_cast<int64_t>(run.samples) + std::max<int64_t>(picture.frames, 0);
-        if (run.samples > 1) picture.constant_rate = is_constant;
-        if (!is_constant && run.samples <= UINT32_MAX)
-            picture.rate =
-                rate_of(static_cast<int64_t>(run.samples) * track.timescale, static_cast<int64_t>(ticks));
-    } else {
-        const bool is_even = is_constant && ticks % run.most == 0;
-        picture.frames = is_even ? static_cast<int64_t>(ticks / run.most) : -1;
+        picture.frames = samples + std::max<int64_t>(picture.frames, 0);
+        const bool is_all = is_constant && run.first_duration == run.most;
+        if (run.samples > 2) picture.constant_rate = is_all;
+        if (!is_all) picture.rate = rate_of(picture.frames * track.timescale, static_cast<int64_t>(ticks));
+        return;
     }
+    // Between the places walked through all are like these. Durations that differ by a tick are a rate that
+    // the time scale cannot express.
+    const int64_t first = std::max<int64_t>(picture.frames, 0) + 1;
+    const uint64_t rest = ticks - std::min(ticks, run.in_header + run.first_duration);
+    picture.frames = -1;
+    if (is_constant && rest % run.most == 0) picture.frames = first + static_cast<int64_t>(rest / run.most);
+    if (run.samples <= 2 || run.most - run.least != 1) return;
+    const Ratio mean = rate_of(Ratio{samples * track.timescale, static_cast<int64_t>(run.ticks)}.value());
+    if (mean.d != 1 && mean.d != 1001) return;
+    picture.rate = mean;
+    picture.frames =
+        first + std::llround(Ratio{static_cast<int64_t>(rest), track.timescale}.value() * mean.value());
+}
+
+// What a movie says of its tracks' bit rates is left out where that does not make up the file.
+void doubt_bit_rates(uint64_t size, const std::vector<Track> &tracks, Facts &facts) {
+    std::vector<int64_t *> rates;
+    for (Picture &picture : facts.pictures) rates.push_back(&picture.bit_rate);
+    for (Sound &sound : facts.sounds) rates.push_back(&sound.bit_rate);
+    double longest = 0;
+    for (const Track &track : tracks) longest = std::max(longest, track.played.value());
+    double told = 0;
+    for (const int64_t *rate : rates) told += static_cast<double>(std::max<int64_t>(*rate, 0));
+    const bool is_all = std::ranges::none_of(rates, [](const int64_t *rate) { return *rate < 0; });
+    const double part = told * longest / (8 * static_cast<double>(size));
+    if (part <= 1 && (part >= 0.95 || !is_all)) return;
+    for (int64_t *const rate : rates) *rate = -1;
 }
 
 void judge(Fragments &fragments, bool has_end_index, Facts &facts) {
@@ -275,7 +317,7 @@ void read_fragments(Input &input, uint64_t from, Bytes extends, std::vector<Trac
         const SampleTable table(track.table);
         run.has_start = table.samples > 0;
         if (!run.has_start) continue;
-        run.end = static_cast<uint64_t>(track.duration);
+        run.in_header = run.end = static_cast<uint64_t>(track.duration);
         run.bytes = table.bytes();
     }
     each_box(extends, [&](const Box &box) {
@@ -295,8 +337,20 @@ void read_fragments(Input &input, uint64_t from, Bytes extends, std::vector<Trac
         const bool is_last = std::next(place) == index.places.end();
         if (*place < fragments.last || (!is_last && input.reads() > kMostPlaces)) continue;
         fragments.count = 0;
-        walk(fragments, *place, static_cast<int>(is_last ? kFewFragments : kNearFragments));
+        walk(fragments, *place, is_last ? kLastFragments : kNearFragments);
     }
-    for (const auto &[id, run] : fragments.runs) tell_track(run, !by_index && fragments.is_ended, facts);
+    const bool all_walked = !by_index && fragments.is_ended;
+    for (auto &[id, run] : fragments.runs) {
+        if (all_walked) break;
+        run.bytes.reset();
+        // A track alone has all but the fragments' headers, of which the others are like those seen.
+        const std::optional<uint64_t> in_header = SampleTable(run.track->table).bytes();
+        const uint64_t between = fragments.headers == 0 ? 0 : fragments.header_bytes / fragments.headers + 8;
+        const uint64_t all = run.data_end - std::min(run.data_end, run.track->in_fragment);
+        if (by_index && tracks.size() == 1 && in_header && all / index.entries > between)
+            run.bytes = *in_header + all - (index.entries - 1) * between;
+    }
+    for (const auto &[id, run] : fragments.runs) tell_track(run, all_walked, facts);
+    if (!all_walked) doubt_bit_rates(input.size(), tracks, facts);
     judge(fragments, index.entries != 0, facts);
 }

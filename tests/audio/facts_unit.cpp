@@ -47,6 +47,25 @@ TEST(WaveFacts, Formats) {
               "WAVE BW64 | 2ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s | whole");
 }
 
+// Codecs by an identifier, bits by what is behind the format, a bit rate by the data.
+TEST(WaveFacts, CodedSound) {
+    const std::string fact = chunk("fact", little().u32(4800).str());
+    const auto told = [&](const std::string &fields) {
+        return facts_of(wave(fields + fact + chunk("data", std::string(4800, 'x'))));
+    };
+    const std::string plus = hex("AF87FBA7022D42FBA4D405CD93843BDD");
+    EXPECT_EQ(told(format(0xFFFE, 2, 16, little().u16(22).u16(0).u32(3).raw(plus).str())),
+              "WAVE | 2ch 48000 Hz E-AC-3 stereo 4800 samples | 1/10 s | whole");
+    const std::string info = little().zeros(10).hex("0BB80370").zeros(20).str();
+    EXPECT_EQ(told(format(0xF1AC, 2, 16, little().u16(34).raw(info).str())),
+              "WAVE | 2ch 48000 Hz 24 bits FLAC stereo 4800 samples | 1/10 s | whole");
+    const std::string flac = hex("ACF1000000001000800000AA00389B71");
+    EXPECT_EQ(told(format(0xFFFE, 2, 16, little().u16(56).u16(0).u32(3).raw(flac).raw(info).str())),
+              "WAVE | 2ch 48000 Hz 24 bits FLAC stereo 4800 samples | 1/10 s | whole");
+    EXPECT_EQ(bit_rates_of(wave(format(0x55, 2, 0, "", 0) + fact + chunk("data", std::string(4800, 'x')))),
+              "384000");
+}
+
 TEST(WaveFacts, Extent) {
     const std::string pcm = format(1, 2, 16);
     const auto state = [](const std::string &content) {
@@ -141,6 +160,42 @@ TEST(SoundFacts, BitRates) {
     EXPECT_EQ(bit_rates_of(frames), "160000");
     const std::string slow = hex("FFE33864") + std::string(212, 'x');  // 24 kbit/s at 8 kHz
     EXPECT_TRUE(facts_of(slow + slow).starts_with("MP3 | 2ch 8000 Hz MP3 stereo 1152 samples"));
+}
+
+// DV that holds its sound; coded sound behind a first frame that is large.
+TEST(SoundFacts, Avi) {
+    const auto avi = [](const std::string &streams, const std::string &chunks) {
+        const std::string headers = chunk("LIST", "hdrl" + streams) + chunk("LIST", "movi" + chunks);
+        return little().text("RIFF").u32(4 + headers.size()).text("AVI ").raw(headers).str();
+    };
+    const auto stream = [](const std::string &kind, const std::string &format) {
+        const std::string header = little().text(kind).zeros(12).u32(1).u32(25).u32(0).u32(1).zeros(20).str();
+        return chunk("LIST", "strl" + chunk("strh", header) + format);
+    };
+    const std::string dv = big().hex("1F0700BF78").at(4323).hex("50000000C0").zeros(2000).str();
+    EXPECT_EQ(facts_of(avi(stream("iavsdvsd", chunk("strf", std::string(32, '\0'))), chunk("00__", dv))),
+              "AVI | 720x576 DV 4:2:0 8 bits 25 fps 1 frames | 2ch 48000 Hz 16 bits PCM | 1/25 s");
+    const std::string picture = little().u32(40).u32(64).u32(48).u32(0x180001).text("XVID").zeros(20).str();
+    const std::string ac3 = hex("0B77 0000 14403F00") + std::string(1000, 'x');
+    EXPECT_EQ(
+        facts_of(avi(stream("vidsXVID", chunk("strf", picture)) +
+                         stream("auds    ", "strf" + format(0x2000, 2, 16).substr(4)),
+                     chunk("00dc", std::string(20000, 'x')) + chunk("01wb", ac3))),
+        "AVI | 64x48 MPEG-4 4:2:0 8 bits 25 fps 1 frames | 2ch 48000 Hz AC-3 1.1 1920 samples | 1/25 s");
+}
+
+// A file that is too large to be walked through ends with frames of MP3 or AAC all the same.
+TEST(SoundFacts, LargeStreams) {
+    for (const std::string &frame :
+         {hex("FFFB1464") + std::string(92, 'x'), hex("FFF14C800C1FFC") + std::string(89, 'x')}) {
+        std::string frames;
+        while (frames.size() < 3200000) frames += frame;
+        EXPECT_EQ(extent_of(frames, "a.mp3"), "unknown");
+        EXPECT_EQ(extent_of(frames.substr(0, frames.size() - 1), "a.mp3"), "cut the last frame");
+        for (const size_t zeros : {5000, 100000})
+            EXPECT_EQ(extent_of(frames.replace(frames.size() - zeros, zeros, zeros, '\0'), "a.mp3"),
+                      "cut the last frames (zeros)");
+    }
 }
 
 // What was written to a pipe has no sizes; an index that the header tells of is missed; frames end in zeros.

@@ -59,13 +59,73 @@ TEST(Elementary, Pictures) {
     SHOW(told("uncompressed", parameters));
 }
 
+// Pictures whose sequence may have fields: frames of one time, or of two; fields.
+TEST(Elementary, FieldsOfH264) {
+    const auto scan = [](const char *pictures, const char *slice) {
+        const std::string sets = "00000001 674d401eda02d0916022000003000200000300641e2c5d40 00000001 ";
+        const std::string text = told("H.264", bytes(sets + pictures + "000001" + slice));
+        return text.substr(text.find("bits ") + 5, 3);
+    };
+    EXPECT_EQ(scan("68ce0fc8", "6588821d0630"), "p 2");
+    EXPECT_EQ(scan("68de0fc8", "6588821d0630"), "i 2");
+    EXPECT_EQ(scan("68ce0fc8", "6588841d0630"), "tff");
+    EXPECT_EQ(scan("68ce0fc8", "6588861d0630"), "bff");
+}
+
 TEST(Elementary, Dts) {
     const std::string dts = bytes("7ffe8001fc3c75b276c005380009ef7b");
     Sound sound;
     EXPECT_TRUE(dts_frame(Bytes(dts.data(), dts.size()), sound));
     EXPECT_EQ(sound.channels, 6U);
     EXPECT_EQ(sound.layout, "5.1");
+    EXPECT_EQ(sound.bit_rate, 1413000);
     EXPECT_FALSE(dts_frame(Bytes(dts.data(), 6), sound));
+}
+
+TEST(Elementary, TrueHd) {
+    const std::string unit = bytes("80ddffd8f8726fba0097c00fb7520000");
+    Sound sound;
+    EXPECT_TRUE(truehd_frame(Bytes(unit.data(), unit.size()), sound));
+    EXPECT_EQ(sound.channels, 6U);
+    EXPECT_EQ(sound.layout, "5.1");
+    EXPECT_EQ(sound.rate, (Ratio{48000, 1}));
+    EXPECT_FALSE(truehd_frame(Bytes(unit.data(), 6), sound));
+}
+
+// Base formats with other sizes and rates, and as they are.
+TEST(Elementary, Dirac) {
+    const auto stream = [](const char *header) {
+        return told("Dirac", bytes("00 424243440000000019 00000000") + bytes(header) + std::string(8, '\0'));
+    };
+    EXPECT_EQ(stream("7087 14018200e7d127250ffc"), "352x288 Dirac 4:2:2 10 bits p 25 fps");
+    EXPECT_EQ(stream("7087 144060800e7d127250ffc0"), "720x576 Dirac 4:2:2 10 bits p 25 fps");
+    EXPECT_EQ(stream("7084 480442"), "1280x720 Dirac 4:2:2 10 bits p 60000/1001 fps");
+    EXPECT_EQ(told("Dirac", "BBCD"), "nothing");
+}
+
+// Advanced profile: with a size, an aspect, a rate and colours to be shown with; an aspect and a rate as
+// numbers.
+TEST(Elementary, Vc1) {
+    const auto stream = [](const char *header) { return told("VC-1", bytes("00 0000010F") + bytes(header)); };
+    EXPECT_EQ(stream("da003bf21f2a3bf886f1804a02020280"),
+              "1920x1080 (1920x1088) VC-1 4:2:0 8 bits p colour 1,1,1,-1 24000/1001 fps");
+    EXPECT_EQ(stream("da002cf21b6a2cf886ff0302c0c7c8"), "1440x1080 VC-1 4:2:0 8 bits aspect 4/3 25 fps");
+    EXPECT_EQ(stream("da003b"), "nothing");
+    EXPECT_EQ(stream("4a003bf21f2a3bf886f1804a02020280"), "nothing");
+}
+
+// RGB, and RGB transformed to YCbCr as the first macroblock tells.
+TEST(Elementary, Vc3) {
+    const auto frame = [](uint32_t id, uint8_t colour, uint8_t block) {
+        return told(
+            "DNx",
+            big().hex("00000280 03").at(33).u8(0x58).at(40).u32(id).u8(colour).at(0x281).u8(block).str());
+    };
+    EXPECT_EQ(frame(1270, 0xC1, 0x2F), "0x0 DNxHR 444 RGB 10 bits p");
+    EXPECT_EQ(frame(1270, 0xC1, 0x3F), "0x0 DNxHR 444 4:4:4 10 bits p");
+    EXPECT_EQ(frame(1270, 0, 0x2F), "0x0 DNxHR 444 4:4:4 10 bits p");
+    EXPECT_EQ(frame(1256, 0, 0x2F), "0x0 DNxHD RGB 10 bits p");
+    EXPECT_EQ(frame(1271, 0, 0), "0x0 DNxHR HQX 4:2:2 10 bits p");
 }
 
 // A pair in front and one behind, told by a program config.

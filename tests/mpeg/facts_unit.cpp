@@ -67,6 +67,9 @@ TEST(MpegFacts, Descriptors) {
     const std::string map = packet("4741001000", "02B0120001C10000E101F000 06E101F000 00000000");
     const std::string association = packet("4740001000", "00B00D0001C100000001E100 00000000");
     EXPECT_EQ(facts_of(association + map + null + null), "MPEG-TS");
+    // Splice information has the type of DTS.
+    const std::string splice = packet("4741001000", "02B0120001C10000E101F000 86E101F000 00000000");
+    EXPECT_EQ(facts_of(association + splice + packet("4741011000", "FC302000") + null), "MPEG-TS");
     EXPECT_EQ(facts_of(null + null + null + null), "MPEG-TS | ! no program map");
 }
 
@@ -80,6 +83,46 @@ TEST(MpegFacts, VideoOfPrograms) {
     EXPECT_EQ(video("00000001 4001"), "MPEG program stream | 0x0 HEVC");
     EXPECT_EQ(video("00000001 09F0"), "MPEG program stream | 0x0 H.264");
     EXPECT_EQ(video("00000101"), "MPEG program stream | 0x0 MPEG-2");
+}
+
+// Pictures behind the one whose time is told: in its packet, in one before it, behind a group's head.
+TEST(MpegFacts, PicturesWithoutTime) {
+    const auto pictures = [](uint32_t time, const char *codes) {
+        const std::string data = big()
+                                     .hex("8080 05")
+                                     .u8(0x21 | time >> 30 << 1)
+                                     .u16(time >> 15 << 1 | 1)
+                                     .u16(time << 1 | 1)
+                                     .hex(codes)
+                                     .str();
+        return big().hex("000001E0").u16(data.size()).raw(data).str();
+    };
+    const std::string head = hex("000001BA 4400040004010000 03F8") +
+                             pictures(3600, "000001B3 16012013 FFFFE018 000001B800080040 00000100 0008");
+    const auto frames = [&](const std::string &packets) {
+        const std::string text = facts_of(head + packets);
+        return text.substr(text.find("fps ") + 4, 2);
+    };
+    EXPECT_EQ(frames(pictures(7200, "00000100 004F")), "2 ");
+    EXPECT_EQ(frames(pictures(7200, "00000100 004F 00000100 008F 00000100 00CF")), "4 ");
+    EXPECT_EQ(frames(pictures(10800, "00000100 008F 00000100 010F") + pictures(7200, "00000100 004F")), "5 ");
+    EXPECT_EQ(frames(pictures(7200, "00000100 004F 000001B800080040 00000100 000F 00000100 004F")), "4 ");
+}
+
+// Sound that begins behind the first MiB, and private data that its first bytes tell.
+TEST(MpegFacts, LateStreams) {
+    const auto packet = [](const std::string &bytes) {
+        return bytes + std::string(188 - bytes.size(), '\xFF');
+    };
+    std::string stream = packet(hex("4740001000 00B00D0001C100000001E100 00000000")) +
+                         packet(hex("4741001000 02B0170001C10000E101F000 06E102F000 81E103F000 00000000")) +
+                         packet(hex("47410210 000001FD 0000 800000 42424344 00") +
+                                hex("00000011 00000000 7084480442 000000000000"));
+    while (stream.size() < (1U << 20) + 1000) stream += packet(hex("471FFF10"));
+    stream += packet(hex("47410310 000001BD 0000 800000 0B770000 14403F00 0000"));
+    stream += packet(hex("471FFF10")) + packet(hex("471FFF10"));
+    EXPECT_EQ(facts_of(stream),
+              "MPEG-TS | 1280x720 Dirac 4:2:2 10 bits p 60000/1001 fps | 2ch 48000 Hz AC-3 1.1");
 }
 
 // Zeros behind the end of a sequence fill up a sector; behind a picture they are in the place of others.

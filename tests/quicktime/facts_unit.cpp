@@ -113,6 +113,11 @@ TEST(MovieFacts, Pictures) {
                            hex("017A0028 FFE1 0019 677A0028B6CD940780227E5C04400000FA40002EE03C60C6580001"))),
               "1920x1080 (1920x1088) H.264 4:2:2 10 bits p 24000/1001");
     EXPECT_EQ(picture("av01", atom("av1C", hex("81004C00"))), "1920x1080 AV1 4:2:0 10 bits 24000/1001");
+    const std::string display =
+        atom("mdcv", hex("33C2 86C4 1D4C 0BB8 84D0 3E80 3D13 4042 00989680 00000032"));
+    const std::string graded =
+        facts_of(movie(track("vide", picture_entry("hvc1", display), media_header(24000, 10010))));
+    EXPECT_NE(graded.find("mastering display: P3 D65, 0.005 to 1000 cd/m2"), std::string::npos) << graded;
     EXPECT_EQ(picture("WxYz", ""), "1920x1080 WxYz 24000/1001");
 }
 
@@ -133,6 +138,12 @@ TEST(MovieFacts, Sounds) {
     EXPECT_EQ(sound(sound_entry("ac-3", 0, 2, 16, atom("dac3", hex("103DC0")))), "6ch 48000 Hz AC-3 5.1");
     EXPECT_EQ(sound(sound_entry("sowt", 0, 2, 16, full("chan", big().u32(101 << 16 | 2).zeros(8).str()))),
               "2ch 48000 Hz 16 bits PCM stereo");
+    for (const auto &[tag, layout] :
+         {std::pair(142U, "6.1"), {150U, "3.0"}, {184U, "5.1.2"}, {99U, "AAC"}, {200U, "AAC"}}) {
+        const std::string text =
+            sound(sound_entry("mp4a", 0, 2, 16, full("chan", big().u32(tag << 16).zeros(8).str())));
+        EXPECT_TRUE(text.ends_with(layout)) << text;
+    }
 }
 
 TEST(MovieFacts, TimeAndTracks) {
@@ -252,16 +263,15 @@ TEST(MovieFacts, BitRates) {
     EXPECT_EQ(bit_rates_of(content_of(samples + "fragments.mov")), "115240");
 }
 
-// Boxes stand behind the palette of an entry; a rate without a fraction.
+// Boxes stand behind the palette of an entry; channels and a rate that a box tells.
 TEST(MovieFacts, Entries) {
     const std::string palette = big().u32(0).u16(0).u16(1).zeros(16).str();
     std::string entry = picture_entry("png ", palette + atom("pasp", big().u32(4).u32(3).str()), 1);
     entry[85] = entry[84] = 0;  // the palette is here
     EXPECT_NE(facts_of(movie(track("vide", entry, media_header(24000, 10010)))).find("aspect 4/3"),
               std::string::npos);
-    std::string lossless = sound_entry("mlpa", 0, 2, 16, "");
-    lossless.replace(lossless.size() - 4, 4, big().u32(96000).str());
-    EXPECT_EQ(sound(lossless), "2ch 96000 Hz TrueHD");
+    const std::string lossless = atom("dmlp", hex("1097C00FB7520000"));
+    EXPECT_EQ(sound(sound_entry("mlpa", 0, 2, 16, lossless)), "6ch 96000 Hz TrueHD 5.1");
     EXPECT_EQ(sound(sound_entry("ms" + std::string("\0\x20", 2), 0, 2, 16, "")), "2ch 48000 Hz 4 bits ADPCM");
 }
 
@@ -276,6 +286,7 @@ TEST(MovieFacts, StuffedSamples) {
     EXPECT_EQ(extent("xd5c", 900), "whole");
     EXPECT_EQ(extent("xd5c", 1000), "cut data of track 1 (zeros)");
     EXPECT_EQ(extent("cvid", 1000), "cut data of track 1 (zeros)");
+    EXPECT_EQ(extent("avc1", 900), "whole");  // of one size, as those of AVC-Intra
 }
 
 // A header with samples of its own before those of the fragments.
@@ -289,4 +300,54 @@ TEST(MovieFacts, FragmentsBehindSamples) {
                  fragment + atom("mdat", std::string(5000, 'x')));
     EXPECT_NE(text.find("fps 15 frames"), std::string::npos) << text;
     EXPECT_NE(text.find(" | 1001/1600 s"), std::string::npos) << text;
+    // All samples stand in the header.
+    const std::string closed =
+        facts_of(movie(track("vide", picture_entry("apcn", ""), media_header(24000, 10010)) + extends));
+    EXPECT_NE(closed.find("24000/1001 fps 10 frames"), std::string::npos) << closed;
+}
+
+// Of many fragments behind an index some are looked at: the first sample may last longer, and others by a
+// tick.
+TEST(MovieFacts, IndexedFragments) {
+    const auto indexed = [](uint32_t scale, uint32_t first, uint32_t odd, uint32_t even,
+                            const std::string &other = "") {
+        constexpr uint32_t kFragments = 45;
+        constexpr uint32_t kSize = 80000;
+        std::string fragments;
+        std::string entries;
+        uint32_t time = 0;
+        for (uint32_t i = 0; i < kFragments; i++) {
+            std::string samples;
+            const uint32_t start = time;
+            for (uint32_t k = 0; k < 4; k++) {
+                const uint32_t duration = i + k == 0 ? first : k % 2 != 0 ? odd : even;
+                samples += big().u32(duration).u32(kSize / 4).str();
+                time += duration;
+            }
+            const std::string fragment =
+                atom("moof",
+                     atom("traf", full("tfhd", big().u32(1).str()) + full("tfdt", big().u32(start).str()) +
+                                      full("trun", big().u32(4).raw(samples).str(), 0x300))) +
+                atom("mdat", std::string(kSize, 'x'));
+            fragments += fragment;
+            entries += big().u32(fragment.size()).u32(time - start).u32(0x90000000).str();
+        }
+        const std::string extends = atom("mvex", full("trex", big().u32(1).u32(1).zeros(12).str()));
+        const std::string rate = atom("btrt", big().u32(0).u32(0).u32(9000000).str());
+        const std::string index =
+            full("sidx", big().u32(1).u32(scale).u32(0).u32(0).u16(0).u16(kFragments).raw(entries).str());
+        return movie(other +
+                     track("vide", picture_entry("apcn", rate), media_header(scale, 0), {0, 0, 0, {}}) +
+                     extends) +
+               index + fragments;
+    };
+    const std::string longer = indexed(25, 3, 1, 1);
+    EXPECT_NE(facts_of(longer).find(" 25 fps 180 frames | "), std::string::npos) << facts_of(longer);
+    EXPECT_EQ(bit_rates_of(longer), "3956044");
+    // Of several tracks what is told, unless that is more than all of the file.
+    const std::string sounds =
+        track("soun", sound_entry("raw ", 0, 2, 8, ""), media_header(48000, 0), {0, 0, 0, {}});
+    EXPECT_EQ(bit_rates_of(indexed(25, 1, 1, 1, sounds)), "-1 -1");
+    const std::string uneven = facts_of(indexed(36, 2, 1, 2));
+    EXPECT_NE(uneven.find(" 24 fps 180 frames | "), std::string::npos) << uneven;
 }

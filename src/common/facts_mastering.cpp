@@ -2,18 +2,9 @@
 #include <cmath>
 #include <utility>
 
-#include "mxf/facts_metadata.h"
+#include "common/facts.h"
 
 namespace {
-
-using namespace std::string_view_literals;
-
-// Primaries, white, greatest and least luminance: of a picture's descriptor, and of its ACES sub-descriptor.
-using Items = std::array<std::string_view, 4>;
-constexpr Items kPictureItems{"\4\x20\4\1\1\1\0\0"sv, "\4\x20\4\1\1\2\0\0"sv, "\4\x20\4\1\1\3\0\0"sv,
-                              "\4\x20\4\1\1\4\0\0"sv};
-constexpr Items kAcesItems{"\4\1\6\xA\2\0\0\0"sv, "\4\1\6\xA\3\0\0\0"sv, "\4\1\6\xA\4\0\0\0"sv,
-                           "\4\1\6\xA\5\0\0\0"sv};
 
 // Chromaticities count in 0.00002, luminances in 0.0001 cd/m2.
 struct Point {
@@ -65,27 +56,14 @@ std::string white_text(Bytes white) {
     return "white " + point.text();
 }
 
-std::string text_of(const Metadata &metadata, const MetadataSet &set, const Items &items) {
-    const Bytes primaries = metadata.item(set, items[0]);
-    const Bytes white = metadata.item(set, items[1]);
-    const Bytes most = metadata.item(set, items[2]);
-    const Bytes least = metadata.item(set, items[3]);
-    std::string text;
-    if (primaries.size() == 12) text = gamut_text(primaries);
-    if (white.size() == 4) text += (text.empty() ? "" : " ") + white_text(white);
-    if (most.size() != 4) return text;
-    const auto luminance = [](Bytes value) { return number_text(big32(value) / 10000.0); };
-    text += text.empty() ? "" : ", ";
-    if (least.size() == 4) text += luminance(least) + " to ";
-    return text + luminance(most) + " cd/m2";
-}
-
 }  // namespace
 
-std::string mastering_display(const Metadata &metadata, const MetadataSet &descriptor) {
-    std::string text = text_of(metadata, descriptor, kPictureItems);
-    for (const MetadataSet *sub : metadata.sub_descriptors(descriptor)) {
-        if (text.empty() && sub->kind == SetKind::aces) text = text_of(metadata, *sub, kAcesItems);
-    }
-    return text;
+std::string mastering_text(Bytes primaries, Bytes white, Bytes most, Bytes least) {
+    std::string text;
+    if (primaries.size() == 12) text = gamut_text(primaries);
+    if (white.size() == 4) append(text, white_text(white), " ");
+    if (most.size() != 4) return text;
+    const auto luminance = [](Bytes value) { return number_text(big32(value) / 10000.0); };
+    return text + (text.empty() ? "" : ", ") + (least.size() == 4 ? luminance(least) + " to " : "") +
+           luminance(most) + " cd/m2";
 }
