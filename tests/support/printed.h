@@ -9,6 +9,7 @@
 
 template <typename Print>
 std::string printed(Print print) {
+    standard_output.flush();  // what an earlier test left
     testing::internal::CaptureStdout();
     print();
     standard_output.flush();
