@@ -104,10 +104,11 @@ bool BlockCache::read(uint64_t start, uint64_t offset, uint64_t needed, uint32_t
     }
     const uint64_t border = block - 1;  // of a block that begins with the run
     uint64_t size = std::min(offset - start + std::min(needed, kLargestRun), kLargestRun);
-    size = std::max<uint64_t>((size + border) & ~border, sequential ? ahead_ : block);
+    size = std::max<uint64_t>((size + border) & ~border,
+                              sequential ? std::max(ahead_, 2 * uint64_t{block}) : block);
     size = std::min({size, kLargestRun, input_.read_end() - start});
     if (next != runs().by_start.end()) size = std::min(size, next->start - start);
-    ahead_ = std::min(2 * size, kLargestRun);
+    ahead_ = sequential ? 2 * size : 0;
 
     uint8_t *data = allocate(size);
     const uint64_t got = input_.read(start, data, size);

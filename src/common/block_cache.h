@@ -60,5 +60,5 @@ class BlockCache {
     Run before_;  // the one found before it: walks look at two places by turns
     Run last_;    // found_, but while somebody listens: then each look at bytes comes to be told
     Runs *runs_ = nullptr;
-    uint64_t ahead_ = 0;  // bytes of the next sequential read
+    uint64_t ahead_ = 0;  // bytes of the next sequential read, where one went before it
 };
