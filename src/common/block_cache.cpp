@@ -13,7 +13,7 @@ namespace {
 
 constexpr uint64_t kLargestRun = 256 * 1024;  // bytes of one sequential read at most
 constexpr size_t kMostRuns = 256;             // in memory before the older ones are given back
-constexpr uint64_t kNear = 512;               // a skip that is cheaper read than made
+constexpr uint64_t kNear = 4096;              // a skip that is cheaper read than made
 
 uint8_t *allocate(uint64_t n) {
     void *memory = std::malloc(static_cast<size_t>(n));
