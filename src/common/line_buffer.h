@@ -123,7 +123,7 @@ class LineBuffer {
         }
         char *room = claim(n);
         for (unsigned i = n; i-- > 0; value >>= 4) {
-            const unsigned digit = value & 15;
+            const int digit = static_cast<int>(value & 15);
             room[i] = static_cast<char>(digit < 10 ? '0' + digit : letter_a + digit - 10);
         }
     }
