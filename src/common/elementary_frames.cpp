@@ -454,7 +454,8 @@ bool dirac_picture(Bytes data, Bytes, Picture &picture) {
     constexpr Ratio kDiracAspects[] = {{}, {1, 1}, {10, 11}, {12, 11}, {40, 33}, {16, 11}, {4, 3}};
     constexpr uint8_t kBits[] = {0, 8, 8, 10, 12, 10, 12, 16, 16};
     constexpr const char *kDiracChroma[] = {"4:4:4", "4:2:2", "4:2:0"};
-    BitReader bits(data.from(find_in(data.sub(0, 2048), std::string_view("BBCD", 5)) + 13));
+    constexpr char kSequenceHeader[] = {'B', 'B', 'C', 'D', 0};
+    BitReader bits(data.from(find_in(data.sub(0, 2048), {kSequenceHeader, sizeof kSequenceHeader}) + 13));
     const auto number = [&] {  // Exp-Golomb, interleaved
         uint32_t value = 1;
         while (!bits.is_over() && !bits.flag()) value = value << 1 | bits.get(1);

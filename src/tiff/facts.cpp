@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "common/elementary.h"
@@ -95,7 +96,7 @@ struct Values {
     }
     // The same as a whole number of what may be a ratio, at most 2^31.
     uint64_t rounded(uint64_t i) const {
-        const uint64_t value = type == 5 ? static_cast<uint64_t>(ratio(i).value() + 0.5) : number(i);
+        const uint64_t value = type == 5 ? static_cast<uint64_t>(std::llround(ratio(i).value())) : number(i);
         return std::min<uint64_t>(value, 1U << 31);
     }
     std::string text() const { return count > 0 ? fixed_text(bytes.bytes, 0, count) : ""; }
