@@ -32,11 +32,11 @@ class Link {
     int take_announced(const char *name);
 
  private:
-    static constexpr int kFastReads =
-        16;  // after so many the system is asked whether it is worth timing more
+    // After so many the system is asked whether it is worth timing more.
+    static constexpr uint64_t kFastReads = 16;
 
     enum { unknown, local, remote } place_ = unknown;
-    int fast_reads_ = 0;
+    uint64_t fast_reads_ = 0;
     LinkCost cost_;
     std::optional<ReadAhead> ahead_;  // of the current input
     double started_ = 0;              // the current read, in seconds of the monotonic clock

@@ -194,9 +194,10 @@ void add_value(std::string_view name, std::string_view type, OrderedBytes value,
     if (is("type")) part.type = text();
     if (is("view")) part.view = text();
     if (is("pixelAspectRatio")) part.picture.pixel_aspect = aspect_of(real, 10000);
-    const Ratio rate = type == "rational" ? rate_of(value.s32(0), value.u32(4)) : rate_of(real);
-    if (is("framesPerSecond", "FramesPerSecond") && (type == "rational" || type == "float"))
-        part.picture.rate = rate;
+    if (is("framesPerSecond", "FramesPerSecond")) {
+        if (type == "rational") part.picture.rate = rate_of(value.s32(0), value.u32(4));
+        if (type == "float") part.picture.rate = rate_of(real);
+    }
     if (type == "timecode" && is("timeCode")) part.timecode = value.u32(0) & 0x3F7F7F7F;
     if (type == "keycode" && is("keyCode") && facts.keycode.empty()) add_keycode(value, facts);
     if (is("chromaticities")) add_chromaticities(value, part);
@@ -334,11 +335,12 @@ void judge_extent(Input &input, const std::vector<Part> &parts, uint64_t tables,
                               : last + fields + 4 + chunk.u32(fields);
     // No compression ends in zeros, but one may leave what it does not make smaller; where zlib's header
     // stands it has not.
-    const bool has_zlib = !deep && last_part->compression >= 2 && last_part->compression <= 5 &&
-                          last_part->compression != 4 && chunk.u8(fields + 4) == 0x78;
+    const auto compression = last_part->compression;
+    const bool by_zlib = compression == 2 || compression == 3 || compression == 5;  // ZIPS, ZIP, PXR24
+    const bool has_zlib = !deep && by_zlib && chunk.u8(fields + 4) == 0x78;
     const bool is_blank = chunk.bytes.size() >= fields + 4 &&
                           ((deep ? chunk.u64(fields) : chunk.u32(fields)) == 0 ||
-                           (last_part->compression != 0 && end > last &&
+                           (compression != 0 && end > last &&
                             ends_in_zeros(input, last + fields, end, 64, has_zlib ? 64 : 1024)));
     if (is_blank) return facts.cut(end, "the last chunk holds zeros");
     facts.reaches(std::max(end, last + fields + 4), "the last chunk");

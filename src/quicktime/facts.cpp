@@ -278,6 +278,8 @@ void read_picture_track(Movie &movie, Track &track) {
     Picture picture;
     const SampleTable table(track.table);
     read_picture_entry(movie.input, track, picture, movie.facts);
+    // AVC-Intra, whatever its name, fills its samples up to one size, MPEG video to a constant bit rate.
+    track.stuffed = track.stuffed || table.constant_size > 0;
     set_rate(track, table, picture);
     const Ratio aspect{int64_t{track.width} * picture.height, int64_t{track.height} * picture.width};
     const bool is_likely = aspect.value() > 0.2 && aspect.value() < 5;

@@ -210,8 +210,7 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
         if (box.type == fourcc("dvcC") || box.type == fourcc("dvvC"))
             facts.add_more("Dolby Vision", "profile " + std::to_string(data[2] >> 1));
     });
-    // AVC-Intra, whatever its name, fills its samples up to one size, MPEG video to a constant bit rate.
-    track.stuffed = kind == CodecKind::mpeg2 || SampleTable(track.table).constant_size > 0;
+    track.stuffed = kind == CodecKind::mpeg2;
     track.raw = kind == CodecKind::raw;
     track.dense = kind == CodecKind::avc || kind == CodecKind::hevc || kind == CodecKind::av1 ||
                   kind == CodecKind::dense || kind == CodecKind::vpx || kind == CodecKind::prores;

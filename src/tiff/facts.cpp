@@ -234,39 +234,54 @@ struct DataEnd {
     bool is_blank = false;
 };
 
-// Of what is not compressed a strip or tile has what it needs where its count says more, or nothing.
+// The strips or tiles of a picture.
+struct Strips {
+    static constexpr uint64_t kMost = 1U << 31;
+
+    explicit Strips(const Directory &directory) : tiled(directory.values(kTileOffsets).count > 0) {
+        offsets = directory.values(tiled ? kTileOffsets : kStripOffsets);
+        counts = directory.values(tiled ? kTileCounts : kStripCounts);
+        height = std::min(directory.number(kLength), kMost);
+        const uint64_t told_rows = directory.number(tiled ? kTileLength : kRowsPerStrip, height);
+        rows = std::clamp<uint64_t>(told_rows, 1, tiled ? kMost : height);
+        const uint64_t samples = directory.number(kPlanar, 1) == 2 ? 1 : directory.number(kSamples, 1);
+        const uint64_t bits =
+            std::min<uint64_t>(samples, 1 << 16) * std::min<uint64_t>(directory.number(kBits, 1), 1 << 8);
+        const uint64_t width = std::min(directory.number(tiled ? kTileWidth : kWidth), kMost);
+        line = (width * bits + 7) / 8;
+        is_measurable = directory.number(kCompression, kUncompressed) == kUncompressed &&
+                        directory.number(kPhotometric, 1) != kYCbCr && directory.number(kTileDepth, 1) == 1;
+    }
+    // Of what is not compressed one has what it needs where its count says more, or nothing.
+    uint64_t size(uint64_t i) const {
+        const uint64_t in_plane = (height + rows - 1) / rows;
+        const uint64_t lines = tiled ? rows : std::min(rows, height - i % in_plane * rows);
+        const uint64_t told = counts.number(i);
+        return is_measurable && (told == 0 || told / lines >= line) ? std::min(line, kMost) * lines : told;
+    }
+
+    bool tiled;
+    Values offsets, counts;
+    uint64_t height, rows;
+    uint64_t line;  // bytes
+    bool is_measurable;
+};
+
 DataEnd data_end(const Directory &directory) {
-    constexpr uint64_t kMost = 1U << 31;
-    const bool tiled = directory.values(kTileOffsets).count > 0;
-    const Values offsets = directory.values(tiled ? kTileOffsets : kStripOffsets);
-    const Values counts = directory.values(tiled ? kTileCounts : kStripCounts);
-    const uint64_t height = std::min(directory.number(kLength), kMost);
-    const uint64_t width = std::min(directory.number(tiled ? kTileWidth : kWidth), kMost);
-    const uint64_t told_rows = directory.number(tiled ? kTileLength : kRowsPerStrip, height);
-    const uint64_t rows = std::clamp<uint64_t>(told_rows, 1, tiled ? kMost : height);
-    const uint64_t samples = directory.number(kPlanar, 1) == 2 ? 1 : directory.number(kSamples, 1);
-    const uint64_t bits =
-        std::min<uint64_t>(samples, 1 << 16) * std::min<uint64_t>(directory.number(kBits, 1), 1 << 8);
-    const uint64_t compression = directory.number(kCompression, kUncompressed);
-    const bool is_plain = compression == kUncompressed;
-    const bool is_measurable =
-        is_plain && directory.number(kPhotometric, 1) != kYCbCr && directory.number(kTileDepth, 1) == 1;
-    const uint64_t line = (width * bits + 7) / 8;
-    const uint64_t strips = (height + rows - 1) / rows;
+    const Strips strips(directory);
     DataEnd result;
     uint64_t last_size = 0;
-    for (uint64_t i = 0; i < std::min(offsets.count, kMostStrips) && offsets.has(i); i++) {
-        const uint64_t lines = tiled ? rows : std::min(rows, height - i % strips * rows);
-        uint64_t size = counts.number(i);
-        if (is_measurable && (size == 0 || size / lines >= line)) size = std::min(line, kMost) * lines;
-        const uint64_t end = offsets.number(i) + size;
+    for (uint64_t i = 0; i < std::min(strips.offsets.count, kMostStrips) && strips.offsets.has(i); i++) {
+        const uint64_t size = strips.size(i);
+        const uint64_t end = strips.offsets.number(i) + size;
         if (end < size || size == 0 || end <= result.end) continue;
         result.end = end;
         last_size = size;
     }
+    const uint64_t compression = directory.number(kCompression, kUncompressed);
     // Of others than these two cameras pad the end.
     const uint64_t most = compression == kLzw || compression == kDeflate ? 64 : 4096;
-    if (result.end > 0 && !is_plain)
+    if (result.end > 0 && compression != kUncompressed)
         result.is_blank = ends_in_zeros(directory.input(), result.end - last_size, result.end, 16, most);
     return result;
 }
