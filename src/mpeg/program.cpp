@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstdio>
-#include <memory>
 
 #include "common/print.h"
 #include "common/stream.h"
@@ -108,8 +107,7 @@ Status dump_pes_packet(const DumpOptions &opts, mpeg_reader &reader, const Start
 
 void mpegdump(DumpOptions &opts, Input &input, int64_t start, char *text) {
     print("Fileformat:MPEG\n");
-    const auto owned = std::make_unique_for_overwrite<mpeg_reader>();
-    mpeg_reader &reader = *owned;
+    mpeg_reader reader;
     mpegbufferinit(reader, input, start);
     SystemTime system_time;
     while (find_start_code(reader)) {

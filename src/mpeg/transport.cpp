@@ -1,6 +1,5 @@
 // Transport stream packets (ISO/IEC 13818-1, 2.4.3).
 #include <algorithm>
-#include <memory>
 
 #include "common/hexrow.h"
 #include "common/line_buffer.h"
@@ -74,8 +73,8 @@ void put_packet(LineBuffer &out, mpeg_reader &reader) {
 
 void tsdump(DumpOptions &, Input &input, int64_t start, char *) {
     print("Fileformat:TransportStream\n");
-    const auto reader = std::make_unique_for_overwrite<mpeg_reader>();
-    mpegbufferinit(*reader, input, start);
+    mpeg_reader reader;
+    mpegbufferinit(reader, input, start);
     LineBuffer out;
-    while (mpegbits(*reader, 8) == kSyncByte) put_packet(out, *reader);
+    while (mpegbits(reader, 8) == kSyncByte) put_packet(out, reader);
 }

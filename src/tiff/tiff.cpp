@@ -1,7 +1,7 @@
 #include "tiff/tiff.h"
 
 #include <cstring>
-#include <unordered_set>
+#include <set>
 #include <vector>
 
 #include "common/field_rows.h"
@@ -43,7 +43,7 @@ struct Walk {
     DumpOptions &opts;
     OrderedBytes base;
     Budget &budget;
-    std::unordered_set<uint32_t> open_directories;  // that are still being walked
+    std::set<uint32_t> open_directories;  // that are still being walked
 
     bool is_open(uint32_t offset) const { return open_directories.contains(offset); }
     Bytes bytes() const { return base.bytes; }
