@@ -3,10 +3,14 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <sstream>
 #include <string>
+#include <tuple>
+#include <vector>
 
 #include "common/input.h"
 #include "main/facts.h"
+#include "support/bytes_of.h"
 #include "support/command.h"
 
 inline std::string ratio_text(Ratio ratio) {
@@ -103,4 +107,53 @@ inline std::string facts_of_samples(const std::string &directory) {
             text += "  " + extent_of(part, name.c_str()) + "\n";
     }
     return text;
+}
+
+// What changes of the facts of `content` with each of `changes`, words that say of its bytes: "780=00FF" that
+// these stand from 780 on, "<100" that they end there, ">4" that as many more come behind; joined by commas,
+// these one after the other. A line a word: what is lost, what comes.
+inline std::string facts_changed(const std::string &content, const std::string &changes,
+                                 const char *name = "file.bin") {
+    const auto parts_of = [&](const std::string &bytes) {
+        Input input(name, bytes.data(), bytes.size());
+        const Facts found = facts(input);
+        std::string text = text_of(found) + " | ";
+        if (found.extent.claimed > 0) text += std::to_string(found.extent.claimed) + " bytes | ";
+        std::vector<std::string> parts;
+        for (size_t at = 0, end; (end = text.find(" | ", at)) != text.npos; at = end + 3)
+            parts.push_back(text.substr(at, end - at));
+        return parts;
+    };
+    const std::vector<std::string> before = parts_of(content);
+    std::istringstream words(changes);
+    std::string report;
+    for (std::string word; words >> word;) {
+        std::string bytes = content;
+        std::istringstream steps(word);
+        for (std::string step; std::getline(steps, step, ',');) {
+            const size_t number = std::stoul(step.substr(step.find_first_of("0123456789")));
+            if (step[0] == '<') {
+                bytes.resize(number);
+            } else if (step[0] == '>') {
+                bytes.append(number, 'x');
+            } else {
+                const std::string raw = hex(step.substr(step.find('=') + 1));
+                bytes.replace(number, raw.size(), raw);
+            }
+        }
+        const std::vector<std::string> after = parts_of(bytes);
+        report += word + ":";
+        for (const auto &[sign, those, others] : {std::tuple{" - ", before, after}, {" + ", after, before}}) {
+            for (const std::string &part : those)
+                if (std::ranges::find(others, part) == others.end()) report += sign + part;
+        }
+        report += before == after ? " the same\n" : "\n";
+    }
+    return report;
+}
+
+// The same of a file of samples.
+inline std::string sample_changed(const std::string &path, const std::string &changes) {
+    return facts_changed(content_of(std::string(KELDUMP_SAMPLES) + "/" + path), changes,
+                         path.substr(path.rfind('/') + 1).c_str());
 }
