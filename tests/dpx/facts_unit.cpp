@@ -57,6 +57,11 @@ TEST(DpxFacts, Edges) {
     SHOW(sample_changed(film,
                         "808=00000000 808=000002FF 808=00000300 808=FFFFFFFF 812=00000001 812=0000FFFF "
                         "812=00010000 816=00000001 816=0000FFFF 816=00010000"));
+    // Padding counts up to 65535 bytes, and where the header's size has it.
+    SHOW(sample_changed(film,
+                        "16=00002C17,812=00000001,>24 16=00002C18,812=00000001,>24 16=00182BE8,812=0000FFFF "
+                        "16=00182C00,812=00010000 16=00012BFF,816=0000FFFF 16=00012C00,816=00010000"));
+    SHOW(sample_changed(film, "4=00000800,<2047 4=000007FF,<1700 "));
     SHOW(sample_changed(film,
                         "1628=0000000200000001 1628=0000000100000002 1628=0000000000000002 "
                         "1628=0000000200000000 1628=FFFFFFFF00000001"));
@@ -85,6 +90,7 @@ TEST(CineonFacts, Edges) {
     SHOW(sample_changed(film,
                         "200=00000000 200=00000001 200=00100000 200=00100001 200=FFFFFFFF 204=00000000 "
                         "204=00000001 204=00100000 204=00100001 204=FFFFFFFF"));
+    SHOW(sample_changed(film, "20=001813E8,684=0000FFFF 20=00181400,684=00010000 4=000007FF,<1500"));
     SHOW(sample_changed(film,
                         "681=00 681=FF 684=00000001 684=0000FFFF 684=00010000 688=00000001 192=01 683=01"));
     SHOW(sample_changed(film,

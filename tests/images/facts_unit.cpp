@@ -92,3 +92,47 @@ TEST(ImageFacts, LinesOfSgi) {
     EXPECT_EQ(extent_of(sgi(hex("000000")), "a.sgi"), "cut the picture's end");
     EXPECT_EQ(extent_of(sgi(hex("00000000")), "a.sgi"), "cut the last lines (zeros)");
 }
+
+TEST(ArriFacts, Edges) {
+    Transcript transcript;
+    const ByteWriter timecode = little().hex("04030201").u32(0).u32(24000);
+    const std::string file = little()
+                                 .text("ARRI")
+                                 .hex("12345678")
+                                 .u32(4096)
+                                 .u32(3)
+                                 .at(20)
+                                 .u32(8)
+                                 .u32(4)
+                                 .at(44)
+                                 .u32(8)
+                                 .u32(4)
+                                 .at(68)
+                                 .u32(4096)
+                                 .u32(48)
+                                 .at(196)
+                                 .f32(2)
+                                 .at(380)
+                                 .hex("26112620 00595923")
+                                 .at(416)
+                                 .u32(48000)
+                                 .u32(24000)
+                                 .raw(timecode.str())
+                                 .at(4096)
+                                 .fill('x', 48)
+                                 .str();
+    SHOW(facts_of(file));
+    SHOW(facts_changed(file, "<4095 <4096 <4097 <4143 >1 12=02000000 12=02000000,<4096 12=02000000,<4097"));
+    SHOW(facts_changed(file,
+                       "72=28000000 72=27000000 72=40000000 72=44000000 72=31000000 72=00000000 "
+                       "68=00040000 68=FF030000 44=00000000 44=09000000 48=05000000 20=00000000"));
+    SHOW(
+        facts_changed(file, "420=E7030000 420=E8030000 420=40420F00 420=3F420F00 420=00000000 420=01000000"));
+    SHOW(facts_changed(file,
+                       "424=FFFFFFFF 424=00000000 424=00000000,432=00000000 432=00000000 432=18000000 "
+                       "432=E7030000 432=30750080 432=C05D0080 424=23030201 424=24030201 424=04590201 "
+                       "424=04600201 424=04030223 424=04030224"));
+    SHOW(facts_changed(
+        file, "380=26118919 380=26119019 380=26110021 380=26110121 380=00000000,388=2611262000595923"));
+    SHOW(facts_changed(file, "92=01000000 92=FFFFFFFF 116=01000000 368=01000000 204=4C4F4F4B"));
+}

@@ -19,3 +19,16 @@ TEST(SdiFacts, Rasters) {
             big().hex("FFFF00000000B6B6").fill(0x80, 1432).hex("FFFF00000000ABAB").fill(0x10, 3832).str()),
         "SDI | 1920x1080 uncompressed 4:2:2 8 bits 25 fps");
 }
+
+// The header ends with a tab; numbers stand behind their tags, and the larger of the two sizes counts.
+TEST(SdiFacts, Edges) {
+    Transcript transcript;
+    const std::string file = "STREAMER\nsize 100\nnbits 8\n\t" + std::string(100, 'x');
+    SHOW(facts_of(file));
+    SHOW(facts_changed(file, "<27 <28 <29 <127 <128 >1 25=39 25=78 27=20 18=78"));
+    SHOW(facts_changed("STREAMERsize 101\nsize:=100\nnbits 10kel\n\t" + std::string(100, 'x'),
+                       ">1 13=313030 22=313032"));
+    SHOW(facts_of("STREAMER\nsize 100000000000000000000\n\t" + std::string(100, 'x')));
+    SHOW(facts_of("STREAMER" + std::string(4087, ' ') + "\t" + "x"));
+    SHOW(facts_of("STREAMER" + std::string(4088, ' ') + "\t" + "x"));
+}

@@ -44,3 +44,46 @@ TEST(RedFacts, Versions) {
         SHOW(extent_of(file.substr(0, file.size() / 2), "a.r3d"));
     }
 }
+
+TEST(RedFacts, Edges) {
+    Transcript transcript;
+    const std::string frame = chunk("REDV", big().zeros(5).raw(kRecords).str());
+    const std::string sound = chunk("REDA", big().u32(0).u32(48000).zeros(500).str());
+    const std::string first =
+        chunk("RED1",
+              big().at(44).u32(4096).u32(2304).u32(24000).u16(1001).u8(2).text("A001.R3D", 257).str()) +
+        frame + sound + chunk("REOB", big().zeros(16).u32(2).u32(1).zeros(12).str());
+    // Rates, channels, the file's name; the sound's rate; the first record, its length, the kinds of its
+    // followers.
+    SHOW(facts_changed(first,
+                       "60=00000000 60=00000001,64=0002 60=00000001,64=0003 60=000003E8,64=0001 "
+                       "60=000003E9,64=0001 60=00000000,62=0018,64=0001 64=0000 66=00 66=01 66=08 66=09"));
+    SHOW(facts_changed(first,
+                       "395=52454458 403=00001F40 403=00001F3F 403=0002EE00 403=0002EE01 391=00000007,<420"));
+    SHOW(facts_changed(first, "337=0E 337=03 352=02 352=03 353=60 353=61 367=02"));
+    SHOW(facts_changed(
+        first,
+        "349=3233 349=3234 346=3539 346=3630 343=3539 343=3630 340=3233 340=3234 348=3B 348=3B,60=00007530"));
+    // Kinds of the end, its length, its count of frames.
+    const std::string at = std::to_string(first.size() - 44);
+    const auto end = [&](const std::string &step) {
+        const size_t sign = step.find('=');
+        return std::to_string(first.size() - 44 + std::stoul(step.substr(0, sign))) + step.substr(sign);
+    };
+    SHOW(facts_changed(first, end("7=53") + " " + end("7=46") + " " + end("7=32") + " " + end("7=43") + " " +
+                                  end("3=2B") + " " + end("3=2D") + " " + end("24=00000000") + " " +
+                                  end("24=05F5E0FF") + " " + end("24=05F5E100")));
+    SHOW(facts_changed(first, "<" + at + " <" + std::to_string(first.size() - 43) + " <" +
+                                  std::to_string(first.size() - 40) + " >65491 >65492 >65493"));
+}
+
+// Chunks follow each other at multiples of 4096.
+TEST(RedFacts, WithoutAnEnd) {
+    Transcript transcript;
+    const std::string second =
+        chunk("RED2", big().at(68).u32(5120).u32(2700).u16(0).u16(1).u32(25).at(200).raw(kRecords).str());
+    const std::string frame = chunk("REDV", big().zeros(4088).str());
+    const std::string file = aligned(second) + frame + frame;
+    SHOW(facts_changed(file, "<12287 <12288 >1 8192=00000FFF 8192=00001001 8192=00000007 8192=00000008"));
+    SHOW(facts_changed(file, "86=0000 86=0001,88=0018 86=0000,90=0001,88=0019 86=0000,90=0000,92=0002"));
+}
