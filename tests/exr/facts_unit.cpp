@@ -113,3 +113,139 @@ TEST(ExrFacts, LargestWindow) {
     EXPECT_NE(facts_of(file(0x1002, parts, "")).find("-2147483648,-2147483648 4294967296x4294967296"),
               std::string::npos);
 }
+
+namespace {
+
+// Chunks of a part, by where its table of offsets would end.
+uint64_t chunks_of(uint64_t width, uint64_t height, int compression, const std::string &more) {
+    const ByteWriter window = little().u32(10).u32(20).u32(9 + width).u32(19 + height);
+    std::string head = attribute("dataWindow", "box2i", window.str()) + more;
+    head = file(2, header(static_cast<uint8_t>(compression), head), "");
+    head.resize(head.size() - 8);
+    return (std::max<uint64_t>(claimed_of(head), head.size()) - head.size()) / 8;
+}
+
+}  // namespace
+
+TEST(ExrFacts, Chunks) {
+    const auto lines = [](int compression) {
+        std::string counts;
+        for (const uint64_t height : {1, 2, 16, 17, 32, 33, 256, 257})
+            counts += std::to_string(chunks_of(8, height, compression, "")) + " ";
+        return counts;
+    };
+    for (const int compression : {0, 1, 2}) EXPECT_EQ(lines(compression), "1 2 16 17 32 33 256 257 ");
+    for (const int compression : {3, 5}) EXPECT_EQ(lines(compression), "1 1 1 2 2 3 16 17 ");
+    for (const int compression : {4, 6, 7, 8, 11}) EXPECT_EQ(lines(compression), "1 1 1 1 1 2 8 9 ");
+    for (const int compression : {9, 10}) EXPECT_EQ(lines(compression), "1 1 1 1 1 1 1 2 ");
+    // Tiles of 16: one level, mipmaps and ripmaps rounded down and up.
+    const auto tiles = [](uint64_t width, uint64_t height) {
+        std::string counts;
+        for (const unsigned mode : {0x00, 0x01, 0x11, 0x02, 0x12}) {
+            const std::string kind = attribute("tiles", "tiledesc", little().u32(16).u32(16).u8(mode).str()) +
+                                     attribute("type", "string", "tiledimage");
+            counts += std::to_string(chunks_of(width, height, 0, kind)) + " ";
+        }
+        return counts;
+    };
+    EXPECT_EQ(tiles(1, 1), "1 1 1 1 1 ");
+    EXPECT_EQ(tiles(2, 1), "1 2 2 2 2 ");
+    EXPECT_EQ(tiles(3, 2), "1 2 3 4 6 ");
+    EXPECT_EQ(tiles(16, 17), "2 6 7 30 35 ");
+    EXPECT_EQ(tiles(17, 33), "6 11 13 48 70 ");
+    EXPECT_EQ(tiles(64, 32), "8 15 15 77 77 ");
+    EXPECT_EQ(tiles(0, 16), "0 0 0 0 0 ");
+}
+
+TEST(ExrFacts, Edges) {
+    Transcript transcript;
+    const std::string one = attribute("chunkCount", "int", little().u32(1).str());
+    const std::string chunk = little().u32(0).u32(100).fill('x', 100).str();
+    const auto with = [&](const std::string &more) {
+        return facts_of(file(2, header(0, one + more), chunk));
+    };
+    const auto window = [](uint32_t left, uint32_t top, uint32_t right, uint32_t bottom) {
+        return attribute("dataWindow", "box2i", little().u32(left).u32(top).u32(right).u32(bottom).str());
+    };
+    const std::string plain = file(2, header(0, one), chunk);
+    const size_t end = plain.size() - 108;
+    const std::string at = std::to_string(end - 8), table = std::to_string(end);
+    SHOW(facts_of(plain));
+    SHOW(facts_changed(plain, "<" + at + " <" + std::to_string(end - 9) + " <" + std::to_string(end - 1) +
+                                  " <" + table + " <" + std::to_string(end + 7) + " <" +
+                                  std::to_string(end + 8) + " <" + std::to_string(end + 107) + " >1 " +
+                                  std::to_string(end + 4) + "=00000000 " + at + "=0000000000000000"));
+    SHOW(with(window(0, 0, 64, 31)) + "\n" + with(window(1, 1, 64, 32)) + "\n" + with(window(0, 0, 0, 0)) +
+         "\n" + with(window(5, 5, 4, 4)));
+    // No chunk count of 0 or less, a negative size of an attribute, one that ends behind the file.
+    SHOW(extent_of(file(2, header(0, attribute("chunkCount", "int", hex("00000000"))), chunk), "a.exr"));
+    SHOW(extent_of(file(2, header(0, attribute("chunkCount", "int", hex("FFFFFFFF"))), chunk), "a.exr"));
+    for (const uint32_t size : {0U, 0xFFFFFFFFU, 0x80000000U, 0x7FFFFFFFU})
+        SHOW(with(little().text("a").u8(0).text("x").u8(0).u32(size).str()));
+    for (const size_t n : {254, 255, 256, 257})
+        SHOW(std::to_string(n) + " " +
+             with(attribute(std::string(n, 'n'), "x", "y") + attribute("owner", "string", "me")));
+    // Primaries and white within two thousandths.
+    const auto colours = [&](std::initializer_list<float> values) {
+        ByteWriter bytes = little();
+        for (const float value : values) bytes.f32(value);
+        return with(attribute("chromaticities", "chromaticities", bytes.str()));
+    };
+    SHOW(colours({0.6419F, 0.3319F, 0.3019F, 0.6F, 0.15F, 0.06F, 0.3127F, 0.329F}));
+    SHOW(colours({0.6421F, 0.33F, 0.30F, 0.6F, 0.15F, 0.06F, 0.3127F, 0.329F}));
+    SHOW(colours({0.7061F, 0.2901F, 0.17F, 0.797F, 0.131F, 0.046F, 0.3127F, 0.329F}));
+    SHOW(with(attribute("framesPerSecond", "rational", little().u32(24000).u32(1001).str()) +
+              attribute("timeCode", "timecode", little().u32(0x41023344).u32(0).str())));
+    SHOW(with(attribute("pixelAspectRatio", "float", little().f32(2).str()) +
+              attribute("lineOrder", "lineOrder", "\2")));
+    SHOW(with(attribute("lineOrder", "lineOrder", "\1")) + "\n" +
+         with(attribute("lineOrder", "lineOrder", "\3")));
+    SHOW(with(attribute("compression", "compression", "\x0B")) + "\n" +
+         with(attribute("compression", "compression", "\x0C")));
+}
+
+TEST(ExrFacts, Channels) {
+    Transcript transcript;
+    const auto of = [](const std::vector<std::tuple<std::string, uint32_t, uint32_t>> &channels) {
+        std::string list;
+        for (const auto &[name, type, step] : channels)
+            list += little().text(name).u8(0).u32(type).u32(0).u32(step).u32(step).str();
+        const std::string text =
+            facts_of(file(2, header(0, attribute("channels", "chlist", list + '\0')), ""));
+        const size_t at = text.find("channels: ");
+        return text.substr(0, text.find(" | cut")) + " " + (at == text.npos ? "" : text.substr(at, 1100));
+    };
+    SHOW(of({{"Y", 1, 1}}));
+    SHOW(of({{"A", 1, 1}, {"Y", 2, 1}}));
+    SHOW(of({{"BY", 1, 2}, {"RY", 1, 2}, {"Y", 1, 1}}));
+    SHOW(of({{"A", 1, 1}, {"BY", 1, 1}, {"RY", 1, 1}, {"Y", 1, 1}}));
+    SHOW(of({{"left.B", 1, 1}, {"left.G", 1, 1}, {"left.R", 1, 1}}));
+    SHOW(of({{"B", 1, 1}, {"G", 1, 1}, {"R", 1, 1}, {"Z", 2, 1}, {"id", 0, 1}}));
+    SHOW(of({{"Z", 0, 1}}));
+    SHOW(of({}));
+    SHOW(of({{std::string(200, 'a'), 1, 1},
+             {std::string(200, 'b'), 1, 1},
+             {std::string(200, 'c'), 1, 1},
+             {std::string(200, 'd'), 1, 1},
+             {std::string(196, 'e'), 1, 1},
+             {"f", 1, 1}}));
+    SHOW(of({{std::string(200, 'a'), 1, 1},
+             {std::string(200, 'b'), 1, 1},
+             {std::string(200, 'c'), 1, 1},
+             {std::string(200, 'd'), 1, 1},
+             {std::string(197, 'e'), 1, 1},
+             {"f", 1, 1}}));
+}
+
+TEST(ExrFacts, Parts) {
+    for (const size_t n : {1, 2, 64, 65}) {
+        std::string headers;
+        for (size_t i = 0; i < n; i++)
+            headers += header(0, attribute("name", "string", "p" + std::to_string(i)));
+        const std::string text = facts_of(file(0x1002, headers + '\0', ""));
+        EXPECT_EQ(text.substr(0, text.find(" | ")),
+                  n == 1 ? "EXR scan lines"
+                         : "EXR scan lines, " + std::to_string(std::min<size_t>(n, 64)) + " parts");
+        EXPECT_EQ(text.find("parts: p0, p1") == text.npos, n == 1);
+    }
+}

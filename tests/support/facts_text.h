@@ -78,6 +78,12 @@ inline std::string bit_rates_of(const std::string &content, const char *name = "
     return rates;
 }
 
+// The bytes that the structures of a file reach to.
+inline uint64_t claimed_of(const std::string &content, const char *name = "file.bin") {
+    Input input(name, content.data(), content.size());
+    return facts(input).extent.claimed;
+}
+
 // What is left of a file's facts where it is cut: "cut the picture's end" and the like.
 inline std::string extent_of(const std::string &content, const char *name) {
     Input input(name, content.data(), content.size());
