@@ -248,3 +248,35 @@ TEST(ExrFacts, Parts) {
         EXPECT_EQ(text.find("parts: p0, p1") == text.npos, n == 1);
     }
 }
+
+// Attributes that are no other fact stay along a sequence.
+TEST(ExrFacts, HeldAttributes) {
+    Transcript transcript;
+    const std::string plain = file(2, header(0, ""), "");
+    const auto with = [&](const std::string &more) {
+        return facts_difference(plain, file(2, header(0, more), ""));
+    };
+    const std::string numbers = little().u32(1).u32(0xFFFFFFFF).u32(3).u32(4).str();
+    for (const char *type : {"int", "v2i", "v3i", "box2i", "rational", "other"})
+        SHOW(type + with(attribute("a", type, numbers)));
+    ByteWriter reals = little();
+    for (int i = 1; i <= 16; i++) reals.f32(static_cast<float>(i) / 8);
+    for (const char *type : {"float", "v2f", "v3f", "box2f", "m33f", "m44f"})
+        SHOW(type + with(attribute("a", type, reals.str())));
+    ByteWriter doubles = little();
+    for (int i = 1; i <= 9; i++) doubles.f64(i / 8.0);
+    for (const char *type : {"double", "v2d", "v3d", "m33d"})
+        SHOW(type + with(attribute("a", type, doubles.str())));
+    for (const size_t n : {255, 256, 257}) SHOW(with(attribute("a", "string", std::string(n, 'a') + "b")));
+    const auto count = [&](size_t n) {
+        std::string more;
+        for (size_t i = 0; i < n; i++) more += attribute("n" + std::to_string(i), "int", hex("01000000"));
+        const std::string text = with(more);
+        return std::ranges::count(text, '+');
+    };
+    EXPECT_EQ(count(100) - count(99), 1);
+    EXPECT_EQ(count(101) - count(100), 0);
+    const std::string keycode = little().u32(2).u32(24).u32(123456).u32(7890).u32(12).u32(4).u32(64).str();
+    SHOW(with(attribute("keyCode", "keycode", keycode)) +
+         with(attribute("keyCode", "keycode", little().u32(100).raw(keycode.substr(4)).str())));
+}

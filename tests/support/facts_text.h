@@ -115,22 +115,35 @@ inline std::string facts_of_samples(const std::string &directory) {
     return text;
 }
 
-// What changes of the facts of `content` with each of `changes`, words that say of its bytes: "780=00FF" that
-// these stand from 780 on, "<100" that they end there, ">4" that as many more come behind; joined by commas,
-// these one after the other. A line a word: what is lost, what comes.
-inline std::string facts_changed(const std::string &content, const std::string &changes,
-                                 const char *name = "file.bin") {
+// What is lost and what comes of the facts of a file where it is another one: " - whole + cut the end", with
+// the bytes that its structures reach to and what stays along a sequence.
+inline std::string facts_difference(const std::string &first, const std::string &second,
+                                    const char *name = "file.bin") {
     const auto parts_of = [&](const std::string &bytes) {
         Input input(name, bytes.data(), bytes.size());
         const Facts found = facts(input);
         std::string text = text_of(found) + " | ";
         if (found.extent.claimed > 0) text += std::to_string(found.extent.claimed) + " bytes | ";
+        for (const auto &[held, value] : found.held) text += held + " (held): " + value + " | ";
         std::vector<std::string> parts;
         for (size_t at = 0, end; (end = text.find(" | ", at)) != text.npos; at = end + 3)
             parts.push_back(text.substr(at, end - at));
         return parts;
     };
-    const std::vector<std::string> before = parts_of(content);
+    const std::vector<std::string> before = parts_of(first), after = parts_of(second);
+    std::string report;
+    for (const auto &[sign, those, others] : {std::tuple{" - ", before, after}, {" + ", after, before}}) {
+        for (const std::string &part : those)
+            if (std::ranges::find(others, part) == others.end()) report += sign + part;
+    }
+    return before == after ? " the same" : report;
+}
+
+// The same for each of `changes`, words that say of the bytes of `content`: "780=00FF" that these stand from
+// 780 on, "<100" that they end there, ">4" that as many more come behind; joined by commas, these one after
+// the other.
+inline std::string facts_changed(const std::string &content, const std::string &changes,
+                                 const char *name = "file.bin") {
     std::istringstream words(changes);
     std::string report;
     for (std::string word; words >> word;) {
@@ -147,13 +160,7 @@ inline std::string facts_changed(const std::string &content, const std::string &
                 bytes.replace(number, raw.size(), raw);
             }
         }
-        const std::vector<std::string> after = parts_of(bytes);
-        report += word + ":";
-        for (const auto &[sign, those, others] : {std::tuple{" - ", before, after}, {" + ", after, before}}) {
-            for (const std::string &part : those)
-                if (std::ranges::find(others, part) == others.end()) report += sign + part;
-        }
-        report += before == after ? " the same\n" : "\n";
+        report += word + ":" + facts_difference(content, bytes, name) + "\n";
     }
     return report;
 }
