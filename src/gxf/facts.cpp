@@ -260,11 +260,11 @@ void finish(Gxf &gxf) {
             picture.scan = is_dv && picture.height < 720 ? Scan::bottom_first : Scan::interlaced;
         picture.frames = frames;
     }
-    if (frames < 0 || !frame_rate.is_set()) return;
     gxf.facts.lasts(frames, frame_rate);
     for (Sound &sound : gxf.facts.sounds) {
         if (!sound.rate.is_set()) sound.rate = {48000, 1};  // the only one (SMPTE 360M, 5.4)
-        sound.samples = frames * frame_rate.d * sound.rate.n / frame_rate.n;
+        if (frames >= 0 && frame_rate.is_set())
+            sound.samples = frames * frame_rate.d * sound.rate.n / frame_rate.n;
     }
 }
 
@@ -278,18 +278,20 @@ void judge(Gxf &gxf) {
         // The first packet of the tail and those behind it.
         std::optional<Packet> packet = packet_in(tail.from(at), size - n + at);
         int64_t field = -1;
-        while (packet && packet->type != end_of_stream && packet->end() < size) {
+        while (packet && packet->type != end_of_stream && packet->end() <= size) {
             if (packet->type == media) field = big32(tail, packet->at - (size - n) + kHeader + 2);
+            if (packet->end() == size) break;
             packet = packet_in(tail.from(packet->end() - (size - n)), packet->end());
         }
+        const int64_t next = field < 0 ? gxf.first_field : field + gxf.fields_a_frame();
         if (!packet) {  // no packet behind one: bytes of no stream, which has no end
             gxf.facts.cut(size + kHeader, "the end of the stream");
         } else if (packet->type == end_of_stream) {
             gxf.facts.whole(packet->end());
         } else if (packet->end() > size) {
             gxf.facts.cut(packet->end(), "the last packet's end");
-        } else if (gxf.last_field > 0 && field >= 0 && field + 2 < gxf.last_field) {
-            gxf.facts.cut(size + kHeader, "fields from " + std::to_string(field + 1) + " on");
+        } else if (next >= 0 && next < gxf.last_field) {
+            gxf.facts.cut(size + kHeader, "fields from " + std::to_string(next) + " on");
         } else {
             gxf.facts.open("no end of the stream");
         }
@@ -321,8 +323,8 @@ void read(Gxf &gxf) {
         at = packet->end();
     }
     if (gxf.tracks.empty()) gxf.facts.problem = "no map of tracks";
-    finish(gxf);
     read_umf(gxf);
+    finish(gxf);
     gxf.facts.add(std::move(gxf.timecode));
     gxf.facts.add_more("tracks", gxf.tracks.size());
     judge(gxf);
