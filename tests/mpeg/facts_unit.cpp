@@ -25,6 +25,10 @@ TEST(MpegFacts, TransportPackets) {
         timed += "time" + packets.substr(at, 188);
         protected_ones += packets.substr(at, 188) + std::string(16, 'p');
     }
+    for (const size_t cut : {1U, 100U, 187U}) {
+        EXPECT_EQ(facts_of(packets.substr(cut)).substr(0, 7), "MPEG-TS") << cut;
+        EXPECT_EQ(facts_of(packets.substr(188 - cut, cut) + packets), plain) << cut;
+    }
     EXPECT_EQ(facts_of(timed), "MPEG-TS 192-byte packets" + plain.substr(7));
     EXPECT_EQ(facts_of(protected_ones), "MPEG-TS 204-byte packets" + plain.substr(7));
 }
