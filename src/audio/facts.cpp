@@ -157,7 +157,7 @@ void set_timecode(Wave &wave) {
     timecode.place = place;
     if (frames.is_set() && frames.n < 250000 && frames.d < 10000 && base_of(frames) > 0) {
         timecode.base = base_of(frames);
-        timecode.drop = element(wave.xml, "TIMECODE_FLAG") == "DF";
+        timecode.drop = element(wave.xml, "TIMECODE_FLAG") == "DF" && timecode.base % 30 == 0;
         // What begins with a frame was cut to a sample.
         timecode.frames = samples == 0 ? 0 : (samples + 1) * frames.n / (frames.d * clock);
     } else {

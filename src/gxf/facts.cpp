@@ -175,7 +175,7 @@ void read_timecode_entry(Gxf &gxf, Bytes entry) {
     };
     const uint32_t base = base_of(gxf.rate());
     gxf.timecode = file_timecode(digits(6, 3), digits(4, 7), digits(2, 7), digits(0, 3), base,
-                                 (entry[1] & 4) != 0 && base % 30 == 0, "track");
+                                 (entry[1] & 4) != 0, "track");
 }
 
 void read_media(Gxf &gxf, const Packet &packet) {
@@ -321,8 +321,8 @@ void read(Gxf &gxf) {
         at = packet->end();
     }
     if (gxf.tracks.empty()) gxf.facts.problem = "no map of tracks";
-    finish(gxf);
     read_umf(gxf);
+    finish(gxf);
     gxf.facts.add(std::move(gxf.timecode));
     gxf.facts.add_more("tracks", gxf.tracks.size());
     judge(gxf);

@@ -145,6 +145,25 @@ TEST(SoundFacts, Samples) {
     SHOW(facts_of(frames));
     SHOW(facts_of(frames.substr(0, frames.size() - 1)));
     SHOW(facts_of(hex("FFFB1464") + std::string(200, 'x')));
+    // Two programs in one; sound of which packets are counted, of a known size or not.
+    EXPECT_NE(facts_of(hex("FFFB1480") + std::string(92, 'x')).find("dual mono"), std::string::npos);
+    const auto packets = [](const char *codec) {
+        const std::string common =
+            hex("0001 0000000A 0010 400EBB80000000000000") + codec + std::string(2, '\0');
+        return facts_of(big()
+                            .text("FORM")
+                            .u32(66)
+                            .text("AIFC")
+                            .text("COMM")
+                            .u32(24)
+                            .raw(common)
+                            .text("SSND")
+                            .u32(18)
+                            .zeros(18)
+                            .str());
+    };
+    EXPECT_EQ(packets("ima4"), "AIFC | 1ch 48000 Hz 4 bits IMA ADPCM 640 samples | 1/75 s | whole");
+    EXPECT_EQ(packets("QDM2"), "AIFC | 1ch 48000 Hz QDesign 2 | whole");
 }
 
 // Of the picture by the file's index; of sound as coded. A streamed size of samples of 21 bytes.
