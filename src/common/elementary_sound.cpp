@@ -118,6 +118,10 @@ const char *aac_name(uint32_t type) {
 
 }  // namespace
 
+std::string configured_layout(uint32_t configuration) {
+    return configuration < std::size(kAacChannels) ? kAacChannels[configuration].layout : "";
+}
+
 bool aac_configuration(Bytes config, Sound &sound) {
     BitReader bits(config);
     uint32_t type = object_type(bits);
@@ -300,6 +304,7 @@ MpegAudioFrame mpeg_audio_frame(Bytes frame) {
     found.layer = layer;
     found.is_version_1 = version == 3;
     found.channels = (header >> 6 & 3) == 3 ? 1 : 2;
+    found.is_dual = (header >> 6 & 3) == 2;
     found.rate = kRates[rate] >> (version == 3 ? 0 : version == 2 ? 1 : 2);
     found.bit_rate = kBitRates[version == 3 ? 0 : 1][layer - 1][bit_rate] * 1000U;
     found.samples = layer == 1 ? 384 : layer == 3 && version != 3 ? 576 : 1152;
@@ -313,7 +318,7 @@ void set_sound(const MpegAudioFrame &frame, Sound &sound) {
     constexpr const char *kNames[] = {"", "MP1", "MP2", "MP3"};
     sound.codec = kNames[frame.layer];
     sound.channels = frame.channels;
-    sound.layout = frame.channels == 1 ? "mono" : "stereo";
+    sound.layout = frame.is_dual ? "dual mono" : frame.channels == 1 ? "mono" : "stereo";
     sound.rate = {frame.rate, 1};
 }
 

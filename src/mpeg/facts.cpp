@@ -119,6 +119,8 @@ void tell_stream(Stream &stream, Facts &facts) {
         picture.codec = stream.codec;
         stream_picture(head, picture);
         if (!stream.rate.is_set()) stream.rate = picture.rate;
+        facts.add_more("mastering display", picture.mastering);
+        facts.add_more("content light", picture.light);
         facts.pictures.push_back(picture);
         return;
     }
@@ -277,10 +279,8 @@ void read_program(Input &input, Facts &facts) {
 // The time code of a group of pictures (ISO 13818-2, 6.3.8).
 FileTimecode group_timecode(Bytes group, Ratio rate) {
     const uint32_t bits = big32(group, 4);
-    const uint32_t base = base_of(rate);
-    const bool drop = bits >> 31 != 0 && (base == 30 || base == 60);
-    return file_timecode(bits >> 26 & 31, bits >> 20 & 63, bits >> 13 & 63, bits >> 7 & 63, base, drop,
-                         "group of pictures");
+    return file_timecode(bits >> 26 & 31, bits >> 20 & 63, bits >> 13 & 63, bits >> 7 & 63, base_of(rate),
+                         bits >> 31 != 0, "group of pictures");
 }
 
 void read_video(Input &input, Facts &facts) {

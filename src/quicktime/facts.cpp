@@ -105,7 +105,7 @@ void read_track_header(Bytes tkhd, Track &track) {
     if (determinant < 0) track.mirrored = is_upside_down ? "vertically" : "horizontally";
     const double sign = determinant < 0 && !is_upside_down ? -1 : 1;
     const double angle = std::atan2(sign * matrix(1), sign * matrix(0)) * kDegrees;
-    track.rotation = static_cast<int>(std::lround(angle < 0 ? angle + 360 : angle));
+    track.rotation = static_cast<int>(std::lround(angle < 0 ? angle + 360 : angle) % 360);
 }
 
 Track read_track(Bytes trak, uint32_t number) {
@@ -306,7 +306,7 @@ void read_sound_track(Movie &movie, Track &track) {
 void read_timecode_track(Movie &movie, const Track &track) {
     const Bytes entry = track.description;
     const uint32_t flags = big32(entry, 12);
-    const int64_t frame = big32(entry, 20);
+    const double frame = Ratio{big32(entry, 20), big32(entry, 16)}.value();  // seconds
     const uint32_t base = entry[24];
     const Bytes name = find_box(entry.from(26), "name");
     if (movie.facts.reel.empty()) movie.facts.reel = fixed_text(name, 4, big16(name));
@@ -316,9 +316,10 @@ void read_timecode_track(Movie &movie, const Track &track) {
     const bool wide = track.codec == fourcc("tc64");
     const Bytes sample = movie.input.present(place, wide ? 8 : 4);
     if (sample.size() < (wide ? 8U : 4U)) return;
-    int64_t frames = wide ? static_cast<int64_t>(big64(sample)) : int64_t{big32(sample)};
+    int64_t frames = wide ? static_cast<int64_t>(big64(sample)) : static_cast<int32_t>(big32(sample));
     const Edits edits = edits_of(movie, track);
-    if (edits.media_edits > 0 && frame > 0 && track.timescale > 0) frames += edits.first_time / frame;
+    const double skipped = Ratio{edits.first_time, track.timescale}.value();
+    if (frame > 0 && skipped / frame < 1e9) frames += static_cast<int64_t>(skipped / frame + 1e-6);
     const std::string track_name = "track " + std::to_string(track.number);
     if (frames >= 0) movie.facts.add(counted_timecode(frames, base, (flags & 1) != 0, track_name));
 }
