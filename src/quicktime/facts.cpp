@@ -403,6 +403,16 @@ void judge_extent(Movie &movie, uint64_t header_end) {
     if (has_data) facts.whole(claimed);
 }
 
+// Whether zeros stand where the last boxes of the header, or of what it ends with, would be.
+bool has_unwritten_end(Bytes holder) {
+    constexpr uint32_t kHolders[] = {fourcc("trak"), fourcc("mdia"), fourcc("minf"), fourcc("stbl")};
+    Box last;
+    each_box(holder, [&](const Box &box) { last = box; });
+    const Bytes rest = holder.from(last.end());
+    if (rest.size() >= 8) return is_zero(rest);
+    return std::ranges::find(kHolders, last.type) != std::end(kHolders) && has_unwritten_end(last.data);
+}
+
 bool is_media(const Track &track) {
     return track.handler == fourcc("vide") || track.handler == fourcc("soun");
 }
@@ -481,7 +491,9 @@ void read_movie(Movie &movie, uint64_t end) {
     movie.facts.add_more("edit lists", edits);
     if (movie.moov.size() >= 8 && big32(movie.moov, 4) == fourcc("cmov"))
         movie.facts.problem = "the movie's header is compressed";
-    if (!extends.empty()) {
+    if (has_unwritten_end(movie.moov)) {
+        movie.facts.cut(std::max(end, movie.input.size()), "the end of moov (zeros)");
+    } else if (!extends.empty()) {
         movie.facts.variant = "fragmented";
         read_fragments(movie.input, end, extends, movie.tracks, movie.facts);
         for (const Track &track : movie.tracks) {

@@ -175,10 +175,10 @@ void walk(Fragments &fragments, uint64_t at, int most) {
         at = box.end();
         fragments.last = at;
         if (at > file_size) fragments.is_cut = true;
-        if (box.type == fourcc("mfra") && is_closed(file, box)) {
-            fragments.is_closed = true;
-            at = file_size;
-        }
+        if (box.type != fourcc("mfra")) continue;
+        fragments.is_closed = is_closed(file, box);
+        fragments.is_cut = fragments.is_cut || (!fragments.is_closed && big64(file, at - 8) == 0);
+        if (fragments.is_closed) at = file_size;
     }
     fragments.is_ended = at >= file_size;
 }

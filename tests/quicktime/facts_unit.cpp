@@ -234,6 +234,15 @@ TEST(MovieFacts, Extent) {
     EXPECT_EQ(state(whole + std::string(100, 'x')), "whole");
     EXPECT_EQ(state(whole.substr(0, whole.size() - 1)), "cut the end of moov");
     EXPECT_EQ(state(whole.substr(0, 8000)), "cut no moov");
+    // Zeros where the last tracks, or the last tables of one, would be.
+    const std::string two = movie(track("soun", sound_entry("raw ", 0, 2, 8, ""), media_header(48000, 10)) +
+                                  track("vide", picture_entry("apcn", ""), media_header(24000, 10010)));
+    for (const char *type : {"trak", "minf", "stsz"}) {
+        const size_t at = two.rfind(type) - 4;
+        EXPECT_EQ(state(two.substr(0, at) + std::string(two.size() - at, '\0')),
+                  "cut the end of moov (zeros)")
+            << type;
+    }
     EXPECT_EQ(
         state(movie(track("vide", picture_entry("apcn", ""), media_header(24000, 10010), {10, 1001, 32, {}}),
                     "qt  ", std::string(10000, '\0'))),
