@@ -274,7 +274,7 @@ uint64_t wave_format(Bytes format, Sound &sound) {
     if (tag == 0xFFFE && format.size() >= 40) {
         tag = little32(format, 24);
         if (const uint32_t valid = little16(format, 18); valid > 0 && valid <= stored) sound.bits = valid;
-        sound.layout = speaker_layout(little32(format, 20));
+        sound.layout = speaker_layout(little32(format, 20), sound.channels);
     }
     char other[32];
     std::snprintf(other, sizeof other, "0x%04X", tag);

@@ -111,8 +111,9 @@ void set_sound(const MpegAudioFrame &frame, Sound &sound);
 // -1.
 int64_t ac3_bit_rate(uint32_t code);
 void set_ac3_mode(uint32_t mode, bool lfe, Sound &sound);
-// The layout of a mask of loudspeakers in the order of WAVE: "stereo", "5.1", "L R Ts", ...
-std::string speaker_layout(uint64_t mask);
+// The layout of a mask of loudspeakers in the order of WAVE: "stereo", "5.1", "L R Ts", ... Empty where that
+// has not as many as there are channels.
+std::string speaker_layout(uint64_t mask, uint32_t channels);
 // By a channel configuration of ISO 23091-3, which those of AAC are; empty for one without a name.
 std::string configured_layout(uint32_t configuration);
 

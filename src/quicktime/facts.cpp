@@ -122,7 +122,12 @@ Track read_track(Bytes trak, uint32_t number) {
     track.table = find_box(trak, "mdia/minf/stbl");
     const Bytes dref = find_box(trak, "mdia/minf/dinf/dref");
     track.is_external = big32(dref, 4) > 0 && big32(dref, 12) != 0 && (big32(dref, 16) & 1) == 0;
-    const Box entry = box_at(find_box(track.table, "stsd"), 8);
+    // The description of the first chunk.
+    const Bytes descriptions = find_box(track.table, "stsd");
+    Box entry = box_at(descriptions, 8);
+    const uint32_t first = std::min(big32(find_box(track.table, "stsc"), 16), big32(descriptions, 4));
+    for (uint32_t i = 1; i < std::min(first, 1000U) && entry.size > 0; i++)
+        entry = box_at(descriptions, entry.end());
     track.codec = entry.type;
     track.description = entry.data;
     return track;

@@ -246,9 +246,9 @@ std::string layout_of(const std::vector<uint32_t> &labels) {
     return names == "L R C LFE Ls Rs" ? "5.1" : names;
 }
 
-std::string core_audio_layout(Bytes chan) {
+std::string core_audio_layout(Bytes chan, uint32_t channels) {
     const uint32_t tag = big32(chan, 4);
-    if (tag == 0x10000) return speaker_layout(big32(chan, 8));
+    if (tag == 0x10000) return speaker_layout(big32(chan, 8), channels);
     if (tag != 0) return name_at(kLayouts, (tag >> 16) - 100);
     std::vector<uint32_t> labels;
     for (uint64_t i = 0; i < big32(chan, 12) && i < 64 && chan.has(16 + 20 * i, 20); i++)
@@ -305,10 +305,10 @@ void read_eac3_box(Bytes data, Sound &sound) {
     set_ac3_mode(mode, bits.flag(), sound);
     bits.skip(3);
     if (bits.get(4) > 0) {
-        constexpr uint32_t kPlaces[] = {2, 2, 1, 1, 2, 2, 2, 1, 1};  // channels, from the first bit on
+        constexpr uint32_t kPlaces[] = {2, 2, 1, 1, 2, 2, 2, 1, 1};  // channels, from bit 0 on
         const uint32_t places = bits.get(9);
-        for (unsigned i = 0; i < 9; i++) sound.channels += (places >> (8 - i) & 1) * kPlaces[i];
-        sound.layout = sound.channels == 8 && (places & 0x80) != 0 ? "7.1" : "";
+        for (unsigned i = 0; i < 9; i++) sound.channels += (places >> i & 1) * kPlaces[i];
+        sound.layout = sound.channels == 8 && (places & 2) != 0 ? "7.1" : "";
     }
     if (kilobits > 0) sound.bit_rate = int64_t{kilobits} * 1000;
 }
@@ -325,7 +325,8 @@ void read_sound_boxes(Bytes boxes, Sound &sound, int depth) {
                 break;
             case fourcc("esds"): read_sound_esds(data, sound); break;
             case fourcc("chan"):
-                if (std::string layout = core_audio_layout(data); !layout.empty()) sound.layout = layout;
+                if (std::string layout = core_audio_layout(data, sound.channels); !layout.empty())
+                    sound.layout = layout;
                 break;
             case fourcc("dac3"): read_ac3_box(data, sound); break;
             case fourcc("dec3"): read_eac3_box(data, sound); break;

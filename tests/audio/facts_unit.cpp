@@ -42,6 +42,9 @@ TEST(WaveFacts, Formats) {
     EXPECT_EQ(facts_of(wave(format(0xFFFE, 6, 32, little().u16(22).u16(32).u32(0x3F).raw(guid).str()) +
                             chunk("data", kSilence))),
               "WAVE | 6ch 48000 Hz 32 bits PCM float 5.1 400 samples | 1/120 s | whole");
+    EXPECT_EQ(facts_of(wave(format(0xFFFE, 6, 32, little().u16(22).u16(32).u32(3).raw(guid).str()) +
+                            chunk("data", kSilence))),
+              "WAVE | 6ch 48000 Hz 32 bits PCM float 400 samples | 1/120 s | whole");
     const std::string ds64 = chunk("ds64", little().u64(0).u64(9600).u64(2400).u32(0).str());
     EXPECT_EQ(facts_of(wave(ds64 + pcm + chunk("data", kSilence, 0xFFFFFFFF), "BW64")),
               "WAVE BW64 | 2ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s | whole");

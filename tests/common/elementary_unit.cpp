@@ -134,6 +134,17 @@ TEST(Elementary, Dts) {
     EXPECT_FALSE(dts_frame(Bytes(dts.data(), 6), sound));
 }
 
+// A substream that adds two channels at the back to 5.1; alone it is none that can be heard.
+TEST(Elementary, DependentSubstreams) {
+    const std::string added = bytes("0b7740073c87e011a000000000000000");
+    const std::string both = bytes("0b7700033f87c000") + added;
+    Sound sound;
+    EXPECT_TRUE(ac3_frame(Bytes(both.data(), both.size()), sound));
+    EXPECT_EQ(sound.channels, 8U);
+    EXPECT_EQ(sound.layout, "7.1");
+    EXPECT_FALSE(ac3_frame(Bytes(added.data(), added.size()), sound));
+}
+
 TEST(Elementary, TrueHd) {
     const std::string unit = bytes("80ddffd8f8726fba0097c00fb7520000");
     Sound sound;
