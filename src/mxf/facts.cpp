@@ -262,6 +262,11 @@ void read_tracks(File &file) {
     };
     const Track *played = file.materials.empty() ? nullptr : file.materials[0].main_track();
     if (played) last(played->duration, played->rate);
+    if (played && played->kind == TrackKind::picture && !facts.pictures.empty()) {
+        Picture &main = facts.pictures[0];
+        const int64_t shown = converted(played->duration, played->rate, main.rate);
+        if (shown > 0 && shown < main.frames) main.played = shown;
+    }
     if (!facts.pictures.empty()) last(facts.pictures[0].frames, facts.pictures[0].rate);
     if (!facts.sounds.empty()) last(facts.sounds[0].samples, facts.sounds[0].rate);
 }
