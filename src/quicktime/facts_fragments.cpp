@@ -281,8 +281,10 @@ void forget_bit_rates(Facts &facts) {
     }
 }
 
-void judge(Fragments &fragments, bool has_end_index, Facts &facts) {
+void judge(Fragments &fragments, const Index &index, Facts &facts) {
     const uint64_t size = fragments.input.size();
+    const bool is_short = index.entries != 0 && fragments.last <= *index.places.rbegin();
+    fragments.is_cut = fragments.is_cut || (is_short && fragments.is_ended);
     uint64_t claimed = fragments.last;
     for (auto &[id, run] : fragments.runs) {
         claimed = std::max(claimed, run.data_end);
@@ -292,7 +294,7 @@ void judge(Fragments &fragments, bool has_end_index, Facts &facts) {
     }
     if (fragments.is_cut) {
         facts.cut(std::max(claimed, size), "the last fragment");
-    } else if ((has_end_index || fragments.is_closed) && fragments.is_ended) {
+    } else if ((index.entries != 0 || fragments.is_closed) && fragments.is_ended) {
         facts.whole(claimed);
     } else {
         facts.extent.claimed = claimed;  // what ends with a fragment may have had more of them
@@ -345,5 +347,5 @@ void read_fragments(Input &input, uint64_t from, Bytes extends, std::vector<Trac
     }
     if (!all_walked) forget_bit_rates(facts);
     for (const auto &[id, run] : fragments.runs) tell_track(run, all_walked, facts);
-    judge(fragments, index.entries != 0, facts);
+    judge(fragments, index, facts);
 }

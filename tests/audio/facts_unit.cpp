@@ -48,6 +48,14 @@ TEST(WaveFacts, Formats) {
     const std::string ds64 = chunk("ds64", little().u64(0).u64(9600).u64(2400).u32(0).str());
     EXPECT_EQ(facts_of(wave(ds64 + pcm + chunk("data", kSilence, 0xFFFFFFFF), "BW64")),
               "WAVE BW64 | 2ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s | whole");
+    // A size in the table is that of another chunk, before the data or behind them.
+    const std::string table =
+        chunk("ds64", little().u64(0).u64(9600).u64(2400).u32(1).text("axml").u64(100).str());
+    const std::string sound = chunk("data", kSilence, 0xFFFFFFFF);
+    const std::string xml = chunk("axml", std::string(100, '<'), 0xFFFFFFFF);
+    for (const std::string &chunks : {xml + sound, sound + xml})
+        EXPECT_EQ(facts_of(wave(table + pcm + chunks, "BW64")),
+                  "WAVE BW64 | 2ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s | whole");
 }
 
 // Codecs by an identifier, bits by what is behind the format, a bit rate by the data.
