@@ -496,8 +496,11 @@ void read_movie(Movie &movie, uint64_t end) {
     movie.facts.add_more("edit lists", edits);
     if (movie.moov.size() >= 8 && big32(movie.moov, 4) == fourcc("cmov"))
         movie.facts.problem = "the movie's header is compressed";
-    if (has_unwritten_end(movie.moov)) {
-        movie.facts.cut(std::max(end, movie.input.size()), "the end of moov (zeros)");
+    const bool has_end = end <= movie.input.size();
+    if (has_end && has_unwritten_end(movie.moov)) {
+        movie.facts.cut(movie.input.size(), "the end of moov (zeros)");
+    } else if (!has_end && !extends.empty()) {
+        movie.facts.cut(end, "the end of moov");
     } else if (!extends.empty()) {
         movie.facts.variant = "fragmented";
         read_fragments(movie.input, end, extends, movie.tracks, movie.facts);

@@ -325,6 +325,8 @@ TEST(MovieFacts, FragmentsBehindSamples) {
                  fragment + atom("mdat", std::string(5000, 'x')));
     EXPECT_NE(text.find("fps 15 frames"), std::string::npos) << text;
     EXPECT_NE(text.find(" | 1001/1600 s"), std::string::npos) << text;
+    const std::string cut = movie(extends + atom("udta", std::string(50, 'x')));
+    EXPECT_EQ(extent_of(cut.substr(0, cut.size() - 1), "a.mov"), "cut the end of moov");
     // All samples stand in the header.
     const std::string closed =
         facts_of(movie(track("vide", picture_entry("apcn", ""), media_header(24000, 10010)) + extends));
