@@ -137,23 +137,31 @@ void tell_stream(Stream &stream, Facts &facts) {
     facts.sounds.push_back(sound);
 }
 
-// By the pictures' clock, with the last one's own time; else by the sound's, or that of the program.
+// By the main pictures' clock, with the last one's own time; else by others', the sound's, or that of the
+// program.
 void tell_duration(const std::vector<Stream *> &streams, Facts &facts) {
-    const auto rank = [](const Stream &stream) {
-        return stream.is_picture ? 2 : stream.codec.empty() ? 0 : 1;
-    };
     const Stream *best = nullptr;
+    int best_rank = -1;
+    Picture *picture = nullptr;  // that is the best one's
+    Picture *next = facts.pictures.data();
+    const Picture *const main = next + facts.largest();
     for (const Stream *stream : streams) {
-        if (stream->first < 0 || stream->last <= stream->first) continue;
-        if (!best || rank(*stream) > rank(*best)) best = stream;
+        Picture *const told = stream->is_picture ? next++ : nullptr;
+        const int rank = told ? (told == main ? 3 : 2) : stream->codec.empty() ? 0 : 1;
+        if (stream->first < 0 || stream->last <= stream->first || rank <= best_rank) continue;
+        best = stream;
+        best_rank = rank;
+        picture = told;
     }
-    if (!best) return;
+    if (!best) return facts.largest_first();
     const int64_t ticks = best->last - best->first;
     facts.duration = Ratio{ticks, 90000}.reduced();
     const double frames = static_cast<double>(ticks) / 90000 * best->rate.value() + 1 + best->behind;
-    if (!best->rate.is_set() || std::abs(frames - std::round(frames)) >= 0.02) return;
-    facts.lasts(std::llround(frames), best->rate);
-    if (!facts.pictures.empty()) facts.pictures[0].frames = std::llround(frames);
+    if (picture && best->rate.is_set() && std::abs(frames - std::round(frames)) < 0.02) {
+        facts.lasts(std::llround(frames), best->rate);
+        picture->frames = std::llround(frames);
+    }
+    facts.largest_first();
 }
 
 namespace {
