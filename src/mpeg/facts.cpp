@@ -291,6 +291,15 @@ FileTimecode group_timecode(Bytes group, Ratio rate) {
                          bits >> 31 != 0, "group of pictures");
 }
 
+// Fields that a picture is shown for beyond two, by its coding extension: one that is a field alone has one
+// less, those of film have one more each other time, and frames of a progressive sequence may be repeated.
+int64_t fields_more(Bytes extension, bool has_frames_only) {
+    const bool repeats = (extension[7] & 2) != 0;
+    if ((extension[6] & 3) != 3) return -1;
+    if (!has_frames_only || !repeats) return repeats ? 1 : 0;
+    return (extension[7] & 0x80) != 0 ? 4 : 2;
+}
+
 void read_video(Input &input, Facts &facts) {
     const uint64_t size = input.size();
     const bool is_small = size <= 3 * kHead;
@@ -300,6 +309,7 @@ void read_video(Input &input, Facts &facts) {
     facts.variant = picture.codec + " video";
     int64_t fields = 0;
     bool has_group = false;
+    bool has_frames_only = false;
     int64_t left = 1000000;
     for (uint64_t at = start_code(head); at < head.size() && left-- > 0; at = start_code(head, at + 4)) {
         const uint8_t code = head[at + 3];
@@ -308,8 +318,9 @@ void read_video(Input &input, Facts &facts) {
             has_group = true;
         }
         if (code == 0) fields += 2;
-        // A picture that is one field says so in its coding extension.
-        if (code == 0xB5 && head[at + 4] >> 4 == 8 && (head[at + 6] & 3) != 3) fields--;
+        const unsigned extension = code == 0xB5 ? head[at + 4] >> 4 : 0U;
+        if (extension == 1) has_frames_only = (head[at + 5] & 8) != 0;
+        if (extension == 8) fields += fields_more(head.from(at), has_frames_only);
     }
     if (is_small) {
         picture.frames = fields / 2;

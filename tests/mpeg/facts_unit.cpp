@@ -129,6 +129,17 @@ TEST(MpegFacts, LateStreams) {
               "MPEG-TS | 1280x720 Dirac 4:2:2 10 bits p 60000/1001 fps | 2ch 48000 Hz AC-3 1.1");
 }
 
+// Film that is shown at 29.97 Hz, each other picture for three fields.
+TEST(MpegFacts, RepeatedFields) {
+    std::string video = hex("000001B3 7804383400FFE018 000001B5 144200010000");
+    for (int i = 0; i < 8; i++)
+        video +=
+            hex("00000100 000F 000001B5 8FFFF3") + hex(i % 2 == 0 ? "8380" : "8180") + hex("00000101 22");
+    const std::string text = facts_of(video + hex("000001B7"));
+    EXPECT_NE(text.find("30000/1001 fps 10 frames"), std::string::npos) << text;
+    EXPECT_NE(text.find("| 1001/3000 s |"), std::string::npos) << text;
+}
+
 // Zeros behind the end of a sequence fill up a sector; behind a picture they are in the place of others.
 TEST(MpegFacts, ZerosBehindVideo) {
     const std::string video = content_of(std::string(KELDUMP_SAMPLES) + "/mpeg/video.m2v");
