@@ -114,6 +114,8 @@ void set_ac3_mode(uint32_t mode, bool lfe, Sound &sound);
 // The layout of a mask of loudspeakers in the order of WAVE: "stereo", "5.1", "L R Ts", ... Empty where that
 // has not as many as there are channels.
 std::string speaker_layout(uint64_t mask, uint32_t channels);
+// By the number of channels of FLAC (RFC 9639, 9.1.3), and of Opus by the families 0 and 1 (RFC 7845, 5.1.1).
+const char *counted_layout(uint32_t channels);
 // By a channel configuration of ISO 23091-3, which those of AAC are; empty for one without a name.
 std::string configured_layout(uint32_t configuration);
 

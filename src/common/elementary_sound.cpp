@@ -352,8 +352,12 @@ void set_sound(const MpegAudioFrame &frame, Sound &sound) {
     sound.rate = {frame.rate, 1};
 }
 
+const char *counted_layout(uint32_t channels) {
+    constexpr const char *kLayouts[] = {"", "mono", "stereo", "3.0", "quad", "5.0", "5.1", "6.1", "7.1"};
+    return name_at(kLayouts, channels);
+}
+
 bool flac_information(Bytes information, Sound &sound) {
-    constexpr const char *kLayouts[] = {"mono", "stereo", "3.0", "quad", "5.0", "5.1", "6.1", "7.1"};
     BitReader bits(information.from(10));
     const uint32_t rate = bits.get(20);
     const uint32_t channels = bits.get(3);
@@ -361,7 +365,7 @@ bool flac_information(Bytes information, Sound &sound) {
     sound.channels = channels + 1;
     sound.bits = bits.get(5) + 1;
     if (rate > 0) sound.rate = {rate, 1};
-    if (sound.layout.empty()) sound.layout = kLayouts[channels];  // RFC 9639, 9.1.3
+    if (sound.layout.empty()) sound.layout = counted_layout(sound.channels);
     return true;
 }
 

@@ -128,7 +128,10 @@ void tell_stream(Stream &stream, Facts &facts) {
     sound.codec = stream.codec;
     sound.language = stream.language;
     sound.channels = stream.channels;
-    if (stream.codec == "Opus") sound.rate = {48000, 1};
+    if (stream.codec == "Opus") {
+        sound.rate = {48000, 1};
+        sound.layout = counted_layout(sound.channels);
+    }
     // The first frame of sound in what there is of the stream.
     for (uint64_t at = 0; at + 8 < head.size() && !stream_sound(head.from(at), sound);) at++;
     if (stream.codec == "PCM" && stream.kind == Stream::dvd) read_dvd_pcm(head, sound);

@@ -334,7 +334,7 @@ void read_sound_boxes(Bytes boxes, Sound &sound, int depth) {
             case fourcc("dOps"):
                 sound.channels = data[1];
                 sound.rate = {48000, 1};
-                if (data[10] == 0) sound.layout = sound.channels == 1 ? "mono" : "stereo";  // RFC 7845, 5.1.1
+                if (data[10] <= 1) sound.layout = counted_layout(sound.channels);
                 break;
             case fourcc("alac"):
                 if (data.size() < 28) break;

@@ -66,7 +66,7 @@ TEST(MpegFacts, Descriptors) {
         facts_of(packet("4740001000", "00B00D0001C100000001E100 00000000") +
                  packet("4741001000", "02B01C0001C10000E101F000 06E101F00A 05044F707573 7F028002 00000000") +
                  null + null),
-        "MPEG-TS | 2ch 48000 Hz Opus");
+        "MPEG-TS | 2ch 48000 Hz Opus stereo");
     // A map of data alone is a map.
     const std::string map = packet("4741001000", "02B0120001C10000E101F000 06E101F000 00000000");
     const std::string association = packet("4740001000", "00B00D0001C100000001E100 00000000");
