@@ -183,8 +183,8 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
     stream_picture(first_sample(input, track), picture, setup);
     each_box(boxes, [&](const Box &box) {
         const Bytes data = box.data;
-        // HEVC has fields only where it says so.
-        const bool is_told = picture.codec == "HEVC" && picture.scan != Scan::unknown;
+        // HEVC that is coded in fields says so, whatever its container was told.
+        const bool is_told = picture.codec == "HEVC" && picture.scan > Scan::progressive;
         if (box.type == fourcc("fiel") && scan_of(data[0], data[1]) != Scan::unknown && !is_told)
             picture.scan = scan_of(data[0], data[1]);
         if (box.type == fourcc("colr")) read_colours(data, picture);
