@@ -497,7 +497,8 @@ void read_movie(Movie &movie, uint64_t end) {
     if (movie.moov.size() >= 8 && big32(movie.moov, 4) == fourcc("cmov"))
         movie.facts.problem = "the movie's header is compressed";
     const bool has_end = end <= movie.input.size();
-    if (has_end && has_unwritten_end(movie.moov)) {
+    const bool is_read = movie.is_whole || movie.input.reads() <= kMostReads;
+    if (has_end && is_read && has_unwritten_end(movie.moov)) {
         movie.facts.cut(movie.input.size(), "the end of moov (zeros)");
     } else if (!has_end && !extends.empty()) {
         movie.facts.cut(end, "the end of moov");
