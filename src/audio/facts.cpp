@@ -60,7 +60,7 @@ struct Wave {
     bool is_streamed = false;
     bool is_open = false;
     int64_t told_samples = -1;  // of a fact chunk, or ds64
-    uint64_t large_data = 0;    // of ds64
+    Bytes large = {};           // ds64
     uint64_t last_end = 0;      // of chunks that are known to be some
     bool has_bext = false;
     int64_t time_reference = -1;
@@ -100,8 +100,17 @@ void read_bext(Bytes bext, Wave &wave) {
     facts.add_more("short-term loudness", loudness(bext, 420, "LUFS"));
 }
 
+// What has no room in a chunk's size (EBU Tech 3306): of the data, and of others in a table.
+uint64_t large_size(uint32_t type, Bytes ds64) {
+    if (type == fourcc("data")) return little64(ds64, 8);
+    for (uint64_t i = 0; i < little32(ds64, 24) && ds64.has(28 + 12 * i, 12); i++) {
+        if (big32(ds64, 28 + 12 * i) == type) return little64(ds64, 32 + 12 * i);
+    }
+    return 0;
+}
+
 void read_ds64(Bytes ds64, Wave &wave) {
-    wave.large_data = little64(ds64, 8);
+    wave.large = ds64;
     if (little64(ds64, 16) > 0 && little64(ds64, 16) < INT64_MAX)
         wave.told_samples = static_cast<int64_t>(little64(ds64, 16));
 }
@@ -157,7 +166,7 @@ void set_timecode(Wave &wave) {
     timecode.place = place;
     if (frames.is_set() && frames.n < 250000 && frames.d < 10000 && base_of(frames) > 0) {
         timecode.base = base_of(frames);
-        timecode.drop = element(wave.xml, "TIMECODE_FLAG") == "DF";
+        timecode.drop = element(wave.xml, "TIMECODE_FLAG") == "DF" && timecode.base % 30 == 0;
         // What begins with a frame was cut to a sample.
         timecode.frames = samples == 0 ? 0 : (samples + 1) * frames.n / (frames.d * clock);
     } else {
@@ -209,7 +218,9 @@ void read_wave(Wave &wave) {
     const Bytes file = wave.input.bytes();
     each_chunk(file, 12, file.size(), false, [&](Chunk &chunk) {
         constexpr std::string_view kOthers = "LISTbextiXMLaxmlchnalevlcue PEAKJUNKid3 ID3 smplinst_PMXumid";
-        const Bytes data = chunk.data;
+        const uint64_t large = chunk.end - chunk.start == 0xFFFFFFFF ? large_size(chunk.type, wave.large) : 0;
+        if (large > 0) chunk.end = chunk.start + std::min<uint64_t>(large, INT64_MAX);
+        const Bytes data = chunk.data.sub(0, chunk.end - chunk.start);
         if (kOthers.find(type_characters(chunk.type)) % 4 == 0) wave.last_end = chunk.end;
         switch (chunk.type) {
             case fourcc("ds64"): read_ds64(data, wave); break;
@@ -226,9 +237,7 @@ void read_wave(Wave &wave) {
                 if (wave.told_samples < 0 && data.size() >= 4) wave.told_samples = little32(data);
                 break;
             case fourcc("data"): {
-                const uint64_t told = chunk.end - chunk.start;
-                const bool is_large = told == 0xFFFFFFFF && wave.large_data > 0;
-                set_data(chunk, is_large ? wave.large_data : told, wave);
+                set_data(chunk, chunk.end - chunk.start, wave);
                 chunk.end = chunk.start + std::min<uint64_t>(wave.data_size, INT64_MAX);
                 break;
             }
@@ -274,7 +283,7 @@ uint64_t wave_format(Bytes format, Sound &sound) {
     if (tag == 0xFFFE && format.size() >= 40) {
         tag = little32(format, 24);
         if (const uint32_t valid = little16(format, 18); valid > 0 && valid <= stored) sound.bits = valid;
-        sound.layout = speaker_layout(little32(format, 20));
+        sound.layout = speaker_layout(little32(format, 20), sound.channels);
     }
     char other[32];
     std::snprintf(other, sizeof other, "0x%04X", tag);

@@ -1,5 +1,8 @@
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <string_view>
+#include <utility>
 
 #include "audio/facts_riff.h"
 #include "common/codecs.h"
@@ -33,8 +36,14 @@ void read_common(Bytes comm, Aiff &aiff) {
     if (codec.bits != 0) sound.bits = codec.bits;
     const bool is_plain = sound.codec.starts_with("PCM") || sound.codec.ends_with("-law");
     if (is_plain) aiff.block = uint64_t{sound.channels} * ((sound.bits + 7) / 8);
-    if (sound.codec == "IMA ADPCM") sound.samples *= 64;  // told are packets of 64 samples
-    if (!is_plain) sound.bits = codec.bits;
+    if (is_plain) return;
+    sound.bits = codec.bits;
+    // Told are packets of so many samples.
+    constexpr std::pair<std::string_view, int64_t> kPackets[] = {
+        {"IMA ADPCM", 64}, {"MACE 3:1", 6}, {"MACE 6:1", 6}, {"GSM", 160}, {"QCELP", 160}};
+    const auto *const packet =
+        std::ranges::find(kPackets, sound.codec, &std::pair<std::string_view, int64_t>::first);
+    sound.samples = packet == std::end(kPackets) ? -1 : sound.samples * packet->second;
 }
 
 }  // namespace
@@ -66,7 +75,7 @@ void aiff_facts(Input &input, Facts &facts) {
     if (is_streamed && aiff.block > 0) aiff.sound.samples = static_cast<int64_t>(rest / aiff.block);
     facts.lasts(aiff.sound.samples, aiff.sound.rate);
     facts.sounds.push_back(aiff.sound);
-    if (aiff.start == 0 && aiff.sound.samples > 0) {
+    if (aiff.start == 0 && aiff.sound.samples != 0) {
         facts.cut(file.size(), "no sound");
     } else if (!is_streamed) {
         const uint64_t end =

@@ -219,15 +219,19 @@ bool read_h264(BitReader bits, Picture &picture, AvcFields &fields) {
     return true;
 }
 
-// Profile, tier and level (ITU-T H.265, 7.3.3), with those of sub-layers.
-void skip_levels(BitReader &bits, unsigned sub_layers) {
-    bits.skip(96);
+// Profile, tier and level (ITU-T H.265, 7.3.3), with those of sub-layers; what the source was.
+Scan read_levels(BitReader &bits, unsigned sub_layers) {
+    constexpr Scan kSources[] = {Scan::unknown, Scan::interlaced, Scan::progressive, Scan::unknown};
+    bits.skip(40);
+    const Scan source = kSources[bits.get(2)];
+    bits.skip(54);
     uint32_t present = 0;
     if (sub_layers > 0) present = bits.get(16);
     for (unsigned i = 0; i < sub_layers; i++) {
         if ((present >> (15 - 2 * i) & 1) != 0) bits.skip(88);
         if ((present >> (14 - 2 * i) & 1) != 0) bits.skip(8);
     }
+    return source;
 }
 
 void skip_hevc_scaling(BitReader &bits) {
@@ -297,11 +301,11 @@ bool skip_to_usability(BitReader &bits, unsigned sub_layers) {
     return bits.flag() && !bits.is_over();
 }
 
-bool read_hevc(BitReader bits, Picture &picture) {
+bool read_hevc(BitReader bits, Picture &picture, bool &has_structures) {
     bits.skip(4);
     const unsigned sub_layers = bits.get(3);
     bits.skip(1);
-    skip_levels(bits, sub_layers);
+    picture.scan = read_levels(bits, sub_layers);
     bits.ue();
     Coded coded;
     coded.chroma = bits.ue();
@@ -314,9 +318,8 @@ bool read_hevc(BitReader bits, Picture &picture) {
     if (skip_to_usability(bits, sub_layers)) {
         read_usability(bits, picture);
         bits.skip(1);
-        const bool fields = bits.flag();
-        bits.skip(1);
-        if (fields) picture.scan = Scan::interlaced;
+        if (bits.flag()) picture.scan = Scan::interlaced;  // each picture is a field
+        has_structures = bits.flag();
         if (bits.flag()) bits.skip_codes(4);
         read_timing(bits, 1, picture);
     }
@@ -324,49 +327,27 @@ bool read_hevc(BitReader bits, Picture &picture) {
     return true;
 }
 
-template <typename Reader>
-bool read_set(Bytes nal, uint64_t header, Picture &picture, Reader read) {
+// Reads a parameter set, of which nothing is kept where it is damaged or cut.
+template <typename Told>
+bool read_set(Bytes nal, uint64_t header, Picture &picture, Told &told,
+              bool (*read)(BitReader, Picture &, Told &)) {
     const std::string raw = raw_payload(nal, header);
     Picture found = picture;
-    if (!read(BitReader(Bytes(raw.data(), raw.size())), found)) return false;
+    Told found_told{};
+    if (!read(BitReader(Bytes(raw.data(), raw.size())), found, found_told)) return false;
     picture = found;
+    told = found_told;
     return true;
 }
 
 }  // namespace
 
-bool h264_sequence(Bytes nal, Picture &picture, AvcFields *fields) {
-    AvcFields told;
-    const auto read = [&](BitReader bits, Picture &found) { return read_h264(bits, found, told); };
-    if ((nal[0] & 0x1F) != 7 || !read_set(nal, 1, picture, read)) return false;
-    if (fields) *fields = told;
-    return true;
+bool h264_sequence(Bytes nal, Picture &picture, AvcFields &fields) {
+    return (nal[0] & 0x1F) == 7 && read_set(nal, 1, picture, fields, read_h264);
 }
 
-bool hevc_sequence(Bytes nal, Picture &picture) {
-    return (nal[0] >> 1 & 0x3F) == 33 && read_set(nal, 2, picture, read_hevc);
-}
-
-bool avc_configuration(Bytes record, Picture &picture, AvcFields *fields) {
-    if (record[0] != 1 || (record[5] & 0x1F) == 0) return false;
-    return h264_sequence(record.sub(8, big16(record, 6)), picture, fields);
-}
-
-bool hevc_configuration(Bytes record, Picture &picture) {
-    uint64_t at = 23;
-    for (unsigned array = 0; array < record[22]; array++) {
-        const bool is_sequence = (record[at] & 0x3F) == 33;
-        const unsigned units = big16(record, at + 1);
-        at += 3;
-        for (unsigned i = 0; i < units && record.has(at, 2); i++) {
-            if (is_sequence && hevc_sequence(record.sub(at + 2, big16(record, at)), picture)) return true;
-            at += 2 + uint64_t{big16(record, at)};
-        }
-    }
-    if ((record[0] != 1 && record[0] != 0) || record.size() < 23) return false;
-    picture.components = kChroma[record[16] & 3];
-    picture.bits = 8 + (record[17] & 7);
-    return true;
+bool hevc_sequence(Bytes nal, Picture &picture, bool &has_structures) {
+    return (nal[0] >> 1 & 0x3F) == 33 && read_set(nal, 2, picture, has_structures, read_hevc);
 }
 
 namespace {
@@ -405,7 +386,7 @@ void read_picture_extension(BitReader &bits, bool progressive, Picture &picture)
     bits.skip(16 + 2);
     const uint32_t structure = bits.get(2);
     const bool top_first = bits.flag();
-    bits.skip(6);
+    bits.skip(7);
     const bool is_progressive = bits.flag();
     if (progressive || is_progressive) {
         picture.scan = Scan::progressive;

@@ -35,12 +35,10 @@ struct AvcFields {
 };
 
 // The sequence parameter set of H.264 and HEVC, from its NAL unit header on: sizes, bits, chroma, scan, pixel
-// aspect, colours and rate where they are told. False, and nothing is set, for a damaged or a cut one.
-bool h264_sequence(Bytes nal, Picture &picture, AvcFields *fields = nullptr);
-bool hevc_sequence(Bytes nal, Picture &picture);
-// The first sequence parameter set of a configuration record (avcC, hvcC; ISO 14496-15).
-bool avc_configuration(Bytes record, Picture &picture, AvcFields *fields = nullptr);
-bool hevc_configuration(Bytes record, Picture &picture);
+// aspect, colours and rate where they are told, and what pictures tell of their fields. False, and nothing is
+// set, for a damaged or a cut one.
+bool h264_sequence(Bytes nal, Picture &picture, AvcFields &fields);
+bool hevc_sequence(Bytes nal, Picture &picture, bool &has_structures);
 
 // Sample aspect ratios of H.273, table 5; not set for a code that says none.
 Ratio sample_aspect(uint32_t code);
@@ -66,6 +64,17 @@ std::string jpeg_chroma(Bytes components);
 // Samples a line that DVCPRO HD has of 1280 or 1920 (SMPTE ST 370).
 uint32_t dv_hd_columns(uint32_t height, Ratio rate);
 
+// The volume that a picture was mastered for, and its light: of messages of H.264 and HEVC, and of the boxes
+// "mdcv" and "clli". Empty for what is too short.
+std::string mastering_volume(Bytes volume);
+std::string content_light(Bytes light);
+
+// Pictures of units with parameters and messages among them, by what a container keeps for the decoder (avcC,
+// hvcC, av1C) and by a sample or the head of a stream.
+bool avc_picture(Bytes data, Bytes setup, Picture &picture);
+bool hevc_picture(Bytes data, Bytes setup, Picture &picture);
+bool av1_picture(Bytes data, Bytes record, Picture &picture);
+
 // What a colour type of PNG stands for: "RGBA"; empty for none.
 const char *png_components(uint8_t type);
 // What a stream itself says of a picture, where its container does not know better.
@@ -89,6 +98,7 @@ struct MpegAudioFrame {
     unsigned layer = 0;
     bool is_version_1 = false;
     uint32_t channels = 0;
+    bool is_dual = false;  // the channels are two programs
     uint32_t rate = 0;
     uint32_t bit_rate = 0;
     uint32_t samples = 0;
@@ -101,8 +111,13 @@ void set_sound(const MpegAudioFrame &frame, Sound &sound);
 // -1.
 int64_t ac3_bit_rate(uint32_t code);
 void set_ac3_mode(uint32_t mode, bool lfe, Sound &sound);
-// The layout of a mask of loudspeakers in the order of WAVE: "stereo", "5.1", "L R Ts", ...
-std::string speaker_layout(uint64_t mask);
+// The layout of a mask of loudspeakers in the order of WAVE: "stereo", "5.1", "L R Ts", ... Empty where that
+// has not as many as there are channels.
+std::string speaker_layout(uint64_t mask, uint32_t channels);
+// By the number of channels of FLAC (RFC 9639, 9.1.3), and of Opus by the families 0 and 1 (RFC 7845, 5.1.1).
+const char *counted_layout(uint32_t channels);
+// By a channel configuration of ISO 23091-3, which those of AAC are; empty for one without a name.
+std::string configured_layout(uint32_t configuration);
 
 // What the first frame of a stream of sound, or what a container keeps for its decoder (that of AAC,
 // STREAMINFO of FLAC), says, by the sound's codec. False where they say nothing; true for a codec without

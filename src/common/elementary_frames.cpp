@@ -25,6 +25,8 @@ void take_stream(const Picture &stream, Picture &picture) {
     if (stream.pixel_aspect.is_set()) picture.pixel_aspect = stream.pixel_aspect;
     if (stream.bit_rate > 0) picture.bit_rate = stream.bit_rate;
     picture.colour = stream.colour;
+    picture.mastering = stream.mastering;
+    picture.light = stream.light;
 }
 
 // VC-3 (SMPTE ST 2019-1): compression identifiers and what they stand for.
@@ -106,90 +108,6 @@ uint32_t dv_hd_columns(uint32_t height, Ratio rate) {
 }
 
 namespace {
-
-template <typename Use>
-void each_nal(Bytes sample, unsigned length_bytes, Use use) {
-    const bool is_stream = big32(sample) == 1 || big32(sample) >> 8 == 1;
-    uint64_t at = is_stream ? start_code(sample) : 0;
-    for (int i = 0; i < 64 && sample.has(at, 5); i++) {
-        const uint64_t start = at + (is_stream ? 3 : length_bytes);
-        const uint64_t end = is_stream ? start_code(sample, start) : start + sample.big(at, length_bytes);
-        use(sample.sub(start, end - start));
-        at = end;
-    }
-}
-
-// Which field comes first: the structure in the picture timing of the first picture (ITU-T H.264, D.1.3).
-void read_picture_timing(BitReader message, int skipped, Picture &picture) {
-    message.skip(static_cast<uint64_t>(skipped));
-    constexpr Scan kStructures[] = {Scan::progressive,  Scan::top_first, Scan::bottom_first, Scan::top_first,
-                                    Scan::bottom_first, Scan::top_first, Scan::bottom_first};
-    const uint32_t structure = message.get(4);
-    if (structure < std::size(kStructures)) picture.scan = kStructures[structure];
-}
-
-void read_enhancement(Bytes nal, int skipped, Picture &picture) {
-    const std::string raw = raw_payload(nal, 1);
-    const Bytes messages(raw.data(), raw.size());
-    const auto number = [&](uint64_t &at) {
-        uint64_t value = 0;
-        while (messages[at] == 0xFF) value += messages[at++];
-        return value + messages[at++];
-    };
-    for (uint64_t at = 0; messages.has(at, 3);) {
-        const uint64_t type = number(at);
-        const uint64_t size = number(at);
-        if (type == 1) return read_picture_timing(BitReader(messages.sub(at, size)), skipped, picture);
-        at += size;
-    }
-}
-
-// What a picture parameter set tells of a slice: whether the fields of frames have times of their own.
-bool has_field_times(Bytes nal) {
-    const std::string raw = raw_payload(nal.sub(0, 64), 1);
-    BitReader bits(Bytes(raw.data(), raw.size()));
-    bits.skip_codes(2);
-    bits.skip(1);
-    return bits.flag();
-}
-
-// By a slice's header (7.3.3), where macroblocks have no fields: a field, or a frame whose fields are of one
-// time.
-Scan scan_of_slice(Bytes nal, unsigned frame_number, bool field_times) {
-    const std::string raw = raw_payload(nal.sub(0, 64), 1);
-    BitReader bits(Bytes(raw.data(), raw.size()));
-    bits.skip_codes(3);
-    bits.skip(frame_number);
-    if (bits.flag()) return bits.flag() ? Scan::bottom_first : Scan::top_first;
-    return field_times ? Scan::interlaced : Scan::progressive;
-}
-
-// Parameter sets of the configuration record or of the samples.
-bool avc_picture(Bytes data, Bytes setup, Picture &picture) {
-    const bool has_record = setup[0] == 1;
-    const unsigned length_bytes = has_record ? (setup[4] & 3U) + 1 : 4;
-    AvcFields fields;
-    bool is_known = has_record && avc_configuration(setup, picture, &fields);
-    const uint64_t second = 8 + uint64_t{big16(setup, 6)};
-    bool field_times = is_known && ((setup[5] & 31) != 1 || has_field_times(setup.from(second + 3)));
-    each_nal(data, length_bytes, [&](Bytes nal) {
-        const int type = nal[0] & 0x1F;
-        if (type == 7 && !is_known) is_known = h264_sequence(nal, picture, &fields);
-        if (type == 8) field_times = has_field_times(nal);
-        if (type == 6 && fields.timing >= 0 && picture.scan == Scan::interlaced)
-            read_enhancement(nal, fields.timing, picture);
-        if ((type == 1 || type == 5) && fields.frame_number > 0 && picture.scan == Scan::interlaced)
-            picture.scan = scan_of_slice(nal, fields.frame_number, field_times);
-    });
-    return is_known;
-}
-
-bool hevc_picture(Bytes data, Bytes setup, Picture &picture) {
-    if (setup.size() >= 23) return hevc_configuration(setup, picture);
-    bool is_known = false;
-    each_nal(data, 4, [&](Bytes nal) { is_known = is_known || hevc_sequence(nal, picture); });
-    return is_known;
-}
 
 // A sequence header of MPEG video, which may come later than the first bytes.
 bool mpeg_picture(Bytes data, Bytes, Picture &picture) {
@@ -504,6 +422,7 @@ constexpr StreamReader kReaders[] = {
     {"H.264", avc_picture},
     {"AVC-Intra", avc_picture},
     {"HEVC", hevc_picture},
+    {"AV1", av1_picture},
     {"ProRes", frame_alone<prores_frame>},
     {"Motion JPEG", frame_alone<jpeg_frame>},
     {"DNx", frame_alone<vc3_frame>, true},

@@ -6,7 +6,7 @@
 #include "common/elementary.h"
 #include "common/names.h"
 
-std::string speaker_layout(uint64_t mask) {
+std::string speaker_layout(uint64_t mask, uint32_t channels) {
     struct Layout {
         uint64_t mask;
         const char *name;
@@ -19,6 +19,7 @@ std::string speaker_layout(uint64_t mask) {
     };
     constexpr const char *kSpeakers[] = {"L",  "R",  "C",  "LFE", "Lb",  "Rb",  "Lc",  "Rc",  "Cs",
                                          "Ls", "Rs", "Ts", "Vhl", "Vhc", "Vhr", "Tbl", "Tbc", "Tbr"};
+    if (static_cast<uint32_t>(std::popcount(mask)) != channels) return "";
     for (const Layout &layout : kLayouts) {
         if (layout.mask == mask) return layout.name;
     }
@@ -118,6 +119,10 @@ const char *aac_name(uint32_t type) {
 
 }  // namespace
 
+std::string configured_layout(uint32_t configuration) {
+    return configuration < std::size(kAacChannels) ? kAacChannels[configuration].layout : "";
+}
+
 bool aac_configuration(Bytes config, Sound &sound) {
     BitReader bits(config);
     uint32_t type = object_type(bits);
@@ -189,6 +194,31 @@ int64_t ac3_bit_rate(uint32_t code) {
     return code < std::size(kBitRates) ? int64_t{kBitRates[code]} * 1000 : -1;
 }
 
+namespace {
+
+// What a dependent substream behind a frame of E-AC-3 adds to its channels (annex E, 1.3.1.8).
+void add_substream(Bytes frame, uint32_t mode, bool lfe, Sound &sound) {
+    // Places from left on: L C R Ls Rs, pairs and others above and around, LFE.
+    constexpr uint32_t kModes[] = {0xA000, 0x4000, 0xA000, 0xE000, 0xA100, 0xE100, 0xB800, 0xF800};
+    constexpr uint32_t kPairs = 0x0674;
+    BitReader bits(frame);
+    if (bits.get(16) != 0x0B77 || bits.get(2) != 1) return;
+    bits.skip(3 + 11 + 4);
+    const bool is_dual = bits.get(3) == 0;
+    bits.skip(1 + 5);
+    for (int i = is_dual ? 2 : 1; i > 0; i--) {
+        bits.skip(5);
+        if (bits.flag()) bits.skip(8);
+    }
+    const uint32_t added = bits.flag() ? bits.get(16) : 0;
+    if (added == 0) return;
+    const uint32_t all = added | kModes[mode] | (lfe ? 1 : 0);
+    sound.channels = static_cast<uint32_t>(std::popcount(all) + std::popcount(all & kPairs));
+    sound.layout = all == 0xFA01 ? "7.1" : "";
+}
+
+}  // namespace
+
 bool ac3_frame(Bytes frame, Sound &sound) {
     constexpr uint32_t kRates[] = {48000, 44100, 32000};
     if (big16(frame) != 0x0B77 || frame.size() < 8) return false;
@@ -198,14 +228,18 @@ bool ac3_frame(Bytes frame, Sound &sound) {
         BitReader bits(frame.from(4));
         const uint32_t code = bits.get(2);
         const uint32_t second = bits.get(2);  // of the rate, or the number of blocks of 256 samples
-        if (id > 16 || (code == 3 && second == 3)) return false;
+        const bool is_dependent = frame[2] >> 6 == 1;
+        if (id > 16 || (code == 3 && second == 3) || is_dependent) return false;
         sound.codec = "E-AC-3";
         sound.rate = {code == 3 ? kRates[second] / 2 : kRates[code], 1};
         constexpr uint32_t kBlocks[] = {1, 2, 3, 6};
         const uint32_t samples = 256 * (code == 3 ? 6 : kBlocks[second]);
-        sound.bit_rate = int64_t{16} * ((big16(frame, 2) & 0x7FF) + 1) * sound.rate.n / samples;
+        const uint32_t words = (big16(frame, 2) & 0x7FF) + 1U;
+        sound.bit_rate = int64_t{16} * words * sound.rate.n / samples;
         const uint32_t mode = bits.get(3);
-        set_ac3_mode(mode, bits.flag(), sound);
+        const bool lfe = bits.flag();
+        set_ac3_mode(mode, lfe, sound);
+        add_substream(frame.from(2 * words), mode, lfe, sound);
         return true;
     }
     if (rate > 2 || (frame[4] & 0x3F) >= 38) return false;
@@ -269,7 +303,7 @@ bool truehd_format(uint32_t format, Sound &sound) {
     uint64_t mask = 0;
     for (unsigned i = 0; i < std::size(kSpeakers); i++) mask |= (places >> i & 1) * kSpeakers[i];
     sound.channels = static_cast<uint32_t>(std::popcount(places) + std::popcount(places & kPairs));
-    sound.layout = places >> std::size(kSpeakers) == 0 ? speaker_layout(mask) : "";
+    sound.layout = places >> std::size(kSpeakers) == 0 ? speaker_layout(mask, sound.channels) : "";
     sound.rate = {int64_t{(format & 0x80000000) != 0 ? 44100 : 48000} << (format >> 28 & 7), 1};
     return true;
 }
@@ -300,6 +334,7 @@ MpegAudioFrame mpeg_audio_frame(Bytes frame) {
     found.layer = layer;
     found.is_version_1 = version == 3;
     found.channels = (header >> 6 & 3) == 3 ? 1 : 2;
+    found.is_dual = (header >> 6 & 3) == 2;
     found.rate = kRates[rate] >> (version == 3 ? 0 : version == 2 ? 1 : 2);
     found.bit_rate = kBitRates[version == 3 ? 0 : 1][layer - 1][bit_rate] * 1000U;
     found.samples = layer == 1 ? 384 : layer == 3 && version != 3 ? 576 : 1152;
@@ -313,12 +348,16 @@ void set_sound(const MpegAudioFrame &frame, Sound &sound) {
     constexpr const char *kNames[] = {"", "MP1", "MP2", "MP3"};
     sound.codec = kNames[frame.layer];
     sound.channels = frame.channels;
-    sound.layout = frame.channels == 1 ? "mono" : "stereo";
+    sound.layout = frame.is_dual ? "dual mono" : frame.channels == 1 ? "mono" : "stereo";
     sound.rate = {frame.rate, 1};
 }
 
+const char *counted_layout(uint32_t channels) {
+    constexpr const char *kLayouts[] = {"", "mono", "stereo", "3.0", "quad", "5.0", "5.1", "6.1", "7.1"};
+    return name_at(kLayouts, channels);
+}
+
 bool flac_information(Bytes information, Sound &sound) {
-    constexpr const char *kLayouts[] = {"mono", "stereo", "3.0", "quad", "5.0", "5.1", "6.1", "7.1"};
     BitReader bits(information.from(10));
     const uint32_t rate = bits.get(20);
     const uint32_t channels = bits.get(3);
@@ -326,7 +365,7 @@ bool flac_information(Bytes information, Sound &sound) {
     sound.channels = channels + 1;
     sound.bits = bits.get(5) + 1;
     if (rate > 0) sound.rate = {rate, 1};
-    if (sound.layout.empty()) sound.layout = kLayouts[channels];  // RFC 9639, 9.1.3
+    if (sound.layout.empty()) sound.layout = counted_layout(sound.channels);
     return true;
 }
 

@@ -151,6 +151,7 @@ FileTimecode file_timecode(int64_t hours, int64_t minutes, int64_t seconds, int6
     const auto within = [](int64_t value, int64_t end) { return value >= 0 && value < end; };
     if (!within(hours, 24) || !within(minutes, 60) || !within(seconds, 60) || !within(frames, base))
         return {};
+    drop = drop && base % 30 == 0;
     const int64_t dropped = Counting{base, drop}.dropped();
     const int64_t all_minutes = hours * 60 + minutes;
     const int64_t count =
@@ -159,6 +160,7 @@ FileTimecode file_timecode(int64_t hours, int64_t minutes, int64_t seconds, int6
 }
 
 FileTimecode counted_timecode(int64_t frames, uint32_t base, bool drop, std::string place) {
+    drop = drop && base % 30 == 0;
     const int64_t dropped = int64_t{Counting{base, drop}.dropped()} * (24 * 60 - 24 * 6);
     return {frames % (int64_t{24} * 3600 * base - dropped), base, drop, std::move(place)};
 }

@@ -52,9 +52,11 @@ struct Picture {
     Ratio rate;  // frames a second
     std::optional<bool> constant_rate;
     int64_t frames = -1;
-    int64_t played = -1;    // frames of these, where an edit list shows others than all
-    int64_t bit_rate = -1;  // bits a second, of its samples or as the file says
-    bool enabled = true;    // it is played
+    int64_t played = -1;         // frames of these, where an edit list shows others than all
+    int64_t bit_rate = -1;       // bits a second, of its samples or as the file says
+    bool enabled = true;         // it is played
+    std::string mastering = {};  // mastering_text() of its display, where its stream or its track tells
+    std::string light = {};      // of its content: greatest and mean of a frame, cd/m2
 
     int64_t shown() const { return played >= 0 ? played : frames; }
 };
@@ -155,7 +157,8 @@ int64_t bit_rate_of(uint64_t bytes, Ratio seconds);
 // Frames that a second's numbers count: 24 of 23.976, 30 of 29.97.
 uint32_t base_of(Ratio rate);
 
-// Of hours to frames, at the base's numbers. Not set where a part is out of range.
+// Of hours to frames, at the base's numbers. Not set where a part is out of range. Numbers are dropped at
+// bases of 30 and its multiples alone, whatever a file says.
 FileTimecode file_timecode(int64_t hours, int64_t minutes, int64_t seconds, int64_t frames, uint32_t base,
                            bool drop, std::string place);
 // Of frames since midnight, of which those of whole days are left out.

@@ -175,7 +175,7 @@ void read_timecode_entry(Gxf &gxf, Bytes entry) {
     };
     const uint32_t base = base_of(gxf.rate());
     gxf.timecode = file_timecode(digits(6, 3), digits(4, 7), digits(2, 7), digits(0, 3), base,
-                                 (entry[1] & 4) != 0 && base % 30 == 0, "track");
+                                 (entry[1] & 4) != 0, "track");
 }
 
 void read_media(Gxf &gxf, const Packet &packet) {
@@ -198,17 +198,9 @@ void read_media(Gxf &gxf, const Packet &packet) {
     }
     gxf.has_picture = true;
     Picture &picture = gxf.facts.picture();
-    Picture stream;
-    const uint64_t sequence = start_code(data);
-    if (mpeg_sequence(data.from(sequence), stream)) {
-        const Ratio told = picture.rate;
-        stream.frames = picture.frames;
-        picture = stream;
-        if (told.is_set()) picture.rate = told;
-        picture.constant_rate = true;
-    } else {
-        dv_frame(data, picture);
-    }
+    // Motion JPEG has pictures of fields.
+    if (picture.codec != "Motion JPEG") stream_picture(data, picture);
+    if (picture.rate.is_set()) picture.constant_rate = true;
 }
 
 // All UMF packets' data together: a description of the material, then of tracks and of media (SMPTE 360M,

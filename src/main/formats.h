@@ -20,6 +20,7 @@
 #include "main/dispatch.h"
 #include "main/facts_of.h"
 #include "mpeg/mpeg.h"
+#include "mpeg/packets.h"
 #include "mxf/mxf.h"
 #include "quicktime/quicktime.h"
 #include "raw/raw.h"
@@ -127,14 +128,10 @@ inline bool has_run_in(const File &in) {
     return contains(in.input.present(0, kRunIn + kPartition.size()), kPartition);
 }
 
-// The sync byte of the first packets, which are 192 or 204 bytes apart.
-inline bool is_longer_transport_stream(const File &in) {
-    for (const auto &[first, step] : {std::pair<uint64_t, uint64_t>{4, 192}, {0, 204}, {0, 192}}) {
-        uint64_t packets = 0;
-        while (packets < 4 && in.head[first + step * packets] == 0x47) packets++;
-        if (packets == 4) return true;
-    }
-    return false;
+// Packets of 192 or 204 bytes, and those that do not begin with the file: four at least.
+inline bool has_packets(const File &in) {
+    const TransportPackets packets = transport_packets(in.head);
+    return packets.size != 0 && in.head.has(3 * packets.size, packets.size);
 }
 
 // A reader of facts where these are wanted.
@@ -220,7 +217,7 @@ constexpr Format kFormats[] = {
     {"MP3", "ID3"sv, nullptr, only<kWithFacts>(mpeg_audio_facts)},
     {"MP3", "\xFF"sv, nullptr, only<kWithFacts>(mpeg_audio_facts), [](const File &in) { return in.head[1] >> 5 == 7; }},
     {"Softimage", "S\x80\xF6\x34"sv, nullptr, only<kWithFacts>(softimage_facts)},  // of any version
-    {"MPEG-TS", ""sv, nullptr, only<kWithFacts>(transport_facts), is_longer_transport_stream},
+    {"MPEG-TS", ""sv, nullptr, only<kWithFacts>(transport_facts), has_packets},
     {"MXF", ""sv, nullptr, only<kWithFacts>(mxf_facts), has_run_in},
 };
 // clang-format on

@@ -119,6 +119,8 @@ void tell_stream(Stream &stream, Facts &facts) {
         picture.codec = stream.codec;
         stream_picture(head, picture);
         if (!stream.rate.is_set()) stream.rate = picture.rate;
+        facts.add_more("mastering display", picture.mastering);
+        facts.add_more("content light", picture.light);
         facts.pictures.push_back(picture);
         return;
     }
@@ -126,7 +128,10 @@ void tell_stream(Stream &stream, Facts &facts) {
     sound.codec = stream.codec;
     sound.language = stream.language;
     sound.channels = stream.channels;
-    if (stream.codec == "Opus") sound.rate = {48000, 1};
+    if (stream.codec == "Opus") {
+        sound.rate = {48000, 1};
+        sound.layout = counted_layout(sound.channels);
+    }
     // The first frame of sound in what there is of the stream.
     for (uint64_t at = 0; at + 8 < head.size() && !stream_sound(head.from(at), sound);) at++;
     if (stream.codec == "PCM" && stream.kind == Stream::dvd) read_dvd_pcm(head, sound);
@@ -135,23 +140,31 @@ void tell_stream(Stream &stream, Facts &facts) {
     facts.sounds.push_back(sound);
 }
 
-// By the pictures' clock, with the last one's own time; else by the sound's, or that of the program.
+// By the main pictures' clock, with the last one's own time; else by others', the sound's, or that of the
+// program.
 void tell_duration(const std::vector<Stream *> &streams, Facts &facts) {
-    const auto rank = [](const Stream &stream) {
-        return stream.is_picture ? 2 : stream.codec.empty() ? 0 : 1;
-    };
     const Stream *best = nullptr;
+    int best_rank = -1;
+    Picture *picture = nullptr;  // that is the best one's
+    Picture *next = facts.pictures.data();
+    const Picture *const main = next + facts.largest();
     for (const Stream *stream : streams) {
-        if (stream->first < 0 || stream->last <= stream->first) continue;
-        if (!best || rank(*stream) > rank(*best)) best = stream;
+        Picture *const told = stream->is_picture ? next++ : nullptr;
+        const int rank = told ? (told == main ? 3 : 2) : stream->codec.empty() ? 0 : 1;
+        if (stream->first < 0 || stream->last <= stream->first || rank <= best_rank) continue;
+        best = stream;
+        best_rank = rank;
+        picture = told;
     }
-    if (!best) return;
+    if (!best) return facts.largest_first();
     const int64_t ticks = best->last - best->first;
     facts.duration = Ratio{ticks, 90000}.reduced();
     const double frames = static_cast<double>(ticks) / 90000 * best->rate.value() + 1 + best->behind;
-    if (!best->rate.is_set() || std::abs(frames - std::round(frames)) >= 0.02) return;
-    facts.lasts(std::llround(frames), best->rate);
-    if (!facts.pictures.empty()) facts.pictures[0].frames = std::llround(frames);
+    if (picture && best->rate.is_set() && std::abs(frames - std::round(frames)) < 0.02) {
+        facts.lasts(std::llround(frames), best->rate);
+        picture->frames = std::llround(frames);
+    }
+    facts.largest_first();
 }
 
 namespace {
@@ -277,10 +290,17 @@ void read_program(Input &input, Facts &facts) {
 // The time code of a group of pictures (ISO 13818-2, 6.3.8).
 FileTimecode group_timecode(Bytes group, Ratio rate) {
     const uint32_t bits = big32(group, 4);
-    const uint32_t base = base_of(rate);
-    const bool drop = bits >> 31 != 0 && (base == 30 || base == 60);
-    return file_timecode(bits >> 26 & 31, bits >> 20 & 63, bits >> 13 & 63, bits >> 7 & 63, base, drop,
-                         "group of pictures");
+    return file_timecode(bits >> 26 & 31, bits >> 20 & 63, bits >> 13 & 63, bits >> 7 & 63, base_of(rate),
+                         bits >> 31 != 0, "group of pictures");
+}
+
+// Fields that a picture is shown for beyond two, by its coding extension: one that is a field alone has one
+// less, those of film have one more each other time, and frames of a progressive sequence may be repeated.
+int64_t fields_more(Bytes extension, bool has_frames_only) {
+    const bool repeats = (extension[7] & 2) != 0;
+    if ((extension[6] & 3) != 3) return -1;
+    if (!has_frames_only || !repeats) return repeats ? 1 : 0;
+    return (extension[7] & 0x80) != 0 ? 4 : 2;
 }
 
 void read_video(Input &input, Facts &facts) {
@@ -292,6 +312,7 @@ void read_video(Input &input, Facts &facts) {
     facts.variant = picture.codec + " video";
     int64_t fields = 0;
     bool has_group = false;
+    bool has_frames_only = false;
     int64_t left = 1000000;
     for (uint64_t at = start_code(head); at < head.size() && left-- > 0; at = start_code(head, at + 4)) {
         const uint8_t code = head[at + 3];
@@ -300,8 +321,9 @@ void read_video(Input &input, Facts &facts) {
             has_group = true;
         }
         if (code == 0) fields += 2;
-        // A picture that is one field says so in its coding extension.
-        if (code == 0xB5 && head[at + 4] >> 4 == 8 && (head[at + 6] & 3) != 3) fields--;
+        const unsigned extension = code == 0xB5 ? head[at + 4] >> 4 : 0U;
+        if (extension == 1) has_frames_only = (head[at + 5] & 8) != 0;
+        if (extension == 8) fields += fields_more(head.from(at), has_frames_only);
     }
     if (is_small) {
         picture.frames = fields / 2;

@@ -7,6 +7,7 @@
 #include "common/names.h"
 #include "main/facts_of.h"
 #include "mpeg/facts_streams.h"
+#include "mpeg/packets.h"
 
 namespace {
 
@@ -57,8 +58,8 @@ void set_type(const Type &type, Stream &stream) {
 
 struct Transport {
     Facts &facts;
-    uint64_t packet = 188;  // bytes of one
-    uint64_t sync = 0;      // where its sync byte is
+    TransportPackets packets;
+    uint64_t packet = packets.size;
     std::set<uint32_t> programs = {};
     std::map<uint32_t, Stream> streams = {};
     std::vector<uint32_t> order = {};
@@ -160,33 +161,16 @@ void add_packet(Bytes packet, Transport &transport) {
 }
 
 void walk_packets(Bytes bytes, uint64_t at, Transport &transport) {
-    while (bytes.has(at + transport.sync, 188)) {
-        const Bytes packet = bytes.sub(at + transport.sync, 188);
+    while (bytes.has(at + transport.packets.sync, 188)) {
+        const Bytes packet = bytes.sub(at + transport.packets.sync, 188);
         if (packet[0] == 0x47) add_packet(packet, transport);
         at += transport.packet;
     }
 }
 
-bool find_packets(Bytes head, Transport &transport) {
-    struct Shape {
-        uint64_t packet;
-        uint64_t sync;
-    };
-    for (const Shape shape : {Shape{188, 0}, Shape{192, 4}, Shape{204, 0}, Shape{192, 0}}) {
-        uint64_t n = 0;
-        while (n < 8 && head[shape.sync + n * shape.packet] == 0x47) n++;
-        if (n < 8 && head.has(shape.sync + n * shape.packet, 1)) continue;
-        if (n == 0) continue;
-        transport.packet = shape.packet;
-        transport.sync = shape.sync;
-        return true;
-    }
-    return false;
-}
-
 void judge(Bytes tail, uint64_t size, const Transport &transport) {
-    const uint64_t rest = size % transport.packet;
-    const uint64_t first = transport.sync;
+    const uint64_t rest = (size - transport.packets.first) % transport.packet;
+    const uint64_t first = transport.packets.sync;
     // The bytes of the last packet that begins, with its sync byte where that is there.
     const Bytes last = tail.from(tail.size() - std::min(tail.size(), rest == 0 ? transport.packet : rest));
     const bool has_sync = last[first] == 0x47;
@@ -202,22 +186,23 @@ void judge(Bytes tail, uint64_t size, const Transport &transport) {
 
 void transport_facts(Input &input, Facts &facts) {
     const uint64_t size = input.size();
-    Transport transport{facts};
     const Bytes head = input.present(0, kStreamHead);
-    if (!find_packets(head, transport)) return facts.format.clear();
+    const TransportPackets shape = transport_packets(head);
+    if (shape.size == 0) return facts.format.clear();
+    Transport transport{facts, shape};
     if (transport.packet != 188) facts.variant = std::to_string(transport.packet) + "-byte packets";
     // Maps may come behind the first packets of what they name.
-    walk_packets(head.sub(0, kStreamHead / 2), 0, transport);
+    walk_packets(head.sub(0, kStreamHead / 2), shape.first, transport);
     for (auto &[id, stream] : transport.streams) {
         stream.head.clear();
         stream.has_header = false;
     }
-    walk_packets(head, 0, transport);
+    walk_packets(head, shape.first, transport);
     transport.with_new = false;
     for (auto &[id, stream] : transport.streams) stream.is_late = stream.head.empty();
-    const uint64_t packets = size / transport.packet;
+    const uint64_t packets = (size - shape.first) / transport.packet;
     const uint64_t in_tail = std::min(packets, kStreamTail / transport.packet);
-    const uint64_t start = (packets - in_tail) * transport.packet;
+    const uint64_t start = shape.first + (packets - in_tail) * transport.packet;
     const Bytes tail = input.present(start, size - start);
     walk_packets(tail, 0, transport);
     std::vector<Stream *> streams;

@@ -262,6 +262,11 @@ void read_tracks(File &file) {
     };
     const Track *played = file.materials.empty() ? nullptr : file.materials[0].main_track();
     if (played) last(played->duration, played->rate);
+    if (played && played->kind == TrackKind::picture && !facts.pictures.empty()) {
+        Picture &main = facts.pictures[0];
+        const int64_t shown = converted(played->duration, played->rate, main.rate);
+        if (shown > 0 && shown < main.frames) main.played = shown;
+    }
     if (!facts.pictures.empty()) last(facts.pictures[0].frames, facts.pictures[0].rate);
     if (!facts.sounds.empty()) last(facts.sounds[0].samples, facts.sounds[0].rate);
 }
@@ -273,9 +278,11 @@ void add_timecode(File &file, const Package &package, int64_t start, Ratio rate,
     if (track == package.tracks.end()) return;
     const int64_t base = track->timecode->number(0x1502);
     const bool drop = track->timecode->number(0x1503) == 1;
-    const int64_t first = static_cast<int64_t>(big64(track->timecode->item(0x1501)));
+    const int64_t first = track->timecode->position(0x1501);
     if (base < 1 || base > 1000 || first < 0 || first > INT64_MAX / 2) return;
-    FileTimecode timecode = counted_timecode(first + converted(start, rate, track->rate),
+    // Tracks may have several edit units a frame of their timecode.
+    const int64_t units = std::max<int64_t>(base_of(track->rate), base) / base;
+    FileTimecode timecode = counted_timecode(first + converted(start, rate, track->rate) / units,
                                              static_cast<uint32_t>(base), drop, place);
     const auto is_same = [&](const FileTimecode &t) {
         return t.place == timecode.place && t.frames == timecode.frames && t.base == timecode.base;
@@ -366,6 +373,8 @@ void complete(Picture &picture, const Picture &stream) {
     const bool is_open = picture.scan == Scan::unknown || picture.scan == Scan::interlaced;
     if (is_open && stream.scan != Scan::unknown) picture.scan = stream.scan;
     if (!picture.pixel_aspect.is_set()) picture.pixel_aspect = stream.pixel_aspect;
+    picture.mastering = stream.mastering;
+    picture.light = stream.light;
     if (picture.colour.primaries >= 0 || picture.colour.transfer >= 0) return;
     const Colour told = picture.colour;
     picture.colour = stream.colour;
@@ -431,7 +440,9 @@ void add_details(const File &file) {
     if (file.main_picture) {
         for (const auto &[name, label] : uncoded_colours(*file.main_picture, facts.picture().colour))
             facts.add_more(name, label_digits(label));
-        facts.add_more("mastering display", mastering_display(file.metadata, *file.main_picture));
+        const std::string mastering = mastering_display(file.metadata, *file.main_picture);
+        facts.add_more("mastering display", mastering.empty() ? facts.picture().mastering : mastering);
+        facts.add_more("content light", facts.picture().light);
     }
     facts.add_more("sound content", file.sound_content);
     if (!file.materials.empty()) {

@@ -60,9 +60,10 @@ Chain follow(Input &input, uint64_t place, int most) {
         const KlvPlace klv = klv_at(item, 0);
         if (!klv.is_set) {
             const bool is_short = item.size() <= kKey && begins_as(item, "\x06\x0E\x2B\x34"sv);
-            chain.state = is_zero_from(input, chain.end) ? Chain::zeros
-                          : is_short                     ? Chain::crosses
-                                                         : Chain::other;
+            const uint64_t key = item[0] == 6 ? kKey : 0;  // some bytes of one may be there
+            chain.state = is_zero_from(input, chain.end + key) ? Chain::zeros
+                          : is_short                           ? Chain::crosses
+                                                               : Chain::other;
             return chain;
         }
         chain.has_random_index = is_random_index(item);

@@ -105,7 +105,7 @@ void read_track_header(Bytes tkhd, Track &track) {
     if (determinant < 0) track.mirrored = is_upside_down ? "vertically" : "horizontally";
     const double sign = determinant < 0 && !is_upside_down ? -1 : 1;
     const double angle = std::atan2(sign * matrix(1), sign * matrix(0)) * kDegrees;
-    track.rotation = static_cast<int>(std::lround(angle < 0 ? angle + 360 : angle));
+    track.rotation = static_cast<int>(std::lround(angle < 0 ? angle + 360 : angle) % 360);
 }
 
 Track read_track(Bytes trak, uint32_t number) {
@@ -122,7 +122,12 @@ Track read_track(Bytes trak, uint32_t number) {
     track.table = find_box(trak, "mdia/minf/stbl");
     const Bytes dref = find_box(trak, "mdia/minf/dinf/dref");
     track.is_external = big32(dref, 4) > 0 && big32(dref, 12) != 0 && (big32(dref, 16) & 1) == 0;
-    const Box entry = box_at(find_box(track.table, "stsd"), 8);
+    // The description of the first chunk.
+    const Bytes descriptions = find_box(track.table, "stsd");
+    Box entry = box_at(descriptions, 8);
+    const uint32_t first = std::min(big32(find_box(track.table, "stsc"), 16), big32(descriptions, 4));
+    for (uint32_t i = 1; i < std::min(first, 1000U) && entry.size > 0; i++)
+        entry = box_at(descriptions, entry.end());
     track.codec = entry.type;
     track.description = entry.data;
     return track;
@@ -306,7 +311,7 @@ void read_sound_track(Movie &movie, Track &track) {
 void read_timecode_track(Movie &movie, const Track &track) {
     const Bytes entry = track.description;
     const uint32_t flags = big32(entry, 12);
-    const int64_t frame = big32(entry, 20);
+    const double frame = Ratio{big32(entry, 20), big32(entry, 16)}.value();  // seconds
     const uint32_t base = entry[24];
     const Bytes name = find_box(entry.from(26), "name");
     if (movie.facts.reel.empty()) movie.facts.reel = fixed_text(name, 4, big16(name));
@@ -316,9 +321,10 @@ void read_timecode_track(Movie &movie, const Track &track) {
     const bool wide = track.codec == fourcc("tc64");
     const Bytes sample = movie.input.present(place, wide ? 8 : 4);
     if (sample.size() < (wide ? 8U : 4U)) return;
-    int64_t frames = wide ? static_cast<int64_t>(big64(sample)) : int64_t{big32(sample)};
+    int64_t frames = wide ? static_cast<int64_t>(big64(sample)) : static_cast<int32_t>(big32(sample));
     const Edits edits = edits_of(movie, track);
-    if (edits.media_edits > 0 && frame > 0 && track.timescale > 0) frames += edits.first_time / frame;
+    const double skipped = Ratio{edits.first_time, track.timescale}.value();
+    if (frame > 0 && skipped / frame < 1e9) frames += static_cast<int64_t>(skipped / frame + 1e-6);
     const std::string track_name = "track " + std::to_string(track.number);
     if (frames >= 0) movie.facts.add(counted_timecode(frames, base, (flags & 1) != 0, track_name));
 }
@@ -402,6 +408,16 @@ void judge_extent(Movie &movie, uint64_t header_end) {
     if (has_data) facts.whole(claimed);
 }
 
+// Whether zeros stand where the last boxes of the header, or of what it ends with, would be.
+bool has_unwritten_end(Bytes holder) {
+    constexpr uint32_t kHolders[] = {fourcc("trak"), fourcc("mdia"), fourcc("minf"), fourcc("stbl")};
+    Box last;
+    each_box(holder, [&](const Box &box) { last = box; });
+    const Bytes rest = holder.from(last.end());
+    if (rest.size() >= 8) return is_zero(rest);
+    return std::ranges::find(kHolders, last.type) != std::end(kHolders) && has_unwritten_end(last.data);
+}
+
 bool is_media(const Track &track) {
     return track.handler == fourcc("vide") || track.handler == fourcc("soun");
 }
@@ -480,7 +496,13 @@ void read_movie(Movie &movie, uint64_t end) {
     movie.facts.add_more("edit lists", edits);
     if (movie.moov.size() >= 8 && big32(movie.moov, 4) == fourcc("cmov"))
         movie.facts.problem = "the movie's header is compressed";
-    if (!extends.empty()) {
+    const bool has_end = end <= movie.input.size();
+    const bool is_read = movie.is_whole || movie.input.reads() <= kMostReads;
+    if (has_end && is_read && has_unwritten_end(movie.moov)) {
+        movie.facts.cut(movie.input.size(), "the end of moov (zeros)");
+    } else if (!has_end && !extends.empty()) {
+        movie.facts.cut(end, "the end of moov");
+    } else if (!extends.empty()) {
         movie.facts.variant = "fragmented";
         read_fragments(movie.input, end, extends, movie.tracks, movie.facts);
         for (const Track &track : movie.tracks) {

@@ -55,14 +55,6 @@ StreamDescriptor stream_descriptor(Bytes esds) {
     return found;
 }
 
-void read_av1(Bytes record, Picture &picture) {
-    if (record.size() < 4 || record[0] != 0x81) return;
-    const uint8_t flags = record[2];
-    picture.bits = (flags & 0x40) == 0 ? 8 : (flags & 0x20) != 0 ? 12 : 10;
-    constexpr const char *kChroma[] = {"4:4:4", "4:4:4", "4:2:2", "4:2:0"};
-    picture.components = (flags & 0x10) != 0 ? "Y" : kChroma[flags >> 2 & 3];
-}
-
 void read_vpx(Bytes record, Picture &picture) {
     if (record.size() < 10) return;
     constexpr const char *kChroma[] = {"4:2:0", "4:2:0", "4:2:2", "4:4:4", "", "", "", ""};
@@ -181,9 +173,9 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
 
     Bytes setup;
     each_box(boxes, [&](const Box &box) {
-        constexpr uint32_t kSetups[] = {fourcc("avcC"), fourcc("hvcC"), fourcc("glbl"), fourcc("dvc1")};
+        constexpr uint32_t kSetups[] = {fourcc("avcC"), fourcc("hvcC"), fourcc("glbl"), fourcc("dvc1"),
+                                        fourcc("av1C")};
         if (std::ranges::find(kSetups, box.type) != std::end(kSetups)) setup = box.data;
-        if (box.type == fourcc("av1C")) read_av1(box.data, picture);
         if (box.type == fourcc("vpcC")) read_vpx(box.data, picture);
         if (box.type == fourcc("esds")) setup = read_mpeg4(box.data, picture, kind);
         if (box.type == fourcc("btrt") && big32(box.data, 8) > 0) picture.bit_rate = big32(box.data, 8);
@@ -191,7 +183,9 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
     stream_picture(first_sample(input, track), picture, setup);
     each_box(boxes, [&](const Box &box) {
         const Bytes data = box.data;
-        if (box.type == fourcc("fiel") && scan_of(data[0], data[1]) != Scan::unknown)
+        // HEVC that is coded in fields says so, whatever its container was told.
+        const bool is_told = picture.codec == "HEVC" && picture.scan > Scan::progressive;
+        if (box.type == fourcc("fiel") && scan_of(data[0], data[1]) != Scan::unknown && !is_told)
             picture.scan = scan_of(data[0], data[1]);
         if (box.type == fourcc("colr")) read_colours(data, picture);
         const Bytes jp2_colour = box.type == fourcc("jp2h") ? find_box(data, "colr") : Bytes{};
@@ -201,15 +195,13 @@ void read_picture_entry(Input &input, Track &track, Picture &picture, Facts &fac
             if (aspect.is_set()) picture.pixel_aspect = aspect.reduced();
         }
         if (box.type == fourcc("clap")) read_clean_aperture(data, track, picture, facts);
-        if (box.type == fourcc("mdcv") && data.size() >= 24)
-            facts.add_more("mastering display", mastering_text(data.sub(0, 12), data.sub(12, 4),
-                                                               data.sub(16, 4), data.sub(20, 4)));
-        if (box.type == fourcc("clli"))
-            facts.add_more("content light",
-                           std::to_string(big16(data, 0)) + "/" + std::to_string(big16(data, 2)));
+        if (box.type == fourcc("mdcv")) picture.mastering = mastering_volume(data);
+        if (box.type == fourcc("clli")) picture.light = content_light(data);
         if (box.type == fourcc("dvcC") || box.type == fourcc("dvvC"))
             facts.add_more("Dolby Vision", "profile " + std::to_string(data[2] >> 1));
     });
+    facts.add_more("mastering display", picture.mastering);
+    facts.add_more("content light", picture.light);
     track.stuffed = kind == CodecKind::mpeg2;
     track.raw = kind == CodecKind::raw;
     track.dense = kind == CodecKind::avc || kind == CodecKind::hevc || kind == CodecKind::av1 ||
@@ -235,15 +227,17 @@ constexpr const char *kLayouts[] = {
     "5.1.2", "quad",   "5.0",    "5.1",           "6.1",      "7.1",        "",
     "",      "7.1.4",  "9.1.6",  "5.1.2",         "5.1.4",    "7.1.2"};
 
-std::string described_layout(Bytes chan) {
+constexpr uint8_t kUnnamed = 0xFF;
+
+// Loudspeakers by their labels as a layout.
+std::string layout_of(const std::vector<uint32_t> &labels) {
     constexpr CodeName kLabels[] = {
         {1, "L"},    {2, "R"},    {3, "C"},    {4, "LFE"}, {5, "Ls"},   {6, "Rs"},   {7, "Lc"},   {8, "Rc"},
         {9, "Cs"},   {10, "Lsd"}, {11, "Rsd"}, {12, "Ts"}, {13, "Vhl"}, {14, "Vhc"}, {15, "Vhr"}, {33, "Rls"},
         {34, "Rrs"}, {35, "Lw"},  {36, "Rw"},  {38, "Lt"}, {39, "Rt"},  {42, "mono"}};
-    const uint32_t n = big32(chan, 12);
     std::string names;
-    for (uint64_t i = 0; i < n && i < 64 && chan.has(16 + 20 * i, 20); i++) {
-        const std::string name = name_of(kLabels, big32(chan, 16 + 20 * i));
+    for (const uint32_t label : labels) {
+        const std::string name = name_of(kLabels, label);
         if (name.empty()) return "";
         append(names, name, " ");
     }
@@ -252,11 +246,35 @@ std::string described_layout(Bytes chan) {
     return names == "L R C LFE Ls Rs" ? "5.1" : names;
 }
 
-std::string core_audio_layout(Bytes chan) {
+std::string core_audio_layout(Bytes chan, uint32_t channels) {
     const uint32_t tag = big32(chan, 4);
-    if (tag == 0) return described_layout(chan);
-    if (tag == 0x10000) return speaker_layout(big32(chan, 8));
-    return name_at(kLayouts, (tag >> 16) - 100);
+    if (tag == 0x10000) return speaker_layout(big32(chan, 8), channels);
+    if (tag != 0) return name_at(kLayouts, (tag >> 16) - 100);
+    std::vector<uint32_t> labels;
+    for (uint64_t i = 0; i < big32(chan, 12) && i < 64 && chan.has(16 + 20 * i, 20); i++)
+        labels.push_back(big32(chan, 16 + 20 * i));
+    return layout_of(labels);
+}
+
+// ISO 14496-12, 12.2.4: a configuration, or each channel's loudspeaker (ISO 23091-3), here by its label of
+// Core Audio. No name where channels of a configuration are left out.
+std::string channel_layout(Bytes chnl, uint32_t channels) {
+    constexpr uint8_t kPlaces[] = {1, 2,  3,  4,        5,        6,  7,  8,  33, 34,
+                                   9, 10, 11, kUnnamed, kUnnamed, 35, 36, 13, 15, 14};
+    const bool is_first = chnl[0] == 0;
+    const bool has_places = ((is_first ? chnl[4] : chnl[4] >> 4) & 1) != 0;
+    uint64_t at = is_first ? 5 : 6;
+    const uint8_t configuration = chnl[at++];
+    if (!has_places || chnl[0] > 1) return "";
+    if (configuration != 0) {
+        const bool has_omitted = is_first || (chnl[at++] & 1) != 0;
+        return has_omitted && big64(chnl, at) != 0 ? "" : configured_layout(configuration);
+    }
+    if (!is_first) channels = chnl[at++];
+    std::vector<uint32_t> labels;
+    for (; channels > 0 && chnl.has(at, 1); channels--, at++)
+        labels.push_back(chnl[at] < std::size(kPlaces) ? kPlaces[chnl[at]] : kUnnamed);
+    return layout_of(labels);
 }
 
 void read_sound_esds(Bytes esds, Sound &sound) {
@@ -287,13 +305,16 @@ void read_eac3_box(Bytes data, Sound &sound) {
     set_ac3_mode(mode, bits.flag(), sound);
     bits.skip(3);
     if (bits.get(4) > 0) {
-        constexpr uint32_t kPlaces[] = {2, 2, 1, 1, 2, 2, 2, 1, 1};  // channels, from the first bit on
+        constexpr uint32_t kPlaces[] = {2, 2, 1, 1, 2, 2, 2, 1, 1};  // channels, from bit 0 on
         const uint32_t places = bits.get(9);
-        for (unsigned i = 0; i < 9; i++) sound.channels += (places >> (8 - i) & 1) * kPlaces[i];
-        sound.layout = sound.channels == 8 && (places & 0x80) != 0 ? "7.1" : "";
+        for (unsigned i = 0; i < 9; i++) sound.channels += (places >> i & 1) * kPlaces[i];
+        sound.layout = sound.channels == 8 && (places & 2) != 0 ? "7.1" : "";
     }
     if (kilobits > 0) sound.bit_rate = int64_t{kilobits} * 1000;
 }
+
+// The elements of ALAC's frames by how many channels there are.
+constexpr const char *kAlacLayouts[] = {"mono", "stereo", "3.0", "4.0", "5.0", "5.1", "6.1", "7.1 (wide)"};
 
 void read_sound_boxes(Bytes boxes, Sound &sound, int depth) {
     each_box(boxes, [&](const Box &box) {
@@ -304,7 +325,8 @@ void read_sound_boxes(Bytes boxes, Sound &sound, int depth) {
                 break;
             case fourcc("esds"): read_sound_esds(data, sound); break;
             case fourcc("chan"):
-                if (std::string layout = core_audio_layout(data); !layout.empty()) sound.layout = layout;
+                if (std::string layout = core_audio_layout(data, sound.channels); !layout.empty())
+                    sound.layout = layout;
                 break;
             case fourcc("dac3"): read_ac3_box(data, sound); break;
             case fourcc("dec3"): read_eac3_box(data, sound); break;
@@ -312,7 +334,7 @@ void read_sound_boxes(Bytes boxes, Sound &sound, int depth) {
             case fourcc("dOps"):
                 sound.channels = data[1];
                 sound.rate = {48000, 1};
-                if (data[10] == 0) sound.layout = sound.channels == 1 ? "mono" : "stereo";  // RFC 7845, 5.1.1
+                if (data[10] <= 1) sound.layout = counted_layout(sound.channels);
                 break;
             case fourcc("alac"):
                 if (data.size() < 28) break;
@@ -320,6 +342,11 @@ void read_sound_boxes(Bytes boxes, Sound &sound, int depth) {
                 sound.channels = data[13];
                 if (big32(data, 24) > 0) sound.rate = {big32(data, 24), 1};
                 if (big32(data, 20) > 0) sound.bit_rate = big32(data, 20);
+                if (sound.layout.empty()) sound.layout = name_at(kAlacLayouts, sound.channels - 1);
+                break;
+            case fourcc("chnl"):
+                if (std::string layout = channel_layout(data, sound.channels); !layout.empty())
+                    sound.layout = layout;
                 break;
             case fourcc("dfLa"): flac_information(data.from(8), sound); break;
             case fourcc("pcmC"): sound.bits = data[5]; break;

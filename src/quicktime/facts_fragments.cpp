@@ -175,10 +175,10 @@ void walk(Fragments &fragments, uint64_t at, int most) {
         at = box.end();
         fragments.last = at;
         if (at > file_size) fragments.is_cut = true;
-        if (box.type == fourcc("mfra") && is_closed(file, box)) {
-            fragments.is_closed = true;
-            at = file_size;
-        }
+        if (box.type != fourcc("mfra")) continue;
+        fragments.is_closed = is_closed(file, box);
+        fragments.is_cut = fragments.is_cut || (!fragments.is_closed && big64(file, at - 8) == 0);
+        if (fragments.is_closed) at = file_size;
     }
     fragments.is_ended = at >= file_size;
 }
@@ -273,23 +273,18 @@ void tell_track(const Run &run, bool all_walked, Facts &facts) {
         first + std::llround(Ratio{static_cast<int64_t>(rest), track.timescale}.value() * mean.value());
 }
 
-// What a movie says of its tracks' bit rates is left out where that does not make up the file.
-void doubt_bit_rates(uint64_t size, const std::vector<Track> &tracks, Facts &facts) {
-    std::vector<int64_t *> rates;
-    for (Picture &picture : facts.pictures) rates.push_back(&picture.bit_rate);
-    for (Sound &sound : facts.sounds) rates.push_back(&sound.bit_rate);
-    double longest = 0;
-    for (const Track &track : tracks) longest = std::max(longest, track.played.value());
-    double told = 0;
-    for (const int64_t *rate : rates) told += static_cast<double>(std::max<int64_t>(*rate, 0));
-    const bool is_all = std::ranges::none_of(rates, [](const int64_t *rate) { return *rate < 0; });
-    const double part = told * longest / (8 * static_cast<double>(size));
-    if (part <= 1 && (part >= 0.95 || !is_all)) return;
-    for (int64_t *const rate : rates) *rate = -1;
+// What was not added up a movie tells of what its writer meant to do.
+void forget_bit_rates(Facts &facts) {
+    for (Picture &picture : facts.pictures) picture.bit_rate = -1;
+    for (Sound &sound : facts.sounds) {
+        if (sound.codec != "AC-3") sound.bit_rate = -1;
+    }
 }
 
-void judge(Fragments &fragments, bool has_end_index, Facts &facts) {
+void judge(Fragments &fragments, const Index &index, Facts &facts) {
     const uint64_t size = fragments.input.size();
+    const bool is_short = index.entries != 0 && fragments.last <= *index.places.rbegin();
+    fragments.is_cut = fragments.is_cut || (is_short && fragments.is_ended);
     uint64_t claimed = fragments.last;
     for (auto &[id, run] : fragments.runs) {
         claimed = std::max(claimed, run.data_end);
@@ -299,7 +294,7 @@ void judge(Fragments &fragments, bool has_end_index, Facts &facts) {
     }
     if (fragments.is_cut) {
         facts.cut(std::max(claimed, size), "the last fragment");
-    } else if ((has_end_index || fragments.is_closed) && fragments.is_ended) {
+    } else if ((index.entries != 0 || fragments.is_closed) && fragments.is_ended) {
         facts.whole(claimed);
     } else {
         facts.extent.claimed = claimed;  // what ends with a fragment may have had more of them
@@ -350,7 +345,7 @@ void read_fragments(Input &input, uint64_t from, Bytes extends, std::vector<Trac
         if (by_index && tracks.size() == 1 && in_header && all / index.entries > between)
             run.bytes = *in_header + all - (index.entries - 1) * between;
     }
+    if (!all_walked) forget_bit_rates(facts);
     for (const auto &[id, run] : fragments.runs) tell_track(run, all_walked, facts);
-    if (!all_walked) doubt_bit_rates(input.size(), tracks, facts);
-    judge(fragments, index.entries != 0, facts);
+    judge(fragments, index, facts);
 }

@@ -42,9 +42,20 @@ TEST(WaveFacts, Formats) {
     EXPECT_EQ(facts_of(wave(format(0xFFFE, 6, 32, little().u16(22).u16(32).u32(0x3F).raw(guid).str()) +
                             chunk("data", kSilence))),
               "WAVE | 6ch 48000 Hz 32 bits PCM float 5.1 400 samples | 1/120 s | whole");
+    EXPECT_EQ(facts_of(wave(format(0xFFFE, 6, 32, little().u16(22).u16(32).u32(3).raw(guid).str()) +
+                            chunk("data", kSilence))),
+              "WAVE | 6ch 48000 Hz 32 bits PCM float 400 samples | 1/120 s | whole");
     const std::string ds64 = chunk("ds64", little().u64(0).u64(9600).u64(2400).u32(0).str());
     EXPECT_EQ(facts_of(wave(ds64 + pcm + chunk("data", kSilence, 0xFFFFFFFF), "BW64")),
               "WAVE BW64 | 2ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s | whole");
+    // A size in the table is that of another chunk, before the data or behind them.
+    const std::string table =
+        chunk("ds64", little().u64(0).u64(9600).u64(2400).u32(1).text("axml").u64(100).str());
+    const std::string sound = chunk("data", kSilence, 0xFFFFFFFF);
+    const std::string xml = chunk("axml", std::string(100, '<'), 0xFFFFFFFF);
+    for (const std::string &chunks : {xml + sound, sound + xml})
+        EXPECT_EQ(facts_of(wave(table + pcm + chunks, "BW64")),
+                  "WAVE BW64 | 2ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s | whole");
 }
 
 // Codecs by an identifier, bits by what is behind the format, a bit rate by the data.
@@ -145,6 +156,25 @@ TEST(SoundFacts, Samples) {
     SHOW(facts_of(frames));
     SHOW(facts_of(frames.substr(0, frames.size() - 1)));
     SHOW(facts_of(hex("FFFB1464") + std::string(200, 'x')));
+    // Two programs in one; sound of which packets are counted, of a known size or not.
+    EXPECT_NE(facts_of(hex("FFFB1480") + std::string(92, 'x')).find("dual mono"), std::string::npos);
+    const auto packets = [](const char *codec) {
+        const std::string common =
+            hex("0001 0000000A 0010 400EBB80000000000000") + codec + std::string(2, '\0');
+        return facts_of(big()
+                            .text("FORM")
+                            .u32(66)
+                            .text("AIFC")
+                            .text("COMM")
+                            .u32(24)
+                            .raw(common)
+                            .text("SSND")
+                            .u32(18)
+                            .zeros(18)
+                            .str());
+    };
+    EXPECT_EQ(packets("ima4"), "AIFC | 1ch 48000 Hz 4 bits IMA ADPCM 640 samples | 1/75 s | whole");
+    EXPECT_EQ(packets("QDM2"), "AIFC | 1ch 48000 Hz QDesign 2 | whole");
 }
 
 // Of the picture by the file's index; of sound as coded. A streamed size of samples of 21 bytes.

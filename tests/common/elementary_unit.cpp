@@ -72,6 +72,58 @@ TEST(Elementary, FieldsOfH264) {
     EXPECT_EQ(scan("68ce0fc8", "6588861d0630"), "bff");
 }
 
+// Of units with lengths the first of which looks like a start code.
+TEST(Elementary, LengthsOfUnits) {
+    const std::string record =
+        bytes("014d401effe1 0017 674d401eda02d0916022000003000200000300641e2c5d40 01 0004 68ce0fc8");
+    const std::string units = bytes("00000105 06") + std::string(260, 'x') + bytes("00000006 6588841d0630");
+    EXPECT_NE(told("H.264", units, record).find(" tff "), std::string::npos);
+}
+
+// Fields by the source, the sequence and the first picture; what it was mastered for.
+TEST(Elementary, Hevc) {
+    const auto stream = [](const std::string &source, const std::string &more) {
+        const std::string first = "00000001 420101016000000300" + source;
+        return told(
+            "HEVC",
+            bytes(first + "0000030000030 03ca00a080f16595952930bc05a1a0000030002000003003210 " + more));
+    };
+    const std::string fields = "000001 4e0101012180";
+    EXPECT_EQ(stream("40", fields), "320x240 HEVC 4:2:0 8 bits bff colour -1,-1,-1,0 25 fps");
+    EXPECT_EQ(stream("40", ""), "320x240 HEVC 4:2:0 8 bits i colour -1,-1,-1,0 25 fps");
+    Picture picture;
+    picture.codec = "HEVC";
+    const std::string graded = bytes(
+        "00000001 "
+        "42010102200000030090000003000003003ca00a080f136595952930bc05a848804820000003002000000303210000"
+        "000001 4e01900403e801908000 000001 4e01891833c286c41d4c0bb884d03e803d13404200989680 000003 "
+        "00328000");
+    EXPECT_TRUE(stream_picture(Bytes(graded.data(), graded.size()), picture));
+    EXPECT_EQ(picture.scan, Scan::progressive);
+    EXPECT_EQ(picture.mastering + " " + picture.light, "P3 D65, 0.005 to 1000 cd/m2 1000/400");
+}
+
+// Colours of the sequence header: RGB, which has full range by definition; a range alone; with timing.
+TEST(Elementary, Av1) {
+    EXPECT_EQ(told("AV1", "", bytes("81200000 0a0d200000043cffbcdaf92021a004")),
+              "0x0 AV1 RGB 8 bits colour 1,13,0,1");
+    EXPECT_EQ(told("AV1", "", bytes("81000c00 0a0b000000043cffbc02f80840")),
+              "0x0 AV1 4:2:0 8 bits colour -1,-1,-1,1");
+    EXPECT_EQ(told("AV1", bytes("0a0e000000fa1e7fde210a88101008a0"), bytes("811f0c00")),
+              "0x0 AV1 4:2:0 8 bits colour -1,-1,1,0");
+    EXPECT_EQ(told("AV1", "", bytes("811f0c00 0a0e000000")), "0x0 AV1 4:2:0 8 bits");
+}
+
+// Frames of one time in a sequence that may have fields, where chroma says nothing of it.
+TEST(Elementary, PicturesOfMpeg2) {
+    const auto scan = [](const char *flags) {
+        return told("MPEG-2",
+                    bytes(std::string("000001b378043833ffffe018 000001b5144400010000 000001b58fff") + flags));
+    };
+    EXPECT_NE(scan("f38080").find(" p "), std::string::npos) << scan("f38080");
+    EXPECT_NE(scan("f38000").find(" tff "), std::string::npos) << scan("f38000");
+}
+
 TEST(Elementary, Dts) {
     const std::string dts = bytes("7ffe8001fc3c75b276c005380009ef7b");
     Sound sound;
@@ -80,6 +132,17 @@ TEST(Elementary, Dts) {
     EXPECT_EQ(sound.layout, "5.1");
     EXPECT_EQ(sound.bit_rate, 1413000);
     EXPECT_FALSE(dts_frame(Bytes(dts.data(), 6), sound));
+}
+
+// A substream that adds two channels at the back to 5.1; alone it is none that can be heard.
+TEST(Elementary, DependentSubstreams) {
+    const std::string added = bytes("0b7740073c87e011a000000000000000");
+    const std::string both = bytes("0b7700033f87c000") + added;
+    Sound sound;
+    EXPECT_TRUE(ac3_frame(Bytes(both.data(), both.size()), sound));
+    EXPECT_EQ(sound.channels, 8U);
+    EXPECT_EQ(sound.layout, "7.1");
+    EXPECT_FALSE(ac3_frame(Bytes(added.data(), added.size()), sound));
 }
 
 TEST(Elementary, TrueHd) {

@@ -46,6 +46,9 @@ TEST(Facts, Timecodes) {
     EXPECT_EQ(file_timecode(1, 0, 0, 0, 60, true, "").text(), "01:00:00;00");
     EXPECT_FALSE(file_timecode(24, 0, 0, 0, 25, false, "").is_valid() ||
                  file_timecode(0, 0, 0, 25, 25, false, "").is_valid());
+    // No numbers are dropped of 24 and 25.
+    EXPECT_EQ(file_timecode(1, 0, 0, 0, 24, true, "").text(), "01:00:00:00");
+    EXPECT_EQ(counted_timecode(90000, 25, true, "").text(), "01:00:00:00");
     FileTimecode late = file_timecode(23, 59, 59, 24, 25, false, "");
     late.frames++;
     EXPECT_EQ(late.text(), "00:00:00:00");

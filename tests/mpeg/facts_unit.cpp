@@ -25,6 +25,10 @@ TEST(MpegFacts, TransportPackets) {
         timed += "time" + packets.substr(at, 188);
         protected_ones += packets.substr(at, 188) + std::string(16, 'p');
     }
+    for (const size_t cut : {1U, 100U, 187U}) {
+        EXPECT_EQ(facts_of(packets.substr(cut)).substr(0, 7), "MPEG-TS") << cut;
+        EXPECT_EQ(facts_of(packets.substr(188 - cut, cut) + packets), plain) << cut;
+    }
     EXPECT_EQ(facts_of(timed), "MPEG-TS 192-byte packets" + plain.substr(7));
     EXPECT_EQ(facts_of(protected_ones), "MPEG-TS 204-byte packets" + plain.substr(7));
 }
@@ -62,7 +66,7 @@ TEST(MpegFacts, Descriptors) {
         facts_of(packet("4740001000", "00B00D0001C100000001E100 00000000") +
                  packet("4741001000", "02B01C0001C10000E101F000 06E101F00A 05044F707573 7F028002 00000000") +
                  null + null),
-        "MPEG-TS | 2ch 48000 Hz Opus");
+        "MPEG-TS | 2ch 48000 Hz Opus stereo");
     // A map of data alone is a map.
     const std::string map = packet("4741001000", "02B0120001C10000E101F000 06E101F000 00000000");
     const std::string association = packet("4740001000", "00B00D0001C100000001E100 00000000");
@@ -123,6 +127,17 @@ TEST(MpegFacts, LateStreams) {
     stream += packet(hex("471FFF10")) + packet(hex("471FFF10"));
     EXPECT_EQ(facts_of(stream),
               "MPEG-TS | 1280x720 Dirac 4:2:2 10 bits p 60000/1001 fps | 2ch 48000 Hz AC-3 1.1");
+}
+
+// Film that is shown at 29.97 Hz, each other picture for three fields.
+TEST(MpegFacts, RepeatedFields) {
+    std::string video = hex("000001B3 7804383400FFE018 000001B5 144200010000");
+    for (int i = 0; i < 8; i++)
+        video +=
+            hex("00000100 000F 000001B5 8FFFF3") + hex(i % 2 == 0 ? "8380" : "8180") + hex("00000101 22");
+    const std::string text = facts_of(video + hex("000001B7"));
+    EXPECT_NE(text.find("30000/1001 fps 10 frames"), std::string::npos) << text;
+    EXPECT_NE(text.find("| 1001/3000 s |"), std::string::npos) << text;
 }
 
 // Zeros behind the end of a sequence fill up a sector; behind a picture they are in the place of others.

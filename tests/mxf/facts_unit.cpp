@@ -138,6 +138,14 @@ std::string clip_facts(const std::string &bytes) {
 
 TEST(MxfFacts, TracksOfBothFieldsTapeAndDropTimecode) { EXPECT_EQ(clip_facts(Clip(false).bytes), kFacts); }
 
+// A tape's track with two edit units a frame of its timecode.
+TEST(MxfFacts, EditUnitsOfTimecodes) {
+    std::string bytes = Clip(false).bytes;
+    const std::string half = track(32, 1, 33, 60000, 1001);
+    bytes.replace(bytes.find(track(32, 1, 33, 30000, 1001)), half.size(), half);
+    EXPECT_EQ(clip_facts(bytes), kFacts);
+}
+
 TEST(MxfFacts, DurationsOfAnOpenHeaderAreThoseOfTheFootersIndex) {
     EXPECT_EQ(clip_facts(Clip(true).bytes), kFacts);
 }

@@ -138,6 +138,17 @@ TEST(MovieFacts, Sounds) {
     EXPECT_EQ(sound(sound_entry("ac-3", 0, 2, 16, atom("dac3", hex("103DC0")))), "6ch 48000 Hz AC-3 5.1");
     EXPECT_EQ(sound(sound_entry("sowt", 0, 2, 16, full("chan", big().u32(101 << 16 | 2).zeros(8).str()))),
               "2ch 48000 Hz 16 bits PCM stereo");
+    for (const auto &[places, layout] : {std::pair{"00000000 01 05 0000000000000000", "5.0"},
+                                         {"00000000 01 06 0000000000000008", "PCM"},
+                                         {"00000000 01 00 0001", "stereo"},
+                                         {"00000000 02 02", "PCM"},
+                                         {"01000000 10 06 06 00", "5.1"},
+                                         {"01000000 10 06 00 06 000102030405", "5.1"},
+                                         {"01000000 10 03 00 03 00010A", "L R Cs"}})
+        EXPECT_TRUE(sound(sound_entry("sowt", 0, 2, 16, atom("chnl", hex(places)))).ends_with(layout))
+            << places;
+    const std::string alac = full("alac", hex("00001000 00 18 280a0e 06 00ff 00000000 00000000 0000bb80"));
+    EXPECT_EQ(sound(sound_entry("alac", 0, 2, 16, alac)), "6ch 48000 Hz 24 bits ALAC 5.1");
     for (const auto &[tag, layout] :
          {std::pair(142U, "6.1"), {150U, "3.0"}, {184U, "5.1.2"}, {99U, "AAC"}, {200U, "AAC"}}) {
         const std::string text =
@@ -165,6 +176,11 @@ TEST(MovieFacts, TimeAndTracks) {
               "MOV | 1920x1080 ProRes 422 4:2:2 10 bits 30000/1001 fps 10 frames | 00:10:00;00 track 2 | "
               "reel A001 | "
               "2025-12-31T00:00:00Z | 1001/3000 s | whole | brand: qt");
+    const std::string early = big().u32(0xFFFFFFFF).text(std::string(9996, 'x')).str();
+    EXPECT_EQ(
+        facts_of(movie(track("tmcd", tmcd, media_header(30000, 1001), {1, 1001, 32, {}}), "qt  ", early))
+            .find("track 1"),
+        std::string::npos);
     // A part of the media, and a pause before it.
     const std::string edits =
         edit_list(big().u32(1000).u32(0xFFFFFFFF).u32(0x10000).u32(100).u32(3003).u32(0x10000).str(), 2);
@@ -218,6 +234,15 @@ TEST(MovieFacts, Extent) {
     EXPECT_EQ(state(whole + std::string(100, 'x')), "whole");
     EXPECT_EQ(state(whole.substr(0, whole.size() - 1)), "cut the end of moov");
     EXPECT_EQ(state(whole.substr(0, 8000)), "cut no moov");
+    // Zeros where the last tracks, or the last tables of one, would be.
+    const std::string two = movie(track("soun", sound_entry("raw ", 0, 2, 8, ""), media_header(48000, 10)) +
+                                  track("vide", picture_entry("apcn", ""), media_header(24000, 10010)));
+    for (const char *type : {"trak", "minf", "stsz"}) {
+        const size_t at = two.rfind(type) - 4;
+        EXPECT_EQ(state(two.substr(0, at) + std::string(two.size() - at, '\0')),
+                  "cut the end of moov (zeros)")
+            << type;
+    }
     EXPECT_EQ(
         state(movie(track("vide", picture_entry("apcn", ""), media_header(24000, 10010), {10, 1001, 32, {}}),
                     "qt  ", std::string(10000, '\0'))),
@@ -300,6 +325,8 @@ TEST(MovieFacts, FragmentsBehindSamples) {
                  fragment + atom("mdat", std::string(5000, 'x')));
     EXPECT_NE(text.find("fps 15 frames"), std::string::npos) << text;
     EXPECT_NE(text.find(" | 1001/1600 s"), std::string::npos) << text;
+    const std::string cut = movie(extends + atom("udta", std::string(50, 'x')));
+    EXPECT_EQ(extent_of(cut.substr(0, cut.size() - 1), "a.mov"), "cut the end of moov");
     // All samples stand in the header.
     const std::string closed =
         facts_of(movie(track("vide", picture_entry("apcn", ""), media_header(24000, 10010)) + extends));
