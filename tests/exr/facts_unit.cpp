@@ -81,10 +81,11 @@ TEST(ExrFacts, OffsetTable) {
     EXPECT_EQ(extent_of(head + little().u64(first).str(), "a.exr"), "cut the offset table");
 }
 
-// The two whites of P3 differ in y alone.
+// The two whites of P3 differ in y alone; a third has no code.
 TEST(ExrFacts, Primaries) {
-    for (const auto &[x, y, expected] :
-         {std::tuple{0.314F, 0.351F, "colour 11,"}, {0.3127F, 0.329F, "colour 12,"}}) {
+    for (const auto &[x, y, expected] : {std::tuple{0.314F, 0.351F, "colour 11,"},
+                                         {0.3127F, 0.329F, "colour 12,"},
+                                         {0.3217F, 0.3377F, "chromaticities: 0.68,0.32 0.265,0.69 "}}) {
         ByteWriter values = little();
         for (const float value : {0.68F, 0.32F, 0.265F, 0.69F, 0.15F, 0.06F, x, y}) values.f32(value);
         EXPECT_NE(
@@ -92,6 +93,28 @@ TEST(ExrFacts, Primaries) {
                 .find(expected),
             std::string::npos);
     }
+}
+
+// A flat part beside a deep one, whose chunk is the last; depth of 32 bits beside colours of 16, which B44
+// leaves as it is.
+TEST(ExrFacts, MixedPartsAndChannels) {
+    const std::string one = attribute("chunkCount", "int", little().u32(1).str());
+    const std::string parts = header(2, one + attribute("type", "string", "deepscanline")) +
+                              header(3, one + attribute("type", "string", "scanlineimage")) + '\0';
+    const std::string head = little().u32(20000630).u32(0x1802).raw(parts).str();
+    const std::string deep = little().u32(0).u32(0).u64(4).u64(4).u64(4).u64(0xDDDDDDDD).str();
+    const std::string flat = little().u32(1).u32(0).u32(100).raw(std::string(100, 'd')).str();
+    const uint64_t first = head.size() + 16;
+    const std::string both = head + little().u64(first).u64(first + deep.size()).str() + deep + flat;
+    EXPECT_EQ(extent_of(both, "a.exr"), "whole");
+    EXPECT_EQ(extent_of(both.substr(0, both.size() - 1), "a.exr"), "cut the last chunk");
+
+    std::string channels;
+    for (const auto &[name, type] : {std::pair{"B", 1U}, {"G", 1U}, {"R", 1U}, {"Z", 2U}})
+        channels += little().text(name).u8(0).u32(type).u32(0).u32(1).u32(1).str();
+    const std::string b44 = header(6, one + attribute("channels", "chlist", channels + '\0'));
+    EXPECT_EQ(facts_of(file(2, b44, little().u32(0).u32(1064).raw(std::string(40, 'd')).zeros(1024).str())),
+              "EXR scan lines | 64x32 B44 RGB 16 bits float 1 frames | whole | channels: B G R Z");
 }
 
 // Names that others than the format's library write.
