@@ -168,8 +168,9 @@ FileTimecode bcd_timecode(uint32_t bcd, uint32_t base, std::string place) {
     timecode.bcd = bcd;
     timecode.place = std::move(place);
     if (base == 0) {
-        constexpr Counting kAny{100};
-        if (frame_count(bcd, kAny)) timecode.digits = timecode_text(bcd, kAny);
+        // What has the flag drops numbers; without a rate nothing has as many frames as would need its bit.
+        const Counting any{100, (bcd & 0x40) != 0};
+        if (frame_count(bcd & ~0x40U, {100})) timecode.digits = timecode_text(bcd & ~0x40U, any);
         return timecode;
     }
     Counting counting{base};
