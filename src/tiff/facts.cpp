@@ -41,6 +41,7 @@ enum Tag : uint16_t {
     kExtraSamples = 338,
     kSampleFormat = 339,
     kSubsampling = 530,
+    kPatternSize = 33421,
     kDngVersion = 50706,
     kTileDepth = 32998,
     kDefaultScale = 50718,
@@ -60,6 +61,7 @@ constexpr CodeName kCompressions[] = {  // TIFF 6.0 and its supplements, and wha
     {9, "JBIG"},          {10, "JBIG"},
     {32767, "Sony ARW"},  {32771, "CCITT RLE"},
     {32773, "PackBits"},  {32809, "ThunderScan"},
+    {32908, "PixarFilm"}, {32909, "PixarLog"},
     {32946, "Deflate"},   {33003, "JPEG 2000"},
     {33005, "JPEG 2000"}, {34661, "JBIG"},
     {34676, "LogLuv"},    {34677, "LogLuv"},
@@ -190,7 +192,10 @@ std::string components_of(const Directory &directory) {
         case 8:
         case 9:
         case 10: return "Lab";
-        case 32803: return "Bayer";
+        case 32803: return directory.number(kPatternSize, 2) == 2 ? "Bayer" : "CFA";
+        case 32844: return "Y";  // logarithmic
+        case 32845: return "Luv";
+        case 51177: return "Z";
         case 34892: return samples == 3 ? "RGB" : "raw";
         default: return "";
     }
@@ -279,8 +284,9 @@ DataEnd data_end(const Directory &directory) {
         last_size = size;
     }
     const uint64_t compression = directory.number(kCompression, kUncompressed);
-    // Of others than these two cameras pad the end.
-    const uint64_t most = compression == kLzw || compression == kDeflate ? 64 : 4096;
+    // Of others than these cameras pad the end.
+    constexpr uint64_t kPacked[] = {kLzw, kDeflate, 32946, 34925, 50000};
+    const uint64_t most = std::ranges::count(kPacked, compression) > 0 ? 64 : 4096;
     if (result.end > 0 && compression != kUncompressed)
         result.is_blank = ends_in_zeros(directory.input(), result.end - last_size, result.end, 16, most);
     return result;
@@ -355,7 +361,8 @@ void tiff_facts(Input &input, Facts &facts) {
 
         Picture picture = picture_of(directory);
         if (picture.width == 0 || picture.height == 0) continue;
-        if ((directory.number(kSubfileType) & 1) == 0) pages++;
+        // 2: one of several pages; others are previews, masks and the like.
+        if ((directory.number(kSubfileType) & ~uint64_t{2}) == 0) pages++;
         const DataEnd data = data_end(directory);
         end = std::max(end, data.end);
         is_known = is_known || data.end > 0;
