@@ -252,7 +252,12 @@ std::string iso_date_in(std::string_view text) {
         if (is_number) count++;
         at = is_number ? behind : at + 1;
     }
-    if (count < 3) return "";
+    constexpr std::string_view kMonths = "JanFebMarAprMayJunJulAugSepOctNovDec";
+    constexpr int64_t kLeastYear = 1000;  // what is smaller is a day or a month
+    const size_t month = text.size() < 7 ? text.npos : kMonths.find(text.substr(4, 3));
+    if (count == 5 && month < kMonths.size() && part[4] >= kLeastYear)  // as C has it
+        return iso_date(part[4], static_cast<int64_t>(month / 3) + 1, part[0], part[1], part[2], part[3]);
+    if (count < 3 || part[0] < kLeastYear) return "";
     if (count < std::size(part)) return iso_date(part[0], part[1], part[2]);
     const std::string date = iso_date(part[0], part[1], part[2], part[3], part[4], part[5]);
     return date.find('T') == date.npos ? date : date + zone_in({at, static_cast<size_t>(end - at)});

@@ -173,7 +173,7 @@ std::string keycode_text(int64_t manufacturer, int64_t type, int64_t prefix, int
 std::string iso_date(int64_t year, int64_t month, int64_t day, int64_t hour = -1, int64_t minute = 0,
                      int64_t second = 0, bool utc = false);
 // Of a text with the numbers of a date, and of a time where there are six, with what tells its offset from
-// UTC: "2026:11:26 10:00:00", "2026:11:26:10:00:00+01".
+// UTC: "2026:11:26 10:00:00", "2026:11:26:10:00:00+01", "Thu Nov 26 10:00:00 2026".
 std::string iso_date_in(std::string_view text);
 // Of seconds since 1970-01-01 UTC.
 std::string iso_date_of_unix(int64_t seconds);
