@@ -163,9 +163,10 @@ void add_header_details(const MainHeader &header, Facts &facts) {
     facts.add_more("levels", header.cod[9]);
     const uint64_t width = big32(header.siz, 22);
     const uint64_t height = big32(header.siz, 26);
-    const uint64_t columns = width ? (big32(header.siz, 6) + width - 1) / width : 0;
-    const uint64_t rows = height ? (big32(header.siz, 10) + height - 1) / height : 0;
-    if (columns * rows > 1) {
+    // The first tile begins where the grid says.
+    const bool is_tiled = big32(header.siz, 6) > width + big32(header.siz, 30) ||
+                          big32(header.siz, 10) > height + big32(header.siz, 34);
+    if (is_tiled && width > 0 && height > 0) {
         append(facts.variant, "tiled", " ");
         facts.add_more("tile size", size_text(width, height));
     }
