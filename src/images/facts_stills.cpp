@@ -34,6 +34,30 @@ const char *grey_or_colour(uint64_t channels) {
     return channels < std::size(kNames) ? kNames[channels] : "";
 }
 
+// How long each frame of an animation is shown.
+struct Delays {
+    int64_t count = 0;
+    Ratio first;
+    double seconds = 0;
+    bool is_even = true;
+
+    void add(Ratio delay) {
+        if (count++ == 0) first = delay;
+        is_even = is_even && delay.n * first.d == first.n * delay.d;
+        seconds += delay.value();
+    }
+    // Of all frames of one, where there are several.
+    void tell(Facts &facts) const {
+        Picture &picture = facts.picture();
+        const int64_t thousandths = std::llround(seconds * 1000);
+        if (count < 2 || count != picture.frames || thousandths <= 0) return;
+        picture.rate = is_even ? Ratio{first.d, first.n}.reduced() : rate_of(1000 * count, thousandths);
+        picture.constant_rate = is_even;
+        if (is_even) return facts.lasts(count, picture.rate);
+        facts.lasts(thousandths, {1000, 1});
+    }
+};
+
 // Where run-length packets of a TGA end that have that many pixels; nothing where the data is too long to be
 // looked at.
 std::optional<uint64_t> packets_end(Input &input, uint64_t at, uint64_t pixels, uint64_t pixel_bytes) {
@@ -49,19 +73,15 @@ std::optional<uint64_t> packets_end(Input &input, uint64_t at, uint64_t pixels, 
     return at + offset;
 }
 
-}  // namespace
-
-namespace {
-
 // Blocks of a GIF89a, as far as they are looked at.
 struct GifBlocks {
     static constexpr uint8_t kExtension = 0x21, kControl = 0xF9, kImage = 0x2C, kTrailer = 0x3B;
 
     OrderedBytes b;
     uint64_t at = 0;
-    uint32_t bits = 0;                                   // of the largest palette
-    int64_t images = 0, shown = 0, delay = 0, last = 0;  // times in hundredths of a second
-    bool is_even = true;
+    uint32_t bits = 0;  // of the largest palette
+    int64_t delay = 0;  // hundredths of a second of the next image
+    Delays delays = {};
 
     bool is_ended() const { return b.u8(at) == kTrailer; }
     // Bytes of the palette that flags tell.
@@ -81,10 +101,7 @@ struct GifBlocks {
                 at += 2;
                 continue;
             }
-            is_even = is_even && (images == 0 || delay == last);
-            images++;
-            last = std::exchange(delay, 0);
-            shown += last;
+            delays.add({std::exchange(delay, 0), 100});
             at += 11 + palette(b.u8(at + 9));
         }
     }
@@ -99,8 +116,9 @@ void judge_gif_tail(Input &input, Facts &facts) {
     if (bytes_are(blocks.b.bytes, kTail - 2, "\0;")) return facts.whole(input.size());
     const auto is_row = [&](uint64_t first) {
         const uint64_t length = blocks.b.u8(first);
+        if (length < 254 || blocks.b.u16(first + 1) == length * 0x101) return false;  // one byte all over
         uint64_t n = 0;
-        while (n < kRow && length >= 254 && blocks.b.u8(first + n * (length + 1)) == length) n++;
+        while (n < kRow && blocks.b.u8(first + n * (length + 1)) == length) n++;
         return n == kRow;
     };
     uint64_t &at = blocks.at;
@@ -125,16 +143,12 @@ void gif_facts(Input &input, Facts &facts) {
     blocks.at += blocks.palette(b.u8(10));
     blocks.walk();
     Picture &picture = still(facts, b.u16(6), b.u16(8), blocks.bits, "palette", "LZW");
-    picture.frames = blocks.is_ended() ? blocks.images : -1;
+    picture.frames = blocks.is_ended() ? blocks.delays.count : -1;
     if (b.u8(12) != 0) picture.pixel_aspect = Ratio{b.u8(12) + 15, 64}.reduced();
     if (blocks.is_ended()) {
-        if (blocks.images > 1 && blocks.shown > 0) {
-            picture.rate = rate_of(100 * blocks.images, blocks.shown);
-            picture.constant_rate = blocks.is_even;
-            facts.lasts(blocks.shown, {100, 1});
-        }
+        blocks.delays.tell(facts);
         facts.whole(blocks.at + 1);
-    } else if (blocks.at > size || (blocks.at == size && blocks.images == 0)) {
+    } else if (blocks.at > size || (blocks.at == size && blocks.delays.count == 0)) {
         facts.cut(blocks.at + 1, "the picture's end");  // some writers leave the trailer out
     } else if (ends_in_zeros(input, blocks.at, size, 1, 1024)) {
         facts.cut(size, "the end holds zeros");
@@ -314,30 +328,6 @@ void add_png_chunk(OrderedBytes chunk, Facts &facts) {
 
 namespace {
 
-// How long each frame of an animated PNG is shown.
-struct Delays {
-    int64_t count = 0;
-    Ratio first;
-    double seconds = 0;
-    bool is_even = true;
-
-    void add(Ratio delay) {
-        if (delay.d == 0) delay.d = 100;
-        if (count++ == 0) first = delay;
-        is_even = is_even && delay.n * first.d == first.n * delay.d;
-        seconds += delay.value();
-    }
-    void tell(Facts &facts) const {
-        Picture &picture = facts.picture();
-        if (count == 0 || count != picture.frames || seconds <= 0) return;
-        picture.rate =
-            is_even ? Ratio{first.d, first.n}.reduced() : rate_of(static_cast<double>(count) / seconds);
-        picture.constant_rate = is_even;
-        if (is_even) return facts.lasts(count, picture.rate);
-        facts.lasts(std::llround(seconds * 1000), {1000, 1});
-    }
-};
-
 // Compressed data has many chunks, as a rule of 8 to 64 KiB: where the end is there and the frames have no
 // times they are not followed.
 void walk_chunks(Input &input, Facts &facts, Delays &delays) {
@@ -356,7 +346,7 @@ void walk_chunks(Input &input, Facts &facts, Delays &delays) {
         const bool is_enough = data && ends && i > kFew && delays.count == 0;
         if (type == fourcc("IEND") || is_enough) return facts.whole(ends ? size : end);
         if (type == 0) return facts.cut(end, "picture data: zeros in its place");
-        if (type == fourcc("fcTL")) delays.add({chunk.u16(28), chunk.u16(30)});
+        if (type == fourcc("fcTL")) delays.add({chunk.u16(28), chunk.u16(30) == 0 ? 100 : chunk.u16(30)});
         if (type == fourcc("eXIf"))
             exif_facts(input.present(at + 8, std::min(chunk.u32(0), kMostExif)), facts);
         if (!data) add_png_chunk(chunk, facts);
