@@ -245,8 +245,12 @@ uint64_t read_header(OrderedBytes file, uint64_t at, Part &part, Facts &facts) {
         at = value_at + static_cast<uint64_t>(size);
     }
     if (!file.bytes.has(at, 1)) return 0;
-    if (part.timecode && facts.timecodes.empty())
-        facts.add(bcd_timecode(*part.timecode, base_of(part.picture.rate), "timeCode"));
+    if (part.timecode && facts.timecodes.empty()) {
+        // The flag of dropped numbers is always one: at 59.94 Hz two frames share a number of 30 a second.
+        const uint32_t base = base_of(part.picture.rate);
+        const bool is_pair = base > 30 && (*part.timecode & 0x40) != 0;
+        facts.add(bcd_timecode(*part.timecode, is_pair ? base / 2 : base, "timeCode"));
+    }
     return at + 1;
 }
 

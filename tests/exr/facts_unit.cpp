@@ -129,6 +129,15 @@ TEST(ExrFacts, OtherNames) {
         "whole | channels: B G R");
 }
 
+// Whatever the rate is, the flag of dropped numbers is no digit.
+TEST(ExrFacts, DroppedNumbers) {
+    for (const float rate : {0.0F, 29.97F, 59.94F}) {
+        const std::string more = attribute("framesPerSecond", "float", little().f32(rate).str()) +
+                                 attribute("timeCode", "timecode", little().u32(0x01000042).u32(0).str());
+        EXPECT_NE(facts_of(file(2, header(0, more), "")).find("| 01:00:00;02 timeCode"), std::string::npos);
+    }
+}
+
 // Windows reach as far as signed numbers of 32 bits do.
 TEST(ExrFacts, LargestWindow) {
     const std::string far = little().u32(0x80000000).u32(0x80000000).u32(INT32_MAX).u32(INT32_MAX).str();
