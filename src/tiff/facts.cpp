@@ -331,7 +331,7 @@ void tiff_facts(Input &input, Facts &facts) {
     std::vector<uint64_t> waiting{big ? header.u64(8) : header.u32(4)};
     uint64_t end = 0;
     uint64_t values_end = 0;
-    uint64_t largest = 0;
+    std::pair<bool, uint64_t> largest;
     int64_t pages = 0;
     bool is_cut = false, is_known = false, is_blank = false;
     std::string tiles;
@@ -352,7 +352,7 @@ void tiff_facts(Input &input, Facts &facts) {
         values_end = std::max(values_end, directory.values_end());
         waiting.push_back(directory.next());
         const Values below = directory.values(kSubDirectories);
-        for (uint64_t i = 0; i < std::min<uint64_t>(below.count, 16); i++) waiting.push_back(below.number(i));
+        for (uint64_t i = std::min<uint64_t>(below.count, 16); i-- > 0;) waiting.push_back(below.number(i));
         if (is_first) add_first_directory(directory, facts);
         const Ratio told = directory.values(kFrameRate).ratio();
         if (!rate.is_set()) rate = rate_of(told.n, told.d);
@@ -361,18 +361,20 @@ void tiff_facts(Input &input, Facts &facts) {
 
         Picture picture = picture_of(directory);
         if (picture.width == 0 || picture.height == 0) continue;
-        // 2: one of several pages; others are previews, masks and the like.
-        if ((directory.number(kSubfileType) & ~uint64_t{2}) == 0) pages++;
+        // 2: one of several pages; others are previews, masks and the like, which may be as large as the
+        // picture.
+        picture.enabled = (directory.number(kSubfileType) & ~uint64_t{2}) == 0;
+        pages += picture.enabled;
         const DataEnd data = data_end(directory);
         end = std::max(end, data.end);
         is_known = is_known || data.end > 0;
         is_blank = is_blank || data.is_blank;
-        const uint64_t area = uint64_t{picture.width} * picture.height;
-        if (area > largest) {
+        const auto rank = std::pair(picture.enabled, uint64_t{picture.width} * picture.height);
+        if (rank > largest) {
             const uint64_t tile_width = directory.number(kTileWidth);
             tiles = tile_width > 0 ? size_text(tile_width, directory.number(kTileLength)) : "";
         }
-        largest = std::max(largest, area);
+        largest = std::max(largest, rank);
         facts.pictures.push_back(std::move(picture));
     }
     facts.largest_first();

@@ -51,6 +51,11 @@ TEST(TiffFacts, Directories) {
                                        {279, 4, 3516 * 2328 * 2}});
     SHOW(facts_of(little().text("II*").u8(0).u32(8).raw(first).at(256).raw(raw).at(512).u8(0).str()));
     SHOW(facts_of(little().text("II*").u8(0).u32(64).zeros(500).str()));
+    // A preview may be as large.
+    std::string large = first;
+    large.replace(22, 4, little().u32(3516).str()).replace(34, 4, little().u32(2328).str());
+    EXPECT_EQ(facts_of(little().text("II*").u8(0).u32(8).raw(large).at(256).raw(raw).str()).substr(0, 42),
+              "TIFF | 3516x2328 uncompressed Bayer 16 bit");
 }
 
 // What is shown of a raw picture and what makes its pixels square; tiles; a fourth sample is alpha.
