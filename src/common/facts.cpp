@@ -153,6 +153,7 @@ FileTimecode file_timecode(int64_t hours, int64_t minutes, int64_t seconds, int6
         return {};
     const int64_t dropped = Counting{base, drop}.dropped();
     const int64_t all_minutes = hours * 60 + minutes;
+    if (minutes % 10 != 0 && seconds == 0 && frames < dropped) return {};
     const int64_t count =
         (all_minutes * 60 + seconds) * base + frames - dropped * (all_minutes - all_minutes / 10);
     return {count, base, drop, std::move(place)};

@@ -155,7 +155,8 @@ int64_t bit_rate_of(uint64_t bytes, Ratio seconds);
 // Frames that a second's numbers count: 24 of 23.976, 30 of 29.97.
 uint32_t base_of(Ratio rate);
 
-// Of hours to frames, at the base's numbers. Not set where a part is out of range.
+// Of hours to frames, at the base's numbers. Not set where a part is out of range, or where the number is
+// dropped.
 FileTimecode file_timecode(int64_t hours, int64_t minutes, int64_t seconds, int64_t frames, uint32_t base,
                            bool drop, std::string place);
 // Of frames since midnight, of which those of whole days are left out.

@@ -352,7 +352,8 @@ void tiff_facts(Input &input, Facts &facts) {
         values_end = std::max(values_end, directory.values_end());
         waiting.push_back(directory.next());
         const Values below = directory.values(kSubDirectories);
-        for (uint64_t i = std::min<uint64_t>(below.count, 16); i-- > 0;) waiting.push_back(below.number(i));
+        for (uint64_t i = std::min<uint64_t>(below.count, kMostDirectories); i-- > 0;)
+            waiting.push_back(below.number(i));
         if (is_first) add_first_directory(directory, facts);
         const Ratio told = directory.values(kFrameRate).ratio();
         if (!rate.is_set()) rate = rate_of(told.n, told.d);

@@ -46,7 +46,8 @@ TEST(Facts, Timecodes) {
     EXPECT_EQ(file_timecode(0, 10, 0, 0, 30, true, "").frames, 17982);
     EXPECT_EQ(file_timecode(1, 0, 0, 0, 60, true, "").text(), "01:00:00;00");
     EXPECT_FALSE(file_timecode(24, 0, 0, 0, 25, false, "").is_valid() ||
-                 file_timecode(0, 0, 0, 25, 25, false, "").is_valid());
+                 file_timecode(0, 0, 0, 25, 25, false, "").is_valid() ||
+                 file_timecode(0, 1, 0, 1, 30, true, "").is_valid());
     FileTimecode late = file_timecode(23, 59, 59, 24, 25, false, "");
     late.frames++;
     EXPECT_EQ(late.text(), "00:00:00:00");
