@@ -208,7 +208,8 @@ Picture picture_of(const Directory &directory) {
     if (width > INT32_MAX || height > INT32_MAX) return picture;
     picture.width = static_cast<uint32_t>(width);
     picture.height = static_cast<uint32_t>(height);
-    picture.bits = static_cast<uint32_t>(std::min<uint64_t>(directory.number(kBits, 1), 128));
+    const Values bits = directory.values(kBits);
+    picture.bits = static_cast<uint32_t>(bits.count == 0 ? 1 : std::min<uint64_t>(bits.number(), 128));
     const uint64_t format = directory.number(kSampleFormat, 1);
     picture.floating = format == 3 || format == 6;  // 6: complex
     picture.components = components_of(directory);
@@ -333,7 +334,7 @@ void tiff_facts(Input &input, Facts &facts) {
     uint64_t values_end = 0;
     std::pair<bool, uint64_t> largest;
     int64_t pages = 0;
-    bool is_cut = false, is_known = false, is_blank = false;
+    bool is_cut = false, is_known = false, is_blank = false, has_bits = true;
     std::string tiles;
     Ratio rate;
     FileTimecode timecode;
@@ -370,6 +371,7 @@ void tiff_facts(Input &input, Facts &facts) {
         end = std::max(end, data.end);
         is_known = is_known || data.end > 0;
         is_blank = is_blank || data.is_blank;
+        has_bits = has_bits && picture.bits > 0;
         const auto rank = std::pair(picture.enabled, uint64_t{picture.width} * picture.height);
         if (rank > largest) {
             const uint64_t tile_width = directory.number(kTileWidth);
@@ -393,6 +395,8 @@ void tiff_facts(Input &input, Facts &facts) {
         facts.cut(end, "picture data");
     } else if (values_end > input.size()) {
         facts.cut(values_end, "values of the directory");
+    } else if (!has_bits) {
+        facts.cut(values_end, "values of the directory: zeros in their place");
     } else if (is_blank) {
         facts.cut(end, "the end of the picture data holds zeros");
     } else if (is_known && is_all) {

@@ -58,6 +58,23 @@ TEST(TiffFacts, Directories) {
               "TIFF | 3516x2328 uncompressed Bayer 16 bit");
 }
 
+// Bits of three samples behind the directory, which were never written or are not there.
+TEST(TiffFacts, ValuesOfZeros) {
+    std::string file =
+        little()
+            .text("II*")
+            .u8(0)
+            .u32(8)
+            .raw(directory({{256, 4, 1}, {257, 4, 1}, {258, 3, 100}, {262, 3, 2}, {273, 4, 8}, {277, 3, 3}}))
+            .str();
+    file[8 + 2 + 2 * 12 + 4] = 3;
+    file.resize(100);
+    EXPECT_EQ(extent_of(file + hex("080008000800"), "a.tif"), "whole");
+    EXPECT_EQ(extent_of(file + hex("000000000000"), "a.tif"),
+              "cut values of the directory: zeros in their place");
+    EXPECT_EQ(facts_of(file + hex("08")).substr(0, 48), "TIFF | 1x1 uncompressed RGB 1 frames | cut value");
+}
+
 // What is shown of a raw picture and what makes its pixels square; tiles; a fourth sample is alpha.
 TEST(TiffFacts, ShownOfRaw) {
     const auto tiff = [](std::initializer_list<std::array<uint32_t, 3>> entries, const std::string &behind) {
