@@ -195,9 +195,7 @@ std::string dpx_keycode(OrderedBytes h) {
 void add_industry_header(OrderedBytes h, Facts &facts) {
     Picture &picture = facts.picture();
     picture.rate = film_rate(positive_real(h, 1940));
-    const Ratio film = film_rate(positive_real(h, 1724));
-    if (!picture.rate.is_set()) picture.rate = film;
-    if (film.is_set() && picture.rate != film) facts.add_more("film rate", number_text(film.value()));
+    if (!picture.rate.is_set()) picture.rate = film_rate(positive_real(h, 1724));
     if (h.u8(1928) <= 1) picture.scan = h.u8(1928) == 1 ? Scan::interlaced : Scan::progressive;
     if (h.u32(1920) != kUnset)
         facts.add(bcd_timecode(h.u32(1920), base_of(picture.rate), "television header"));
