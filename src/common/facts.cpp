@@ -154,6 +154,7 @@ FileTimecode file_timecode(int64_t hours, int64_t minutes, int64_t seconds, int6
     drop = drop && base % 30 == 0;
     const int64_t dropped = Counting{base, drop}.dropped();
     const int64_t all_minutes = hours * 60 + minutes;
+    if (minutes % 10 != 0 && seconds == 0 && frames < dropped) return {};
     const int64_t count =
         (all_minutes * 60 + seconds) * base + frames - dropped * (all_minutes - all_minutes / 10);
     return {count, base, drop, std::move(place)};
@@ -170,8 +171,9 @@ FileTimecode bcd_timecode(uint32_t bcd, uint32_t base, std::string place) {
     timecode.bcd = bcd;
     timecode.place = std::move(place);
     if (base == 0) {
-        constexpr Counting kAny{100};
-        if (frame_count(bcd, kAny)) timecode.digits = timecode_text(bcd, kAny);
+        // What has the flag drops numbers; without a rate nothing has as many frames as would need its bit.
+        const Counting any{100, (bcd & 0x40) != 0};
+        if (frame_count(bcd & ~0x40U, {100})) timecode.digits = timecode_text(bcd & ~0x40U, any);
         return timecode;
     }
     Counting counting{base};
@@ -253,7 +255,12 @@ std::string iso_date_in(std::string_view text) {
         if (is_number) count++;
         at = is_number ? behind : at + 1;
     }
-    if (count < 3) return "";
+    constexpr std::string_view kMonths = "JanFebMarAprMayJunJulAugSepOctNovDec";
+    constexpr int64_t kLeastYear = 1000;  // what is smaller is a day or a month
+    const size_t month = text.size() < 7 ? text.npos : kMonths.find(text.substr(4, 3));
+    if (count == 5 && month < kMonths.size() && part[4] >= kLeastYear)  // as C has it
+        return iso_date(part[4], static_cast<int64_t>(month / 3) + 1, part[0], part[1], part[2], part[3]);
+    if (count < 3 || part[0] < kLeastYear) return "";
     if (count < std::size(part)) return iso_date(part[0], part[1], part[2]);
     const std::string date = iso_date(part[0], part[1], part[2], part[3], part[4], part[5]);
     return date.find('T') == date.npos ? date : date + zone_in({at, static_cast<size_t>(end - at)});

@@ -157,8 +157,8 @@ int64_t bit_rate_of(uint64_t bytes, Ratio seconds);
 // Frames that a second's numbers count: 24 of 23.976, 30 of 29.97.
 uint32_t base_of(Ratio rate);
 
-// Of hours to frames, at the base's numbers. Not set where a part is out of range. Numbers are dropped at
-// bases of 30 and its multiples alone, whatever a file says.
+// Of hours to frames, at the base's numbers. Not set where a part is out of range, or where the number is
+// dropped. Numbers are dropped at bases of 30 and its multiples alone, whatever a file says.
 FileTimecode file_timecode(int64_t hours, int64_t minutes, int64_t seconds, int64_t frames, uint32_t base,
                            bool drop, std::string place);
 // Of frames since midnight, of which those of whole days are left out.
@@ -176,7 +176,7 @@ std::string keycode_text(int64_t manufacturer, int64_t type, int64_t prefix, int
 std::string iso_date(int64_t year, int64_t month, int64_t day, int64_t hour = -1, int64_t minute = 0,
                      int64_t second = 0, bool utc = false);
 // Of a text with the numbers of a date, and of a time where there are six, with what tells its offset from
-// UTC: "2026:11:26 10:00:00", "2026:11:26:10:00:00+01".
+// UTC: "2026:11:26 10:00:00", "2026:11:26:10:00:00+01", "Thu Nov 26 10:00:00 2026".
 std::string iso_date_in(std::string_view text);
 // Of seconds since 1970-01-01 UTC.
 std::string iso_date_of_unix(int64_t seconds);

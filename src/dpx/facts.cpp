@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 #include <iterator>
+#include <string_view>
 
 #include "common/names.h"
 #include "common/ordered_bytes.h"
@@ -35,8 +36,7 @@ struct Packing {
     uint64_t word_bytes;
 };
 
-// Of 10 and 12 bits a sample three or two fill up a word, where they are filled at all (SMPTE 268M, 7.2;
-// Cineon 4.5 has packing 5 and 6 for the same).
+// Of 10 and 12 bits a sample three or two fill up a word, where they are filled at all (SMPTE 268M, 7.2).
 Packing packing_of(uint64_t bits, bool filled) {
     if (bits == 10 && filled) return {3, 4};
     if (bits == 12 && filled) return {1, 2};
@@ -94,7 +94,8 @@ void judge_offset(uint32_t offset, uint64_t header, Facts &facts) {
         facts.problem = "the header puts the picture at " + std::to_string(offset) + ", inside itself";
 }
 
-// Components by the descriptor of an image element (SMPTE 268M, table 1): their name, and samples a pixel.
+// Components by the descriptor of an image element (SMPTE 268M, table 1; ST 268-2 for 53 to 58, 104 and 105):
+// their name, and samples a pixel.
 struct Descriptor {
     uint32_t code;
     const char *name;
@@ -102,9 +103,11 @@ struct Descriptor {
 };
 
 constexpr Descriptor kDescriptors[] = {
-    {1, "R", 1},     {2, "G", 1},       {3, "B", 1},         {4, "A", 1},       {6, "Y", 1},
-    {7, "CbCr", 1},  {8, "Z", 1},       {9, "composite", 1}, {50, "RGB", 3},    {51, "RGBA", 4},
-    {52, "ABGR", 4}, {100, "4:2:2", 2}, {101, "4:2:2:4", 3}, {102, "4:4:4", 3}, {103, "4:4:4:4", 4},
+    {1, "R", 1},         {2, "G", 1},       {3, "B", 1},         {4, "A", 1},         {6, "Y", 1},
+    {7, "CbCr", 1},      {8, "Z", 1},       {9, "composite", 1}, {50, "RGB", 3},      {51, "RGBA", 4},
+    {52, "ABGR", 4},     {53, "BGR", 3},    {54, "BGRA", 4},     {55, "ARGB", 4},     {56, "RGB", 3},
+    {57, "RGBA", 4},     {58, "ABGR", 4},   {104, "4:2:0", 0},   {105, "4:2:0:4", 0}, {100, "4:2:2", 2},
+    {101, "4:2:2:4", 3}, {102, "4:4:4", 3}, {103, "4:4:4:4", 4},
 };
 
 // User-defined elements of 2 to 8 components have codes of their own.
@@ -129,10 +132,10 @@ constexpr Characteristic kCharacteristics[] = {{"", -1, -1},
                                                {"unspecified video", -1, -1},
                                                {"SMPTE 274M", 1, 1},
                                                {"ITU-R 709", 1, 1},
-                                               {"ITU-R 601-5 B/G", 5, 5},
+                                               {"ITU-R 601-5 B/G", 6, 5},
                                                {"ITU-R 601-5 M", 6, 6},
-                                               {"NTSC composite", -1, -1},
-                                               {"PAL composite", -1, -1},
+                                               {"NTSC composite", 6, 6},
+                                               {"PAL composite", 5, 5},
                                                {"Z linear", -1, -1},
                                                {"Z homogeneous", -1, -1}};
 
@@ -159,11 +162,20 @@ Reach element_reach(OrderedBytes header, OrderedBytes element, uint64_t image_of
             start + line * height + image_padding, true};
 }
 
+// What elements have in common; those of a second eye are like those of the first.
 std::string dpx_components(OrderedBytes header, uint64_t elements) {
+    struct {
+        std::string_view elements;
+        const char *name;
+    } constexpr kTogether[] = {
+        {"YCbCr", "4:2:2"}, {"YCbCrA", "4:2:2:4"}, {"4:2:2A", "4:2:2:4"}, {"4:4:4A", "4:4:4:4"}};
     std::string names;
     for (uint64_t i = 0; i < elements; i++) {
         const Descriptor *descriptor = row_of(kDescriptors, header.u8(780 + 72 * i + 20), &Descriptor::code);
-        if (descriptor) names += descriptor->name;
+        if (descriptor && names.find(descriptor->name) == names.npos) names += descriptor->name;
+    }
+    for (const auto &[from, to] : kTogether) {
+        if (names == from) return to;
     }
     return names;
 }
@@ -249,7 +261,7 @@ void dpx_facts(Input &input, Facts &facts) {
     if (is_cut_header(bytes.size(), whole_header ? 2048 : kGenericHeader, facts)) return;
 
     Picture &picture = facts.picture();
-    const uint64_t elements = std::min<uint64_t>(h.u16(770), 8);
+    const uint64_t elements = h.u16(770) <= 8 ? std::max<uint64_t>(h.u16(770), 1) : 1;
     const bool encoded = h.u16(806) != 0 && h.u16(806) != 0xFFFF;
     picture.width = known(h.u32(772));
     picture.height = known(h.u32(776));
@@ -280,9 +292,10 @@ constexpr uint64_t kCineonChannels = 196;
 constexpr uint64_t kCineonChannel = 28;
 
 std::string cineon_components(OrderedBytes h, uint64_t channels) {
-    // The second designator of a channel: 1 to 3 are the printing densities of red, green and blue.
+    // The second designator of a channel: 1 to 3 are the printing densities of red, green and blue, 4 to 6
+    // those of video.
     if (channels == 1) return "Y";
-    return channels == 3 && h.u8(kCineonChannels + 1) <= 3 ? "RGB" : std::to_string(channels) + " channels";
+    return channels == 3 && h.u8(kCineonChannels + 1) <= 6 ? "RGB" : std::to_string(channels) + " channels";
 }
 
 std::string cineon_keycode(OrderedBytes h, Facts &facts) {
@@ -294,6 +307,14 @@ std::string cineon_keycode(OrderedBytes h, Facts &facts) {
         facts.add_more("keycode text", std::to_string(h.u8(1024)) + " " + std::to_string(h.u8(1025)) + " " +
                                            std::to_string(h.u32(1028)) + " " + std::to_string(h.u32(1032)));
     return keycode;
+}
+
+// Cells of bytes, of 16 and of 32 bits have as many samples as fit, or one where the highest bit is set.
+Packing cineon_packing(uint64_t bits, uint8_t code) {
+    constexpr uint64_t kCells[] = {0, 1, 1, 2, 2, 4, 4};
+    const uint64_t cell = code != 0xFF && (code & 0x7F) < std::size(kCells) ? kCells[code & 0x7F] : 0;
+    if (cell * 8 < bits) return packing_of(bits, false);
+    return {code & 0x80 ? 1 : cell * 8 / bits, cell};
 }
 
 Reach cineon_reach(OrderedBytes h, uint64_t channels, uint64_t offset) {
@@ -308,11 +329,10 @@ Reach cineon_reach(OrderedBytes h, uint64_t channels, uint64_t offset) {
         samples += width * height;
         line_samples += width;
     }
-    const bool filled = h.u8(681) != 0 && h.u8(681) != 0xFF;
-    const Packing packing = packing_of(bits, filled);
+    if (bits == 0 || bits > 64 || samples == 0) return {0, 0, false};
+    const Packing packing = cineon_packing(bits, h.u8(681));
     const uint64_t lines = known(h.u32(kCineonChannels + 8));
     const uint64_t padding = h.u32(684) < 65536 ? h.u32(684) : 0;
-    if (bits == 0 || bits > 64 || samples == 0) return {0, 0, false};
     return {offset + packed_bytes(samples, bits, packing, false),
             offset + (packed_bytes(line_samples, bits, packing, true) + padding) * lines, true};
 }

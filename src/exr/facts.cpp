@@ -3,6 +3,8 @@
 #include <cmath>
 #include <iterator>
 #include <optional>
+#include <string_view>
+#include <utility>
 
 #include "common/names.h"
 #include "common/ordered_bytes.h"
@@ -14,7 +16,8 @@ namespace {
 constexpr uint64_t kLongestName = 256;
 constexpr uint64_t kHeaders = 1 << 20;      // looked at
 constexpr uint64_t kOffsetTable = 2 << 20;  // looked at
-constexpr size_t kMostParts = 64;
+constexpr size_t kMostParts = 1024;
+constexpr size_t kPartsFollowed = 64;  // to their chunks
 constexpr size_t kMostChannels = 1024;
 
 // Of a compression its name and the scan lines of a chunk.
@@ -77,16 +80,18 @@ std::vector<Channel> channels_of(OrderedBytes list) {
     return channels;
 }
 
-// What the channels without a layer are, or those of the one layer that there is.
-std::string components_of(const std::vector<Channel> &channels) {
+// The layer of the channels that are the picture: none where a channel has none, else the first.
+std::string layer_of(const std::vector<Channel> &channels) {
     std::string layer;
     for (const Channel &channel : channels) {
-        if (channel.name.find('.') == std::string::npos) {
-            layer.clear();
-            break;
-        }
+        if (channel.name.find('.') == std::string::npos) return "";
         if (layer.empty()) layer = channel.name.substr(0, channel.name.rfind('.') + 1);
     }
+    return layer;
+}
+
+std::string components_of(const std::vector<Channel> &channels) {
+    const std::string layer = layer_of(channels);
     const auto find = [&](const char *name) {
         return std::ranges::find(channels, layer + name, &Channel::name);
     };
@@ -121,15 +126,31 @@ std::string chromaticities_text(OrderedBytes b) {
     return text;
 }
 
+// Those of ITU-T H.273 by their code: red, green, blue and white.
+struct Primaries {
+    int code;
+    double points[8];
+};
+constexpr Primaries kPrimaries[] = {
+    {1, {0.640, 0.330, 0.300, 0.600, 0.150, 0.060, 0.3127, 0.3290}},
+    {5, {0.640, 0.330, 0.290, 0.600, 0.150, 0.060, 0.3127, 0.3290}},
+    {6, {0.630, 0.340, 0.310, 0.595, 0.155, 0.070, 0.3127, 0.3290}},
+    {9, {0.708, 0.292, 0.170, 0.797, 0.131, 0.046, 0.3127, 0.3290}},
+    {10, {1, 0, 0, 1, 0, 0, 0.3333, 0.3333}},
+    {11, {0.680, 0.320, 0.265, 0.690, 0.150, 0.060, 0.3140, 0.3510}},
+    {12, {0.680, 0.320, 0.265, 0.690, 0.150, 0.060, 0.3127, 0.3290}},
+};
+
 void add_chromaticities(OrderedBytes b, Part &part) {
-    Picture &picture = part.picture;
-    const auto near = [&](uint64_t i, double value) {
-        return std::fabs(static_cast<double>(float_of_bits(b.u32(4 * i))) - value) < 0.002;
-    };
-    if (near(0, 0.64) && near(1, 0.33) && near(2, 0.30)) picture.colour.primaries = 1;
-    if (near(0, 0.708) && near(1, 0.292)) picture.colour.primaries = 9;
-    if (near(0, 0.68) && near(1, 0.32) && near(2, 0.265)) picture.colour.primaries = near(7, 0.351) ? 11 : 12;
-    if (picture.colour.primaries < 0) part.chromaticities = chromaticities_text(b);
+    const Primaries *const known = row_of(kPrimaries, true, [&](const Primaries &row) {
+        bool is_near = true;
+        for (uint64_t i = 0; i < std::size(row.points); i++)
+            is_near = is_near &&
+                      std::fabs(static_cast<double>(float_of_bits(b.u32(4 * i))) - row.points[i]) < 0.002;
+        return is_near;
+    });
+    if (known) part.picture.colour.primaries = known->code;
+    if (!known) part.chromaticities = chromaticities_text(b);
 }
 
 // Film manufacturer to perforations from the count on, then perforations a frame and a count.
@@ -224,8 +245,12 @@ uint64_t read_header(OrderedBytes file, uint64_t at, Part &part, Facts &facts) {
         at = value_at + static_cast<uint64_t>(size);
     }
     if (!file.bytes.has(at, 1)) return 0;
-    if (part.timecode && facts.timecodes.empty())
-        facts.add(bcd_timecode(*part.timecode, base_of(part.picture.rate), "timeCode"));
+    if (part.timecode && facts.timecodes.empty()) {
+        // The flag of dropped numbers is always one: at 59.94 Hz two frames share a number of 30 a second.
+        const uint32_t base = base_of(part.picture.rate);
+        const bool is_pair = base > 30 && (*part.timecode & 0x40) != 0;
+        facts.add(bcd_timecode(*part.timecode, is_pair ? base / 2 : base, "timeCode"));
+    }
     return at + 1;
 }
 
@@ -242,8 +267,14 @@ void complete(Part &part) {
     picture.codec = part.compression < std::size(kCompressions)
                         ? kCompressions[part.compression].name
                         : "compression " + std::to_string(part.compression);
-    const auto deepest =
-        std::ranges::max_element(part.channels, {}, [](const Channel &c) { return c.type == 1 ? 16 : 32; });
+    // Depth, mattes and the like may be deeper than the picture beside them.
+    const std::string layer = layer_of(part.channels);
+    const auto deepest = std::ranges::max_element(part.channels, {}, [&](const Channel &channel) {
+        constexpr std::string_view kColours[] = {"R", "G", "B", "Y", "RY", "BY"};
+        const bool is_colour = std::ranges::any_of(
+            kColours, [&](std::string_view name) { return channel.name == layer + std::string(name); });
+        return std::pair(is_colour, channel.type == 1 ? 16 : 32);
+    });
     if (deepest != part.channels.end()) {
         picture.bits = deepest->type == 1 ? 16 : 32;
         picture.floating = deepest->type != 0;
@@ -284,8 +315,9 @@ bool is_tiled(const Part &part, uint32_t version) {
     return (version & 0x200) != 0 || part.type == "tiledimage" || part.type == "deeptile";
 }
 
+// Where one of several parts is deep the version says so.
 bool is_deep(const Part &part, uint32_t version) {
-    return (version & 0x800) != 0 || part.type.starts_with("deep");
+    return (version & 0x1800) == 0x800 || part.type.starts_with("deep");
 }
 
 uint64_t chunk_count(const Part &part, uint32_t version) {
@@ -334,13 +366,15 @@ void judge_extent(Input &input, const std::vector<Part> &parts, uint64_t tables,
     const uint64_t end = deep ? last + fields + 24 + chunk.u64(fields) + chunk.u64(fields + 8)
                               : last + fields + 4 + chunk.u32(fields);
     // No compression ends in zeros, but one may leave what it does not make smaller; where zlib's header
-    // stands it has not.
+    // stands it has not. B44 compresses nothing but halves.
     const auto compression = last_part->compression;
     const bool by_zlib = compression == 2 || compression == 3 || compression == 5;  // ZIPS, ZIP, PXR24
     const bool has_zlib = !deep && by_zlib && chunk.u8(fields + 4) == 0x78;
+    const bool keeps = (compression == 6 || compression == 7) &&
+                       std::ranges::any_of(last_part->channels, [](const Channel &c) { return c.type != 1; });
     const bool is_blank = chunk.bytes.size() >= fields + 4 &&
                           ((deep ? chunk.u64(fields) : chunk.u32(fields)) == 0 ||
-                           (compression != 0 && end > last &&
+                           (compression != 0 && !keeps && end > last &&
                             ends_in_zeros(input, last + fields, end, 64, has_zlib ? 64 : 1024)));
     if (is_blank) return facts.cut(end, "the last chunk holds zeros");
     facts.reaches(std::max(end, last + fields + 4), "the last chunk");
@@ -401,5 +435,5 @@ void exr_facts(Input &input, Facts &facts) {
         if (part != main) facts.pictures.push_back(part->picture);
     }
     add_details(parts, *main, facts);
-    judge_extent(input, parts, at, version, facts);
+    if (parts.size() <= kPartsFollowed) judge_extent(input, parts, at, version, facts);
 }

@@ -4,7 +4,9 @@
 #include <cmath>
 #include <iterator>
 #include <optional>
+#include <utility>
 
+#include "common/codecs.h"
 #include "common/elementary.h"
 #include "common/names.h"
 #include "common/ordered_bytes.h"
@@ -32,6 +34,30 @@ const char *grey_or_colour(uint64_t channels) {
     return channels < std::size(kNames) ? kNames[channels] : "";
 }
 
+// How long each frame of an animation is shown.
+struct Delays {
+    int64_t count = 0;
+    Ratio first;
+    double seconds = 0;
+    bool is_even = true;
+
+    void add(Ratio delay) {
+        if (count++ == 0) first = delay;
+        is_even = is_even && delay.n * first.d == first.n * delay.d;
+        seconds += delay.value();
+    }
+    // Of all frames of one, where there are several.
+    void tell(Facts &facts) const {
+        Picture &picture = facts.picture();
+        const int64_t thousandths = std::llround(seconds * 1000);
+        if (count < 2 || count != picture.frames || thousandths <= 0) return;
+        picture.rate = is_even ? Ratio{first.d, first.n}.reduced() : rate_of(1000 * count, thousandths);
+        picture.constant_rate = is_even;
+        if (is_even) return facts.lasts(count, picture.rate);
+        facts.lasts(thousandths, {1000, 1});
+    }
+};
+
 // Where run-length packets of a TGA end that have that many pixels; nothing where the data is too long to be
 // looked at.
 std::optional<uint64_t> packets_end(Input &input, uint64_t at, uint64_t pixels, uint64_t pixel_bytes) {
@@ -47,49 +73,87 @@ std::optional<uint64_t> packets_end(Input &input, uint64_t at, uint64_t pixels, 
     return at + offset;
 }
 
-}  // namespace
+// Blocks of a GIF89a, as far as they are looked at.
+struct GifBlocks {
+    static constexpr uint8_t kExtension = 0x21, kControl = 0xF9, kImage = 0x2C, kTrailer = 0x3B;
 
-// GIF89a: the logical screen, and how many colours its palette may have. Blocks in the first 4 MiB are
-// walked; of what is longer the last two bytes are looked at.
-void gif_facts(Input &input, Facts &facts) {
-    constexpr uint64_t kLookedAt = 4 << 20;
-    constexpr uint8_t kExtension = 0x21, kControl = 0xF9, kImage = 0x2C, kTrailer = 0x3B;
-    const uint64_t size = input.size();
-    const OrderedBytes b = little_endian(input.bytes(0, std::min(size, kLookedAt), 64 * 1024));
-    const auto colours = [&](uint64_t at) { return b.u8(at) & 0x80 ? uint64_t{6} << (b.u8(at) & 7) : 0; };
-    if (b.u16(6) == 0) return;
-    Picture &picture = still(facts, b.u16(6), b.u16(8), (b.u8(10) & 7U) + 1, "palette", "LZW");
-    picture.frames = -1;
-    if (b.u8(12) != 0) picture.pixel_aspect = Ratio{b.u8(12) + 15, 64}.reduced();
-    int64_t images = 0, shown = 0, delay = -1;  // hundredths of a second
-    bool even = true;
-    uint64_t at = 13 + colours(10);
-    while (b.u8(at) == kExtension || b.u8(at) == kImage) {
-        if (b.u8(at) == kExtension && b.u8(at + 1) == kControl) {
-            even = even && (delay < 0 || delay == b.u16(at + 4));
-            delay = b.u16(at + 4);
-        }
-        const bool is_image = b.u8(at) == kImage;
-        images += is_image;
-        if (is_image) shown += std::max<int64_t>(delay, 0);
-        at += is_image ? 11 + colours(at + 9) : 2;
+    OrderedBytes b;
+    uint64_t at = 0;
+    uint32_t bits = 0;  // of the largest palette
+    int64_t delay = 0;  // hundredths of a second of the next image
+    Delays delays = {};
+
+    bool is_ended() const { return b.u8(at) == kTrailer; }
+    // Bytes of the palette that flags tell.
+    uint64_t palette(uint8_t flags) {
+        if ((flags & 0x80) == 0) return 0;
+        bits = std::max(bits, (flags & 7U) + 1);
+        return uint64_t{6} << (flags & 7);
+    }
+    void skip_data() {
         while (b.u8(at) != 0) at += 1U + b.u8(at);
         at++;
     }
-    if (b.u8(at) == kTrailer) {
-        picture.frames = images;
-        if (images > 1 && shown > 0) {
-            picture.rate = rate_of(100 * images, shown);
-            picture.constant_rate = even;
-            facts.lasts(shown, {100, 1});
+    void walk() {
+        for (; b.u8(at) == kExtension || b.u8(at) == kImage; skip_data()) {
+            if (b.u8(at) == kExtension) {
+                if (b.u8(at + 1) == kControl) delay = b.u16(at + 4);
+                at += 2;
+                continue;
+            }
+            delays.add({std::exchange(delay, 0), 100});
+            at += 11 + palette(b.u8(at + 9));
         }
-        facts.whole(at + 1);
-    } else if (at > size || (at == size && images == 0)) {  // some writers leave the trailer out
-        facts.cut(at + 1, "the picture's end");
-    } else if (ends_in_zeros(input, at, size, 1, 1024)) {
+    }
+};
+
+// The data of a long image is in blocks of 254 or 255 bytes: from a row of them in a file's tail the walk
+// goes on.
+void judge_gif_tail(Input &input, Facts &facts) {
+    constexpr uint64_t kTail = 65536, kRow = 16;
+    const uint64_t start = input.size() - kTail;
+    GifBlocks blocks{little_endian(input.present(start, kTail))};
+    if (bytes_are(blocks.b.bytes, kTail - 2, "\0;")) return facts.whole(input.size());
+    const auto is_row = [&](uint64_t first) {
+        const uint64_t length = blocks.b.u8(first);
+        if (length < 254 || blocks.b.u16(first + 1) == length * 0x101) return false;  // one byte all over
+        uint64_t n = 0;
+        while (n < kRow && blocks.b.u8(first + n * (length + 1)) == length) n++;
+        return n == kRow;
+    };
+    uint64_t &at = blocks.at;
+    while (at < kTail && !is_row(at)) at++;
+    if (at >= kTail) return;
+    blocks.skip_data();
+    blocks.walk();
+    if (blocks.is_ended()) return facts.whole(start + at + 1);
+    if (at > kTail) facts.cut(start + at + 1, "the picture's end");
+}
+
+}  // namespace
+
+// GIF89a: the logical screen, and how many colours its palette may have. Blocks in the first 4 MiB are
+// walked, of what is longer those in the last 64 KiB.
+void gif_facts(Input &input, Facts &facts) {
+    constexpr uint64_t kLookedAt = 4 << 20;
+    const uint64_t size = input.size();
+    GifBlocks blocks{little_endian(input.bytes(0, std::min(size, kLookedAt), 64 * 1024)), 13};
+    const OrderedBytes b = blocks.b;
+    if (b.u16(6) == 0) return;
+    blocks.at += blocks.palette(b.u8(10));
+    blocks.walk();
+    Picture &picture = still(facts, b.u16(6), b.u16(8), blocks.bits, "palette", "LZW");
+    picture.frames = blocks.is_ended() ? blocks.delays.count : -1;
+    if (b.u8(12) != 0) picture.pixel_aspect = Ratio{b.u8(12) + 15, 64}.reduced();
+    if (blocks.is_ended()) {
+        blocks.delays.tell(facts);
+        facts.whole(blocks.at + 1);
+    } else if (blocks.at > size || (blocks.at == size && blocks.delays.count == 0)) {
+        facts.cut(blocks.at + 1, "the picture's end");  // some writers leave the trailer out
+    } else if (ends_in_zeros(input, blocks.at, size, 1, 1024)) {
         facts.cut(size, "the end holds zeros");
-    } else if (at >= kLookedAt && bytes_are(input.present(size - 2, 2), 0, "\0;")) {
-        facts.whole(size);
+    } else if (blocks.at >= kLookedAt) {
+        judge_gif_tail(input, facts);
     }
 }
 
@@ -97,6 +161,8 @@ void bmp_facts(Input &input, Facts &facts) {
     constexpr uint32_t kSizes[] = {12, 16, 40, 52, 56, 64, 108, 124};
     constexpr CodeName kCodecs[] = {{0, "uncompressed"}, {1, "RLE"}, {2, "RLE"},         {3, "uncompressed"},
                                     {4, "JPEG"},         {5, "PNG"}, {6, "uncompressed"}};
+    constexpr CodeName kOs2Codecs[] = {
+        {0, "uncompressed"}, {1, "RLE"}, {2, "RLE"}, {3, "Huffman"}, {4, "RLE"}};
     const OrderedBytes h = little_endian(input.present(0, 138));
     const uint32_t size = h.u32(14);
     const bool core = size == 12;
@@ -110,11 +176,20 @@ void bmp_facts(Input &input, Facts &facts) {
     if (std::ranges::find(kSizes, size) == std::end(kSizes) || width > kMostSide || height > kMostSide ||
         !known_depth)
         return facts.format.clear();
-    const bool palette = depth <= 8;
-    const uint32_t bits = palette ? depth : depth == 16 ? 5 : depth == 64 ? 16 : 8;
-    const bool alpha = depth == 32 && size >= 56 && h.u32(66) != 0;
+    const bool palette = depth >= 1 && depth <= 8;
+    const bool os2 = size == 64;
+    const bool masked = !os2 && (compression == 3 || compression == 6) && h.u32(54) != 0;
+    const uint32_t bits = palette       ? depth
+                          : masked      ? static_cast<uint32_t>(std::popcount(h.u32(54)))
+                          : depth == 16 ? 5
+                          : depth == 64 ? 16
+                                        : 8;
+    const bool alpha = (depth == 32 || (masked && depth == 16)) && !os2 && (size >= 56 || compression == 6) &&
+                       h.u32(66) != 0;
     const char *const components = palette ? "palette" : alpha ? "RGBA" : "RGB";
-    Picture &picture = still(facts, width, height, bits, components, name_of(kCodecs, compression));
+    Picture &picture = still(facts, width, height, bits, components,
+                             os2 ? name_of(kOs2Codecs, compression) : name_of(kCodecs, compression));
+    if (size >= 108 && h.u32(70) == fourcc("sRGB")) picture.colour = {1, 13, 0, 1};
     if (!core && h.s32(38) > 0 && h.s32(42) > 0 && h.s32(38) != h.s32(42))
         picture.pixel_aspect = Ratio{h.s32(42), h.s32(38)}.reduced();
     facts.add_more("bits a pixel", depth);
@@ -243,6 +318,7 @@ void add_png_chunk(OrderedBytes chunk, Facts &facts) {
         facts.add_more("gamma", number_text(100000.0 / data.u32(0), 3));
     if (bytes_are(b, 4, "tIME"))
         facts.date = iso_date(data.u16(0), data.u8(2), data.u8(3), data.u8(4), data.u8(5), data.u8(6), true);
+    if (bytes_are(b, 4, "iCCP")) facts.add_more("colour", "ICC profile");
     if (bytes_are(b, 4, "acTL")) picture.frames = data.u32(0);
     if (bytes_are(b, 4, "tEXt") && bytes_are(b, 8, "Software\0"))
         facts.writer = fixed_text(b, 17, chunk.u32(0) > 9 ? std::min<uint64_t>(chunk.u32(0) - 9, 200) : 0);
@@ -250,29 +326,45 @@ void add_png_chunk(OrderedBytes chunk, Facts &facts) {
 
 }  // namespace
 
-// ISO 15948. The chunks are walked by their headers: compressed data has many, as a rule of 8 to 64 KiB.
-void png_facts(Input &input, Facts &facts) {
+namespace {
+
+// Compressed data has many chunks, as a rule of 8 to 64 KiB: where the end is there and the frames have no
+// times they are not followed.
+void walk_chunks(Input &input, Facts &facts, Delays &delays) {
     constexpr int kMostChunks = 1 << 16, kFew = 8;
+    constexpr uint32_t kMostExif = 1 << 20;
     const uint64_t size = input.size();
-    const OrderedBytes h = big_endian(input.present(0, 33));
-    if (!bytes_are(h.bytes, 12, "IHDR")) return facts.cut(33, "the header's end");
-    still(facts, h.u32(16), h.u32(20), h.u8(24), png_components(h.u8(25)), "Deflate");
-    if (h.u8(28) == 1) facts.variant = "interlaced";
     const bool ends = size >= 12 && bytes_are(input.present(size - 12, 12), 4, "IEND");
     uint64_t at = 33;
     for (int i = 0; i < kMostChunks; i++) {
         const OrderedBytes chunk = big_endian(input.present(at, 256));
         const uint64_t end = at + 12 + chunk.u32(0);
-        const bool data = bytes_are(chunk.bytes, 4, "IDAT") || bytes_are(chunk.bytes, 4, "fdAT");
+        const uint32_t type = chunk.u32(4);
+        const bool data = type == fourcc("IDAT") || type == fourcc("fdAT");
         if (chunk.bytes.size() < 8 || end > size)
             return facts.cut(std::max(end, at + 12), data ? "picture data" : "the end chunk");
-        if (bytes_are(chunk.bytes, 4, "IEND") || (data && ends && i > kFew))
-            return facts.whole(ends ? size : end);
-        if (chunk.u32(4) == 0) return facts.cut(end, "picture data: zeros in its place");
+        const bool is_enough = data && ends && i > kFew && delays.count == 0;
+        if (type == fourcc("IEND") || is_enough) return facts.whole(ends ? size : end);
+        if (type == 0) return facts.cut(end, "picture data: zeros in its place");
+        if (type == fourcc("fcTL")) delays.add({chunk.u16(28), chunk.u16(30) == 0 ? 100 : chunk.u16(30)});
+        if (type == fourcc("eXIf"))
+            exif_facts(input.present(at + 8, std::min(chunk.u32(0), kMostExif)), facts);
         if (!data) add_png_chunk(chunk, facts);
-        if (bytes_are(chunk.bytes, 4, "eXIf")) exif_facts(input.present(at + 8, chunk.u32(0)), facts);
         at = end;
     }
+}
+
+}  // namespace
+
+// ISO 15948, with animations.
+void png_facts(Input &input, Facts &facts) {
+    const OrderedBytes h = big_endian(input.present(0, 33));
+    if (!bytes_are(h.bytes, 12, "IHDR")) return facts.cut(33, "the header's end");
+    still(facts, h.u32(16), h.u32(20), h.u8(24), png_components(h.u8(25)), "Deflate");
+    if (h.u8(28) == 1) facts.variant = "interlaced";
+    Delays delays;
+    walk_chunks(input, facts, delays);
+    delays.tell(facts);
 }
 
 namespace {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cmath>
 #include <string_view>
 #include <vector>
 
@@ -152,16 +153,20 @@ void add_header_details(const MainHeader &header, Facts &facts) {
     constexpr const char *kFamilies[] = {"",       "broadcast", "broadcast",  "broadcast",  "IMF 2K",
                                          "IMF 4K", "IMF 8K",    "IMF 2K 5/3", "IMF 4K 5/3", "IMF 8K 5/3"};
     constexpr const char *kProgressions[] = {"LRCP", "RLCP", "RPCL", "PCRL", "CPRL"};
-    const uint32_t profile = big16(header.siz, 4) & 0x3FFF;
-    facts.add_more("profile", profile < 256 ? name_at(kProfiles, profile) : name_at(kFamilies, profile >> 8));
+    const uint32_t told = big16(header.siz, 4);
+    const uint32_t profile = told & 0x3FFF;
+    facts.add_more("profile", told >> 15 != 0 ? "part 2 extensions"
+                              : profile < 256 ? name_at(kProfiles, profile)
+                                              : name_at(kFamilies, profile >> 8));
     facts.add_more("progression", name_at(kProgressions, header.cod[5]));
     facts.add_more("layers", big16(header.cod, 6));
     facts.add_more("levels", header.cod[9]);
     const uint64_t width = big32(header.siz, 22);
     const uint64_t height = big32(header.siz, 26);
-    const uint64_t columns = width ? (big32(header.siz, 6) + width - 1) / width : 0;
-    const uint64_t rows = height ? (big32(header.siz, 10) + height - 1) / height : 0;
-    if (columns * rows > 1) {
+    // The first tile begins where the grid says.
+    const bool is_tiled = big32(header.siz, 6) > width + big32(header.siz, 30) ||
+                          big32(header.siz, 10) > height + big32(header.siz, 34);
+    if (is_tiled && width > 0 && height > 0) {
         append(facts.variant, "tiled", " ");
         facts.add_more("tile size", size_text(width, height));
     }
@@ -249,17 +254,28 @@ void read_codestream(Input &input, uint64_t start, uint64_t limit, Facts &facts)
 
 void read_colour(Bytes content, Facts &facts) {
     Picture &picture = facts.picture();
-    if (content[0] != 1) {
-        facts.add_more("colour", "ICC profile");
-        return;
-    }
-    constexpr CodeName kSpaces[] = {{0, "bilevel"}, {12, "CMYK"}, {14, "CIELab"}, {16, "sRGB"},
-                                    {17, "grey"},   {18, "sYCC"}, {20, "e-sRGB"}, {21, "ROMM-RGB"}};
+    constexpr const char *kMethods[] = {"", "", "ICC profile", "ICC profile", "vendor's"};
+    constexpr CodeName kSpaces[] = {
+        {0, "bilevel"}, {1, "YCbCr(1)"}, {3, "YCbCr(2)"}, {4, "YCbCr(3)"},  {9, "PhotoYCC"}, {11, "CMY"},
+        {12, "CMYK"},   {13, "YCCK"},    {14, "CIELab"},  {15, "bilevel"},  {16, "sRGB"},    {17, "grey"},
+        {18, "sYCC"},   {19, "CIEJab"},  {20, "e-sRGB"},  {21, "ROMM-RGB"}, {22, "YPbPr"},   {24, "e-sYCC"}};
     const uint32_t space = big32(content, 3);
+    if (content[0] == 5)  // codes of H.273
+        picture.colour = {big16(content, 3), big16(content, 5), big16(content, 7), content[9] >> 7};
+    if (content[0] != 1) return facts.add_more("colour", name_at(kMethods, content[0]));
     facts.add_more("colour", name_of(kSpaces, space));
     if (space == 16 || space == 18) picture.colour = {1, 13, space == 16 ? 0 : 5, 1};
     if (space == 16 || space == 20 || space == 21) picture.components = "RGB";
     if (space == 12) picture.components = "CMYK";
+}
+
+// Capture or display resolution down and across, as fractions of 16 bits with exponents of ten.
+Ratio resolution_aspect(Bytes b) {
+    const auto value = [&](uint64_t at, uint64_t exponent) {
+        return Ratio{big16(b, at), big16(b, at + 2)}.value() * std::pow(10, static_cast<int8_t>(b[exponent]));
+    };
+    const double across = value(4, 9);
+    return across > 0 ? aspect_of(value(0, 8) / across, 10000) : Ratio{};
 }
 
 // The boxes of the JP2 header: what shows how the components are meant. Their count; a fourth one is taken
@@ -277,6 +293,11 @@ uint32_t read_header_box(Bytes header, Facts &facts) {
             count = big16(content, 8);
         } else if (box.type == fourcc("colr") && picture.colour.primaries < 0) {
             read_colour(content, facts);
+        } else if (box.type == fourcc("res ")) {
+            each_box(content, [&](const Box &inner) {  // that of the display is the last
+                if (inner.type == fourcc("resc") || inner.type == fourcc("resd"))
+                    picture.pixel_aspect = resolution_aspect(inner.data);
+            });
         } else if (box.type == fourcc("pclr")) {
             palette = true;
         } else if (box.type == fourcc("cdef")) {
@@ -324,6 +345,7 @@ void jp2_facts(Input &input, Facts &facts) {
             const uint32_t brand = big32(box.data);
             facts.variant = brand == fourcc("jpx ")   ? "JPX"
                             : brand == fourcc("jpm ") ? "JPM"
+                            : brand == fourcc("jph ") ? "JPH"
                             : brand == fourcc("mjp2") ? "MJ2"
                                                       : "";
         } else if (box.type == fourcc("jp2h") && facts.pictures.empty()) {
@@ -337,8 +359,8 @@ void jp2_facts(Input &input, Facts &facts) {
     }
     Picture &picture = facts.picture();
     if (picture.codec.empty()) picture.codec = "JPEG 2000";
-    if (picture.components.empty() && picture.colour.matrix == 5)
-        picture.components = count == 4 ? "4:4:4:4" : "4:4:4";
+    const bool is_unknown = picture.components.empty() || picture.components.starts_with("RGB");
+    if (is_unknown && picture.colour.matrix == 5) picture.components = count == 4 ? "4:4:4:4" : "4:4:4";
     if (facts.extent.state == Extent::cut || facts.variant == "MJ2") return;
     constexpr uint32_t kLastBoxes[] = {fourcc("jp2c"), fourcc("xml "), fourcc("uuid"), fourcc("uinf"),
                                        fourcc("jp2i"), fourcc("asoc"), fourcc("free"), fourcc("mdat")};

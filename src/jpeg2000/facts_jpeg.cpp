@@ -12,11 +12,12 @@ constexpr uint32_t kMostJpegSegments = 1000;
 constexpr uint32_t kMostEntries = 512;
 constexpr uint64_t kJpegTail = 65536;
 
+constexpr uint8_t kLs = 0xF7;
 constexpr CodeName kProcesses[] = {
-    {0xC0, "baseline"},   {0xC1, "extended"},    {0xC2, "progressive"}, {0xC3, "lossless"},
-    {0xC5, "extended"},   {0xC6, "progressive"}, {0xC7, "lossless"},    {0xC9, "arithmetic"},
-    {0xCA, "arithmetic"}, {0xCB, "arithmetic"},  {0xCD, "arithmetic"},  {0xCE, "arithmetic"},
-    {0xCF, "arithmetic"},
+    {0xC0, "baseline"},   {0xC1, "extended"},     {0xC2, "progressive"}, {0xC3, "lossless"},
+    {0xC5, "extended"},   {0xC6, "progressive"},  {0xC7, "lossless"},    {0xC9, "arithmetic"},
+    {0xCA, "arithmetic"}, {0xCB, "arithmetic"},   {0xCD, "arithmetic"},  {0xCE, "arithmetic"},
+    {0xCF, "arithmetic"}, {0xDE, "hierarchical"}, {kLs, "JPEG-LS"},
 };
 
 // What is met before the first scan.
@@ -75,6 +76,7 @@ std::string components_of(const Segments &found) {
     if (n == 1) return "Y";
     if (n == 4) return "CMYK";
     if (n != 3) return "";
+    if (found.process == kLs) return "RGB";
     const bool named_rgb = id(0) == 'R' && id(1) == 'G' && id(2) == 'B';
     if (found.adobe == 0 || (found.adobe < 0 && found.jfif.empty() && named_rgb)) return "RGB";
     return jpeg_chroma(found.frame.from(6));
@@ -151,12 +153,14 @@ void add_pictures(Bytes file, uint64_t at, Facts &facts) {
     }
 }
 
-// Entropy-coded data have a zero or a restart marker behind each FF: what follows the image's end has not.
-bool is_entropy_coded(std::span<const uint8_t> bytes) {
+// Entropy-coded data have a zero or a restart marker behind each FF, those of JPEG-LS a bit of 0: what
+// follows the image's end has not.
+bool is_entropy_coded(std::span<const uint8_t> bytes, bool is_ls) {
     for (size_t i = 0; i + 1 < bytes.size(); i++) {
         if (bytes[i] != 0xFF) continue;
         const uint8_t next = bytes[i + 1];
-        const bool is_marker = next == 0 || next == 0xFF || (next >= 0xD0 && next <= 0xD7);
+        const bool is_marker =
+            next == 0 || (is_ls && next < 0x80) || next == 0xFF || (next >= 0xD0 && next <= 0xD7);
         constexpr std::string_view kSegments = "\xDA\xC4\xCC\xDB\xDC\xDD";  // those between scans
         const bool is_segment = kSegments.find(static_cast<char>(next)) != kSegments.npos;
         if (!is_marker && !is_segment) return false;
@@ -171,9 +175,12 @@ void judge_extent(Input &input, const Segments &found, Facts &facts) {
     const uint64_t n = std::min(kJpegTail, size - found.end);
     const Bytes tail = input.present(size - n, n);
     const uint64_t last = find_last_in(tail, "\xFF\xD9");
+    // Lines that were not known before the scan.
+    const uint64_t lines = find_last_in(tail, std::string_view("\xFF\xDC\0\x04", 4));
+    if (facts.picture().height == 0 && lines < n) facts.picture().height = big16(tail, lines + 4);
     if (last < n) {
         facts.whole(size - n + last + 2);
-    } else if (is_entropy_coded(tail.span(0, n))) {
+    } else if (is_entropy_coded(tail.span(0, n), found.process == kLs)) {
         facts.cut(size + 2, "the end of the image");
     }
 }
@@ -194,7 +201,7 @@ void jpeg_facts(Input &input, Facts &facts) {
     if (size > 2 && file[2] != 0xFF) return facts.format.clear();
     const Segments found = read_segments(file);
     Picture &picture = facts.picture();
-    picture.codec = "JPEG";
+    picture.codec = found.process == kLs ? "JPEG-LS" : "JPEG";
     picture.frames = 1;
     facts.variant = name_of(kProcesses, found.process);
     if (!found.frame.empty()) {

@@ -41,6 +41,7 @@ enum Tag : uint16_t {
     kExtraSamples = 338,
     kSampleFormat = 339,
     kSubsampling = 530,
+    kPatternSize = 33421,
     kDngVersion = 50706,
     kTileDepth = 32998,
     kDefaultScale = 50718,
@@ -60,6 +61,7 @@ constexpr CodeName kCompressions[] = {  // TIFF 6.0 and its supplements, and wha
     {9, "JBIG"},          {10, "JBIG"},
     {32767, "Sony ARW"},  {32771, "CCITT RLE"},
     {32773, "PackBits"},  {32809, "ThunderScan"},
+    {32908, "PixarFilm"}, {32909, "PixarLog"},
     {32946, "Deflate"},   {33003, "JPEG 2000"},
     {33005, "JPEG 2000"}, {34661, "JBIG"},
     {34676, "LogLuv"},    {34677, "LogLuv"},
@@ -190,7 +192,10 @@ std::string components_of(const Directory &directory) {
         case 8:
         case 9:
         case 10: return "Lab";
-        case 32803: return "Bayer";
+        case 32803: return directory.number(kPatternSize, 2) == 2 ? "Bayer" : "CFA";
+        case 32844: return "Y";  // logarithmic
+        case 32845: return "Luv";
+        case 51177: return "Z";
         case 34892: return samples == 3 ? "RGB" : "raw";
         default: return "";
     }
@@ -203,7 +208,8 @@ Picture picture_of(const Directory &directory) {
     if (width > INT32_MAX || height > INT32_MAX) return picture;
     picture.width = static_cast<uint32_t>(width);
     picture.height = static_cast<uint32_t>(height);
-    picture.bits = static_cast<uint32_t>(std::min<uint64_t>(directory.number(kBits, 1), 128));
+    const Values bits = directory.values(kBits);
+    picture.bits = static_cast<uint32_t>(bits.count == 0 ? 1 : std::min<uint64_t>(bits.number(), 128));
     const uint64_t format = directory.number(kSampleFormat, 1);
     picture.floating = format == 3 || format == 6;  // 6: complex
     picture.components = components_of(directory);
@@ -279,8 +285,9 @@ DataEnd data_end(const Directory &directory) {
         last_size = size;
     }
     const uint64_t compression = directory.number(kCompression, kUncompressed);
-    // Of others than these two cameras pad the end.
-    const uint64_t most = compression == kLzw || compression == kDeflate ? 64 : 4096;
+    // Of others than these cameras pad the end.
+    constexpr uint64_t kPacked[] = {kLzw, kDeflate, 32946, 34925, 50000};
+    const uint64_t most = std::ranges::count(kPacked, compression) > 0 ? 64 : 4096;
     if (result.end > 0 && compression != kUncompressed)
         result.is_blank = ends_in_zeros(directory.input(), result.end - last_size, result.end, 16, most);
     return result;
@@ -325,9 +332,9 @@ void tiff_facts(Input &input, Facts &facts) {
     std::vector<uint64_t> waiting{big ? header.u64(8) : header.u32(4)};
     uint64_t end = 0;
     uint64_t values_end = 0;
-    uint64_t largest = 0;
+    std::pair<bool, uint64_t> largest;
     int64_t pages = 0;
-    bool is_cut = false, is_known = false, is_blank = false;
+    bool is_cut = false, is_known = false, is_blank = false, has_bits = true;
     std::string tiles;
     Ratio rate;
     FileTimecode timecode;
@@ -346,7 +353,8 @@ void tiff_facts(Input &input, Facts &facts) {
         values_end = std::max(values_end, directory.values_end());
         waiting.push_back(directory.next());
         const Values below = directory.values(kSubDirectories);
-        for (uint64_t i = 0; i < std::min<uint64_t>(below.count, 16); i++) waiting.push_back(below.number(i));
+        for (uint64_t i = std::min<uint64_t>(below.count, kMostDirectories); i-- > 0;)
+            waiting.push_back(below.number(i));
         if (is_first) add_first_directory(directory, facts);
         const Ratio told = directory.values(kFrameRate).ratio();
         if (!rate.is_set()) rate = rate_of(told.n, told.d);
@@ -355,17 +363,21 @@ void tiff_facts(Input &input, Facts &facts) {
 
         Picture picture = picture_of(directory);
         if (picture.width == 0 || picture.height == 0) continue;
-        if ((directory.number(kSubfileType) & 1) == 0) pages++;
+        // 2: one of several pages; others are previews, masks and the like, which may be as large as the
+        // picture.
+        picture.enabled = (directory.number(kSubfileType) & ~uint64_t{2}) == 0;
+        pages += picture.enabled;
         const DataEnd data = data_end(directory);
         end = std::max(end, data.end);
         is_known = is_known || data.end > 0;
         is_blank = is_blank || data.is_blank;
-        const uint64_t area = uint64_t{picture.width} * picture.height;
-        if (area > largest) {
+        has_bits = has_bits && picture.bits > 0;
+        const auto rank = std::pair(picture.enabled, uint64_t{picture.width} * picture.height);
+        if (rank > largest) {
             const uint64_t tile_width = directory.number(kTileWidth);
             tiles = tile_width > 0 ? size_text(tile_width, directory.number(kTileLength)) : "";
         }
-        largest = std::max(largest, area);
+        largest = std::max(largest, rank);
         facts.pictures.push_back(std::move(picture));
     }
     facts.largest_first();
@@ -383,6 +395,8 @@ void tiff_facts(Input &input, Facts &facts) {
         facts.cut(end, "picture data");
     } else if (values_end > input.size()) {
         facts.cut(values_end, "values of the directory");
+    } else if (!has_bits) {
+        facts.cut(values_end, "values of the directory: zeros in their place");
     } else if (is_blank) {
         facts.cut(end, "the end of the picture data holds zeros");
     } else if (is_known && is_all) {

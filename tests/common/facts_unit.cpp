@@ -36,6 +36,7 @@ TEST(Facts, Timecodes) {
     EXPECT_EQ(bcd_timecode(0x01020344, 50, "").text(), "01:02:03:44");
     EXPECT_EQ(bcd_timecode(0x81828304, 24, "").text(), "01:02:03:04");  // flags of the digits' bytes
     EXPECT_EQ(bcd_timecode(0x01020304, 0, "").text(), "01:02:03:04");
+    EXPECT_EQ(bcd_timecode(0x01020344, 0, "").text(), "01:02:03;04");
     EXPECT_TRUE(bcd_timecode(0x01020304, 0, "").is_valid());
     for (const uint32_t wrong : {0x01020324U, 0x0102030FU, 0x01620304U, 0x25020304U}) {
         EXPECT_FALSE(bcd_timecode(wrong, 24, "").is_valid()) << wrong;
@@ -45,7 +46,8 @@ TEST(Facts, Timecodes) {
     EXPECT_EQ(file_timecode(0, 10, 0, 0, 30, true, "").frames, 17982);
     EXPECT_EQ(file_timecode(1, 0, 0, 0, 60, true, "").text(), "01:00:00;00");
     EXPECT_FALSE(file_timecode(24, 0, 0, 0, 25, false, "").is_valid() ||
-                 file_timecode(0, 0, 0, 25, 25, false, "").is_valid());
+                 file_timecode(0, 0, 0, 25, 25, false, "").is_valid() ||
+                 file_timecode(0, 1, 0, 1, 30, true, "").is_valid());
     // No numbers are dropped of 24 and 25.
     EXPECT_EQ(file_timecode(1, 0, 0, 0, 24, true, "").text(), "01:00:00:00");
     EXPECT_EQ(counted_timecode(90000, 25, true, "").text(), "01:00:00:00");
@@ -71,7 +73,9 @@ TEST(Facts, Dates) {
     EXPECT_EQ(iso_date_in("    :  :     :  :  ") + iso_date_in("2026:13:01") +
                   iso_date_in("0000:00:00 00:00:00") + iso_date_in(""),
               "");
-    EXPECT_EQ(iso_date_in("99999999999999999999999:1:1"), "");
+    EXPECT_EQ(iso_date_in("99999999999999999999999:1:1") + iso_date_in("12-11-10 09:08:07"), "");
+    EXPECT_EQ(iso_date_in("Thu Nov  6 10:02:03 2026") + iso_date_in("Thu Nov 26 10:02:03 UTC 2026"),
+              "2026-11-06T10:02:032026-11-26T10:02:03");
     EXPECT_EQ(iso_date_of_unix(0) + " " + iso_date_of_unix(951782400) + " " + iso_date_of_unix(-1),
               "1970-01-01T00:00:00Z 2000-02-29T00:00:00Z 1969-12-31T23:59:59Z");
     EXPECT_EQ(iso_date_of_unix(253402300799), "9999-12-31T23:59:59Z");

@@ -49,6 +49,63 @@ TEST(ImageFacts, BlocksOfGif) {
     }
 }
 
+// Of what is longer than is walked the blocks of the end lead to the trailer, or behind the end.
+TEST(ImageFacts, LongGif) {
+    std::string blocks;
+    while (blocks.size() < 4400000) blocks += '\xFE' + std::string(254, 'd');
+    const std::string file = "GIF89a" + hex("4001F200 00 00 00 2C 00000000 4001F200 81") +
+                             std::string(12, 'c') + hex("08") + blocks;
+    EXPECT_EQ(facts_of(file + hex("003B")), "GIF | 320x242 LZW palette 2 bits | whole");
+    EXPECT_EQ(extent_of(file + hex("003B") + "behind", "a.gif"), "whole");
+    EXPECT_EQ(extent_of(file.substr(0, file.size() - 100), "a.gif"), "cut the picture's end");
+}
+
+// How long each frame is shown: a denominator of 0 stands for 100.
+TEST(ImageFacts, TimesOfPng) {
+    const auto chunk = [](const char *type, const std::string &data) {
+        return big().u32(data.size()).text(type).raw(data).u32(0).str();
+    };
+    const auto animation = [&](const char *first, const char *second) {
+        std::string file = hex("89504E470D0A1A0A") +
+                           chunk("IHDR", big().u32(2).u32(1).hex("0802000000").str()) +
+                           chunk("acTL", big().u32(2).u32(0).str());
+        for (const char *delay : {first, second})
+            file += chunk("fcTL", std::string(20, '\0') + hex(delay) + hex("0000")) + chunk("fdAT", "data");
+        return facts_of(file + chunk("IEND", "")).substr(29);
+    };
+    EXPECT_EQ(animation("03E97530", "03E97530"), "30000/1001 fps 2 frames | 1001/15000 s | whole");
+    EXPECT_EQ(animation("00040000", "00040064"), "25 fps 2 frames | 2/25 s | whole");
+    EXPECT_EQ(animation("00040000", "00060000"), "20 vfr 2 frames | 1/10 s | whole");
+}
+
+// Bits by the masks of the components; the compressions of OS/2 are others; JPEG in a BMP has no palette.
+TEST(ImageFacts, MasksOfBmp) {
+    const auto bmp = [](uint32_t size, uint32_t depth, uint32_t compression, const char *masks) {
+        const std::string text = facts_of(little()
+                                              .text("BM")
+                                              .at(10)
+                                              .u32(138)
+                                              .u32(size)
+                                              .u32(1)
+                                              .u32(1)
+                                              .u16(1)
+                                              .u16(depth)
+                                              .u32(compression)
+                                              .at(34)
+                                              .u32(4)
+                                              .at(54)
+                                              .hex(masks)
+                                              .at(138)
+                                              .u32(0)
+                                              .str());
+        return text.substr(6, text.find(" 1 frames") - 6);
+    };
+    EXPECT_EQ(bmp(124, 32, 3, "0000F03F 00FC0F00 FF030000 000000C0"), "1x1 uncompressed RGBA 10 bits");
+    EXPECT_EQ(bmp(40, 16, 6, "000F0000 F0000000 0F000000 00F00000"), "1x1 uncompressed RGBA 4 bits");
+    EXPECT_EQ(bmp(64, 1, 3, ""), "1x1 Huffman palette 1 bits");
+    EXPECT_EQ(bmp(40, 0, 4, ""), "1x1 JPEG RGB 8 bits");
+}
+
 // What stands behind the picture: EXIF of PNG, the extension of TGA 2.0.
 TEST(ImageFacts, BehindThePicture) {
     const auto chunk = [](const char *type, const std::string &data) {

@@ -49,6 +49,31 @@ TEST(Jpeg2000Facts, Components) {
     EXPECT_EQ(components("070101 070101 070101 070101 070101", 5, 16), "JP2 | 8x8 JPEG 2000 5 channels 8");
 }
 
+// Pixels twice as wide as high on a display, colours by codes; a codestream with extensions has no profile.
+TEST(Jpeg2000Facts, ResolutionAndCodes) {
+    const std::string siz = hex("FF4F FF51 0029 8003 00000008 00000008 0000000000000000 00000008 00000008") +
+                            hex("0000000000000000 0001 070101 FF90");
+    const std::string header = hex("00000012 636F6C72 050000 0009 0010 0009 80") +
+                               hex("0000002C 72657320 00000012 72657363 0048 0001 0048 0001 00 00") +
+                               hex("00000012 72657364 0002 0001 000A 0001 02 01");
+    const std::string file = hex("0000000C6A5020200D0A870A 00000014 66747970 6A706820 00000000 6A706820") +
+                             big().u32(8 + header.size()).text("jp2h").raw(header).str() +
+                             big().u32(8 + siz.size()).text("jp2c").raw(siz).str();
+    EXPECT_EQ(facts_of(file).substr(0, 69),
+              "JP2 JPH | 8x8 JPEG 2000 Y 8 bits aspect 2 colour 9,16,9,1 1 frames | ");
+    EXPECT_NE(facts_of(file).find("profile: part 2 extensions"), std::string::npos);
+}
+
+// Lines that follow the scan; data of JPEG-LS that end before the image does.
+TEST(JpegFacts, Processes) {
+    const std::string scan = hex("0003 01 01 11 00 FFDA 0008 01 01 00 003F00 112233");
+    EXPECT_EQ(facts_of(hex("FFD8 FFC1 000B 0C 0000") + scan + hex("FFDC 0004 0010 FFD9")),
+              "JPEG extended | 3x16 JPEG Y 12 bits 1 frames | whole");
+    const std::string lossless = hex("FFD8 FFF7 000B 10 0002") + scan + hex("FF7F");
+    EXPECT_EQ(facts_of(lossless + hex("FFD9")), "JPEG JPEG-LS | 3x2 JPEG-LS Y 16 bits 1 frames | whole");
+    EXPECT_EQ(extent_of(lossless, "a.jpg"), "cut the end of the image");
+}
+
 // Boxes with sizes of 64 bits; a component's own coding makes a picture lossy.
 TEST(Jpeg2000Facts, SizesAndOverrides) {
     const std::string plain = content_of(std::string(KELDUMP_SAMPLES) + "/jpeg2000/plain.jp2");

@@ -51,6 +51,28 @@ TEST(TiffFacts, Directories) {
                                        {279, 4, 3516 * 2328 * 2}});
     SHOW(facts_of(little().text("II*").u8(0).u32(8).raw(first).at(256).raw(raw).at(512).u8(0).str()));
     SHOW(facts_of(little().text("II*").u8(0).u32(64).zeros(500).str()));
+    // A preview may be as large.
+    std::string large = first;
+    large.replace(22, 4, little().u32(3516).str()).replace(34, 4, little().u32(2328).str());
+    EXPECT_EQ(facts_of(little().text("II*").u8(0).u32(8).raw(large).at(256).raw(raw).str()).substr(0, 42),
+              "TIFF | 3516x2328 uncompressed Bayer 16 bit");
+}
+
+// Bits of three samples behind the directory, which were never written or are not there.
+TEST(TiffFacts, ValuesOfZeros) {
+    std::string file =
+        little()
+            .text("II*")
+            .u8(0)
+            .u32(8)
+            .raw(directory({{256, 4, 1}, {257, 4, 1}, {258, 3, 100}, {262, 3, 2}, {273, 4, 8}, {277, 3, 3}}))
+            .str();
+    file[8 + 2 + 2 * 12 + 4] = 3;
+    file.resize(100);
+    EXPECT_EQ(extent_of(file + hex("080008000800"), "a.tif"), "whole");
+    EXPECT_EQ(extent_of(file + hex("000000000000"), "a.tif"),
+              "cut values of the directory: zeros in their place");
+    EXPECT_EQ(facts_of(file + hex("08")).substr(0, 48), "TIFF | 1x1 uncompressed RGB 1 frames | cut value");
 }
 
 // What is shown of a raw picture and what makes its pixels square; tiles; a fourth sample is alpha.
