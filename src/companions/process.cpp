@@ -15,8 +15,8 @@ namespace {
 void fill_standard_descriptors() {
     for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(fd, F_GETFD) >= 0) continue;
-        // Writing to standard output is to fail as it does where it is closed.
-        const int opened = open("/dev/null", fd == STDERR_FILENO ? O_WRONLY : O_RDONLY);
+        // Reading standard input and writing to standard output are to fail as they do where they are closed.
+        const int opened = open("/dev/null", fd == STDOUT_FILENO ? O_RDONLY : O_WRONLY);
         if (opened >= 0 && opened != fd) close(opened);
     }
 }
