@@ -1,35 +1,16 @@
 #include "companions/command.h"
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <exception>
-#include <new>
 
 namespace {
 
 const char *command_name = "keldump";
-std::terminate_handler usual_end = nullptr;
-
-// Lists of names and rows may be more than there is memory for.
-[[noreturn]] void end_by_exception() {
-    try {
-        if (const std::exception_ptr exception = std::current_exception()) std::rethrow_exception(exception);
-    } catch (const std::bad_alloc &) {
-        std::fputs(command_name, stderr);
-        std::fputs(": out of memory\n", stderr);
-        std::_Exit(kTrouble);
-    } catch (...) {
-        usual_end();
-    }
-    std::abort();
-}
 
 }  // namespace
 
 void start_companion(const char *name) {
     command_name = name;
-    usual_end = std::set_terminate(end_by_exception);
     prepare_process();
 }
 

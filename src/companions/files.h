@@ -25,6 +25,10 @@ struct FileList {
 // name are read (once, to their ends).
 FileList list_files(const std::vector<std::string> &operands, bool as_files = false);
 
+// The same for operands that may lie on a share that is dead: the list of one that does not answer in ten
+// seconds is the operand itself, as what reads it may wait.
+FileList list_in_time(const std::vector<std::string> &operands, bool as_files = false);
+
 // Whether there is something of this name, or a directory; links are followed.
 bool is_there(const std::string &name);
 bool is_directory(const std::string &name);

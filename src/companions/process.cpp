@@ -5,7 +5,10 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
+#include <exception>
+#include <new>
 
 #include "companions/command.h"
 
@@ -27,9 +30,25 @@ void fill_standard_descriptors() {
     _exit(kTrouble);
 }
 
+std::terminate_handler usual_end = nullptr;
+
+// Lists of names and rows may be more than there is memory for.
+[[noreturn]] void end_by_exception() {
+    try {
+        if (const std::exception_ptr exception = std::current_exception()) std::rethrow_exception(exception);
+    } catch (const std::bad_alloc &) {
+        complain("out of memory");
+        _exit(kTrouble);
+    } catch (...) {
+        usual_end();
+    }
+    std::abort();
+}
+
 }  // namespace
 
 void prepare_process() {
+    usual_end = std::set_terminate(end_by_exception);
     fill_standard_descriptors();
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);  // a limit is a write that fails

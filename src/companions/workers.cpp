@@ -19,6 +19,8 @@
 #include <new>
 #include <vector>
 
+#include "companions/pipes.h"
+
 namespace {
 
 constexpr size_t kAhead = 1 << 20;
@@ -32,29 +34,6 @@ struct MessageHead {
     enum Kind : uint32_t { out, complaint, done } kind;
     uint32_t size;  // of a job that is done its status
 };
-
-bool write_whole(int fd, const char *data, size_t n) {
-    while (n > 0) {
-        const ssize_t count = write(fd, data, n);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return false;
-        data += count;
-        n -= static_cast<size_t>(count);
-    }
-    return true;
-}
-
-// Reads n bytes; false at the end.
-bool read_whole(int fd, char *data, size_t n) {
-    while (n > 0) {
-        const ssize_t count = read(fd, data, n);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return false;
-        data += count;
-        n -= static_cast<size_t>(count);
-    }
-    return true;
-}
 
 // The worker's side: messages in a block that goes out when it is full or the job is done.
 class MessageWriter : public JobOutput {

@@ -352,7 +352,7 @@ int main(int argc, char **argv) {
         !read_names(request.files_from, request.zero_ends ? '\0' : '\n', request.operands))
         return kTrouble;
 
-    const FileList list = list_files(request.operands, true);
+    const FileList list = list_in_time(request.operands, true);
     const Files files = files_of(request, list);
     Table table(request, files);
     run_jobs(
