@@ -92,6 +92,12 @@ TEST(KeldumpTable, Sequences) {
              .out);
     place.write("b.2.dpx", content_of(place.path("b.-1.dpx")));
     SHOW(table(place, {"b.-1.dpx", "b.0.dpx", "b.1.dpx", "b.2.dpx"}).out);
+    // One that is listed twice is one frame; another of its number is a finding.
+    place.write("b.01.dpx", frame);
+    EXPECT_EQ(table(place, {"--csv", "--columns", "frames,problem", "b.0.dpx", "b.1.dpx", "b.0.dpx"}).out,
+              "frames,problem\r\n2,\r\n");
+    EXPECT_EQ(table(place, {"--csv", "--columns", "frames,problem", "b.0.dpx", "b.1.dpx", "b.01.dpx"}).out,
+              "frames,problem\r\n3,frame 1: another file with that number\r\n");
     // Names alone make no frames.
     for (int i = 1; i < 5; i++)
         place.write("p" + std::to_string(i) + ".bmp",
