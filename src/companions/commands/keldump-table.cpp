@@ -292,7 +292,12 @@ class Table : public JobsReader {
         }
         if (request_.style == Style::csv) print(csv_header(request_.selection));
         if (request_.style == Style::json) print("[");
-        for (const OddRow &row : odd.rows) give(rows_[row.row]);
+        for (const OddRow &row : odd.rows) {
+            std::string remarks;
+            for (const std::string &remark : row.remarks) remarks += (remarks.empty() ? "" : "; ") + remark;
+            if (!remarks.empty()) rows_[row.row].more.emplace_back("odd", remarks);
+            give(rows_[row.row]);
+        }
         if (request_.style == Style::json) print(odd.rows.empty() ? "]\n" : "\n]\n");
     }
 
