@@ -77,7 +77,7 @@ TEST(Workers, DeathCostsOneJob) {
             },
             heard);
         EXPECT_EQ(heard.said,
-                  "x[killed, perhaps out of memory][ended with status 3]x(4 out of memory)"
+                  "x[killed, perhaps out of memory][ended with status 3]x[out of memory]"
                   "[killed by signal 10 (User defined signal 1)]");
     }
 }
