@@ -20,8 +20,14 @@ std::string_view take_number(std::string_view text, size_t &at) {
     return text.substr(start, at - start);
 }
 
-std::string problem_text(const std::string &name, const std::string &what) {
-    return safe_name(name) + ": " + what;
+void refuse(const std::string &name, const std::string &why, bool as_files, FileList &list) {
+    if (!as_files) {
+        list.problems.push_back(safe_name(name) + ": " + why);
+        return;
+    }
+    list.refused[list.files.size()] = why;
+    list.files.push_back(name);
+    list.are_named.push_back(true);
 }
 
 struct Entry {
@@ -57,10 +63,10 @@ unsigned char type_of(const std::string &path, unsigned char type) {
     return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode) ? DT_REG : DT_UNKNOWN;
 }
 
-void add_directory(const std::string &directory, FileList &list) {
+void add_directory(const std::string &directory, bool as_files, FileList &list) {
     std::vector<Entry> entries;
     const std::string problem = read_directory(directory, entries);
-    if (!problem.empty()) list.problems.push_back(problem_text(directory, problem));
+    if (!problem.empty()) refuse(directory, problem, as_files, list);
     std::sort(entries.begin(), entries.end(),
               [](const Entry &a, const Entry &b) { return natural_less(a.name, b.name); });
     const std::string start = directory.ends_with('/') ? directory : directory + "/";
@@ -72,7 +78,7 @@ void add_directory(const std::string &directory, FileList &list) {
             list.files.push_back(path);
             list.are_named.push_back(false);
         } else if (type == DT_DIR) {
-            add_directory(path, list);
+            add_directory(path, as_files, list);
         }
     }
 }
@@ -127,13 +133,13 @@ std::vector<std::string> names_in(const std::string &directory) {
     return names;
 }
 
-FileList list_files(const std::vector<std::string> &operands, bool with_pipes) {
+FileList list_files(const std::vector<std::string> &operands, bool as_files) {
     FileList list;
     for (const std::string &operand : operands) {
         if (is_directory(operand)) {
-            add_directory(operand, list);
-        } else if (may_wait(operand, with_pipes)) {
-            list.problems.push_back(problem_text(operand, "not a regular file"));
+            add_directory(operand, as_files, list);
+        } else if (may_wait(operand, as_files)) {
+            refuse(operand, "not a regular file", as_files, list);
         } else {
             list.files.push_back(operand);
             list.are_named.push_back(true);

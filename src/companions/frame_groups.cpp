@@ -88,6 +88,8 @@ void add_groups(const std::vector<std::string> &files, const std::vector<Candida
         group.after = name.second;
         group.is_numbered = true;
         for (const Candidate *member : members) {
+            // One that is listed twice is one frame.
+            if (!group.files.empty() && files[group.files.back()] == files[member->file]) continue;
             group.files.push_back(member->file);
             group.numbers.push_back(member->numbers[best_place]);
         }

@@ -5,7 +5,10 @@
 
 #include <cerrno>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
+#include <exception>
+#include <new>
 
 #include "companions/command.h"
 
@@ -15,8 +18,8 @@ namespace {
 void fill_standard_descriptors() {
     for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(fd, F_GETFD) >= 0) continue;
-        // Writing to standard output is to fail as it does where it is closed.
-        const int opened = open("/dev/null", fd == STDERR_FILENO ? O_WRONLY : O_RDONLY);
+        // Reading standard input and writing to standard output are to fail as they do where they are closed.
+        const int opened = open("/dev/null", fd == STDOUT_FILENO ? O_RDONLY : O_WRONLY);
         if (opened >= 0 && opened != fd) close(opened);
     }
 }
@@ -27,9 +30,25 @@ void fill_standard_descriptors() {
     _exit(kTrouble);
 }
 
+std::terminate_handler usual_end = nullptr;
+
+// Lists of names and rows may be more than there is memory for.
+[[noreturn]] void end_by_exception() {
+    try {
+        if (const std::exception_ptr exception = std::current_exception()) std::rethrow_exception(exception);
+    } catch (const std::bad_alloc &) {
+        complain("out of memory");
+        _exit(kTrouble);
+    } catch (...) {
+        usual_end();
+    }
+    std::abort();
+}
+
 }  // namespace
 
 void prepare_process() {
+    usual_end = std::set_terminate(end_by_exception);
     fill_standard_descriptors();
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);  // a limit is a write that fails

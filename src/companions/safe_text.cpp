@@ -15,16 +15,6 @@ void escape(char c, std::string &out) {
 
 bool is_plain(char c) { return byte_of(c) >= 0x20 && byte_of(c) < 0x7F; }
 
-// Characters that turn the direction of text or end a line, unseen: U+061C, U+200E, U+200F, U+2028 to U+202E,
-// U+2066 to U+2069.
-bool steers_text(std::string_view character) {
-    if (character == "\u061C") return true;
-    if (character.size() != 3 || character[0] != '\xE2') return false;
-    const uint8_t last = byte_of(character[2]);
-    if (character[1] == '\x80') return last == 0x8E || last == 0x8F || (last >= 0xA8 && last <= 0xAE);
-    return character[1] == '\x81' && last >= 0xA6 && last <= 0xA9;
-}
-
 // Appends the safe text of `text` and returns how many bytes are done; at the end of a text everything is.
 size_t append_safe(std::string_view text, bool running, bool at_end, std::string &out) {
     size_t i = 0;
@@ -42,9 +32,7 @@ size_t append_safe(std::string_view text, bool running, bool at_end, std::string
         if (!at_end && rest == "\r") break;
         const size_t length = utf8_length(rest);
         if (length > rest.size() && !at_end) break;
-        const bool control = byte_of(rest[0]) == 0xC2 && rest.size() > 1 && byte_of(rest[1]) < 0xA0;
-        const bool passes =
-            length > 1 && length <= rest.size() && !control && !steers_text(rest.substr(0, length));
+        const bool passes = length > 1 && length <= rest.size() && !steers_unseen(rest.substr(0, length));
         const size_t done = passes || (length > 1 && length <= rest.size()) ? length : 1;
         if (passes) {
             out.append(rest, 0, done);
@@ -57,6 +45,14 @@ size_t append_safe(std::string_view text, bool running, bool at_end, std::string
 }
 
 }  // namespace
+
+bool steers_unseen(std::string_view character) {
+    const auto byte = [&](size_t i) { return byte_of(character[i]); };
+    if (character.size() == 2) return (byte(0) == 0xC2 && byte(1) < 0xA0) || character == "\u061C";
+    if (character.size() != 3 || byte(0) != 0xE2) return false;
+    if (byte(1) == 0x80) return byte(2) == 0x8E || byte(2) == 0x8F || (byte(2) >= 0xA8 && byte(2) <= 0xAE);
+    return byte(1) == 0x81 && byte(2) >= 0xA6 && byte(2) <= 0xA9;
+}
 
 size_t utf8_length(std::string_view text) {
     const uint8_t first = text.empty() ? 0xFF : byte_of(text[0]);

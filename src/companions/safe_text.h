@@ -26,3 +26,7 @@ class SafeText {
 // The length of the UTF-8 character that a text starts with: 0 when the bytes are no character, and more than
 // the text has when it ends within one. Surrogates, overlong forms and what lies beyond U+10FFFF are none.
 size_t utf8_length(std::string_view text);
+
+// Whether a character of two bytes or more is a control of C1, or turns the direction of text or ends a line
+// unseen: U+061C, U+200E, U+200F, U+2028 to U+202E, U+2066 to U+2069.
+bool steers_unseen(std::string_view character);

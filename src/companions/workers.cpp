@@ -12,12 +12,15 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <climits>
 #include <csignal>
 #include <cstdint>
 #include <cstring>
 #include <deque>
 #include <new>
 #include <vector>
+
+#include "companions/pipes.h"
 
 namespace {
 
@@ -33,33 +36,11 @@ struct MessageHead {
     uint32_t size;  // of a job that is done its status
 };
 
-bool write_whole(int fd, const char *data, size_t n) {
-    while (n > 0) {
-        const ssize_t count = write(fd, data, n);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return false;
-        data += count;
-        n -= static_cast<size_t>(count);
-    }
-    return true;
-}
-
-// Reads n bytes; false at the end.
-bool read_whole(int fd, char *data, size_t n) {
-    while (n > 0) {
-        const ssize_t count = read(fd, data, n);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return false;
-        data += count;
-        n -= static_cast<size_t>(count);
-    }
-    return true;
-}
-
 // The worker's side: messages in a block that goes out when it is full or the job is done.
 class MessageWriter : public JobOutput {
  public:
-    explicit MessageWriter(int fd) : fd_(fd) {}
+    // All room that it needs at once: a head without its text would make the parent wait for ever.
+    explicit MessageWriter(int fd) : fd_(fd) { block_.reserve(2 * kPiece + 2 * sizeof(MessageHead)); }
 
     void out(std::string_view text) override { add(MessageHead::out, text); }
     void complain(const std::string &message) override { add(MessageHead::complaint, message); }
@@ -88,14 +69,23 @@ class MessageWriter : public JobOutput {
     std::string block_;
 };
 
+constexpr int kNoMemory = INT_MIN;  // a status that no job has
+
 int guarded(const Work &work, size_t index, JobOutput &output) {
     try {
         return work(index, output);
     } catch (const std::bad_alloc &) {
-        output.complain("out of memory");
-        return 1;
+        return kNoMemory;
     }
 }
+
+// What has no memory is broken off as what dies is.
+struct JobEnd {
+    int status;
+    std::string death;
+};
+
+JobEnd end_of(int status) { return status == kNoMemory ? JobEnd{1, "out of memory"} : JobEnd{status, ""}; }
 
 [[noreturn]] void be_worker(int tasks, int messages, const Work &work) {
     std::signal(SIGPIPE, SIG_DFL);
@@ -224,7 +214,8 @@ class Pool {
             JobsReader &reader;
             size_t index;
         } output(reader_, head_);
-        reader_.done(head_, guarded(work_, head_, output), "");
+        const JobEnd end = end_of(guarded(work_, head_, output));
+        reader_.done(head_, end.status, end.death);
         next_ = ++head_;
         ended_++;
     }
@@ -269,7 +260,7 @@ class Pool {
             const std::string_view message = std::string_view(worker.rest).substr(at, size);
             at += size;
             if (head.kind == MessageHead::done) {
-                job_ended(worker.job, static_cast<int>(head.size), "");
+                job_ended(worker.job, end_of(static_cast<int>(head.size)));
                 worker.job = kUnassigned;
             } else if (worker.job == head_) {
                 pass_on(message);
@@ -296,11 +287,11 @@ class Pool {
         }
     }
 
-    void job_ended(size_t job, int status, const std::string &death) {
+    void job_ended(size_t job, const JobEnd &end) {
         Slot &slot = slots_[job - head_];
         slot.ended = true;
-        slot.status = status;
-        slot.death = death;
+        slot.status = end.status;
+        slot.death = end.death;
         ended_++;
         while (!slots_.empty() && slots_.front().ended) {
             reader_.done(head_, slots_.front().status, slots_.front().death);
@@ -323,7 +314,7 @@ class Pool {
         close(worker.tasks);
         close(worker.messages);
         worker.pid = -1;
-        if (job != kUnassigned) job_ended(job, 1, death_of(status));
+        if (job != kUnassigned) job_ended(job, {1, death_of(status)});
     }
 
     // At its end a worker has no job and waits for one.

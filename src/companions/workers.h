@@ -17,8 +17,8 @@ class JobsReader {
     virtual ~JobsReader() = default;
     virtual void out(size_t index, std::string_view text) = 0;
     virtual void complain(size_t index, const std::string &message) = 0;
-    // The job is done. `death`: why its worker ended instead ("killed by signal 11 (Segmentation fault)"),
-    // else empty.
+    // The job is done. `death`: why it was broken off instead ("killed by signal 11 (Segmentation fault)",
+    // "out of memory"), else empty.
     virtual void done(size_t index, int status, const std::string &death) = 0;
     // Now and then, every 100 ms at least, with the number of jobs that ended, those that wait for their
     // turn, too.

@@ -59,6 +59,12 @@ TEST(KeldumpJson, NothingInAFileIsForged) {
     SHOW(json(place,
               {"--match", "pixelsperline", "--match", "creator", "--match", "linesperimage", "forged.dpx"})
              .out);
+    // What steers a terminal unseen is escaped, as controls are.
+    dpx.at(160).text("a\u009b\u202eb\u2028\u061c\u2069\u00a0\u2030", 100);
+    place.write("steering.dpx", dpx.str());
+    EXPECT_NE(json(place, {"--match", "creator", "steering.dpx"})
+                  .out.find("[\"a\\u009b\\u202eb\\u2028\\u061c\\u2069\u00a0\u2030\"]"),
+              std::string::npos);
     const std::string movie = json(place, {"forged.mov"}).out;
     EXPECT_EQ(movie.find("\"text\": \"ATOM 0 moov (0x00000)"), std::string::npos);
 }

@@ -92,6 +92,12 @@ TEST(KeldumpTable, Sequences) {
              .out);
     place.write("b.2.dpx", content_of(place.path("b.-1.dpx")));
     SHOW(table(place, {"b.-1.dpx", "b.0.dpx", "b.1.dpx", "b.2.dpx"}).out);
+    // One that is listed twice is one frame; another of its number is a finding.
+    place.write("b.01.dpx", frame);
+    EXPECT_EQ(table(place, {"--csv", "--columns", "frames,problem", "b.0.dpx", "b.1.dpx", "b.0.dpx"}).out,
+              "frames,problem\r\n2,\r\n");
+    EXPECT_EQ(table(place, {"--csv", "--columns", "frames,problem", "b.0.dpx", "b.1.dpx", "b.01.dpx"}).out,
+              "frames,problem\r\n3,frame 1: another file with that number\r\n");
     // Names alone make no frames.
     for (int i = 1; i < 5; i++)
         place.write("p" + std::to_string(i) + ".bmp",
@@ -110,8 +116,8 @@ TEST(KeldumpTable, WhatIsOdd) {
     place.write("wide", bitmap.replace(18, 1, "\x09"));
     SHOW(table(place, {"--odd", "."}).out);
     EXPECT_EQ(table(place, {"--odd", "a", "b", "c"}).out, "nothing odd: 3 files, 594 bytes\n");
-    EXPECT_EQ(lines_from(table(place, {"--odd", "--lines", "--columns", "file", "."}).out, "", 1),
-              "{\"file\": \"./wide\"}\n");
+    EXPECT_EQ(table(place, {"--odd", "--csv", "--columns", "file,odd", "."}).out,
+              "file,odd\r\n./wide,SIZE 9x6 (1 of 4; others 8x6)\r\n");
 }
 
 TEST(KeldumpTable, ColumnsAndFields) {
@@ -146,9 +152,11 @@ TEST(KeldumpTable, ColumnsAndFields) {
     const Outcome none = with({"--lines", "--columns", "scene,more"});
     EXPECT_EQ(none.status, 0);
     EXPECT_TRUE(none.out.starts_with("{\"scene\": null, \"more\": {\"")) << none.out;
-    const Outcome wrong = with({"--columns", "flavour,file"});
+    const Outcome wrong = with({"--columns", "flavour,file,colour!"});
     EXPECT_EQ(wrong.status, 2);
-    EXPECT_EQ(wrong.err, "keldump-table: no file has a column 'flavour'\n");
+    EXPECT_EQ(wrong.err,
+              "keldump-table: no file has a column 'flavour'\n"
+              "keldump-table: no file has a column 'colour!'\n");
 }
 
 TEST(KeldumpTable, NamesFromAFile) {
@@ -161,6 +169,9 @@ TEST(KeldumpTable, NamesFromAFile) {
     EXPECT_EQ(table(place, {"--csv", "--columns=file", "--files-from=list0", "-0", "-j1"}).out,
               "file\r\n\"c\nd\"\r\nb\r\n");
     EXPECT_EQ(table(place, {"--files-from", "none"}).err, "keldump-table: none: No such file or directory\n");
+    const std::string closed = "'" + command_path("keldump-table") + "' --files-from - <&- 2> '";
+    EXPECT_EQ(system((closed + place.path("err") + "'").c_str()), 2 << 8);
+    EXPECT_EQ(place.read("err"), "keldump-table: -: Bad file descriptor\n");
 }
 
 TEST(KeldumpTable, NamesAndTextsAreSafe) {
@@ -198,10 +209,18 @@ TEST(KeldumpTable, FilesWithoutRow) {
               "  FORMAT  SIZE  CODEC  BITS  FILE\n  BMP     8x6   RGB       8  d/a.bmp\n1 file, 198 bytes, 1 "
               "other file\n");
     EXPECT_EQ(table(place, {"d"}).status, 0);
+    // What is no file is a finding in its place.
+    EXPECT_EQ(table(place, {"--csv", "--columns", "problem,file", "/dev/null", "d/a.bmp"}).out,
+              "problem,file\r\nnot a regular file,/dev/null\r\n,d/a.bmp\r\n");
     mkdir(place.path("e").c_str(), 0700);
     EXPECT_EQ(table(place, {"--json", "e"}).out, "[]\n");
-    for (const std::vector<std::string> &wrong :
-         {std::vector<std::string>{}, {"--csv"}, {"-x", "d"}, {"-j", "0", "d"}, {"--columns"}})
+    for (const std::vector<std::string> &wrong : {std::vector<std::string>{},
+                                                  {"--csv"},
+                                                  {"-x", "d"},
+                                                  {"-j", "0", "d"},
+                                                  {"--columns"},
+                                                  {"--columns=,", "d"},
+                                                  {"--field=", "d"}})
         EXPECT_EQ(table(place, wrong).status, 2);
 }
 

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <set>
 
+#include "companions/shown_width.h"
 #include "companions/table/names.h"
 #include "companions/table/odd.h"
 #include "companions/table/output.h"
@@ -59,6 +60,38 @@ TEST(TerminalTable, FitsItsWidth) {
         }
         EXPECT_NE(text.find("name.mov\n"), std::string::npos) << text;
     }
+}
+
+// Whatever the width nothing is wider: names in two columns a character, problems, remarks.
+TEST(TerminalTable, NoLineIsWider) {
+    Row row = movie("/card/\u65e5\u672c\u8a9e\u306e\u9577\u3044\u540d\u524d\u3067\u3059/\u65e5.mov");
+    row[Column::problem] = "cut: 3.1 of 6.2 GB, data of tracks 1 and 2";
+    for (const size_t width : {20U, 40U, 80U}) {
+        std::string text;
+        TerminalTable table(width, {}, [&](const std::string &part) { text += part; });
+        table.add(row, {"CODEC ProRes 422 LT (1 of 47; others ProRes 422 HQ)"});
+        table.finish();
+        EXPECT_NE(text.find("\u65e5.mov\n"), std::string::npos) << text;
+        for (size_t at = 0; at < text.size(); at = text.find('\n', at) + 1)
+            EXPECT_LE(shown_width(text.substr(at, text.find('\n', at) - at)), width) << text;
+    }
+}
+
+// A later value may be longer than its column: it is whole where there is room.
+TEST(TerminalTable, LongValuesOfLaterRows) {
+    std::vector<Row> rows(52, movie("a"));
+    for (Row &row : rows) row[Column::codec] = row[Column::reel] = "";
+    for (size_t i = 0; i < 50; i++) rows[i][Column::codec] = "RGB";
+    rows[50][Column::codec] = rows[51][Column::codec] = "ProRes 422 HQ";
+    rows[51][Column::reel] = "B";
+    rows[50][Column::file] = "directory/of/a/card/A001C001.mov";
+    for (const size_t width : {0U, 120U}) {
+        const std::string text = table_of(width, rows);
+        EXPECT_NE(text.find("23.976  ProRes 422 HQ    10"), std::string::npos) << text;
+        EXPECT_NE(text.find("RATE  CODEC          BITS"), std::string::npos) << text;
+    }
+    const std::string narrow = table_of(66, rows);
+    EXPECT_NE(narrow.find("23.976  ProR\u2026"), std::string::npos) << narrow;
 }
 
 // A column that the first fifty rows did not need comes with a heading of its own.
@@ -134,6 +167,9 @@ TEST(Rows, NamesOfFurtherValues) {
         const bool is_column = std::ranges::find(columns, name, &ColumnRow::name) != columns.end();
         EXPECT_TRUE(is_column || manual.find(" " + name + ",") != std::string::npos) << name;
     }
+    EXPECT_EQ(table_name(" Audio Tracks"), "audio_tracks");
+    EXPECT_EQ(table_name("Edit lists"), "edit lists");
+    EXPECT_EQ(table_name("UMID") + table_name("Flavour"), "UMIDFlavour");
 }
 
 TEST(Odd, VotesOfOneKind) {
@@ -160,6 +196,14 @@ TEST(Odd, VotesOfOneKind) {
     EXPECT_EQ(
         remarks({movie, with("MOV", "25", true), with("MOV", "30", true)}),
         "RATE 24 (1 of 3; no majority)\nRATE 25 (1 of 3; no majority)\nRATE 30 (1 of 3; no majority)\n");
+    // What was asked for is compared, too.
+    std::vector<Row> rows(3, movie);
+    rows[1].fields = {{"film/type", "53"}, {"film/type", "24"}};
+    EXPECT_TRUE(find_odd(rows).rows.empty());
+    const Oddities odd = find_odd(rows, {"film/type"});
+    ASSERT_EQ(odd.rows.size(), 1U);
+    EXPECT_EQ(odd.titles, std::vector<std::string>{"FILM/TYPE"});
+    EXPECT_EQ(odd.rows[0].remarks[0], "FILM/TYPE 53; 24 (1 of 3; others none)");
 }
 
 TEST(Rows, PassFromProcessToProcess) {

@@ -2,6 +2,7 @@
 
 #include "companions/files.h"
 #include "companions/safe_text.h"
+#include "companions/shown_width.h"
 
 TEST(Files, NaturalOrder) {
     const char *const ordered[] = {"",
@@ -37,4 +38,16 @@ TEST(SafeText, Pieces) {
         EXPECT_EQ(out, safe) << cut;
     }
     EXPECT_EQ(safe_name("a\n\t\xFF"), "a\\x0a\\x09\\xff");
+}
+
+// Columns of a terminal, not characters: ideographs and pictograms take two, marks none.
+TEST(ShownWidth, OfCharacters) {
+    const std::string text = "a\u65e5\u0065\u0301\u1100\u1161\uff21\U0001F469\u200d\ufeff\u00e9";
+    EXPECT_EQ(shown_width(text), 11U);
+    EXPECT_EQ(fitting_start(text, 2), "a");
+    EXPECT_EQ(fitting_start(text, 4), "a\u65e5e\u0301");
+    EXPECT_EQ(fitting_end("e\u0301\u65e5b", 3), "\u65e5b");
+    EXPECT_EQ(fitting_end("e\u0301b", 1), "b");
+    EXPECT_EQ(wrapped("one two three", 0, 1), " one two three\n");
+    EXPECT_EQ(wrapped("one two threefourfive six", 9, 1), " one two\n   threefou\n   rfive\n   six\n");
 }

@@ -5,11 +5,14 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <set>
 #include <thread>
 
+#include "companions/files.h"
 #include "companions/frame_groups.h"
 #include "companions/workers.h"
+#include "support/command.h"
 
 namespace {
 
@@ -74,7 +77,7 @@ TEST(Workers, DeathCostsOneJob) {
             },
             heard);
         EXPECT_EQ(heard.said,
-                  "x[killed, perhaps out of memory][ended with status 3]x(4 out of memory)"
+                  "x[killed, perhaps out of memory][ended with status 3]x[out of memory]"
                   "[killed by signal 10 (User defined signal 1)]");
     }
 }
@@ -162,6 +165,24 @@ TEST(FrameGroups, TheNumberThatVariesCounts) {
     EXPECT_EQ(groups_of({"A001.mov", "A002.mov", "x.dpx", "d1/1.dpx", "d2/2.dpx"}),
               "A001.mov\nA002.mov\nx.dpx\nd1/1.dpx\nd2/2.dpx\n");
     EXPECT_EQ(groups_of({"1234567890123456789012.dpx"}), "1234567890123456789012.dpx\n");
+}
+
+// Files, directories, what is missing and what is refused: as without a process.
+TEST(Listing, IsThatOfFiles) {
+    const Workplace place;
+    for (const char *name : {"d", "d/e", "empty"}) std::filesystem::create_directory(place.path(name));
+    for (const char *name : {"d/f10", "d/f9", "d/e/x\n", "y"}) place.write(name, "");
+    const std::vector<std::string> operands = {place.path("y"),     place.path("d"), "/dev/null",    "none",
+                                               place.path("empty"), "/dev/zero",     place.path("y")};
+    for (const bool as_files : {false, true}) {
+        const FileList list = list_in_time(operands, as_files);
+        const FileList expected = list_files(operands, as_files);
+        EXPECT_EQ(list.files.size(), as_files ? 8U : 6U);
+        EXPECT_EQ(list.files, expected.files);
+        EXPECT_EQ(list.are_named, expected.are_named);
+        EXPECT_EQ(list.problems, expected.problems);
+        EXPECT_EQ(list.refused, expected.refused);
+    }
 }
 
 }  // namespace

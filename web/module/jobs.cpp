@@ -1,6 +1,7 @@
 // companions/workers.h where there are no processes: one job after the other.
 #include <algorithm>
 
+#include "companions/files.h"
 #include "companions/workers.h"
 
 namespace {
@@ -24,4 +25,8 @@ void run_jobs(size_t count, unsigned, const Work &work, JobsReader &reader) {
         reader.done(index, work(index, said), "");
         reader.progress(index + 1);
     }
+}
+
+FileList list_in_time(const std::vector<std::string> &operands, bool as_files) {
+    return list_files(operands, as_files);
 }

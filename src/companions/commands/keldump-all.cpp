@@ -51,7 +51,7 @@ int main(int argc, char **argv) {
     if (answered(argc, argv, kUsage)) return kFine;
     Request request;
     if (!parse({argc, argv}, request)) return usage_error(kUsage);
-    const FileList list = list_files(request.operands);
+    const FileList list = list_in_time(request.operands);
     PrintedJobs printed(list.files);
     run_jobs(
         list.files.size(), request.jobs,

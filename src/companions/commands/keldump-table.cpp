@@ -17,6 +17,7 @@
 #include "companions/printing.h"
 #include "companions/progress.h"
 #include "companions/safe_text.h"
+#include "companions/shown_width.h"
 #include "companions/table/names.h"
 #include "companions/table/odd.h"
 #include "companions/table/output.h"
@@ -66,6 +67,11 @@ struct Request {
     std::vector<std::string> operands;
 };
 
+bool lacks(const char *name) {
+    complain(std::string(name) + " lacks its value");
+    return false;
+}
+
 bool parse(Arguments arguments, Request &request) {
     std::string value;
     while (arguments.next()) {
@@ -84,8 +90,11 @@ bool parse(Arguments arguments, Request &request) {
         } else if (arguments.is("-v")) {
             request.fields.options.verbose++;
         } else if (arguments.takes("--columns", value)) {
+            const size_t before = request.selection.names.size();
             add_names(value, request.selection.names);
+            if (request.selection.names.size() == before) return lacks("--columns");
         } else if (arguments.takes("--field", value)) {
+            if (value.empty()) return lacks("--field");
             std::vector<std::string> &patterns = request.fields.patterns;
             if (std::ranges::find(patterns, value) == patterns.end()) patterns.push_back(value);
         } else if (!arguments.takes("--files-from", request.files_from) &&
@@ -94,6 +103,11 @@ bool parse(Arguments arguments, Request &request) {
         }
     }
     std::ranges::transform(request.fields.patterns, std::back_inserter(request.selection.fields), field_name);
+    for (std::string &name : request.selection.names) {
+        const bool is_field =
+            std::ranges::find(request.selection.fields, name) != request.selection.fields.end();
+        if (!is_field) name = table_name(name);
+    }
     request.operands = arguments.operands();
     return !arguments.failed() && (!request.operands.empty() || !request.files_from.empty());
 }
@@ -107,10 +121,25 @@ size_t terminal_width() {
 struct Files {
     std::vector<std::string> names;
     std::vector<bool> are_named;
+    std::map<size_t, std::string> refused;
     std::vector<FrameGroup> groups;
     std::vector<size_t> order;     // of the groups' files
     std::vector<size_t> group_of;  // of each place in `order`
 };
+
+Row problem_row(const std::string &file, const std::string &problem) {
+    Row row;
+    row[Column::file] = file;
+    row[Column::problem] = problem;
+    row.is_known = true;  // it is no side file
+    return row;
+}
+
+Row row_at(const Files &files, size_t place, const FieldRequest &fields) {
+    const std::string &name = files.names[place];
+    const auto refused = files.refused.find(place);
+    return refused == files.refused.end() ? read_row(name, fields) : problem_row(name, refused->second);
+}
 
 // Puts rows together as the groups have them, and gives them.
 class Table : public JobsReader {
@@ -126,7 +155,7 @@ class Table : public JobsReader {
     }
 
     void out(size_t, std::string_view text) override { packed_ += text; }
-    void complain(size_t index, const std::string &message) override { report(index, message); }
+    void complain(size_t, const std::string &message) override { complaint_ = message; }
     void progress(size_t ended) override {
         if (terminal_) terminal_->tick();
         flush();
@@ -134,14 +163,10 @@ class Table : public JobsReader {
     }
 
     void done(size_t index, int, const std::string &death) override {
-        Row row = Row::unpacked(packed_);
+        const std::string &failure = death.empty() ? complaint_ : death;
+        Row row = failure.empty() ? Row::unpacked(packed_) : problem_row(name(index), failure);
         packed_.clear();
-        if (!death.empty()) {
-            row = Row();
-            row[Column::file] = name(index);
-            row[Column::problem] = death;
-            row.is_known = true;  // it is no side file
-        }
+        complaint_.clear();
         const FrameGroup &group = files_.groups[files_.group_of[index]];
         if (request_.each || group.files.size() == 1) {
             single(index, std::move(row));
@@ -158,22 +183,24 @@ class Table : public JobsReader {
         if (request_.odd) give_odd();
         if (terminal_) {
             terminal_->finish();
-            print(sums_.text());
+            print(wrapped(sums_.text(), terminal_width(), 0));
         }
         if (request_.style == Style::json && !request_.odd) print(sums_.rows > 0 ? "\n]\n" : "]\n");
         flush();
         return problems_;
     }
 
-    // A column that was asked for, that is none of the documented ones and that no file has.
-    std::string unknown_name() const {
+    // Columns that were asked for, that are none of the documented ones and that no file has.
+    std::vector<std::string> unknown_names() const {
+        std::vector<std::string> unknown;
         for (const std::string &wanted : request_.selection.names) {
             const bool is_column = is_table_name(wanted);
             const bool is_field =
                 std::ranges::find(request_.selection.fields, wanted) != request_.selection.fields.end();
-            if (!is_column && !is_field && std::ranges::find(seen_, wanted) == seen_.end()) return wanted;
+            if (!is_column && !is_field && std::ranges::find(seen_, wanted) == seen_.end())
+                unknown.push_back(wanted);
         }
-        return "";
+        return unknown;
     }
 
  private:
@@ -241,28 +268,37 @@ class Table : public JobsReader {
         }
     }
 
+    // What was asked for beside the columns that are compared anyway.
+    std::vector<std::string> further_names() const {
+        std::vector<std::string> names = request_.selection.fields;
+        for (const std::string &name : request_.selection.names) {
+            const bool is_column =
+                std::ranges::find(table_columns(), name, &ColumnRow::name) != table_columns().end();
+            if (!is_column && std::ranges::find(names, name) == names.end()) names.push_back(name);
+        }
+        return names;
+    }
+
     void give_odd() {
-        const Oddities odd = find_odd(rows_);
+        const Oddities odd = find_odd(rows_, further_names());
         if (request_.style == Style::person) {
             TerminalTable table(terminal_width(), request_.selection,
                                 [this](const std::string &text) { print(text); });
             if (request_.selection.names.empty()) table.keep(odd.titles);
             for (const OddRow &row : odd.rows) table.add(rows_[row.row], row.remarks);
             table.finish();
-            print(odd.rows.empty() ? "nothing odd: " + sums_.text() : sums_.text());
+            print(wrapped((odd.rows.empty() ? "nothing odd: " : "") + sums_.text(), terminal_width(), 0));
             return;
         }
         if (request_.style == Style::csv) print(csv_header(request_.selection));
         if (request_.style == Style::json) print("[");
-        for (const OddRow &row : odd.rows) give(rows_[row.row]);
+        for (const OddRow &row : odd.rows) {
+            std::string remarks;
+            for (const std::string &remark : row.remarks) remarks += (remarks.empty() ? "" : "; ") + remark;
+            if (!remarks.empty()) rows_[row.row].more.emplace_back("odd", remarks);
+            give(rows_[row.row]);
+        }
         if (request_.style == Style::json) print(odd.rows.empty() ? "]\n" : "\n]\n");
-    }
-
-    void report(size_t index, const std::string &message) {
-        flush();
-        progress_.clear();
-        ::complain(safe_name(name(index)) + ": " + safe_name(message));
-        problems_ = true;
     }
 
     void print(const std::string &text) {
@@ -282,6 +318,7 @@ class Table : public JobsReader {
     std::optional<TerminalTable> terminal_;
     TableSums sums_;
     std::string packed_;
+    std::string complaint_;  // of what has no row
     std::string text_;
     SequenceRow sequence_;
     std::vector<Row> few_;  // rows of its frames where these are few
@@ -298,6 +335,7 @@ Files files_of(const Request &request, const FileList &list) {
     Files files;
     files.names = list.files;
     files.are_named = list.are_named;
+    files.refused = list.refused;
     files.groups = group_frames(files.names, request.each ? never : is_still_name);
     for (size_t group = 0; group < files.groups.size(); group++) {
         for (const size_t file : files.groups[group].files) {
@@ -319,19 +357,18 @@ int main(int argc, char **argv) {
         !read_names(request.files_from, request.zero_ends ? '\0' : '\n', request.operands))
         return kTrouble;
 
-    const FileList list = list_files(request.operands, true);
+    const FileList list = list_in_time(request.operands, true);
     const Files files = files_of(request, list);
     Table table(request, files);
     run_jobs(
         files.order.size(), request.jobs,
         [&](size_t index, JobOutput &output) {
-            output.out(read_row(files.names[files.order[index]], request.fields).packed());
+            output.out(row_at(files, files.order[index], request.fields).packed());
             return kFine;
         },
         table);
     const bool problems = table.finish();
-    const bool refused = report_problems(list);
-    const std::string unknown = table.unknown_name();
-    if (!unknown.empty()) return trouble("no file has a column '" + safe_name(unknown) + "'");
-    return problems || refused ? kFound : kFine;
+    const std::vector<std::string> unknown = table.unknown_names();
+    for (const std::string &name : unknown) complain("no file has a column '" + safe_name(name) + "'");
+    return !unknown.empty() ? kTrouble : problems ? kFound : kFine;
 }

@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 
+#include "companions/safe_text.h"
 #include "main/dump.h"
 
 namespace {
@@ -41,6 +42,13 @@ void append_escape(std::string &out, unsigned code) {
     constexpr char kDigits[] = "0123456789abcdef";
     out += "\\u";
     for (int shift = 12; shift >= 0; shift -= 4) out += kDigits[code >> shift & 15];
+}
+
+// Of two bytes or three.
+unsigned code_of(std::string_view character) {
+    unsigned code = static_cast<uint8_t>(character[0]) & (character.size() == 2 ? 0x1Fu : 0xFu);
+    for (const char c : character.substr(1)) code = code << 6 | (static_cast<uint8_t>(c) & 0x3Fu);
+    return code;
 }
 
 void append_ascii(std::string &out, char c) {
@@ -89,6 +97,8 @@ size_t append_characters(std::string &out, std::string_view text, bool utf8, boo
             size = 1;
         } else if (size == 1) {
             append_ascii(out, text[0]);
+        } else if (steers_unseen(text.substr(0, static_cast<size_t>(size)))) {
+            append_escape(out, code_of(text.substr(0, static_cast<size_t>(size))));
         } else {
             out += text.substr(0, static_cast<size_t>(size));
         }

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "companions/table/row.h"
+#include "companions/table/terminal.h"
 
 namespace {
 
@@ -70,6 +71,7 @@ constexpr std::string_view kMore[] = {"active image",
                                       "momentary loudness",
                                       "name",
                                       "note",
+                                      "odd",
                                       "orientation",
                                       "originator",
                                       "originator reference",
@@ -116,4 +118,16 @@ bool is_table_name(std::string_view name) {
     const auto columns = table_columns();
     return name == "more" || std::ranges::find(kMore, name) != std::end(kMore) ||
            std::ranges::find(columns, name, &ColumnRow::name) != columns.end();
+}
+
+std::string table_name(const std::string &name) {
+    const size_t start = name.find_first_not_of(' ');
+    if (is_table_name(name) || start == std::string::npos) return name;
+    const std::string title = title_of(name.substr(start, name.find_last_not_of(' ') - start + 1));
+    const auto means = [&](std::string_view known) { return title_of(std::string(known)) == title; };
+    const auto columns = table_columns();
+    const auto column = std::ranges::find_if(columns, means, &ColumnRow::name);
+    if (column != columns.end()) return column->name;
+    const auto further = std::ranges::find_if(kMore, means);
+    return further != std::end(kMore) ? std::string(*further) : name;
 }

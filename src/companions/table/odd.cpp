@@ -12,8 +12,6 @@ struct Compared {
     const char *title;
     Column column;
     std::string (*text)(const Row &) = nullptr;  // instead of the column's
-
-    std::string of(const Row &row) const { return text ? text(row) : row[column]; }
 };
 
 // Where it is not the size that is shown.
@@ -48,6 +46,7 @@ constexpr Compared kCompared[] = {
     {"LANGUAGES", Column::languages},
     {"TIMECODE BASE", Column::timecode_base},
     {"TIMECODE DROP", Column::timecode_drop},
+    {"ROTATION", Column::rotation},
     {"WRITER", Column::writer},
 };
 
@@ -61,29 +60,22 @@ Kind kind_of(const Row &row) {
     return sound_text(row).empty() ? Kind::other : Kind::sound;
 }
 
-// The remarks on a column of the files of one kind; whether there are any.
-bool compare(const Compared &compared, const std::vector<Row> &rows, const std::vector<size_t> &files,
-             double alike, std::vector<std::vector<std::string>> &remarks) {
+// The remarks on a value of the files of one kind; whether there are any.
+bool compare(const std::string &title, const std::vector<std::string> &values,
+             const std::vector<size_t> &files, std::vector<std::vector<std::string>> &remarks) {
     std::map<std::string, size_t> counts;
-    size_t known = 0;
-    for (const size_t file : files) {
-        const std::string value = compared.of(rows[file]);
-        if (alike > 0 && value.empty()) continue;
-        counts[value]++;
-        known++;
-    }
+    for (const size_t file : files) counts[values[file]]++;
     if (counts.size() < 2) return false;
     const auto usual = std::ranges::max_element(counts, {}, [](const auto &entry) { return entry.second; });
-    if (usual->second == 1 && known > 2 && compared.column == Column::reel) return false;
-    if (static_cast<double>(usual->second) < alike * static_cast<double>(files.size())) return false;
-    const bool is_majority = 2 * usual->second > known;
+    if (usual->second == 1 && files.size() > 2 && title == "REEL") return false;
+    const bool is_majority = 2 * usual->second > files.size();
     const std::string others = std::string(counts.size() == 2 ? "; others " : "; most ") +
                                (usual->first.empty() ? "none" : usual->first);
     for (const size_t file : files) {
-        const std::string value = compared.of(rows[file]);
-        if ((alike > 0 && value.empty()) || (is_majority && value == usual->first)) continue;
-        remarks[file].push_back(std::string(compared.title) + " " + (value.empty() ? "none" : value) + " (" +
-                                grouped(counts[value]) + " of " + grouped(known) +
+        const std::string &value = values[file];
+        if (is_majority && value == usual->first) continue;
+        remarks[file].push_back(title + " " + (value.empty() ? "none" : value) + " (" +
+                                grouped(counts[value]) + " of " + grouped(files.size()) +
                                 (is_majority ? others : "; no majority") + ")");
     }
     return true;
@@ -91,18 +83,25 @@ bool compare(const Compared &compared, const std::vector<Row> &rows, const std::
 
 }  // namespace
 
-Oddities find_odd(const std::vector<Row> &rows, double alike) {
+Oddities find_odd(const std::vector<Row> &rows, const std::vector<std::string> &further) {
     Oddities odd;
     std::vector<std::vector<std::string>> remarks(rows.size());
     std::map<Kind, std::vector<size_t>> kinds;
     for (size_t i = 0; i < rows.size(); i++) kinds[kind_of(rows[i])].push_back(i);
     kinds.erase(Kind::other);
-    for (const Compared &compared : kCompared) {
+    std::vector<std::string> values(rows.size());
+    const auto compare_all = [&](const std::string &title, const auto &value_of) {
+        std::ranges::transform(rows, values.begin(), value_of);
         bool differs = false;
-        for (const auto &[kind, files] : kinds)
-            differs = compare(compared, rows, files, alike, remarks) || differs;
-        if (differs) odd.titles.emplace_back(compared.title);
-    }
+        for (const auto &[kind, files] : kinds) differs = compare(title, values, files, remarks) || differs;
+        if (differs) odd.titles.push_back(title);
+    };
+    for (const Compared &compared : kCompared)
+        compare_all(compared.title, [&](const Row &row) {
+            return compared.text ? compared.text(row) : row[compared.column];
+        });
+    for (const std::string &name : further)
+        compare_all(title_of(name), [&](const Row &row) { return row.named(name); });
     for (size_t i = 0; i < rows.size(); i++) {
         if (!remarks[i].empty() || !rows[i][Column::problem].empty())
             odd.rows.push_back({i, std::move(remarks[i])});

@@ -84,6 +84,8 @@ void SequenceRow::add_fields(const Row &row) {
 
 void SequenceRow::add(const FrameNumber &number, Row row) {
     constexpr size_t kMostKinds = 16;
+    if (!numbers_.empty() && numbers_.back().value == number.value)
+        add_trouble("another file with that number", number.value);
     numbers_.push_back(number);
     size_ += whole_of(row[Column::size]);
     claimed_ += std::max(whole_of(row[Column::size]), whole_of(row[Column::bytes_claimed]));
@@ -202,7 +204,15 @@ Row SequenceRow::finish(const FrameGroup &group, const std::vector<std::string> 
     }
     std::string problem;
     if (missing > 0) problem = grouped(static_cast<uint64_t>(missing)) + " missing";
+    const Trouble *before = nullptr;
     for (const Trouble &trouble : troubles_) {
+        const bool same =
+            before && !trouble.is_of_all && !before->is_of_all && before->frames == trouble.frames;
+        before = &trouble;
+        if (same) {
+            problem += ", " + trouble.text;
+            continue;
+        }
         if (!problem.empty()) problem += "; ";
         if (trouble.is_of_all) {
             problem += trouble.text;

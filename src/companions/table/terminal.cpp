@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "companions/safe_text.h"
+#include "companions/shown_width.h"
 
 namespace {
 
@@ -15,28 +16,16 @@ constexpr size_t kLeastName = 24;  // characters of a file's name
 constexpr size_t kLeastCell = 6;   // of a column that was asked for
 constexpr size_t kLongest = 32;    // of other columns on a terminal
 
-size_t characters(std::string_view text) {
-    return static_cast<size_t>(std::count_if(
-        text.begin(), text.end(), [](char c) { return (static_cast<uint8_t>(c) & 0xC0) != 0x80; }));
-}
-
-// The first n characters.
-std::string_view first_characters(std::string_view text, size_t n) {
-    size_t end = 0;
-    while (n-- > 0 && end < text.size()) end += std::max<size_t>(1, utf8_length(text.substr(end)));
-    return text.substr(0, end);
-}
-
+// A text's start in so many columns of a terminal; 0: all of it.
 std::string cut_end(const std::string &text, size_t most) {
-    if (most == 0 || characters(text) <= most) return text;
-    return std::string(first_characters(text, most - 1)) + "\u2026";
+    if (most == 0 || shown_width(text) <= most) return text;
+    return std::string(fitting_start(text, most - 1)) + "\u2026";
 }
 
 // A name's end says more than its directories.
 std::string cut_start(const std::string &text, size_t most) {
-    const size_t count = characters(text);
-    if (most == 0 || count <= most) return text;
-    return "\u2026" + text.substr(first_characters(text, count - most + 1).size());
+    if (most == 0 || shown_width(text) <= most) return text;
+    return "\u2026" + std::string(fitting_end(text, most - 1));
 }
 
 std::string clock_text(double seconds, bool thousandths) {
@@ -56,15 +45,6 @@ double number_of(const std::string &text) { return std::strtod(text.c_str(), nul
 
 std::string keycode_cell(const Row &row) { return row[Column::timecode].empty() ? "" : row[Column::keycode]; }
 
-std::string title_of(const std::string &name) {
-    std::string title = safe_name(name);
-    for (char &c : title) {
-        if (c == '_') c = ' ';
-        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-    }
-    return title;
-}
-
 // "24+16" of "24; 24; 16".
 std::string short_list(const std::string &list, double unit) {
     std::vector<std::string> values;
@@ -81,6 +61,15 @@ std::string short_list(const std::string &list, double unit) {
 }
 
 }  // namespace
+
+std::string title_of(const std::string &name) {
+    std::string title = safe_name(name);
+    for (char &c : title) {
+        if (c == '_') c = ' ';
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    return title;
+}
 
 std::string picture_size(const Row &row) {
     return row[Column::width].empty() ? "" : row[Column::width] + "x" + row[Column::height];
@@ -139,7 +128,7 @@ std::string TableSums::text() const {
     text += ", " + size_text(bytes);
     if (problems > 0) text += ", " + grouped(problems) + (problems == 1 ? " problem" : " problems");
     if (others > 0) text += ", " + grouped(others) + (others == 1 ? " other file" : " other files");
-    return text + "\n";
+    return text;
 }
 
 std::vector<TerminalTable::Cell> TerminalTable::standard_cells() {
@@ -148,16 +137,16 @@ std::vector<TerminalTable::Cell> TerminalTable::standard_cells() {
         return row[Column::format].empty() ? "?" : row[Column::format];
     };
     return {
-        {"FORMAT", false, 9, kLongest, format, 0, false, false},
-        {"SIZE", false, 8, kLongest, picture_size, 0, false, false},
-        {"RATE", true, 7, kLongest, plain(Column::frame_rate), 0, false, false},
-        {"CODEC", false, 6, 20, plain(Column::codec), 0, false, false},
-        {"BITS", true, 2, kLongest, plain(Column::bit_depth), 0, false, false},
-        {"DURATION", false, 4, kLongest, duration_text, 0, false, false},
-        {"SOUND", false, 3, 20, sound_text, 0, false, false},
-        {"TIMECODE", false, 5, kLongest, start_text, 0, false, false},
-        {"KEYCODE", false, 1, kLongest, keycode_cell, 0, false, false},
-        {"REEL", false, 0, 16, plain(Column::reel), 0, false, false},
+        {"FORMAT", false, 9, kLongest, format, 0, false, false, false},
+        {"SIZE", false, 8, kLongest, picture_size, 0, false, false, false},
+        {"RATE", true, 7, kLongest, plain(Column::frame_rate), 0, false, false, false},
+        {"CODEC", false, 6, 20, plain(Column::codec), 0, false, false, false},
+        {"BITS", true, 2, kLongest, plain(Column::bit_depth), 0, false, false, false},
+        {"DURATION", false, 4, kLongest, duration_text, 0, false, false, false},
+        {"SOUND", false, 3, 20, sound_text, 0, false, false, false},
+        {"TIMECODE", false, 5, kLongest, start_text, 0, false, false, false},
+        {"KEYCODE", false, 1, kLongest, keycode_cell, 0, false, false, false},
+        {"REEL", false, 0, 16, plain(Column::reel), 0, false, false, false},
     };
 }
 
@@ -165,8 +154,8 @@ TerminalTable::Cell TerminalTable::cell_of(const std::string &name) {
     const auto columns = table_columns();
     const auto column = std::ranges::find(columns, name, &ColumnRow::name);
     const bool right = column != columns.end() && column->kind == ColumnRow::number;
-    return {title_of(name), right, 1, kLongest, [name](const Row &row) { return row.named(name); }, 0,
-            false,          false};
+    return {title_of(name), right, 1,    kLongest, [name](const Row &row) { return row.named(name); }, 0,
+            false,          false, false};
 }
 
 TerminalTable::TerminalTable(size_t width, const Selection &selection, Taker take)
@@ -194,14 +183,12 @@ void TerminalTable::keep(const std::vector<std::string> &titles) {
 bool TerminalTable::use(const Row &row) {
     bool is_new = false;
     for (Cell &cell : cells_) {
-        const std::string text = safe_name(cell.text(row));
-        if (text.empty()) continue;
-        if (!cell.shown) {
-            cell.shown = is_new = true;
-            cell.width = characters(cell.title);
-        }
-        if (!started_ || is_new) cell.width = std::max(cell.width, characters(text));
+        if (cell.shown || cell.text(row).empty()) continue;
+        cell.shown = is_new = true;
+        cell.width = shown_width(cell.title);
     }
+    if (started_ && !is_new) return false;
+    for (Cell &cell : cells_) cell.width = std::max(cell.width, shown_width(safe_name(cell.text(row))));
     return is_new;
 }
 
@@ -209,7 +196,7 @@ bool TerminalTable::use(const Row &row) {
 void TerminalTable::fit() {
     if (width_ == 0) return;
     for (Cell &cell : cells_) {
-        if (cell.most > 0) cell.width = std::min(cell.width, std::max(cell.most, characters(cell.title)));
+        if (cell.most > 0) cell.width = std::min(cell.width, std::max(cell.most, shown_width(cell.title)));
     }
     for (;;) {
         size_t used = 2;
@@ -219,12 +206,13 @@ void TerminalTable::fit() {
             if (!cell.shown) continue;
             used += cell.width + 2;
             if (!cell.asked && (!least || cell.importance < least->importance)) least = &cell;
-            const bool is_wide = cell.width > std::max(kLeastCell, characters(cell.title));
+            const bool is_wide = cell.width > std::max(kLeastCell, shown_width(cell.title));
             if (cell.asked && is_wide && (!widest || cell.width > widest->width)) widest = &cell;
         }
         if (used + (names_file_ ? 0 : kLeastName) <= width_ || (!least && !widest)) return;
         if (!least) {
             widest->width--;
+            widest->narrowed = true;
             continue;
         }
         least->shown = false;
@@ -232,44 +220,55 @@ void TerminalTable::fit() {
     }
 }
 
-std::string TerminalTable::in_width(const Cell &cell, const std::string &text) const {
+std::string TerminalTable::in_width(const Cell &cell, const std::string &text, size_t most) const {
     const bool is_name = cell.asked && cell.title == "FILE";
-    const std::string kept = width_ == 0 ? text
-                             : is_name   ? cut_start(text, cell.width)
-                                         : cut_end(text, cell.width);
-    const std::string blanks(cell.width - std::min(cell.width, characters(kept)), ' ');
+    const std::string kept = is_name ? cut_start(text, most) : cut_end(text, most);
+    const std::string blanks(cell.width - std::min(cell.width, shown_width(kept)), ' ');
     return (cell.right ? blanks + kept : kept + blanks) + "  ";
 }
 
 void TerminalTable::give_heading() {
     std::string line = "  ";
     for (const Cell &cell : cells_) {
-        if (cell.shown) line += in_width(cell, cell.title);
+        if (cell.shown) line += in_width(cell, cell.title, 0);
     }
     if (!names_file_) line += "FILE";
     line.erase(line.find_last_not_of(' ') + 1);
     take_(line + "\n");
 }
 
+// A later value that is longer than its column moves what is behind it, where the name's place has room.
+std::string TerminalTable::cells_of(const Row &row, size_t room) const {
+    const auto line_of = [&](bool moves) {
+        std::string line = row[Column::problem].empty() ? "  " : "! ";
+        for (const Cell &cell : cells_) {
+            if (!cell.shown) continue;
+            const size_t most = width_ == 0 ? 0 : moves && !cell.narrowed ? cell.most : cell.width;
+            line += in_width(cell, safe_name(cell.text(row)), most);
+        }
+        return line;
+    };
+    std::string line = line_of(true);
+    return width_ == 0 || shown_width(line) + room <= width_ ? line : line_of(false);
+}
+
 void TerminalTable::give(const Waiting &waiting) {
     const std::string &problem = waiting.row[Column::problem];
-    std::string line = problem.empty() ? "  " : "! ";
-    for (const Cell &cell : cells_) {
-        if (cell.shown) line += in_width(cell, safe_name(cell.text(waiting.row)));
-    }
-    const size_t used = characters(line);
-    const size_t room = width_ == 0 ? 0 : std::max(width_ - std::min(width_, used), kLeastName);
-    if (!names_file_) line += cut_start(safe_name(waiting.row[Column::file]), room);
+    const std::string name = names_file_ ? "" : safe_name(waiting.row[Column::file]);
+    std::string line = cells_of(waiting.row, std::min(shown_width(name), kLeastName));
+    const size_t used = shown_width(line);
+    const size_t least = used > 2 ? kLeastName : 1;
+    line += cut_start(name, width_ == 0 ? 0 : std::max(width_ - std::min(width_, used), least));
     line.erase(line.find_last_not_of(' ') + 1);
     line += "\n";
-    if (!problem.empty() && !names_problem_) line += "    " + safe_name(problem) + "\n";
-    for (const std::string &remark : waiting.remarks) line += "    " + safe_name(remark) + "\n";
+    if (!problem.empty() && !names_problem_) line += wrapped(safe_name(problem), width_, 4);
+    for (const std::string &remark : waiting.remarks) line += wrapped(safe_name(remark), width_, 4);
     take_(line);
 }
 
 void TerminalTable::start() {
     if (started_ || waiting_.empty()) return;
-    for (Cell &cell : cells_) cell.width = characters(cell.title);
+    for (Cell &cell : cells_) cell.width = shown_width(cell.title);
     for (const Waiting &waiting : waiting_) use(waiting.row);
     started_ = true;
     fit();

@@ -12,8 +12,9 @@
 std::string picture_size(const Row &row);  // "3840x2160"
 std::string duration_text(
     const Row &row);  // "00:01:30:12", without a rate "00:01:30.500"; frames of numbered ones
-std::string sound_text(const Row &row);  // "2ch 24/48k", "6ch AAC 48k"
-std::string start_text(const Row &row);  // the timecode, or the keycode of what has none
+std::string sound_text(const Row &row);         // "2ch 24/48k", "6ch AAC 48k"
+std::string start_text(const Row &row);         // the timecode, or the keycode of what has none
+std::string title_of(const std::string &name);  // of a column: "FRAME RATE"
 
 // What a table ends with.
 struct TableSums {
@@ -28,10 +29,10 @@ struct TableSums {
     std::string text() const;
 };
 
-// Aligned columns that fit a width in characters; the file's name stands last. A row with a problem has "!"
-// in front and the problem in a line below. Rows are given as they are known: the columns and their widths
-// are those of the first 50 rows, or of those of the first second. A heading is given again when a later file
-// needs one more.
+// Aligned columns that fit a width in columns of a terminal; the file's name stands last. A row with a
+// problem has "!" in front and the problem below, in lines of that width. Rows are given as they are known:
+// the columns and their widths are those of the first 50 rows, or of those of the first second. A heading is
+// given again when a later file needs one more.
 class TerminalTable {
  public:
     using Taker = std::function<void(const std::string &)>;
@@ -58,7 +59,8 @@ class TerminalTable {
         std::function<std::string(const Row &)> text;
         size_t width = 0;
         bool shown = false;
-        bool asked = false;  // for by its name: it is never left out
+        bool asked = false;     // for by its name: it is never left out
+        bool narrowed = false;  // as there is no room
     };
     struct Waiting {
         Row row;
@@ -72,7 +74,8 @@ class TerminalTable {
     void start();
     void give_heading();
     void give(const Waiting &waiting);
-    std::string in_width(const Cell &cell, const std::string &text) const;
+    std::string cells_of(const Row &row, size_t room) const;
+    std::string in_width(const Cell &cell, const std::string &text, size_t most) const;
 
     size_t width_;
     Taker take_;
