@@ -89,7 +89,7 @@ int page_odd_main(int, char **) {
     std::vector<Row> rows;
     for (std::string_view left = input; !left.empty();) rows.push_back(Row::unpacked(take_text(left)));
     std::string json = "[";
-    for (const OddRow &odd : find_odd(rows, kAlike).rows) {
+    for (const OddRow &odd : find_odd(rows, {}, kAlike).rows) {
         if (odd.remarks.empty()) continue;
         json += json.size() > 1 ? ",\n[" : "[";
         json += std::to_string(odd.row) + ", [";

@@ -60,14 +60,15 @@ Kind kind_of(const Row &row) {
     return sound_text(row).empty() ? Kind::other : Kind::sound;
 }
 
-// The remarks on a value of the files of one kind; whether there are any.
+// The remarks on a value of the files of one kind, of which so many must agree; whether there are any.
 bool compare(const std::string &title, const std::vector<std::string> &values,
-             const std::vector<size_t> &files, std::vector<std::vector<std::string>> &remarks) {
+             const std::vector<size_t> &files, double least, std::vector<std::vector<std::string>> &remarks) {
     std::map<std::string, size_t> counts;
     for (const size_t file : files) counts[values[file]]++;
     if (counts.size() < 2) return false;
     const auto usual = std::ranges::max_element(counts, {}, [](const auto &entry) { return entry.second; });
     if (usual->second == 1 && files.size() > 2 && title == "REEL") return false;
+    if (static_cast<double>(usual->second) < least) return false;
     const bool is_majority = 2 * usual->second > files.size();
     const std::string others = std::string(counts.size() == 2 ? "; others " : "; most ") +
                                (usual->first.empty() ? "none" : usual->first);
@@ -83,7 +84,7 @@ bool compare(const std::string &title, const std::vector<std::string> &values,
 
 }  // namespace
 
-Oddities find_odd(const std::vector<Row> &rows, const std::vector<std::string> &further) {
+Oddities find_odd(const std::vector<Row> &rows, const std::vector<std::string> &further, double alike) {
     Oddities odd;
     std::vector<std::vector<std::string>> remarks(rows.size());
     std::map<Kind, std::vector<size_t>> kinds;
@@ -93,7 +94,12 @@ Oddities find_odd(const std::vector<Row> &rows, const std::vector<std::string> &
     const auto compare_all = [&](const std::string &title, const auto &value_of) {
         std::ranges::transform(rows, values.begin(), value_of);
         bool differs = false;
-        for (const auto &[kind, files] : kinds) differs = compare(title, values, files, remarks) || differs;
+        for (const auto &[kind, files] : kinds) {
+            std::vector<size_t> told = files;
+            if (alike > 0) std::erase_if(told, [&](size_t file) { return values[file].empty(); });
+            const double least = alike * static_cast<double>(files.size());
+            differs = compare(title, values, told, least, remarks) || differs;
+        }
         if (differs) odd.titles.push_back(title);
     };
     for (const Compared &compared : kCompared)

@@ -19,5 +19,7 @@ struct Oddities {
 // Movies, stills and sounds are compared with their like; what is none of them with nothing. A value is odd
 // where it is not that of more than half of them; where none is, each is named. What each file has for itself
 // (name, times, sizes, lengths) is not compared, nor reels that no two files have in common. `further`: names
-// of `more` and fields that are compared, too.
-Oddities find_odd(const std::vector<Row> &rows, const std::vector<std::string> &further = {});
+// of `more` and fields that are compared, too. With `alike`, for files that were not put together to be
+// alike, that part of them must agree, and what a file does not say is not odd.
+Oddities find_odd(const std::vector<Row> &rows, const std::vector<std::string> &further = {},
+                  double alike = 0);
