@@ -313,7 +313,9 @@ std::string cineon_keycode(OrderedBytes h, Facts &facts) {
 Packing cineon_packing(uint64_t bits, uint8_t code) {
     constexpr uint64_t kCells[] = {0, 1, 1, 2, 2, 4, 4};
     const uint64_t cell = code != 0xFF && (code & 0x7F) < std::size(kCells) ? kCells[code & 0x7F] : 0;
-    if (cell * 8 < bits) return packing_of(bits, false);
+    // What fills its cells is also written without the last one's rest.
+    const bool is_filled = code < 0x80 && bits > 0 && cell * 8 % bits == 0;
+    if (cell * 8 < bits || is_filled) return packing_of(bits, false);
     return {code & 0x80 ? 1 : cell * 8 / bits, cell};
 }
 

@@ -78,6 +78,13 @@ TEST(CineonFacts, Sizes) {
         EXPECT_EQ(extent_of(packed + std::string(static_cast<size_t>(bytes) - 1, 'x'), "a.cin"),
                   "cut the picture's end");
     }
+    // Three samples of 16 bits in cells of two.
+    std::string odd = small;
+    odd.replace(204, 4, big().u32(1).str());
+    odd[681] = 5;
+    for (const size_t bytes : {5, 6, 8})
+        EXPECT_EQ(extent_of(odd + std::string(bytes, 'x'), "a.cin"),
+                  bytes == 5 ? "cut the picture's end" : "whole");
 }
 
 TEST(DpxFacts, Edges) {
