@@ -318,6 +318,76 @@ void add_first_directory(const Directory &directory, Facts &facts) {
     if (orientation != 1) facts.add_more("orientation", orientation);
 }
 
+// What the directories of a file tell together.
+struct Tiff {
+    Facts &facts;
+    uint64_t end = 0;         // where directories and pictures reach to
+    uint64_t values_end = 0;  // and values
+    std::pair<bool, uint64_t> largest = {};
+    std::string tiles = {};  // of the largest
+    int64_t pages = 0;
+    bool is_cut = false;  // a directory
+    bool is_known = false;
+    bool is_blank = false;
+    bool has_bits = true;
+    Ratio rate = {};
+    FileTimecode timecode = {};
+};
+
+void add_picture(const Directory &directory, Tiff &tiff) {
+    Picture picture = picture_of(directory);
+    if (picture.width == 0 || picture.height == 0) return;
+    // 2: one of several pages; others are previews, masks and the like, which may be as large as the picture.
+    picture.enabled = (directory.number(kSubfileType) & ~uint64_t{2}) == 0;
+    tiff.pages += picture.enabled;
+    const DataEnd data = data_end(directory);
+    tiff.end = std::max(tiff.end, data.end);
+    tiff.is_known = tiff.is_known || data.end > 0;
+    tiff.is_blank = tiff.is_blank || data.is_blank;
+    tiff.has_bits = tiff.has_bits && picture.bits > 0;
+    const auto rank = std::pair(picture.enabled, uint64_t{picture.width} * picture.height);
+    if (rank > tiff.largest) {
+        const uint64_t tile_width = directory.number(kTileWidth);
+        tiff.tiles = tile_width > 0 ? size_text(tile_width, directory.number(kTileLength)) : "";
+        tiff.largest = rank;
+    }
+    tiff.facts.pictures.push_back(std::move(picture));
+}
+
+void add_directory(const Directory &directory, Tiff &tiff) {
+    tiff.values_end = std::max(tiff.values_end, directory.values_end());
+    const Ratio told = directory.values(kFrameRate).ratio();
+    if (!tiff.rate.is_set()) tiff.rate = rate_of(told.n, told.d);
+    if (!tiff.timecode.is_set()) tiff.timecode = dng_timecode(directory, tiff.rate);
+    if (tiff.facts.reel.empty()) tiff.facts.reel = directory.values(kReelName).text();
+    add_picture(directory, tiff);
+}
+
+// `is_all`: no directory was left out.
+void finish(Tiff &tiff, bool is_all) {
+    Facts &facts = tiff.facts;
+    facts.largest_first();
+    if (!facts.pictures.empty()) facts.pictures.front().rate = tiff.rate;
+    facts.add(std::move(tiff.timecode));
+    if (!tiff.tiles.empty()) append(facts.variant, "tiled");
+    facts.add_more("tiles", tiff.tiles);
+    if (tiff.pages > 1 && is_all) facts.add_more("pages", tiff.pages);
+    if (facts.pictures.size() > 1 && is_all) facts.add_more("pictures", facts.pictures.size());
+    if (tiff.is_cut) {
+        facts.cut(tiff.end, "the directory");
+    } else if (tiff.end > facts.extent.present) {
+        facts.cut(tiff.end, "picture data");
+    } else if (tiff.values_end > facts.extent.present) {
+        facts.cut(tiff.values_end, "values of the directory");
+    } else if (!tiff.has_bits) {
+        facts.cut(tiff.values_end, "values of the directory: zeros in their place");
+    } else if (tiff.is_blank) {
+        facts.cut(tiff.end, "the end of the picture data holds zeros");
+    } else if (tiff.is_known && is_all) {
+        facts.whole(std::max(tiff.end, tiff.values_end));
+    }
+}
+
 }  // namespace
 
 void tiff_facts(Input &input, Facts &facts) {
@@ -328,78 +398,26 @@ void tiff_facts(Input &input, Facts &facts) {
     if (big) facts.variant = "BigTIFF";
     facts.add_more("byte order", header.is_big() ? "big-endian" : "little-endian");
 
+    Tiff tiff{facts};
     std::vector<uint64_t> seen;
     std::vector<uint64_t> waiting{big ? header.u64(8) : header.u32(4)};
-    uint64_t end = 0;
-    uint64_t values_end = 0;
-    std::pair<bool, uint64_t> largest;
-    int64_t pages = 0;
-    bool is_cut = false, is_known = false, is_blank = false, has_bits = true;
-    std::string tiles;
-    Ratio rate;
-    FileTimecode timecode;
     while (!waiting.empty() && seen.size() < kMostDirectories) {
         const uint64_t offset = waiting.back();
         waiting.pop_back();
         if (offset == 0 || std::ranges::find(seen, offset) != seen.end()) continue;
         const Directory directory(input, header.order, big, offset);
-        const bool is_first = seen.empty();
         seen.push_back(offset);
-        end = std::max(end, directory.end());
+        tiff.end = std::max(tiff.end, directory.end());
         if (!directory.is_whole()) {
-            is_cut = true;
+            tiff.is_cut = true;
             continue;
         }
-        values_end = std::max(values_end, directory.values_end());
         waiting.push_back(directory.next());
         const Values below = directory.values(kSubDirectories);
         for (uint64_t i = std::min<uint64_t>(below.count, kMostDirectories); i-- > 0;)
             waiting.push_back(below.number(i));
-        if (is_first) add_first_directory(directory, facts);
-        const Ratio told = directory.values(kFrameRate).ratio();
-        if (!rate.is_set()) rate = rate_of(told.n, told.d);
-        if (!timecode.is_set()) timecode = dng_timecode(directory, rate);
-        if (facts.reel.empty()) facts.reel = directory.values(kReelName).text();
-
-        Picture picture = picture_of(directory);
-        if (picture.width == 0 || picture.height == 0) continue;
-        // 2: one of several pages; others are previews, masks and the like, which may be as large as the
-        // picture.
-        picture.enabled = (directory.number(kSubfileType) & ~uint64_t{2}) == 0;
-        pages += picture.enabled;
-        const DataEnd data = data_end(directory);
-        end = std::max(end, data.end);
-        is_known = is_known || data.end > 0;
-        is_blank = is_blank || data.is_blank;
-        has_bits = has_bits && picture.bits > 0;
-        const auto rank = std::pair(picture.enabled, uint64_t{picture.width} * picture.height);
-        if (rank > largest) {
-            const uint64_t tile_width = directory.number(kTileWidth);
-            tiles = tile_width > 0 ? size_text(tile_width, directory.number(kTileLength)) : "";
-        }
-        largest = std::max(largest, rank);
-        facts.pictures.push_back(std::move(picture));
+        if (seen.size() == 1) add_first_directory(directory, facts);
+        add_directory(directory, tiff);
     }
-    facts.largest_first();
-    if (!facts.pictures.empty()) facts.pictures.front().rate = rate;
-    facts.add(std::move(timecode));
-    if (!tiles.empty()) append(facts.variant, "tiled");
-    facts.add_more("tiles", tiles);
-    const bool is_all = std::ranges::count(waiting, 0U) == std::ssize(waiting);
-    if (pages > 1 && is_all) facts.add_more("pages", pages);
-    if (facts.pictures.size() > 1 && is_all) facts.add_more("pictures", facts.pictures.size());
-
-    if (is_cut) {
-        facts.cut(end, "the directory");
-    } else if (end > input.size()) {
-        facts.cut(end, "picture data");
-    } else if (values_end > input.size()) {
-        facts.cut(values_end, "values of the directory");
-    } else if (!has_bits) {
-        facts.cut(values_end, "values of the directory: zeros in their place");
-    } else if (is_blank) {
-        facts.cut(end, "the end of the picture data holds zeros");
-    } else if (is_known && is_all) {
-        facts.whole(std::max(end, values_end));
-    }
+    finish(tiff, std::ranges::count(waiting, 0U) == std::ssize(waiting));
 }
