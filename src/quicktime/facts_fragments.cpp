@@ -160,7 +160,7 @@ void walk(Fragments &fragments, uint64_t at, int most) {
         const Box box = next_box(fragments, at);
         if (!file.has(at, box.header) || box.size == 0) {
             // A header that is cut, or zeros in its place.
-            fragments.is_cut = fragments.is_cut || !file.has(at, 8) || big64(file, at) == 0;
+            fragments.is_cut = fragments.is_cut || !file.has(at, box.header) || big64(file, at) == 0;
             at = file_size;
             break;
         }

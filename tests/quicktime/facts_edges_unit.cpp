@@ -1,28 +1,7 @@
 // Both sides of the bounds of a movie's facts.
 #include "quicktime/movie_of.h"
-#include "support/facts_text.h"
 
 namespace {
-
-// The same as facts_changed() with places in boxes, "stsz+4" for 4 bytes behind the type of the last one,
-// "-4" for its size; and with bit rates that change.
-std::string boxes_changed(const std::string &content, const std::string &changes) {
-    std::istringstream words(changes);
-    std::string report;
-    for (std::string word; words >> word;) {
-        std::string bytes = content;
-        std::istringstream steps(word);
-        for (std::string step; std::getline(steps, step, ',');) {
-            const size_t at = content.rfind(step.substr(0, 4)) + 4 + std::stoul(step.substr(5));
-            const std::string raw = hex(step.substr(step.find('=') + 1));
-            bytes.replace(step[4] == '-' ? at - 8 : at, raw.size(), raw);
-        }
-        report += word + ":" + facts_difference(content, bytes);
-        const std::string rates = bit_rates_of(bytes);
-        report += rates == bit_rates_of(content) ? "\n" : " = " + rates + " bit/s\n";
-    }
-    return report;
-}
 
 std::string picture_track(const Samples &samples = {}, const std::string &edits = "") {
     return track("vide", picture_entry("apcn", ""), media_header(24000, 10010), samples, edits);

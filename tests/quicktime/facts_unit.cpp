@@ -1,5 +1,4 @@
 #include "quicktime/movie_of.h"
-#include "support/facts_text.h"
 
 namespace {
 
