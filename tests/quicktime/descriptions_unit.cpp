@@ -75,12 +75,15 @@ TEST(MovieFacts, EdgesOfSounds) {
                       in_wave = entry_of("mp4a", atom("wave", atom("wave", esds)));
     SHOW(short_facts(aac) + "\n" + short_facts(in_wave) + "\n" +
          short_facts(entry_of("mp4a", atom("wave", atom("wave", atom("wave", esds))))));
-    SHOW(boxes_changed(aac,
-                       "esds+11=65 esds+11=66 esds+11=67 esds+11=68 esds+11=69 esds+11=41 mdhd+12=00000000 "
-                       "mdhd+12=00000000,esds+20=00000000 mdhd+12=00000000,esds+20=00000002"));
+    SHOW(boxes_changed(
+        aac,
+        "mdhd+12=00000001 esds+11=65 esds+11=66 esds+11=67 esds+11=68 esds+11=69 esds+11=41 mdhd+12=00000000 "
+        "mdhd+12=00000000,esds+20=00000000 mdhd+12=00000000,esds+20=00000002"));
     SHOW(boxes_changed(entry_of("ec-3", atom("dec3", hex("0E00 20 0F 02 02"))),
                        "dec3+4=00 dec3+4=04 dec3+4=06 dec3+4=03 mdhd+12=00000000 "
                        "mdhd+12=00000000,dec3+0=0000 mdhd+12=00000000,dec3+0=0008"));
+    const std::string ac3 = entry_of("ac-3", atom("dac3", hex("103DC0")));
+    SHOW(bit_rates_of(ac3) + boxes_changed(ac3, "dac3+1=3E60 dac3+1=3FE0"));
     SHOW(boxes_changed(entry_of("Opus", atom("dOps", hex("00 06 0000 0000BB80 0000 00 000000"))),
                        "dOps+10=01 dOps+10=02"));
     SHOW(boxes_changed(
@@ -91,7 +94,8 @@ TEST(MovieFacts, EdgesOfSounds) {
     const std::string rated = entry_of("sowt", full("srat", big().u32(96000).str()), 1);
     SHOW(short_facts(rated));
     SHOW(boxes_changed(rated,
-                       "srat+4=00000000 srat+4=00000001 srat-8=00000011 srat-8=00000008 srat-8=00000007 "
+                       "mdhd+20=0021 mdhd+20=0022 srat+4=00000000 srat+4=00000001 srat-8=00000011 "
+                       "srat-8=00000008 srat-8=00000007 "
                        "srat-8=00000000 sowt+24=00000000,srat+4=00000000 sowt+24=00000001,srat+4=00000000 "
                        "sowt+24=00000000,srat+4=00000000,mdhd+12=00001F40 "
                        "sowt+24=00000000,srat+4=00000000,mdhd+12=00001F3F"));
@@ -107,7 +111,8 @@ TEST(MovieFacts, EdgesOfSounds) {
         return track("soun", sound_entry("lpcm", 2, 3, 16, more), media_header(48000, 48000), {.offset = at});
     };
     SHOW(boxes_changed(movie(packets(static_cast<uint32_t>(movie(packets(0)).size()))),
-                       "lpcm+32=3FEFFFFFFFFFFFFF lpcm+32=3FE0000000000000 lpcm+32=3FF0000000000000 "
+                       "lpcm+32=0000000000000000,mdhd+12=00001F3F lpcm+32=3FEFFFFFFFFFFFFF "
+                       "lpcm+32=3FE0000000000000 lpcm+32=3FF0000000000000 "
                        "lpcm+32=416312D000000000 lpcm+32=416312D000000001 lpcm+32=416312D020000000 "
                        "stsz+4=00000001 stsz+4=00000001,lpcm+60=00000000 stsz+4=00000001,lpcm+60=00000002 "
                        "lpcm+48=00000040 lpcm+48=00000041"));

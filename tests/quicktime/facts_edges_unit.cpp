@@ -64,7 +64,8 @@ TEST(MovieFacts, EdgesOfTracks) {
                        "dref+4=00000000 dref+12=00000000 dref+16=00000001 dref+4=00000002"));
     SHOW(boxes_changed(movie(track("vide", picture_entry("apcn", "") + picture_entry("apch", ""),
                                    media_header(24000, 10010))),
-                       "stsd+4=00000002 stsd+4=00000002,stsc+16=00000002 stsd+4=00000004,stsc+16=00000004"));
+                       "stsc+16=00000002 stsd+4=00000002 stsd+4=00000002,stsc+16=00000002 "
+                       "stsd+4=00000004,stsc+16=00000004"));
     std::string many;
     for (int i = 1; i <= 1001; i++) many += atom("c" + std::to_string(1000 + i).substr(1));
     SHOW(boxes_changed(movie(track("vide", many, media_header(24000, 10010))),
@@ -121,7 +122,7 @@ TEST(MovieFacts, EdgesOfEdits) {
                        "stsz+8=00000002,stts+8=00000002,elst+8=0000002A"));
     const std::string six = movie(picture_track(
         {},
-        edit_list(repeated(2, edit(30, 3003) + edit(40, 0) + edit(50, 1001)) + std::string(11, '\0'), 6)));
+        edit_list(repeated(2, edit(30, 3003) + edit(40, 0) + edit(50, 1001)) + std::string(11, '\1'), 6)));
     SHOW(boxes_changed(six, "elst+4=00000001 elst+4=00000004 elst+4=00000005 elst+4=00000007"));
     // Sound that is coded has what its decoder needs before it, and what fills a frame behind it.
     for (const char *codec : {"mp4a", "sowt"})
@@ -171,7 +172,7 @@ TEST(MovieFacts, EdgesOfExtent) {
                            "stsz+4=00000001,stsc+12=0000000B"));
     }
     // Chunks behind those that are counted; sound in packets; a last chunk that is not the farthest.
-    const std::string chunks = full("stco", big().u32(1).u32(32).u32(0x7000).u32(0x5000).str());
+    const std::string chunks = full("stco", big().u32(1).u32(32).u32(0x7000).u32(0x40).str());
     SHOW(boxes_changed(movie(picture_track({.chunks = chunks})), "stco+4=00000002 stco+4=00000003"));
     const std::string packed = movie_before_data([&](uint32_t at) {
         const std::string version = big().u32(4).u32(2).u32(4).u32(2).str();
@@ -183,7 +184,15 @@ TEST(MovieFacts, EdgesOfExtent) {
     const std::string beyond = picture_track({.offset = 9000});
     EXPECT_EQ(extent_of(movie(beyond + beyond + beyond), "a.mov"), "cut data of tracks 1, 2 and 3");
     for (const size_t n : {7, 8}) SHOW(extent_of(movie(picture_track() + std::string(n, '\0')), "a.mov"));
+    const std::string ended = movie(picture_track() + atom("free", "x"));
+    EXPECT_EQ(extent_of(ended.substr(0, ended.size() - 1), "a.mov"), "cut the end of moov");
     // Zeros where a sample, or its tail, would be.
+    EXPECT_EQ(extent_of(varied.substr(0, varied.size() - 1000) + std::string(1000, '\0'), "a.mov"),
+              "cut data of track 1 (zeros)");
+    for (const char *handler : {"soun", "text"})
+        SHOW(extent_of(movie(track(handler, sound_entry("mp4a", 0, 2, 16, ""), media_header(48000, 10)),
+                             "qt  ", std::string(10000, '\0')),
+                       "a.mov"));
     const auto with_zeros = [](const std::string &codec, const std::string &sizes, size_t bytes,
                                size_t zeros) {
         const std::string entry = picture_entry(codec, "");

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "quicktime/movie.h"
+#include "support/boxes_changed.h"
 #include "support/bytes_of.h"
-#include "support/facts_text.h"
 
 inline std::string full(const std::string &type, const std::string &payload, uint32_t version_flags = 0) {
     return atom(type, big().u32(version_flags).raw(payload).str());
@@ -96,25 +96,4 @@ inline std::string movie(const std::string &tracks, const std::string &brand = "
            atom("mdat", data) +
            atom("moov",
                 full("mvhd", big().u32(3849984000U).u32(0).u32(1000).u32(0).zeros(80).str()) + tracks);
-}
-
-// The same as facts_changed() with places in boxes, "stsz+4" for 4 bytes behind the type of the last one,
-// "-4" for its size; and with bit rates that change.
-inline std::string boxes_changed(const std::string &content, const std::string &changes) {
-    std::istringstream words(changes);
-    std::string report;
-    for (std::string word; words >> word;) {
-        std::string bytes = content;
-        std::istringstream steps(word);
-        for (std::string step; std::getline(steps, step, ',');) {
-            const size_t n = std::stoul(step.substr(5));
-            const size_t at = content.rfind(step.substr(0, 4)) + 4;
-            const std::string raw = hex(step.substr(step.find('=') + 1));
-            bytes.replace(step[4] == '-' ? at - n : at + n, raw.size(), raw);
-        }
-        report += word + ":" + facts_difference(content, bytes);
-        const std::string rates = bit_rates_of(bytes);
-        report += rates == bit_rates_of(content) ? "\n" : " = " + rates + " bit/s\n";
-    }
-    return report;
 }
