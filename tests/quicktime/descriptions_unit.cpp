@@ -70,6 +70,7 @@ TEST(MovieFacts, EdgesOfSounds) {
         entry_of("sowt", atom("chnl", hex("00000000 01 00 00010204"))),
         "chnl+0=01 chnl+0=02 chnl+6=13 chnl+6=14 sowt+16=0000 sowt+16=0001 sowt+16=0003 sowt+16=0004 "
         "sowt+16=0005"));
+    SHOW(boxes_changed(entry_of("sowt", atom("chnl", hex("01000000 10 06 00 02 0001"))), "chnl+0=02"));
     const std::string esds = full("esds", hex("0317 0000 00 0411 40 15 000000 00000000 00000001 0502 11B0"));
     const std::string aac = entry_of("mp4a", esds),
                       in_wave = entry_of("mp4a", atom("wave", atom("wave", esds)));
@@ -88,7 +89,8 @@ TEST(MovieFacts, EdgesOfSounds) {
                        "dOps+10=01 dOps+10=02"));
     SHOW(boxes_changed(
         entry_of("alac", full("alac", hex("00001000 00 18 280a0e 06 00ff 00000000 00000001 0000bb80"))),
-        "alac-8=00000023 alac+24=00000000 alac+24=00000001 mdhd+12=00000000 "
+        "alac-8=00000023 alac+24=00000000 mdhd+12=0000BB81,alac+24=00000000 alac+24=00000001 "
+        "mdhd+12=00000000 "
         "mdhd+12=00000000,alac+20=00000000 alac+9=40 alac+9=41"));
     // Rates that stand elsewhere, and where nothing is told.
     const std::string rated = entry_of("sowt", full("srat", big().u32(96000).str()), 1);
@@ -110,12 +112,13 @@ TEST(MovieFacts, EdgesOfSounds) {
             big().u32(72).f64(96000).u32(2).u32(0x7F000000).u32(32).u32(8).u32(8).u32(1).str();
         return track("soun", sound_entry("lpcm", 2, 3, 16, more), media_header(48000, 48000), {.offset = at});
     };
-    SHOW(boxes_changed(movie(packets(static_cast<uint32_t>(movie(packets(0)).size()))),
-                       "lpcm+32=0000000000000000,mdhd+12=00001F3F lpcm+32=3FEFFFFFFFFFFFFF "
-                       "lpcm+32=3FE0000000000000 lpcm+32=3FF0000000000000 "
-                       "lpcm+32=416312D000000000 lpcm+32=416312D000000001 lpcm+32=416312D020000000 "
-                       "stsz+4=00000001 stsz+4=00000001,lpcm+60=00000000 stsz+4=00000001,lpcm+60=00000002 "
-                       "lpcm+48=00000040 lpcm+48=00000041"));
+    SHOW(boxes_changed(
+        movie(packets(static_cast<uint32_t>(movie(packets(0)).size()))),
+        "lpcm+32=0000000000000000,mdhd+12=00001F3F lpcm+32=3FEFFFFFFFFFFFFF "
+        "lpcm+32=3FE0000000000000 lpcm+32=3FF0000000000000 "
+        "lpcm+32=416312D000000000 lpcm+32=416312D000000001 lpcm+32=416312D020000000 "
+        "stsz+4=00000001 stsz+4=00000001,lpcm+56=00000006,lpcm+60=00000000 stsz+4=00000001,lpcm+60=00000002 "
+        "lpcm+48=00000040 lpcm+48=00000041"));
 }
 
 TEST(MovieFacts, EdgesOfMetadata) {

@@ -186,6 +186,10 @@ TEST(MovieFacts, EdgesOfExtent) {
     for (const size_t n : {7, 8}) SHOW(extent_of(movie(picture_track() + std::string(n, '\0')), "a.mov"));
     const std::string ended = movie(picture_track() + atom("free", "x"));
     EXPECT_EQ(extent_of(ended.substr(0, ended.size() - 1), "a.mov"), "cut the end of moov");
+    SHOW(std::to_string(claimed_of(plain.substr(0, 10036))) + " " +
+         std::to_string(claimed_of(plain.substr(0, 9000))));
+    EXPECT_EQ(bit_rates_of(movie(track("vide", picture_entry("v210", ""), media_header(24000, 10010)))),
+              "191808");
     // Zeros where a sample, or its tail, would be.
     EXPECT_EQ(extent_of(varied.substr(0, varied.size() - 1000) + std::string(1000, '\0'), "a.mov"),
               "cut data of track 1 (zeros)");
