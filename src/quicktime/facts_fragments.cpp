@@ -236,7 +236,13 @@ Index random_access_index(Input &input) {
 void tell_track(const Run &run, bool all_walked, Facts &facts) {
     Track &track = *run.track;
     const uint64_t ticks = run.end - run.start;  // the start may be before 0
-    if (track.timescale <= 0 || ticks == 0 || ticks > INT64_MAX || (!all_walked && !run.is_timed)) return;
+    const bool is_timed =
+        track.timescale > 0 && ticks > 0 && ticks <= INT64_MAX && (all_walked || run.is_timed);
+    if (!is_timed && track.picture >= 0) {  // the header counts its own samples alone
+        int64_t &frames = facts.pictures[static_cast<size_t>(track.picture)].frames;
+        frames = all_walked ? frames + static_cast<int64_t>(run.samples) : -1;
+    }
+    if (!is_timed) return;
     if (track.duration < static_cast<int64_t>(ticks)) track.duration = static_cast<int64_t>(ticks);
     track.played = Ratio{track.duration, track.timescale}.reduced();
     if (run.bytes) set_bit_rate(track, *run.bytes, ticks, facts);
