@@ -71,7 +71,7 @@ TEST(WaveFacts, EdgesOfExtent) {
                        "data+0=FEFFFFFF data+0=FFFFFFFF data+0=FFFFFF7E data+0=0000007F data+0=FF00007F "
                        "data+0=0001007F data+0=FFDFFF7F data+0=00E0FF7F data+0=FFFFFF7F data+0=00000080 "
                        "data+0=81250000 data+0=7F250000 data+0=00000000 "
-                       "data+0=00000000,data+4=1F202020 data+0=00000000,data+4=2020201F "
+                       "data+0=00000000,data+4=1F20202080250000 data+0=00000000,data+4=2020201F80250000 "
                        "data+0=00000000,data+4=2020202080250000 data+0=00000000,data+4=2020202081250000"));
     for (const size_t n : {7, 8})
         SHOW(facts_of(wave(format(1, 2, 16) + chunk("data", "") + std::string(n, '\1'))));
@@ -107,6 +107,9 @@ TEST(WaveFacts, EdgesOfTime) {
             .substr(0, 75);
     };
     SHOW(since("0", "") + "\n" + since("4294967295", "") + "\n" + since("4294967296", ""));
+    SHOW(with_ixml(chunk("bext", bext(0)),
+                   "<TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_LO>7</TIMESTAMP_SAMPLES_SINCE_MIDNIGHT_LO>")
+             .substr(0, 75));
     SHOW(since("7", "<TIMESTAMP_SAMPLE_RATE>0</TIMESTAMP_SAMPLE_RATE>") + "\n" +
          since("7", "<TIMESTAMP_SAMPLE_RATE>1</TIMESTAMP_SAMPLE_RATE>"));
     // Texts, and a file of them, that are too long.
