@@ -73,6 +73,8 @@ TEST(WaveFacts, EdgesOfExtent) {
                        "data+0=81250000 data+0=7F250000 data+0=00000000 "
                        "data+0=00000000,data+4=1F20202080250000 data+0=00000000,data+4=2020201F80250000 "
                        "data+0=00000000,data+4=2020202080250000 data+0=00000000,data+4=2020202081250000"));
+    SHOW(boxes_changed(wave(format(1, 1, 8) + chunk("data", sound_of(9600))),
+                       "data+0=FFFFFFFF data+0=80250000"));
     for (const size_t n : {7, 8})
         SHOW(facts_of(wave(format(1, 2, 16) + chunk("data", "") + std::string(n, '\1'))));
     for (const uint32_t size : {5U, 6U})
