@@ -73,7 +73,7 @@ TEST(AviFacts, EdgesOfStreams) {
     // Chunks before the first one of a stream.
     for (const size_t n : {63, 64}) {
         std::string others;
-        for (size_t i = 0; i < n; i++) others += chunk("00dc", "");
+        for (size_t i = 0; i < n; i++) others += chunk(i == 5 ? "01wb" : "00dc", "");
         const std::string stream = sound_stream(format(0x2000, 2, 0, "", 1), 25, 0);
         SHOW(facts_of(avi_of(picture_stream("XVID") + stream,
                              others + chunk("01wb", hex("0B77 0000 14403F00") + std::string(1000, 'x')))));
@@ -90,17 +90,19 @@ TEST(AviFacts, EdgesOfExtent) {
     SHOW(boxes_changed(plain,
                        "movi-8=00000000 movi-8=04000000 movi-8=05000000 movi-8=FFFFFF7E movi-8=0000007F "
                        "AVI_-8=FFEFFF7F AVI_-8=00F0FF7F AVI_-8=00000000 AVI_-8=04000000 avih+16=00000000 "
-                       "movi-8=04000000,strh+36=00000000"));
+                       "movi-8=04000000,strh+36=00000000 movi-8=04000000,strh+36=01000000"));
     for (const size_t zeros : {15, 16})
         SHOW(extent_of(avi_of(picture_stream("XVID"), frames, chunk("idx1", std::string(zeros, '\0'))),
                        "a.avi"));
     const std::string none = avi_of(picture_stream("XVID"), frames);
     SHOW(facts_of(none));
+    SHOW(boxes_changed(none, "AVI_-8=FFEFFF7F AVI_-8=00F0FF7F AVI_-8=00000000"));
     for (const size_t zeros : {7, 8}) {
         std::string file = none + std::string(zeros, '\0');
         SHOW(facts_of(file));
         SHOW(facts_of(file.replace(4, 4, little().u32(file.size() - 8).str())));
         SHOW(facts_of(file.replace(4, 4, little().u32(file.size() - 9).str())));
+        SHOW(facts_of(file.replace(4, 4, little().u32(file.size() - 7).str())));
     }
     for (const char *more : {"", "x"}) {
         std::string file = avi_of(picture_stream("XVID"), frames + more);
