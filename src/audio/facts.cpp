@@ -234,7 +234,9 @@ void read_wave(Wave &wave) {
                 break;
             }
             case fourcc("fact"):
-                if (wave.told_samples < 0 && data.size() >= 4) wave.told_samples = little32(data);
+                // 0 stands where the number was never written.
+                if (wave.told_samples < 0 && data.size() >= 4 && little32(data) > 0)
+                    wave.told_samples = little32(data);
                 break;
             case fourcc("data"): {
                 set_data(chunk, chunk.end - chunk.start, wave);

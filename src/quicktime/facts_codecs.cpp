@@ -250,9 +250,10 @@ std::string core_audio_layout(Bytes chan, uint32_t channels) {
     const uint32_t tag = big32(chan, 4);
     if (tag == 0x10000) return speaker_layout(big32(chan, 8), channels);
     if (tag != 0) return name_at(kLayouts, (tag >> 16) - 100);
+    const uint64_t n = big32(chan, 12);
+    if (n > 64 || !chan.has(16, 20 * n)) return "";
     std::vector<uint32_t> labels;
-    for (uint64_t i = 0; i < big32(chan, 12) && i < 64 && chan.has(16 + 20 * i, 20); i++)
-        labels.push_back(big32(chan, 16 + 20 * i));
+    for (uint64_t i = 0; i < n; i++) labels.push_back(big32(chan, 16 + 20 * i));
     return layout_of(labels);
 }
 
@@ -271,8 +272,9 @@ std::string channel_layout(Bytes chnl, uint32_t channels) {
         return has_omitted && big64(chnl, at) != 0 ? "" : configured_layout(configuration);
     }
     if (!is_first) channels = chnl[at++];
+    if (!chnl.has(at, channels)) return "";
     std::vector<uint32_t> labels;
-    for (; channels > 0 && chnl.has(at, 1); channels--, at++)
+    for (; channels > 0; channels--, at++)
         labels.push_back(chnl[at] < std::size(kPlaces) ? kPlaces[chnl[at]] : kUnnamed);
     return layout_of(labels);
 }
@@ -391,7 +393,7 @@ void read_sound_entry(Input &input, Track &track, Sound &sound) {
     sound.language = track.language;
     sound.channels = big16(entry, 16);
     sound.bits = codec.bits != 0 ? codec.bits : big16(entry, 18);
-    const uint32_t fixed_rate = big32(entry, 24);
+    const uint32_t fixed_rate = version == 2 ? 0 : big32(entry, 24);  // there it is always 1 Hz
     if (fixed_rate > 0) sound.rate = Ratio{fixed_rate, 65536}.reduced();
     if (sound.rate.is_set() && sound.rate.d != 1) sound.rate = Ratio{std::llround(sound.rate.value()), 1};
     if (version == 2) {

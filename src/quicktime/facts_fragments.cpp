@@ -160,7 +160,7 @@ void walk(Fragments &fragments, uint64_t at, int most) {
         const Box box = next_box(fragments, at);
         if (!file.has(at, box.header) || box.size == 0) {
             // A header that is cut, or zeros in its place.
-            fragments.is_cut = fragments.is_cut || !file.has(at, 8) || big64(file, at) == 0;
+            fragments.is_cut = fragments.is_cut || !file.has(at, box.header) || big64(file, at) == 0;
             at = file_size;
             break;
         }
@@ -236,7 +236,13 @@ Index random_access_index(Input &input) {
 void tell_track(const Run &run, bool all_walked, Facts &facts) {
     Track &track = *run.track;
     const uint64_t ticks = run.end - run.start;  // the start may be before 0
-    if (track.timescale <= 0 || ticks == 0 || ticks > INT64_MAX || (!all_walked && !run.is_timed)) return;
+    const bool is_timed =
+        track.timescale > 0 && ticks > 0 && ticks <= INT64_MAX && (all_walked || run.is_timed);
+    if (!is_timed && track.picture >= 0) {  // the header counts its own samples alone
+        int64_t &frames = facts.pictures[static_cast<size_t>(track.picture)].frames;
+        frames = all_walked ? frames + static_cast<int64_t>(run.samples) : -1;
+    }
+    if (!is_timed) return;
     if (track.duration < static_cast<int64_t>(ticks)) track.duration = static_cast<int64_t>(ticks);
     track.played = Ratio{track.duration, track.timescale}.reduced();
     if (run.bytes) set_bit_rate(track, *run.bytes, ticks, facts);

@@ -1,90 +1,6 @@
-#include "quicktime/movie.h"
-#include "support/facts_text.h"
+#include "quicktime/movie_of.h"
 
 namespace {
-
-std::string full(const std::string &type, const std::string &payload, uint32_t version_flags = 0) {
-    return atom(type, big().u32(version_flags).raw(payload).str());
-}
-
-std::string media_header(uint32_t scale, uint32_t duration, unsigned language = 0x55C4) {
-    return full("mdhd", big().u32(0).u32(0).u32(scale).u32(duration).u16(language).u16(0).str());
-}
-
-std::string edit_list(const std::string &entries, uint32_t n) {
-    return atom("edts", full("elst", big().u32(n).raw(entries).str()));
-}
-
-std::string picture_entry(const std::string &codec, const std::string &boxes, unsigned depth = 24) {
-    return atom(codec, big().zeros(24).u16(1920).u16(1080).zeros(46).u16(depth).u16(0xFFFF).raw(boxes).str());
-}
-
-std::string sound_entry(const std::string &codec, unsigned version, unsigned channels, unsigned bits,
-                        const std::string &rest) {
-    return atom(codec, big()
-                           .zeros(8)
-                           .u16(version)
-                           .zeros(6)
-                           .u16(channels)
-                           .u16(bits)
-                           .u32(0)
-                           .u32(48000U << 16)
-                           .raw(rest)
-                           .str());
-}
-
-// Samples of 1,000 bytes, one chunk of all of them at an offset.
-struct Samples {
-    uint32_t n = 10;
-    uint32_t delta = 1001;
-    uint32_t offset = 32;
-    std::string times = {};
-};
-
-std::string track(const std::string &handler, const std::string &entry, const std::string &media_header,
-                  const Samples &samples = {}, const std::string &edits = "", uint32_t flags = 1,
-                  int32_t scale = 1) {
-    const std::string times =
-        samples.times.empty() ? big().u32(1).u32(samples.n).u32(samples.delta).str() : samples.times;
-    return atom(
-        "trak",
-        full("tkhd",
-             big()
-                 .u32(0)
-                 .u32(0)
-                 .u32(1)
-                 .zeros(24)
-                 .u32(static_cast<uint32_t>(scale * 0x10000))
-                 .zeros(12)
-                 .u32(0x10000)
-                 .zeros(12)
-                 .u32(0x40000000)
-                 .u32(1920U << 16)
-                 .u32(1080U << 16)
-                 .str(),
-             flags) +
-            edits +
-            atom("mdia",
-                 media_header + full("hdlr", big().u32(0).text(handler).zeros(13).str()) +
-                     atom("minf",
-                          atom("stbl", full("stsd", big().u32(1).raw(entry).str()) + full("stts", times) +
-                                           full("stsc", big().u32(1).u32(1).u32(samples.n).u32(1).str()) +
-                                           full("stsz", big().u32(1000).u32(samples.n).str()) +
-                                           full("stco", big().u32(1).u32(samples.offset).str())))));
-}
-
-// A movie whose samples begin at byte 32, before its header.
-std::string movie(const std::string &tracks, const std::string &brand = "qt  ",
-                  const std::string &data = std::string(10000, 'x')) {
-    return atom("ftyp", brand + std::string(4, '\0')) +
-           std::string(
-               "\0\0\0\x08"
-               "free",
-               8) +
-           atom("mdat", data) +
-           atom("moov",
-                full("mvhd", big().u32(3849984000U).u32(0).u32(1000).u32(0).zeros(80).str()) + tracks);
-}
 
 std::string picture(const std::string &codec, const std::string &boxes, unsigned depth = 24) {
     const std::string text =
@@ -171,16 +87,15 @@ TEST(MovieFacts, TimeAndTracks) {
                                               .str());
     const std::string data = big().u32(17982).text(std::string(9996, 'x')).str();
     const std::string pictures = track("vide", entry, media_header(30000, 10010));
-    EXPECT_EQ(facts_of(movie(pictures + track("tmcd", tmcd, media_header(30000, 1001), {1, 1001, 32, {}}),
-                             "qt  ", data)),
+    EXPECT_EQ(facts_of(movie(pictures + track("tmcd", tmcd, media_header(30000, 1001), {1, 1001, 32}), "qt  ",
+                             data)),
               "MOV | 1920x1080 ProRes 422 4:2:2 10 bits 30000/1001 fps 10 frames | 00:10:00;00 track 2 | "
               "reel A001 | "
               "2025-12-31T00:00:00Z | 1001/3000 s | whole | brand: qt");
     const std::string early = big().u32(0xFFFFFFFF).text(std::string(9996, 'x')).str();
-    EXPECT_EQ(
-        facts_of(movie(track("tmcd", tmcd, media_header(30000, 1001), {1, 1001, 32, {}}), "qt  ", early))
-            .find("track 1"),
-        std::string::npos);
+    EXPECT_EQ(facts_of(movie(track("tmcd", tmcd, media_header(30000, 1001), {1, 1001, 32}), "qt  ", early))
+                  .find("track 1"),
+              std::string::npos);
     // A part of the media, and a pause before it.
     const std::string edits =
         edit_list(big().u32(1000).u32(0xFFFFFFFF).u32(0x10000).u32(100).u32(3003).u32(0x10000).str(), 2);
@@ -244,15 +159,15 @@ TEST(MovieFacts, Extent) {
             << type;
     }
     EXPECT_EQ(
-        state(movie(track("vide", picture_entry("apcn", ""), media_header(24000, 10010), {10, 1001, 32, {}}),
+        state(movie(track("vide", picture_entry("apcn", ""), media_header(24000, 10010), {10, 1001, 32}),
                     "qt  ", std::string(10000, '\0'))),
         "cut data of track 1 (zeros)");
     EXPECT_EQ(
-        state(movie(track("vide", picture_entry("v210", ""), media_header(24000, 10010), {10, 1001, 32, {}}),
+        state(movie(track("vide", picture_entry("v210", ""), media_header(24000, 10010), {10, 1001, 32}),
                     "qt  ", std::string(10000, '\0'))),
         "whole");
     const std::string beyond =
-        track("vide", picture_entry("apcn", ""), media_header(24000, 10010), {10, 1001, 9000, {}});
+        track("vide", picture_entry("apcn", ""), media_header(24000, 10010), {10, 1001, 9000});
     EXPECT_EQ(state(movie(beyond + beyond)), "cut data of tracks 1 and 2");
     EXPECT_EQ(facts_of(atom("free", "noise") + "noise noise").substr(0, 3), " | ");
     // A first atom is its header at least.
@@ -363,8 +278,7 @@ TEST(MovieFacts, IndexedFragments) {
         const std::string rate = atom("btrt", big().u32(0).u32(0).u32(9000000).str());
         const std::string index =
             full("sidx", big().u32(1).u32(scale).u32(0).u32(0).u16(0).u16(kFragments).raw(entries).str());
-        return movie(other +
-                     track("vide", picture_entry("apcn", rate), media_header(scale, 0), {0, 0, 0, {}}) +
+        return movie(other + track("vide", picture_entry("apcn", rate), media_header(scale, 0), {0, 0, 0}) +
                      extends) +
                index + fragments;
     };
@@ -373,7 +287,7 @@ TEST(MovieFacts, IndexedFragments) {
     EXPECT_EQ(bit_rates_of(longer), "3956044");
     // Of several tracks what is told, unless that is more than all of the file.
     const std::string sounds =
-        track("soun", sound_entry("raw ", 0, 2, 8, ""), media_header(48000, 0), {0, 0, 0, {}});
+        track("soun", sound_entry("raw ", 0, 2, 8, ""), media_header(48000, 0), {0, 0, 0});
     EXPECT_EQ(bit_rates_of(indexed(25, 1, 1, 1, sounds)), "-1 -1");
     const std::string uneven = facts_of(indexed(36, 2, 1, 2));
     EXPECT_NE(uneven.find(" 24 fps 180 frames | "), std::string::npos) << uneven;
