@@ -186,9 +186,10 @@ Index find_index(const File &file) {
 int64_t duration_of(File &file, const Package &package, const Track *track, const MetadataSet &descriptor) {
     const Ratio rate = track ? track->rate : Ratio{};
     int64_t duration = track ? track->duration : -1;
-    if (duration < 0 || (duration == 0 && !file.partitions.footer)) {
+    const auto is_open = [&] { return duration < 0 || (duration == 0 && !file.partitions.footer); };
+    if (is_open()) {
         duration = descriptor.position(0x3002);
-        if (duration >= 0) duration = converted(duration, descriptor.ratio(0x3001), rate);
+        duration = is_open() ? -1 : converted(duration, descriptor.ratio(0x3001), rate);
     }
     for (const Track &other : package.tracks) {
         if (duration < 0 && other.duration > 0) duration = converted(other.duration, other.rate, rate);

@@ -89,16 +89,6 @@ TEST(MxfFacts, EdgesOfPictures) {
                            label("3210", "0202") + label("321A", "0205") + label("321A", "0207") +
                            label("321A", "0208") + label("3219", "0306") + label("3219", "030A") +
                            label("3219", "030B")));
-    const auto container = [](const char *code) {
-        return "3004=060E2B340401010A0D01030102" + std::string(code) + " ";
-    };
-    SHOW(items_changed(clip, picture,
-                       container("010001") + container("030001") + container("040001") + container("040002") +
-                           container("040003") + container("060102") + container("060201") +
-                           container("060302") + container("060401") + container("060501") +
-                           container("0A0102") + container("0B0201") + container("0E0201") +
-                           container("0F0201") + container("100102") + container("110201") +
-                           container("120102")));
     std::vector<std::string> rates;
     for (const uint32_t rate : {0, 1}) {
         std::string bytes = clip;
@@ -106,6 +96,31 @@ TEST(MxfFacts, EdgesOfPictures) {
         rates.push_back(bit_rates_of(bytes));
     }
     EXPECT_EQ(rates, (std::vector<std::string>{"-1 -1 -1", "1 -1 -1"}));
+}
+
+// Labels of essence containers, as the registers name them.
+TEST(MxfFacts, Wrappings) {
+    constexpr std::pair<const char *, const char *> kWrappings[] = {
+        {"frame",
+         "010101 017F01 040001 046001 050101 050105 05020D 060100 060300 070101 0A0100 0B0100 0C0100 "
+         "0C0600 0E0001 0F6001 106001 110100 120100 1B0100 1F6F01 206001 210100 210200 220200 230100"},
+        {"clip",
+         "046002 050102 05024A 060200 060400 0A0200 0B0200 0C0200 0F6102 106102 110200 1D0101 206F02 "
+         "210300 230200"},
+        {"",
+         "04007F 050103 060500 060800 0A0300 0C0300 0F0103 106003 110300 130101 130201 1D0201 "
+         "7F0100"}};
+    const std::string clip = full_picture().bytes;
+    const size_t label = clip.find(hex("0D010301 02100001")) + 5;
+    for (const auto &[wrapping, codes] : kWrappings) {
+        std::istringstream all(codes);
+        for (std::string code; all >> code;) {
+            const std::string text = facts_of(std::string(clip).replace(label, 3, hex(code)));
+            const std::string expected = std::string("| wrapping: ") + wrapping + " |";
+            EXPECT_EQ(text.find(*wrapping ? expected : "| wrapping") != text.npos, *wrapping != 0)
+                << code << " " << wrapping;
+        }
+    }
 }
 
 TEST(MxfFacts, EdgesOfComponents) {
@@ -117,12 +132,13 @@ TEST(MxfFacts, EdgesOfComponents) {
                        "8F01^80010018,3301=00000000 8F01^80010017"));
     clip.replace(picture - 6, 1, "\x29");
     SHOW("RGBA:" + facts_difference(full_picture().bytes, clip) + "\n");
-    SHOW(items_changed(clip, picture,
-                       "3401=410A00 3401=400A00 3401=580C590C5A0C00 3401=580C590C5B0C00 3401=580C590C7A0C00 "
-                       "3401=590A550A560A00 3401=460252FD47FD42FD00 3401=52FE47FE42FE00 3401=52FF00 "
-                       "3401=460246024602460246024602460252084708420800 "
-                       "3401=4602460246024602460252084708420800 3401=46024602460246024602460252084708420800 "
-                       "3401=00"));
+    SHOW(items_changed(
+        clip, picture,
+        "3401=410A00 3401=400A00 3401=580C590C5A0C00 3401=580C590C5B0C00 3401=580C590C7A0C00 "
+        "3401=590A550A560A00 3401=460252FD47FD42FD00 3401=52FE47FE42FE00 3401=52FF00 3401=524000 3401=524100 "
+        "3401=460246024602460246024602460252084708420800 "
+        "3401=4602460246024602460252084708420800 3401=46024602460246024602460252084708420800 "
+        "3401=00"));
     SHOW(items_changed(clip, picture,
                        "3304^3407,3305^3406,3304=00000000,3305=000003FF 3304^3407,3305^3406 "
                        "3304^3406,3305^3407,3304=000003AC,3305=00000040"));
@@ -134,7 +150,7 @@ TEST(MxfFacts, EdgesOfComponents) {
         return items_changed(bytes, items_of(bytes, changes[3] == 'E' ? 50 : 51), changes);
     };
     SHOW(told("800E^800E0009 800E=00000101050303030000"));
-    SHOW(told("800D^800D000A 800D=000000000000000387 800D=00000000000000037F"));
+    SHOW(told("800D^800D000A 800D=000000000000000387 800D=0000000000000000A5 800D=0000000000000000A6"));
 }
 
 TEST(MxfFacts, EdgesOfTracks) {
@@ -161,7 +177,7 @@ TEST(MxfFacts, EdgesOfTracks) {
     const Clip open(true, 60, local(0x3002, number(50, 8)));
     const size_t picture = items_of(open.bytes, 21);
     SHOW(items_changed(open.bytes, picture,
-                       "3002=0000000000000000 3002=0000000000000001 3002=FF 3001=0000001900000001"));
+                       "3002=0000000000000000 3002=0000000000000001 3002=FF 3001=00003A98000003E9"));
     SHOW(items_changed(Clip(true).bytes, items_of(Clip(true).bytes, 10),
                        "0202=0000000000000000 0202=0000000000000001 0202=0000000000000028"));
     const std::string cut = Clip(true).bytes.substr(0, Clip(true).footer);
@@ -203,44 +219,51 @@ TEST(MxfFacts, EdgesOfIndexes) {
 TEST(MxfFacts, EdgesOfPartitions) {
     Transcript transcript;
     const Clip clip(false);
+    const size_t end = clip.bytes.size();
+    const size_t sets = clip.footer - kEssence.size();  // the end of them
     SHOW(facts_changed(clip.bytes, "13=01 13=03 13=04 13=05 14=00 14=01 14=02 14=03 14=05 14=FF"));
     SHOW(facts_changed(clip.bytes,
                        "96=0000 96=0101 96=0100 96=0103 96=0104 96=0301 96=0401 96=0001 96=0303 96=1001"));
-    SHOW(facts_changed(clip.bytes, "<99 <100 <101 <123 <124 <125 <140 <141"));
-    SHOW(facts_changed(clip.bytes,
-                       "44=FFFFFFFFFFFFFFFF 44=FFFFFFFFFFFFFFEF 44=0000000000000000 44=0000000000000001 "
-                       "52=0000000000000000 52=FFFFFFFFFFFFFFFF 52=000000000000FFFF 60=FFFFFFFFFFFFFFFF "
-                       "60=0000000000000BCC 60=0000000000000BCD"));
-    const auto near = [](size_t place, std::initializer_list<int> steps) {
+    SHOW(facts_changed(clip.bytes.substr(0, 108), "<99 <100 <101"));
+    // Without a random index pack the header tells the footer's place.
+    const std::string plain = clip.bytes.substr(0, end - 45);
+    SHOW(facts_changed(plain,
+                       "44=FFFFFFFFFFFFFFFF 44=FFFFFFFFFFFFFFEF 44=0000000000000000 44=0000000000000001"));
+    const auto at = [](size_t place) { return std::to_string(place) + "="; };
+    SHOW(facts_changed(clip.bytes, "52=0000000000000000 52=FFFFFFFFFFFFFFFF 52=000000000000FFFF 60=FF"));
+    for (const int more : {0, 1}) {
+        std::string bytes = clip.bytes;
+        bytes.replace(60, 8, number(end - sets + static_cast<size_t>(more), 8));
+        EXPECT_EQ(extent_of(bytes, "a.mxf").substr(0, 3), more == 0 ? "who" : "cut");
+    }
+    const auto cuts = [](size_t place, std::initializer_list<int> steps) {
         std::string words;
         for (const int step : steps) words += " <" + std::to_string(place + static_cast<size_t>(step));
         return words;
     };
-    const std::string open = Clip(true).bytes;
-    const size_t item = clip.footer;  // the end of the essence
-    const size_t sets = item - kEssence.size();
-    const size_t end = clip.bytes.size();
-    SHOW(
-        facts_changed(clip.bytes, near(end, {-46, -45, -44, -30, -29, -28, -27, -26, -25, -1}) + " >1 >100"));
-    SHOW(facts_changed(
-        open, near(sets, {-1, 0, 1, 3, 4, 5, 15, 16, 17, 19, 20, 21}) + near(item, {-1, 0, 1, 5, 16, 17})));
-    // What is not written yet is zeros: of the items at the end, and in the place of those behind.
-    const auto zeros = [](size_t place, size_t n) {
-        return " " + std::to_string(place) + "=" + std::string(2 * n, '0');
+    SHOW(facts_changed(clip.bytes, cuts(end, {-46, -45, -44, -29, -28, -26, -25, -1}) + " >1 >100"));
+    const std::string open = Clip(true).bytes.substr(0, clip.footer);
+    SHOW(facts_changed(open + "\x06\x0E",
+                       cuts(sets, {-1, 0, 1, 3, 4, 15, 16, 17, 19, 20, 21}) + cuts(clip.footer, {-1, 0, 1})));
+    SHOW(facts_changed(open + std::string(20, 'x'), at(clip.footer) + "06 " + at(clip.footer) + "060E2B34"));
+    // What is not written yet is zeros: the ends of items, and all behind them.
+    const auto zeros = [](const std::string &bytes, size_t place, size_t n) {
+        std::string changed = bytes;
+        changed.replace(place, n, n, '\0');
+        return std::to_string(place) + ":" + facts_difference(bytes, changed) + "\n";
     };
-    SHOW(facts_changed(clip.bytes, zeros(end - 4, 4) + zeros(end - 3, 3) + zeros(end - 12, 12) +
-                                       zeros(end - 45, 45) + zeros(end - 46, 46) + zeros(end - 56, 56)));
-    SHOW(facts_changed(open.substr(0, item), zeros(item - 10, 10) + zeros(item - 11, 11) +
-                                                 zeros(item - 16, 16) + zeros(sets, 3020) +
-                                                 zeros(sets + 1, 3019) + zeros(sets + 20, 3000)));
+    for (const size_t n : {3, 4, 12, 16, 45, 46, 56}) SHOW(zeros(clip.bytes, end - n, n));
+    for (const size_t n : {10, 11}) SHOW(zeros(plain, end - 45 - n, n));
+    for (const size_t n : {3000, 3003, 3004, 3019, 3020}) SHOW(zeros(open, clip.footer - n, n));
     // A random index pack of one partition, whose length has one byte.
-    const std::string rows = big().hex(kRandomIndex).u8(16).u32(1).u64(0).u32(33).str();
-    const std::string one = clip.bytes.substr(0, end - 45) + rows;
-    const std::string length = std::to_string(end - 45 + 29) + "=000000";
-    SHOW(facts_changed(one, length + "20 " + length + "22 " + std::to_string(end - 45 + 16) + "=0F"));
+    const size_t index = end - 45;
+    const std::string one = plain + big().hex(kRandomIndex).u8(16).u32(1).u64(0).u32(33).str();
+    SHOW("one:" + facts_difference(clip.bytes, one) + "\n");
+    SHOW(facts_changed(one, at(index + 29) + "00000020 " + at(index + 29) + "00000022 " + at(index + 16) +
+                                "0F " + at(index + 16) + "11"));
     // Fill with a long length behind the header's pack.
-    const std::string fill = big().hex(kFiller).u8(0x88).u64(3).raw("xxx").str();
-    const std::string filled = clip.bytes.substr(0, 124) + fill + clip.bytes.substr(124);
+    const std::string filled =
+        clip.bytes.substr(0, 108) + big().hex(kFiller).u8(0x88).u64(3).str() + "xxx" + clip.bytes.substr(108);
     SHOW("filled:" + facts_difference(clip.bytes, filled) + "\n");
 }
 
@@ -250,11 +273,11 @@ TEST(MxfFacts, EdgesOfSets) {
     const auto display = [](size_t items) {
         std::string more;
         for (size_t i = 0; i < items; i++) more += local(0x9000, "");
-        return Clip(false, 60, more + local(0x321A, hex("060E2B34 04010101 04010101 02020000"))).bytes;
+        return Clip(false, 60, more + local(0x3219, hex("060E2B34 04010101 04010101 03030000"))).bytes;
     };
-    SHOW("items:" + facts_difference(display(0), display(1008)) + "\n");
-    SHOW("items:" + facts_difference(display(0), display(1009)) + "\n");
     SHOW("items:" + facts_difference(display(0), display(1010)) + "\n");
+    SHOW("items:" + facts_difference(display(0), display(1011)) + "\n");
+    const std::string clip_of_texts = Clip(false, 60, "", set_of("30", 41, local(0x3C01, wide("Kel")))).bytes;
     const auto labels = [](uint64_t n, uint64_t told) {
         std::string all;
         for (uint64_t i = 0; i < n; i++)
@@ -269,6 +292,8 @@ TEST(MxfFacts, EdgesOfSets) {
                   std::max(0, std::min({n, told, 16}) - 1))
             << n << " " << told;
     }
+    // A value that ends behind its set.
+    SHOW(items_changed(clip_of_texts, items_of(clip_of_texts, 41), "3C01^3C010006 3C01^3C010007"));
     // Metadata behind a dark item of a MiB, whose size the header's partition does not tell.
     const std::string dark = item("060E2B34 02530101 0E010101 01010000", std::string(1 << 20, 'd'));
     const std::string clip =

@@ -66,17 +66,18 @@ TEST(MxfFacts, MasteringDisplayAndChannelLabels) {
                        local(0x3210, hex(label + "04010101 010C0000")) +
                        local(0x3219, hex(label + "04010101 03060000")) +
                        local(0x321A, hex(label + "04010101 02070000")) + display) +
-            sound(22, 6, {30}) + sound(23, 2, {31, 32}) + sound(24, 2, {33}) +
+            sound(22, 6, {30}) + sound(23, 2, {31, 32, 34}) + sound(24, 2, {33}) +
             set_of("6C", 30,
                    local(0x8007, hex(label + "0D030202 01000000")) + local(0x8009, "en-GB") +
                        local(0x800B, wide("PRM"))) +
-            channel(31, "chR", 2) + channel(32, "chL", 1) + set_of("6C", 33, local(0x8008, wide("sgST")));
+            channel(31, "chR", 2) + channel(32, "chL", 1) + channel(34, "ch", 3) +
+            set_of("6C", 33, local(0x8008, wide("sgST")));
         return facts_of(partition("0204", 0, 0, sets.size()) + sets);
     };
     const std::string text =
         master(local(0x8002, hex("33C2 86C4 1D4C 0BB8 84D0 3E80")) + local(0x8003, hex("3D13 4042")) +
                local(0x8004, number(10000000, 4)) + local(0x8005, number(50, 4)));
-    for (const char *part : {"colour 12,-1,14,-1", " 5.1 en-GB", " L R ", " stereo ",
+    for (const char *part : {"colour 12,-1,14,-1", " 5.1 en-GB", " L R ch ", " stereo ",
                              "mastering display: P3 D65, 0.005 to 1000 cd/m2", "sound content: PRM",
                              "transfer label: 06.0e.2b.34.04.01.01.0d-04.01.01.01.01.0c.00.00",
                              "conforms to: 06.0e.2b.34.04.01.01.0d-0d.01.01.02.01.02.00.00"})
