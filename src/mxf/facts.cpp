@@ -366,8 +366,16 @@ void complete(Picture &picture, const Picture &stream) {
     picture.codec = stream.codec;
     if (picture.width == 0) picture.height = stream.height;
     // Descriptors may count in whole blocks.
-    if (picture.width == 0 || (stream.width < picture.width && picture.width - stream.width < 16))
-        picture.width = stream.width > 0 ? stream.width : picture.width;
+    const uint32_t width = picture.width;
+    if (width == 0 || (stream.width < width && width - stream.width < 16))
+        picture.width = stream.width > 0 ? stream.width : width;
+    if (picture.width < width) {
+        const Ratio aspect = picture.pixel_aspect;
+        if (aspect.n != aspect.d)
+            picture.pixel_aspect = Ratio{aspect.n * width, aspect.d * picture.width}.reduced();
+        if (picture.coded_width == picture.width && picture.coded_height == picture.height)
+            picture.coded_width = picture.coded_height = 0;
+    }
     if (picture.bits == 0) picture.bits = stream.bits;
     // Subsampling has no number for what is grey.
     if (picture.components.empty() || stream.components == "Y") picture.components = stream.components;

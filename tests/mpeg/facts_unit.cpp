@@ -111,6 +111,7 @@ TEST(MpegFacts, PicturesWithoutTime) {
     EXPECT_EQ(frames(pictures(7200, "00000100 004F 00000100 008F 00000100 00CF")), "4 ");
     EXPECT_EQ(frames(pictures(10800, "00000100 008F 00000100 010F") + pictures(7200, "00000100 004F")), "5 ");
     EXPECT_EQ(frames(pictures(7200, "00000100 004F 000001B800080040 00000100 000F 00000100 004F")), "4 ");
+    EXPECT_EQ(frames(pictures(7200, "00000100 004F 00000100 014F") + pictures(14400, "00000100 00CF")), "6 ");
 }
 
 // Sound that begins behind the first MiB, and private data that its first bytes tell.
@@ -219,18 +220,21 @@ TEST(MpegFacts, EdgesOfTimes) {
     };
     SHOW(times(0, 3600));
     SHOW(times(3600, 3600));
+    SHOW(times(3600, 3601));
     SHOW(times(-1, 3600));
     SHOW(times(3600, 0, "", "00000100 0008"));
     SHOW(times(0, 5400));
     // Clocks that come round.
     SHOW(times((int64_t{1} << 33) - 3600, 0));
     SHOW(times((int64_t{1} << 33) - 3600, 3600));
+    SHOW(times((int64_t{1} << 33) - 3600, 1800));
     SHOW(times(int64_t{1} << 31, (int64_t{1} << 32) + (int64_t{1} << 30)));
     SHOW(times((int64_t{1} << 32) + 3600, int64_t{1} << 31));
     // Others' times count where those of the pictures do not.
     const std::string sound = pes(0xC0, 0, "") + pes(0xC0, 90000, "");
     SHOW(times(-1, -1, sound));
     SHOW(times(0, -1, sound));
+    SHOW(times(-1, -1, sound + pes(0xC1, 0, "") + pes(0xC1, 45000, "")));
     SHOW(times(0, 3600, sound));
     // Packets of MPEG-1 have up to 16 bytes of stuffing before their times.
     const auto stuffed = [](size_t n) {
@@ -260,6 +264,7 @@ TEST(MpegFacts, EdgesOfPrograms) {
             std::to_string(n) + ":" + facts_difference(program, program + std::string(n, '\0') + end) + "\n";
     SHOW(lines);
     SHOW("end:" + facts_difference(program, program + end) + "\n");
+    SHOW("other:" + facts_difference(program, program + hex("000001B8")) + "\n");
     SHOW("end:" + facts_difference(program, program + end.substr(0, 3)) + "\n");
     SHOW("system header:" +
          facts_difference(program, kPack + hex("000001BB 0006 800001 04E1FF") + program.substr(14)) + "\n");
@@ -314,6 +319,7 @@ TEST(TransportFacts, EdgesOfMaps) {
     const std::string data = transport("47410110", hex("000001BD 0000 800000") + "data");
     SHOW(streams_of("88E101F006 050441432D33", data) + "\n");
     SHOW(streams_of("7FE101F006 050441432D33", data) + "\n");
+    SHOW(streams_of("80E101F006 050441432D33", data) + "\n");
     SHOW(streams_of("06E101F006 050441432D33 06E102F006 0A04656E6700 06E103F008 7A00 0A04656E6700") + "\n");
     for (const char *channels : {"00", "01", "08", "09"})
         SHOW(streams_of(std::string("06E101F00A 05044F707573 7F0280") + channels) + "\n");
@@ -328,6 +334,10 @@ TEST(TransportFacts, EdgesOfMaps) {
          "\n");
     SHOW(facts_of(transport("4740001000", hex("00B00C0001C100000001E100 00000000")) + map_of("03E101F000") +
                   null + null) +
+         "\n");
+    SHOW(facts_of(kAssociation +
+                  transport("4741001000", hex("02B0110001C10000E101F000 03E101F000 00000000")) + null +
+                  null) +
          "\n");
     // A section that goes on in the next packet.
     for (const size_t n : {1, 2, 3, 10, 20, 21}) {

@@ -68,13 +68,15 @@ TEST(MxfFacts, EdgesOfPictures) {
                       "3209=00000000 3209=00000001 3209=7FFFFFFE 3209=7FFFFFFF 3208=00000000 "
                       "3208=00000000,3204=00000000 3203=00000000 3202=00000000 3203=00000780,3202=0000021C"));
     SHOW(items_changed(clip, picture,
-                       "320E=0000000400000003 320E=00000031 320E=00000000 320E=0000000000000009"));
+                       "320E=000000B200000064 320E=000000B300000064 320E=0000000400000003 320E=00000031 "
+                       "320E=00000000 320E=0000000000000009"));
     SHOW(items_changed(clip, picture, "3001=000003E800000001 3001=000003E900000001 3001=0000000000000001"));
     SHOW(items_changed(clip, picture,
                        "3304=00000000,3305=000003FF 3304=00000000,3305=000003FE 3304=00000000,3305=00000400 "
                        "3304=00000040,3305=00000000 3304=00000040,3305=00000001 3304=00000000,3305=00000000 "
                        "3301=00000007,3304=00000008 3301=00000007,3304=00000000,3305=0000007F "
-                       "3301=00000008,3304=00000010 3301=00000010,3304=00001000 "
+                       "3301=00000008,3304=00000010 3301=00000010,3304=00001000,3305=0000F000 "
+                       "3304=00000040,3305=00000040 3304=00000040,3305=00000041 "
                        "3301=00000011,3304=00002000 3301=00000011,3304=00000000,3305=0001FFFF "
                        "3301=00000000 3301=00000040 3301=00000041"));
     SHOW(items_changed(clip, picture,
@@ -127,9 +129,10 @@ TEST(MxfFacts, EdgesOfComponents) {
     Transcript transcript;
     std::string clip = full_picture().bytes;
     const size_t picture = items_of(clip, 21);
-    SHOW(items_changed(clip, picture,
-                       "8F01^8001 8F01^8001,3301=00000000,3302=00000001 8F01^8001,8F01=00000001 "
-                       "8F01^80010018,3301=00000000 8F01^80010017"));
+    SHOW(
+        items_changed(clip, picture,
+                      "8F01^8001 8F01^8001,3301=00000000,3302=00000001 8F01^8001,8F01=00000001,3301=00000000 "
+                      "8F01^80010018,3301=00000000 8F01^80010017"));
     clip.replace(picture - 6, 1, "\x29");
     SHOW("RGBA:" + facts_difference(full_picture().bytes, clip) + "\n");
     SHOW(items_changed(
@@ -184,6 +187,11 @@ TEST(MxfFacts, EdgesOfTracks) {
     SHOW(items_changed(cut, items_of(cut, 7), "0202=0000000000000000 0202=0000000000000001"));
     SHOW(items_changed(open.bytes.substr(0, open.footer), picture,
                        "3002=0000000000000000 3002=0000000000000001 3002=FF"));
+    SHOW(facts_of(Clip(false, 0).bytes) + "\n");
+    // A descriptor of data in the place of the second sound's, with their track.
+    std::string data = Clip(false, 60, "", set_of("43", 24, local(0x3006, number(4, 4)))).bytes;
+    data.replace(data.find(refs({21, 22, 23})) + 55, 1, 1, '\x18');
+    SHOW(items_changed(data, items_of(data, 13), "0201=060E2B34040101010103020203"));
     // The number of a product, of three parts where it has no text.
     const std::string writer = Clip(false, 60, "",
                                     set_of("30", 41,
@@ -198,16 +206,43 @@ TEST(MxfFacts, EdgesOfIndexes) {
     const std::string clip = Clip(true).bytes;
     SHOW(items_changed(clip, index_of(clip),
                        "3F0C=0000000000000005 3F0C=FF 3F0D=FF 3F0D=0000000000000000 3F0D=0000000000000001 "
-                       "3F0C=7FFFFFFFFFFFFFC3 3F0B=0000001900000001 3F0B=00000000"));
+                       "3F0C=7FFFFFFFFFFFFFC3 3F0C=0000000000000005,3F0D=FF "
+                       "3F0B=0000001900000001 3F0B=00000000"));
     // Units of one size, of which the index may tell no number.
     SHOW(items_changed(
         clip, index_of(clip),
         "3F0D=0000000000000000,3F06^3F05000400000064 3F0D=0000000000000000,3F06^3F05000400000BCC "
-        "3F0D=0000000000000000,3F06^3F05000400000BCD 3F06^3F05000400000064"));
+        "3F0D=0000000000000000,3F06^3F05000400000BCD 3F06^3F05000400000064 "
+        "3F0D=0000000000000001,3F06^3F05000400000064"));
     std::string constant = clip;
     constant.replace(constant.find(local(0x3F0D, number(60, 8))) + 4, 8, number(0, 8));
     constant.replace(constant.find(local(0x3F06, number(2, 4))), 8, local(0x3F05, number(100, 4)));
     SHOW(facts_changed(constant, "72=0000000000000064 80=00000000 80=00000002"));
+    // Its last item ends with the file.
+    SHOW(facts_changed(constant.substr(0, constant.size() - 45), "80=00000000"));
+    // A body partition that tells how much of the essence stands before it.
+    const std::string header = constant.substr(0, Clip(true).footer - kEssence.size());
+    const std::string tail = constant.substr(Clip(true).footer, constant.size() - Clip(true).footer - 45);
+    const auto with_body = [&](const std::string &before, const std::string &behind) {
+        std::string body = partition("0304", header.size() + before.size(), 0, 0);
+        body.replace(72, 8, number(1000, 8));
+        const std::string start = header + before + body + behind;
+        return facts_difference(constant, start + tail +
+                                              big()
+                                                  .hex(kRandomIndex)
+                                                  .u8(40)
+                                                  .u32(0)
+                                                  .u64(0)
+                                                  .u32(1)
+                                                  .u64(header.size() + before.size())
+                                                  .u32(0)
+                                                  .u64(start.size())
+                                                  .u32(57)
+                                                  .str()) +
+               "\n";
+    };
+    SHOW(with_body("", kEssence));
+    SHOW(with_body(kEssence, ""));
     const std::string footer = std::to_string(Clip(true).footer);
     const std::string size = std::to_string(Clip(true).footer + 60);
     SHOW(facts_changed(
@@ -227,6 +262,7 @@ TEST(MxfFacts, EdgesOfPartitions) {
     SHOW(facts_changed(clip.bytes.substr(0, 108), "<99 <100 <101"));
     // Without a random index pack the header tells the footer's place.
     const std::string plain = clip.bytes.substr(0, end - 45);
+    SHOW(facts_changed(plain, ">1"));
     SHOW(facts_changed(plain,
                        "44=FFFFFFFFFFFFFFFF 44=FFFFFFFFFFFFFFEF 44=0000000000000000 44=0000000000000001"));
     const auto at = [](size_t place) { return std::to_string(place) + "="; };
@@ -261,6 +297,15 @@ TEST(MxfFacts, EdgesOfPartitions) {
     SHOW("one:" + facts_difference(clip.bytes, one) + "\n");
     SHOW(facts_changed(one, at(index + 29) + "00000020 " + at(index + 29) + "00000022 " + at(index + 16) +
                                 "0F " + at(index + 16) + "11"));
+    // The pack alone leads to a footer that nothing else points to, nor is it where it says.
+    const std::string lost = "44=0000000000000000," + at(clip.footer + 28) + "00FF";
+    SHOW(facts_changed(clip.bytes, lost));
+    SHOW(facts_changed(plain, lost));
+    // The last items of a long file without footer.
+    std::string many = open;
+    for (int i = 0; i < 30; i++) many += kEssence;
+    many += item("060E2B34 01020101 0D010301 15010501", std::string(700000, 'e'));
+    SHOW(facts_changed(many, "<" + std::to_string(many.size() - 1)));
     // Fill with a long length behind the header's pack.
     const std::string filled =
         clip.bytes.substr(0, 108) + big().hex(kFiller).u8(0x88).u64(3).str() + "xxx" + clip.bytes.substr(108);
@@ -285,6 +330,20 @@ TEST(MxfFacts, EdgesOfSets) {
         return Clip(false, 60, "", set_of("2F", 60, local(0x3B0B, big().u32(told).u32(16).raw(all).str())))
             .bytes;
     };
+    // Of references.
+    const auto parameters = [](size_t lost) {
+        std::string all = big().u32(lost + 1).u32(16).str();
+        for (size_t i = 0; i < lost; i++) all += uid(99);
+        return Clip(false, 60, local(0x8001, all + uid(50)),
+                    set_of("5A", 50, local(0x800E, hex("00000101 05030303 0001"))))
+            .bytes;
+    };
+    SHOW("references:" + facts_difference(parameters(0), parameters(1023)) + "\n");
+    SHOW("references:" + facts_difference(parameters(0), parameters(1024)) + "\n");
+    for (const size_t n : {8, 9}) {
+        const Clip alpha(false, 60, local(0x3309, std::string(n - 1, '\0') + "\1"));
+        EXPECT_EQ(facts_of(alpha.bytes).find(" 4:2:2:4 ") != std::string::npos, n == 8);
+    }
     SHOW("labels:" + facts_difference(labels(1, 1), labels(2, 2)) + "\n");
     for (const auto &[n, told] : {std::pair{16, 16}, {17, 17}, {2, 1}, {1, 2}, {1, 0}}) {
         const std::string text = facts_of(labels(static_cast<uint64_t>(n), static_cast<uint64_t>(told)));
@@ -323,4 +382,31 @@ TEST(MxfFacts, EdgesOfEssence) {
                                  begins(20, "0000014601") + begins(20, "0000014101") +
                                  begins(20, "00000167") + begins(20, "000001B3") + begins(20, "FF10FF50") +
                                  begins(20, "FF10FF51")));
+    SHOW(facts_changed(clip, begins(16, "830000050000010910") + begins(16, "830000040000010910")));
+    // What its stream says of colours, where the descriptor leaves them open.
+    const auto coloured = [](const std::string &more, const char *colours) {
+        std::string bytes = Clip(false, 60, more).bytes;
+        bytes.replace(bytes.find(hex("04010202 01323102")), 8, std::string(8, '\0'));
+        const std::string head =
+            hex("000001B3 78043833 FFFFE018 000001B5 144200010000 000001B5") + hex(colours);
+        bytes.replace(bytes.find(std::string(100, 'e')), head.size(), head);
+        const std::string text = facts_of(bytes);
+        return text.substr(0, text.find(" fps")) + "\n";
+    };
+    const std::string label = "060E2B34 04010101 04010101 ";
+    const std::string range = local(0x3304, number(64, 4)) + local(0x3305, number(940, 4));
+    const std::string matrix = local(0x321A, hex(label + "02020000"));
+    SHOW(coloured("", "2B0101010000"));
+    SHOW(coloured(range + matrix, "2B0909090000"));
+    SHOW(coloured(range + matrix, "2B0909020000"));
+    SHOW(coloured(range + matrix, "2B0909000000"));
+    SHOW(coloured(local(0x3219, hex(label + "03030000")), "2B0909090000"));
+    SHOW(coloured(local(0x3210, hex(label + "01020000")), "2B0909090000"));
+    // Widths in whole blocks.
+    const std::string sample = content_of(std::string(KELDUMP_SAMPLES) + "/mxf/op1a-mpeg2.mxf");
+    const size_t picture = sample.find(hex("060E2B34 02530101 0D010101 01015100")) + 20;
+    SHOW(items_changed(sample, picture,
+                       "3209=0000007F 3209=00000081 3209=0000008F 3209=00000090 "
+                       "3209=00000000,3205=00000000,3203=00000000"));
+    SHOW(items_changed(sample, picture, "3301=00000000 3302=00000000 320C=05 320E=0000000000000000"));
 }
