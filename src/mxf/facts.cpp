@@ -371,7 +371,7 @@ void complete(Picture &picture, const Picture &stream) {
         picture.width = stream.width > 0 ? stream.width : width;
     if (picture.width < width) {
         const Ratio aspect = picture.pixel_aspect;
-        if (aspect.n != aspect.d)
+        if (aspect.n != aspect.d && std::max(aspect.n, aspect.d) < INT32_MAX)
             picture.pixel_aspect = Ratio{aspect.n * width, aspect.d * picture.width}.reduced();
         if (picture.coded_width == picture.width && picture.coded_height == picture.height)
             picture.coded_width = picture.coded_height = 0;

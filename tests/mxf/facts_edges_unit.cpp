@@ -146,6 +146,10 @@ TEST(MxfFacts, EdgesOfComponents) {
                        "3304^3407,3305^3406,3304=00000000,3305=000003FF 3304^3407,3305^3406 "
                        "3304^3406,3305^3407,3304=000003AC,3305=00000040"));
     const std::string coded = full_picture().bytes;
+    // A primer that tells fewer tags.
+    std::string named = coded;
+    named.replace(named.find(hex("8F010028")), 2, hex("8001"));
+    SHOW(facts_changed(named, "128=0000000D"));
     const auto told = [&](const char *changes) {
         std::string bytes = coded;
         bytes.replace(bytes.find(hex("8F010028")), 2, hex("8001"));
@@ -170,7 +174,7 @@ TEST(MxfFacts, EdgesOfTracks) {
     SHOW(items_changed(clip, items_of(clip, 8), "1201=0000000000000000 1201=0000000000000001 1201=FF"));
     SHOW(items_changed(clip, items_of(clip, 33),
                        "1502=0000 1502=0001 1502=03E8 1502=03E9 1501=0000000000000000 1501=FF "
-                       "1501=3FFFFFFFFFFFFF00 1501=4000000000000000 1503=00 1503=02"));
+                       "1501=3FFFFFFFFFFFFF00 1501=3FFFFFFFFFFFFFFF 1501=4000000000000000 1503=00 1503=02"));
     SHOW(items_changed(clip, items_of(clip, 32),
                        "4B01=0000001900000001 4B01=0000003C00000001 4B01=0000003B00000001 4803=00"));
     SHOW(items_changed(clip, items_of(clip, 6), "4B01=0000000000000001 4801=00000009"));
@@ -383,6 +387,15 @@ TEST(MxfFacts, EdgesOfEssence) {
                                  begins(20, "00000167") + begins(20, "000001B3") + begins(20, "FF10FF50") +
                                  begins(20, "FF10FF51")));
     SHOW(facts_changed(clip, begins(16, "830000050000010910") + begins(16, "830000040000010910")));
+    // The first picture of the first 16 items, which is there to its end.
+    const std::string sound = item("060E2B34 01020101 0D010301 16010501", hex("0000014001"));
+    const std::string coded = item("060E2B34 01020101 0D010301 15010501", hex("0000010910"));
+    for (const int others : {1, 15, 16}) {
+        std::string all = clip.substr(0, key);
+        for (int i = 0; i < others; i++) all += sound;
+        EXPECT_EQ(facts_of(all + coded).find(" H.264 ") != std::string::npos, others < 16) << others;
+        EXPECT_EQ(facts_of(all + coded.substr(0, coded.size() - 1)).find(" H.264 "), std::string::npos);
+    }
     // What its stream says of colours, where the descriptor leaves them open.
     const auto coloured = [](const std::string &more, const char *colours) {
         std::string bytes = Clip(false, 60, more).bytes;
