@@ -229,7 +229,7 @@ uint64_t walk_packets(Bytes bytes, uint64_t at, Program &program) {
     for (int i = 0; i < 100000 && bytes.has(at, 4); i++) {
         const Bytes stuffing = bytes.sub(at, kMostStuffing);
         const uint64_t next = start_code(stuffing);
-        if (big32(stuffing) == 0 && next < stuffing.size()) at += next;
+        if (big32(stuffing) >> 8 == 0 && next < stuffing.size()) at += next;
         if (big32(bytes, at) >> 8 != 1) break;
         const uint8_t id = bytes[at + 3];
         if (id == 0xB9) {
@@ -256,6 +256,7 @@ void read_program(Input &input, Facts &facts) {
     const Bytes head = input.present(0, kHead);
     uint64_t at = walk_packets(head, 0, program);
     const uint64_t walked = at;
+    const Bytes rest = head.from(walked);
     program.with_new = false;
     Bytes tail = head;
     uint64_t tail_start = 0;
@@ -279,8 +280,11 @@ void read_program(Input &input, Facts &facts) {
     tell_duration(streams, facts);
     if (program.is_ended) {
         facts.whole(size);
-    } else if (tail_start + at > size || (size <= kHead && walked + 4 > size && walked < size)) {
+    } else if (tail_start + at > size) {
         facts.cut(tail_start + at, "the last packet's end");
+    } else if (size <= kHead && !rest.empty() && rest.size() < 4 &&
+               begins_as(rest, "\0\0\1"sv.substr(0, rest.size()))) {
+        facts.cut(walked + 4, "the last packet's end");
     } else if (size - tail_start - at >= kSector && big32(tail, at) == 0 &&
                big32(tail, tail.size() - 4) == 0) {
         facts.cut(size, "zeros where packets would be");

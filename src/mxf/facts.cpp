@@ -186,9 +186,10 @@ Index find_index(const File &file) {
 int64_t duration_of(File &file, const Package &package, const Track *track, const MetadataSet &descriptor) {
     const Ratio rate = track ? track->rate : Ratio{};
     int64_t duration = track ? track->duration : -1;
-    if (duration < 0 || (duration == 0 && !file.partitions.footer)) {
+    const auto is_open = [&] { return duration < 0 || (duration == 0 && !file.partitions.footer); };
+    if (is_open()) {
         duration = descriptor.position(0x3002);
-        if (duration >= 0) duration = converted(duration, descriptor.ratio(0x3001), rate);
+        duration = is_open() ? -1 : converted(duration, descriptor.ratio(0x3001), rate);
     }
     for (const Track &other : package.tracks) {
         if (duration < 0 && other.duration > 0) duration = converted(other.duration, other.rate, rate);
@@ -365,8 +366,16 @@ void complete(Picture &picture, const Picture &stream) {
     picture.codec = stream.codec;
     if (picture.width == 0) picture.height = stream.height;
     // Descriptors may count in whole blocks.
-    if (picture.width == 0 || (stream.width < picture.width && picture.width - stream.width < 16))
-        picture.width = stream.width > 0 ? stream.width : picture.width;
+    const uint32_t width = picture.width;
+    if (width == 0 || (stream.width < width && width - stream.width < 16))
+        picture.width = stream.width > 0 ? stream.width : width;
+    if (picture.width < width) {
+        const Ratio aspect = picture.pixel_aspect;
+        if (aspect.n != aspect.d && std::max(aspect.n, aspect.d) < INT32_MAX)
+            picture.pixel_aspect = Ratio{aspect.n * width, aspect.d * picture.width}.reduced();
+        if (picture.coded_width == picture.width && picture.coded_height == picture.height)
+            picture.coded_width = picture.coded_height = 0;
+    }
     if (picture.bits == 0) picture.bits = stream.bits;
     // Subsampling has no number for what is grey.
     if (picture.components.empty() || stream.components == "Y") picture.components = stream.components;

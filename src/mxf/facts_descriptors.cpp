@@ -161,7 +161,7 @@ void read_sizes(const MetadataSet &d, Picture &picture) {
     picture.height = side({0x3208, 0x3204, 0x3202}, fields);
     const uint32_t width = side({0x3203}, 1);
     const uint32_t height = side({0x3202}, fields);
-    if ((width == picture.width && height == picture.height) || width == 0) return;
+    if ((width == picture.width && height == picture.height) || width == 0 || height == 0) return;
     picture.coded_width = width;
     picture.coded_height = height;
 }
@@ -176,7 +176,7 @@ void read_aspect(const MetadataSet &d, Picture &picture) {
 }
 
 int range_of(int64_t black, int64_t white, uint32_t bits) {
-    if (bits < 8 || bits > 16 || black < 0 || white <= 0) return -1;
+    if (bits < 8 || bits > 16 || black < 0 || white <= black) return -1;
     if (black == 16 << (bits - 8)) return 0;
     return black == 0 && white == (1 << bits) - 1 ? 1 : -1;
 }
@@ -204,6 +204,7 @@ void read_rgba(const MetadataSet &d, Picture &picture) {
     }
     picture.floating = picture.bits == 253 || picture.bits == 254;
     if (picture.floating) picture.bits = picture.bits == 253 ? 16 : 32;
+    if (picture.bits > 64) picture.bits = 0;
     const auto has = [&](const char *all) {
         return std::all_of(all, all + 3, [&](char c) { return letters.find(c) != std::string::npos; });
     };
@@ -220,7 +221,8 @@ void read_jpeg2000(const Metadata &metadata, const MetadataSet &sub, Picture &pi
     const Bytes coding = metadata.item(sub, kJpeg2000Coding);
     if (coding.size() >= 10) picture.codec = coding[9] == 1 ? "JPEG 2000 5/3" : "JPEG 2000 9/7";
     const Bytes sizing = metadata.item(sub, kJpeg2000Sizing);
-    if (sizing.size() >= 11 && picture.bits == 0) picture.bits = (sizing[8] & 0x7F) + 1U;
+    const uint32_t bits = (sizing[8] & 0x7F) + 1U;
+    if (sizing.size() >= 11 && picture.bits == 0 && bits <= 38) picture.bits = bits;
 }
 
 // "XDCAM HD422" is long-GOP 4:2:2 profile at high level with 50 Mbit/s.
@@ -288,11 +290,28 @@ std::vector<std::pair<std::string, Bytes>> uncoded_colours(const MetadataSet &d,
 
 std::string wrapping_of(Bytes container) {
     if (!begins_as(container.from(8), kContainer)) return "";
-    const uint8_t kind = container[13];
-    const bool is_early =
-        kind == 0x06 || kind == 0x0A || kind == 0x0B || kind == 0x0C || kind == 0x0F || kind >= 0x11;
-    const uint8_t wrapping = container[is_early ? 14 : 15];
-    if (kind == 0x01 || kind == 0x03) return "frame";
-    if (kind == 0x06 && wrapping >= 3) return wrapping == 3 ? "frame" : wrapping == 4 ? "clip" : "";
-    return wrapping == 1 ? "frame" : wrapping == 2 ? "clip" : "";
+    const uint8_t next = container[14];
+    const uint8_t last = container[15];
+    const auto either = [](bool is_frame, bool is_clip) {
+        return is_frame ? "frame" : is_clip ? "clip" : "";
+    };
+    // Which byte tells it, and with which numbers, differs from mapping to mapping (SMPTE registers, labels).
+    switch (container[13]) {
+        case 0x01:
+        case 0x03: return "frame";
+        case 0x05: return either(last % 4 == 1, last % 4 == 2);
+        case 0x06: return either(next == 1 || next == 3, next == 2 || next == 4);
+        case 0x0A:
+        case 0x0B: return either(next == 1, next == 2);
+        case 0x0C: return either(next == 1 || next == 6, next == 2);
+        case 0x13:
+        case 0x7F: return "";
+        case 0x1D: return either(false, next == 1);
+        case 0x0F:
+        case 0x1F:
+        case 0x20: return either(last == 1, last == 2);
+        case 0x21: return either(next == 1 || next == 2, next == 3);
+        case 0x22: return either(next == 1 || next == 2, false);
+        default: return container[13] < 0x11 ? either(last == 1, last == 2) : either(next == 1, next == 2);
+    }
 }

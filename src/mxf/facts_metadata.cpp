@@ -80,7 +80,7 @@ Bytes MetadataSet::item(uint32_t tag) const {
     uint64_t at = 0;
     for (int i = 0; i < kMostItems && items.has(at, 4); i++) {
         const uint64_t length = big16(items, at + 2);
-        if (big16(items, at) == tag) return items.sub(at + 4, length);
+        if (big16(items, at) == tag) return items.has(at + 4, length) ? items.sub(at + 4, length) : Bytes{};
         at += 4 + length;
     }
     return {};
@@ -93,7 +93,8 @@ int64_t MetadataSet::number(uint32_t tag, int64_t other) const {
 }
 
 uint32_t MetadataSet::number_below(uint32_t tag, uint32_t most) const {
-    return static_cast<uint32_t>(std::clamp<int64_t>(number(tag), 0, most));
+    const int64_t value = number(tag);
+    return value >= 0 && value <= most ? static_cast<uint32_t>(value) : 0;
 }
 
 int64_t MetadataSet::position(uint32_t tag) const {

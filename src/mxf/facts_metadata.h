@@ -53,11 +53,11 @@ struct MetadataSet {
     SetKind kind{};
     Bytes items;
 
-    // The value of an item by its static tag; empty where the set does not have it.
+    // The value of an item by its static tag; empty where the set does not have it, or not to its end.
     Bytes item(uint32_t tag) const;
-    int64_t number(uint32_t tag, int64_t other = 0) const;  // of 1 to 8 bytes, unsigned
-    uint32_t number_below(uint32_t tag, uint32_t most) const;
-    int64_t position(uint32_t tag) const;  // -1 where it is not known
+    int64_t number(uint32_t tag, int64_t other = 0) const;     // of 1 to 8 bytes, unsigned
+    uint32_t number_below(uint32_t tag, uint32_t most) const;  // 0 for what is more
+    int64_t position(uint32_t tag) const;                      // -1 where it is not known
     Ratio ratio(uint32_t tag) const;
     std::string text(uint32_t tag) const;
 };

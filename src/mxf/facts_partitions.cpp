@@ -59,7 +59,9 @@ Chain follow(Input &input, uint64_t place, int most) {
         const Bytes item = input.present(chain.end, kItemHead, 512);
         const KlvPlace klv = klv_at(item, 0);
         if (!klv.is_set) {
-            const bool is_short = item.size() <= kKey && begins_as(item, "\x06\x0E\x2B\x34"sv);
+            // A key that is cut, or the length behind it.
+            const bool is_short = begins_as(item, "\x06\x0E\x2B\x34"sv.substr(0, item.size())) &&
+                                  (item.size() <= kKey || klv.value > item.size());
             const uint64_t key = item[0] == 6 ? kKey : 0;  // some bytes of one may be there
             chain.state = is_zero_from(input, chain.end + key) ? Chain::zeros
                           : is_short                           ? Chain::crosses
@@ -98,7 +100,8 @@ uint64_t first_partition(Input &input) {
     if (is_partition(head)) return 0;
     const Bytes run_in = input.present(0, kRunIn + kKey);
     for (uint64_t at = 0; run_in.has(at, kKey); at++) {
-        if (run_in[at] == 0x06 && is_partition(run_in.from(at))) return at;
+        if (run_in[at] == 0x06 && is_partition(run_in.from(at)) && run_in[at + 13] == Partition::header)
+            return at;
     }
     return UINT64_MAX;
 }

@@ -111,6 +111,7 @@ TEST(MpegFacts, PicturesWithoutTime) {
     EXPECT_EQ(frames(pictures(7200, "00000100 004F 00000100 008F 00000100 00CF")), "4 ");
     EXPECT_EQ(frames(pictures(10800, "00000100 008F 00000100 010F") + pictures(7200, "00000100 004F")), "5 ");
     EXPECT_EQ(frames(pictures(7200, "00000100 004F 000001B800080040 00000100 000F 00000100 004F")), "4 ");
+    EXPECT_EQ(frames(pictures(7200, "00000100 004F 00000100 014F") + pictures(14400, "00000100 00CF")), "6 ");
 }
 
 // Sound that begins behind the first MiB, and private data that its first bytes tell.
@@ -147,4 +148,242 @@ TEST(MpegFacts, ZerosBehindVideo) {
     EXPECT_EQ(extent_of(video + big().hex("000001B7").str() + zeros, "a.m2v"), "whole");
     EXPECT_EQ(extent_of(video + big().hex("00000100").str() + zeros, "a.m2v"),
               "cut zeros where pictures would be");
+}
+
+namespace {
+
+const std::string kPack = hex("000001BA 4400040004010000 03F8");
+// A sequence of 4x2 pictures, 25 of them a second, and the first picture.
+const std::string kSequence = hex("000001B3 00400213 FFFFE018 00000100 0008");
+
+// A packet of MPEG-2 and one of MPEG-1, with a time of 33 bits or (-1) none.
+std::string pes(int id, int64_t time, const std::string &data) {
+    const uint64_t t = static_cast<uint64_t>(time);
+    const std::string stamp =
+        time < 0 ? "" : big().u8(0x21 | t >> 30 << 1).u16(t >> 15 << 1 | 1).u16(t << 1 | 1).str();
+    const std::string packet =
+        big().u8(0x80).u8(time < 0 ? 0 : 0x80).u8(stamp.size()).raw(stamp).raw(data).str();
+    return big().u24(1).u8(static_cast<uint64_t>(id)).u16(packet.size()).raw(packet).str();
+}
+std::string pes_1(const std::string &packet) {
+    return big().hex("000001E0").u16(packet.size()).raw(packet).str();
+}
+
+// A packet of a transport stream, filled up.
+std::string transport(const std::string &head, const std::string &payload) {
+    const std::string bytes = hex(head) + payload;
+    return bytes + std::string(188 - bytes.size(), '\xFF');
+}
+const std::string kAssociation = transport("4740001000", hex("00B00D0001C100000001E100 00000000"));
+// A map of streams.
+std::string map_of(const std::string &streams) {
+    const std::string rows = hex(streams);
+    return transport("4741001000", hex("02B0") + big().u8(13 + rows.size()).str() +
+                                       hex("0001C10000E101F000") + rows + hex("00000000"));
+}
+std::string streams_of(const std::string &streams, const std::string &more = "") {
+    const std::string null = transport("471FFF10", "");
+    return facts_of(kAssociation + map_of(streams) + more + null + null);
+}
+
+}  // namespace
+
+TEST(MpegFacts, EdgesOfIds) {
+    Transcript transcript;
+    std::string lines;
+    for (const int id : {0xBC, 0xBF, 0xC0, 0xDF, 0xE0, 0xEF, 0xF0})
+        lines += std::to_string(id) + ": " + facts_of(kPack + pes(id, 0, id < 0xE0 ? "" : kSequence)) + "\n";
+    SHOW(lines);
+    lines.clear();
+    for (const int id : {0x7F, 0x80, 0x87, 0x88, 0x8F, 0x90, 0x9F, 0xA0, 0xAF, 0xB0, 0xBF, 0xC0, 0xCF, 0xD0})
+        lines +=
+            std::to_string(id) + ": " +
+            facts_of(kPack + pes(0xBD, 0, big().u8(static_cast<uint64_t>(id)).hex("010001 00 0180").str())) +
+            "\n";
+    SHOW(lines);
+    lines.clear();
+    for (const int format : {0x00, 0x01, 0x02, 0x07, 0x51, 0xA1, 0xF1})
+        lines += std::to_string(format) + ": " +
+                 facts_of(kPack +
+                          pes(0xBD, 0,
+                              hex("A0 010001 00") + big().u8(static_cast<uint64_t>(format)).str() + "\x80")) +
+                 "\n";
+    SHOW(lines);
+}
+
+TEST(MpegFacts, EdgesOfTimes) {
+    Transcript transcript;
+    std::string lines;
+    const auto times = [](int64_t first, int64_t last, const std::string &more = "",
+                          const char *second = "00000100 0048") {
+        return facts_of(kPack + pes(0xE0, first, kSequence) + pes(0xE0, last, hex(second)) + more) + "\n";
+    };
+    SHOW(times(0, 3600));
+    SHOW(times(3600, 3600));
+    SHOW(times(3600, 3601));
+    SHOW(times(-1, 3600));
+    SHOW(times(3600, 0, "", "00000100 0008"));
+    SHOW(times(0, 5400));
+    // Clocks that come round.
+    SHOW(times((int64_t{1} << 33) - 3600, 0));
+    SHOW(times((int64_t{1} << 33) - 3600, 3600));
+    SHOW(times((int64_t{1} << 33) - 3600, 1800));
+    SHOW(times(int64_t{1} << 31, (int64_t{1} << 32) + (int64_t{1} << 30)));
+    SHOW(times((int64_t{1} << 32) + 3600, int64_t{1} << 31));
+    // Others' times count where those of the pictures do not.
+    const std::string sound = pes(0xC0, 0, "") + pes(0xC0, 90000, "");
+    SHOW(times(-1, -1, sound));
+    SHOW(times(0, -1, sound));
+    SHOW(times(-1, -1, sound + pes(0xC1, 0, "") + pes(0xC1, 45000, "")));
+    SHOW(times(0, 3600, sound));
+    // Packets of MPEG-1 have up to 16 bytes of stuffing before their times.
+    const auto stuffed = [](size_t n) {
+        return facts_of(hex("000001BA 2100010001800001") + pes_1(hex("21000100E1") + kSequence) +
+                        pes_1(std::string(n, '\xFF') + hex("2100011D21") + hex("00000100 0048"))) +
+               "\n";
+    };
+    lines.clear();
+    for (const size_t n : {0, 1, 15, 16, 17}) lines += std::to_string(n) + ": " + stuffed(n);
+    SHOW(lines);
+}
+
+TEST(MpegFacts, EdgesOfPrograms) {
+    Transcript transcript;
+    std::string lines;
+    const std::string program = kPack + pes(0xE0, 0, kSequence) + pes(0xE0, 3600, hex("00000100 0048"));
+    const std::string end = hex("000001B9");
+    const std::string size = std::to_string(program.size());
+    SHOW(facts_changed(program, ">1 >3 >4 >2048 <" + std::to_string(program.size() - 1)));
+    lines.clear();
+    for (const size_t n : {1, 3, 4, 59, 60, 61, 64, 2047, 2048, 4096})
+        lines += std::to_string(n) + ":" + facts_difference(program, program + std::string(n, '\0')) + "\n";
+    SHOW(lines);
+    lines.clear();
+    for (const size_t n : {1, 59, 60, 61, 62, 64})
+        lines +=
+            std::to_string(n) + ":" + facts_difference(program, program + std::string(n, '\0') + end) + "\n";
+    SHOW(lines);
+    SHOW("end:" + facts_difference(program, program + end) + "\n");
+    SHOW("other:" + facts_difference(program, program + hex("000001B8")) + "\n");
+    SHOW("end:" + facts_difference(program, program + end.substr(0, 3)) + "\n");
+    SHOW("system header:" +
+         facts_difference(program, kPack + hex("000001BB 0006 800001 04E1FF") + program.substr(14)) + "\n");
+    // A pack with stuffing, and ids of video where packets would be.
+    SHOW(facts_changed(program, "13=FF 13=F9 17=AF 17=B8 17=BB 17=BC"));
+    // The header of sound that begins in the first 16 KiB of its stream.
+    lines.clear();
+    for (const size_t n : {8, 9})
+        lines +=
+            facts_of(kPack +
+                     pes(0xC0, 0, std::string(16384 - n, '\0') + hex("FFFD8404") + std::string(600, 'x'))) +
+            "\n";
+    SHOW(lines);
+    lines.clear();
+    for (const size_t n : {8, 9})
+        lines += facts_of(kPack + pes(0xC0, 0,
+                                      std::string(10000, '\0') + hex("FFFD8404") + std::string(n - 4, 'x'))) +
+                 "\n";
+    SHOW(lines);
+}
+
+TEST(MpegFacts, EdgesOfVideo) {
+    Transcript transcript;
+    std::string lines;
+    const std::string picture = hex("00000100 000F FFF8");
+    const std::string video = hex("000001B3 00400213 FFFFE018 000001B800080040") + picture;
+    SHOW(facts_of(video) + "\n");
+    SHOW(facts_changed(video, "<20 <23 <24 <25 <28 <29 >1"));
+    const std::string ends = video + picture;
+    SHOW("pictures:" + facts_difference(video, ends) + "\n");
+    lines.clear();
+    for (const size_t n : {2044, 2047, 2048, 4096})
+        lines += std::to_string(n) + ":" + facts_difference(ends, ends + std::string(n, '\0')) + "\n";
+    SHOW(lines);
+    const std::string rate = hex("000001B3 00400213 0000A018 00000100 000F");
+    EXPECT_EQ(bit_rates_of(rate), "800");
+    EXPECT_EQ(bit_rates_of(video), "5600");
+}
+
+TEST(TransportFacts, EdgesOfMaps) {
+    Transcript transcript;
+    // Types, descriptors and registrations.
+    SHOW(streams_of("02E101F000") + "\n");
+    SHOW(streams_of("7FE101F000") + "\n");
+    SHOW(streams_of("80E101F000") + "\n");
+    SHOW(streams_of("81E101F000") + "\n");
+    SHOW(streams_of("06E101F002 7A00") + "\n");
+    SHOW(streams_of("06E101F003 6A0100") + "\n");
+    SHOW(streams_of("06E101F001 7A") + "\n");
+    SHOW(streams_of("7FE101F006 050441432D33") + "\n");
+    SHOW(streams_of("88E101F006 050441432D33") + "\n");
+    const std::string data = transport("47410110", hex("000001BD 0000 800000") + "data");
+    SHOW(streams_of("88E101F006 050441432D33", data) + "\n");
+    SHOW(streams_of("7FE101F006 050441432D33", data) + "\n");
+    SHOW(streams_of("80E101F006 050441432D33", data) + "\n");
+    SHOW(streams_of("06E101F006 050441432D33 06E102F006 0A04656E6700 06E103F008 7A00 0A04656E6700") + "\n");
+    for (const char *channels : {"00", "01", "08", "09"})
+        SHOW(streams_of(std::string("06E101F00A 05044F707573 7F0280") + channels) + "\n");
+    // Programs of the association, and one stream in a map that is told to be shorter.
+    const std::string null = transport("471FFF10", "");
+    SHOW(facts_of(transport("4740001000", hex("00B0110001C100000001E1000002E200 00000000")) +
+                  map_of("03E101F000 0FE102F000") + null + null) +
+         "\n");
+    SHOW(facts_of(kAssociation +
+                  transport("4741001000", hex("02B0120001C10000E101F000 03E101F000 03E102F000 00000000")) +
+                  null + null) +
+         "\n");
+    SHOW(facts_of(transport("4740001000", hex("00B00C0001C100000001E100 00000000")) + map_of("03E101F000") +
+                  null + null) +
+         "\n");
+    SHOW(facts_of(kAssociation +
+                  transport("4741001000", hex("02B0110001C10000E101F000 03E101F000 00000000")) + null +
+                  null) +
+         "\n");
+    // A section that goes on in the next packet.
+    for (const size_t n : {1, 2, 3, 10, 20, 21}) {
+        const std::string section = map_of("03E101F000").substr(5, 21);
+        const auto part = [](const char *head, const std::string &bytes) {
+            return hex(head) + big().u8(183 - bytes.size()).u8(0).str() +
+                   std::string(182 - bytes.size(), '\xFF') + bytes;
+        };
+        const std::string first = std::string(1, '\0') + section.substr(0, n);
+        SHOW(facts_of(kAssociation + part("47410030", first) + part("47010031", section.substr(n)) + null +
+                      null) +
+             "\n");
+    }
+}
+
+TEST(TransportFacts, EdgesOfPackets) {
+    Transcript transcript;
+    std::string lines;
+    const auto clock = [](const char *length, uint64_t time) {
+        return transport("47410120",
+                         hex(length) + "\x10" + big().u32(time >> 1).u16(time << 15 & 0x8000).str());
+    };
+    const std::string head = kAssociation + map_of("03E101F000");
+    const std::string null = transport("471FFF10", "");
+    SHOW(facts_of(head + clock("07", 0) + clock("07", 9000)) + "\n");
+    SHOW(facts_of(head + clock("06", 0) + clock("06", 9000)) + "\n");
+    SHOW(facts_of(head + clock("B7", 0) + clock("B7", 9001)) + "\n");
+    // Packets at the end that are cut, or zeros.
+    std::string stream = head;
+    for (int i = 0; i < 8; i++) stream += null;
+    const auto end = [](const std::string &base, size_t from, const std::string &bytes) {
+        const std::string changed = base.substr(0, from) + bytes;
+        return std::to_string(from) + "+" + std::to_string(bytes.size()) + ":" +
+               facts_difference(base, changed) + "\n";
+    };
+    for (const size_t n : {1, 184, 185, 187}) lines += end(stream, stream.size() - n, "");
+    for (const char *bytes : {"47", "4700", "00", "000000", "00000000", "0000000000", "0000000001", "78"})
+        lines += end(stream, stream.size(), hex(bytes));
+    for (const size_t n : {187, 188, 376}) lines += end(stream, stream.size(), std::string(n, '\0'));
+    SHOW(lines);
+    lines.clear();
+    std::string timed;
+    for (size_t at = 0; at < stream.size(); at += 188) timed += "time" + stream.substr(at, 188);
+    for (const size_t n : {1, 187, 188, 189, 191}) lines += end(timed, timed.size() - n, "");
+    for (const char *bytes :
+         {"74", "74696D65", "74696D6547", "74696D6500", "00000000", "0000000000", "0000000000000000"})
+        lines += end(timed, timed.size(), hex(bytes));
+    SHOW(lines);
 }

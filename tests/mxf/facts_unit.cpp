@@ -1,119 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "mxf/klv_items.h"
+#include "mxf/clip.h"
 #include "support/facts_text.h"
 
 namespace {
-
-std::string uid(int n) { return std::string(15, '\x11') + static_cast<char>(n); }
-std::string umid(int n) { return hex("060A2B34 01010105 01010D00 13000000") + uid(n); }
-std::string refs(std::initializer_list<int> uids) {
-    std::string all;
-    for (const int n : uids) all += uid(n);
-    return big().u32(uids.size()).u32(16).raw(all).str();
-}
-std::string number(uint64_t v, unsigned n) { return big().u64(v).str().substr(8 - n); }
-std::string ratio(uint32_t n, uint32_t d) { return big().u32(n).u32(d).str(); }
-std::string wide(const std::string &text) {
-    std::string out;
-    for (const char c : text) out += std::string(1, '\0') + c;
-    return out;
-}
-std::string set_of(const std::string &kind, int n, const std::string &items) {
-    return set(kind, local(0x3C0A, uid(n)) + items);
-}
-std::string sequence(int n, int part, int kind, int64_t duration) {
-    const std::string definition = hex("060E2B34 04010101 010302020" + std::to_string(kind) + "000000");
-    return set_of("0F", n,
-                  local(0x0201, definition) + local(0x0202, number(static_cast<uint64_t>(duration), 8)) +
-                      local(0x1001, refs({part})));
-}
-std::string clip(int n, int package, int track, uint64_t start) {
-    return set_of("11", n,
-                  local(0x1101, package ? umid(package) : std::string(32, '\0')) +
-                      local(0x1102, number(static_cast<uint64_t>(track), 4)) +
-                      local(0x1201, number(start, 8)));
-}
-std::string track(int n, int id, int segment, uint32_t rate, uint32_t per) {
-    return set_of("3B", n,
-                  local(0x4801, number(static_cast<uint64_t>(id), 4)) + local(0x4B01, ratio(rate, per)) +
-                      local(0x4803, uid(segment)));
-}
-
-// An interlaced picture of two stored fields with two AES3 tracks, recorded from a tape.
-std::string metadata(int64_t duration, const std::string &more) {
-    const auto aes = [](int n, int id) {
-        return set_of("47", n,
-                      local(0x3006, number(static_cast<uint64_t>(id), 4)) + local(0x3D03, ratio(48000, 1)) +
-                          local(0x3D07, number(2, 4)) + local(0x3D01, number(24, 4)));
-    };
-    return item(kPrimer, big().u32(0).u32(18).str()) +
-           set_of(
-               "36", 1,
-               local(0x4401, umid(1)) + local(0x4403, refs({2})) + local(0x4405, hex("07E8050607080900"))) +
-           track(2, 1, 3, 30000, 1001) + sequence(3, 4, 1, duration) + clip(4, 5, 2, 0) +
-           set_of("37", 5,
-                  local(0x4401, umid(5)) + local(0x4701, uid(20)) + local(0x4403, refs({6, 9, 12}))) +
-           track(6, 2, 7, 30000, 1001) + sequence(7, 8, 1, duration) + clip(8, 30, 1, 1800) +
-           track(9, 3, 10, 30000, 1001) + sequence(10, 11, 2, duration) + clip(11, 0, 0, 0) +
-           track(12, 4, 13, 30000, 1001) + sequence(13, 14, 2, duration) + clip(14, 0, 0, 0) +
-           set_of("44", 20, local(0x3F01, refs({21, 22, 23}))) +
-           set_of(
-               "28", 21,
-               local(0x3006, number(2, 4)) + local(0x3001, ratio(30000, 1001)) + local(0x320C, number(1, 1)) +
-                   local(0x3203, number(1920, 4)) + local(0x3202, number(544, 4)) +
-                   local(0x3209, number(1920, 4)) + local(0x3208, number(540, 4)) +
-                   local(0x320D, hex("00000002 00000004 00000015 00000248")) + local(0x320E, ratio(16, 9)) +
-                   local(0x3301, number(10, 4)) + local(0x3302, number(2, 4)) +
-                   local(0x3201, hex("060E2B34 0401010A 04010202 01323102")) + more) +
-           aes(22, 3) + aes(23, 4) +
-           set_of("37", 30,
-                  local(0x4401, umid(30)) + local(0x4701, uid(31)) + local(0x4402, wide("TAPE 7")) +
-                      local(0x4403, refs({32}))) +
-           set_of("2E", 31, "") + track(32, 1, 33, 30000, 1001) +
-           set_of("14", 33,
-                  local(0x1501, number(107892, 8)) + local(0x1502, number(30, 2)) + local(0x1503, "\1")) +
-           set_of("30", 40,
-                  local(0x3C01, wide("Kel")) + local(0x3C02, wide("Recorder")) + local(0x3C04, wide("2.1")));
-}
-
-std::string partition(const std::string &kind, uint64_t place, uint64_t footer, uint64_t metadata_size,
-                      uint64_t index_size = 0) {
-    return item("060E2B34 02050101 0D010201 01" + kind + "00", big()
-                                                                   .u32(0x10002)
-                                                                   .u32(1)
-                                                                   .u64(place)
-                                                                   .u64(0)
-                                                                   .u64(footer)
-                                                                   .u64(metadata_size)
-                                                                   .u64(index_size)
-                                                                   .u32(0)
-                                                                   .u64(0)
-                                                                   .u32(1)
-                                                                   .hex("060E2B34 04010101 0D010201 10000000")
-                                                                   .u32(0)
-                                                                   .u32(16)
-                                                                   .str());
-}
-
-const std::string kEssence = item("060E2B34 01020101 0D010301 15010501", std::string(3000, 'e'));
-
-struct Clip {
-    std::string bytes;
-    size_t footer;
-    // Open files leave the durations and the footer's place to the footer.
-    explicit Clip(bool open, int64_t duration = 60, const std::string &more = "") {
-        const std::string sets = metadata(open ? -1 : duration, more);
-        const size_t header = partition("0204", 0, 0, 0).size();
-        footer = header + sets.size() + kEssence.size();
-        bytes = partition(open ? "0201" : "0204", 0, open ? 0 : footer, sets.size()) + sets + kEssence;
-        const std::string index = item("060E2B34 02530101 0D010201 01100100",
-                                       local(0x3F0B, ratio(30000, 1001)) + local(0x3F0C, number(0, 8)) +
-                                           local(0x3F0D, number(60, 8)) + local(0x3F06, number(2, 4)));
-        bytes += partition("0404", footer, footer, 0, index.size()) + index;
-        bytes += big().hex(kRandomIndex).u8(28).u32(1).u64(0).u32(0).u64(footer).u32(45).str();
-    }
-};
 
 std::string extent(const std::string &bytes) {
     constexpr const char *kStates[] = {"unknown", "whole", "cut", "open"};
@@ -157,20 +47,6 @@ TEST(MxfFacts, RunInBeforeTheHeader) {
 // Items of interoperable masters, by tags that the primer declares.
 TEST(MxfFacts, MasteringDisplayAndChannelLabels) {
     const std::string label = "060E2B34 0401010D ";
-    std::string rows;
-    for (const auto &[tag, end] :
-         std::initializer_list<std::pair<uint32_t, const char *>>{{0x8001, "06010104 06100000"},
-                                                                  {0x8002, "04200401 01010000"},
-                                                                  {0x8003, "04200401 01020000"},
-                                                                  {0x8004, "04200401 01030000"},
-                                                                  {0x8005, "04200401 01040000"},
-                                                                  {0x8006, "01020210 02040000"},
-                                                                  {0x8007, "01030701 01000000"},
-                                                                  {0x8008, "01030701 02000000"},
-                                                                  {0x8009, "03010102 03150000"},
-                                                                  {0x800A, "0103040A 00000000"},
-                                                                  {0x800B, "03020102 20000000"}})
-        rows += big().u16(tag).hex("060E2B34 0101010E").hex(end).str();
     const auto sound = [](int n, uint64_t channels, std::initializer_list<int> labels) {
         return set_of("48", n,
                       local(0x3D03, ratio(48000, 1)) + local(0x3D07, number(channels, 4)) +
@@ -181,7 +57,7 @@ TEST(MxfFacts, MasteringDisplayAndChannelLabels) {
     };
     const auto master = [&](const std::string &display) {
         const std::string sets =
-            item(kPrimer, big().u32(rows.size() / 18).u32(18).raw(rows).str()) +
+            primer() +
             set_of("2F", 1, local(0x8006, big().u32(1).u32(16).hex(label + "0D010102 01020000").str())) +
             set_of("37", 5, local(0x4401, umid(5)) + local(0x4701, uid(20)) + local(0x4403, refs({}))) +
             set_of("44", 20, local(0x3F01, refs({21, 22, 23, 24}))) +
@@ -190,17 +66,18 @@ TEST(MxfFacts, MasteringDisplayAndChannelLabels) {
                        local(0x3210, hex(label + "04010101 010C0000")) +
                        local(0x3219, hex(label + "04010101 03060000")) +
                        local(0x321A, hex(label + "04010101 02070000")) + display) +
-            sound(22, 6, {30}) + sound(23, 2, {31, 32}) + sound(24, 2, {33}) +
+            sound(22, 6, {30}) + sound(23, 2, {31, 32, 34}) + sound(24, 2, {33}) +
             set_of("6C", 30,
                    local(0x8007, hex(label + "0D030202 01000000")) + local(0x8009, "en-GB") +
                        local(0x800B, wide("PRM"))) +
-            channel(31, "chR", 2) + channel(32, "chL", 1) + set_of("6C", 33, local(0x8008, wide("sgST")));
+            channel(31, "chR", 2) + channel(32, "chL", 1) + channel(34, "ch", 3) +
+            set_of("6C", 33, local(0x8008, wide("sgST")));
         return facts_of(partition("0204", 0, 0, sets.size()) + sets);
     };
     const std::string text =
         master(local(0x8002, hex("33C2 86C4 1D4C 0BB8 84D0 3E80")) + local(0x8003, hex("3D13 4042")) +
                local(0x8004, number(10000000, 4)) + local(0x8005, number(50, 4)));
-    for (const char *part : {"colour 12,-1,14,-1", " 5.1 en-GB", " L R ", " stereo ",
+    for (const char *part : {"colour 12,-1,14,-1", " 5.1 en-GB", " L R ch ", " stereo ",
                              "mastering display: P3 D65, 0.005 to 1000 cd/m2", "sound content: PRM",
                              "transfer label: 06.0e.2b.34.04.01.01.0d-04.01.01.01.01.0c.00.00",
                              "conforms to: 06.0e.2b.34.04.01.01.0d-0d.01.01.02.01.02.00.00"})
