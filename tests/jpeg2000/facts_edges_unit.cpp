@@ -58,7 +58,7 @@ TEST(Jpeg2000Facts, Edges) {
     SHOW(sample_changed("jpeg2000/lengths.j2k",
                         "158=0000000D 158=0000000D,82=40 158=0000000D,80=44,143=03000001FF64000300 "
                         "158=0000000D,142=B1 158=0000000D,<3426 158=0000000D,>1"));
-    const std::string before = std::string(16, '\0') + sample_of(tiles);
+    const std::string before = hex("FFFFFFF0") + std::string(12, '\0') + sample_of(tiles);
     SHOW(facts_of(before, "a.j2k"));
     SHOW(facts_changed(before, "<15 <16 <17 <58 <59 <1057", "a.j2k"));
 }
