@@ -129,6 +129,12 @@ class Bits {
         while (n-- > 0) ue(value);
         return *this;
     }
+    Bits &interleaved(uint64_t value) {  // Exp-Golomb as Dirac has it
+        unsigned n = 0;
+        while ((value + 1) >> (n + 1) != 0) n++;
+        while (n-- > 0) u(1, 0).u(1, (value + 1) >> n & 1);
+        return u(1, 1);
+    }
     std::string nal(const char *header) const {
         std::string raw = hex(header);
         for (size_t i = 0, zeros = 0; i < bits_.size(); i += 8) {
@@ -148,9 +154,9 @@ class Bits {
 struct AvcSet {
     uint64_t chroma = 1, depth = 8, columns = 2, rows = 2, frame_bits = 4, offsets = 0, buffers = 0;
     uint64_t crop[4] = {}, aspect = 1, unit = 1, scale = 50;
-    bool frames_only = true, has_lists = false;
+    bool frames_only = true, has_lists = false, by_block = false, has_structures = true;
 
-    std::string told() const {
+    std::string nal() const {
         Bits bits;
         bits.u(8, 100).u(16, 0).ue(0).ue(chroma);
         if (chroma == 3) bits.u(1, 0);
@@ -163,7 +169,7 @@ struct AvcSet {
             bits.ue(0).ue(0);
         }
         bits.ue(1).u(1, 0).ue(columns - 1).ue(rows - 1).u(1, frames_only);
-        if (!frames_only) bits.u(1, 0);
+        if (!frames_only) bits.u(1, by_block);
         bits.u(1, 0).u(1, 1);
         for (const uint64_t side : crop) bits.ue(side);
         bits.u(1, 1).u(1, 1).u(8, aspect).u(3, 0).u(1, 1).u(32, unit).u(32, scale).u(1, 1).u(1, buffers > 0);
@@ -172,11 +178,14 @@ struct AvcSet {
             for (uint64_t i = 0; i < buffers; i++) bits.codes(2, 1).u(1, 0);
             bits.u(5, 0).u(5, 10).u(5, 20).u(5, 0);
         }
-        bits.u(1, 0).u(buffers > 0 ? 1 : 0, 0).u(1, 1).u(8, 0);
+        bits.u(1, 0).u(buffers > 0 ? 1 : 0, 0).u(1, has_structures).u(8, 0);
+        return bits.nal("67");
+    }
+    std::string told() const {
         Facts facts;
         AvcFields fields;
-        const std::string nal = bits.nal("67");
-        const bool is_known = h264_sequence(window(nal), facts.picture(), fields);
+        const std::string set = nal();
+        const bool is_known = h264_sequence(window(set), facts.picture(), fields);
         const Picture &p = facts.pictures[0];
         return text_if(is_known, facts) + " " + std::to_string(fields.timing) + "," +
                std::to_string(fields.frame_number) + (p.coded_width > 0 ? " coded\n" : "\n");
@@ -187,7 +196,7 @@ struct HevcSet {
     uint64_t sub_layers = 0, order_bits = 4, sets = 0, before = 0, after = 0, references = 0, long_term = 0;
     bool has_lists = false, has_layers = false, has_blocks = false;
 
-    std::string told() const {
+    std::string nal() const {
         Bits bits;
         bits.u(4, 0).u(3, sub_layers).u(1, 0).u(40, 0).u(2, 2).u(54, 0);
         if (sub_layers > 0) bits.u(16, has_layers ? 0xFFFF << (16 - 2 * sub_layers) & 0xFFFF : 0);
@@ -214,10 +223,13 @@ struct HevcSet {
         if (long_term > 0) bits.ue(long_term);
         for (uint64_t i = 0; i < long_term; i++) bits.u(static_cast<unsigned>(order_bits + 1), 0);
         bits.u(2, 0).u(1, 1).u(1, 1).u(8, 2).u(3, 0).u(4, 0).u(1, 1).u(32, 1).u(32, 25).u(8, 0);
+        return bits.nal("4201");
+    }
+    std::string told() const {
         Facts facts;
         bool has_structures = false;
-        const std::string nal = bits.nal("4201");
-        return text_if(hevc_sequence(window(nal), facts.picture(), has_structures), facts) + "\n";
+        const std::string set = nal();
+        return text_if(hevc_sequence(window(set), facts.picture(), has_structures), facts) + "\n";
     }
 };
 
@@ -256,4 +268,108 @@ TEST(ElementaryVideo, EdgesOfHevc) {
               HevcSet{.sets = 1, .before = n, .after = n}.told()));
     SHOW((HevcSet{.sets = 4, .before = 2, .after = 1, .references = 1}.told()));
     for (const uint64_t n : {1, 32, 33}) SHOW(HevcSet{.long_term = n}.told());
+}
+
+TEST(ElementaryVideo, EdgesOfUnits) {
+    Transcript transcript;
+    EXPECT_EQ(mastering_volume(window(std::string(23, '\1'))) + content_light(window("abc")), "");
+    const auto stream = [](const AvcSet &set, const char *unit) {
+        const std::string start = hex("00000001");
+        return start + set.nal() + start.substr(1) + hex(unit);
+    };
+    // A slice that is a frame, as short as it can be; a timing of the picture alone in its message.
+    const AvcSet fields = {.frames_only = false};
+    const std::string slice = stream(fields, "65E0"), timing = stream(fields, "060101C0");
+    SHOW(told_of(slice, "<" + std::to_string(slice.size() - 1), picture_by("H.264")));
+    const std::string last = std::to_string(timing.size() - 1);
+    SHOW(told_of(timing, "<" + last + " " + last + "=D0 " + last + "=B0 " + last + "=00",
+                 picture_by("H.264")));
+    SHOW(picture_by("H.264")(stream({.frames_only = false, .by_block = true}, "65E0")));
+    SHOW(picture_by("H.264")(stream({.frames_only = false, .has_structures = false}, "06010110")));
+
+    const std::string record = hex("01") + std::string(15, '\0') + hex("FD FA F8 0000 0F 00");
+    SHOW(told_of(record, "<22 0=00 0=02 0=03 16=FC 16=FF 17=F8 17=FF", picture_by("HEVC", true)));
+    const std::string set = HevcSet{}.nal();
+    const std::string array = record.substr(0, 22) + hex("01 21 0001") + big().u16(set.size()).str() + set;
+    SHOW(told_of(array, "22=00 24=0000 24=0002 <27 <28", picture_by("HEVC", true)));
+    SHOW(told_of(array.substr(0, 23) + hex("A10000") + array.substr(23), "22=02 22=01 22=03",
+                 picture_by("HEVC", true)));
+
+    // Levels from 8 on have a tier; sizes have up to eight bytes.
+    SHOW(told_of(hex("81000C00 0A0B000000043CFFBC02F80840"), "<3 <4 <5 9=3C 9=44 0=80 2=40 2=60 2=50 2=08",
+                 picture_by("AV1", true)));
+    for (const char *size : {"8B00", "8B8080808000", "8B80808080808000"})
+        SHOW(picture_by("AV1", true)(hex("81000C00 0A") + hex(size) + hex("000000043CFFBC02F80840")));
+    SHOW(picture_by("AV1", true)(hex("81000C00 1200 0A0B000000043CFFBC02F80840")));
+}
+
+TEST(ElementaryVideo, EdgesOfFrames) {
+    Transcript transcript;
+    const std::string prores =
+        hex("00001000") + "icpf" + hex("0014 0000 00000000 0780 0438 84 00 01 02 09 02");
+    SHOW(told_of(prores, "8=0013 8=0015 20=C0 20=80 20=88 20=8C 22=000102 25=00 4=00", picture_by("ProRes")));
+    SHOW(told_of(changed(prores, "20=C0"), "25=00 25=0F 25=10", picture_by("ProRes")));
+    const std::string dv = big().u8(0x1F).at(3).hex("3F 78").at(448).hex("60 000000").at(560).u8(0).str();
+    SHOW(told_of(dv,
+                 "<479 <480 451=03 451=04 451=05 448=61,451=04 473=61,475=02 473=61,475=07 473=61,475=03 "
+                 "483=61,485=02 3=BF 3=BF,4=79 0=20",
+                 picture_by("DV")));
+    for (const auto &[height, n] : {std::pair{720, 50}, {721, 50}, {1080, 30}, {1080, 25}})
+        SHOW(std::to_string(dv_hd_columns(static_cast<uint32_t>(height), {n, 1})));
+    EXPECT_EQ(dv_hd_columns(1080, {101, 2}) + dv_hd_columns(1080, {103, 2}), 2720U);
+    SHOW(told_of(std::string(508, '\0') + hex("0046000A 00540003"), "<511 >1 510=0010 510=0011 508=00450054",
+                 picture_by("CineForm")));
+    SHOW(told_of(std::string(512, '\0') + hex("0046000A"), "", picture_by("CineForm")));
+    SHOW(told_of(hex("00102001"), "<3 >1 1=1F 1=00 1=0A 2=21 2=22 2=25 2=24 2=30 3=00,1=18",
+                 picture_by("HuffYUV", true)));
+
+    const auto layer = [](uint64_t aspect, uint64_t width, uint64_t height) {
+        Bits bits;
+        bits.u(10, 0).u(4, aspect).u(aspect == 15 ? 16 : 0, 0x0304).u(1, 0).u(2, 0).u(1, 1).u(16, 25).u(1, 1);
+        bits.u(1, 0).u(1, 1).u(13, width).u(1, 1).u(13, height).u(1, 1).u(1, 1).u(8, 255);
+        return picture_by("MPEG-4")(bits.nal("00000120")) + "\n";
+    };
+    SHOW(layer(1, 720, 576) + layer(5, 720, 576) + layer(6, 720, 576) + layer(15, 720, 576) + layer(1, 1, 1) +
+         layer(1, 0, 1) + layer(1, 1, 0));
+    const auto sequence = [](uint64_t n, uint64_t d) {
+        Bits bits;
+        bits.u(2, 3).u(14, 0).u(12, 959).u(12, 539).u(2, 0).u(4, 1).u(1, 1).u(14, 1919).u(14, 1079).u(1, 0);
+        return picture_by("VC-1")(bits.u(2, 2).u(8, n).u(4, d).u(1, 0).u(8, 255).nal("0000010F")) + "\n";
+    };
+    SHOW(sequence(1, 1) + sequence(7, 2) + sequence(8, 1) + sequence(0, 1) + sequence(2, 0) + sequence(2, 3));
+    const auto dirac = [](uint64_t base, uint64_t rate, uint64_t aspect, uint64_t range) {
+        Bits bits;
+        for (int i = 0; i < 4; i++) bits.interleaved(2);
+        bits.interleaved(base).u(3, 0).u(1, 1).interleaved(rate).u(1, 1).interleaved(aspect).u(1, 1);
+        for (int i = 0; i < 4; i++) bits.interleaved(1);
+        bits.u(1, 1).interleaved(range);
+        for (int i = 0; range == 0 && i < 2; i++) bits.interleaved(255);
+        return picture_by("Dirac")("BBCD" + std::string(9, '\0') + bits.u(8, 255).nal("")) + "\n";
+    };
+    SHOW(dirac(0, 1, 1, 1) + dirac(22, 11, 6, 8) + dirac(23, 1, 1, 1) + dirac(0, 12, 7, 9) +
+         dirac(20, 10, 5, 7) + dirac(1, 2, 2, 0));
+}
+
+// Records of version 3 and heads of frames as an encoder of FFV1 writes them.
+TEST(ElementaryVideo, EdgesOfFfv1) {
+    Transcript transcript;
+    const char *const table =  // with transitions of its own
+        "56061e2ffdb846d7709730018601eee11ce6bd454db5382774d82e107d75c5aae33d602cd88683fe5b47b10fc55ef17bff81"
+        "78b57dc1212221be19c651d9310f08b67f7ab2c9dcca599ec7ddfde33307c787ddee7487e265c4fbfcd4c01ccd25e4684ad7"
+        "0edf1a5235be5667fe306fbe96c56002384c2e17c2334d3d63a079d1300a50489dbab46ddf204ce365a7a2219de799321bd"
+        "d";
+    SHOW(picture_by("FFV1",
+                    true)(hex(table) + hex("ca321b7664cee0e6fa290cf0988ba6b7f21e3b202a54a8f171eed6a5a7bd")));
+    SHOW(picture_by(
+        "FFV1", true)(hex(table) + hex("dcf1af88d089a5135584cfab26c27f0720304f19c5ebd729362069f9a6e1d240")));
+    SHOW(told_of(hex("562b8319e6f793921db8a87a3f8da23d"), "<1 <2 <3 <4 <5", picture_by("FFV1", true)));
+    SHOW(told_of(hex("562b86737f5ebeb8d226212d5a8e72dd"), "<1 <2 <3 <4 <5", picture_by("FFV1", true)));
+    SHOW(picture_by("FFV1", true)(hex("562b8af7e52b951233916593dbaeef26")));
+    SHOW(picture_by("FFV1", true)(hex("562b869be8a7f89c9e38506e93773d54")));
+    SHOW(picture_by("FFV1", true)(hex("562b886109e645ac3a2c22a31b6d76bc")));
+    SHOW(told_of(hex("9aec87309a496df656689957fd954a819b52a516"), "<1 <2 <3 <4", picture_by("FFV1")));
+    SHOW(picture_by("FFV1")(hex("fc550ab4993fe85e3b3becce8f9bd1e45ebb00d2")));
+    SHOW(picture_by("FFV1")(hex("9205310040d272484545ad54c6a5c9ad4b78f189")));
+    SHOW(picture_by("FFV1")(hex("562b8319e6f793921db8a87a3f8da23d")));
+    SHOW(picture_by("FFV1", true)(hex("9aec87309a496df656689957fd954a81")));
 }
