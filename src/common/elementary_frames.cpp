@@ -219,7 +219,7 @@ class RangeReader {
         }
         return is_one;
     }
-    bool is_over() const { return at_ > bytes_.size() + 2; }
+    bool is_over() const { return at_ > bytes_.size(); }
     uint32_t number(uint8_t (&states)[32], bool is_signed = false) {
         if (bit(states[0])) return 0;
         int length = 0;
