@@ -70,6 +70,7 @@ std::optional<uint64_t> packets_end(Input &input, uint64_t at, uint64_t pixels, 
         offset += 1 + (data[offset] & 0x80 ? 1 : count) * pixel_bytes;
         pixels -= std::min(pixels, count);
     }
+    if (pixels > 0) return std::nullopt;
     return at + offset;
 }
 

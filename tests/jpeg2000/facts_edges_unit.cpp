@@ -160,12 +160,20 @@ TEST(JpegFacts, Edges) {
                         "38=0006 38=0008 44=00000003 44=00000005 56=00000001 32=002B 34=00000009 "
                         "46=0113,42=0003,48=0006 234=0001 230=00000003 234=0002"));
     SHOW(sample_changed(photo, "13=01 14=00020001 14=00010002 432=0000 432=0000,892=FFDC00040010"));
+    const auto exif = [](const std::string &directory) {
+        const std::string data = "Exif" + hex("0000") + "MM" + hex("002A 00000008") + directory;
+        return facts_of(hex("FFD8 FFE1") + big().u16(data.size() + 2).str() + data +
+                        hex("FFC0 000B 08 0001 0001 01 01 11 00 FFDA 0008 01 01 00 003F00 FFD9"));
+    };
     for (const size_t length : {255, 256, 257}) {
-        const std::string exif = "Exif" + hex("0000") + "MM" + hex("002A 00000008 0001 0131 0002") +
-                                 big().u32(length).hex("0000001A 00000000").fill('z', length).str();
         const std::string facts =
-            facts_of(hex("FFD8 FFE1") + big().u16(exif.size() + 2).str() + exif +
-                     hex("FFC0 000B 08 0001 0001 01 01 11 00 FFDA 0008 01 01 00 003F00 FFD9"));
+            exif(hex("0001 0131 0002") + big().u32(length).hex("0000001A 00000000").str() +
+                 std::string(length, 'z'));
         SHOW(std::to_string(std::ranges::count(facts, 'z')));
+    }
+    for (const size_t entries : {512, 513}) {
+        std::string directory = big().u16(entries).str() + std::string(12 * entries, '\1');
+        directory.replace(12 * entries - 10, 12, hex("0112 0003 00000001 00060000"));
+        SHOW(exif(directory));
     }
 }
