@@ -56,12 +56,13 @@ void read_segment(Bytes segment, MainHeader &header) {
             header.wavelets.assign(header.components(), other);
             break;
         case 0x52:
+            if (!segment.has(13, 1)) break;
             header.cod = segment;
             std::ranges::fill(header.wavelets, wavelet_of(segment[13]));
             break;
         case 0x53: {
             const uint64_t component = segment.big(4, 1 + static_cast<unsigned>(wide));
-            if (component < header.wavelets.size())
+            if (component < header.wavelets.size() && segment.has(10 + wide, 1))
                 header.wavelets[static_cast<size_t>(component)] = wavelet_of(segment[10 + wide]);
             break;
         }
@@ -158,7 +159,7 @@ void add_header_details(const MainHeader &header, Facts &facts) {
     facts.add_more("profile", told >> 15 != 0 ? "part 2 extensions"
                               : profile < 256 ? name_at(kProfiles, profile)
                                               : name_at(kFamilies, profile >> 8));
-    if (header.cod.has(0, 10)) {
+    if (!header.cod.empty()) {
         facts.add_more("progression", name_at(kProgressions, header.cod[5]));
         facts.add_more("layers", big16(header.cod, 6));
         facts.add_more("levels", header.cod[9]);

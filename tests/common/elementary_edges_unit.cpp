@@ -52,6 +52,18 @@ auto picture_by(const char *codec, bool is_setup = false) {
 
 }  // namespace
 
+// Codes of 31 zeros and no more; a start code is one where a code is behind it.
+TEST(ElementaryBits, Edges) {
+    const std::string most = hex("0000000100000000"), over = hex("000000008000000000");
+    EXPECT_EQ(BitReader(window(most)).ue(), 0x7FFFFFFFU);
+    BitReader bits(window(over));
+    EXPECT_EQ(bits.ue(), 0U);
+    EXPECT_TRUE(bits.is_over());
+    const std::string code = hex("000001B3");
+    EXPECT_EQ(start_code(window(code)), 0U);
+    EXPECT_EQ(start_code(window(code.substr(0, 3))), 3U);
+}
+
 TEST(ElementarySound, Edges) {
     Transcript transcript;
     const std::string frame = hex("FFFB9000") + std::string(413, '\0') + hex("FFFB9000");

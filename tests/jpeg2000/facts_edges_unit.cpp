@@ -40,8 +40,8 @@ std::string jp2_of(const std::string &boxes) {
 TEST(Jpeg2000Facts, Edges) {
     Transcript transcript;
     const std::string tiles = "jpeg2000/tiles.j2k";
-    SHOW(sample_changed(tiles,
-                        "<42 <43 <89 <90 <97 <98 <1041 <1042 >1 >2 79=0001,81=FF90000A00000000012E0001"));
+    SHOW(sample_changed(
+        tiles, "<42 <43 <64 <65 <89 <90 <97 <98 <1041 <1042 >1 >2 79=0001,81=FF90000A00000000012E0001"));
     SHOW(sample_changed(tiles,
                         "16=0000003F 16=00000040 16=00000041 16=FFFFFFFF 20=0000002F 20=00000030 "
                         "20=00000031 6=0002 6=0003 6=0007 6=0008 6=00FF 6=0100 6=0900 6=4400 6=8000"));
@@ -92,8 +92,9 @@ TEST(Jpeg2000Facts, TilePartsOfLongFiles) {
 TEST(Jpeg2000Facts, IndexOfComponents) {
     Transcript transcript;
     const std::string coding = "FF52 000C 00000001 00 02 0404 00 01 ";
-    for (const char *segment : {"FF53 0009 FF 00 02 04 04 00 00", "FF53 000A 00FF 00 02 04 04 00 00",
-                                "FF53 000A 0100 00 02 04 04 00 00", "FF53 000A 0101 00 02 04 04 00 00"}) {
+    for (const char *segment :
+         {"FF53 0008 FF 00 02 04 04 00", "FF53 0009 FF 00 02 04 04 00 00", "FF53 000A 00FF 00 02 04 04 00 00",
+          "FF53 000A 0100 00 02 04 04 00 00", "FF53 000A 0101 00 02 04 04 00 00"}) {
         SHOW(components_of_index(256, coding + segment));
         SHOW(components_of_index(257, coding + segment));
     }
@@ -114,6 +115,7 @@ TEST(Jpeg2000Facts, EdgesOfBoxes) {
                         "48=00000000 52=00000000 56=0004 56=0005 70=02 70=05 73=0000000C 73=00000011 "
                         "73=00000012 73=00000015 73=00000014 65=0E,38=2C"));
     const std::string codes = jp2_of(hex("00000012 636F6C72 050000 0009 0010 0009 80"));
+    SHOW(facts_of(jp2_of(hex("00000011 636F6C72 050000 0009 0010 0009"))));
     SHOW(facts_changed(codes, "73=0000 75=0001 79=00 79=7F 77=0005"));
     const std::string aspect = jp2_of(hex("0000000F 636F6C72 0100000000001A 00000022") + "res " +
                                       hex("0000001A 72657363 0001 0002 0001 0004 00 00 0000000000000000"));
