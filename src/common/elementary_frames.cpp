@@ -176,7 +176,8 @@ bool huffyuv_picture(Bytes, Bytes setup, Picture &picture) {
                          : (flags & 3) == 0 ? "Y"
                          : (flags & 1) == 0 ? "RGB"
                                             : chroma_text(1U << (setup[1] & 3), 1U << (setup[1] >> 2 & 3));
-    if (!is_old && (flags & 4) != 0) picture.components += picture.components == "RGB" ? "A" : ":4";
+    const bool is_short = picture.components == "RGB" || picture.components == "Y";
+    if (!is_old && (flags & 4) != 0) picture.components += is_short ? "A" : ":4";
     picture.scan = (flags & 0x30) == 0x20 ? Scan::progressive : Scan::unknown;
     return !picture.components.empty();
 }
@@ -218,7 +219,7 @@ class RangeReader {
         }
         return is_one;
     }
-    bool is_over() const { return at_ > bytes_.size() + 2; }
+    bool is_over() const { return at_ > bytes_.size(); }
     uint32_t number(uint8_t (&states)[32], bool is_signed = false) {
         if (bit(states[0])) return 0;
         int length = 0;
@@ -403,7 +404,7 @@ bool dirac_picture(Bytes data, Bytes, Picture &picture) {
     picture.bits = range == 0                 ? static_cast<uint32_t>(std::bit_width(number()))
                    : range < std::size(kBits) ? kBits[range]
                                               : 0;
-    return !bits.is_over();
+    return index < std::size(kBases) && !bits.is_over();
 }
 
 template <bool (*read)(Bytes, Picture &)>

@@ -198,7 +198,7 @@ bool av1_picture(Bytes data, Bytes record, Picture &picture) {
         const uint8_t header = units[at];
         at += (header & 4) != 0 ? 2 : 1;
         uint64_t size = (header & 2) != 0 ? 0 : units.size();
-        for (int shift = 0; (header & 2) != 0 && shift < 35; shift += 7) {
+        for (int shift = 0; (header & 2) != 0 && shift < 56; shift += 7) {
             size |= uint64_t{units[at] & 0x7FU} << shift;
             if ((units[at++] & 0x80) == 0) break;
         }

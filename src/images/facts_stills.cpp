@@ -70,6 +70,7 @@ std::optional<uint64_t> packets_end(Input &input, uint64_t at, uint64_t pixels, 
         offset += 1 + (data[offset] & 0x80 ? 1 : count) * pixel_bytes;
         pixels -= std::min(pixels, count);
     }
+    if (pixels > 0) return std::nullopt;
     return at + offset;
 }
 
@@ -190,7 +191,7 @@ void bmp_facts(Input &input, Facts &facts) {
     Picture &picture = still(facts, width, height, bits, components,
                              os2 ? name_of(kOs2Codecs, compression) : name_of(kCodecs, compression));
     if (size >= 108 && h.u32(70) == fourcc("sRGB")) picture.colour = {1, 13, 0, 1};
-    if (!core && h.s32(38) > 0 && h.s32(42) > 0 && h.s32(38) != h.s32(42))
+    if (size >= 40 && h.s32(38) > 0 && h.s32(42) > 0 && h.s32(38) != h.s32(42))
         picture.pixel_aspect = Ratio{h.s32(42), h.s32(38)}.reduced();
     facts.add_more("bits a pixel", depth);
     if (lines < 0) facts.add_more("orientation", "top down");
@@ -284,18 +285,16 @@ void softimage_facts(Input &input, Facts &facts) {
     constexpr Scan kFields[] = {Scan::unknown, Scan::interlaced, Scan::interlaced, Scan::progressive};
     const OrderedBytes h = big_endian(input.present(0, 104 + 4 * kMostChannels));
     if (!bytes_are(h.bytes, 88, "PICT")) return facts.format.clear();
-    std::string components;
     std::string codec;
-    uint32_t bits = 0;
-    for (uint64_t i = 0; i < kMostChannels; i++) {
+    uint32_t bits = 0, masks = 0;
+    for (uint64_t i = 0; i < kMostChannels && h.bytes.has(104 + 4 * i, 4); i++) {
         const OrderedBytes channel = h.from(104 + 4 * i);
-        const uint32_t mask = channel.u8(3);
         bits = std::max<uint32_t>(bits, channel.u8(1));
-        if (mask & 0xE0) components.insert(0, "RGB");
-        if (mask & 0x10) components += "A";
+        masks |= channel.u8(3);
         codec = channel.u8(2) == 0 ? "uncompressed" : "RLE";
         if (channel.u8(0) == 0) break;
     }
+    const std::string components = std::string(masks & 0xE0 ? "RGB" : "") + (masks & 0x10 ? "A" : "");
     Picture &picture = still(facts, h.u16(92), h.u16(94), bits, components, codec);
     picture.scan = h.u16(100) < std::size(kFields) ? kFields[h.u16(100)] : Scan::unknown;
     picture.pixel_aspect = aspect_of(static_cast<double>(float_of_bits(h.u32(96))));

@@ -14,7 +14,7 @@ namespace {
 using namespace std::string_view_literals;
 
 constexpr uint32_t kMostSegments = 1000;  // of a main header
-constexpr uint32_t kMostComponents = 1024;
+constexpr uint32_t kMostComponents = 16384;
 constexpr uint32_t kMostTileParts = 40;  // that are walked through in a large file
 constexpr uint64_t kSmallFile = 2 << 20;
 constexpr uint64_t kTail = 65536;
@@ -56,12 +56,13 @@ void read_segment(Bytes segment, MainHeader &header) {
             header.wavelets.assign(header.components(), other);
             break;
         case 0x52:
+            if (!segment.has(13, 1)) break;
             header.cod = segment;
             std::ranges::fill(header.wavelets, wavelet_of(segment[13]));
             break;
         case 0x53: {
             const uint64_t component = segment.big(4, 1 + static_cast<unsigned>(wide));
-            if (component < header.wavelets.size())
+            if (component < header.wavelets.size() && segment.has(10 + wide, 1))
                 header.wavelets[static_cast<size_t>(component)] = wavelet_of(segment[10 + wide]);
             break;
         }
@@ -89,7 +90,7 @@ MainHeader read_main_header(Bytes codestream) {
             break;
         }
         const Bytes segment = codestream.sub(at, 2 + uint64_t{big16(codestream, at + 2)});
-        if (code == 0x53 && overrides.size() < kMostComponents) overrides.push_back(segment);
+        if (code == 0x53) overrides.push_back(segment);
         read_segment(segment, header);
         at += segment.size() < 4 ? 4 : segment.size();
     }
@@ -158,9 +159,11 @@ void add_header_details(const MainHeader &header, Facts &facts) {
     facts.add_more("profile", told >> 15 != 0 ? "part 2 extensions"
                               : profile < 256 ? name_at(kProfiles, profile)
                                               : name_at(kFamilies, profile >> 8));
-    facts.add_more("progression", name_at(kProgressions, header.cod[5]));
-    facts.add_more("layers", big16(header.cod, 6));
-    facts.add_more("levels", header.cod[9]);
+    if (!header.cod.empty()) {
+        facts.add_more("progression", name_at(kProgressions, header.cod[5]));
+        facts.add_more("layers", big16(header.cod, 6));
+        facts.add_more("levels", header.cod[9]);
+    }
     const uint64_t width = big32(header.siz, 22);
     const uint64_t height = big32(header.siz, 26);
     // The first tile begins where the grid says.
@@ -195,9 +198,10 @@ Extent::State follow_tile_parts(Input &input, uint64_t place, uint64_t limit, ui
             const uint64_t tail = std::min(kTail, present - end);
             const Bytes last = input.present(present - tail, tail);
             const uint64_t found = find_last_in(last, "\xFF\xD9");
+            const bool is_seen = tail == present - end;  // all of it
             end = std::min(present - tail + found + 2, present);
             if (found < tail) return Extent::whole;
-            return tail >= 64 && is_zero(last.from(tail - 64)) ? Extent::cut : Extent::unknown;
+            return is_seen || is_zero(last.from(tail - 64)) ? Extent::cut : Extent::unknown;
         }
         if (length < 14) return Extent::unknown;
         end += length;
@@ -253,6 +257,7 @@ void read_codestream(Input &input, uint64_t start, uint64_t limit, Facts &facts)
 }
 
 void read_colour(Bytes content, Facts &facts) {
+    if (!content.has(0, 7)) return;
     Picture &picture = facts.picture();
     constexpr const char *kMethods[] = {"", "", "ICC profile", "ICC profile", "vendor's"};
     constexpr CodeName kSpaces[] = {
@@ -260,7 +265,7 @@ void read_colour(Bytes content, Facts &facts) {
         {12, "CMYK"},   {13, "YCCK"},    {14, "CIELab"},  {15, "bilevel"},  {16, "sRGB"},    {17, "grey"},
         {18, "sYCC"},   {19, "CIEJab"},  {20, "e-sRGB"},  {21, "ROMM-RGB"}, {22, "YPbPr"},   {24, "e-sYCC"}};
     const uint32_t space = big32(content, 3);
-    if (content[0] == 5)  // codes of H.273
+    if (content[0] == 5 && content.has(9, 1))  // codes of H.273
         picture.colour = {big16(content, 3), big16(content, 5), big16(content, 7), content[9] >> 7};
     if (content[0] != 1) return facts.add_more("colour", name_at(kMethods, content[0]));
     facts.add_more("colour", name_of(kSpaces, space));
@@ -335,7 +340,8 @@ void jp2_facts(Input &input, Facts &facts) {
     bool has_codestream = false;
     uint32_t count = 0;
     uint64_t end = 0;
-    for (int i = 0; i < kMostBoxes && end < size; i++, end = box.end()) {
+    int boxes = 0;
+    for (; boxes < kMostBoxes && end < size; boxes++, end = box.end()) {
         const Box next = box_at(file, end);
         const bool is_behind = has_codestream && next.type == 0;  // zeros are no box
         if (is_behind) facts.add_more("trailing bytes", size - end);
@@ -367,7 +373,7 @@ void jp2_facts(Input &input, Facts &facts) {
     const bool is_box = std::ranges::count(kLastBoxes, box.type) > 0 || !has_codestream;
     if (end > size && is_box) {
         facts.cut(end, "the last box's end");
-    } else if (!has_codestream) {
+    } else if (!has_codestream && boxes < kMostBoxes) {
         facts.cut(size + 1, "the codestream");
     }
 }

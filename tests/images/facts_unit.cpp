@@ -41,6 +41,7 @@ TEST(ImageFacts, BlocksOfGif) {
     EXPECT_EQ(facts_of(whole), shown + "25 fps 2 frames | 2/25 s | whole");
     EXPECT_EQ(facts_of(head + image("0400") + image("0600") + ";behind"),
               shown + "20 vfr 2 frames | 1/10 s | whole");
+    EXPECT_EQ(facts_of(head + image("0400") + ";"), shown + "1 frames | whole");
     for (const size_t cut : {whole.size() - 1, whole.size() - 2, whole.size() - 20, size_t{40}, size_t{13}}) {
         EXPECT_EQ(extent_of(whole.substr(0, cut), "a.gif"),
                   cut + 1 == whole.size() ? "unknown" : "cut the picture's end");
@@ -58,6 +59,8 @@ TEST(ImageFacts, LongGif) {
     EXPECT_EQ(facts_of(file + hex("003B")), "GIF | 320x242 LZW palette 2 bits | whole");
     EXPECT_EQ(extent_of(file + hex("003B") + "behind", "a.gif"), "whole");
     EXPECT_EQ(extent_of(file.substr(0, file.size() - 100), "a.gif"), "cut the picture's end");
+    EXPECT_EQ(extent_of(file, "a.gif"), "cut the picture's end");
+    EXPECT_EQ(extent_of(file + hex("00"), "a.gif"), "unknown");  // some writers leave the trailer out
 }
 
 // How long each frame is shown: a denominator of 0 stands for 100.
@@ -76,6 +79,8 @@ TEST(ImageFacts, TimesOfPng) {
     EXPECT_EQ(animation("03E97530", "03E97530"), "30000/1001 fps 2 frames | 1001/15000 s | whole");
     EXPECT_EQ(animation("00040000", "00040064"), "25 fps 2 frames | 2/25 s | whole");
     EXPECT_EQ(animation("00040000", "00060000"), "20 vfr 2 frames | 1/10 s | whole");
+    EXPECT_EQ(animation("000107D0", "000107D0"), "2000 fps 2 frames | 1/1000 s | whole");
+    EXPECT_EQ(animation("00000001", "00000001"), "2 frames | whole");
 }
 
 // Bits by the masks of the components; the compressions of OS/2 are others; JPEG in a BMP has no palette.

@@ -26,6 +26,10 @@ TEST(JpegFacts, MultiplePictures) {
     EXPECT_EQ(extent_of(one + next.substr(0, 999), "a.jpg"), "cut picture 2");
     EXPECT_EQ(extent_of(one, "a.jpg"), "whole");
     EXPECT_EQ(extent_of(one + "anything", "a.jpg"), "whole");
+    const std::string cut = one + next.substr(0, 999);
+    EXPECT_EQ(facts_changed(cut, "24=00000010 24=0000001F", "a.jpg"),
+              "24=00000010: - cut picture 2 - pictures: 2 - 1097 bytes + whole + 97 bytes\n"
+              "24=0000001F: - cut picture 2 - pictures: 2 - 1097 bytes + whole + 97 bytes\n");
 }
 
 // Chroma that is halved downwards alone; four components, of which one is alpha.

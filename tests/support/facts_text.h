@@ -139,29 +139,31 @@ inline std::string facts_difference(const std::string &first, const std::string 
     return before == after ? " the same" : report;
 }
 
-// The same for each of `changes`, words that say of the bytes of `content`: "780=00FF" that these stand from
-// 780 on, "<100" that they end there, ">4" that as many more come behind; joined by commas, these one after
-// the other.
+// What a word says of bytes: "780=00FF" that these stand from 780 on, "<100" that they end there, ">4" that
+// as many more come behind; joined by commas, these one after the other.
+inline std::string changed(std::string bytes, const std::string &word) {
+    std::istringstream steps(word);
+    for (std::string step; std::getline(steps, step, ',');) {
+        const size_t number = std::stoul(step.substr(step.find_first_of("0123456789")));
+        if (step[0] == '<') {
+            bytes.resize(number);
+        } else if (step[0] == '>') {
+            bytes.append(number, 'x');
+        } else {
+            const std::string raw = hex(step.substr(step.find('=') + 1));
+            bytes.replace(number, raw.size(), raw);
+        }
+    }
+    return bytes;
+}
+
+// The same for each of `changes`, such words.
 inline std::string facts_changed(const std::string &content, const std::string &changes,
                                  const char *name = "file.bin") {
     std::istringstream words(changes);
     std::string report;
-    for (std::string word; words >> word;) {
-        std::string bytes = content;
-        std::istringstream steps(word);
-        for (std::string step; std::getline(steps, step, ',');) {
-            const size_t number = std::stoul(step.substr(step.find_first_of("0123456789")));
-            if (step[0] == '<') {
-                bytes.resize(number);
-            } else if (step[0] == '>') {
-                bytes.append(number, 'x');
-            } else {
-                const std::string raw = hex(step.substr(step.find('=') + 1));
-                bytes.replace(number, raw.size(), raw);
-            }
-        }
-        report += word + ":" + facts_difference(content, bytes, name) + "\n";
-    }
+    for (std::string word; words >> word;)
+        report += word + ":" + facts_difference(content, changed(content, word), name) + "\n";
     return report;
 }
 

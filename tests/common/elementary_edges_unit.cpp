@@ -1,0 +1,386 @@
+// Both sides of the bounds in headers of elementary streams.
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+#include "common/elementary.h"
+#include "support/bytes_of.h"
+#include "support/command.h"
+#include "support/facts_text.h"
+
+namespace {
+
+Bytes window(const std::string &bytes) { return Bytes(bytes.data(), bytes.size()); }
+
+// What `tell` says of bytes as they are, and of each that the changes make of them.
+template <typename Tell>
+std::string told_of(const std::string &bytes, const std::string &changes, Tell tell) {
+    std::istringstream words(changes);
+    std::string report = tell(bytes) + "\n";
+    for (std::string word; words >> word;) report += word + ": " + tell(changed(bytes, word)) + "\n";
+    return report;
+}
+
+std::string text_if(bool is_known, const Facts &facts) {
+    std::string text = is_known ? text_of(facts).substr(3) : "nothing";
+    const int64_t rate = facts.sounds.empty() ? facts.pictures[0].bit_rate : facts.sounds[0].bit_rate;
+    return text + (is_known && rate > 0 ? " " + std::to_string(rate) : "");
+}
+
+// The first frame of a sound, and what its decoder is given.
+auto sound_by(const char *codec, bool is_setup = false) {
+    return [=](const std::string &bytes) {
+        Facts facts;
+        facts.sounds.emplace_back().codec = codec;
+        const Bytes data = window(bytes);
+        const bool is_known =
+            stream_sound(is_setup ? Bytes() : data, facts.sounds[0], is_setup ? data : Bytes());
+        return text_if(is_known, facts);
+    };
+}
+
+auto picture_by(const char *codec, bool is_setup = false) {
+    return [=](const std::string &bytes) {
+        Facts facts;
+        facts.picture().codec = codec;
+        const Bytes data = window(bytes);
+        const bool is_known =
+            stream_picture(is_setup ? Bytes() : data, facts.picture(), is_setup ? data : Bytes());
+        return text_if(is_known, facts);
+    };
+}
+
+}  // namespace
+
+// Codes of 31 zeros and no more; a start code is one where a code is behind it.
+TEST(ElementaryBits, Edges) {
+    const std::string most = hex("0000000100000000"), over = hex("000000008000000000");
+    EXPECT_EQ(BitReader(window(most)).ue(), 0x7FFFFFFFU);
+    BitReader bits(window(over));
+    EXPECT_EQ(bits.ue(), 0U);
+    EXPECT_TRUE(bits.is_over());
+    const std::string code = hex("000001B3");
+    EXPECT_EQ(start_code(window(code)), 0U);
+    EXPECT_EQ(start_code(window(code.substr(0, 3))), 3U);
+}
+
+TEST(ElementarySound, Edges) {
+    Transcript transcript;
+    const std::string frame = hex("FFFB9000") + std::string(413, '\0') + hex("FFFB9000");
+    SHOW(told_of(frame,
+                 "1=F9 1=FD 1=FF 1=E3 1=EB 1=F3 2=00 2=10 2=E0 2=F0 2=94 2=98 2=9C 3=02 3=03 3=80 3=C0 "
+                 "417=00000000 417=00000000,<420 <416 0=FFE0 0=FF1B",
+                 sound_by("MP3")));
+    SHOW(told_of(hex("0B7700001C40E100"),
+                 "<7 4=00 4=01 4=24 4=25 4=26 4=5C 4=9C 4=DC 5=48 5=50 6=41 6=21 6=90 6=01",
+                 sound_by("AC-3")));
+    SHOW(told_of(hex("0B7700033F87C000"), "5=57 5=5F 5=8F 4=3E 4=C0 4=E0 4=F0 2=40 2=07FF <7",
+                 sound_by("E-AC-3")));
+    SHOW(told_of(hex("7FFE8001FC3C75B276C005380009EF7B"),
+                 "7=B2,8=36 7=B2,8=B6 7=B3,8=F6 7=B4,8=36 8=42 8=46 10=04 10=03 <10 <11 <12",
+                 sound_by("DTS")));
+    SHOW(told_of(hex("FFF14C8000E00000"), "2=70 2=74 5=C0 5=DF <6 <7 1=E1 1=F7 3=00 3=C0", sound_by("AAC")));
+    SHOW(told_of(std::string(10, '\0') + hex("0BB80370") + std::string(20, '\0'),
+                 "<33 >1 10=000003 10=000013 12=0E 12=0F 13=F0", sound_by("FLAC", true)));
+    const std::string program = "118004C4040021100D4C61766335392E33372E31303056E500";
+    SHOW(told_of(hex(program), "0=09 0=19 0=21 0=41 0=31 0=39 <4", sound_by("AAC", true)));
+    SHOW(told_of(hex("1190"),
+                 "0=16,1=10 0=16,1=90 0=17,1=81770010 0=17,1=81770090 1=F0 1=F8 1=C0 1=D8 <1 0=01",
+                 sound_by("AAC", true)));
+    SHOW(told_of(std::string(4323, '\0') + hex("5000000000"), "4327=08 4327=10 4327=18 4327=01 4323=51",
+                 [](const std::string &bytes) {
+                     Facts facts;
+                     const bool is_known = dv_sound(window(bytes), facts.sounds.emplace_back());
+                     return text_if(is_known, facts);
+                 }));
+    for (const uint32_t format : {0x1U, 0x103U, 0x203U, 0x1003U, 0x20000003U, 0x80000003U, 0x18000U}) {
+        Facts facts;
+        const bool is_known = truehd_format(format, facts.sounds.emplace_back());
+        SHOW(text_if(is_known, facts));
+    }
+    EXPECT_EQ(speaker_layout(0x20001, 2) + "," + speaker_layout(0x40001, 2) + "," + speaker_layout(0x3, 3),
+              "L Tbr,,");
+    EXPECT_EQ(configured_layout(14) + "," + configured_layout(15), "5.1.2,");
+    EXPECT_EQ(ac3_bit_rate(18) + ac3_bit_rate(19), 639999);
+}
+
+TEST(ElementaryVideo, EdgesOfMpeg) {
+    Transcript transcript;
+    const std::string sequence = hex("000001B3 780438 33 FFFFE018 000001B5 144400010000 000001B5 8FFFF38080");
+    SHOW(told_of(sequence,
+                 "7=30 7=31 7=38 7=39 7=03 7=13 7=23 7=43 7=53 4=000438 4=780000 8=000020 8=000060 "
+                 "8=FFFFC0 15=01 15=AF 15=B0 15=B3 15=B8 <12",
+                 picture_by("MPEG-2")));
+    SHOW(told_of(changed(sequence, "15=01"), "7=13 7=23 7=E3 7=F3 8=000060 8=000160", picture_by("MPEG-2")));
+    SHOW(told_of(sequence.substr(0, 12) + hex("00000100") + sequence.substr(12), "15=01 15=AF 15=B0",
+                 picture_by("MPEG-2")));
+    // The size shown of 1920 by 1080: from half of what is coded on.
+    const auto shown = [&](uint64_t width, uint64_t height) {
+        const uint64_t bits = width << 18 | uint64_t{1} << 17 | height << 3;
+        return picture_by("MPEG-2")(sequence.substr(0, 22) + hex("000001B5 20") + big().u32(bits).str() +
+                                    sequence.substr(22));
+    };
+    SHOW(shown(960, 1080) + "\n" + shown(959, 1080) + "\n" + shown(1920, 540) + "\n" + shown(1920, 539));
+}
+
+namespace {
+
+// Bits, most significant first, and Exp-Golomb codes; what would be a start code is escaped.
+class Bits {
+ public:
+    Bits &u(unsigned n, uint64_t value) {
+        while (n-- > 0) bits_ += (value >> n & 1) != 0 ? '1' : '0';
+        return *this;
+    }
+    Bits &ue(uint64_t value) {
+        unsigned n = 0;
+        while ((value + 1) >> (n + 1) != 0) n++;
+        return u(n, 0).u(n + 1, value + 1);
+    }
+    Bits &codes(size_t n, uint64_t value = 0) {
+        while (n-- > 0) ue(value);
+        return *this;
+    }
+    Bits &interleaved(uint64_t value) {  // Exp-Golomb as Dirac has it
+        unsigned n = 0;
+        while ((value + 1) >> (n + 1) != 0) n++;
+        while (n-- > 0) u(1, 0).u(1, (value + 1) >> n & 1);
+        return u(1, 1);
+    }
+    std::string nal(const char *header) const {
+        std::string raw = hex(header);
+        for (size_t i = 0, zeros = 0; i < bits_.size(); i += 8) {
+            const std::string byte = (bits_.substr(i, 8) + "10000000").substr(0, 8);
+            const int value = std::stoi(byte, nullptr, 2);
+            if (zeros >= 2 && value <= 3) raw += '\3', zeros = 0;
+            zeros = value == 0 ? zeros + 1 : 0;
+            raw += static_cast<char>(value);
+        }
+        return raw;
+    }
+
+ private:
+    std::string bits_;
+};
+
+struct AvcSet {
+    uint64_t chroma = 1, depth = 8, columns = 2, rows = 2, frame_bits = 4, offsets = 0, buffers = 0;
+    uint64_t crop[4] = {}, aspect = 1, unit = 1, scale = 50;
+    bool frames_only = true, has_lists = false, by_block = false, has_structures = true;
+
+    std::string nal() const {
+        Bits bits;
+        bits.u(8, 100).u(16, 0).ue(0).ue(chroma);
+        if (chroma == 3) bits.u(1, 0);
+        bits.ue(depth - 8).ue(0).u(1, 0).u(1, has_lists);
+        for (int i = 0; has_lists && i < (chroma == 3 ? 12 : 8); i++) bits.u(1, 1).codes(i < 6 ? 16 : 64);
+        bits.ue(frame_bits - 4);
+        if (offsets > 0) {
+            bits.ue(1).u(1, 0).codes(2).ue(offsets).codes(offsets);
+        } else {
+            bits.ue(0).ue(0);
+        }
+        bits.ue(1).u(1, 0).ue(columns - 1).ue(rows - 1).u(1, frames_only);
+        if (!frames_only) bits.u(1, by_block);
+        bits.u(1, 0).u(1, 1);
+        for (const uint64_t side : crop) bits.ue(side);
+        bits.u(1, 1).u(1, 1).u(8, aspect).u(3, 0).u(1, 1).u(32, unit).u(32, scale).u(1, 1).u(1, buffers > 0);
+        if (buffers > 0) {
+            bits.ue(buffers - 1).u(8, 0);
+            for (uint64_t i = 0; i < buffers; i++) bits.codes(2, 1).u(1, 0);
+            bits.u(5, 0).u(5, 10).u(5, 20).u(5, 0);
+        }
+        bits.u(1, 0).u(buffers > 0 ? 1 : 0, 0).u(1, has_structures).u(8, 0);
+        return bits.nal("67");
+    }
+    std::string told() const {
+        Facts facts;
+        AvcFields fields;
+        const std::string set = nal();
+        const bool is_known = h264_sequence(window(set), facts.picture(), fields);
+        const Picture &p = facts.pictures[0];
+        return text_if(is_known, facts) + " " + std::to_string(fields.timing) + "," +
+               std::to_string(fields.frame_number) + (p.coded_width > 0 ? " coded\n" : "\n");
+    }
+};
+
+struct HevcSet {
+    uint64_t sub_layers = 0, order_bits = 4, sets = 0, before = 0, after = 0, references = 0, long_term = 0;
+    bool has_lists = false, has_layers = false, has_blocks = false;
+
+    std::string nal() const {
+        Bits bits;
+        bits.u(4, 0).u(3, sub_layers).u(1, 0).u(40, 0).u(2, 2).u(54, 0);
+        if (sub_layers > 0) bits.u(16, has_layers ? 0xFFFF << (16 - 2 * sub_layers) & 0xFFFF : 0);
+        for (uint64_t i = 0; has_layers && i < sub_layers; i++) bits.u(48, 0).u(48, 0);
+        bits.ue(0).ue(1).ue(64).ue(48).u(1, 0).ue(0).ue(0).ue(order_bits - 4).u(1, 1);
+        bits.codes(3 * (sub_layers + 1), 1).codes(6, 1).u(1, has_lists).u(has_lists ? 1 : 0, 1);
+        for (int size = 0; has_lists && size < 4; size++) {
+            for (int i = 0; i < (size == 3 ? 2 : 6); i++)
+                bits.u(1, 1).codes(size > 1 ? 1 : 0).codes(size == 0 ? 16 : 64);
+        }
+        bits.u(2, 0).u(1, has_blocks);
+        if (has_blocks) bits.u(8, 0).codes(2, 1).u(1, 0);
+        bits.ue(sets);
+        for (uint64_t i = 0; i < sets; i++) {
+            if (i > 0) bits.u(1, i <= references);
+            if (i > 0 && i <= references) {
+                bits.u(1, 0).ue(0).u(static_cast<unsigned>(before + after + 1), UINT64_MAX);
+                continue;
+            }
+            bits.ue(before).ue(after);
+            for (uint64_t k = 0; k < before + after; k++) bits.ue(0).u(1, 1);
+        }
+        bits.u(1, long_term > 0);
+        if (long_term > 0) bits.ue(long_term);
+        for (uint64_t i = 0; i < long_term; i++) bits.u(static_cast<unsigned>(order_bits + 1), 0);
+        bits.u(2, 0).u(1, 1).u(1, 1).u(8, 2).u(3, 0).u(4, 0).u(1, 1).u(32, 1).u(32, 25).u(8, 0);
+        return bits.nal("4201");
+    }
+    std::string told() const {
+        Facts facts;
+        bool has_structures = false;
+        const std::string set = nal();
+        return text_if(hevc_sequence(window(set), facts.picture(), has_structures), facts) + "\n";
+    }
+};
+
+}  // namespace
+
+TEST(ElementaryVideo, EdgesOfH264) {
+    Transcript transcript;
+    SHOW(AvcSet{}.told());
+    for (const uint64_t side : {4096, 4097})
+        SHOW(AvcSet{.columns = side}.told() + AvcSet{.rows = side}.told());
+    for (const uint64_t chroma : {0, 3, 4}) SHOW((AvcSet{.chroma = chroma, .has_lists = true}.told()));
+    SHOW((AvcSet{.has_lists = true}.told()));
+    SHOW(AvcSet{.depth = 16}.told() + AvcSet{.depth = 17}.told());
+    for (const uint64_t crop : {1, 31, 32})
+        SHOW((AvcSet{.chroma = 3, .crop = {0, crop, 0, 0}}.told() +
+              AvcSet{.chroma = 3, .crop = {0, 0, crop, 0}}.told()));
+    for (const uint64_t bits : {4, 15, 16, 17})
+        SHOW((AvcSet{.frame_bits = bits, .frames_only = false}.told()));
+    for (const uint64_t n : {1, 2, 3}) SHOW(AvcSet{.offsets = n}.told());
+    for (const uint64_t n : {1, 2, 31, 32}) SHOW(AvcSet{.buffers = n}.told());
+    for (const uint64_t aspect : {0, 16, 17, 254}) SHOW(AvcSet{.aspect = aspect}.told());
+    for (const auto &[unit, scale] : {std::pair{0, 50}, {1, 2001}, {1, 2002}, {2, 50}, {1, 1}})
+        SHOW((AvcSet{.unit = static_cast<uint64_t>(unit), .scale = static_cast<uint64_t>(scale)}.told()));
+}
+
+TEST(ElementaryVideo, EdgesOfHevc) {
+    Transcript transcript;
+    SHOW(HevcSet{}.told());
+    for (const uint64_t n : {1, 2, 6})
+        SHOW((HevcSet{.sub_layers = n}.told() + HevcSet{.sub_layers = n, .has_layers = true}.told()));
+    SHOW((HevcSet{.has_lists = true, .has_blocks = true}.told()));
+    for (const uint64_t bits : {16, 17}) SHOW((HevcSet{.order_bits = bits, .long_term = 1}.told()));
+    for (const uint64_t n : {1, 2, 64, 65}) SHOW(HevcSet{.sets = n}.told());
+    for (const uint64_t n : {8, 9, 16, 17})
+        SHOW((HevcSet{.sets = 1, .before = n}.told() + HevcSet{.sets = 1, .after = n}.told() +
+              HevcSet{.sets = 1, .before = n, .after = n}.told()));
+    SHOW((HevcSet{.sets = 4, .before = 2, .after = 1, .references = 1}.told()));
+    for (const uint64_t n : {1, 32, 33}) SHOW(HevcSet{.long_term = n}.told());
+}
+
+TEST(ElementaryVideo, EdgesOfUnits) {
+    Transcript transcript;
+    EXPECT_EQ(mastering_volume(window(std::string(23, '\1'))) + content_light(window("abc")), "");
+    const auto stream = [](const AvcSet &set, const char *unit) {
+        const std::string start = hex("00000001");
+        return start + set.nal() + start.substr(1) + hex(unit);
+    };
+    // A slice that is a frame, as short as it can be; a timing of the picture alone in its message.
+    const AvcSet fields = {.frames_only = false};
+    const std::string slice = stream(fields, "65E0"), timing = stream(fields, "060101C0");
+    SHOW(told_of(slice, "<" + std::to_string(slice.size() - 1), picture_by("H.264")));
+    const std::string last = std::to_string(timing.size() - 1);
+    SHOW(told_of(timing, "<" + last + " " + last + "=D0 " + last + "=B0 " + last + "=00",
+                 picture_by("H.264")));
+    SHOW(picture_by("H.264")(stream({.frames_only = false, .by_block = true}, "65E0")));
+    SHOW(picture_by("H.264")(stream({.frames_only = false, .has_structures = false}, "06010110")));
+
+    const std::string record = hex("01") + std::string(15, '\0') + hex("FD FA F8 0000 0F 00");
+    SHOW(told_of(record, "<22 0=00 0=02 0=03 16=FC 16=FF 17=F8 17=FF", picture_by("HEVC", true)));
+    const std::string set = HevcSet{}.nal();
+    const std::string array = record.substr(0, 22) + hex("01 21 0001") + big().u16(set.size()).str() + set;
+    SHOW(told_of(array, "22=00 24=0000 24=0002 <27 <28", picture_by("HEVC", true)));
+    SHOW(told_of(array.substr(0, 23) + hex("A10000") + array.substr(23), "22=02 22=01 22=03",
+                 picture_by("HEVC", true)));
+
+    // Levels from 8 on have a tier; sizes have up to eight bytes.
+    SHOW(told_of(hex("81000C00 0A0B000000043CFFBC02F80840"), "<3 <4 <5 9=3C 9=44 0=80 2=40 2=60 2=50 2=08",
+                 picture_by("AV1", true)));
+    for (const char *size : {"8B00", "8B8080808000", "8B80808080808000"})
+        SHOW(picture_by("AV1", true)(hex("81000C00 0A") + hex(size) + hex("000000043CFFBC02F80840")));
+    SHOW(picture_by("AV1", true)(hex("81000C00 1200 0A0B000000043CFFBC02F80840")));
+}
+
+TEST(ElementaryVideo, EdgesOfFrames) {
+    Transcript transcript;
+    const std::string prores =
+        hex("00001000") + "icpf" + hex("0014 0000 00000000 0780 0438 84 00 01 02 09 02");
+    SHOW(told_of(prores, "8=0013 8=0015 20=C0 20=80 20=88 20=8C 22=000102 25=00 4=00", picture_by("ProRes")));
+    SHOW(told_of(changed(prores, "20=C0"), "25=00 25=0F 25=10", picture_by("ProRes")));
+    const std::string dv = big().u8(0x1F).at(3).hex("3F 78").at(448).hex("60 000000").at(560).u8(0).str();
+    SHOW(told_of(dv,
+                 "<479 <480 451=03 451=04 451=05 448=61,451=04 473=61,475=02 473=61,475=07 473=61,475=03 "
+                 "483=61,485=02 3=BF 3=BF,4=79 0=20",
+                 picture_by("DV")));
+    for (const auto &[height, n] : {std::pair{720, 50}, {721, 50}, {1080, 30}, {1080, 25}})
+        SHOW(std::to_string(dv_hd_columns(static_cast<uint32_t>(height), {n, 1})));
+    EXPECT_EQ(dv_hd_columns(1080, {101, 2}) + dv_hd_columns(1080, {103, 2}), 2720U);
+    SHOW(told_of(std::string(508, '\0') + hex("0046000A 00540003"), "<511 >1 510=0010 510=0011 508=00450054",
+                 picture_by("CineForm")));
+    SHOW(told_of(std::string(512, '\0') + hex("0046000A"), "", picture_by("CineForm")));
+    SHOW(told_of(hex("00102001"), "<3 >1 1=1F 1=00 1=0A 2=21 2=22 2=25 2=24 2=30 3=00,1=18",
+                 picture_by("HuffYUV", true)));
+
+    const auto layer = [](uint64_t aspect, uint64_t width, uint64_t height) {
+        Bits bits;
+        bits.u(10, 0).u(4, aspect).u(aspect == 15 ? 16 : 0, 0x0304).u(1, 0).u(2, 0).u(1, 1).u(16, 25).u(1, 1);
+        bits.u(1, 0).u(1, 1).u(13, width).u(1, 1).u(13, height).u(1, 1).u(1, 1).u(8, 255);
+        return picture_by("MPEG-4")(bits.nal("00000120")) + "\n";
+    };
+    SHOW(layer(1, 720, 576) + layer(5, 720, 576) + layer(6, 720, 576) + layer(15, 720, 576) + layer(1, 1, 1) +
+         layer(1, 0, 1) + layer(1, 1, 0));
+    const auto sequence = [](uint64_t n, uint64_t d) {
+        Bits bits;
+        bits.u(2, 3).u(14, 0).u(12, 959).u(12, 539).u(2, 0).u(4, 1).u(1, 1).u(14, 1919).u(14, 1079).u(1, 0);
+        return picture_by("VC-1")(bits.u(2, 2).u(8, n).u(4, d).u(1, 0).u(8, 255).nal("0000010F")) + "\n";
+    };
+    SHOW(sequence(1, 1) + sequence(7, 2) + sequence(8, 1) + sequence(0, 1) + sequence(2, 0) + sequence(2, 3));
+    const auto dirac = [](uint64_t base, uint64_t rate, uint64_t aspect, uint64_t range) {
+        Bits bits;
+        for (int i = 0; i < 4; i++) bits.interleaved(2);
+        bits.interleaved(base).u(3, 0).u(1, 1).interleaved(rate).u(1, 1).interleaved(aspect).u(1, 1);
+        for (int i = 0; i < 4; i++) bits.interleaved(1);
+        bits.u(1, 1).interleaved(range);
+        for (int i = 0; range == 0 && i < 2; i++) bits.interleaved(255);
+        return picture_by("Dirac")("BBCD" + std::string(9, '\0') + bits.u(8, 255).nal("")) + "\n";
+    };
+    SHOW(dirac(0, 1, 1, 1) + dirac(22, 11, 6, 8) + dirac(23, 1, 1, 1) + dirac(0, 12, 7, 9) +
+         dirac(20, 10, 5, 7) + dirac(1, 2, 2, 0));
+}
+
+// Records of version 3 and heads of frames as an encoder of FFV1 writes them.
+TEST(ElementaryVideo, EdgesOfFfv1) {
+    Transcript transcript;
+    const std::string table = hex(  // with transitions of its own
+        "56061e2ffdb846d7709730018601eee11ce6bd454db5382774d82e107d75c5aae33d602cd88683fe5b47b10fc55ef17bff81"
+        "78b57dc1212221be19c651d9310f08b67f7ab2c9dcca599ec7ddfde33307c787ddee7487e265c4fbfcd4c01ccd25e4684ad7"
+        "0edf1a5235be5667fe306fbe96c56002384c2e17c2334d3d63a079d1300a50489dbab46ddf204ce365a7a2219de799321b");
+    SHOW(picture_by("FFV1",
+                    true)(table + hex("dca321b7664cee0e6fa290cf0988ba6b7f21e3b202a54a8f171eed6a5a7b")));
+    SHOW(picture_by("FFV1",
+                    true)(table + hex("ddcf1af88d089a5135584cfab26c27f0720304f19c5ebd729362069f9a6e")));
+    SHOW(told_of(hex("562b8319e6f793921db8a87a3f8da23d"), "<2 <3 <4 <5 <6 <7", picture_by("FFV1", true)));
+    SHOW(told_of(hex("562b86737f5ebeb8d226212d5a8e72dd"), "<2 <3 <4 <5 <6 <7", picture_by("FFV1", true)));
+    SHOW(picture_by("FFV1", true)(hex("562b8af7e52b951233916593dbaeef26")));
+    SHOW(picture_by("FFV1", true)(hex("562b869be8a7f89c9e38506e93773d54")));
+    SHOW(picture_by("FFV1", true)(hex("562b886109e645ac3a2c22a31b6d76bc")));
+    SHOW(told_of(hex("9aec87309a496df656689957fd954a819b52a516"), "<3 <4 <5 <6", picture_by("FFV1")));
+    SHOW(picture_by("FFV1")(hex("fc550ab4993fe85e3b3becce8f9bd1e45ebb00d2")));
+    SHOW(picture_by("FFV1")(hex("9205310040d272484545ad54c6a5c9ad4b78f189")));
+    SHOW(picture_by("FFV1")(hex("562b8319e6f793921db8a87a3f8da23d")));
+    SHOW(picture_by("FFV1", true)(hex("9aec87309a496df656689957fd954a81")));
+}

@@ -1,0 +1,153 @@
+// Both sides of the bounds of what the facts of still images are read from.
+#include <gtest/gtest.h>
+
+#include "support/bytes_of.h"
+#include "support/command.h"
+#include "support/facts_text.h"
+
+namespace {
+
+std::string png_chunk(const char *type, const std::string &data) {
+    return big().u32(data.size()).text(type).raw(data).u32(0).str();
+}
+
+std::string png_of(const std::string &chunks) {
+    return hex("89504E470D0A1A0A") + png_chunk("IHDR", hex("00000002 00000001 0802000000")) + chunks +
+           png_chunk("IDAT", "data") + png_chunk("IEND", "");
+}
+
+}  // namespace
+
+TEST(BmpFacts, Edges) {
+    Transcript transcript;
+    const std::string palette = "images/palette.bmp";
+    SHOW(sample_changed(palette,
+                        "18=FFFF0F00 18=00001000 18=01001000 22=00001000 22=01001000 22=0000F0FF "
+                        "22=FFFFEFFF 22=00000000 22=01000000 22=FFFFFFFF 22=00000080"));
+    SHOW(sample_changed(palette,
+                        "28=0000 28=0100 28=0200 28=0900 28=1000 28=2000 28=4000 18=03000000 "
+                        "18=04000000 18=05000000 10=37040000 <2277 >1"));
+    const std::string alpha = ",28=2000,30=03000000,54=0000FF0000FF0000FF000000000000FF";
+    SHOW(sample_changed(palette, "14=28000000" + alpha + " 14=34000000" + alpha + " 14=38000000" + alpha +
+                                     " 14=40000000" + alpha + " 14=28000000" + alpha + ",30=06000000"));
+    SHOW(sample_changed(palette,
+                        "14=40000000,70=42475273 14=6C000000,70=42475273 14=7C000000,70=42475273 "
+                        "14=7D000000 14=0B000000 14=0C000000 14=10000000,38=0100000002000000"));
+    SHOW(sample_changed(palette,
+                        "38=0100000002000000 38=0000000002000000 38=0200000001000000 "
+                        "38=0200000000000000 38=FFFFFFFF01000000 38=0100000001000000"));
+    SHOW(sample_changed(palette,
+                        "30=01000000 30=01000000,34=00000000 30=01000000,34=01000000 "
+                        "30=01000000,34=B1040000 30=06000000 30=07000000"));
+}
+
+TEST(TgaFacts, Edges) {
+    Transcript transcript;
+    const std::string colours = hex("00000A 0000000000 00000000 0300 0100 18 20 81 010203 00 040506");
+    SHOW(facts_of(colours, "a.tga"));
+    SHOW(facts_changed(colours, "<21 <22 <25 >1 18=82 18=80 22=80 22=01 12=0200 12=0400 12=0000", "a.tga"));
+    SHOW(facts_changed(colours,
+                       "2=00 2=01 2=02 2=03 2=04 2=08 2=09 2=0B 2=0C 2=12 16=08 16=0F 16=10 16=20 "
+                       "16=20,17=00 16=20,17=01 16=20,17=08 16=10,17=01 0=01 1=01",
+                       "a.tga"));
+    SHOW(sample_changed("images/palette.tga", "5=2E00 5=3000 7=0F 7=10 7=20 7=08 16=10 1=02 1=00"));
+}
+
+TEST(SgiFacts, Edges) {
+    Transcript transcript;
+    SHOW(sample_changed("images/raw.sgi",
+                        "2=02 3=00 3=02 3=03 4=0000 4=0001 4=0002 4=0004 10=0001 10=0002 "
+                        "10=0004 10=0005 6=0029 8=001F <4111"));
+    const std::string lines = big()
+                                  .hex("01DA 01 01 0002 0002 0002 0001")
+                                  .at(512)
+                                  .hex("00000210 00000214 00000004 00000004 82070700 82090900")
+                                  .str();
+    SHOW(facts_changed(lines,
+                       "<516 <519 <520 <524 <535 >1 516=00000211 516=00000212,524=00000002,530=00 "
+                       "524=00000001,532=00 524=00000002,532=00 524=00000005"));
+}
+
+TEST(SoftimageFacts, Edges) {
+    Transcript transcript;
+    const std::string channels = big()
+                                     .hex("5380F634")
+                                     .f32(3.5F)
+                                     .at(88)
+                                     .text("PICT")
+                                     .hex("0780 0438")
+                                     .f32(1)
+                                     .hex("0003 0000")
+                                     .hex("01080280 01080240 01080220 01080210 01080200 01080200 01080200")
+                                     .hex("01100210 01200210")
+                                     .str();
+    SHOW(facts_of(channels));
+    SHOW(facts_changed(channels,
+                       "100=0000 100=0002 100=0004 100=FFFF 132=00 128=00 104=00 106=00,104=00 "
+                       "96=40000000 96=00000000 <107 <108 <111 <112 88=51"));
+}
+
+TEST(PngFacts, Edges) {
+    Transcript transcript;
+    const std::string plain = png_of("");
+    SHOW(facts_changed(plain,
+                       "<32 <33 <37 <40 <41 <53 <54 <60 <61 >1 33=00000005 33=00000003 37=00000000 "
+                       "24=10 25=00 25=04 25=06 25=07 28=00 28=01 28=02"));
+    SHOW(sample_changed("images/aspect.png",
+                        "194=00000000 194=00000001 198=00000000 198=00000001 "
+                        "194=00000003 202=01 <370 <360"));
+    for (const char *gamma : {"00000000", "00000001", "00000002", "0000B18F"})
+        SHOW(facts_of(png_of(png_chunk("gAMA", hex(gamma)))));
+    for (const char *codes : {"09100001", "00000000"})
+        SHOW(facts_of(png_of(png_chunk("cICP", hex(codes)) + png_chunk("sRGB", hex("00")))));
+    SHOW(facts_of(png_of(png_chunk("sRGB", hex("00")))));
+    for (const size_t length : {0, 1, 2, 200, 201}) {
+        const std::string text =
+            facts_of(png_of(png_chunk("tEXt", "Software" + std::string(1, '\0') + std::string(length, 'z'))));
+        SHOW(std::to_string(std::ranges::count(text, 'z')));
+    }
+}
+
+TEST(NetpbmFacts, Edges) {
+    Transcript transcript;
+    for (const char *header : {"P5 19 7 255\n", "P5 19:7 255\n", "P5\t19/7#1\n255\n", "P5 90#9", "P5 #9",
+                               "P5 9 9 0\n", "P5 9 9 1\n", "P6 9 9 255\n", "P6 9 9 256\n", "P5 9 9 65535\n",
+                               "P5 9 9 65536\n", "P4 9 9\n", "P4 8 9\n"}) {
+        SHOW(header + facts_of(header) + " " + std::to_string(claimed_of(header)));
+    }
+    // Digits of the picture, as far as they are there.
+    for (const char *file : {"P1 3 1\n101\n", "P1 3 1\n101", "P1 3 1\n1/1\n", "P1 3 1\n1:1\n", "P1 3 1\n1 1 ",
+                             "P1 3 1\n10", "P2 2 1 9\n1 2\n", "P2 2 1 9\n1 2", "P2 2 1 9\n1 ",
+                             "P2 2 1 9\n123 ", "P2 2 1 9\n1234", "P3 1 1 9\n1 2 3 4", "P3 1 1 9\n1 2 "}) {
+        SHOW(file + std::string(" ") + extent_of(file, "a.pnm") + " " + std::to_string(claimed_of(file)));
+    }
+}
+
+// What is looked at of long files: 4 MiB of packets, of blocks and of digits.
+TEST(ImageFacts, LongStills) {
+    constexpr size_t kLookedAt = 4 << 20;
+    const auto tga = [](uint64_t width, uint64_t height, const std::string &packet) {
+        std::string file =
+            hex("00000B 0000000000 00000000") + little().u16(width).u16(height).hex("08 20").str();
+        for (size_t i = 0; i < (width * height + 127) / 128; i++) file += packet;
+        return facts_of(file, "a.tga") + "\n";
+    };
+    Transcript transcript;
+    SHOW(tga(2048, 2048, hex("FF00")) + tga(1985, 2113, hex("FF00")) +
+         tga(2048, 2048, hex("7F") + std::string(128, 'x')));
+    // A GIF whose trailer stands there, behind blocks of so many bytes.
+    const auto gif = [](size_t trailer, size_t block, const std::string &behind) {
+        std::string file = "GIF89a" + hex("4001F200 00 00 00 2C 00000000 4001F200 00 08");
+        for (size_t left; (left = trailer - file.size() - 1) > 0;) {
+            const size_t length = left > 2 * block ? block : left > block + 1 ? left / 2 : left - 1;
+            file += static_cast<char>(length) + std::string(length, 'd');
+        }
+        return extent_of(file + '\0' + behind, "a.gif") + "\n";
+    };
+    SHOW(gif(kLookedAt - 1, 100, ";behind") + gif(kLookedAt, 100, ";behind") + gif(kLookedAt, 100, ";") +
+         gif(kLookedAt - 1, 100, std::string("x\0;", 3)) + gif(kLookedAt + 70000, 253, ";behind") +
+         gif(kLookedAt + 70000, 254, ";behind"));
+    const std::string digits = "P1 10 10\n";
+    for (const size_t size : {kLookedAt / 2 + 9, kLookedAt, kLookedAt + 1})
+        SHOW(extent_of(digits + std::string(size - digits.size(), ' '), "a.pbm") + "\n");
+}
