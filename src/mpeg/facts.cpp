@@ -283,7 +283,7 @@ void read_program(Input &input, Facts &facts) {
     } else if (tail_start + at > size) {
         facts.cut(tail_start + at, "the last packet's end");
     } else if (size <= kHead && !rest.empty() && rest.size() < 4 &&
-               begins_as(rest, "\0\0\1"sv.substr(0, rest.size()))) {
+               begins_as(rest, "\0\0\1"sv.substr(0, static_cast<size_t>(rest.size())))) {
         facts.cut(walked + 4, "the last packet's end");
     } else if (size - tail_start - at >= kSector && big32(tail, at) == 0 &&
                big32(tail, tail.size() - 4) == 0) {

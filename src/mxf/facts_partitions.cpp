@@ -60,8 +60,9 @@ Chain follow(Input &input, uint64_t place, int most) {
         const KlvPlace klv = klv_at(item, 0);
         if (!klv.is_set) {
             // A key that is cut, or the length behind it.
-            const bool is_short = begins_as(item, "\x06\x0E\x2B\x34"sv.substr(0, item.size())) &&
-                                  (item.size() <= kKey || klv.value > item.size());
+            const bool is_short =
+                begins_as(item, "\x06\x0E\x2B\x34"sv.substr(0, static_cast<size_t>(item.size()))) &&
+                (item.size() <= kKey || klv.value > item.size());
             const uint64_t key = item[0] == 6 ? kKey : 0;  // some bytes of one may be there
             chain.state = is_zero_from(input, chain.end + key) ? Chain::zeros
                           : is_short                           ? Chain::crosses
