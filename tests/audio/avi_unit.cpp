@@ -49,17 +49,11 @@ TEST(AviFacts, EdgesOfStreams) {
     const std::string plain =
         avi_of(picture_stream(std::string(4, '\0'), aspect), frame, index_of("00dc", 1, 100));
     SHOW(facts_of(plain) + " " + bit_rates_of(plain));
-    SHOW(boxes_changed(plain,
-                       "strf+18=0100 strf+18=0800 strf+18=0900 strf+18=1000 strf+18=2000 strf+12=D0FFFFFF "
-                       "strh+36=00000000 strh+36=01000000 strh+36=FFFFFF3F strh+36=00000040 strh+28=00000000 "
-                       "vprp+24=00000000 vprp+24=01000100 vprp+24=00000100 vprp+24=01000000 "
-                       "strf+8=00000000 strf+8=01000000 idx1+16=00000000 idx1+16=00000080"));
+    ROWS("plain", boxes_changed(plain, rows));
     // Sound in samples, in its own units, and as coded.
     const std::string pcm = avi_of(picture_stream("XVID") + sound_stream(format(1, 2, 16), 48000, 4), frame);
     SHOW(facts_of(pcm) + " " + bit_rates_of(pcm));
-    SHOW(boxes_changed(pcm,
-                       "strh+48=00000000 strh+48=05000000 strh+36=00000000 strh+36=01000000 strf+8=00000000 "
-                       "strh+28=00000000"));
+    ROWS("pcm", boxes_changed(pcm, rows));
     const auto coded = [&](unsigned bytes, uint32_t size) {
         const std::string stream = sound_stream(format(0x55, 2, 0, "", bytes), 25, 0);
         return avi_of(picture_stream("XVID") + stream,
@@ -87,16 +81,13 @@ TEST(AviFacts, EdgesOfExtent) {
     SHOW(facts_of(plain) + " " + std::to_string(claimed_of(plain)));
     const std::string size = std::to_string(plain.size() - 1), sixteen = std::string(16, '\0');
     SHOW(facts_changed(plain, "<" + size + " >1"));
-    SHOW(boxes_changed(plain,
-                       "movi-8=00000000 movi-8=04000000 movi-8=05000000 movi-8=FFFFFF7E movi-8=0000007F "
-                       "AVI_-8=FFEFFF7F AVI_-8=00F0FF7F AVI_-8=00000000 AVI_-8=04000000 avih+16=00000000 "
-                       "movi-8=04000000,strh+36=00000000 movi-8=04000000,strh+36=01000000"));
+    ROWS("plain", boxes_changed(plain, rows));
     for (const size_t zeros : {15, 16})
         SHOW(extent_of(avi_of(picture_stream("XVID"), frames, chunk("idx1", std::string(zeros, '\0'))),
                        "a.avi"));
     const std::string none = avi_of(picture_stream("XVID"), frames);
     SHOW(facts_of(none));
-    SHOW(boxes_changed(none, "AVI_-8=FFEFFF7F AVI_-8=00F0FF7F AVI_-8=00000000"));
+    ROWS("none", boxes_changed(none, rows));
     for (const size_t zeros : {7, 8}) {
         std::string file = none + std::string(zeros, '\0');
         SHOW(facts_of(file));
@@ -138,10 +129,7 @@ TEST(AviFacts, EdgesOfOpenDml) {
     const std::string one = file(1, 2, 48);
     SHOW(facts_of(one) + " " + bit_rates_of(one));
     SHOW(facts_changed(one, "<" + std::to_string(one.size() - 1) + " >1"));
-    SHOW(boxes_changed(one,
-                       "indx+8=00000000 indx+8=02000000 indx+7=01 indx+36=1F000000 indx+36=20000000 "
-                       "indx+36=2F000000 indx+36=31000000 ix00+8=00000000 ix00+8=01000000 ix00+8=03000000 "
-                       "dmlh+4=09000000 dmlh+4=0A000000 dmlh+4=0B000000 strh+36=00000000"));
+    ROWS("one", boxes_changed(one, rows));
     for (const uint32_t parts : {32U, 33U}) SHOW(bit_rates_of(file(parts, 2, 48)));
     for (const uint32_t entries : {131068U, 131069U}) SHOW(bit_rates_of(file(2, entries, 32 + 8 * entries)));
 }

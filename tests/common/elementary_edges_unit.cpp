@@ -12,12 +12,13 @@ namespace {
 
 Bytes window(const std::string &bytes) { return Bytes(bytes.data(), bytes.size()); }
 
-// What `tell` says of bytes as they are, and of each that the changes make of them.
+// What `tell` says of what each of the changes makes of bytes; "." leaves them as they are.
 template <typename Tell>
 std::string told_of(const std::string &bytes, const std::string &changes, Tell tell) {
     std::istringstream words(changes);
-    std::string report = tell(bytes) + "\n";
-    for (std::string word; words >> word;) report += word + ": " + tell(changed(bytes, word)) + "\n";
+    std::string report;
+    for (std::string word; words >> word;)
+        report += word + ": " + tell(word == "." ? bytes : changed(bytes, word)) + "\n";
     return report;
 }
 
@@ -67,32 +68,25 @@ TEST(ElementaryBits, Edges) {
 TEST(ElementarySound, Edges) {
     Transcript transcript;
     const std::string frame = hex("FFFB9000") + std::string(413, '\0') + hex("FFFB9000");
-    SHOW(told_of(frame,
-                 "1=F9 1=FD 1=FF 1=E3 1=EB 1=F3 2=00 2=10 2=E0 2=F0 2=94 2=98 2=9C 3=02 3=03 3=80 3=C0 "
-                 "417=00000000 417=00000000,<420 <416 0=FFE0 0=FF1B",
-                 sound_by("MP3")));
-    SHOW(told_of(hex("0B7700001C40E100"),
-                 "<7 4=00 4=01 4=24 4=25 4=26 4=5C 4=9C 4=DC 5=48 5=50 6=41 6=21 6=90 6=01",
-                 sound_by("AC-3")));
-    SHOW(told_of(hex("0B7700033F87C000"), "5=57 5=5F 5=8F 4=3E 4=C0 4=E0 4=F0 2=40 2=07FF <7",
-                 sound_by("E-AC-3")));
-    SHOW(told_of(hex("7FFE8001FC3C75B276C005380009EF7B"),
-                 "7=B2,8=36 7=B2,8=B6 7=B3,8=F6 7=B4,8=36 8=42 8=46 10=04 10=03 <10 <11 <12",
-                 sound_by("DTS")));
-    SHOW(told_of(hex("FFF14C8000E00000"), "2=70 2=74 5=C0 5=DF <6 <7 1=E1 1=F7 3=00 3=C0", sound_by("AAC")));
-    SHOW(told_of(std::string(10, '\0') + hex("0BB80370") + std::string(20, '\0'),
-                 "<33 >1 10=000003 10=000013 12=0E 12=0F 13=F0", sound_by("FLAC", true)));
+    ROWS("frame, sound_by(MP3)", told_of(frame, rows, sound_by("MP3")));
+    ROWS("hex(0B7700001C40E100), sound_by(AC-3)", told_of(hex("0B7700001C40E100"), rows, sound_by("AC-3")));
+    ROWS("hex(0B7700033F87C000), sound_by(E-AC-3)",
+         told_of(hex("0B7700033F87C000"), rows, sound_by("E-AC-3")));
+    ROWS("hex(7FFE8001FC3C75B276C005380009EF7B), sound_by(DT",
+         told_of(hex("7FFE8001FC3C75B276C005380009EF7B"), rows, sound_by("DTS")));
+    ROWS("hex(FFF14C8000E00000), sound_by(AAC)", told_of(hex("FFF14C8000E00000"), rows, sound_by("AAC")));
+    ROWS("std::string(10, '\\0') + hex(0BB80370) + std::strin",
+         told_of(std::string(10, '\0') + hex("0BB80370") + std::string(20, '\0'), rows,
+                 sound_by("FLAC", true)));
     const std::string program = "118004C4040021100D4C61766335392E33372E31303056E500";
-    SHOW(told_of(hex(program), "0=09 0=19 0=21 0=41 0=31 0=39 <4", sound_by("AAC", true)));
-    SHOW(told_of(hex("1190"),
-                 "0=16,1=10 0=16,1=90 0=17,1=81770010 0=17,1=81770090 1=F0 1=F8 1=C0 1=D8 <1 0=01",
-                 sound_by("AAC", true)));
-    SHOW(told_of(std::string(4323, '\0') + hex("5000000000"), "4327=08 4327=10 4327=18 4327=01 4323=51",
-                 [](const std::string &bytes) {
-                     Facts facts;
-                     const bool is_known = dv_sound(window(bytes), facts.sounds.emplace_back());
-                     return text_if(is_known, facts);
-                 }));
+    ROWS("hex(program), sound_by(AAC, true)", told_of(hex(program), rows, sound_by("AAC", true)));
+    ROWS("hex(1190), sound_by(AAC, true)", told_of(hex("1190"), rows, sound_by("AAC", true)));
+    ROWS("std::string(4323, '\\0') + hex(5000000000), [](cons",
+         told_of(std::string(4323, '\0') + hex("5000000000"), rows, [](const std::string &bytes) {
+             Facts facts;
+             const bool is_known = dv_sound(window(bytes), facts.sounds.emplace_back());
+             return text_if(is_known, facts);
+         }));
     for (const uint32_t format : {0x1U, 0x103U, 0x203U, 0x1003U, 0x20000003U, 0x80000003U, 0x18000U}) {
         Facts facts;
         const bool is_known = truehd_format(format, facts.sounds.emplace_back());
@@ -107,13 +101,11 @@ TEST(ElementarySound, Edges) {
 TEST(ElementaryVideo, EdgesOfMpeg) {
     Transcript transcript;
     const std::string sequence = hex("000001B3 780438 33 FFFFE018 000001B5 144400010000 000001B5 8FFFF38080");
-    SHOW(told_of(sequence,
-                 "7=30 7=31 7=38 7=39 7=03 7=13 7=23 7=43 7=53 4=000438 4=780000 8=000020 8=000060 "
-                 "8=FFFFC0 15=01 15=AF 15=B0 15=B3 15=B8 <12",
-                 picture_by("MPEG-2")));
-    SHOW(told_of(changed(sequence, "15=01"), "7=13 7=23 7=E3 7=F3 8=000060 8=000160", picture_by("MPEG-2")));
-    SHOW(told_of(sequence.substr(0, 12) + hex("00000100") + sequence.substr(12), "15=01 15=AF 15=B0",
-                 picture_by("MPEG-2")));
+    ROWS("sequence, picture_by(MPEG-2)", told_of(sequence, rows, picture_by("MPEG-2")));
+    ROWS("changed(sequence, 15=01), picture_by(MPEG-2)",
+         told_of(changed(sequence, "15=01"), rows, picture_by("MPEG-2")));
+    ROWS("sequence.substr(0, 12) + hex(00000100) + sequence.",
+         told_of(sequence.substr(0, 12) + hex("00000100") + sequence.substr(12), rows, picture_by("MPEG-2")));
     // The size shown of 1920 by 1080: from half of what is coded on.
     const auto shown = [&](uint64_t width, uint64_t height) {
         const uint64_t bits = width << 18 | uint64_t{1} << 17 | height << 3;
@@ -300,16 +292,16 @@ TEST(ElementaryVideo, EdgesOfUnits) {
     SHOW(picture_by("H.264")(stream({.frames_only = false, .has_structures = false}, "06010110")));
 
     const std::string record = hex("01") + std::string(15, '\0') + hex("FD FA F8 0000 0F 00");
-    SHOW(told_of(record, "<22 0=00 0=02 0=03 16=FC 16=FF 17=F8 17=FF", picture_by("HEVC", true)));
+    ROWS("record, picture_by(HEVC, true)", told_of(record, rows, picture_by("HEVC", true)));
     const std::string set = HevcSet{}.nal();
     const std::string array = record.substr(0, 22) + hex("01 21 0001") + big().u16(set.size()).str() + set;
-    SHOW(told_of(array, "22=00 24=0000 24=0002 <27 <28", picture_by("HEVC", true)));
-    SHOW(told_of(array.substr(0, 23) + hex("A10000") + array.substr(23), "22=02 22=01 22=03",
-                 picture_by("HEVC", true)));
+    ROWS("array, picture_by(HEVC, true)", told_of(array, rows, picture_by("HEVC", true)));
+    ROWS("array.substr(0, 23) + hex(A10000) + array.substr(2",
+         told_of(array.substr(0, 23) + hex("A10000") + array.substr(23), rows, picture_by("HEVC", true)));
 
     // Levels from 8 on have a tier; sizes have up to eight bytes.
-    SHOW(told_of(hex("81000C00 0A0B000000043CFFBC02F80840"), "<3 <4 <5 9=3C 9=44 0=80 2=40 2=60 2=50 2=08",
-                 picture_by("AV1", true)));
+    ROWS("hex(81000C00 0A0B000000043CFFBC02F80840), picture_",
+         told_of(hex("81000C00 0A0B000000043CFFBC02F80840"), rows, picture_by("AV1", true)));
     for (const char *size : {"8B00", "8B8080808000", "8B80808080808000"})
         SHOW(picture_by("AV1", true)(hex("81000C00 0A") + hex(size) + hex("000000043CFFBC02F80840")));
     SHOW(picture_by("AV1", true)(hex("81000C00 1200 0A0B000000043CFFBC02F80840")));
@@ -319,21 +311,19 @@ TEST(ElementaryVideo, EdgesOfFrames) {
     Transcript transcript;
     const std::string prores =
         hex("00001000") + "icpf" + hex("0014 0000 00000000 0780 0438 84 00 01 02 09 02");
-    SHOW(told_of(prores, "8=0013 8=0015 20=C0 20=80 20=88 20=8C 22=000102 25=00 4=00", picture_by("ProRes")));
-    SHOW(told_of(changed(prores, "20=C0"), "25=00 25=0F 25=10", picture_by("ProRes")));
+    ROWS("prores, picture_by(ProRes)", told_of(prores, rows, picture_by("ProRes")));
+    ROWS("changed(prores, 20=C0), picture_by(ProRes)",
+         told_of(changed(prores, "20=C0"), rows, picture_by("ProRes")));
     const std::string dv = big().u8(0x1F).at(3).hex("3F 78").at(448).hex("60 000000").at(560).u8(0).str();
-    SHOW(told_of(dv,
-                 "<479 <480 451=03 451=04 451=05 448=61,451=04 473=61,475=02 473=61,475=07 473=61,475=03 "
-                 "483=61,485=02 3=BF 3=BF,4=79 0=20",
-                 picture_by("DV")));
+    ROWS("dv, picture_by(DV)", told_of(dv, rows, picture_by("DV")));
     for (const auto &[height, n] : {std::pair{720, 50}, {721, 50}, {1080, 30}, {1080, 25}})
         SHOW(std::to_string(dv_hd_columns(static_cast<uint32_t>(height), {n, 1})));
     EXPECT_EQ(dv_hd_columns(1080, {101, 2}) + dv_hd_columns(1080, {103, 2}), 2720U);
-    SHOW(told_of(std::string(508, '\0') + hex("0046000A 00540003"), "<511 >1 510=0010 510=0011 508=00450054",
-                 picture_by("CineForm")));
+    ROWS("std::string(508, '\\0') + hex(0046000A 00540003), p",
+         told_of(std::string(508, '\0') + hex("0046000A 00540003"), rows, picture_by("CineForm")));
     SHOW(told_of(std::string(512, '\0') + hex("0046000A"), "", picture_by("CineForm")));
-    SHOW(told_of(hex("00102001"), "<3 >1 1=1F 1=00 1=0A 2=21 2=22 2=25 2=24 2=30 3=00,1=18",
-                 picture_by("HuffYUV", true)));
+    ROWS("hex(00102001), picture_by(HuffYUV, true)",
+         told_of(hex("00102001"), rows, picture_by("HuffYUV", true)));
 
     const auto layer = [](uint64_t aspect, uint64_t width, uint64_t height) {
         Bits bits;
@@ -373,12 +363,15 @@ TEST(ElementaryVideo, EdgesOfFfv1) {
                     true)(table + hex("dca321b7664cee0e6fa290cf0988ba6b7f21e3b202a54a8f171eed6a5a7b")));
     SHOW(picture_by("FFV1",
                     true)(table + hex("ddcf1af88d089a5135584cfab26c27f0720304f19c5ebd729362069f9a6e")));
-    SHOW(told_of(hex("562b8319e6f793921db8a87a3f8da23d"), "<2 <3 <4 <5 <6 <7", picture_by("FFV1", true)));
-    SHOW(told_of(hex("562b86737f5ebeb8d226212d5a8e72dd"), "<2 <3 <4 <5 <6 <7", picture_by("FFV1", true)));
+    ROWS("hex(562b8319e6f793921db8a87a3f8da23d), picture_by(",
+         told_of(hex("562b8319e6f793921db8a87a3f8da23d"), rows, picture_by("FFV1", true)));
+    ROWS("hex(562b86737f5ebeb8d226212d5a8e72dd), picture_by(",
+         told_of(hex("562b86737f5ebeb8d226212d5a8e72dd"), rows, picture_by("FFV1", true)));
     SHOW(picture_by("FFV1", true)(hex("562b8af7e52b951233916593dbaeef26")));
     SHOW(picture_by("FFV1", true)(hex("562b869be8a7f89c9e38506e93773d54")));
     SHOW(picture_by("FFV1", true)(hex("562b886109e645ac3a2c22a31b6d76bc")));
-    SHOW(told_of(hex("9aec87309a496df656689957fd954a819b52a516"), "<3 <4 <5 <6", picture_by("FFV1")));
+    ROWS("hex(9aec87309a496df656689957fd954a819b52a516), pic",
+         told_of(hex("9aec87309a496df656689957fd954a819b52a516"), rows, picture_by("FFV1")));
     SHOW(picture_by("FFV1")(hex("fc550ab4993fe85e3b3becce8f9bd1e45ebb00d2")));
     SHOW(picture_by("FFV1")(hex("9205310040d272484545ad54c6a5c9ad4b78f189")));
     SHOW(picture_by("FFV1")(hex("562b8319e6f793921db8a87a3f8da23d")));

@@ -30,14 +30,9 @@ TEST(MovieFacts, EdgesOfPictures) {
     const std::string stream = of_pictures(picture_entry("mp4v", esds)),
                       plain = of_pictures(picture_entry("apcn", rates));
     SHOW(short_facts(stream));
-    SHOW(boxes_changed(stream,
-                       "esds+8=97 esds+5=16 mdhd+12=00000000 mdhd+12=00000000,esds+26=00000000 "
-                       "mdhd+12=00000000,esds+26=00000002 esds+17=21 esds+17=5F esds+17=6D"));
+    ROWS("stream", boxes_changed(stream, rows));
     SHOW(short_facts(plain));
-    SHOW(boxes_changed(plain,
-                       "mdhd+12=00000000 mdhd+12=00000000,btrt+8=00000000 mdhd+12=00000000,btrt+8=00000002 "
-                       "clap+0=00000780 clap+0=00000781 clap+8=00000438 clap+8=00000439 "
-                       "clap+0=00000780,clap+8=00000438 clap+0=00000000 clap+4=00000000 clap+4=00000002"));
+    ROWS("plain", boxes_changed(plain, rows));
     std::string depths;
     for (const unsigned depth : {0, 1, 8, 9, 15, 16, 24, 32, 33, 34, 40, 41, 48, 64})
         depths +=
@@ -62,63 +57,45 @@ TEST(MovieFacts, EdgesOfSounds) {
     };
     const std::string channels =
         big().u32(0).u32(0).u32(2).u32(1).zeros(16).u32(2).zeros(16).u32(3).zeros(15).str();
-    SHOW(boxes_changed(entry_of("mp4a", full("chan", channels)),
-                       "chan+12=00000000 chan+12=00000001 chan+12=00000003"));
+    ROWS("entry_of(mp4a, full(chan, channels))",
+         boxes_changed(entry_of("mp4a", full("chan", channels)), rows));
     for (const uint32_t n : {64U, 65U})
         EXPECT_EQ(facts_of(entry_of("mp4a", labels(n, 2))).find("L L L R") == std::string::npos, n == 65);
-    SHOW(boxes_changed(
-        entry_of("sowt", atom("chnl", hex("00000000 01 00 00010204"))),
-        "chnl+0=01 chnl+0=02 chnl+6=13 chnl+6=14 sowt+16=0000 sowt+16=0001 sowt+16=0003 sowt+16=0004 "
-        "sowt+16=0005"));
-    SHOW(boxes_changed(entry_of("sowt", atom("chnl", hex("01000000 10 06 00 02 0001"))), "chnl+0=02"));
+    ROWS("entry_of(sowt, atom(chnl, hex(00000000 01 00 00010",
+         boxes_changed(entry_of("sowt", atom("chnl", hex("00000000 01 00 00010204"))), rows));
+    ROWS("entry_of(sowt, atom(chnl, hex(01000000 10 06 00 02",
+         boxes_changed(entry_of("sowt", atom("chnl", hex("01000000 10 06 00 02 0001"))), rows));
     const std::string esds = full("esds", hex("0317 0000 00 0411 40 15 000000 00000000 00000001 0502 11B0"));
     const std::string aac = entry_of("mp4a", esds),
                       in_wave = entry_of("mp4a", atom("wave", atom("wave", esds)));
     SHOW(short_facts(aac) + "\n" + short_facts(in_wave) + "\n" +
          short_facts(entry_of("mp4a", atom("wave", atom("wave", atom("wave", esds))))));
-    SHOW(boxes_changed(
-        aac,
-        "mdhd+12=00000001 esds+11=65 esds+11=66 esds+11=67 esds+11=68 esds+11=69 esds+11=41 mdhd+12=00000000 "
-        "mdhd+12=00000000,esds+20=00000000 mdhd+12=00000000,esds+20=00000002"));
-    SHOW(boxes_changed(entry_of("ec-3", atom("dec3", hex("0E00 20 0F 02 02"))),
-                       "dec3+4=00 dec3+4=04 dec3+4=06 dec3+4=03 mdhd+12=00000000 "
-                       "mdhd+12=00000000,dec3+0=0000 mdhd+12=00000000,dec3+0=0008"));
+    ROWS("aac", boxes_changed(aac, rows));
+    ROWS("entry_of(ec-3, atom(dec3, hex(0E00 20 0F 02 02)))",
+         boxes_changed(entry_of("ec-3", atom("dec3", hex("0E00 20 0F 02 02"))), rows));
     const std::string ac3 = entry_of("ac-3", atom("dac3", hex("103DC0")));
     SHOW(bit_rates_of(ac3) + boxes_changed(ac3, "dac3+1=3E60 dac3+1=3FE0"));
-    SHOW(boxes_changed(entry_of("Opus", atom("dOps", hex("00 06 0000 0000BB80 0000 00 000000"))),
-                       "dOps+10=01 dOps+10=02"));
-    SHOW(boxes_changed(
-        entry_of("alac", full("alac", hex("00001000 00 18 280a0e 06 00ff 00000000 00000001 0000bb80"))),
-        "alac-8=00000023 alac+24=00000000 mdhd+12=0000BB81,alac+24=00000000 alac+24=00000001 "
-        "mdhd+12=00000000 "
-        "mdhd+12=00000000,alac+20=00000000 alac+9=40 alac+9=41"));
+    ROWS("entry_of(Opus, atom(dOps, hex(00 06 0000 0000BB80",
+         boxes_changed(entry_of("Opus", atom("dOps", hex("00 06 0000 0000BB80 0000 00 000000"))), rows));
+    ROWS("entry_of(alac, full(alac, hex(00001000 00 18 280a0",
+         boxes_changed(
+             entry_of("alac", full("alac", hex("00001000 00 18 280a0e 06 00ff 00000000 00000001 0000bb80"))),
+             rows));
     // Rates that stand elsewhere, and where nothing is told.
     const std::string rated = entry_of("sowt", full("srat", big().u32(96000).str()), 1);
     SHOW(short_facts(rated));
-    SHOW(boxes_changed(rated,
-                       "mdhd+20=0021 mdhd+20=0022 srat+4=00000000 srat+4=00000001 srat-8=00000011 "
-                       "srat-8=00000008 srat-8=00000007 "
-                       "srat-8=00000000 sowt+24=00000000,srat+4=00000000 sowt+24=00000001,srat+4=00000000 "
-                       "sowt+24=00000000,srat+4=00000000,mdhd+12=00001F40 "
-                       "sowt+24=00000000,srat+4=00000000,mdhd+12=00001F3F"));
-    SHOW(boxes_changed(entry_of("mp4a", atom("btrt", big().u32(0).u32(0).u32(1).str())),
-                       "mdhd+12=00000000 mdhd+12=00000000,btrt+8=00000000 mp4a+24=00000000 "
-                       "mp4a+24=00000000,mdhd+12=00001F40 mp4a+24=00000000,mdhd+12=00001F3F"));
-    SHOW(boxes_changed(entry_of("sowt", big().u32(1).u32(4).u32(8).u32(2).str(), 1),
-                       "sowt+28=00000000 sowt+28=00000002 sowt+36=00000000 sowt+36=00000001 sowt+36=00000080 "
-                       "sowt+36=00000082 sowt+16=0000 sowt+16=0001 sowt+16=0003"));
+    ROWS("rated", boxes_changed(rated, rows));
+    ROWS("entry_of(mp4a, atom(btrt, big().u32(0).u32(0).u32(",
+         boxes_changed(entry_of("mp4a", atom("btrt", big().u32(0).u32(0).u32(1).str())), rows));
+    ROWS("entry_of(sowt, big().u32(1).u32(4).u32(8).u32(2).s",
+         boxes_changed(entry_of("sowt", big().u32(1).u32(4).u32(8).u32(2).str(), 1), rows));
     const auto packets = [](uint32_t at) {
         const std::string more =
             big().u32(72).f64(96000).u32(2).u32(0x7F000000).u32(32).u32(8).u32(8).u32(1).str();
         return track("soun", sound_entry("lpcm", 2, 3, 16, more), media_header(48000, 48000), {.offset = at});
     };
-    SHOW(boxes_changed(
-        movie(packets(static_cast<uint32_t>(movie(packets(0)).size()))),
-        "lpcm+32=0000000000000000,mdhd+12=00001F3F lpcm+32=3FEFFFFFFFFFFFFF "
-        "lpcm+32=3FE0000000000000 lpcm+32=3FF0000000000000 "
-        "lpcm+32=416312D000000000 lpcm+32=416312D000000001 lpcm+32=416312D020000000 "
-        "stsz+4=00000001 stsz+4=00000001,lpcm+56=00000006,lpcm+60=00000000 stsz+4=00000001,lpcm+60=00000002 "
-        "lpcm+48=00000040 lpcm+48=00000041"));
+    ROWS("movie(packets(static_cast<uint32_t>(movie(packets(",
+         boxes_changed(movie(packets(static_cast<uint32_t>(movie(packets(0)).size()))), rows));
 }
 
 TEST(MovieFacts, EdgesOfMetadata) {
@@ -137,9 +114,7 @@ TEST(MovieFacts, EdgesOfMetadata) {
     const std::string make = "com.apple.quicktime.make", model = "com.apple.quicktime.model";
     const std::string two = with(big().u32(2).raw(key(make) + key(model)).str(), item(1, "A") + item(2, "B"));
     SHOW(facts_of(two));
-    SHOW(boxes_changed(two,
-                       "keys+4=00000001 keys+4=00000003 data+0=00000000 data+0=00000002 data+0=00000003 "
-                       "data-12=00000000 data-12=00000003 keys+8=00000007"));
+    ROWS("two", boxes_changed(two, rows));
     SHOW(facts_of(with(big().u32(2).raw(key("") + key(make)).str(), item(2, "A"))));
     SHOW(facts_of(with(big().u32(2).u32(7).text("mdt").raw(key(make)).str(), item(2, "A"))));
 }

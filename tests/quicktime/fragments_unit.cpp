@@ -78,17 +78,7 @@ TEST(MovieFacts, EdgesOfFragments) {
     Transcript transcript;
     const std::string one = fragmented() + fragment(0, {1001, 1001, 1001, 1001}, 1000, "1234567");
     SHOW(facts_of(one) + " " + bit_rates_of(one));
-    SHOW(boxes_changed(one,
-                       "trun+12=000007D2 trun+20=000007D2 trun+28=000007D2 trun+36=000007D2 trun+4=00000005 "
-                       "trun+4=00000003 trun+4=00000002 trun+4=00000001 trun+4=00000000 "
-                       "trun+4=00000000,trun+8=00100000 trun+0=00000101,trun+4=0000000A "
-                       "trun+0=00000001,trun+4=000F4240 trun+0=00000001,trun+4=000F4241 "
-                       "tfdt+4=00000001 mdhd+16=00000FA3 mdhd+16=00000FA5 stsz+8=00000001 "
-                       "stsz+8=40000000 stsz+8=40000001 mdhd+12=00000000 mdhd+12=00000001"));
-    SHOW(boxes_changed(one,
-                       "trun+12=00000000,trun+20=00000000,trun+28=00000000,trun+36=00000001 "
-                       "trun+12=00000000,trun+20=00000000,trun+28=00000000,trun+36=00000000 "
-                       "trun+4=00000003,trun+20=00000000"));
+    ROWS("one", boxes_changed(one, rows));
     const size_t size = one.size();
     for (const size_t less : {1U, 4000U, 4001U, 4007U, 4008U, 4009U})
         SHOW(facts_changed(one, "<" + std::to_string(size - less)));
@@ -99,7 +89,7 @@ TEST(MovieFacts, EdgesOfFragments) {
     // A last run of one byte.
     const std::string two = one + fragment(4004, {1001}, 1);
     SHOW(facts_changed(two, "<" + std::to_string(two.size() - 1)));
-    SHOW(boxes_changed(two, "trun+16=00000002"));
+    ROWS("two", boxes_changed(two, rows));
     const std::string ended = one + atom("free", "x");
     SHOW(facts_changed(ended, "<" + std::to_string(ended.size() - 1)));
     // Behind an index; one that tells of a fragment that is not there.
@@ -110,7 +100,7 @@ TEST(MovieFacts, EdgesOfFragments) {
     const std::string at = std::to_string(closed.rfind("tfra") + 24) + "=";
     const auto place = [](size_t n) { return digits_of(big().u32(n).str()); };
     SHOW(facts_changed(closed, at + place(closed.size() - 1) + " " + at + place(closed.size())));
-    SHOW(boxes_changed(closed, "tfra+20=7FFFFFFF tfra+12=00000000 tfra+12=00000002 mfro+4=00000000"));
+    ROWS("closed", boxes_changed(closed, rows));
     SHOW(facts_of(one + atom("mfra", full("mfro", big().u32(24).str()))));
     SHOW(facts_of(one +
                   atom("mfra", full("tfra", big().u32(1).u32(0).str()) + full("mfro", big().u32(44).str()))));
@@ -146,9 +136,7 @@ TEST(MovieFacts, EdgesOfIndices) {
     const size_t last = file.rfind("moof") - 4;
     for (const size_t cut : {last, last + 1, file.size() - 1})
         SHOW(extent_of(file.substr(0, cut), "a.mov") + " " + bit_rates_of(file.substr(0, cut)));
-    SHOW(boxes_changed(alone,
-                       "trun+12=000003EA trun+12=000003EA,trun+20=000003EA trun+28=000003EA "
-                       "trun+12=000003EB,trun+20=000003EB tfdt+4=00028108 tfdt+4=00028107"));
+    ROWS("alone", boxes_changed(alone, rows));
 }
 
 TEST(MovieFacts, ManyFragments) {

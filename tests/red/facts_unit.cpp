@@ -55,15 +55,7 @@ TEST(RedFacts, Edges) {
         frame + sound + chunk("REOB", big().zeros(16).u32(2).u32(1).zeros(12).str());
     // Rates, channels, the file's name; the sound's rate; the first record, its length, the kinds of its
     // followers.
-    SHOW(facts_changed(first,
-                       "60=00000000 60=00000001,64=0002 60=00000001,64=0003 60=000003E8,64=0001 "
-                       "60=000003E9,64=0001 60=00000000,62=0018,64=0001 64=0000 66=00 66=01 66=08 66=09"));
-    SHOW(facts_changed(first,
-                       "395=52454458 403=00001F40 403=00001F3F 403=0002EE00 403=0002EE01 391=00000007,<420"));
-    SHOW(facts_changed(first, "337=0E 337=03 352=02 352=03 353=60 353=61 367=02"));
-    SHOW(facts_changed(
-        first,
-        "349=3233 349=3234 346=3539 346=3630 343=3539 343=3630 340=3233 340=3234 348=3B 348=3B,60=00007530"));
+    ROWS("first", facts_changed(first, rows));
     // Kinds of the end, its length, its count of frames.
     const std::string at = std::to_string(first.size() - 44);
     const auto end = [&](const std::string &step) {
@@ -84,6 +76,5 @@ TEST(RedFacts, WithoutAnEnd) {
         chunk("RED2", big().at(68).u32(5120).u32(2700).u16(0).u16(1).u32(25).at(200).raw(kRecords).str());
     const std::string frame = chunk("REDV", big().zeros(4088).str());
     const std::string file = aligned(second) + frame + frame;
-    SHOW(facts_changed(file, "<12287 <12288 >1 8192=00000FFF 8192=00001001 8192=00000007 8192=00000008"));
-    SHOW(facts_changed(file, "86=0000 86=0001,88=0018 86=0000,90=0001,88=0019 86=0000,90=0000,92=0002"));
+    ROWS("file", facts_changed(file, rows));
 }

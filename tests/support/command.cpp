@@ -10,6 +10,7 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <sstream>
 
 namespace fs = std::filesystem;
 
@@ -108,10 +109,30 @@ void Transcript::add(const std::string &expression, const std::string &dump) {
     if (!dump.empty() && !dump.ends_with('\n')) text_ += "\n(no line end)\n";
 }
 
-Transcript::~Transcript() {
+namespace {
+
+fs::path expected_file() {
     const testing::TestInfo &test = *testing::UnitTest::GetInstance()->current_test_info();
-    const fs::path expected = fs::path(test.file()).parent_path() / "expected" /
-                              (std::string(test.test_suite_name()) + "-" + test.name() + ".txt");
+    return fs::path(test.file()).parent_path() / "expected" /
+           (std::string(test.test_suite_name()) + "-" + test.name() + ".txt");
+}
+
+}  // namespace
+
+void Transcript::rows(const std::string &title, const std::function<std::string(const std::string &)> &tell) {
+    std::istringstream lines(lines_from(content_of(expected_file()), "== " + title + "\n"));
+    std::string words, line;
+    std::getline(lines, line);
+    while (std::getline(lines, line) && !line.starts_with("== ")) {
+        line = line.substr(0, line.find(' '));
+        words += (line.ends_with(':') ? line.substr(0, line.size() - 1) : line) + " ";
+    }
+    EXPECT_NE(words, "") << "no rows of " << title;
+    add(title, tell(words));
+}
+
+Transcript::~Transcript() {
+    const fs::path expected = expected_file();
     if (std::getenv("KELDUMP_RECORD")) {
         fs::create_directories(expected.parent_path());
         std::ofstream(expected, std::ios::binary) << text_;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -64,8 +65,12 @@ class Transcript {
     Transcript &operator=(const Transcript &) = delete;
 
     void add(const std::string &expression, const std::string &dump);
+    // A table of changes stands in the expected text alone, behind "== TITLE": a row begins with a word,
+    // which ends with a blank or a colon. `tell` makes all rows of the words, blanks between them.
+    void rows(const std::string &title, const std::function<std::string(const std::string &)> &tell);
 
  private:
     std::string text_;
 };
 #define SHOW(...) transcript.add(#__VA_ARGS__, __VA_ARGS__)
+#define ROWS(title, ...) transcript.rows(title, [&](const std::string &rows) { return __VA_ARGS__; })
