@@ -4,22 +4,11 @@
 namespace {
 
 std::string stream_header(const std::string &kind, uint32_t length, uint32_t sample_size = 0) {
-    return chunk("strh", little()
-                             .text(kind)
-                             .zeros(12)
-                             .u32(1)
-                             .u32(25)
-                             .u32(0)
-                             .u32(length)
-                             .u32(0)
-                             .u32(0)
-                             .u32(sample_size)
-                             .u64(0)
-                             .str());
+    return chunk("strh", little().text(kind).zeros(12).u32(1, 25, 0, length, 0, 0, sample_size).u64(0).str());
 }
 
 std::string picture_stream(const std::string &codec, const std::string &more = "", uint32_t length = 10) {
-    const std::string format = little().u32(40).u32(64).u32(48).u32(0x180001).text(codec).zeros(20).str();
+    const std::string format = little().u32(40, 64, 48, 0x180001).text(codec).zeros(20).str();
     return chunk("LIST", "strl" + stream_header("vids" + codec, length) + chunk("strf", format) + more);
 }
 
@@ -30,7 +19,7 @@ std::string sound_stream(const std::string &format, uint32_t length, uint32_t sa
 // Index entries of the file: their type and size.
 std::string index_of(const std::string &type, size_t n, uint32_t size) {
     std::string entries;
-    for (size_t i = 0; i < n; i++) entries += little().text(type).u32(0x10).u32(4).u32(size).str();
+    for (size_t i = 0; i < n; i++) entries += little().text(type).u32(0x10, 4, size).str();
     return chunk("idx1", entries);
 }
 
@@ -45,7 +34,7 @@ std::string avi_of(const std::string &streams, const std::string &chunks, const 
 TEST(AviFacts, EdgesOfStreams) {
     Transcript transcript;
     const std::string frame = chunk("00dc", std::string(100, 'x'));
-    const std::string aspect = chunk("vprp", little().zeros(20).u16(3).u16(4).zeros(12).str());
+    const std::string aspect = chunk("vprp", little().zeros(20).u16(3, 4).zeros(12).str());
     const std::string plain =
         avi_of(picture_stream(std::string(4, '\0'), aspect), frame, index_of("00dc", 1, 100));
     SHOW(facts_of(plain) + " " + bit_rates_of(plain));
@@ -115,10 +104,10 @@ TEST(AviFacts, EdgesOfExtent) {
 TEST(AviFacts, EdgesOfOpenDml) {
     Transcript transcript;
     const auto build = [](uint32_t parts, uint32_t entries, uint32_t size, size_t place) {
-        ByteWriter super = little().u16(4).u8(0).u8(0).u32(parts).text("00dc").zeros(12);
-        for (uint32_t i = 0; i < parts; i++) super.u64(place).u32(size).u32(10);
-        ByteWriter index = little().u16(2).u8(0).u8(1).u32(entries).text("00dc").zeros(12);
-        for (uint32_t i = 0; i < entries; i++) index.u32(i).u32(100);
+        ByteWriter super = little().u16(4).u8(0, 0).u32(parts).text("00dc").zeros(12);
+        for (uint32_t i = 0; i < parts; i++) super.u64(place).u32(size, 10);
+        ByteWriter index = little().u16(2).u8(0, 1).u32(entries).text("00dc").zeros(12);
+        for (uint32_t i = 0; i < entries; i++) index.u32(i, 100);
         const std::string all = chunk("LIST", "odml" + chunk("dmlh", little().u32(20).zeros(4).str()));
         return avi_of(picture_stream("XVID", chunk("indx", super.str())) + all,
                       chunk("00dc", std::string(100, 'x')) + chunk("ix00", index.str()));

@@ -28,7 +28,7 @@ TEST(WaveFacts, EdgesOfFormats) {
     const std::string plain = wave(format(1, 2, 16) + chunk("data", sound_of(9600)));
     ROWS("plain", boxes_changed(plain, rows));
     const std::string guid = hex("0100000000001000800000AA00389B71");
-    const std::string fields = little().u16(22).u16(16).u32(3).raw(guid).str();
+    const std::string fields = little().u16(22, 16).u32(3).raw(guid).str();
     const std::string extensible = wave(format(0xFFFE, 2, 16, fields) + chunk("data", sound_of(9600)));
     SHOW(facts_of(extensible));
     ROWS("extensible", boxes_changed(extensible, rows));
@@ -39,13 +39,13 @@ TEST(WaveFacts, EdgesOfFormats) {
     ROWS("coded", boxes_changed(coded, rows));
     SHOW(facts_of(wave(format(0x55, 2, 0, "", 1) + chunk("fact", "abc") + chunk("data", sound_of(4800)))));
     // Samples and sizes that have no room elsewhere.
-    const std::string told = wave(chunk("ds64", little().u64(0).u64(4800).u64(2400).u32(0).str()) +
+    const std::string told = wave(chunk("ds64", little().u64(0, 4800, 2400).u32(0).str()) +
                                       format(0x55, 2, 0, "", 1) + chunk("data", sound_of(4800), 0xFFFFFFFF),
                                   "RF64");
     SHOW(facts_of(told));
     ROWS("told", boxes_changed(told, rows));
     const std::string sizes =
-        little().u64(0).u64(9600).u64(2400).u32(2).text("junk").u64(8).text("LIST").u64(100).str();
+        little().u64(0, 9600, 2400).u32(2).text("junk").u64(8).text("LIST").u64(100).str();
     const auto behind = [&](const std::string &table) {
         return wave(chunk("ds64", table) + format(1, 2, 16) + chunk("data", sound_of(9600)) +
                         chunk("LIST", sound_of(100), 0xFFFFFFFF),

@@ -9,18 +9,17 @@ TEST(WaveFacts, Formats) {
     EXPECT_EQ(facts_of(wave(format(1, 2, 16, "", 1) + chunk("data", kSilence))),
               "WAVE | 2ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s | whole");
     const std::string guid = hex("0300000000001000800000AA00389B71");
-    EXPECT_EQ(facts_of(wave(format(0xFFFE, 6, 32, little().u16(22).u16(32).u32(0x3F).raw(guid).str()) +
+    EXPECT_EQ(facts_of(wave(format(0xFFFE, 6, 32, little().u16(22, 32).u32(0x3F).raw(guid).str()) +
                             chunk("data", kSilence))),
               "WAVE | 6ch 48000 Hz 32 bits PCM float 5.1 400 samples | 1/120 s | whole");
-    EXPECT_EQ(facts_of(wave(format(0xFFFE, 6, 32, little().u16(22).u16(32).u32(3).raw(guid).str()) +
+    EXPECT_EQ(facts_of(wave(format(0xFFFE, 6, 32, little().u16(22, 32).u32(3).raw(guid).str()) +
                             chunk("data", kSilence))),
               "WAVE | 6ch 48000 Hz 32 bits PCM float 400 samples | 1/120 s | whole");
-    const std::string ds64 = chunk("ds64", little().u64(0).u64(9600).u64(2400).u32(0).str());
+    const std::string ds64 = chunk("ds64", little().u64(0, 9600, 2400).u32(0).str());
     EXPECT_EQ(facts_of(wave(ds64 + pcm + chunk("data", kSilence, 0xFFFFFFFF), "BW64")),
               "WAVE BW64 | 2ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s | whole");
     // A size in the table is that of another chunk, before the data or behind them.
-    const std::string table =
-        chunk("ds64", little().u64(0).u64(9600).u64(2400).u32(1).text("axml").u64(100).str());
+    const std::string table = chunk("ds64", little().u64(0, 9600, 2400).u32(1).text("axml").u64(100).str());
     const std::string sound = chunk("data", kSilence, 0xFFFFFFFF);
     const std::string xml = chunk("axml", std::string(100, '<'), 0xFFFFFFFF);
     for (const std::string &chunks : {xml + sound, sound + xml})
@@ -35,13 +34,13 @@ TEST(WaveFacts, CodedSound) {
         return facts_of(wave(fields + fact + chunk("data", std::string(4800, 'x'))));
     };
     const std::string plus = hex("AF87FBA7022D42FBA4D405CD93843BDD");
-    EXPECT_EQ(told(format(0xFFFE, 2, 16, little().u16(22).u16(0).u32(3).raw(plus).str())),
+    EXPECT_EQ(told(format(0xFFFE, 2, 16, little().u16(22, 0).u32(3).raw(plus).str())),
               "WAVE | 2ch 48000 Hz E-AC-3 stereo 4800 samples | 1/10 s | whole");
     const std::string info = little().zeros(10).hex("0BB80370").zeros(20).str();
     EXPECT_EQ(told(format(0xF1AC, 2, 16, little().u16(34).raw(info).str())),
               "WAVE | 2ch 48000 Hz 24 bits FLAC stereo 4800 samples | 1/10 s | whole");
     const std::string flac = hex("ACF1000000001000800000AA00389B71");
-    EXPECT_EQ(told(format(0xFFFE, 2, 16, little().u16(56).u16(0).u32(3).raw(flac).raw(info).str())),
+    EXPECT_EQ(told(format(0xFFFE, 2, 16, little().u16(56, 0).u32(3).raw(flac).raw(info).str())),
               "WAVE | 2ch 48000 Hz 24 bits FLAC stereo 4800 samples | 1/10 s | whole");
     EXPECT_EQ(bit_rates_of(wave(format(0x55, 2, 0, "", 0) + fact + chunk("data", std::string(4800, 'x')))),
               "384000");
@@ -77,11 +76,7 @@ TEST(WaveFacts, Broadcast) {
                                                .u64(48000ULL * 3600 + 1601)
                                                .u16(2)
                                                .zeros(64)
-                                               .u16(0xF6FC - 65536 + 65536)
-                                               .u16(500)
-                                               .u16(0x7FFF)
-                                               .u16(0x7FFF)
-                                               .u16(0x7FFF)
+                                               .u16(0xF6FC - 65536 + 65536, 500, 0x7FFF, 0x7FFF, 0x7FFF)
                                                .zeros(180)
                                                .str());
     EXPECT_EQ(facts_of(wave(format(1, 1, 16) + bext + chunk("data", kSilence))),
@@ -169,13 +164,13 @@ TEST(SoundFacts, Avi) {
         return little().text("RIFF").u32(4 + headers.size()).text("AVI ").raw(headers).str();
     };
     const auto stream = [](const std::string &kind, const std::string &format) {
-        const std::string header = little().text(kind).zeros(12).u32(1).u32(25).u32(0).u32(1).zeros(20).str();
+        const std::string header = little().text(kind).zeros(12).u32(1, 25, 0, 1).zeros(20).str();
         return chunk("LIST", "strl" + chunk("strh", header) + format);
     };
     const std::string dv = big().hex("1F0700BF78").at(4323).hex("50000000C0").zeros(2000).str();
     EXPECT_EQ(facts_of(avi(stream("iavsdvsd", chunk("strf", std::string(32, '\0'))), chunk("00__", dv))),
               "AVI | 720x576 DV 4:2:0 8 bits 25 fps 1 frames | 2ch 48000 Hz 16 bits PCM | 1/25 s");
-    const std::string picture = little().u32(40).u32(64).u32(48).u32(0x180001).text("XVID").zeros(20).str();
+    const std::string picture = little().u32(40, 64, 48, 0x180001).text("XVID").zeros(20).str();
     const std::string ac3 = hex("0B77 0000 14403F00") + std::string(1000, 'x');
     EXPECT_EQ(
         facts_of(avi(stream("vidsXVID", chunk("strf", picture)) +
@@ -222,7 +217,7 @@ TEST(SoundFacts, Ends) {
     // Frames of 96 bytes, of which the first has their number.
     const std::string sound = hex("FFFB1464") + std::string(92, 'x');
     const std::string info =
-        hex("FFFB1464") + big().zeros(32).text("Info").u32(3).u32(2).u32(288).zeros(44).str() + sound;
+        hex("FFFB1464") + big().zeros(32).text("Info").u32(3, 2, 288).zeros(44).str() + sound;
     const std::string tagged = info + sound + "TAG" + std::string(125, ' ');
     EXPECT_EQ(extent_of(tagged, "a.mp3"), "whole");
     EXPECT_EQ(extent_of(tagged.substr(0, tagged.size() - 1), "a.mp3"), "cut the tag's end");

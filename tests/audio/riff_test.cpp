@@ -14,8 +14,7 @@ std::string chunk(const std::string &id, const std::string &payload) {
 }
 
 std::string format(uint32_t rate = 48000, uint32_t channels = 2, uint32_t bits = 16, uint32_t block = 4) {
-    return chunk("fmt ",
-                 little().u16(1).u16(channels).u32(rate).u32(rate * block).u16(block).u16(bits).str());
+    return chunk("fmt ", little().u16(1, channels).u32(rate, rate * block).u16(block, bits).str());
 }
 
 std::string riff(const std::string &chunks, const std::string &type = "WAVE") {
@@ -76,14 +75,14 @@ TEST(Riff, OtherChunks) {
     const std::string text = "<x>" + std::string(300, 'y');
     SHOW(lines_from(dump_of(riff(format() + chunk("iXML", text))), " Elem iXML"));
     const std::string cdxa =
-        riff(format() + chunk("data", little().u32(1).u32(2).u32(3).str() + std::string(40, '\x10')), "CDXA");
+        riff(format() + chunk("data", little().u32(1, 2, 3).str() + std::string(40, '\x10')), "CDXA");
     SHOW(lines_from(dump_of(cdxa), "  CDXA"));
 }
 
 TEST(Riff, Rf64) {
     Transcript transcript;
     ByteWriter sizes = little();
-    sizes.u64(5'000'000'100).u64(5'000'000'000).u64(1'250'000'000);
+    sizes.u64(5'000'000'100, 5'000'000'000, 1'250'000'000);
     sizes.u32(3).text("levl").u64(77).text("cut ").u32(1);
     ByteWriter head = little();
     head.text("RF64").u32(0xFFFFFFFF).text("WAVE").raw(chunk("ds64", sizes.str())).raw(format());
@@ -157,7 +156,7 @@ TEST(Riff, TheRateIsLookedForBelowTheSize) {
 TEST(Aiff, ChunksAndDamage) {
     Transcript transcript;
     const std::string common = big().text("COMM").u32(18).u16(2).u32(480).u16(24).zeros(10).str();
-    const std::string sound = big().text("SSND").u32(16).u32(4).u32(0).zeros(8).str();
+    const std::string sound = big().text("SSND").u32(16, 4, 0).zeros(8).str();
     const auto form = [](const std::string &body) {
         return big().text("FORM").u32(body.size()).raw(body).str();
     };

@@ -11,8 +11,8 @@ namespace {
 std::string wave(uint32_t channels, uint32_t bits, const std::string &samples) {
     const uint32_t block = channels * ((bits + 7) / 8);
     ByteWriter w = little();
-    w.text("RIFF").u32(36 + samples.size()).text("WAVEfmt ").u32(16).u16(1).u16(channels).u32(48000);
-    w.u32(48000 * block).u16(block).u16(bits).text("data").u32(samples.size()).raw(samples);
+    w.text("RIFF").u32(36 + samples.size()).text("WAVEfmt ").u32(16).u16(1, channels).u32(48000);
+    w.u32(48000 * block).u16(block, bits).text("data").u32(samples.size()).raw(samples);
     return w.str();
 }
 
@@ -123,8 +123,7 @@ TEST(AudioSamples, BigEndianInAiff) {
                          const char *view, uint32_t offset = 0) {
         const std::string common =
             big().text("COMM").u32(18).u16(channels).u32(frames).u16(bits).zeros(10).str();
-        const std::string sound =
-            big().text("SSND").u32(8 + samples.size()).u32(offset).u32(0).raw(samples).str();
+        const std::string sound = big().text("SSND").u32(8 + samples.size(), offset, 0).raw(samples).str();
         const std::string body = "AIFF" + common + sound;
         return lines_from(dump_of(big().text("FORM").u32(body.size()).raw(body).str(), "a.aif", {view}),
                           "PTR");
@@ -152,7 +151,7 @@ TEST(AudioSamples, OfManyChunks) {
     const auto line_count = [](uint32_t frames, size_t chunk_count, const std::string &samples) {
         std::string chunks = big().text("COMM").u32(18).u16(1).u32(frames).u16(8).zeros(10).str();
         for (size_t i = 0; i < chunk_count; i++) {
-            chunks += big().text("SSND").u32(8 + samples.size()).u32(0).u32(0).raw(samples).str();
+            chunks += big().text("SSND").u32(8 + samples.size(), 0, 0).raw(samples).str();
         }
         const std::string form = big().text("FORM").u32(4 + chunks.size()).text("AIFF").raw(chunks).str();
         const std::string dump = dump_of(form, "a.aif", {"-a"});

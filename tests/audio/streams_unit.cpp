@@ -57,8 +57,7 @@ TEST(SoundFacts, EdgesOfTags) {
         return iff_chunk(type, "").substr(0, 4) + big().u32(1 + text.size()).u16(0).u8(0).raw(text).str();
     };
     const auto tag = [](const std::string &frames, size_t size, unsigned version = 3, unsigned flags = 0) {
-        return "ID3" +
-               big().u8(version).u8(0).u8(flags).u8(0).u8(0).u8(size >> 7).u8(size & 0x7F).raw(frames).str();
+        return "ID3" + big().u8(version, 0, flags, 0, 0, size >> 7, size & 0x7F).raw(frames).str();
     };
     const std::string title = frame_of("TIT2", "Title");
     for (const size_t size : {15, 16, 17})
@@ -88,7 +87,7 @@ TEST(SoundFacts, EdgesOfTags) {
     // Zeros behind a tag, tags at the end.
     for (const size_t n : {4095, 4096, 4097}) SHOW(facts_of(tag(title, 16) + std::string(n, '\0') + mp3(3)));
     SHOW(facts_of(tag(title, 16)) + "\n" + facts_of(tag(title, 17)) + "\n" + facts_of(tag(title, 16) + "x"));
-    const std::string ape = "APETAGEX" + little().u32(2000).u32(40).u32(1).u32(0).zeros(8).str();
+    const std::string ape = "APETAGEX" + little().u32(2000, 40, 1, 0).zeros(8).str();
     const std::string short_ape = ape.substr(0, 12) + std::string(4, '\0') + ape.substr(16);
     SHOW(std::to_string(claimed_of(mp3(3) + std::string(40, 'y') + ape)) + " " +
          std::to_string(claimed_of(mp3(3) + short_ape)));
@@ -111,8 +110,8 @@ TEST(SoundFacts, EdgesOfStreams) {
     const auto counted = [](const std::string &kind, uint32_t n, uint32_t bytes, const std::string &rest,
                             const std::string &first = "FFFB1464") {
         const bool is_vbri = kind == "VBRI";
-        const std::string told = is_vbri ? big().text(kind).zeros(6).u32(bytes).u32(n).str()
-                                         : big().text(kind).u32(3).u32(n).u32(bytes).raw(rest).str();
+        const std::string told = is_vbri ? big().text(kind).zeros(6).u32(bytes, n).str()
+                                         : big().text(kind).u32(3, n, bytes).raw(rest).str();
         std::string frame = hex(first) + std::string(32, '\0') + told;
         frame.resize(96);
         return frame + mp3(2);

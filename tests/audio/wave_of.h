@@ -17,12 +17,9 @@ inline std::string format(unsigned tag, unsigned channels, unsigned bits, const 
                           unsigned block = 0) {
     const unsigned bytes = block != 0 ? block : channels * bits / 8;
     return chunk("fmt ", little()
-                             .u16(tag)
-                             .u16(channels)
-                             .u32(48000)
-                             .u32(48000 * bytes)
-                             .u16(block == 1 ? 0 : bytes)
-                             .u16(bits)
+                             .u16(tag, channels)
+                             .u32(48000, 48000 * bytes)
+                             .u16(block == 1 ? 0 : bytes, bits)
                              .raw(rest)
                              .str());
 }

@@ -10,8 +10,7 @@
 
 namespace {
 
-const std::string kBitmap =
-    little().text("BM").zeros(12).u32(40).u32(8).u32(6).u16(1).u16(24).zeros(24).str();
+const std::string kBitmap = little().text("BM").zeros(12).u32(40, 8, 6).u16(1, 24).zeros(24).str();
 
 Outcome all(const Workplace &place, const std::vector<std::string> &arguments) {
     return place.run(arguments, "keldump-all");
@@ -82,12 +81,9 @@ TEST(KeldumpAll, NoDumpForgesAHeading) {
                              .u32(68)
                              .text("WAVEfmt ")
                              .u32(16)
-                             .u16(1)
-                             .u16(1)
-                             .u32(48000)
-                             .u32(96000)
-                             .u16(2)
-                             .u16(16)
+                             .u16(1, 1)
+                             .u32(48000, 96000)
+                             .u16(2, 16)
                              .text("iXML")
                              .u32(32)
                              .text("a\n==> b.dpx <==\n==>\n ==> c\n==>", 32)

@@ -43,7 +43,7 @@ TEST(KeldumpJson, NothingInAFileIsForged) {
     ByteWriter dpx = big().text("SDPX").u32(2048).text("V2.0", 8).u32(8192).at(28).u32(384);
     dpx.at(160).text("x'\n creator          : 'y'\nimage\n pixelsperline  C : 99\n linesperimage  C : 7",
                      100);
-    dpx.at(768).u16(0).u16(1).u32(1920).u32(1080).at(2047).u8(0);
+    dpx.at(768).u16(0, 1).u32(1920, 1080).at(2047).u8(0);
     place.write("forged.dpx", dpx.str());
     const std::string handler = "ok\nATOM 0 moov (0x00000) size=8 (0x0000008) offset=0x               0\n";
     const std::string hdlr = big()
@@ -71,7 +71,7 @@ TEST(KeldumpJson, NothingInAFileIsForged) {
 
 TEST(KeldumpJson, LongValuesAndStatus) {
     const Workplace place;
-    ByteWriter exr = little().u32(20000630).u32(2).text("comments").u8(0).text("string").u8(0);
+    ByteWriter exr = little().u32(20000630, 2).text("comments").u8(0).text("string").u8(0);
     exr.u32(200'000).raw(std::string(200'000, 'x')).u8(0);
     place.write("long.exr", exr.str());
     const std::string out = json(place, {"long.exr"}).out;
@@ -82,19 +82,18 @@ TEST(KeldumpJson, LongValuesAndStatus) {
 // Indices in labels, names that files give, bytes that are kept, copied and put in another order.
 TEST(KeldumpJson, Places) {
     const Workplace place;
-    const std::string edits =
-        big().zeros(4).u32(2).u32(5).u32(0).u32(0x10000).u32(7).u32(1).u32(0x8000).str();
+    const std::string edits = big().zeros(4).u32(2, 5, 0, 0x10000, 7, 1, 0x8000).str();
     place.write("edits.mov", atom("moov", atom("edts", atom("elst", edits).str()).str()).str());
 
     ByteWriter wave = little().text("RF64").u32(0xFFFFFFFF).text("WAVE");
-    wave.text("ds64").u32(28).u64(108).u64(8).u64(4).u32(0).text("fmt ").u32(16).u16(1).u16(1).u32(48000);
-    wave.u32(96000).u16(2).u16(16).text("data").u32(0xFFFFFFFF).raw("samples.").zeros(64);
+    wave.text("ds64").u32(28).u64(108, 8, 4).u32(0).text("fmt ").u32(16).u16(1, 1).u32(48000);
+    wave.u32(96000).u16(2, 16).text("data").u32(0xFFFFFFFF).raw("samples.").zeros(64);
     place.write("long.wav", wave.str());
 
     ByteWriter dpx = little().text("XPDS").u32(2048).text("V2.0", 8).u32(8192).at(32).u32(64);
     dpx.at(2048).text("KEL Tessaron metadata", 32).u32(0xFEEDF00D);
     // Film data whose bytes go from the most significant one of each word on: a packet with its tags, a CRC.
-    dpx.u32(0x08353132).u32(0x20040A0B).u32(0x0C0D0000).u32(0).zeros(28);
+    dpx.u32(0x08353132, 0x20040A0B, 0x0C0D0000, 0).zeros(28);
     place.write("film.dpx", dpx.str());
 
     Transcript transcript;

@@ -77,8 +77,7 @@ TEST(Registers, LinesOfAnMxf) {
     const std::string dictionary = "060E2B34 0101010E 01030701 01000000";  // a number to the dump
     const std::string language = "060E2B34 0101010D 03010102 03150000";    // a text of 16 bits to the dump
     const std::string primer = item(kPrimer, big()
-                                                 .u32(4)
-                                                 .u32(18)
+                                                 .u32(4, 18)
                                                  .u16(0x8001)
                                                  .hex(attribute)
                                                  .u16(0x8002)

@@ -18,7 +18,7 @@ ByteWriter dpx(uint32_t timecode, uint32_t frame, float rate = 24) {
         return std::string(width - digits.size(), '0') + digits;
     };
     ByteWriter w = big().text("SDPX").u32(2048).text("V2.0", 8).u32(kFrameSize).at(28).u32(384);
-    w.at(768).u16(0).u16(1).u32(32).u32(18).at(800).u8(50).u8(1).u8(1).u8(10).u16(1).u16(0);
+    w.at(768).u16(0, 1).u32(32, 18).at(800).u8(50, 1, 1, 10).u16(1, 0);
     w.at(1664).text("0224").text(text(frame * 4 % 64, 2)).text("123456").text(text(7890 + frame / 16, 4));
     w.at(1724).f32(rate).at(1920).u32(timecode).at(1940).f32(rate).at(1972).text("A012", 76);
     return w.at(kFrameSize - 1).u8(0);
@@ -91,7 +91,7 @@ TEST(KeldumpSeq, EveryChangeIsNamedOnce) {
     const auto frame = [&] { return dpx(at_24(number), number); };
     for (int i = 0; i < 20; i++) add(frame());
     add(little().raw(frame().str()).at(0).text("XPDS"));
-    add(frame().at(800).u8(51).u8(2).u8(3).u8(16).u16(0).u16(1));
+    add(frame().at(800).u8(51, 2, 3, 16).u16(0, 1));
     add(frame().at(1920).u32(0xFFFFFFFF).at(1972).fill(0xFF, 76));
     add(frame().at(1920).u32(0x01006161).at(16).u32(9000));
     for (int i = 0; i < 3; i++) add(frame().at(1920).u32(0x01000001));
@@ -101,17 +101,14 @@ TEST(KeldumpSeq, EveryChangeIsNamedOnce) {
     add(frame().at(1675).text("x"));
     add(frame().at(28).u32(0));
     add(big()
-            .u32(0x802A5FD7)
-            .u32(2048)
+            .u32(0x802A5FD7, 2048)
             .zeros(16)
             .at(192)
-            .u8(0)
-            .u8(3)
+            .u8(0, 3)
             .at(198)
             .u8(10)
             .at(200)
-            .u32(32)
-            .u32(18)
+            .u32(32, 18)
             .at(kFrameSize - 1)
             .u8(0));
     place.write("d/a" + std::to_string(number++) + ".DPX", "SDPX");
@@ -332,7 +329,7 @@ TEST(KeldumpSeq, DropFrameWithoutRate) {
 
 TEST(KeldumpSeq, CutPictureAndTwins) {
     const Workplace place;
-    auto cineon = big().u32(0x802A5FD7).u32(2048).at(200).u32(1).u32(0).at(681).u8(5).at(2051).u8(0);
+    auto cineon = big().u32(0x802A5FD7, 2048).at(200).u32(1, 0).at(681).u8(5).at(2051).u8(0);
     place.write("b.1.cin", cineon.str());
     place.write("b.2.cin", cineon.at(681).u8(0xFF).str());
     EXPECT_EQ(lines_from(seq(place, {"b.%d.cin"}).out, "", 2),

@@ -8,8 +8,7 @@
 
 namespace {
 
-const std::string kBitmap =
-    little().text("BM").zeros(8).u32(54).u32(40).u32(8).u32(6).u16(1).u16(24).zeros(24 + 144).str();
+const std::string kBitmap = little().text("BM").zeros(8).u32(54, 40, 8, 6).u16(1, 24).zeros(24 + 144).str();
 
 Outcome table(const Workplace &place, const std::vector<std::string> &arguments) {
     return place.run(arguments, "keldump-table");

@@ -12,22 +12,22 @@ ByteWriter dpx(ByteWriter::Order order, uint32_t image_offset = 0x800) {
     ByteWriter w(order);
     w.text(order == ByteWriter::Order::big ? "SDPX" : "XPDS").u32(image_offset).text("V2.0", 8);
     w.u32(0x12345678);
-    w.u32(1).u32(1664).u32(384).u32(0).text("shot.dpx", 100).text("2026:01:02:03:04:05", 24);
+    w.u32(1, 1664, 384, 0).text("shot.dpx", 100).text("2026:01:02:03:04:05", 24);
     w.text("a scanner", 100);
     w.text("project", 200).text(std::string(200, 'c')).u32(0xFFFFFFFF);
-    w.at(768).u16(5).u16(1).u32(16).u32(0xFFFFFFFE);
-    w.u32(1).u32(64).f32(0.5).u32(0x80000000).f32(2.046F).u8(50).u8(2).u8(4).u8(10).u16(1).u16(1);
-    w.u32(0x800).u32(0).u32(0xFFFFFFFF).text("element", 32);
-    w.at(1408).u32(1).u32(2).f32(3).raw(kUnset4).u32(5).u32(6).text("in.dpx", 100).text("then", 24);
-    w.text("\xFF", 32).text("serial", 32).u16(1).u16(0xFFFF).u16(3).u16(4).u32(16).u32(9).f32(1.25);
+    w.at(768).u16(5, 1).u32(16, 0xFFFFFFFE);
+    w.u32(1, 64).f32(0.5).u32(0x80000000).f32(2.046F).u8(50, 2, 4, 10).u16(1, 1);
+    w.u32(0x800, 0, 0xFFFFFFFF).text("element", 32);
+    w.at(1408).u32(1, 2).f32(3).raw(kUnset4).u32(5, 6).text("in.dpx", 100).text("then", 24);
+    w.text("\xFF", 32).text("serial", 32).u16(1, 0xFFFF, 3, 4).u32(16, 9).f32(1.25);
     w.f32(1e10F);
     w.at(1664).text("02").text("93").text("12").text("123456").text("7890").text(
         "Academy35mmFullFrame+12chars", 32);
-    w.u32(10).u32(20).u32(0xFFFFFFFF).f32(24).f32(180).text("frame", 32).text("slate", 100);
+    w.u32(10, 20, 0xFFFFFFFF).f32(24, 180).text("frame", 32).text("slate", 100);
     w.at(1864).text("ARRI01").text("0042").text("07").text("0123").text("08").text("5").text("4").text("3");
-    w.at(1920).u32(0x01020304).u32(0xFFFFFFFF).u8(0).u8(255).u8(151).u8(0).f32(27000).f32(50).f32(25);
-    w.f32(0).f32(2.2F);
-    w.f32(16).f32(1).f32(90).f32(235).raw(kUnset4).text("reel 7", 76);
+    w.at(1920).u32(0x01020304, 0xFFFFFFFF).u8(0, 255, 151, 0).f32(27000, 50, 25);
+    w.f32(0, 2.2F);
+    w.f32(16, 1, 90, 235).raw(kUnset4).text("reel 7", 76);
     return w;
 }
 
@@ -70,15 +70,8 @@ TEST(Dpx, NamesOfCodes) {
     for (const uint32_t code :
          {0U,   1U,   2U,   3U,   4U,   5U,   6U,   7U,   8U,   9U,   10U,  50U,  51U,  52U,  53U,
           100U, 101U, 102U, 103U, 104U, 150U, 151U, 152U, 153U, 154U, 200U, 201U, 202U, 203U, 204U}) {
-        ByteWriter w = big().text("SDPX").at(28).u32(384).at(768).u16(code).u16(1).at(800).u8(code);
-        w.at(804)
-            .u16(code)
-            .u16(code)
-            .at(1864)
-            .text("ARRI01")
-            .at(1883)
-            .u8('0' + code % 10)
-            .u8('0' + code % 10);
+        ByteWriter w = big().text("SDPX").at(28).u32(384).at(768).u16(code, 1).at(800).u8(code);
+        w.at(804).u16(code, code).at(1864).text("ARRI01").at(1883).u8('0' + code % 10, '0' + code % 10);
         const std::string dump = dump_of(w.at(1930).u8(code).at(2047).u8(0).str());
         for (const char *line : {" orientation", " descriptor", " packing", " encoding", " keycode filmtype",
                                  " keycode s", " videosignal"}) {
@@ -98,7 +91,7 @@ TEST(Dpx, EveryFieldInBothByteOrders) {
 
 TEST(Dpx, ElementCountsAndUnknownCodes) {
     const auto channels = [](uint32_t count) {
-        const std::string dump = dump_of(dpx(kBig).at(768).u16(9).u16(count).str());
+        const std::string dump = dump_of(dpx(kBig).at(768).u16(9, count).str());
         size_t n = 0;
         for (size_t at = 0; (at = dump.find("\nimagechannel-", at)) != std::string::npos; at++) n++;
         EXPECT_EQ(lines_from(dump, " orientation ", 1), " orientation    C : 9 \n");
@@ -108,16 +101,16 @@ TEST(Dpx, ElementCountsAndUnknownCodes) {
     EXPECT_EQ(channels(3), 3U);
     EXPECT_EQ(channels(9), 8U);
     EXPECT_EQ(channels(0xFFFF), 8U);
-    const std::string dump = dump_of(dpx(kBig).at(800).u8(5).at(804).u16(3).u16(0xFFFF).str());
+    const std::string dump = dump_of(dpx(kBig).at(800).u8(5).at(804).u16(3, 0xFFFF).str());
     EXPECT_EQ(lines_from(dump, " descriptor", 1), " descriptor    C : 5 \n");
     EXPECT_EQ(lines_from(dump, " packing", 2), " packing       C : 3 \n encoding      C :  \n");
-    EXPECT_EQ(lines_from(dump_of(dpx(kBig).at(804).u16(8).u16(8).str()), " packing", 2),
+    EXPECT_EQ(lines_from(dump_of(dpx(kBig).at(804).u16(8, 8).str()), " packing", 2),
               " packing       C : 8 \n encoding      C : 8 \n");
 }
 
 TEST(Dpx, AspectRatios) {
     const auto aspect = [](uint32_t horizontal, uint32_t vertical) {
-        const std::string dump = dump_of(dpx(kLittle).at(1628).u32(horizontal).u32(vertical).str());
+        const std::string dump = dump_of(dpx(kLittle).at(1628).u32(horizontal, vertical).str());
         return lines_from(dump, " aspectratio ", 1).substr(20);
     };
     EXPECT_EQ(aspect(0xFFFFFFFF, 9), "\n");

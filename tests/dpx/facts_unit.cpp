@@ -15,8 +15,8 @@ TEST(DpxFacts, Samples) {
 TEST(DpxFacts, Elements) {
     const auto dpx = [](uint64_t elements, float film, float television) {
         ByteWriter header = big();
-        header.fill(0xFF, 2048).at(0).text("SDPX").u32(2048).text("V2.0", 8).at(24).u32(1664).u32(384);
-        header.at(770).u16(elements).u32(4).u32(2);
+        header.fill(0xFF, 2048).at(0).text("SDPX").u32(2048).text("V2.0", 8).at(24).u32(1664, 384);
+        header.at(770).u16(elements).u32(4, 2);
         for (const auto &[at, descriptor] : {std::pair{800, 6}, {872, 7}})
             header.at(static_cast<size_t>(at))
                 .hex(descriptor == 6 ? "06 07 07 08" : "07 07 07 08")
@@ -55,8 +55,7 @@ TEST(CineonFacts, Sizes) {
                                    .at(198)
                                    .u8(10)
                                    .at(200)
-                                   .u32(2176)
-                                   .u32(1688)
+                                   .u32(2176, 1688)
                                    .at(1024)
                                    .u8(0)
                                    .str();
@@ -64,7 +63,7 @@ TEST(CineonFacts, Sizes) {
     // Lines of six bytes, padded or not, with a size field that is wrong.
     std::string small = header;
     small.replace(20, 4, big().u32(9000).str());
-    small.replace(198, 10, big().u8(16).u8(0).u32(3).u32(2).str());
+    small.replace(198, 10, big().u8(16, 0).u32(3, 2).str());
     small.resize(1024);
     for (const size_t bytes : {12, 13, 15, 16})
         EXPECT_EQ(extent_of(small + std::string(bytes, 'x'), "a.cin"),

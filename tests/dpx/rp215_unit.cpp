@@ -20,7 +20,7 @@ std::string dump_of_packets(std::string block, int crc = -1) {
     return printed([&] { rp215_dump(view(block), length, 0); });
 }
 
-std::string packet(uint8_t type, uint8_t size) { return big().u8(type).u8(size).raw(counting(size)).str(); }
+std::string packet(uint8_t type, uint8_t size) { return big().u8(type, size).raw(counting(size)).str(); }
 
 }  // namespace
 
@@ -44,20 +44,20 @@ TEST(Rp215, EveryField) {
 
 TEST(Rp215, TextsAreAsWideAsTheirFields) {
     Transcript transcript;
-    const auto w = big().u8(0x31).u8(44).text("Title of twenty char").text("ep 1", 8).text("crew").zeros(12);
+    const auto w = big().u8(0x31, 44).text("Title of twenty char").text("ep 1", 8).text("crew").zeros(12);
     SHOW(dump_of_packets(w.str()));
 }
 
 TEST(Rp215, SignsAndLimitsOfTheDolly) {
     Transcript transcript;
-    auto dolly = big().u8(0x50).u8(20).u32(0xABCDEF01).u16(0xC1F4).u16(0xF064).u16(0x8000).u32(0x0000C03F);
-    dolly.u16(0x2AAA).u16(0xFFFF).u16(1);
+    auto dolly = big().u8(0x50, 20).u32(0xABCDEF01).u16(0xC1F4, 0xF064, 0x8000).u32(0x0000C03F);
+    dolly.u16(0x2AAA, 0xFFFF, 1);
     SHOW(dump_of_packets(dolly.str()));
 }
 
 TEST(Rp215, UserDataUnknownPacketsAndTheCrc) {
     Transcript transcript;
-    const std::string user = big().u8(0xF0).u8(18).text("sixteen letters.\x1F~").str();
+    const std::string user = big().u8(0xF0, 18).text("sixteen letters.\x1F~").str();
     SHOW(dump_of_packets(user + std::string("\x99\x01?\x98\0", 5) + "not reached", 0x1234));
 }
 

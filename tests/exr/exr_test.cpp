@@ -10,9 +10,7 @@ void add(ByteWriter &w, const std::string &name, const std::string &type, const 
     w.text(name).u8(0).text(type).u8(0).u32(value.size()).raw(value);
 }
 
-ByteWriter channel(char name) {
-    return little().u8(static_cast<uint8_t>(name)).u8(0).u32(1).u32(0).u32(2).u32(0xFFFFFFFF);
-}
+ByteWriter channel(char name) { return little().u8(static_cast<uint8_t>(name), 0).u32(1, 0, 2, 0xFFFFFFFF); }
 
 }  // namespace
 
@@ -22,13 +20,13 @@ TEST(Exr, EveryKindOfAttribute) {
     add(w, "channels", "chlist", channel('B').str() + channel('R').str() + '\0');
     add(w, "comments", "string", std::string("a\0b", 3));
     add(w, "preview", "preview", std::string(16, '\0'));
-    add(w, "a name longer than its column", "box2i", little().u32(0xFFFFFFFF).u32(2).u32(3).u32(4).str());
+    add(w, "a name longer than its column", "box2i", little().u32(0xFFFFFFFF, 2, 3, 4).str());
     add(w, "c", "compression", std::string(1, '\0'));
     add(w, "c", "compression", "\x80");
     add(w, "f", "float", little().f32(-1.5).str());
     add(w, "n", "float", little().u32(0x7FC00000).str());
-    add(w, "v", "v2f", little().f32(0.5).f32(0.25).str());
-    add(w, "r", "rational", little().u32(24).u32(1).str());
+    add(w, "v", "v2f", little().f32(0.5, 0.25).str());
+    add(w, "r", "rational", little().u32(24, 1).str());
     add(w, "full rows", "opaque", std::string(32, '\x7F'));
     w.u8(0).text("pixels");
     SHOW(dump_of(w.str()));
@@ -68,7 +66,7 @@ TEST(Exr, EdgesOfValuesAndNames) {
     const std::string list = "00008 n                  chlist     ";
     EXPECT_EQ(shown("chlist", 0, ""), list + "0\n");
     EXPECT_EQ(shown("chlist", 1, "R"), list + "1\nR 0 0 0 0\n");
-    const std::string nameless = little().u8(0).u8(0).u32(1).u32(2).u32(3).u32(4).str();
+    const std::string nameless = little().u8(0, 0).u32(1, 2, 3, 4).str();
     EXPECT_EQ(shown("chlist", 19, nameless + channel('G').str()),
               list + "19\n" + '\0' + " 1 2 3 4\nG 1 0 2 -1\n");
     EXPECT_EQ(shown("string", 1, "a"), "00008 n                  string     1\n'a'\n");

@@ -18,9 +18,8 @@ std::string attribute(const std::string &name, const std::string &type, const st
 // 64x32 pixels of three halves in one tile or one chunk of lines, in several parts or one.
 std::string header(uint8_t compression, const std::string &more) {
     std::string channels;
-    for (const char *name : {"B", "G", "R"})
-        channels += little().text(name).u8(0).u32(1).u32(0).u32(1).u32(1).str();
-    const std::string window = little().u32(0).u32(0).u32(63).u32(31).str();
+    for (const char *name : {"B", "G", "R"}) channels += little().text(name).u8(0).u32(1, 0, 1, 1).str();
+    const std::string window = little().u32(0, 0, 63, 31).str();
     return attribute("channels", "chlist", channels + '\0') +
            attribute("compression", "compression", std::string(1, static_cast<char>(compression))) +
            attribute("dataWindow", "box2i", window) + attribute("displayWindow", "box2i", window) + more +
@@ -28,7 +27,7 @@ std::string header(uint8_t compression, const std::string &more) {
 }
 
 std::string file(uint32_t version, const std::string &headers, const std::string &chunk) {
-    const std::string head = little().u32(20000630).u32(version).raw(headers).str();
+    const std::string head = little().u32(20000630, version).raw(headers).str();
     return head + little().u64(head.size() + 8).str() + chunk;
 }
 
@@ -36,15 +35,15 @@ std::string file(uint32_t version, const std::string &headers, const std::string
 
 // What the last chunk holds shows whether it was written; where nothing is compressed zeros are a picture.
 TEST(ExrFacts, LastChunks) {
-    const std::string tiles = attribute("tiles", "tiledesc", little().u32(64).u32(32).u8(0).str());
+    const std::string tiles = attribute("tiles", "tiledesc", little().u32(64, 32).u8(0).str());
     const std::string deep = attribute("chunkCount", "int", little().u32(1).str()) +
                              attribute("type", "string", "deeptile") + tiles;
     const std::string data(2000, 'd');
-    const std::string sizes = little().u64(20).u64(1980).u64(9000).str();
+    const std::string sizes = little().u64(20, 1980, 9000).str();
     const std::string tiled = file(0x202, header(9, tiles), little().zeros(16).u32(2000).raw(data).str());
     const std::string deep_tiled = file(0x802, header(2, deep), std::string(16, '\0') + sizes + data);
     const std::string plain = file(2, header(0, attribute("chunkCount", "int", little().u32(1).str())),
-                                   little().u32(0).u32(2000).raw(data).str());
+                                   little().u32(0, 2000).raw(data).str());
     EXPECT_EQ(facts_of(tiled),
               "EXR tiled | 64x32 DWAB RGB 16 bits float 1 frames | whole | channels: B G R | tiles: 64x32");
     EXPECT_EQ(facts_of(deep_tiled),
@@ -57,7 +56,7 @@ TEST(ExrFacts, LastChunks) {
     }
     for (const std::string first : {"x", "d"}) {
         const std::string one = attribute("chunkCount", "int", little().u32(1).str());
-        const std::string zip = file(2, header(3, one), little().u32(0).u32(2000).raw(first + data).str());
+        const std::string zip = file(2, header(3, one), little().u32(0, 2000).raw(first + data).str());
         EXPECT_EQ(extent_of(zip.substr(0, zip.size() - 101) + std::string(100, '\0'), "a.exr"),
                   first == "x" ? "cut the last chunk holds zeros" : "whole");
     }
@@ -66,15 +65,12 @@ TEST(ExrFacts, LastChunks) {
 
 // A table of offsets is written last: what it has not was never written.
 TEST(ExrFacts, OffsetTable) {
-    const std::string head = little()
-                                 .u32(20000630)
-                                 .u32(2)
-                                 .raw(header(3, attribute("chunkCount", "int", little().u32(2).str())))
-                                 .str();
-    const std::string chunk = little().u32(0).u32(100).raw(std::string(100, 'd')).str();
+    const std::string head =
+        little().u32(20000630, 2).raw(header(3, attribute("chunkCount", "int", little().u32(2).str()))).str();
+    const std::string chunk = little().u32(0, 100).raw(std::string(100, 'd')).str();
     const uint64_t first = head.size() + 16;
     const auto extent = [&](uint64_t second) {
-        return extent_of(head + little().u64(first).u64(second).str() + chunk + chunk, "a.exr");
+        return extent_of(head + little().u64(first, second).str() + chunk + chunk, "a.exr");
     };
     EXPECT_EQ(extent(first + chunk.size()), "whole");
     EXPECT_EQ(extent(0), "cut 1 of 2 chunks were not written");
@@ -101,25 +97,25 @@ TEST(ExrFacts, MixedPartsAndChannels) {
     const std::string one = attribute("chunkCount", "int", little().u32(1).str());
     const std::string parts = header(2, one + attribute("type", "string", "deepscanline")) +
                               header(3, one + attribute("type", "string", "scanlineimage")) + '\0';
-    const std::string head = little().u32(20000630).u32(0x1802).raw(parts).str();
-    const std::string deep = little().u32(0).u32(0).u64(4).u64(4).u64(4).u64(0xDDDDDDDD).str();
-    const std::string flat = little().u32(1).u32(0).u32(100).raw(std::string(100, 'd')).str();
+    const std::string head = little().u32(20000630, 0x1802).raw(parts).str();
+    const std::string deep = little().u32(0, 0).u64(4, 4, 4, 0xDDDDDDDD).str();
+    const std::string flat = little().u32(1, 0, 100).raw(std::string(100, 'd')).str();
     const uint64_t first = head.size() + 16;
-    const std::string both = head + little().u64(first).u64(first + deep.size()).str() + deep + flat;
+    const std::string both = head + little().u64(first, first + deep.size()).str() + deep + flat;
     EXPECT_EQ(extent_of(both, "a.exr"), "whole");
     EXPECT_EQ(extent_of(both.substr(0, both.size() - 1), "a.exr"), "cut the last chunk");
 
     std::string channels;
     for (const auto &[name, type] : {std::pair{"B", 1U}, {"G", 1U}, {"R", 1U}, {"Z", 2U}})
-        channels += little().text(name).u8(0).u32(type).u32(0).u32(1).u32(1).str();
+        channels += little().text(name).u8(0).u32(type, 0, 1, 1).str();
     const std::string b44 = header(6, one + attribute("channels", "chlist", channels + '\0'));
-    EXPECT_EQ(facts_of(file(2, b44, little().u32(0).u32(1064).raw(std::string(40, 'd')).zeros(1024).str())),
+    EXPECT_EQ(facts_of(file(2, b44, little().u32(0, 1064).raw(std::string(40, 'd')).zeros(1024).str())),
               "EXR scan lines | 64x32 B44 RGB 16 bits float 1 frames | whole | channels: B G R Z");
 }
 
 // Names that others than the format's library write.
 TEST(ExrFacts, OtherNames) {
-    const std::string chunk = little().u32(0).u32(4).text("data").str();
+    const std::string chunk = little().u32(0, 4).text("data").str();
     const std::string more = attribute("chunkCount", "int", little().u32(1).str()) +
                              attribute("FramesPerSecond", "float", little().f32(23.976F).str()) +
                              attribute("writer", "string", "a plug-in");
@@ -133,14 +129,14 @@ TEST(ExrFacts, OtherNames) {
 TEST(ExrFacts, DroppedNumbers) {
     for (const float rate : {0.0F, 29.97F, 59.94F}) {
         const std::string more = attribute("framesPerSecond", "float", little().f32(rate).str()) +
-                                 attribute("timeCode", "timecode", little().u32(0x01000042).u32(0).str());
+                                 attribute("timeCode", "timecode", little().u32(0x01000042, 0).str());
         EXPECT_NE(facts_of(file(2, header(0, more), "")).find("| 01:00:00;02 timeCode"), std::string::npos);
     }
 }
 
 // Windows reach as far as signed numbers of 32 bits do.
 TEST(ExrFacts, LargestWindow) {
-    const std::string far = little().u32(0x80000000).u32(0x80000000).u32(INT32_MAX).u32(INT32_MAX).str();
+    const std::string far = little().u32(0x80000000, 0x80000000, INT32_MAX, INT32_MAX).str();
     const std::string parts = header(0, attribute("dataWindow", "box2i", far)) + header(0, "") + '\0';
     EXPECT_NE(facts_of(file(0x1002, parts, "")).find("-2147483648,-2147483648 4294967296x4294967296"),
               std::string::npos);
@@ -150,7 +146,7 @@ namespace {
 
 // Chunks of a part, by where its table of offsets would end.
 uint64_t chunks_of(uint64_t width, uint64_t height, int compression, const std::string &more) {
-    const ByteWriter window = little().u32(10).u32(20).u32(9 + width).u32(19 + height);
+    const ByteWriter window = little().u32(10, 20, 9 + width, 19 + height);
     std::string head = attribute("dataWindow", "box2i", window.str()) + more;
     head = file(2, header(static_cast<uint8_t>(compression), head), "");
     head.resize(head.size() - 8);
@@ -174,7 +170,7 @@ TEST(ExrFacts, Chunks) {
     const auto tiles = [](uint64_t width, uint64_t height) {
         std::string counts;
         for (const unsigned mode : {0x00, 0x01, 0x11, 0x02, 0x12}) {
-            const std::string kind = attribute("tiles", "tiledesc", little().u32(16).u32(16).u8(mode).str()) +
+            const std::string kind = attribute("tiles", "tiledesc", little().u32(16, 16).u8(mode).str()) +
                                      attribute("type", "string", "tiledimage");
             counts += std::to_string(chunks_of(width, height, 0, kind)) + " ";
         }
@@ -191,12 +187,12 @@ TEST(ExrFacts, Chunks) {
 TEST(ExrFacts, Edges) {
     Transcript transcript;
     const std::string one = attribute("chunkCount", "int", little().u32(1).str());
-    const std::string chunk = little().u32(0).u32(100).fill('x', 100).str();
+    const std::string chunk = little().u32(0, 100).fill('x', 100).str();
     const auto with = [&](const std::string &more) {
         return facts_of(file(2, header(0, one + more), chunk));
     };
     const auto window = [](uint32_t left, uint32_t top, uint32_t right, uint32_t bottom) {
-        return attribute("dataWindow", "box2i", little().u32(left).u32(top).u32(right).u32(bottom).str());
+        return attribute("dataWindow", "box2i", little().u32(left, top, right, bottom).str());
     };
     const std::string plain = file(2, header(0, one), chunk);
     const size_t end = plain.size() - 108;
@@ -225,8 +221,8 @@ TEST(ExrFacts, Edges) {
     SHOW(colours({0.6419F, 0.3319F, 0.3019F, 0.6F, 0.15F, 0.06F, 0.3127F, 0.329F}));
     SHOW(colours({0.6421F, 0.33F, 0.30F, 0.6F, 0.15F, 0.06F, 0.3127F, 0.329F}));
     SHOW(colours({0.7061F, 0.2901F, 0.17F, 0.797F, 0.131F, 0.046F, 0.3127F, 0.329F}));
-    SHOW(with(attribute("framesPerSecond", "rational", little().u32(24000).u32(1001).str()) +
-              attribute("timeCode", "timecode", little().u32(0x41023344).u32(0).str())));
+    SHOW(with(attribute("framesPerSecond", "rational", little().u32(24000, 1001).str()) +
+              attribute("timeCode", "timecode", little().u32(0x41023344, 0).str())));
     SHOW(with(attribute("pixelAspectRatio", "float", little().f32(2).str()) +
               attribute("lineOrder", "lineOrder", "\2")));
     SHOW(with(attribute("lineOrder", "lineOrder", "\1")) + "\n" +
@@ -240,7 +236,7 @@ TEST(ExrFacts, Channels) {
     const auto of = [](const std::vector<std::tuple<std::string, uint32_t, uint32_t>> &channels) {
         std::string list;
         for (const auto &[name, type, step] : channels)
-            list += little().text(name).u8(0).u32(type).u32(0).u32(step).u32(step).str();
+            list += little().text(name).u8(0).u32(type, 0, step, step).str();
         const std::string text =
             facts_of(file(2, header(0, attribute("channels", "chlist", list + '\0')), ""));
         const size_t at = text.find("channels: ");
@@ -287,7 +283,7 @@ TEST(ExrFacts, HeldAttributes) {
     const auto with = [&](const std::string &more) {
         return facts_difference(plain, file(2, header(0, more), ""));
     };
-    const std::string numbers = little().u32(1).u32(0xFFFFFFFF).u32(3).u32(4).str();
+    const std::string numbers = little().u32(1, 0xFFFFFFFF, 3, 4).str();
     for (const char *type : {"int", "v2i", "v3i", "box2i", "rational", "other"})
         SHOW(type + with(attribute("a", type, numbers)));
     ByteWriter reals = little();
@@ -307,7 +303,7 @@ TEST(ExrFacts, HeldAttributes) {
     };
     EXPECT_EQ(count(100) - count(99), 1);
     EXPECT_EQ(count(101) - count(100), 0);
-    const std::string keycode = little().u32(2).u32(24).u32(123456).u32(7890).u32(12).u32(4).u32(64).str();
+    const std::string keycode = little().u32(2, 24, 123456, 7890, 12, 4, 64).str();
     SHOW(with(attribute("keyCode", "keycode", keycode)) +
          with(attribute("keyCode", "keycode", little().u32(100).raw(keycode.substr(4)).str())));
 }

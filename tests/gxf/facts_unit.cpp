@@ -12,12 +12,12 @@ TEST(GxfFacts, Samples) {
 namespace {
 
 std::string gxf_packet(uint8_t type, const std::string &payload) {
-    return big().zeros(4).u8(1).u8(type).u32(16 + payload.size()).zeros(4).hex("E1E2").raw(payload).str();
+    return big().zeros(4).u8(1, type).u32(16 + payload.size()).zeros(4).hex("E1E2").raw(payload).str();
 }
 
 std::string gxf_track(unsigned type, unsigned id, uint32_t rate, uint32_t lines, uint32_t fields) {
     const ByteWriter tags = big().hex("5004").u32(rate).hex("5104").u32(lines).hex("5204").u32(fields);
-    return big().u8(0x80 + type).u8(0xC0 + id).u16(tags.size()).raw(tags.str()).str();
+    return big().u8(0x80 + type, 0xC0 + id).u16(tags.size()).raw(tags.str()).str();
 }
 
 std::string gxf_map(uint32_t first, uint32_t last, const std::string &tracks) {
@@ -28,13 +28,13 @@ std::string gxf_map(uint32_t first, uint32_t last, const std::string &tracks) {
 }
 
 std::string gxf_media(uint8_t type, uint8_t id, uint32_t field, uint32_t info, const std::string &data) {
-    const ByteWriter preamble = big().u8(type).u8(id).u32(field).u32(info).u32(field).u16(0);
+    const ByteWriter preamble = big().u8(type, id).u32(field, info, field).u16(0);
     return gxf_packet(0xBF, preamble.str() + data);
 }
 
 // The material's start, and media of a type with a sampling rate and the bits of a sample.
 std::string gxf_umf(uint32_t start, uint32_t rate, uint32_t bits) {
-    const ByteWriter media = little().u16(124).at(112).u32(10).u32(rate).u32(bits);
+    const ByteWriter media = little().u16(124).at(112).u32(10, rate, bits);
     const ByteWriter umf = little().u32(104).at(16).u32(0).at(68).u32(start).at(104);
     return gxf_packet(0xFD, std::string(5, '\0') + little().raw(umf.str()).at(104).raw(media.str()).str());
 }

@@ -8,7 +8,7 @@
 namespace {
 
 std::string packet(uint8_t type, const std::string &payload) {
-    return big().zeros(4).u8(1).u8(type).u32(16 + payload.size()).zeros(4).hex("E1E2").raw(payload).str();
+    return big().zeros(4).u8(1, type).u32(16 + payload.size()).zeros(4).hex("E1E2").raw(payload).str();
 }
 
 const std::string kEnd = packet(0xFB, "");
@@ -17,23 +17,23 @@ std::string section(const ByteWriter &tags) { return big().u16(tags.size()).raw(
 
 // A media packet with the four bytes of field information given.
 std::string media(uint8_t type, const std::string &info, const std::string &data = "") {
-    return packet(0xBF, big().u8(type).u8(2).u32(7).hex(info).u32(0xFFFFFFFF).u8(0x81).u8(0).raw(data).str());
+    return packet(0xBF, big().u8(type, 2).u32(7).hex(info).u32(0xFFFFFFFF).u8(0x81, 0).raw(data).str());
 }
 
 TEST(Map, EveryTag) {
     Transcript transcript;
     auto material = big();
-    material.u8(0x40).u8(7).text("a\tb").zeros(1).text("cut").u8(0x41).u8(4).u32(0xFFFFFFFF);
-    material.u8(0x42).u8(4).u32(2).u8(0x43).u8(4).u32(3).u8(0x44).u8(4).u32(4).u8(0x45).u8(4).u32(0xC0000000);
-    material.u8(0x46).u8(4).u32(6).u8(0x47).u8(8).u64(UINT64_MAX - 6).u8(0x60).u8(200).zeros(200);
+    material.u8(0x40, 7).text("a\tb").zeros(1).text("cut").u8(0x41, 4).u32(0xFFFFFFFF);
+    material.u8(0x42, 4).u32(2).u8(0x43, 4).u32(3).u8(0x44, 4).u32(4).u8(0x45, 4).u32(0xC0000000);
+    material.u8(0x46, 4).u32(6).u8(0x47, 8).u64(UINT64_MAX - 6).u8(0x60, 200).zeros(200);
     auto track = big();
-    track.u8(0x4C).u8(2).text("f").zeros(1).u8(0x4D).u8(8).u64(0xAB00000000).u8(0x4E).u8(4).u32(1);
-    track.u8(0x4F).u8(3).text("Br.").u8(0x50).u8(4).u32(3).u8(0x51).u8(4).u32(UINT32_MAX - 1);
-    track.u8(0x52).u8(4).u32(2).u8(0x50).u8(4).u32(9).u8(0x51).u8(4).u32(4);
+    track.u8(0x4C, 2).text("f").zeros(1).u8(0x4D, 8).u64(0xAB00000000).u8(0x4E, 4).u32(1);
+    track.u8(0x4F, 3).text("Br.").u8(0x50, 4).u32(3).u8(0x51, 4).u32(UINT32_MAX - 1);
+    track.u8(0x52, 4).u32(2).u8(0x50, 4).u32(9).u8(0x51, 4).u32(4);
     auto tracks = big();
-    tracks.u8(0x80 + 11).u8(0xC0 + 5).raw(section(track));
-    tracks.u8(26).u8(0).u16(6).u8(0x50).u8(4).u32(UINT32_MAX);
-    const std::string map = big().u8(0xE3).u8(0).raw(section(material)).raw(section(tracks)).str();
+    tracks.u8(0x80 + 11, 0xC0 + 5).raw(section(track));
+    tracks.u8(26, 0).u16(6).u8(0x50, 4).u32(UINT32_MAX);
+    const std::string map = big().u8(0xE3, 0).raw(section(material)).raw(section(tracks)).str();
     SHOW(dump_of(packet(0xBC, map) + kEnd));
 }
 
@@ -42,12 +42,12 @@ TEST(Map, EveryName) {
     Transcript transcript;
     auto codes = big();
     for (uint32_t code = 0; code <= 12; code++) {
-        codes.u8(0x50).u8(4).u32(code - 2).u8(0x51).u8(4).u32(code - 2);
+        codes.u8(0x50, 4).u32(code - 2).u8(0x51, 4).u32(code - 2);
     }
     auto tracks = big();
-    for (uint32_t type = 0; type <= 27; type++) tracks.u8(0x80 + type).u8(0xC0).u16(2).u8(0x60).u8(0);
+    for (uint32_t type = 0; type <= 27; type++) tracks.u8(0x80 + type, 0xC0).u16(2).u8(0x60, 0);
     const std::string material = section(codes);
-    SHOW(dump_of(packet(0xBC, big().u8(0xE3).u8(0).raw(material).raw(section(tracks)).str()) + kEnd));
+    SHOW(dump_of(packet(0xBC, big().u8(0xE3, 0).raw(material).raw(section(tracks)).str()) + kEnd));
 }
 
 // Sections end with the payload, an empty one still has a tag, and reserved packets hold maps.
@@ -82,7 +82,7 @@ TEST(Media, Timecodes) {
 
 TEST(FieldLocator, EntriesThatAreSet) {
     Transcript transcript;
-    auto table = little().u32(0x40000000).u32(3).zeros(4000);
+    auto table = little().u32(0x40000000, 3).zeros(4000);
     table.at(8).u32(9).at(8 + 4 * 2).u32(4).at(8 + 4 * 999).u32(0xFFFFFFFF);
     SHOW(dump_of(packet(0xFC, table.str()) + packet(0xFC, table.str().substr(8)) +
                  packet(0xFC, table.str()).substr(0, 4023)));
@@ -126,11 +126,11 @@ std::string utf16(const std::string &text) {
 // A description with two tracks, one media entry and user data of the size given from offset 248 on.
 ByteWriter description(ByteWriter::Order order, uint32_t user_size) {
     ByteWriter umf(order);
-    umf.u32(248 + user_size).u32(3).u32(127).u32(104).u32(8).u32(2).u32(112).u32(136).u32(248).u32(user_size);
-    umf.at(48).u32(0xF0000001).u32(500).u32(-1U).u32(1).u32(2).u32(0x10).u32(0x20).u32(0xA).u32(0xB);
-    umf.at(96).u16(4).u16(99).u16(1).u16(2).text("1M").u16(7).text("\x01z").u16(8);
-    umf.at(112).u16(136).u16(2).u16(3).at(120).u32(50).at(128).u32(5).u32(6).text("clip").u8(9).text("name");
-    umf.at(224).u32(4).u32(25).u32(-2U);
+    umf.u32(248 + user_size, 3, 127, 104, 8, 2, 112, 136, 248, user_size);
+    umf.at(48).u32(0xF0000001, 500, -1U, 1, 2, 0x10, 0x20, 0xA, 0xB);
+    umf.at(96).u16(4, 99, 1, 2).text("1M").u16(7).text("\x01z").u16(8);
+    umf.at(112).u16(136, 2, 3).at(120).u32(50).at(128).u32(5, 6).text("clip").u8(9).text("name");
+    umf.at(224).u32(4, 25, -2U);
     return umf.at(248);
 }
 
@@ -138,9 +138,9 @@ TEST(Umf, DescriptionInBothByteOrders) {
     Transcript transcript;
     // The sequence number and the user key share two bytes.
     auto low = description(ByteWriter::Order::little, 752);
-    low.u32(600).u32(1).u16(2).u16(5).u16(4).u16(5).zeros(736);
+    low.u32(600, 1).u16(2, 5, 4, 5).zeros(736);
     auto high = description(ByteWriter::Order::big, 752);
-    high.u32(600).u32(1).u16(2).u16(4).u16(5).u16(4).zeros(736);
+    high.u32(600, 1).u16(2, 4, 5, 4).zeros(736);
     SHOW(lines_from(dump_of(umf_packet(3, high.str()) + kEnd), "  Payload"));
     SHOW(lines_from(dump_of(umf_packet(3, low.str()) + kEnd), "  Payload"));
 }
@@ -182,7 +182,7 @@ TEST(Umf, SizesOutsideTheData) {
 // size is not set.
 std::string xml_lines(const std::string &text) {
     auto umf = description(ByteWriter::Order::little, 0);
-    umf.at(0).u32(248 + 16 + text.size()).at(248).u32(1).u32(0x01000000).zeros(8).raw(text).zeros(400);
+    umf.at(0).u32(248 + 16 + text.size()).at(248).u32(1, 0x01000000).zeros(8).raw(text).zeros(400);
     const std::string dump = dump_of(umf_packet(3, umf.str()));
     const size_t start = dump.find(" <?");
     return dump.substr(start, dump.find("  length      0", start) - start);

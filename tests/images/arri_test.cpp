@@ -9,7 +9,7 @@ namespace {
 ByteWriter arri(uint32_t version) {
     ByteWriter w = little();
     for (uint32_t at = 0; at < 4096; at += 4) w.u32(at);
-    w.at(0).text("ARRI").u32(0x78563412).u32(4096).u32(version);
+    w.at(0).text("ARRI").u32(0x78563412, 4096, version);
     for (const auto &[first, last] : {std::pair{96, 108}, {128, 180}, {196, 196}, {252, 288}}) {
         w.at(static_cast<size_t>(first));
         for (int at = first; at <= last; at += 4) w.f32(static_cast<float>(at) + 0.5F);

@@ -100,8 +100,7 @@ TEST(NetpbmFacts, Edges) {
 TEST(ImageFacts, LongStills) {
     constexpr size_t kLookedAt = 4 << 20;
     const auto tga = [](uint64_t width, uint64_t height, const std::string &packet) {
-        std::string file =
-            hex("00000B 0000000000 00000000") + little().u16(width).u16(height).hex("08 20").str();
+        std::string file = hex("00000B 0000000000 00000000") + little().u16(width, height).hex("08 20").str();
         for (size_t i = 0; i < (width * height + 127) / 128; i++) file += packet;
         return facts_of(file, "a.tga") + "\n";
     };

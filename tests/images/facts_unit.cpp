@@ -18,11 +18,9 @@ TEST(ImageFacts, Softimage) {
                           .f32(version)
                           .text("comment", 80)
                           .text("PICT")
-                          .u16(1920)
-                          .u16(1080)
+                          .u16(1920, 1080)
                           .f32(1)
-                          .u16(3)
-                          .u16(0)
+                          .u16(3, 0)
                           .hex("010802E0 00080210")
                           .zeros(64)
                           .str()));
@@ -69,9 +67,8 @@ TEST(ImageFacts, TimesOfPng) {
         return big().u32(data.size()).text(type).raw(data).u32(0).str();
     };
     const auto animation = [&](const char *first, const char *second) {
-        std::string file = hex("89504E470D0A1A0A") +
-                           chunk("IHDR", big().u32(2).u32(1).hex("0802000000").str()) +
-                           chunk("acTL", big().u32(2).u32(0).str());
+        std::string file = hex("89504E470D0A1A0A") + chunk("IHDR", big().u32(2, 1).hex("0802000000").str()) +
+                           chunk("acTL", big().u32(2, 0).str());
         for (const char *delay : {first, second})
             file += chunk("fcTL", std::string(20, '\0') + hex(delay) + hex("0000")) + chunk("fdAT", "data");
         return facts_of(file + chunk("IEND", "")).substr(29);
@@ -89,12 +86,8 @@ TEST(ImageFacts, MasksOfBmp) {
         const std::string text = facts_of(little()
                                               .text("BM")
                                               .at(10)
-                                              .u32(138)
-                                              .u32(size)
-                                              .u32(1)
-                                              .u32(1)
-                                              .u16(1)
-                                              .u16(depth)
+                                              .u32(138, size, 1, 1)
+                                              .u16(1, depth)
                                               .u32(compression)
                                               .at(34)
                                               .u32(4)
@@ -118,7 +111,7 @@ TEST(ImageFacts, BehindThePicture) {
     };
     const std::string exif =
         "MM" + hex("002A 00000008 0002 0112 0003 00000001 00060000 0131 0002 00000003 61620000");
-    EXPECT_EQ(facts_of(hex("89504E470D0A1A0A") + chunk("IHDR", big().u32(2).u32(1).hex("0802000000").str()) +
+    EXPECT_EQ(facts_of(hex("89504E470D0A1A0A") + chunk("IHDR", big().u32(2, 1).hex("0802000000").str()) +
                        chunk("IDAT", "data") + chunk("eXIf", exif) + chunk("IEND", "")),
               "PNG | 2x1 Deflate RGB 8 bits 1 frames | by ab | whole | orientation: 6");
     // 495 bytes: the date, what painted it, twice as wide pixels.
@@ -138,14 +131,9 @@ TEST(ImageFacts, LinesOfSgi) {
     const auto sgi = [](const std::string &last) {
         return big()
             .hex("01DA 01 01 0002")
-            .u16(2)
-            .u16(2)
-            .u16(1)
+            .u16(2, 2, 1)
             .at(512)
-            .u32(528)
-            .u32(532)
-            .u32(4)
-            .u32(4)
+            .u32(528, 532, 4, 4)
             .hex("82070700")
             .raw(last)
             .str();
@@ -157,28 +145,23 @@ TEST(ImageFacts, LinesOfSgi) {
 
 TEST(ArriFacts, Edges) {
     Transcript transcript;
-    const ByteWriter timecode = little().hex("04030201").u32(0).u32(24000);
+    const ByteWriter timecode = little().hex("04030201").u32(0, 24000);
     const std::string file = little()
                                  .text("ARRI")
                                  .hex("12345678")
-                                 .u32(4096)
-                                 .u32(3)
+                                 .u32(4096, 3)
                                  .at(20)
-                                 .u32(8)
-                                 .u32(4)
+                                 .u32(8, 4)
                                  .at(44)
-                                 .u32(8)
-                                 .u32(4)
+                                 .u32(8, 4)
                                  .at(68)
-                                 .u32(4096)
-                                 .u32(48)
+                                 .u32(4096, 48)
                                  .at(196)
                                  .f32(2)
                                  .at(380)
                                  .hex("26112620 00595923")
                                  .at(416)
-                                 .u32(48000)
-                                 .u32(24000)
+                                 .u32(48000, 24000)
                                  .raw(timecode.str())
                                  .at(4096)
                                  .fill('x', 48)

@@ -16,14 +16,13 @@ TEST(FixedHeaders, EveryField) {
 
 TEST(Bmp, InfoHeaderOfTopDownImage) {
     Transcript transcript;
-    auto w =
-        little().text("BM").u32(0x80000000).u32(0).u32(54).u32(40).u32(640).u32(0xFFFFFE20).u16(1).u16(32);
-    w.u32(3).u32(1228800).u32(2835).u32(0xFFFFFFFF).u32(5).u32(6);
+    auto w = little().text("BM").u32(0x80000000, 0, 54, 40, 640, 0xFFFFFE20).u16(1, 32);
+    w.u32(3, 1228800, 2835, 0xFFFFFFFF, 5, 6);
     SHOW(dump_of(w.str()));
 }
 
 TEST(Sgi, NameStopsAtItsField) {
-    auto w = big().u16(474).u8(2).u8(1).u16(3).u16(512).u16(256).u16(3).u32(0xFFFFFFFF).u32(255);
+    auto w = big().u16(474).u8(2, 1).u16(3, 512, 256, 3).u32(0xFFFFFFFF, 255);
     w.at(24).text(std::string(80, 'n')).u32(2);
     EXPECT_EQ(lines_from(dump_of(w.str()), " pixmax"),
               " pixmax:          255\n name:            " + std::string(79, 'n') + "\n colormap:        2\n");
@@ -32,7 +31,7 @@ TEST(Sgi, NameStopsAtItsField) {
 TEST(Softimage, ChainedChannelPackets) {
     Transcript transcript;
     auto w = big().hex("5380F634 40400000").text(std::string(80, 'c'));
-    w.at(92).u16(720).u16(576).f32(1.0667F).u16(3);
+    w.at(92).u16(720, 576).f32(1.0667F).u16(3);
     w.at(104).hex("01080290 01080060 0110070F 00080110").fill(0xFF, 4);
     SHOW(dump_of(w.str()));
     w.at(104).fill(0xFF, 100);
@@ -79,8 +78,8 @@ void add_chunk(ByteWriter &w, const std::string &type, const std::string &data) 
 TEST(Png, ChunksButImageData) {
     Transcript transcript;
     ByteWriter w = png();
-    add_chunk(w, "IHDR", big().u32(640).u32(480).u8(8).u8(6).u8(4).u8(3).u8(1).str());
-    add_chunk(w, "pHYs", big().u32(2835).u32(0xFFFFFFFF).u8(2).str());
+    add_chunk(w, "IHDR", big().u32(640, 480).u8(8, 6, 4, 3, 1).str());
+    add_chunk(w, "pHYs", big().u32(2835, 0xFFFFFFFF).u8(2).str());
     add_chunk(w, "IDAT", std::string(300, 'x'));
     add_chunk(w, "a\x01\xFFz", std::string(17, 'd'));
     add_chunk(w, "IEND", "");
@@ -99,7 +98,7 @@ TEST(Png, LengthsThatLeadOutside) {
     EXPECT_EQ(dump_of(negative, "file.png", {"-v"}), "Fileformat:PNG\n00000008: tEXt -12\n");
     EXPECT_EQ(dump_of(png().str()), "Fileformat:PNG\n");
     EXPECT_EQ(dump_of(png().u8(1).str()), "Fileformat:PNG\n00000008: .... 16777216\n");
-    const std::string empty = png().u32(0).text("tEXt").u32(0).u32(9).text("tEXt").u8(0x7F).str();
+    const std::string empty = png().u32(0).text("tEXt").u32(0, 9).text("tEXt").u8(0x7F).str();
     EXPECT_EQ(dump_of(empty, "file.png", {"-v"}),
               "Fileformat:PNG\n00000008: tEXt 0\n00000014: tEXt 9\n     7f \n");
 }

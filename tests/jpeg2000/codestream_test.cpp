@@ -16,12 +16,12 @@ const std::string kEoc = hex("FFD9");
 
 std::string siz(uint32_t components) {
     ByteWriter w = big();
-    w.u16(0).u32(64).u32(48).u32(0).u32(0).u32(32).u32(24).u32(0).u32(0).u16(components);
-    for (uint32_t i = 0; i < std::min(components, 3U); i++) w.u8(i == 1 ? 0x8B : 7).u8(1).u8(2);
+    w.u16(0).u32(64, 48, 0, 0, 32, 24, 0, 0).u16(components);
+    for (uint32_t i = 0; i < std::min(components, 3U); i++) w.u8(i == 1 ? 0x8B : 7, 1, 2);
     return marker("51", w.str());
 }
 std::string sot(uint32_t length, const std::string &header = "") {
-    return marker("90", big().u16(3).u32(length).u8(0).u8(2).str()) + header;
+    return marker("90", big().u16(3).u32(length).u8(0, 2).str()) + header;
 }
 
 // The dump of SOC, SIZ and further segments, from the third segment on, without hex rows.
@@ -60,8 +60,8 @@ TEST(Codestream, FromStartToEnd) {
     const std::string qcd = marker("5C", hex("40 48 50 50 58"));
     const std::string stream = kSoc + siz(3) + cod + qcd + sot(14 + 4) + kSod + "data" + kEoc;
     SHOW(dump_of(stream));
-    ByteWriter size = big().u16(1).u32(2).u32(3).u32(4).u32(5).u32(6).u32(7).u32(8).u32(9).u16(1);
-    SHOW(lines_from(dump_of(kSoc + marker("51", size.u8(10).u8(11).u8(12).str())), "00000002"));
+    ByteWriter size = big().u16(1).u32(2, 3, 4, 5, 6, 7, 8, 9).u16(1);
+    SHOW(lines_from(dump_of(kSoc + marker("51", size.u8(10, 11, 12).str())), "00000002"));
 }
 
 TEST(Codestream, CodingStyles) {
@@ -177,7 +177,7 @@ std::string box(const std::string &type, const std::string &content) {
     return big().u32(8 + content.size()).text(type).raw(content).str();
 }
 const std::string kSignature = box("jP  ", "\r\n\x87\n");
-const std::string kImageHeader = box("ihdr", big().u32(48).u32(64).u16(3).u8(7).u8(7).u8(0).u8(1).str());
+const std::string kImageHeader = box("ihdr", big().u32(48, 64).u16(3).u8(7, 7, 0, 1).str());
 
 }  // namespace
 

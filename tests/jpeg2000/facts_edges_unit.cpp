@@ -23,7 +23,7 @@ std::string tile_parts(const std::vector<size_t> &lengths, size_t behind) {
 
 // A main header of so many components, whose coding is that of COC segments.
 std::string components_of_index(size_t count, const std::string &segments) {
-    return facts_of(hex("FF4F FF51") + big().u16(38 + 3 * count).u16(0).str() +
+    return facts_of(hex("FF4F FF51") + big().u16(38 + 3 * count, 0).str() +
                     hex("00000008 00000008 0000000000000000 00000008 00000008 0000000000000000") +
                     big().u16(count).fill(1, 3 * count).raw(hex(segments)).hex("FF90").str());
 }
@@ -101,8 +101,7 @@ TEST(Jpeg2000Facts, EdgesOfBoxes) {
     ROWS("aspect", facts_changed(aspect, rows));
     const auto channels = [](size_t count, size_t alpha, size_t told) {
         std::string definitions;
-        for (size_t i = 0; i < count; i++)
-            definitions += big().u16(i).u16(i == alpha ? 1 : 0).u16(i + 1).str();
+        for (size_t i = 0; i < count; i++) definitions += big().u16(i, i == alpha ? 1 : 0, i + 1).str();
         return facts_of(jp2_of(hex("0000000F 636F6C72 01000000000010") +
                                big().u32(10 + definitions.size()).text("cdef").u16(told).str() + definitions))
             .substr(0, 40);

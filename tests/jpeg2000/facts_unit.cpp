@@ -35,7 +35,7 @@ TEST(JpegFacts, MultiplePictures) {
 // Chroma that is halved downwards alone; four components, of which one is alpha.
 TEST(Jpeg2000Facts, Components) {
     const auto components = [](const std::string &sizes, uint32_t count, uint32_t space) {
-        const std::string siz = hex("FF4F FF51") + big().u16(38 + 3 * count).u16(0).str() +
+        const std::string siz = hex("FF4F FF51") + big().u16(38 + 3 * count, 0).str() +
                                 hex("00000008 00000008 0000000000000000 00000008 00000008 0000000000000000") +
                                 big().u16(count).hex(sizes).str() + hex("FF90");
         const std::string header = hex("00000016 69686472 00000008 00000008") + big().u16(count).str() +

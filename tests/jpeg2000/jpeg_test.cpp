@@ -53,8 +53,7 @@ TEST(Jpeg, ApplicationSegments) {
     EXPECT_EQ(lines_from(second(units + kSos), " units", 1), " units      03 - unknown\n");
 
     const std::string exif("Exif\0\0", 6);
-    const std::string fixed =
-        little().text("II").u16(42).u32(10).u16(0).u16(1).u16(274).u16(3).u32(1).u32(6).u32(0).str();
+    const std::string fixed = little().text("II").u16(42).u32(10).u16(0, 1, 274, 3).u32(1, 6, 0).str();
     SHOW(lines_from(second(segment("E1", exif + fixed) + kSos), " blockid", 7));
     const std::string big_tiff = big().text("MM").u16(42).u32(8).u16(0).u32(0).str();
     SHOW(lines_from(second(segment("E1", exif + big_tiff) + kSos), " entries", 2));

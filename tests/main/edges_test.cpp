@@ -137,7 +137,7 @@ TEST(Edges, AHugeFileInLittleMemory) {
     if (command_path().find("sanitized") != std::string::npos) GTEST_SKIP() << "sanitizers reserve memory";
     const Workplace place;
     const uint64_t directory = 4'294'000'000;
-    const auto entry = little().u16(1).u16(256).u16(4).u32(1).u32(1920).u32(0);
+    const auto entry = little().u16(1, 256, 4).u32(1, 1920, 0);
     place.write_sparse("a.tif", 5'000'000'000, 0, little().text("II").u16(42).u32(directory).str());
     place.write_sparse("a.tif", 5'000'000'000, directory, entry.str());
     const std::string dump = place.run({"a.tif"}).out;

@@ -42,13 +42,13 @@ std::string chunk(const std::string &type, uint32_t size, size_t n) {
 std::vector<Walk> walks() {
     const std::string zeros(12, '\0');
     const std::string wave = little().text("RIFF").u32(kWhole - 1000).text("WAVE").str();
-    const std::string format = little().text("fmt ").u32(16).u16(1).u16(2).u32(48000).zeros(4).u16(6).str();
+    const std::string format = little().text("fmt ").u32(16).u16(1, 2).u32(48000).zeros(4).u16(6).str();
     const std::string riff = wave + format + little().u16(24).zeros(40).str();
     const std::string data = wave + format + little().u16(24).text("data").u32(kWhole - 2000).str();
     const std::string aiff = big().text("FORM").u32(250'000).text("AIFFCOMM").u32(18).zeros(18).str();
     const std::string png = big().text("\x89PNG\r\n\x1A\n").str() + chunk("IHDR", 13, 17);
-    const std::string packet = big().u32(0).u8(1).u8(0xBF).u32(32).u32(0).u16(0xE1E2).fill(3, 16).str();
-    const std::string filler = big().hex("060E2B34 01010102 03010210 01000000").u8(1).u8('x').str();
+    const std::string packet = big().u32(0).u8(1, 0xBF).u32(32, 0).u16(0xE1E2).fill(3, 16).str();
+    const std::string filler = big().hex("060E2B34 01010102 03010210 01000000").u8(1, 'x').str();
     const std::string ts = big().hex("47010010").fill('p', 184).str();
     const std::string adapted = big().hex("47010030 B000").fill('p', 182).str();
     return {
@@ -104,8 +104,7 @@ TEST(Walks, ReadLargePiecesAndEndWhereTheBytesEnd) {
 TEST(Walks, WhatIsSkippedIsNotRead) {
     constexpr uint32_t kPiece = 64 << 10;
     const std::string frame = chunk("RDI.", kPiece, kPiece - 8);
-    const std::string packet =
-        big().u32(0).u8(1).u8(0xBF).u32(kPiece).u32(0).u16(0xE1E2).fill(3, kPiece - 16).str();
+    const std::string packet = big().u32(0).u8(1, 0xBF).u32(kPiece, 0).u16(0xE1E2).fill(3, kPiece - 16).str();
     const std::string picture =
         big().hex("060E2B34 01020101 0D010301 15010501 83010000").fill('.', kPiece).str();
     const std::string junk = little().text("junk").u32(kPiece).fill('.', kPiece).str();

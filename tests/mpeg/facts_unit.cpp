@@ -95,8 +95,7 @@ TEST(MpegFacts, PicturesWithoutTime) {
         const std::string data = big()
                                      .hex("8080 05")
                                      .u8(0x21 | time >> 30 << 1)
-                                     .u16(time >> 15 << 1 | 1)
-                                     .u16(time << 1 | 1)
+                                     .u16(time >> 15 << 1 | 1, time << 1 | 1)
                                      .hex(codes)
                                      .str();
         return big().hex("000001E0").u16(data.size()).raw(data).str();
@@ -160,9 +159,8 @@ const std::string kSequence = hex("000001B3 00400213 FFFFE018 00000100 0008");
 std::string pes(int id, int64_t time, const std::string &data) {
     const uint64_t t = static_cast<uint64_t>(time);
     const std::string stamp =
-        time < 0 ? "" : big().u8(0x21 | t >> 30 << 1).u16(t >> 15 << 1 | 1).u16(t << 1 | 1).str();
-    const std::string packet =
-        big().u8(0x80).u8(time < 0 ? 0 : 0x80).u8(stamp.size()).raw(stamp).raw(data).str();
+        time < 0 ? "" : big().u8(0x21 | t >> 30 << 1).u16(t >> 15 << 1 | 1, t << 1 | 1).str();
+    const std::string packet = big().u8(0x80, time < 0 ? 0 : 0x80, stamp.size()).raw(stamp).raw(data).str();
     return big().u24(1).u8(static_cast<uint64_t>(id)).u16(packet.size()).raw(packet).str();
 }
 std::string pes_1(const std::string &packet) {
@@ -343,7 +341,7 @@ TEST(TransportFacts, EdgesOfMaps) {
     for (const size_t n : {1, 2, 3, 10, 20, 21}) {
         const std::string section = map_of("03E101F000").substr(5, 21);
         const auto part = [](const char *head, const std::string &bytes) {
-            return hex(head) + big().u8(183 - bytes.size()).u8(0).str() +
+            return hex(head) + big().u8(183 - bytes.size(), 0).str() +
                    std::string(182 - bytes.size(), '\xFF') + bytes;
         };
         const std::string first = std::string(1, '\0') + section.substr(0, n);

@@ -94,10 +94,9 @@ TEST(Mpeg, ProgramStreamMap) {
     Transcript transcript;
     const std::string head = Bits({{1, 1}, {2, 0}, {5, 9}, {7, 0}, {1, 1}}).str();
     const std::string map =
-        head +
-        big().u16(16).text("abcdefghijklmnop").u16(7).u8(2).u8(0xE0).u16(3).text("xyz").u32(0xCAFE).str();
+        head + big().u16(16).text("abcdefghijklmnop").u16(7).u8(2, 0xE0).u16(3).text("xyz").u32(0xCAFE).str();
     SHOW(lines_from(dumped(packet(0xBC, map)), " nextindicator"));
-    SHOW(lines_from(dumped(packet(0xBC, head + big().u16(0).u16(0).u32(1).str())), " info:"));
+    SHOW(lines_from(dumped(packet(0xBC, head + big().u16(0, 0).u32(1).str())), " info:"));
     SHOW(lines_from(dumped(packet(0xBC, head + big().u16(20).text("cut").str())), " info:"));
 }
 
@@ -212,7 +211,7 @@ TEST(Mpeg, EdgesOfCodesAndFields) {
         Bits({{62, 0}, {1, 1}, {256, 0}, {1, 1}, {254, 0}, {1, 1}, {1, 0}, {8, 0xFF}}).str();
     EXPECT_EQ(dump_of(code(0xB3, matrix)).find(" nonintramatrix"), std::string::npos);
     const std::string map = Bits({{1, 1}, {2, 0}, {5, 9}, {7, 0}, {1, 1}}).str() +
-                            big().u16(0).u16(5).u8(2).u8(0xE0).u16(0).u8(3).u8(0xC0).u16(0).u32(1).str();
+                            big().u16(0, 5).u8(2, 0xE0).u16(0).u8(3, 0xC0).u16(0).u32(1).str();
     EXPECT_NE(dumped(packet(0xBC, map)).find("stream_id:       c0"), std::string::npos);
     // Without -v the dump ends with the packet that ends at 1 MiB.
     for (const size_t end : {0x100000 - 1, 0x100000}) {

@@ -10,10 +10,10 @@ inline std::string umid(int n) { return hex("060A2B34 01010105 01010D00 13000000
 inline std::string refs(std::initializer_list<int> uids) {
     std::string all;
     for (const int n : uids) all += uid(n);
-    return big().u32(uids.size()).u32(16).raw(all).str();
+    return big().u32(uids.size(), 16).raw(all).str();
 }
 inline std::string number(uint64_t v, unsigned n) { return big().u64(v).str().substr(8 - n); }
-inline std::string ratio(uint32_t n, uint32_t d) { return big().u32(n).u32(d).str(); }
+inline std::string ratio(uint32_t n, uint32_t d) { return big().u32(n, d).str(); }
 inline std::string wide(const std::string &text) {
     std::string out;
     for (const char c : text) out += std::string(1, '\0') + c;
@@ -59,7 +59,7 @@ inline std::string primer() {
                                                                   {0x800D, "04010603 0B000000"},
                                                                   {0x800E, "04010603 0C000000"}})
         rows += big().u16(tag).hex("060E2B34 0101010E").hex(end).str();
-    return item(kPrimer, big().u32(rows.size() / 18).u32(18).raw(rows).str());
+    return item(kPrimer, big().u32(rows.size() / 18, 18).raw(rows).str());
 }
 
 // An interlaced picture of two stored fields with two AES3 tracks, recorded from a tape.
@@ -101,21 +101,16 @@ inline std::string metadata(int64_t duration, const std::string &more) {
 
 inline std::string partition(const std::string &kind, uint64_t place, uint64_t footer, uint64_t metadata_size,
                              uint64_t index_size = 0) {
-    return item("060E2B34 02050101 0D010201 01" + kind + "00", big()
-                                                                   .u32(0x10002)
-                                                                   .u32(1)
-                                                                   .u64(place)
-                                                                   .u64(0)
-                                                                   .u64(footer)
-                                                                   .u64(metadata_size)
-                                                                   .u64(index_size)
-                                                                   .u32(0)
-                                                                   .u64(0)
-                                                                   .u32(1)
-                                                                   .hex("060E2B34 04010101 0D010201 10000000")
-                                                                   .u32(0)
-                                                                   .u32(16)
-                                                                   .str());
+    return item("060E2B34 02050101 0D010201 01" + kind + "00",
+                big()
+                    .u32(0x10002, 1)
+                    .u64(place, 0, footer, metadata_size, index_size)
+                    .u32(0)
+                    .u64(0)
+                    .u32(1)
+                    .hex("060E2B34 04010101 0D010201 10000000")
+                    .u32(0, 16)
+                    .str());
 }
 
 inline const std::string kEssence = item("060E2B34 01020101 0D010301 15010501", std::string(3000, 'e'));

@@ -47,7 +47,7 @@ TEST(Essence, SystemItems) {
     SHOW(detail(system_item("14010100", "x")));
     std::string rates;
     for (unsigned code = 0; code < 64; code++) {
-        const std::string dump = body(system_item("04010100", big().u8(0x40).u8(code).zeros(55).str()));
+        const std::string dump = body(system_item("04010100", big().u8(0x40, code).zeros(55).str()));
         rates += lines_from(dump, "MXFERROR", 1) + lines_from(dump, "   Framerate", 1);
     }
     SHOW(rates);

@@ -276,12 +276,11 @@ TEST(MxfFacts, EdgesOfSets) {
         std::string all;
         for (uint64_t i = 0; i < n; i++)
             all += hex("060E2B34 04010101 0D010401 000000") + static_cast<char>(i);
-        return Clip(false, 60, "", set_of("2F", 60, local(0x3B0B, big().u32(told).u32(16).raw(all).str())))
-            .bytes;
+        return Clip(false, 60, "", set_of("2F", 60, local(0x3B0B, big().u32(told, 16).raw(all).str()))).bytes;
     };
     // Of references.
     const auto parameters = [](size_t lost) {
-        std::string all = big().u32(lost + 1).u32(16).str();
+        std::string all = big().u32(lost + 1, 16).str();
         for (size_t i = 0; i < lost; i++) all += uid(99);
         return Clip(false, 60, local(0x8001, all + uid(50)),
                     set_of("5A", 50, local(0x800E, hex("00000101 05030303 0001"))))

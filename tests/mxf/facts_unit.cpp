@@ -58,7 +58,7 @@ TEST(MxfFacts, MasteringDisplayAndChannelLabels) {
     const auto master = [&](const std::string &display) {
         const std::string sets =
             primer() +
-            set_of("2F", 1, local(0x8006, big().u32(1).u32(16).hex(label + "0D010102 01020000").str())) +
+            set_of("2F", 1, local(0x8006, big().u32(1, 16).hex(label + "0D010102 01020000").str())) +
             set_of("37", 5, local(0x4401, umid(5)) + local(0x4701, uid(20)) + local(0x4403, refs({}))) +
             set_of("44", 20, local(0x3F01, refs({21, 22, 23, 24}))) +
             set_of("29", 21,

@@ -7,13 +7,13 @@ namespace {
 
 std::string partition(const std::string &status, const std::string &containers, uint32_t count) {
     ByteWriter w = big();
-    w.u16(1).u16(2).u32(512).u64(0x1000).u64(0x200).u64(0xABCDEF).u64(1000).u64(0).u32(2).u64(3).u32(1);
-    w.hex("060E2B34 04010101 0D010201 01010900").u32(count).u32(16).raw(containers);
+    w.u16(1, 2).u32(512).u64(0x1000, 0x200, 0xABCDEF, 1000, 0).u32(2).u64(3).u32(1);
+    w.hex("060E2B34 04010101 0D010201 01010900").u32(count, 16).raw(containers);
     return item("060E2B34 02050101 0D010201 0102" + status + "00", w.str());
 }
 
 std::string primer(const std::string &items, uint32_t count, uint32_t size = 18) {
-    return item(kPrimer, big().u32(count).u32(size).raw(items).str());
+    return item(kPrimer, big().u32(count, size).raw(items).str());
 }
 
 // One item of a set, under a tag that a primer pack declares with the kind of an RP 210 row.
@@ -68,8 +68,8 @@ TEST(Values, Scalars) {
         return lines_from(rendered(tag, bytes), "   ");
     };
     EXPECT_EQ(value(0x7777, std::string(300, 'a')).size(), 11U + 16 * 53);
-    SHOW(value(0x3C01, big().u16('A').u16(0x20AC).u16(0xE9).u16(0).u16('B').str()));
-    SHOW(value(0x3C01, big().u16('A').u16('B').u8('C').str()));
+    SHOW(value(0x3C01, big().u16('A', 0x20AC, 0xE9, 0, 'B').str()));
+    SHOW(value(0x3C01, big().u16('A', 'B').u8('C').str()));
     EXPECT_EQ(value(0x1502, hex("8001")), "   Uint16 32769/8001\n");
     EXPECT_EQ(value(0x3F08, "\xFF"), "   Uint8  255/ff\n");
     EXPECT_EQ(value(0x4B01, hex("00007530 000003E9")), "   Rational 30000/1001 29.97\n");
@@ -104,19 +104,19 @@ TEST(Values, ArraysAndBatches) {
         return lines_from(rendered(tag, bytes), "   ");
     };
     const std::string label = hex("060E2B34 04010101 0D010201 01010900");
-    EXPECT_EQ(value(0x3B06, big().u32(0).u32(16).str()), "   StrongReferenceArray\n    Empty\n");
-    SHOW(lines_from(rendered(0x3B0A, big().u32(1).u32(8).raw(label).str()), "   Univ"));
-    SHOW(value(0x3B0A, big().u32(9).u32(16).raw(label).raw(label).str()));
-    SHOW(value(0x3F09, big().u32(0).u32(6).str()));
-    SHOW(value(0x3F09, big().u32(2).u32(3).text("abcdef").str()));
-    SHOW(value(0x3F09, big().u32(2).u32(0).str()));
-    EXPECT_LT(value(0x3F09, big().u32(0x7FFFFFFF).u32(0).str()).size(), 10'000);
+    EXPECT_EQ(value(0x3B06, big().u32(0, 16).str()), "   StrongReferenceArray\n    Empty\n");
+    SHOW(lines_from(rendered(0x3B0A, big().u32(1, 8).raw(label).str()), "   Univ"));
+    SHOW(value(0x3B0A, big().u32(9, 16).raw(label).raw(label).str()));
+    SHOW(value(0x3F09, big().u32(0, 6).str()));
+    SHOW(value(0x3F09, big().u32(2, 3).text("abcdef").str()));
+    SHOW(value(0x3F09, big().u32(2, 0).str()));
+    EXPECT_LT(value(0x3F09, big().u32(0x7FFFFFFF, 0).str()).size(), 10'000);
     std::string liars;  // each would list all that follow it
-    for (int i = 0; i < 1000; i++) liars += local(0x3F09, big().u32(0x7FFFFFFF).u32(1).str());
+    for (int i = 0; i < 1000; i++) liars += local(0x3F09, big().u32(0x7FFFFFFF, 1).str());
     EXPECT_LT(plain(set("3B", liars)).size(), 2'000'000);
     const std::string entries =
         hex("00 FE 22 0000000000001000  FF 01 C0 FFFFFFFFFFFFFFFF  00 00 30 0000000000000001");
-    SHOW(value(0x3F0A, big().u32(3).u32(11).raw(entries).str()));
+    SHOW(value(0x3F0A, big().u32(3, 11).raw(entries).str()));
 }
 
 TEST(Sets, NamesAndReferences) {
@@ -132,7 +132,7 @@ TEST(Sets, NamesAndReferences) {
 
 TEST(Sets, DefinitionsNameTags) {
     Transcript transcript;
-    const std::string name = local(0x0006, big().u16('S').u16(0x3A9).u16('t').str());
+    const std::string name = local(0x0006, big().u16('S', 0x3A9, 't').str());
     const std::string tag = local(0x000D, hex("8123"));
     const std::string id = local(0x0005, kGuid.substr(1) + "x");
     const std::string uid = local(0x3C0A, kGuid);
@@ -155,7 +155,7 @@ TEST(Sets, DefinitionsNameTags) {
     EXPECT_NE(plain(object).find(" - DefineObject S?t\n"), std::string::npos);
     // Behind a length of nine bytes the items are read to 20 bytes and the length behind the key.
     const std::string long_length = big().hex("060E2B34 02530101 0D010101 01010000 88").u64(14).str();
-    const std::string short_name = local(0x0006, big().u16('A').u16('B').str());
+    const std::string short_name = local(0x0006, big().u16('A', 'B').str());
     SHOW(lines_from(plain(long_length + local(0x0001, "12") + short_name), "06.", 1));
 }
 
@@ -199,18 +199,18 @@ TEST(Values, EdgesOfArrays) {
     };
     for (const uint32_t size : {1, 40}) {
         std::string arrays;
-        for (int i = 0; i < 100; i++) arrays += local(0x3F09, big().u32(0x7FFFFFFF).u32(size).str());
+        for (int i = 0; i < 100; i++) arrays += local(0x3F09, big().u32(0x7FFFFFFF, size).str());
         const std::string file = set("3B", arrays);
         EXPECT_EQ(count(plain(file)), 4 * file.size() / std::min(size, 32U));
     }
     const auto array = [](uint32_t elements, uint32_t size, const std::string &bytes) {
-        return rendered(0x3F09, big().u32(elements).u32(size).raw(bytes).str());
+        return rendered(0x3F09, big().u32(elements, size).raw(bytes).str());
     };
     EXPECT_EQ(lines_from(array(1, 33, std::string(33, 'a')), "     00000000").size(), 15U + 32 * 3);
     EXPECT_EQ(count(array(300, 0, "")), 256U);
     EXPECT_EQ(count(array(2, 3, "abcd")) + count(array(2, 3, "abc")), 2U + 1);
     EXPECT_EQ(count(rendered(0x3F09, hex("00000002 000000"))), 0U);
-    EXPECT_EQ(lines_from(rendered(0x3C01, big().u16('A').u16('B').str()), "   "), "   Unicode 'AB'\n");
+    EXPECT_EQ(lines_from(rendered(0x3C01, big().u16('A', 'B').str()), "   "), "   Unicode 'AB'\n");
 }
 
 // Lists of structural items end with their count, their length or the file.

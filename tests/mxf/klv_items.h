@@ -12,7 +12,7 @@ inline std::string item(const std::string &key, const std::string &value) {
 }
 
 inline std::string local(uint32_t tag, const std::string &value) {
-    return big().u16(tag).u16(value.size()).raw(value).str();
+    return big().u16(tag, value.size()).raw(value).str();
 }
 
 // A structural metadata set by byte 14 of its key, in two digits.

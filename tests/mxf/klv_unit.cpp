@@ -104,7 +104,7 @@ TEST(Values, OfEveryKind) {
     Transcript transcript;
     DumpOptions opts{};
     const std::string label = hex("060E2B34 04010101 0D010201 01010900");
-    const std::string value = big().u32(2).u32(16).raw(label).raw(label).str();
+    const std::string value = big().u32(2, 16).raw(label).raw(label).str();
     const Bytes bytes(value.data(), value.size());
     std::string every;
     for (uint32_t kind = 0; kind < 30; kind++) {

@@ -39,13 +39,12 @@ TEST(MovieFacts, EdgesOfTracks) {
     // Samples of a table: times, runs, sizes, places.
     ROWS("plain 3", boxes_changed(plain, rows));
     const std::string several =
-        movie(picture_track({.times = table_of(2, big().u32(5).u32(1001).u32(5).u32(1002).str())}));
+        movie(picture_track({.times = table_of(2, big().u32(5, 1001, 5, 1002).str())}));
     SHOW(facts_of(several));
     ROWS("several", boxes_changed(several, rows));
-    SHOW(facts_of(
-        movie(picture_track({.times = table_of(2, big().u32(10).u32(1001).u32(5).u16(0).u8(0).str())}))));
+    SHOW(facts_of(movie(picture_track({.times = table_of(2, big().u32(10, 1001, 5).u16(0).u8(0).str())}))));
     // Data in another file; several descriptions.
-    const std::string link = atom("dinf", full("dref", big().u32(1).u32(12).text("url ").u32(0).str()));
+    const std::string link = atom("dinf", full("dref", big().u32(1, 12).text("url ").u32(0).str()));
     ROWS("movie(picture_track({.links = link}))", boxes_changed(movie(picture_track({.links = link})), rows));
     ROWS("movie(track(vide, picture_entry(apcn, ) + picture_",
          boxes_changed(movie(track("vide", picture_entry("apcn", "") + picture_entry("apch", ""),
@@ -59,7 +58,7 @@ TEST(MovieFacts, EdgesOfTracks) {
 
 TEST(MovieFacts, EdgesOfTables) {
     Transcript transcript;
-    const auto bytes = [](uint32_t n) { return full("stz2", big().u32(8).u32(n).fill(100, n).str()); };
+    const auto bytes = [](uint32_t n) { return full("stz2", big().u32(8, n).fill(100, n).str()); };
     // Sizes of 4 and 8 bits; more than are added up.
     const auto eight = movie_before_data(
         [&](uint32_t at) { return picture_track({.offset = at, .sizes = bytes(10)}); }, 1000);
@@ -75,19 +74,16 @@ TEST(MovieFacts, EdgesOfTables) {
             8193 * 100);
         SHOW(facts_of(at_end.substr(0, at_end.size() - 150)));
         SHOW(facts_of(
-            movie(picture_track({.n = n, .times = table_of(n, repeated(n, big().u32(1).u32(1001).str()))}))));
-        SHOW(facts_of(
-            movie(picture_track({}, edit_list(repeated(n, big().u32(100).u32(0).u32(0x10000).str()), n)))));
+            movie(picture_track({.n = n, .times = table_of(n, repeated(n, big().u32(1, 1001).str()))}))));
+        SHOW(facts_of(movie(picture_track({}, edit_list(repeated(n, big().u32(100, 0, 0x10000).str()), n)))));
     }
 }
 
 // A second is a thousand ticks of the movie, or one.
 TEST(MovieFacts, EdgesOfEdits) {
     Transcript transcript;
-    const auto edit = [](uint32_t length, uint32_t time) {
-        return big().u32(length).u32(time).u32(0x10000).str();
-    };
-    const std::string offset = full("ctts", big().u32(1).u32(10).u32(1001).str());
+    const auto edit = [](uint32_t length, uint32_t time) { return big().u32(length, time, 0x10000).str(); };
+    const std::string offset = full("ctts", big().u32(1, 10, 1001).str());
     const std::string one = movie(picture_track({.others = offset}, edit_list(edit(200, 1001), 1)));
     SHOW(facts_of(one));
     ROWS("one", boxes_changed(one, rows));
@@ -110,8 +106,8 @@ TEST(MovieFacts, EdgesOfEdits) {
 
 TEST(MovieFacts, EdgesOfTimecode) {
     Transcript transcript;
-    const std::string entry = atom("tmcd", big().zeros(12).u32(0).u32(24000).u32(1001).u8(24).u8(0).str());
-    const std::string edits = edit_list(big().u32(1000).u32(24024).u32(0x10000).str(), 1);
+    const std::string entry = atom("tmcd", big().zeros(12).u32(0, 24000, 1001).u8(24, 0).str());
+    const std::string edits = edit_list(big().u32(1000, 24024, 0x10000).str(), 1);
     const auto tracks = [&](uint32_t at) {
         return picture_track() + track("tmcd", entry, media_header(24000, 10010), {1, 10010, at}, edits);
     };
@@ -125,7 +121,7 @@ TEST(MovieFacts, EdgesOfTimecode) {
 TEST(MovieFacts, EdgesOfExtent) {
     Transcript transcript;
     const auto of_sizes = [](uint32_t n, uint32_t size) {
-        return full("stsz", big().u32(0).u32(n).raw(repeated(n, big().u32(size).str())).str());
+        return full("stsz", big().u32(0, n).raw(repeated(n, big().u32(size).str())).str());
     };
     const std::string plain = movie_before_data([](uint32_t at) { return picture_track({.offset = at}); });
     const std::string varied = movie_before_data(
@@ -140,11 +136,11 @@ TEST(MovieFacts, EdgesOfExtent) {
                            "stsz+4=00000001,stsc+12=0000000B"));
     }
     // Chunks behind those that are counted; sound in packets; a last chunk that is not the farthest.
-    const std::string chunks = full("stco", big().u32(1).u32(32).u32(0x7000).u32(0x40).str());
+    const std::string chunks = full("stco", big().u32(1, 32, 0x7000, 0x40).str());
     ROWS("movie(picture_track({.chunks = chunks}))",
          boxes_changed(movie(picture_track({.chunks = chunks})), rows));
     const std::string packed = movie_before_data([&](uint32_t at) {
-        const std::string version = big().u32(4).u32(2).u32(4).u32(2).str();
+        const std::string version = big().u32(4, 2, 4, 2).str();
         return sound_track(sound_entry("ima4", 1, 2, 16, version), {.offset = at});
     });
     ROWS("packed", boxes_changed(packed, rows));
@@ -196,8 +192,7 @@ TEST(MovieFacts, EdgesOfFiles) {
     const std::string compressed = atom("ftyp", "qt  ") + atom("moov", atom("cmov"));
     EXPECT_NE(facts_of(compressed).find("compressed"), std::string::npos);
     // The sizes of samples, in a header that is read in one go.
-    const std::string sizes =
-        full("stsz", big().u32(0).u32(10).raw(repeated(10, big().u32(100).str())).str());
+    const std::string sizes = full("stsz", big().u32(0, 10).raw(repeated(10, big().u32(100).str())).str());
     const std::string tracks = sound_track(sound_entry("mp4a", 0, 2, 16, ""), {.sizes = sizes});
     const size_t rest = (3 << 20) - (movie(tracks).size() - movie("").size()) - 108;
     for (const size_t more : {0, 1})

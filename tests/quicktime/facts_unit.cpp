@@ -20,8 +20,8 @@ TEST(MovieFacts, Pictures) {
     EXPECT_EQ(picture("ap4h", "", 32), "1920x1080 ProRes 4444 4:4:4:4 12 bits 24000/1001");
     EXPECT_EQ(picture("raw ", "", 32), "1920x1080 uncompressed RGBA 8 bits 24000/1001");
     EXPECT_EQ(picture("xd5c", ""), "1920x1080 XDCAM HD422 4:2:2 8 bits 24000/1001");
-    EXPECT_EQ(picture("v210", atom("fiel", "\x02\x09") + atom("pasp", big().u32(8).u32(6).str()) +
-                                  atom("colr", "nclc" + big().u16(9).u16(16).u16(9).str())),
+    EXPECT_EQ(picture("v210", atom("fiel", "\x02\x09") + atom("pasp", big().u32(8, 6).str()) +
+                                  atom("colr", "nclc" + big().u16(9, 16, 9).str())),
               "1920x1080 uncompressed 4:2:2 10 bits tff aspect 4/3 colour 9,16,9,-1 24000/1001");
     // High 4:2:2 at 10 bits, 1920x1088 cropped to 1080.
     EXPECT_EQ(picture("avc1",
@@ -39,14 +39,11 @@ TEST(MovieFacts, Pictures) {
 
 TEST(MovieFacts, Sounds) {
     EXPECT_EQ(sound(sound_entry("raw ", 0, 2, 8, "")), "2ch 48000 Hz 8 bits PCM");
-    EXPECT_EQ(sound(sound_entry("in24", 1, 2, 16, big().u32(1).u32(3).u32(6).u32(2).str())),
-              "2ch 48000 Hz 24 bits PCM");
-    EXPECT_EQ(sound(sound_entry("sowt", 1, 2, 16, big().u32(1).u32(4).u32(8).u32(2).str())),
-              "2ch 48000 Hz 32 bits PCM");
-    EXPECT_EQ(sound(sound_entry(
-                  "lpcm", 2, 3, 16,
-                  big().u32(72).f64(96000).u32(6).u32(0x7F000000).u32(32).u32(9).u32(24).u32(1).str())),
-              "6ch 96000 Hz 32 bits PCM float");
+    EXPECT_EQ(sound(sound_entry("in24", 1, 2, 16, big().u32(1, 3, 6, 2).str())), "2ch 48000 Hz 24 bits PCM");
+    EXPECT_EQ(sound(sound_entry("sowt", 1, 2, 16, big().u32(1, 4, 8, 2).str())), "2ch 48000 Hz 32 bits PCM");
+    EXPECT_EQ(
+        sound(sound_entry("lpcm", 2, 3, 16, big().u32(72).f64(96000).u32(6, 0x7F000000, 32, 9, 24, 1).str())),
+        "6ch 96000 Hz 32 bits PCM float");
     EXPECT_EQ(
         sound(sound_entry("mp4a", 0, 2, 16,
                           full("esds", hex("0316 0000 00 0411 40 15 000000 00000000 00000000 0502 11B0")))),
@@ -77,13 +74,9 @@ TEST(MovieFacts, TimeAndTracks) {
     const std::string entry = picture_entry("apcn", "");
     const std::string tmcd = atom("tmcd", big()
                                               .zeros(8)
-                                              .u32(0)
-                                              .u32(1)
-                                              .u32(30000)
-                                              .u32(1001)
-                                              .u8(30)
-                                              .u8(0)
-                                              .raw(atom("name", big().u16(4).u16(0).text("A001").str()))
+                                              .u32(0, 1, 30000, 1001)
+                                              .u8(30, 0)
+                                              .raw(atom("name", big().u16(4, 0).text("A001").str()))
                                               .str());
     const std::string data = big().u32(17982).text(std::string(9996, 'x')).str();
     const std::string pictures = track("vide", entry, media_header(30000, 10010));
@@ -97,8 +90,7 @@ TEST(MovieFacts, TimeAndTracks) {
                   .find("track 1"),
               std::string::npos);
     // A part of the media, and a pause before it.
-    const std::string edits =
-        edit_list(big().u32(1000).u32(0xFFFFFFFF).u32(0x10000).u32(100).u32(3003).u32(0x10000).str(), 2);
+    const std::string edits = edit_list(big().u32(1000, 0xFFFFFFFF, 0x10000, 100, 3003, 0x10000).str(), 2);
     const std::string edited =
         facts_of(movie(track("vide", entry, media_header(30000, 10010), {}, edits), "isom"));
     EXPECT_NE(edited.find("MP4 |"), std::string::npos);
@@ -106,14 +98,14 @@ TEST(MovieFacts, TimeAndTracks) {
         << edited;
     EXPECT_NE(edited.find("| 11011/10000 s"), std::string::npos) << edited;
     EXPECT_NE(edited.find("10 frames (3 played)"), std::string::npos) << edited;
-    const std::string slow = edit_list(big().u32(200).u32(0).u32(0x8000).str(), 1);
+    const std::string slow = edit_list(big().u32(200, 0, 0x8000).str(), 1);
     const std::string slowed =
         facts_of(movie(track("vide", entry, media_header(30000, 10010), {}, slow, 1, -1)));
     EXPECT_NE(slowed.find("0.200 s from 0.000 s at 0.5 times the speed"), std::string::npos) << slowed;
     EXPECT_NE(slowed.find("| mirrored: horizontally"), std::string::npos) << slowed;
     EXPECT_EQ(slowed.find("rotation"), std::string::npos) << slowed;
     // The main picture is one that is played, with its duration.
-    const std::string part = edit_list(big().u32(100).u32(0).u32(0x10000).str(), 1);
+    const std::string part = edit_list(big().u32(100, 0, 0x10000).str(), 1);
     const std::string sounds = sound_entry("raw ", 0, 2, 8, "");
     const std::string disabled =
         facts_of(movie(track("vide", entry, media_header(30000, 10010), {}, "", 0) +
@@ -124,7 +116,7 @@ TEST(MovieFacts, TimeAndTracks) {
     EXPECT_NE(disabled.find("| disabled tracks: 1 (picture), 3 (sound)"), std::string::npos) << disabled;
     // Durations that differ.
     Samples uneven;
-    uneven.times = big().u32(3).u32(4).u32(1001).u32(5).u32(2002).u32(1).u32(1001).str();
+    uneven.times = big().u32(3, 4, 1001, 5, 2002, 1, 1001).str();
     const std::string varied =
         facts_of(movie(track("vide", entry, media_header(30000, 15015, 0x0002), uneven)));
     EXPECT_NE(varied.find("20000/1001 vfr 10 frames |"), std::string::npos) << varied;
@@ -192,10 +184,10 @@ TEST(MovieFacts, Fragments) {
 TEST(MovieFacts, BitRates) {
     const std::string pictures = track("vide", picture_entry("apcn", ""), media_header(24000, 10010));
     EXPECT_EQ(bit_rates_of(movie(pictures)), "191808");
-    const std::string wrong = atom("btrt", big().u32(0).u32(9).u32(9).str());
+    const std::string wrong = atom("btrt", big().u32(0, 9, 9).str());
     EXPECT_EQ(bit_rates_of(movie(track("vide", picture_entry("apcn", wrong), media_header(24000, 10010)))),
               "191808");
-    const std::string ima = sound_entry("ima4", 1, 2, 16, big().u32(64).u32(34).u32(68).u32(2).str());
+    const std::string ima = sound_entry("ima4", 1, 2, 16, big().u32(64, 34, 68, 2).str());
     EXPECT_EQ(facts_of(movie(track("soun", ima, media_header(48000, 640)))).substr(6, 29),
               "2ch 48000 Hz 4 bits IMA ADPCM");
     const std::string samples = std::string(KELDUMP_SAMPLES) + "/quicktime/";
@@ -205,8 +197,8 @@ TEST(MovieFacts, BitRates) {
 
 // Boxes stand behind the palette of an entry; channels and a rate that a box tells.
 TEST(MovieFacts, Entries) {
-    const std::string palette = big().u32(0).u16(0).u16(1).zeros(16).str();
-    std::string entry = picture_entry("png ", palette + atom("pasp", big().u32(4).u32(3).str()), 1);
+    const std::string palette = big().u32(0).u16(0, 1).zeros(16).str();
+    std::string entry = picture_entry("png ", palette + atom("pasp", big().u32(4, 3).str()), 1);
     entry[85] = entry[84] = 0;  // the palette is here
     EXPECT_NE(facts_of(movie(track("vide", entry, media_header(24000, 10010)))).find("aspect 4/3"),
               std::string::npos);
@@ -231,8 +223,7 @@ TEST(MovieFacts, StuffedSamples) {
 
 // A header with samples of its own before those of the fragments.
 TEST(MovieFacts, FragmentsBehindSamples) {
-    const std::string extends =
-        atom("mvex", full("trex", big().u32(1).u32(1).u32(1001).u32(1000).u32(0).str()));
+    const std::string extends = atom("mvex", full("trex", big().u32(1, 1, 1001, 1000, 0).str()));
     const std::string fragment =
         atom("moof", atom("traf", full("tfhd", big().u32(1).str()) + full("trun", big().u32(5).str())));
     const std::string text =
@@ -263,7 +254,7 @@ TEST(MovieFacts, IndexedFragments) {
             const uint32_t start = time;
             for (uint32_t k = 0; k < 4; k++) {
                 const uint32_t duration = i + k == 0 ? first : k % 2 != 0 ? odd : even;
-                samples += big().u32(duration).u32(kSize / 4).str();
+                samples += big().u32(duration, kSize / 4).str();
                 time += duration;
             }
             const std::string fragment =
@@ -272,12 +263,12 @@ TEST(MovieFacts, IndexedFragments) {
                                       full("trun", big().u32(4).raw(samples).str(), 0x300))) +
                 atom("mdat", std::string(kSize, 'x'));
             fragments += fragment;
-            entries += big().u32(fragment.size()).u32(time - start).u32(0x90000000).str();
+            entries += big().u32(fragment.size(), time - start, 0x90000000).str();
         }
-        const std::string extends = atom("mvex", full("trex", big().u32(1).u32(1).zeros(12).str()));
-        const std::string rate = atom("btrt", big().u32(0).u32(0).u32(9000000).str());
+        const std::string extends = atom("mvex", full("trex", big().u32(1, 1).zeros(12).str()));
+        const std::string rate = atom("btrt", big().u32(0, 0, 9000000).str());
         const std::string index =
-            full("sidx", big().u32(1).u32(scale).u32(0).u32(0).u16(0).u16(kFragments).raw(entries).str());
+            full("sidx", big().u32(1, scale, 0, 0).u16(0, kFragments).raw(entries).str());
         return movie(other + track("vide", picture_entry("apcn", rate), media_header(scale, 0), {0, 0, 0}) +
                      extends) +
                index + fragments;

@@ -11,7 +11,7 @@ std::string audio(uint16_t version, const std::string &more = "") {
 }
 
 std::string linear_audio(uint32_t flags) {
-    const ByteWriter more = big().u32(72).f64(48000).u32(2).u32(-2).u32(24).u32(flags).u32(6).u32(1);
+    const ByteWriter more = big().u32(72).f64(48000).u32(2, -2, 24, flags, 6, 1);
     return atom("lpcm", audio(2, more.str()));
 }
 
@@ -44,8 +44,8 @@ TEST(QuicktimeFields, EveryField) {
 
 TEST(QuicktimeFields, SignsFixedPointAndCountedTexts) {
     Transcript transcript;
-    SHOW(fields_of("cslg", big().u32(0).u32(-1).u32(-2).u32(3).u32(INT32_MIN).u32(-1).str()));
-    SHOW(fields_of("clef", big().u32(0).u32(0x18000).u32(0xFFFFFFFF).str()));
+    SHOW(fields_of("cslg", big().u32(0, -1, -2, 3, INT32_MIN, -1).str()));
+    SHOW(fields_of("clef", big().u32(0, 0x18000, 0xFFFFFFFF).str()));
     const auto handler_name = [](const std::string &text) {
         return lines_from(fields_of("hdlr", std::string(24, '\0') + text), "  name=");
     };
@@ -56,16 +56,15 @@ TEST(QuicktimeFields, SignsFixedPointAndCountedTexts) {
 
 TEST(QuicktimeFields, NamesInUserDataAreOpaque) {
     Transcript transcript;
-    const std::string name = atom("name", big().u16(6).u16(9).text("Kamera").str());
+    const std::string name = atom("name", big().u16(6, 9).text("Kamera").str());
     SHOW(movie_dump(atom("udta", name) + name));
 }
 
 TEST(QuicktimeFields, ChannelLayoutsEndWithThePayload) {
     Transcript transcript;
-    const ByteWriter layout = big().u32(0).u32(0x650002).u32(3).u32(0xFFFFFFFF);
-    const ByteWriter channel =
-        big().u32(1).u32(2).f32(-1.5F).f32(0).f32(std::numeric_limits<float>::infinity());
-    const ByteWriter second = big().u32(3).u32(4).f32(1).f32(2).f32(3);
+    const ByteWriter layout = big().u32(0, 0x650002, 3, 0xFFFFFFFF);
+    const ByteWriter channel = big().u32(1, 2).f32(-1.5F, 0, std::numeric_limits<float>::infinity());
+    const ByteWriter second = big().u32(3, 4).f32(1, 2, 3);
     SHOW(fields_of("chan", layout.str() + channel.str() + second.str() + "more"));
     const std::string one = little().raw(layout.str()).at(12).hex("00000001").str();
     EXPECT_EQ(fields_of("chan", one + channel.str() + second.str()).find("label=3"), std::string::npos);
@@ -78,24 +77,24 @@ TEST(QuicktimeFields, ChannelLayoutsEndWithThePayload) {
 TEST(QuicktimeTables, Entries) {
     Transcript transcript;
     const auto table = [](const std::string &type, const ByteWriter &entries, uint32_t count) {
-        return lines_from(fields_of(type, big().u32(0).u32(count).raw(entries.str()).str()), "  nentries=");
+        return lines_from(fields_of(type, big().u32(0, count).raw(entries.str()).str()), "  nentries=");
     };
-    SHOW(table("elst", big().u32(5).u32(-1).u32(0x8000).u32(6).u32(7).u32(0xFFFF0000), 2));
-    SHOW(table("stts", big().u32(3).u32(512).u32(9), 1000000));  // ends with the last full entry
-    SHOW(table("ctts", big().u32(3).u32(-2), 1));
+    SHOW(table("elst", big().u32(5, -1, 0x8000, 6, 7, 0xFFFF0000), 2));
+    SHOW(table("stts", big().u32(3, 512, 9), 1000000));  // ends with the last full entry
+    SHOW(table("ctts", big().u32(3, -2), 1));
     for (const char *type : {"stss", "stps", "stco"}) {
-        SHOW(table(type, big().u32(0).u32(-1), 2));
+        SHOW(table(type, big().u32(0, -1), 2));
     }
     SHOW(table("co64", big().u64(0x100000010), 1));
-    SHOW(table("stsc", big().u32(1).u32(20).u32(2), 1));
-    SHOW(fields_of("ctab", big().u32(7).u16(0x8000).u16(1).u64(0x0001FFFF00020003).u64(9).u64(10).str()));
-    SHOW(fields_of("stsz", big().u32(0).u32(0).u32(2).u32(900).u32(80).str()));
-    SHOW(fields_of("stsz", big().u32(0).u32(1024).u32(1).text("rest").str()));  // all of one size
+    SHOW(table("stsc", big().u32(1, 20, 2), 1));
+    SHOW(fields_of("ctab", big().u32(7).u16(0x8000, 1).u64(0x0001FFFF00020003, 9, 10).str()));
+    SHOW(fields_of("stsz", big().u32(0, 0, 2, 900, 80).str()));
+    SHOW(fields_of("stsz", big().u32(0, 1024, 1).text("rest").str()));  // all of one size
 }
 
 TEST(QuicktimeTables, CountBeyondTheAtomReadsOn) {
     Transcript transcript;
-    const std::string offsets = atom("stco", big().u32(0).u32(2).u32(40).str());
+    const std::string offsets = atom("stco", big().u32(0, 2, 40).str());
     SHOW(lines_from(movie_dump(atom("stbl", offsets) + atom("free")), "    nentries="));
 }
 
@@ -107,9 +106,7 @@ TEST(QuicktimeTables, EdgesOfLists) {
         return n;
     };
     const std::string entries(16, '\1');
-    const auto counted = [](uint32_t n, const std::string &list) {
-        return big().u32(0).u32(n).raw(list).str();
-    };
+    const auto counted = [](uint32_t n, const std::string &list) { return big().u32(0, n).raw(list).str(); };
     EXPECT_EQ(rows(fields_of("ctts", counted(2, entries))), 4U);
     EXPECT_EQ(rows(fields_of("ctts", counted(1, entries))), 2U);
     EXPECT_EQ(rows(fields_of("ctts", counted(2, entries.substr(1)))), 2U);

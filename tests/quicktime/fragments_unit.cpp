@@ -11,17 +11,16 @@ std::string fragmented(uint32_t sounds = 0, uint32_t scale = 24000) {
         std::string sound = track("soun", sound_entry("mp4a", 0, 2, 16, ""), media_header(48000, 0), none);
         tracks += sound.replace(sound.find("tkhd") + 16, 4, big().u32(2 + i).str());
     }
-    return movie(tracks + atom("mvex", full("trex", big().u32(1).u32(1).u32(1001).u32(1000).u32(0).str())),
-                 "qt  ", "x");
+    return movie(tracks + atom("mvex", full("trex", big().u32(1, 1, 1001, 1000, 0).str())), "qt  ", "x");
 }
 
 // A fragment of samples of one size and their data; its run has bytes behind its samples.
 std::string fragment(uint32_t time, const std::vector<uint32_t> &durations, uint32_t size,
                      const std::string &rest = "") {
     ByteWriter samples = big();
-    for (const uint32_t duration : durations) samples.u32(duration).u32(size);
+    for (const uint32_t duration : durations) samples.u32(duration, size);
     const auto moof = [&](size_t offset) {
-        const std::string run = big().u32(durations.size()).u32(offset).raw(samples.str()).raw(rest).str();
+        const std::string run = big().u32(durations.size(), offset).raw(samples.str()).raw(rest).str();
         return atom("moof", atom("traf", full("tfhd", big().u32(1).str(), 0x20000) +
                                              full("tfdt", big().u32(time).str()) + full("trun", run, 0x301)));
     };
@@ -30,8 +29,8 @@ std::string fragment(uint32_t time, const std::vector<uint32_t> &durations, uint
 
 std::string random_access(const std::vector<size_t> &places, uint32_t n) {
     ByteWriter entries = big();
-    for (const size_t place : places) entries.u32(0).u32(place).u24(0);
-    const std::string tfra = full("tfra", big().u32(1).u32(0).u32(n).raw(entries.str()).str());
+    for (const size_t place : places) entries.u32(0, place).u24(0);
+    const std::string tfra = full("tfra", big().u32(1, 0, n).raw(entries.str()).str());
     return atom("mfra", tfra + full("mfro", big().u32(8 + tfra.size() + 16).str()));
 }
 
@@ -54,10 +53,10 @@ struct Indexed {
         for (uint32_t i = 0; i < fragments; i++) {
             const std::string next = fragment(4004 * i, {1001, 1001, 1001, 1001}, 12000);
             data += next;
-            entries += big().u32(next.size()).u32(4004).u32(0x90000000).str();
+            entries += big().u32(next.size(), 4004, 0x90000000).str();
         }
         const std::string sidx =
-            full("sidx", big().u32(1).u32(24000).u32(0).u32(0).u16(0).u16(told).raw(entries).zeros(11).str());
+            full("sidx", big().u32(1, 24000, 0, 0).u16(0, told).raw(entries).zeros(11).str());
         std::string file = fragmented(sounds);
         for (size_t i = 1; i < boxes_before; i++) file += atom("free");
         const std::string index = has_segments ? sidx : "";
@@ -103,7 +102,7 @@ TEST(MovieFacts, EdgesOfFragments) {
     ROWS("closed", boxes_changed(closed, rows));
     SHOW(facts_of(one + atom("mfra", full("mfro", big().u32(24).str()))));
     SHOW(facts_of(one +
-                  atom("mfra", full("tfra", big().u32(1).u32(0).str()) + full("mfro", big().u32(44).str()))));
+                  atom("mfra", full("tfra", big().u32(1, 0).str()) + full("mfro", big().u32(44).str()))));
     const std::string sound =
         track("soun", sound_entry("mp4a", 0, 2, 16, ""), media_header(48000, 0), {.n = 0, .offset = 0});
     SHOW(facts_of(movie(sound + atom("mvex", full("trex", std::string(20, '\0'))), "qt  ", "x") +

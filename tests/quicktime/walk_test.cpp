@@ -22,7 +22,7 @@ TEST(QuicktimeWalk, TopLevelAtoms) {
 
 TEST(QuicktimeWalk, ContainersNestAndEntryListsShowTheirCount) {
     Transcript transcript;
-    const std::string references = big().u32(0x01020304).u32(7).raw(atom("rsrc", counting(4))).str();
+    const std::string references = big().u32(0x01020304, 7).raw(atom("rsrc", counting(4))).str();
     SHOW(movie_dump(atom("moov", atom("dinf", atom("dref", references)) + atom("free"))));
     for (const char *type : {"trak", "mdia", "minf", "stbl", "edts", "tapt", "wave", "gmhd", "udta"}) {
         EXPECT_EQ(fields_of(type, atom("free")), line(1, kFree8, "8")) << type;
@@ -55,7 +55,7 @@ TEST(QuicktimeWalk, SizesThatDoNotFit) {
 TEST(QuicktimeWalk, OneByteTooMany) {
     EXPECT_EQ(fields_of("gmin", counting(16)).find("rogue"), std::string::npos);
     EXPECT_NE(fields_of("gmin", counting(17)).find("*** 1 rogue bytes ***"), std::string::npos);
-    const std::string flags = fields_of("sdtp", big().u32(0).u8(15).u8(16).str());
+    const std::string flags = fields_of("sdtp", big().u32(0).u8(15, 16).str());
     EXPECT_NE(flags.find("=15 (0x0F)"), std::string::npos);
     EXPECT_NE(flags.find("=16 (0x10)"), std::string::npos);
 }

@@ -83,8 +83,7 @@ TEST(TextDump, Encodings) {
     EXPECT_EQ(dump_of("a\tb c\r\n\x01\x7F\x80\xE9", "a.txt"), "a\tb.c\n.\x7F..");
     EXPECT_EQ(dump_of(" !~\x7F\x80", "a.txt"), ".!~\x7F.");
     EXPECT_EQ(dump_of("a\rb\x01 \xE9", "a.txt", {"-u"}), "a\rb\x01 \xC3\xA9");
-    const std::string little_text =
-        little().u16(0xFEFF).u16('A').u16(' ').u16(0xE9).u16('\r').u16('\n').u16(0x4E2D).u16(0x20AC).str();
+    const std::string little_text = little().u16(0xFEFF, 'A', ' ', 0xE9, '\r', '\n', 0x4E2D, 0x20AC).str();
     EXPECT_EQ(dump_of(little_text), "Fileformat: UTF-16 (LE)\nA..\n..");
     SHOW(dump_of(little_text, "f", {"-u"}));
     EXPECT_EQ(dump_of(std::string("\xFF\xFE"
@@ -96,7 +95,7 @@ TEST(TextDump, Encodings) {
     const std::string edges = "\xEF\xBB\xBF\x7F\xC2\x80\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF\xF0\x90\x80\x80";
     EXPECT_EQ(dump_of(edges, "f", {"-u"}), "Fileformat: UTF-8\n" + edges);
     // Surrogates stay apart, and half a unit at the end is no character.
-    SHOW(dump_of(big().u16(0xFEFF).u16(0xD83D).u16(0xDE00).u8(0).str(), "f", {"-u"}));
+    SHOW(dump_of(big().u16(0xFEFF, 0xD83D, 0xDE00).u8(0).str(), "f", {"-u"}));
 }
 
 TEST(TextDump, DamagedUtf8) {
@@ -118,11 +117,11 @@ namespace {
 
 ByteWriter font() {
     ByteWriter w = little();
-    w.u16(0x300).u32(2000).text("(c) 1990", 60).u16(2).u16(10).u16(96).u16(97).u16(11).u16(1).u16(3);
-    w.u8(1).u8(2).u8(255).u16(700).u8(0).u16(8).u16(16).u8(0x31).u16(7).u16(9);
-    w.u8(65).u8(66).u8(46).u8(32).u16(40).u32(170).u32(180).u32(0xABCDEF01).u32(0x94).u8(0x77);
-    w.u32(0xFFFFFFFE).u16(1).u16(65535).u16(3).u32(0x12345678).at(148);
-    return w.u16(8).u32(0xA1B2C3D4).u16(9).u16(0x1234).u16(0x5678);
+    w.u16(0x300).u32(2000).text("(c) 1990", 60).u16(2, 10, 96, 97, 11, 1, 3);
+    w.u8(1, 2, 255).u16(700).u8(0).u16(8, 16).u8(0x31).u16(7, 9);
+    w.u8(65, 66, 46, 32).u16(40).u32(170, 180, 0xABCDEF01, 0x94).u8(0x77);
+    w.u32(0xFFFFFFFE).u16(1, 65535, 3).u32(0x12345678).at(148);
+    return w.u16(8).u32(0xA1B2C3D4).u16(9, 0x1234, 0x5678);
 }
 
 }  // namespace
@@ -135,11 +134,11 @@ TEST(FontDump, FieldsAndGlyphs) {
 
 TEST(FontDump, CutFontsAndOffsetsOutside) {
     Transcript transcript;
-    const std::string cut = font().at(95).u8(65).u8(255).at(101).u32(0).u32(160).str();
+    const std::string cut = font().at(95).u8(65, 255).at(101).u32(0, 160).str();
     const std::string dump = dump_of(cut);
     SHOW(lines_from(dump, "65 "));
     EXPECT_EQ(lines_from(dump, "char   66"), "char   66 009a - 9 1234 : 5678\n");
     EXPECT_EQ(lines_from(dump_of(cut.substr(0, 155)), "char   66"), "char   66 009a - 9 0000 : 0000\n");
     SHOW(lines_from(dump_of(std::string("\0\3", 2)), "63 ", 2));
-    EXPECT_EQ(lines_from(dump_of(font().at(95).u8(66).u8(65).str()), "char"), "");
+    EXPECT_EQ(lines_from(dump_of(font().at(95).u8(66, 65).str()), "char"), "");
 }

@@ -28,14 +28,14 @@ const std::string kRecords = big()
 
 TEST(RedFacts, Versions) {
     Transcript transcript;
-    const std::string first = chunk(
-        "RED1", big().at(44).u32(4096).u32(2304).u32(24000).u16(1001).u8(2).text("A001.R3D", 257).str());
+    const std::string first =
+        chunk("RED1", big().at(44).u32(4096, 2304, 24000).u16(1001).u8(2).text("A001.R3D", 257).str());
     const std::string frame = chunk("REDV", big().zeros(5).raw(kRecords).str());
-    const std::string sound = chunk("REDA", big().u32(0).u32(48000).zeros(500).str());
+    const std::string sound = chunk("REDA", big().u32(0, 48000).zeros(500).str());
     const std::string file1 =
-        first + frame + sound + frame + chunk("REOB", big().zeros(16).u32(2).u32(1).zeros(12).str());
+        first + frame + sound + frame + chunk("REOB", big().zeros(16).u32(2, 1).zeros(12).str());
     const std::string second =
-        chunk("RED2", big().at(68).u32(5120).u32(2700).u16(0).u16(1).u32(25).at(200).raw(kRecords).str());
+        chunk("RED2", big().at(68).u32(5120, 2700).u16(0, 1).u32(25).at(200).raw(kRecords).str());
     const std::string file2 = aligned(second) + aligned(frame) + aligned(frame) +
                               chunk("REOB", big().zeros(84).u32(2).zeros(36).str());
     for (const std::string &file : {file1, file2}) {
@@ -48,11 +48,10 @@ TEST(RedFacts, Versions) {
 TEST(RedFacts, Edges) {
     Transcript transcript;
     const std::string frame = chunk("REDV", big().zeros(5).raw(kRecords).str());
-    const std::string sound = chunk("REDA", big().u32(0).u32(48000).zeros(500).str());
+    const std::string sound = chunk("REDA", big().u32(0, 48000).zeros(500).str());
     const std::string first =
-        chunk("RED1",
-              big().at(44).u32(4096).u32(2304).u32(24000).u16(1001).u8(2).text("A001.R3D", 257).str()) +
-        frame + sound + chunk("REOB", big().zeros(16).u32(2).u32(1).zeros(12).str());
+        chunk("RED1", big().at(44).u32(4096, 2304, 24000).u16(1001).u8(2).text("A001.R3D", 257).str()) +
+        frame + sound + chunk("REOB", big().zeros(16).u32(2, 1).zeros(12).str());
     // Rates, channels, the file's name; the sound's rate; the first record, its length, the kinds of its
     // followers.
     ROWS("first", facts_changed(first, rows));
@@ -73,7 +72,7 @@ TEST(RedFacts, Edges) {
 TEST(RedFacts, WithoutAnEnd) {
     Transcript transcript;
     const std::string second =
-        chunk("RED2", big().at(68).u32(5120).u32(2700).u16(0).u16(1).u32(25).at(200).raw(kRecords).str());
+        chunk("RED2", big().at(68).u32(5120, 2700).u16(0, 1).u32(25).at(200).raw(kRecords).str());
     const std::string frame = chunk("REDV", big().zeros(4088).str());
     const std::string file = aligned(second) + frame + frame;
     ROWS("file", facts_changed(file, rows));

@@ -19,7 +19,7 @@ std::string aligned(const std::string &chunk) {
 }
 
 std::string record(uint8_t type, uint8_t id, const std::string &value) {
-    return big().u8(3 + value.size()).u8(type).u8(id).raw(value).str();
+    return big().u8(3 + value.size(), type, id).raw(value).str();
 }
 
 const std::string kEdgeCode = record(0x10, 0, "01:02:03:04\x01");
@@ -96,17 +96,15 @@ TEST(Records, Edges) {
 
 TEST(Version1, TablesAndEnd) {
     Transcript transcript;
-    const std::string file =
-        chunk("RED1", big().at(44).u32(4096).u32(2304).u32(24000).u16(1001).str()) + chunk("REDV", "", 40) +
-        chunk("REDA", "", 10) + chunk("REDV", "", 50) + chunk("RPAD", "") +
-        chunk("RDVO", big().u32(66).u32(0x99).u32(3).str()) +
-        chunk("RDVS", big().u32(41).u32(50).u16(0).str()) + chunk("RDAO", big().u32(106).str()) +
-        chunk("RDAS", big().u32(10).str()) +
-        chunk("REOF", big().u32(1).u32(2).u32(3).u32(4).u32(5).u32(-6U).u32(7).u32(80).u32(-9U).str());
+    const std::string file = chunk("RED1", big().at(44).u32(4096, 2304, 24000).u16(1001).str()) +
+                             chunk("REDV", "", 40) + chunk("REDA", "", 10) + chunk("REDV", "", 50) +
+                             chunk("RPAD", "") + chunk("RDVO", big().u32(66, 0x99, 3).str()) +
+                             chunk("RDVS", big().u32(41, 50).u16(0).str()) +
+                             chunk("RDAO", big().u32(106).str()) + chunk("RDAS", big().u32(10).str()) +
+                             chunk("REOF", big().u32(1, 2, 3, 4, 5, -6U, 7, 80, -9U).str());
     SHOW(dump_of(file));
     for (const char *end : {"REOB", "REOS"}) {
-        SHOW(lines_from(dump_of(chunk("RED1", "") + chunk(end, big().u32(1).u32(2).at(36).u32(3).str())),
-                        "000"));
+        SHOW(lines_from(dump_of(chunk("RED1", "") + chunk(end, big().u32(1, 2).at(36).u32(3).str())), "000"));
     }
 }
 
@@ -146,13 +144,12 @@ TEST(Walk, OddSizes) {
 
 TEST(Version2, HeaderFramesIndexAndEnd) {
     Transcript transcript;
-    const std::string head =
-        big().at(68).u32(5120).u32(2700).zeros(2).u16(1001).u32(24000).raw(records()).str();
+    const std::string head = big().at(68).u32(5120, 2700).zeros(2).u16(1001).u32(24000).raw(records()).str();
     std::string file = aligned(chunk("RED2", head, 5000));
     for (int i = 0; i < 19; i++) file += aligned(chunk("RDI\x7F", kEdgeCode));
-    auto index = big().at(60).u32(2).u32(0x11).u32(300).u32(0x80000000).u32(0x22).u32(400).u32(5);
+    auto index = big().at(60).u32(2, 0x11, 300, 0x80000000, 0x22, 400, 5);
     file += aligned(chunk("RII1", index.str())) + aligned(chunk("RII1", index.str().substr(0, 68)));
-    auto end = big().at(56).u64(UINT64_MAX - 1).zeros(12).u32(0xABC).u32(0xDEF).u32(19).at(96).u16(40000);
+    auto end = big().at(56).u64(UINT64_MAX - 1).zeros(12).u32(0xABC, 0xDEF, 19).at(96).u16(40000);
     file += chunk("REOB", end.raw(kEdgeCode).zeros(20).str());
     const std::string dump = dump_of(file);
     SHOW(lines_from(dump, "Fileformat", 10));

@@ -17,13 +17,14 @@ class ByteWriter {
         position_ = offset;
         return *this;
     }
-    ByteWriter &u8(uint64_t v) { return number(v, 1); }
-    ByteWriter &u16(uint64_t v) { return number(v, 2); }
-    ByteWriter &u24(uint64_t v) { return number(v, 3); }
-    ByteWriter &u32(uint64_t v) { return number(v, 4); }
-    ByteWriter &u64(uint64_t v) { return number(v, 8); }
-    ByteWriter &f32(float v) { return u32(std::bit_cast<uint32_t>(v)); }
-    ByteWriter &f64(double v) { return u64(std::bit_cast<uint64_t>(v)); }
+    // One number after the other.
+    ByteWriter &u8(auto... v) { return (number(static_cast<uint64_t>(v), 1), ...); }
+    ByteWriter &u16(auto... v) { return (number(static_cast<uint64_t>(v), 2), ...); }
+    ByteWriter &u24(auto... v) { return (number(static_cast<uint64_t>(v), 3), ...); }
+    ByteWriter &u32(auto... v) { return (number(static_cast<uint64_t>(v), 4), ...); }
+    ByteWriter &u64(auto... v) { return (number(static_cast<uint64_t>(v), 8), ...); }
+    ByteWriter &f32(auto... v) { return u32(std::bit_cast<uint32_t>(static_cast<float>(v))...); }
+    ByteWriter &f64(auto... v) { return u64(std::bit_cast<uint64_t>(static_cast<double>(v))...); }
     ByteWriter &text(std::string_view s) { return raw(s); }
     // A text in a field of fixed width, filled with zeros.
     ByteWriter &text(std::string_view s, size_t width) { return raw(s).zeros(width - s.size()); }

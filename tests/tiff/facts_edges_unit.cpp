@@ -46,7 +46,7 @@ std::string changed_tiff(const std::string &changes) {
     }
     ByteWriter file = little();
     file.text("II*").u8(0).u32(8).u16(entries.size());
-    for (const auto &[tag, entry] : entries) file.u16(tag).u16(entry.type).u32(entry.count).u32(entry.value);
+    for (const auto &[tag, entry] : entries) file.u16(tag, entry.type).u32(entry.count, entry.value);
     file.u32(next).at(300);
     for (uint32_t i = 1; i <= 50; i++) file.u32(i);
     std::string bytes = file.at(kPicture).fill('x', 4096).str();

@@ -18,7 +18,7 @@ std::string directory(std::initializer_list<std::array<uint32_t, 3>> entries, bo
     const auto number = [&](uint64_t value) { is_big ? out.u64(value) : out.u32(value); };
     is_big ? out.u64(entries.size()) : out.u16(entries.size());
     for (const auto &[tag, type, value] : entries) {
-        out.u16(tag).u16(type);
+        out.u16(tag, type);
         number(1);
         number(value);
     }
@@ -133,8 +133,7 @@ TEST(TiffFacts, BigTiff) {
         return little()
             .text("II+")
             .u8(0)
-            .u16(8)
-            .u16(0)
+            .u16(8, 0)
             .u64(16)
             .raw(first)
             .at(256)

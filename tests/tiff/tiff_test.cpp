@@ -22,7 +22,7 @@ std::string in_order(Order order, uint32_t value) { return ByteWriter(order).u32
 std::string directory(Order order, const std::vector<Entry> &entries, uint32_t next = 0) {
     ByteWriter w(order);
     w.u16(entries.size());
-    for (const Entry &e : entries) w.u16(e.tag).u16(e.type).u32(e.count).raw(e.value);
+    for (const Entry &e : entries) w.u16(e.tag, e.type).u32(e.count).raw(e.value);
     return w.u32(next).str();
 }
 
@@ -63,7 +63,7 @@ const std::string kAt1000Big = big().u32(1000).str();
 TEST(Tiff, HeadersInBothOrders) {
     Transcript transcript;
     SHOW(dump_of(tiff(Order::big, {{256, 3, 1, std::string("\x02\x00\x00\x00", 4)}})));
-    SHOW(dump_of(little().text("II").u16(43).u32(8).u32(0).str()));
+    SHOW(dump_of(little().text("II").u16(43).u32(8, 0).str()));
     SHOW(lines_from(dump_of(little().text("II").u16(1).u32(8).str()), " version", 1));
 }
 
@@ -84,11 +84,11 @@ TEST(Tiff, ValuesOfEveryType) {
     EXPECT_EQ(value_line(Order::big, 6, 1, hex("80000000")), "-128 ");
     EXPECT_EQ(value_line(Order::big, 13, 0, "abcd"), "");
     EXPECT_EQ(value_line(Order::big, 1, 0x80000000, "abcd"), "");
-    const std::string ratios = big().u32(0xFFFFFFFF).u32(2).u32(1).u32(0).str();
+    const std::string ratios = big().u32(0xFFFFFFFF, 2, 1, 0).str();
     EXPECT_EQ(value_line(Order::big, 5, 2, kAt1000Big, ratios), "2147483647.50000 NAN ");
     EXPECT_EQ(value_line(Order::big, 10, 2, kAt1000Big, ratios), "-0.50000 NAN ");
     EXPECT_EQ(value_line(Order::little, 2, 8, kAt1000Little, std::string("name\0rest", 9)), "'name'");
-    const std::string cut = little().u16(1).u16(2).str();
+    const std::string cut = little().u16(1, 2).str();
     EXPECT_EQ(value_line(Order::little, 3, 3, kAt1000Little, cut), "1 2 0 ");
 }
 
@@ -137,7 +137,7 @@ TEST(Tiff, NamesThatDependOnTheValue) {
              {0,     1,     2,     3,     4,     5,     6,     7,     8,     9,     32766,
               32771, 32773, 32803, 32809, 32892, 65001, 65002, 65016, 65017, 65102, 65535}) {
             for (const uint32_t tag : {259, 262, 339})
-                entries.push_back({tag, 3, 1, ByteWriter(order).u16(value).u16(0).str()});
+                entries.push_back({tag, 3, 1, ByteWriter(order).u16(value, 0).str()});
         }
         SHOW(dump_of(tiff(order, entries)));
     }
@@ -159,7 +159,7 @@ TEST(Tiff, ChainsAndSubDirectories) {
     SHOW(lines_from(dump_of(tiff(Order::little, {{330, 4, 1, kAt1000Little}}, one)), "SUB IFD"));
     SHOW(lines_from(dump_of(tiff(Order::little, {{34665, 4, 1, kAt1000Little}}, one)), "EXIF IFD"));
     // A directory twice and one outside the file; a chain that leads into a sub-directory.
-    const std::string offsets = little().u32(1012).u32(1012).u32(99999).str();
+    const std::string offsets = little().u32(1012, 1012, 99999).str();
     SHOW(lines_from(dump_of(tiff(Order::little, {{330, 4, 3, kAt1000Little}}, offsets + one)), "SUB IFD 0"));
     SHOW(lines_from(dump_of(tiff(Order::little, {{34665, 4, 1, kAt1000Little}}, one, 1000)), "EXIF IFD"));
     // Circles.
@@ -167,8 +167,7 @@ TEST(Tiff, ChainsAndSubDirectories) {
     SHOW(lines_from(dump_of(tiff(Order::little, {{330, 4, 1, little().u32(8).str()}})), "SUB"));
     SHOW(lines_from(dump_of(tiff(Order::little, {}, "", 5000)), " entries"));
     SHOW(lines_from(dump_of(little().text("II").u16(42).u32(9999).str()), " filesize"));
-    SHOW(lines_from(dump_of(little().text("II").u16(42).u32(8).u16(2).u16(256).u16(3).u32(1).u32(5).str()),
-                    " entries"));
+    SHOW(lines_from(dump_of(little().text("II").u16(42).u32(8).u16(2, 256, 3).u32(1, 5).str()), " entries"));
 }
 
 TEST(Tiff, NestingEnds) {
@@ -190,7 +189,7 @@ TEST(Tiff, NestingEnds) {
     ByteWriter tree = little().text("II").u16(42).u32(8);
     for (uint32_t i = 0; i < 30; i++) {
         const uint32_t next = 8 + 26 * (i + 1);
-        tree.raw(directory(Order::little, {{330, 4, 2, little().u32(next - 8).str()}})).u32(next).u32(next);
+        tree.raw(directory(Order::little, {{330, 4, 2, little().u32(next - 8).str()}})).u32(next, next);
     }
     const std::string shown = dump_of(tree.zeros(6).str());
     EXPECT_GT(std::count(shown.begin(), shown.end(), '\n'), 5'000);
@@ -208,7 +207,7 @@ TEST(Tiff, EdgesOfTheFile) {
     const auto sub = [](uint32_t at) { return file_with({{330, 4, 1, little().u32(at).str()}}); };
     EXPECT_EQ(count_in_dump(sub(25), "SUB IFD entries: 0"), 1U);
     EXPECT_EQ(count_in_dump(sub(26), "SUB IFD\n"), 1U);
-    const std::string offsets = little().u32(9999).u32(9999).str();
+    const std::string offsets = little().u32(9999, 9999).str();
     for (const size_t size : {7, 8}) {
         EXPECT_EQ(count_in_dump(file_with({{330, 4, 2, little().u32(26).str()}}) + offsets.substr(0, size),
                                 "SUB IFD "),
@@ -247,7 +246,7 @@ TEST(Tiff, PhotoshopResources) {
     Transcript transcript;
     ByteWriter w = big();
     w.text("8BIM").u16(1005).u8(3).text("abc").u32(3).text("xyz").u8(0);
-    w.text("8BIM").u16(1036).u16(0).u32(2).text("th").text("8BIX").zeros(4);
+    w.text("8BIM").u16(1036, 0).u32(2).text("th").text("8BIX").zeros(4);
     const std::string resources = w.str();
     const uint32_t size = static_cast<uint32_t>(resources.size());
     const std::string content = tiff(Order::little, {{34377, 1, size, kAt1000Little}}, resources);
@@ -255,7 +254,7 @@ TEST(Tiff, PhotoshopResources) {
     EXPECT_EQ(lines_from(dump_of(content, "a", {"-v"}), "    size 2", 2), "    size 2\n     74 68 \n");
 
     // Blocks begin up to the last byte of the value; a size of 0 is one, a negative size ends the run.
-    const std::string block = big().text("8BIM").u16(1).u16(0).u32(0).str();
+    const std::string block = big().text("8BIM").u16(1, 0).u32(0).str();
     const auto blocks = [&](uint32_t count, const std::string &first) {
         return count_in_dump(tiff(Order::little, {{34377, 1, count, kAt1000Little}}, first + block),
                              "    id   1\n");
@@ -264,7 +263,7 @@ TEST(Tiff, PhotoshopResources) {
     EXPECT_EQ(blocks(1, block), 1U);
     EXPECT_EQ(blocks(12, block), 1U);
     EXPECT_EQ(blocks(13, block), 2U);
-    const auto negative = [](uint32_t length) { return big().text("8BIM").u16(1).u16(0).u32(length).str(); };
+    const auto negative = [](uint32_t length) { return big().text("8BIM").u16(1, 0).u32(length).str(); };
     EXPECT_EQ(blocks(24, negative(0xFFFFFFFF)), 1U);
     EXPECT_EQ(lines_from(
                   dump_of(tiff(Order::little, {{34377, 1, 24, kAt1000Little}}, negative(0xFFFFFFFF) + block)),
@@ -284,7 +283,7 @@ TEST(Tiff, FirstPixels) {
     Transcript transcript;
     const auto pixels = [](Order order, uint32_t bits, const std::string &data,
                            const std::vector<std::string> &switches) {
-        const std::string short_bits = ByteWriter(order).u16(bits).u16(0).str();
+        const std::string short_bits = ByteWriter(order).u16(bits, 0).str();
         const std::string dump = dump_of(
             tiff(order, {{258, 3, 1, short_bits}, {273, 4, 1, in_order(order, 1000)}}, data), "a", switches);
         return lines_from(dump, "rgb");
