@@ -195,20 +195,10 @@ TEST(SoundFacts, LargeStreams) {
 
 // What was written to a pipe has no sizes; an index that the header tells of is missed; frames end in zeros.
 TEST(SoundFacts, Ends) {
-    const std::string aiff = big()
-                                 .text("FORM")
-                                 .u32(0)
-                                 .text("AIFFCOMM")
-                                 .u32(18)
-                                 .u16(1)
-                                 .u32(0)
-                                 .u16(16)
-                                 .hex("400EBB80000000000000")
-                                 .text("SSND")
-                                 .u32(0)
-                                 .zeros(8)
-                                 .fill('x', 4800)
-                                 .str();
+    ByteWriter aiff_bytes = big();
+    aiff_bytes.text("FORM").u32(0).text("AIFFCOMM").u32(18).u16(1).u32(0).u16(16);
+    aiff_bytes.hex("400EBB80000000000000").text("SSND").u32(0).zeros(8).fill('x', 4800);
+    const std::string aiff = aiff_bytes.str();
     EXPECT_EQ(facts_of(aiff), "AIFF | 1ch 48000 Hz 16 bits PCM 2400 samples | 1/20 s");
     const std::string avi = content_of(std::string(KELDUMP_SAMPLES) + "/audio/picture.avi");
     EXPECT_EQ(extent_of(avi.substr(0, avi.rfind("idx1")), "a.avi"), "cut the index");

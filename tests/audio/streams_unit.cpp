@@ -51,51 +51,6 @@ TEST(SoundFacts, EdgesOfAiff) {
     SHOW(facts_of(none) + boxes_changed(none, "COMM+6=00000000 COMM+6=00000001"));
 }
 
-TEST(SoundFacts, EdgesOfTags) {
-    Transcript transcript;
-    const auto frame_of = [](const std::string &type, const std::string &text) {
-        return iff_chunk(type, "").substr(0, 4) + big().u32(1 + text.size()).u16(0).u8(0).raw(text).str();
-    };
-    const auto tag = [](const std::string &frames, size_t size, unsigned version = 3, unsigned flags = 0) {
-        return "ID3" + big().u8(version, 0, flags, 0, 0, size >> 7, size & 0x7F).raw(frames).str();
-    };
-    const std::string title = frame_of("TIT2", "Title");
-    for (const size_t size : {15, 16, 17})
-        SHOW(facts_of(tag(title, size) + std::string(std::max<size_t>(size, 16) - 16, '\0') + mp3(3)));
-    for (const unsigned version : {2, 3, 4}) SHOW(facts_of(tag(title, 16, version) + mp3(3)));
-    // A frame of a header and one byte; of a name that is none; of a text of no letters, of one, of many.
-    const std::string last = title + frame_of("TSSE", "");
-    SHOW(facts_of(tag(last, last.size()) + mp3(3)));
-    for (const char *type : {"@IT2", "AIT2"}) {
-        const std::string two = frame_of(type, "no") + title;
-        SHOW(facts_of(tag(two, two.size()) + mp3(3)));
-    }
-    for (const size_t n : {1, 256, 257}) {
-        const std::string text = frame_of("TIT2", std::string(n, 't'));
-        EXPECT_NE((facts_of(tag(text, text.size()) + mp3(3)) + " |")
-                      .find("title: " + std::string(std::min<size_t>(n, 256), 't') + " |"),
-                  std::string::npos)
-            << n;
-    }
-    for (const size_t n : {63, 64}) {
-        std::string many;
-        for (size_t i = 0; i < n; i++) many += frame_of("XXXX", "x");
-        EXPECT_EQ(facts_of(tag(many + title, many.size() + title.size()) + mp3(3)).find("Title") !=
-                      std::string::npos,
-                  n == 63);
-    }
-    // Zeros behind a tag, tags at the end.
-    for (const size_t n : {4095, 4096, 4097}) SHOW(facts_of(tag(title, 16) + std::string(n, '\0') + mp3(3)));
-    SHOW(facts_of(tag(title, 16)) + "\n" + facts_of(tag(title, 17)) + "\n" + facts_of(tag(title, 16) + "x"));
-    const std::string ape = "APETAGEX" + little().u32(2000, 40, 1, 0).zeros(8).str();
-    const std::string short_ape = ape.substr(0, 12) + std::string(4, '\0') + ape.substr(16);
-    SHOW(std::to_string(claimed_of(mp3(3) + std::string(40, 'y') + ape)) + " " +
-         std::to_string(claimed_of(mp3(3) + short_ape)));
-    SHOW(facts_of(ape) + "\n" + facts_of("x" + ape) + "\n" + facts_of("TAG" + std::string(125, ' ')));
-    SHOW(facts_of(mp3(3) + "TAG" + std::string(125, ' ')) + "\n" +
-         facts_of(mp3(3) + "TAG" + std::string(124, ' ')));
-}
-
 TEST(SoundFacts, EdgesOfStreams) {
     Transcript transcript;
     const std::string frames = mp3(4), adts = aac(4);
@@ -130,15 +85,4 @@ TEST(SoundFacts, EdgesOfStreams) {
         SHOW(frame + (" " + facts_of(hex(frame))));
     SHOW(facts_of(mp3(1)) + "\n" + facts_of(mp3(1) + "x") + "\n" + facts_of(aac(1)) + "\n" +
          facts_of(aac(1) + "x"));
-}
-
-// What is walked through, and what follows by arithmetic.
-TEST(SoundFacts, EdgesOfLargeStreams) {
-    Transcript transcript;
-    const std::string frames = mp3(1) + hex("FFFB2464") + std::string(188, 'x') + mp3(32765);
-    const std::string adts = aac(31457) + std::string(28, 'x');
-    ASSERT_EQ(frames.size(), adts.size());
-    for (const std::string &file :
-         {frames, frames + "x", adts, adts + "x", mp3(32769), mp3(32769) + std::string(49, 'x')})
-        SHOW(facts_of(file) + " " + bit_rates_of(file));
 }

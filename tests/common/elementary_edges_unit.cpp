@@ -1,8 +1,6 @@
 // Both sides of the bounds in headers of elementary streams.
 #include <gtest/gtest.h>
 
-#include <sstream>
-
 #include "common/elementary.h"
 #include "support/bytes_of.h"
 #include "support/command.h"
@@ -15,11 +13,9 @@ Bytes window(const std::string &bytes) { return Bytes(bytes.data(), bytes.size()
 // What `tell` says of what each of the changes makes of bytes; "." leaves them as they are.
 template <typename Tell>
 std::string told_of(const std::string &bytes, const std::string &changes, Tell tell) {
-    std::istringstream words(changes);
-    std::string report;
-    for (std::string word; words >> word;)
-        report += word + ": " + tell(word == "." ? bytes : changed(bytes, word)) + "\n";
-    return report;
+    return rows_of(changes, [&](const std::string &word) {
+        return " " + tell(word == "." ? bytes : changed(bytes, word));
+    });
 }
 
 std::string text_if(bool is_known, const Facts &facts) {
@@ -272,108 +268,4 @@ TEST(ElementaryVideo, EdgesOfHevc) {
               HevcSet{.sets = 1, .before = n, .after = n}.told()));
     SHOW((HevcSet{.sets = 4, .before = 2, .after = 1, .references = 1}.told()));
     for (const uint64_t n : {1, 32, 33}) SHOW(HevcSet{.long_term = n}.told());
-}
-
-TEST(ElementaryVideo, EdgesOfUnits) {
-    Transcript transcript;
-    EXPECT_EQ(mastering_volume(window(std::string(23, '\1'))) + content_light(window("abc")), "");
-    const auto stream = [](const AvcSet &set, const char *unit) {
-        const std::string start = hex("00000001");
-        return start + set.nal() + start.substr(1) + hex(unit);
-    };
-    // A slice that is a frame, as short as it can be; a timing of the picture alone in its message.
-    const AvcSet fields = {.frames_only = false};
-    const std::string slice = stream(fields, "65E0"), timing = stream(fields, "060101C0");
-    SHOW(told_of(slice, "<" + std::to_string(slice.size() - 1), picture_by("H.264")));
-    const std::string last = std::to_string(timing.size() - 1);
-    SHOW(told_of(timing, "<" + last + " " + last + "=D0 " + last + "=B0 " + last + "=00",
-                 picture_by("H.264")));
-    SHOW(picture_by("H.264")(stream({.frames_only = false, .by_block = true}, "65E0")));
-    SHOW(picture_by("H.264")(stream({.frames_only = false, .has_structures = false}, "06010110")));
-
-    const std::string record = hex("01") + std::string(15, '\0') + hex("FD FA F8 0000 0F 00");
-    ROWS("record, picture_by(HEVC, true)", told_of(record, rows, picture_by("HEVC", true)));
-    const std::string set = HevcSet{}.nal();
-    const std::string array = record.substr(0, 22) + hex("01 21 0001") + big().u16(set.size()).str() + set;
-    ROWS("array, picture_by(HEVC, true)", told_of(array, rows, picture_by("HEVC", true)));
-    ROWS("array.substr(0, 23) + hex(A10000) + array.substr(2",
-         told_of(array.substr(0, 23) + hex("A10000") + array.substr(23), rows, picture_by("HEVC", true)));
-
-    // Levels from 8 on have a tier; sizes have up to eight bytes.
-    ROWS("hex(81000C00 0A0B000000043CFFBC02F80840), picture_",
-         told_of(hex("81000C00 0A0B000000043CFFBC02F80840"), rows, picture_by("AV1", true)));
-    for (const char *size : {"8B00", "8B8080808000", "8B80808080808000"})
-        SHOW(picture_by("AV1", true)(hex("81000C00 0A") + hex(size) + hex("000000043CFFBC02F80840")));
-    SHOW(picture_by("AV1", true)(hex("81000C00 1200 0A0B000000043CFFBC02F80840")));
-}
-
-TEST(ElementaryVideo, EdgesOfFrames) {
-    Transcript transcript;
-    const std::string prores =
-        hex("00001000") + "icpf" + hex("0014 0000 00000000 0780 0438 84 00 01 02 09 02");
-    ROWS("prores, picture_by(ProRes)", told_of(prores, rows, picture_by("ProRes")));
-    ROWS("changed(prores, 20=C0), picture_by(ProRes)",
-         told_of(changed(prores, "20=C0"), rows, picture_by("ProRes")));
-    const std::string dv = big().u8(0x1F).at(3).hex("3F 78").at(448).hex("60 000000").at(560).u8(0).str();
-    ROWS("dv, picture_by(DV)", told_of(dv, rows, picture_by("DV")));
-    for (const auto &[height, n] : {std::pair{720, 50}, {721, 50}, {1080, 30}, {1080, 25}})
-        SHOW(std::to_string(dv_hd_columns(static_cast<uint32_t>(height), {n, 1})));
-    EXPECT_EQ(dv_hd_columns(1080, {101, 2}) + dv_hd_columns(1080, {103, 2}), 2720U);
-    ROWS("std::string(508, '\\0') + hex(0046000A 00540003), p",
-         told_of(std::string(508, '\0') + hex("0046000A 00540003"), rows, picture_by("CineForm")));
-    SHOW(told_of(std::string(512, '\0') + hex("0046000A"), "", picture_by("CineForm")));
-    ROWS("hex(00102001), picture_by(HuffYUV, true)",
-         told_of(hex("00102001"), rows, picture_by("HuffYUV", true)));
-
-    const auto layer = [](uint64_t aspect, uint64_t width, uint64_t height) {
-        Bits bits;
-        bits.u(10, 0).u(4, aspect).u(aspect == 15 ? 16 : 0, 0x0304).u(1, 0).u(2, 0).u(1, 1).u(16, 25).u(1, 1);
-        bits.u(1, 0).u(1, 1).u(13, width).u(1, 1).u(13, height).u(1, 1).u(1, 1).u(8, 255);
-        return picture_by("MPEG-4")(bits.nal("00000120")) + "\n";
-    };
-    SHOW(layer(1, 720, 576) + layer(5, 720, 576) + layer(6, 720, 576) + layer(15, 720, 576) + layer(1, 1, 1) +
-         layer(1, 0, 1) + layer(1, 1, 0));
-    const auto sequence = [](uint64_t n, uint64_t d) {
-        Bits bits;
-        bits.u(2, 3).u(14, 0).u(12, 959).u(12, 539).u(2, 0).u(4, 1).u(1, 1).u(14, 1919).u(14, 1079).u(1, 0);
-        return picture_by("VC-1")(bits.u(2, 2).u(8, n).u(4, d).u(1, 0).u(8, 255).nal("0000010F")) + "\n";
-    };
-    SHOW(sequence(1, 1) + sequence(7, 2) + sequence(8, 1) + sequence(0, 1) + sequence(2, 0) + sequence(2, 3));
-    const auto dirac = [](uint64_t base, uint64_t rate, uint64_t aspect, uint64_t range) {
-        Bits bits;
-        for (int i = 0; i < 4; i++) bits.interleaved(2);
-        bits.interleaved(base).u(3, 0).u(1, 1).interleaved(rate).u(1, 1).interleaved(aspect).u(1, 1);
-        for (int i = 0; i < 4; i++) bits.interleaved(1);
-        bits.u(1, 1).interleaved(range);
-        for (int i = 0; range == 0 && i < 2; i++) bits.interleaved(255);
-        return picture_by("Dirac")("BBCD" + std::string(9, '\0') + bits.u(8, 255).nal("")) + "\n";
-    };
-    SHOW(dirac(0, 1, 1, 1) + dirac(22, 11, 6, 8) + dirac(23, 1, 1, 1) + dirac(0, 12, 7, 9) +
-         dirac(20, 10, 5, 7) + dirac(1, 2, 2, 0));
-}
-
-// Records of version 3 and heads of frames as an encoder of FFV1 writes them.
-TEST(ElementaryVideo, EdgesOfFfv1) {
-    Transcript transcript;
-    const std::string table = hex(  // with transitions of its own
-        "56061e2ffdb846d7709730018601eee11ce6bd454db5382774d82e107d75c5aae33d602cd88683fe5b47b10fc55ef17bff81"
-        "78b57dc1212221be19c651d9310f08b67f7ab2c9dcca599ec7ddfde33307c787ddee7487e265c4fbfcd4c01ccd25e4684ad7"
-        "0edf1a5235be5667fe306fbe96c56002384c2e17c2334d3d63a079d1300a50489dbab46ddf204ce365a7a2219de799321b");
-    SHOW(picture_by("FFV1",
-                    true)(table + hex("dca321b7664cee0e6fa290cf0988ba6b7f21e3b202a54a8f171eed6a5a7b")));
-    SHOW(picture_by("FFV1",
-                    true)(table + hex("ddcf1af88d089a5135584cfab26c27f0720304f19c5ebd729362069f9a6e")));
-    ROWS("hex(562b8319e6f793921db8a87a3f8da23d), picture_by(",
-         told_of(hex("562b8319e6f793921db8a87a3f8da23d"), rows, picture_by("FFV1", true)));
-    ROWS("hex(562b86737f5ebeb8d226212d5a8e72dd), picture_by(",
-         told_of(hex("562b86737f5ebeb8d226212d5a8e72dd"), rows, picture_by("FFV1", true)));
-    SHOW(picture_by("FFV1", true)(hex("562b8af7e52b951233916593dbaeef26")));
-    SHOW(picture_by("FFV1", true)(hex("562b869be8a7f89c9e38506e93773d54")));
-    SHOW(picture_by("FFV1", true)(hex("562b886109e645ac3a2c22a31b6d76bc")));
-    ROWS("hex(9aec87309a496df656689957fd954a819b52a516), pic",
-         told_of(hex("9aec87309a496df656689957fd954a819b52a516"), rows, picture_by("FFV1")));
-    SHOW(picture_by("FFV1")(hex("fc550ab4993fe85e3b3becce8f9bd1e45ebb00d2")));
-    SHOW(picture_by("FFV1")(hex("9205310040d272484545ad54c6a5c9ad4b78f189")));
-    SHOW(picture_by("FFV1")(hex("562b8319e6f793921db8a87a3f8da23d")));
-    SHOW(picture_by("FFV1", true)(hex("9aec87309a496df656689957fd954a81")));
 }

@@ -46,13 +46,10 @@ TEST(KeldumpJson, NothingInAFileIsForged) {
     dpx.at(768).u16(0, 1).u32(1920, 1080).at(2047).u8(0);
     place.write("forged.dpx", dpx.str());
     const std::string handler = "ok\nATOM 0 moov (0x00000) size=8 (0x0000008) offset=0x               0\n";
-    const std::string hdlr = big()
-                                 .u32(0)
-                                 .text("mhlrvideappl")
-                                 .zeros(8)
-                                 .u8(static_cast<uint32_t>(handler.size()))
-                                 .text(handler)
-                                 .str();
+    ByteWriter hdlr_bytes = big();
+    hdlr_bytes.u32(0).text("mhlrvideappl").zeros(8).u8(static_cast<uint32_t>(handler.size()));
+    hdlr_bytes.text(handler);
+    const std::string hdlr = hdlr_bytes.str();
     place.write("forged.mov",
                 atom("moov", atom("trak", atom("mdia", atom("hdlr", hdlr).str()).str()).str()).str());
     Transcript transcript;

@@ -46,19 +46,10 @@ TEST(DpxFacts, Elements) {
 
 // Numbers whose low byte is 0x80 or more.
 TEST(CineonFacts, Sizes) {
-    const std::string header = big()
-                                   .at(0)
-                                   .hex("802A5FD7")
-                                   .u32(1024)
-                                   .at(193)
-                                   .u8(1)
-                                   .at(198)
-                                   .u8(10)
-                                   .at(200)
-                                   .u32(2176, 1688)
-                                   .at(1024)
-                                   .u8(0)
-                                   .str();
+    ByteWriter header_bytes = big();
+    header_bytes.at(0).hex("802A5FD7").u32(1024).at(193).u8(1).at(198).u8(10).at(200).u32(2176, 1688);
+    header_bytes.at(1024).u8(0);
+    const std::string header = header_bytes.str();
     EXPECT_EQ(facts_of(header).substr(0, 19), "Cineon | 2176x1688 ");
     // Lines of six bytes, padded or not, with a size field that is wrong.
     std::string small = header;

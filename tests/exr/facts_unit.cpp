@@ -231,39 +231,6 @@ TEST(ExrFacts, Edges) {
          with(attribute("compression", "compression", "\x0C")));
 }
 
-TEST(ExrFacts, Channels) {
-    Transcript transcript;
-    const auto of = [](const std::vector<std::tuple<std::string, uint32_t, uint32_t>> &channels) {
-        std::string list;
-        for (const auto &[name, type, step] : channels)
-            list += little().text(name).u8(0).u32(type, 0, step, step).str();
-        const std::string text =
-            facts_of(file(2, header(0, attribute("channels", "chlist", list + '\0')), ""));
-        const size_t at = text.find("channels: ");
-        return text.substr(0, text.find(" | cut")) + " " + (at == text.npos ? "" : text.substr(at, 1100));
-    };
-    SHOW(of({{"Y", 1, 1}}));
-    SHOW(of({{"A", 1, 1}, {"Y", 2, 1}}));
-    SHOW(of({{"BY", 1, 2}, {"RY", 1, 2}, {"Y", 1, 1}}));
-    SHOW(of({{"A", 1, 1}, {"BY", 1, 1}, {"RY", 1, 1}, {"Y", 1, 1}}));
-    SHOW(of({{"left.B", 1, 1}, {"left.G", 1, 1}, {"left.R", 1, 1}}));
-    SHOW(of({{"B", 1, 1}, {"G", 1, 1}, {"R", 1, 1}, {"Z", 2, 1}, {"id", 0, 1}}));
-    SHOW(of({{"Z", 0, 1}}));
-    SHOW(of({}));
-    SHOW(of({{std::string(200, 'a'), 1, 1},
-             {std::string(200, 'b'), 1, 1},
-             {std::string(200, 'c'), 1, 1},
-             {std::string(200, 'd'), 1, 1},
-             {std::string(196, 'e'), 1, 1},
-             {"f", 1, 1}}));
-    SHOW(of({{std::string(200, 'a'), 1, 1},
-             {std::string(200, 'b'), 1, 1},
-             {std::string(200, 'c'), 1, 1},
-             {std::string(200, 'd'), 1, 1},
-             {std::string(197, 'e'), 1, 1},
-             {"f", 1, 1}}));
-}
-
 TEST(ExrFacts, Parts) {
     for (const size_t n : {1, 2, 64, 65}) {
         std::string headers;
@@ -274,36 +241,4 @@ TEST(ExrFacts, Parts) {
                   n == 1 ? "EXR scan lines" : "EXR scan lines, " + std::to_string(n) + " parts");
         EXPECT_EQ(text.find("parts: p0, p1") == text.npos, n == 1);
     }
-}
-
-// Attributes that are no other fact stay along a sequence.
-TEST(ExrFacts, HeldAttributes) {
-    Transcript transcript;
-    const std::string plain = file(2, header(0, ""), "");
-    const auto with = [&](const std::string &more) {
-        return facts_difference(plain, file(2, header(0, more), ""));
-    };
-    const std::string numbers = little().u32(1, 0xFFFFFFFF, 3, 4).str();
-    for (const char *type : {"int", "v2i", "v3i", "box2i", "rational", "other"})
-        SHOW(type + with(attribute("a", type, numbers)));
-    ByteWriter reals = little();
-    for (int i = 1; i <= 16; i++) reals.f32(static_cast<float>(i) / 8);
-    for (const char *type : {"float", "v2f", "v3f", "box2f", "m33f", "m44f"})
-        SHOW(type + with(attribute("a", type, reals.str())));
-    ByteWriter doubles = little();
-    for (int i = 1; i <= 9; i++) doubles.f64(i / 8.0);
-    for (const char *type : {"double", "v2d", "v3d", "m33d"})
-        SHOW(type + with(attribute("a", type, doubles.str())));
-    for (const size_t n : {255, 256, 257}) SHOW(with(attribute("a", "string", std::string(n, 'a') + "b")));
-    const auto count = [&](size_t n) {
-        std::string more;
-        for (size_t i = 0; i < n; i++) more += attribute("n" + std::to_string(i), "int", hex("01000000"));
-        const std::string text = with(more);
-        return std::ranges::count(text, '+');
-    };
-    EXPECT_EQ(count(100) - count(99), 1);
-    EXPECT_EQ(count(101) - count(100), 0);
-    const std::string keycode = little().u32(2, 24, 123456, 7890, 12, 4, 64).str();
-    SHOW(with(attribute("keyCode", "keycode", keycode)) +
-         with(attribute("keyCode", "keycode", little().u32(100).raw(keycode.substr(4)).str())));
 }

@@ -146,26 +146,11 @@ TEST(ImageFacts, LinesOfSgi) {
 TEST(ArriFacts, Edges) {
     Transcript transcript;
     const ByteWriter timecode = little().hex("04030201").u32(0, 24000);
-    const std::string file = little()
-                                 .text("ARRI")
-                                 .hex("12345678")
-                                 .u32(4096, 3)
-                                 .at(20)
-                                 .u32(8, 4)
-                                 .at(44)
-                                 .u32(8, 4)
-                                 .at(68)
-                                 .u32(4096, 48)
-                                 .at(196)
-                                 .f32(2)
-                                 .at(380)
-                                 .hex("26112620 00595923")
-                                 .at(416)
-                                 .u32(48000, 24000)
-                                 .raw(timecode.str())
-                                 .at(4096)
-                                 .fill('x', 48)
-                                 .str();
+    ByteWriter file_bytes = little();
+    file_bytes.text("ARRI").hex("12345678").u32(4096, 3).at(20).u32(8, 4).at(44).u32(8, 4).at(68);
+    file_bytes.u32(4096, 48).at(196).f32(2).at(380).hex("26112620 00595923").at(416).u32(48000, 24000);
+    file_bytes.raw(timecode.str()).at(4096).fill('x', 48);
+    const std::string file = file_bytes.str();
     SHOW(facts_of(file));
     ROWS("file", facts_changed(file, rows));
 }

@@ -13,21 +13,6 @@ std::string sample_of(const std::string &path) {
     return content_of(std::string(KELDUMP_SAMPLES) + "/" + path);
 }
 
-// Tile-parts of these lengths behind a main header, and bytes behind the codestream's end.
-std::string tile_parts(const std::vector<size_t> &lengths, size_t behind) {
-    std::string file = sample_of("jpeg2000/tiles.j2k").substr(0, 86);
-    for (const size_t length : lengths)
-        file += hex("FF90 000A 0000") + big().u32(length).hex("0001 FF93").fill('d', length - 14).str();
-    return file + hex("FFD9") + std::string(behind, 'x');
-}
-
-// A main header of so many components, whose coding is that of COC segments.
-std::string components_of_index(size_t count, const std::string &segments) {
-    return facts_of(hex("FF4F FF51") + big().u16(38 + 3 * count, 0).str() +
-                    hex("00000008 00000008 0000000000000000 00000008 00000008 0000000000000000") +
-                    big().u16(count).fill(1, 3 * count).raw(hex(segments)).hex("FF90").str());
-}
-
 // JP2 with these boxes in its header, before a codestream.
 std::string jp2_of(const std::string &boxes) {
     const std::string plain = sample_of("jpeg2000/plain.jp2");
@@ -47,45 +32,6 @@ TEST(Jpeg2000Facts, Edges) {
     const std::string before = hex("FFFFFFF0") + std::string(12, '\0') + sample_of(tiles);
     SHOW(facts_of(before, "a.j2k"));
     ROWS("before, a.j2k", facts_changed(before, rows, "a.j2k"));
-}
-
-TEST(Jpeg2000Facts, TilePartsOfLongFiles) {
-    Transcript transcript;
-    const std::vector<size_t> few(38, 20), more(39, 20);
-    const auto joined = [](std::vector<size_t> first, const std::vector<size_t> &last) {
-        first.insert(first.end(), last.begin(), last.end());
-        return first;
-    };
-    const std::string name = "a.j2k";
-    constexpr size_t kLong = 2 << 20;
-    SHOW(extent_of(tile_parts(joined(few, {kLong}), 9), name.c_str()));
-    SHOW(extent_of(tile_parts(joined(more, {kLong}), 9), name.c_str()));
-    SHOW(extent_of(tile_parts(joined(more, {kLong - 86 - 39 * 20 - 2 - 9}), 9), name.c_str()));
-    SHOW(extent_of(tile_parts(joined(more, {kLong - 86 - 39 * 20 - 2 - 8}), 9), name.c_str()));
-    // What begins in the last 64 KiB leads to the end, or behind it.
-    SHOW(extent_of(tile_parts(joined(more, {kLong, 65525}), 9), name.c_str()));
-    SHOW(extent_of(tile_parts(joined(more, {kLong, 65526}), 9), name.c_str()));
-    SHOW(extent_of(tile_parts(joined(more, {kLong, 14}), 0).substr(0, kLong + 878), name.c_str()));
-    SHOW(extent_of(tile_parts(joined(more, {kLong, 14}), 0).substr(0, kLong + 877), name.c_str()));
-    for (const size_t behind : {65534, 65535}) {
-        std::string file = tile_parts({80000}, behind);
-        file.replace(92, 4, 4, '\0');
-        SHOW(extent_of(file, name.c_str()));
-    }
-}
-
-// 256 components have an index of 8 bits, one more of 16; coding that none of them has is nothing.
-TEST(Jpeg2000Facts, IndexOfComponents) {
-    Transcript transcript;
-    const std::string coding = "FF52 000C 00000001 00 02 0404 00 01 ";
-    for (const char *segment :
-         {"FF53 0008 FF 00 02 04 04 00", "FF53 0009 FF 00 02 04 04 00 00", "FF53 000A 00FF 00 02 04 04 00 00",
-          "FF53 000A 0100 00 02 04 04 00 00", "FF53 000A 0101 00 02 04 04 00 00"}) {
-        SHOW(components_of_index(256, coding + segment));
-        SHOW(components_of_index(257, coding + segment));
-    }
-    SHOW(components_of_index(1025, coding));
-    SHOW(components_of_index(16384, coding));
 }
 
 TEST(Jpeg2000Facts, EdgesOfBoxes) {

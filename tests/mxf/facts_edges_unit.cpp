@@ -9,29 +9,20 @@ namespace {
 size_t items_of(const std::string &content, int n) { return content.find(local(0x3C0A, uid(n))); }
 
 const std::string kIndex = hex("060E2B34 02530101 0D010201 01100100");
-size_t index_of(const std::string &content) { return content.find(kIndex) + 20; }
-
 // facts_changed() of items from a place on: "3301=0A" that the value of an item begins so, "3301^33020001"
 // that it stands for another one.
 std::string items_changed(const std::string &content, size_t items, const std::string &changes) {
-    std::istringstream words(changes);
-    std::string report;
-    for (std::string word; words >> word;) {
-        std::string bytes = content;
-        std::istringstream steps(word);
-        for (std::string step; std::getline(steps, step, ',');) {
-            size_t at = items;
-            const auto big16_at = [&](size_t place) {
-                return static_cast<uint8_t>(content[place]) << 8 | static_cast<uint8_t>(content[place + 1]);
-            };
-            while (content.compare(at, 2, hex(step.substr(0, 4))) != 0)
-                at += 4 + static_cast<size_t>(big16_at(at + 2));
-            const std::string raw = hex(step.substr(5));
-            bytes.replace(at + (step[4] == '=' ? 4 : 0), raw.size(), raw);
-        }
-        report += word + ":" + facts_difference(content, bytes) + "\n";
-    }
-    return report;
+    const auto change = [&](std::string &bytes, const std::string &step) {
+        size_t at = items;
+        while (content.compare(at, 2, hex(step.substr(0, 4))) != 0)
+            at += 4 + (static_cast<size_t>(static_cast<uint8_t>(content[at + 2])) << 8 |
+                       static_cast<uint8_t>(content[at + 3]));
+        const std::string raw = hex(step.substr(5));
+        bytes.replace(at + (step[4] == '=' ? 4 : 0), raw.size(), raw);
+    };
+    return rows_of(changes, [&](const std::string &word) {
+        return facts_difference(content, changed_by(content, word, change));
+    });
 }
 
 // A picture whose descriptor says all, with the parameters of JPEG 2000 where they are told to be its own.
@@ -76,54 +67,6 @@ TEST(MxfFacts, EdgesOfPictures) {
     EXPECT_EQ(rates, (std::vector<std::string>{"-1 -1 -1", "1 -1 -1"}));
 }
 
-// Labels of essence containers, as the registers name them.
-TEST(MxfFacts, Wrappings) {
-    constexpr std::pair<const char *, const char *> kWrappings[] = {
-        {"frame",
-         "010101 017F01 040001 046001 050101 050105 05020D 060100 060300 070101 0A0100 0B0100 0C0100 "
-         "0C0600 0E0001 0F6001 106001 110100 120100 1B0100 1F6F01 206001 210100 210200 220200 230100"},
-        {"clip",
-         "046002 050102 05024A 060200 060400 0A0200 0B0200 0C0200 0F6102 106102 110200 1D0101 206F02 "
-         "210300 230200"},
-        {"",
-         "04007F 050103 060500 060800 0A0300 0C0300 0F0103 106003 110300 130101 130201 1D0201 "
-         "7F0100"}};
-    const std::string clip = full_picture().bytes;
-    const size_t label = clip.find(hex("0D010301 02100001")) + 5;
-    for (const auto &[wrapping, codes] : kWrappings) {
-        std::istringstream all(codes);
-        for (std::string code; all >> code;) {
-            const std::string text = facts_of(std::string(clip).replace(label, 3, hex(code)));
-            const std::string expected = std::string("| wrapping: ") + wrapping + " |";
-            EXPECT_EQ(text.find(*wrapping ? expected : "| wrapping") != text.npos, *wrapping != 0)
-                << code << " " << wrapping;
-        }
-    }
-}
-
-TEST(MxfFacts, EdgesOfComponents) {
-    Transcript transcript;
-    std::string clip = full_picture().bytes;
-    const size_t picture = items_of(clip, 21);
-    ROWS("clip, picture", items_changed(clip, picture, rows));
-    clip.replace(picture - 6, 1, "\x29");
-    SHOW("RGBA:" + facts_difference(full_picture().bytes, clip) + "\n");
-    ROWS("clip, picture 2", items_changed(clip, picture, rows));
-    const std::string coded = full_picture().bytes;
-    // A primer that tells fewer tags.
-    std::string named = coded;
-    named.replace(named.find(hex("8F010028")), 2, hex("8001"));
-    ROWS("named", facts_changed(named, rows));
-    const auto told = [&](const char *changes) {
-        std::string bytes = coded;
-        bytes.replace(bytes.find(hex("8F010028")), 2, hex("8001"));
-        bytes.replace(bytes.find(hex("33010004 0000000A")) + 4, 4, number(0, 4));
-        return items_changed(bytes, items_of(bytes, changes[3] == 'E' ? 50 : 51), changes);
-    };
-    SHOW(told("800E^800E0009 800E=00000101050303030000"));
-    SHOW(told("800D^800D000A 800D=000000000000000387 800D=0000000000000000A5 800D=0000000000000000A6"));
-}
-
 TEST(MxfFacts, EdgesOfTracks) {
     Transcript transcript;
     const std::string clip = Clip(false).bytes;
@@ -158,50 +101,6 @@ TEST(MxfFacts, EdgesOfTracks) {
                                                local(0x3C03, hex("0001 0002 0003 0004 0005"))))
                                    .bytes;
     ROWS("writer, items_of(writer, 41)", items_changed(writer, items_of(writer, 41), rows));
-}
-
-TEST(MxfFacts, EdgesOfIndexes) {
-    Transcript transcript;
-    const std::string clip = Clip(true).bytes;
-    ROWS("clip, index_of(clip)", items_changed(clip, index_of(clip), rows));
-    // Units of one size, of which the index may tell no number.
-    ROWS("clip, index_of(clip) 2", items_changed(clip, index_of(clip), rows));
-    std::string constant = clip;
-    constant.replace(constant.find(local(0x3F0D, number(60, 8))) + 4, 8, number(0, 8));
-    constant.replace(constant.find(local(0x3F06, number(2, 4))), 8, local(0x3F05, number(100, 4)));
-    ROWS("constant", facts_changed(constant, rows));
-    // Its last item ends with the file.
-    ROWS("constant.substr(0, constant.size() - 45)",
-         facts_changed(constant.substr(0, constant.size() - 45), rows));
-    // A body partition that tells how much of the essence stands before it.
-    const std::string header = constant.substr(0, Clip(true).footer - kEssence.size());
-    const std::string tail = constant.substr(Clip(true).footer, constant.size() - Clip(true).footer - 45);
-    const auto with_body = [&](const std::string &before, const std::string &behind) {
-        std::string body = partition("0304", header.size() + before.size(), 0, 0);
-        body.replace(72, 8, number(1000, 8));
-        const std::string start = header + before + body + behind;
-        return facts_difference(constant, start + tail +
-                                              big()
-                                                  .hex(kRandomIndex)
-                                                  .u8(40)
-                                                  .u32(0)
-                                                  .u64(0)
-                                                  .u32(1)
-                                                  .u64(header.size() + before.size())
-                                                  .u32(0)
-                                                  .u64(start.size())
-                                                  .u32(57)
-                                                  .str()) +
-               "\n";
-    };
-    SHOW(with_body("", kEssence));
-    SHOW(with_body(kEssence, ""));
-    const std::string footer = std::to_string(Clip(true).footer);
-    const std::string size = std::to_string(Clip(true).footer + 60);
-    SHOW(facts_changed(
-        clip, size + "=0000000000000000 " + size + "=0000000000000001 " + size + "=7FFFFFFFFFFFFFFF"));
-    ROWS("clip", facts_changed(clip, rows));
-    SHOW(facts_changed(constant, "60=0000000000000001 " + footer + "=00"));
 }
 
 TEST(MxfFacts, EdgesOfPartitions) {
@@ -259,109 +158,4 @@ TEST(MxfFacts, EdgesOfPartitions) {
     const std::string filled =
         clip.bytes.substr(0, 108) + big().hex(kFiller).u8(0x88).u64(3).str() + "xxx" + clip.bytes.substr(108);
     SHOW("filled:" + facts_difference(clip.bytes, filled) + "\n");
-}
-
-TEST(MxfFacts, EdgesOfSets) {
-    Transcript transcript;
-    // The last item of a set that is searched, and the last element of an array.
-    const auto display = [](size_t items) {
-        std::string more;
-        for (size_t i = 0; i < items; i++) more += local(0x9000, "");
-        return Clip(false, 60, more + local(0x3219, hex("060E2B34 04010101 04010101 03030000"))).bytes;
-    };
-    SHOW("items:" + facts_difference(display(0), display(1010)) + "\n");
-    SHOW("items:" + facts_difference(display(0), display(1011)) + "\n");
-    const std::string clip_of_texts = Clip(false, 60, "", set_of("30", 41, local(0x3C01, wide("Kel")))).bytes;
-    const auto labels = [](uint64_t n, uint64_t told) {
-        std::string all;
-        for (uint64_t i = 0; i < n; i++)
-            all += hex("060E2B34 04010101 0D010401 000000") + static_cast<char>(i);
-        return Clip(false, 60, "", set_of("2F", 60, local(0x3B0B, big().u32(told, 16).raw(all).str()))).bytes;
-    };
-    // Of references.
-    const auto parameters = [](size_t lost) {
-        std::string all = big().u32(lost + 1, 16).str();
-        for (size_t i = 0; i < lost; i++) all += uid(99);
-        return Clip(false, 60, local(0x8001, all + uid(50)),
-                    set_of("5A", 50, local(0x800E, hex("00000101 05030303 0001"))))
-            .bytes;
-    };
-    SHOW("references:" + facts_difference(parameters(0), parameters(1023)) + "\n");
-    SHOW("references:" + facts_difference(parameters(0), parameters(1024)) + "\n");
-    for (const size_t n : {8, 9}) {
-        const Clip alpha(false, 60, local(0x3309, std::string(n - 1, '\0') + "\1"));
-        EXPECT_EQ(facts_of(alpha.bytes).find(" 4:2:2:4 ") != std::string::npos, n == 8);
-    }
-    SHOW("labels:" + facts_difference(labels(1, 1), labels(2, 2)) + "\n");
-    for (const auto &[n, told] : {std::pair{16, 16}, {17, 17}, {2, 1}, {1, 2}, {1, 0}}) {
-        const std::string text = facts_of(labels(static_cast<uint64_t>(n), static_cast<uint64_t>(told)));
-        EXPECT_EQ(std::ranges::count(text.substr(std::min(text.size(), text.find("metadata schemes"))), ','),
-                  std::max(0, std::min({n, told, 16}) - 1))
-            << n << " " << told;
-    }
-    // A value that ends behind its set.
-    ROWS("clip_of_texts, items_of(clip_of_texts, 41)",
-         items_changed(clip_of_texts, items_of(clip_of_texts, 41), rows));
-    // Metadata behind a dark item of a MiB, whose size the header's partition does not tell.
-    const std::string dark = item("060E2B34 02530101 0E010101 01010000", std::string(1 << 20, 'd'));
-    const std::string clip =
-        Clip(false, 60, "", dark + set_of("30", 41, local(0x3C01, wide("Behind")))).bytes;
-    SHOW("dark:" + facts_difference(Clip(false).bytes, clip) + "\n");
-    ROWS("clip", facts_changed(clip, rows));
-    // Header metadata that only the footer has whole.
-    const std::string better = metadata(60, "");
-    const Clip open(true, 60, local(0x3002, number(7, 8)));
-    const std::string body = open.bytes.substr(0, open.footer);
-    SHOW("footer:" +
-         facts_difference(body, body + partition("0404", open.footer, open.footer, better.size()) + better) +
-         "\n");
-}
-
-// What begins like a picture in the essence of a file that does not say how it is coded.
-TEST(MxfFacts, EdgesOfEssence) {
-    Transcript transcript;
-    std::string clip = Clip(false).bytes;
-    clip.replace(clip.find(hex("04010202 01323102")), 8, std::string(8, '\0'));
-    const size_t key = clip.find(hex("060E2B34 01020101 0D010301 15010501"));
-    const auto begins = [&](size_t at, const char *digits) {
-        return std::to_string(key + at) + "=" + digits + " ";
-    };
-    SHOW(facts_changed(clip, begins(20, "0000010910") + begins(20, "000000010910") +
-                                 begins(20, "00000000010910") + begins(20, "0000014001") +
-                                 begins(20, "0000014601") + begins(20, "0000014101") +
-                                 begins(20, "00000167") + begins(20, "000001B3") + begins(20, "FF10FF50") +
-                                 begins(20, "FF10FF51")));
-    SHOW(facts_changed(clip, begins(16, "830000050000010910") + begins(16, "830000040000010910")));
-    // The first picture of the first 16 items, which is there to its end.
-    const std::string sound = item("060E2B34 01020101 0D010301 16010501", hex("0000014001"));
-    const std::string coded = item("060E2B34 01020101 0D010301 15010501", hex("0000010910"));
-    for (const int others : {1, 15, 16}) {
-        std::string all = clip.substr(0, key);
-        for (int i = 0; i < others; i++) all += sound;
-        EXPECT_EQ(facts_of(all + coded).find(" H.264 ") != std::string::npos, others < 16) << others;
-        EXPECT_EQ(facts_of(all + coded.substr(0, coded.size() - 1)).find(" H.264 "), std::string::npos);
-    }
-    // What its stream says of colours, where the descriptor leaves them open.
-    const auto coloured = [](const std::string &more, const char *colours) {
-        std::string bytes = Clip(false, 60, more).bytes;
-        bytes.replace(bytes.find(hex("04010202 01323102")), 8, std::string(8, '\0'));
-        const std::string head =
-            hex("000001B3 78043833 FFFFE018 000001B5 144200010000 000001B5") + hex(colours);
-        bytes.replace(bytes.find(std::string(100, 'e')), head.size(), head);
-        const std::string text = facts_of(bytes);
-        return text.substr(0, text.find(" fps")) + "\n";
-    };
-    const std::string label = "060E2B34 04010101 04010101 ";
-    const std::string range = local(0x3304, number(64, 4)) + local(0x3305, number(940, 4));
-    const std::string matrix = local(0x321A, hex(label + "02020000"));
-    SHOW(coloured("", "2B0101010000"));
-    SHOW(coloured(range + matrix, "2B0909090000"));
-    SHOW(coloured(range + matrix, "2B0909020000"));
-    SHOW(coloured(range + matrix, "2B0909000000"));
-    SHOW(coloured(local(0x3219, hex(label + "03030000")), "2B0909090000"));
-    SHOW(coloured(local(0x3210, hex(label + "01020000")), "2B0909090000"));
-    // Widths in whole blocks.
-    const std::string sample = content_of(std::string(KELDUMP_SAMPLES) + "/mxf/op1a-mpeg2.mxf");
-    const size_t picture = sample.find(hex("060E2B34 02530101 0D010101 01015100")) + 20;
-    ROWS("sample, picture", items_changed(sample, picture, rows));
 }

@@ -97,24 +97,3 @@ TEST(MovieFacts, EdgesOfSounds) {
     ROWS("movie(packets(static_cast<uint32_t>(movie(packets(",
          boxes_changed(movie(packets(static_cast<uint32_t>(movie(packets(0)).size()))), rows));
 }
-
-TEST(MovieFacts, EdgesOfMetadata) {
-    Transcript transcript;
-    const auto key = [](const std::string &name) {
-        return big().u32(8 + name.size()).text("mdta").text(name).str();
-    };
-    const auto item = [](uint32_t number, const std::string &value) {
-        const std::string data = atom("data", big().u32(1).u32(0).text(value).str());
-        return atom(big().u32(number).str(), data);
-    };
-    const auto with = [&](const std::string &keys, const std::string &items) {
-        return movie(
-            atom("meta", full("hdlr", std::string(21, '\0')) + full("keys", keys) + atom("ilst", items)));
-    };
-    const std::string make = "com.apple.quicktime.make", model = "com.apple.quicktime.model";
-    const std::string two = with(big().u32(2).raw(key(make) + key(model)).str(), item(1, "A") + item(2, "B"));
-    SHOW(facts_of(two));
-    ROWS("two", boxes_changed(two, rows));
-    SHOW(facts_of(with(big().u32(2).raw(key("") + key(make)).str(), item(2, "A"))));
-    SHOW(facts_of(with(big().u32(2).u32(7).text("mdt").raw(key(make)).str(), item(2, "A"))));
-}

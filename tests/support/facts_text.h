@@ -139,32 +139,41 @@ inline std::string facts_difference(const std::string &first, const std::string 
     return before == after ? " the same" : report;
 }
 
+// A row for each of the words between blanks: the word and what `tell` says of it.
+template <typename Tell>
+std::string rows_of(const std::string &words, Tell tell) {
+    std::istringstream all(words);
+    std::string rows;
+    for (std::string word; all >> word;) rows += word + ":" + tell(word) + "\n";
+    return rows;
+}
+
+// What `change` makes of a copy of bytes with each of the steps between commas.
+template <typename Change>
+std::string changed_by(std::string bytes, const std::string &steps, Change change) {
+    std::istringstream all(steps);
+    for (std::string step; std::getline(all, step, ',');) change(bytes, step);
+    return bytes;
+}
+
 // What a word says of bytes: "780=00FF" that these stand from 780 on, "<100" that they end there, ">4" that
 // as many more come behind; joined by commas, these one after the other.
-inline std::string changed(std::string bytes, const std::string &word) {
-    std::istringstream steps(word);
-    for (std::string step; std::getline(steps, step, ',');) {
+inline std::string changed(const std::string &content, const std::string &word) {
+    return changed_by(content, word, [](std::string &bytes, const std::string &step) {
         const size_t number = std::stoul(step.substr(step.find_first_of("0123456789")));
-        if (step[0] == '<') {
-            bytes.resize(number);
-        } else if (step[0] == '>') {
-            bytes.append(number, 'x');
-        } else {
-            const std::string raw = hex(step.substr(step.find('=') + 1));
-            bytes.replace(number, raw.size(), raw);
-        }
-    }
-    return bytes;
+        if (step[0] == '<') return bytes.resize(number);
+        if (step[0] == '>') return void(bytes.append(number, 'x'));
+        const std::string raw = hex(step.substr(step.find('=') + 1));
+        bytes.replace(number, raw.size(), raw);
+    });
 }
 
 // The same for each of `changes`, such words.
 inline std::string facts_changed(const std::string &content, const std::string &changes,
                                  const char *name = "file.bin") {
-    std::istringstream words(changes);
-    std::string report;
-    for (std::string word; words >> word;)
-        report += word + ":" + facts_difference(content, changed(content, word), name) + "\n";
-    return report;
+    return rows_of(changes, [&](const std::string &word) {
+        return facts_difference(content, changed(content, word), name);
+    });
 }
 
 // The same of a file of samples.

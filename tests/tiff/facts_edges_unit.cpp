@@ -55,12 +55,9 @@ std::string changed_tiff(const std::string &changes) {
 }
 
 std::string changes_of_tiff(const std::string &list) {
-    const std::string plain = changed_tiff("");
-    std::istringstream words(list);
-    std::string report;
-    for (std::string word; words >> word;)
-        report += word + ":" + facts_difference(plain, changed_tiff(word), "a.tif") + "\n";
-    return report;
+    return rows_of(list, [plain = changed_tiff("")](const std::string &word) {
+        return facts_difference(plain, changed_tiff(word), "a.tif");
+    });
 }
 
 }  // namespace
