@@ -58,6 +58,11 @@ std::string raw_payload(Bytes nal, uint64_t header) {
     return raw;
 }
 
+const char *chroma_format(uint32_t code) {
+    constexpr const char *kFormats[] = {"Y", "4:2:0", "4:2:2", "4:4:4"};
+    return name_at(kFormats, code);
+}
+
 Ratio sample_aspect(uint32_t code) {
     constexpr Ratio kAspects[] = {{0, 0},   {1, 1},    {12, 11}, {10, 11}, {16, 11}, {40, 33},
                                   {24, 11}, {20, 11},  {32, 11}, {80, 33}, {18, 11}, {15, 11},
@@ -67,8 +72,6 @@ Ratio sample_aspect(uint32_t code) {
 
 namespace {
 
-// Luma and chroma samples a pixel column and row, by chroma_format_idc.
-constexpr const char *kChroma[] = {"Y", "4:2:0", "4:2:2", "4:4:4"};
 constexpr uint32_t kLargestSide = 65536;
 
 // The part of a video usability information that H.264 and HEVC have in common.
@@ -141,7 +144,7 @@ struct Coded {
         picture.coded_height =
             columns + lines > 0 ? static_cast<uint32_t>(size.height) : picture.coded_height;
         picture.bits = depth;
-        picture.components = kChroma[chroma];
+        picture.components = chroma_format(chroma);
         return true;
     }
 };
@@ -424,7 +427,7 @@ bool mpeg_sequence(Bytes stream, Picture &picture) {
             picture.codec = "MPEG-2";
             extension.skip(8);
             progressive = extension.flag();
-            picture.components = kChroma[extension.get(2)];
+            picture.components = chroma_format(extension.get(2));
             coded.width += uint64_t{extension.get(2)} << 12;
             coded.height += uint64_t{extension.get(2)} << 12;
             bit_rate += int64_t{extension.get(12)} << 18;

@@ -40,6 +40,8 @@ struct AvcFields {
 bool h264_sequence(Bytes nal, Picture &picture, AvcFields &fields);
 bool hevc_sequence(Bytes nal, Picture &picture, bool &has_structures);
 
+// "4:2:0" by chroma_format_idc of MPEG-2, H.264 and HEVC; "Y" for 0.
+const char *chroma_format(uint32_t code);
 // Sample aspect ratios of H.273, table 5; not set for a code that says none.
 Ratio sample_aspect(uint32_t code);
 // A code of H.273, or -1 for the one that says nothing.

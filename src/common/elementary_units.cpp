@@ -105,7 +105,6 @@ bool avc_picture(Bytes data, Bytes setup, Picture &picture) {
 
 // Parameter sets and messages of the configuration record (ISO 14496-15, 8.3.3.1), then those of the samples.
 bool hevc_picture(Bytes data, Bytes setup, Picture &picture) {
-    constexpr const char *kFormats[] = {"Y", "4:2:0", "4:2:2", "4:4:4"};
     bool is_known = false;
     bool has_structures = false;
     const auto use = [&](Bytes nal) {
@@ -124,14 +123,14 @@ bool hevc_picture(Bytes data, Bytes setup, Picture &picture) {
     }
     each_nal(data, has_record ? (setup[21] & 3U) + 1 : 0, use);
     if (is_known || !has_record) return is_known;
-    picture.components = kFormats[setup[16] & 3];
+    picture.components = chroma_format(setup[16] & 3U);
     picture.bits = 8 + (setup[17] & 7);
     return true;
 }
 
 namespace {
 
-// The sequence header of AV1 (AV1 specification, 5.5), of which colours alone are wanted: the record (av1C)
+// The sequence header of AV1 (AV1 bitstream, 5.5), of which colours alone are wanted: the record (av1C)
 // tells the rest, and the header where it has one.
 void read_av1_colours(BitReader bits, Picture &picture) {
     const uint32_t profile = bits.get(3);

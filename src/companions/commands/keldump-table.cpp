@@ -294,7 +294,7 @@ class Table : public JobsReader {
         if (request_.style == Style::json) print("[");
         for (const OddRow &row : odd.rows) {
             std::string remarks;
-            for (const std::string &remark : row.remarks) remarks += (remarks.empty() ? "" : "; ") + remark;
+            for (const std::string &remark : row.remarks) append(remarks, remark, "; ");
             if (!remarks.empty()) rows_[row.row].more.emplace_back("odd", remarks);
             give(rows_[row.row]);
         }

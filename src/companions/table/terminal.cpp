@@ -137,16 +137,16 @@ std::vector<TerminalTable::Cell> TerminalTable::standard_cells() {
         return row[Column::format].empty() ? "?" : row[Column::format];
     };
     return {
-        {"FORMAT", false, 9, kLongest, format, 0, false, false, false},
-        {"SIZE", false, 8, kLongest, picture_size, 0, false, false, false},
-        {"RATE", true, 7, kLongest, plain(Column::frame_rate), 0, false, false, false},
-        {"CODEC", false, 6, 20, plain(Column::codec), 0, false, false, false},
-        {"BITS", true, 2, kLongest, plain(Column::bit_depth), 0, false, false, false},
-        {"DURATION", false, 4, kLongest, duration_text, 0, false, false, false},
-        {"SOUND", false, 3, 20, sound_text, 0, false, false, false},
-        {"TIMECODE", false, 5, kLongest, start_text, 0, false, false, false},
-        {"KEYCODE", false, 1, kLongest, keycode_cell, 0, false, false, false},
-        {"REEL", false, 0, 16, plain(Column::reel), 0, false, false, false},
+        {"FORMAT", false, 9, kLongest, format},
+        {"SIZE", false, 8, kLongest, picture_size},
+        {"RATE", true, 7, kLongest, plain(Column::frame_rate)},
+        {"CODEC", false, 6, 20, plain(Column::codec)},
+        {"BITS", true, 2, kLongest, plain(Column::bit_depth)},
+        {"DURATION", false, 4, kLongest, duration_text},
+        {"SOUND", false, 3, 20, sound_text},
+        {"TIMECODE", false, 5, kLongest, start_text},
+        {"KEYCODE", false, 1, kLongest, keycode_cell},
+        {"REEL", false, 0, 16, plain(Column::reel)},
     };
 }
 
@@ -154,8 +154,7 @@ TerminalTable::Cell TerminalTable::cell_of(const std::string &name) {
     const auto columns = table_columns();
     const auto column = std::ranges::find(columns, name, &ColumnRow::name);
     const bool right = column != columns.end() && column->kind == ColumnRow::number;
-    return {title_of(name), right, 1,    kLongest, [name](const Row &row) { return row.named(name); }, 0,
-            false,          false, false};
+    return {title_of(name), right, 1, kLongest, [name](const Row &row) { return row.named(name); }};
 }
 
 TerminalTable::TerminalTable(size_t width, const Selection &selection, Taker take)
